@@ -1,0 +1,17 @@
+# What `make install` lays down: the library, its headers, and the files by which a host finds them.
+install(TARGETS QuorvexU EXPORT QuorvexUTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+if(TARGET quorvex)
+    install(TARGETS quorvex RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+install(DIRECTORY include/quorvex DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+set(QUORVEX_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/QuorvexU)
+install(EXPORT QuorvexUTargets NAMESPACE QuorvexU:: DESTINATION ${QUORVEX_CMAKE_DIR})
+configure_package_config_file(cmake/QuorvexUConfig.cmake.in
+    ${PROJECT_BINARY_DIR}/QuorvexUConfig.cmake INSTALL_DESTINATION ${QUORVEX_CMAKE_DIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/QuorvexUConfigVersion.cmake
+    COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/QuorvexUConfig.cmake
+              ${PROJECT_BINARY_DIR}/QuorvexUConfigVersion.cmake DESTINATION ${QUORVEX_CMAKE_DIR})
+configure_file(cmake/quorvexu.pc.in ${PROJECT_BINARY_DIR}/quorvexu.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/quorvexu.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

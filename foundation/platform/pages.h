@@ -1,0 +1,23 @@
+/// The page allocator: blocks taken from the operating system and given back whole.
+#pragma once
+
+#include <cstddef>
+
+#include "foundation/types/block.h"
+#include "quorvex/Types.h"
+
+namespace quorvex {
+
+/// `size` zeroed, readable and writable bytes on pages of their own (one page for a size of 0).
+/// Throws std::bad_alloc. Give it back with ReleasePages().
+[[nodiscard]] unsigned char* TakePages(std::size_t size);
+
+/// Blocks that a caller releases with ReleasePages(). Their bytes start at 0.
+struct PageAllocator {
+    static unsigned char* Take(std::size_t size) { return TakePages(size); }
+    static void Give(unsigned char* data) noexcept { ReleasePages(data); }
+};
+
+using PageBlock = Block<PageAllocator>;
+
+}  // namespace quorvex

@@ -1,0 +1,90 @@
+#include "foundation/types/utf.h"
+
+#include <cstddef>
+
+namespace quorvex {
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+constexpr bool IsSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDFFF; }
+constexpr bool IsContinuation(unsigned char c) { return (c & 0xC0U) == 0x80; }
+
+/// How many bytes the sequence that `lead` begins should have; 0 for no lead byte.
+constexpr std::size_t SequenceLength(unsigned char lead) {
+    if (lead < 0x80) return 1;
+    if (lead >= 0xC2 && lead <= 0xDF) return 2;
+    if (lead >= 0xE0 && lead <= 0xEF) return 3;
+    if (lead >= 0xF0 && lead <= 0xF4) return 4;
+    return 0;
+}
+
+/// Takes one character off the front of `text`; a bad byte is taken alone.
+char32_t TakeUtf8(std::string_view& text) {
+    constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+    constexpr unsigned char kLeadBits[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
+    const auto lead = static_cast<unsigned char>(text.front());
+    const std::size_t length = SequenceLength(lead);
+    char32_t c = lead & kLeadBits[length];
+    bool isGood = length != 0 && length <= text.size();
+    for (std::size_t i = 1; isGood && i < length; ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        isGood = IsContinuation(byte);
+        c = (c << 6U) | (byte & 0x3FU);
+    }
+    isGood = isGood && c >= kSmallest[length] && c <= 0x10FFFF && !IsSurrogate(c);
+    text.remove_prefix(isGood ? length : 1);
+    return isGood ? c : kReplacement;
+}
+
+void AppendUtf16(std::u16string& text, char32_t c) {
+    if (c < 0x10000) {
+        text += static_cast<char16_t>(c);
+        return;
+    }
+    text += static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10U));
+    text += static_cast<char16_t>(0xDC00 + ((c - 0x10000) & 0x3FFU));
+}
+
+char32_t TakeUtf16(std::u16string_view& text) {
+    const char32_t first = text.front();
+    text.remove_prefix(1);
+    if (!IsSurrogate(first)) return first;
+    const bool isPair = first < 0xDC00 && !text.empty() && text.front() >= 0xDC00 &&
+                        text.front() <= 0xDFFF;
+    if (!isPair) return kReplacement;
+    const char32_t second = text.front();
+    text.remove_prefix(1);
+    return 0x10000 + ((first - 0xD800) << 10U) + (second - 0xDC00);
+}
+
+void AppendUtf8(std::string& text, char32_t c) {
+    if (c < 0x80) {
+        text += static_cast<char>(c);
+        return;
+    }
+    const unsigned following = c < 0x800 ? 1 : c < 0x10000 ? 2 : 3;
+    constexpr unsigned char kLead[] = {0, 0xC0, 0xE0, 0xF0};
+    text += static_cast<char>(kLead[following] | (c >> (6 * following)));
+    for (unsigned i = following; i-- > 0;) {
+        text += static_cast<char>(0x80U | ((c >> (6 * i)) & 0x3FU));
+    }
+}
+
+}  // namespace
+
+std::u16string Utf16FromUtf8(std::string_view utf8) {
+    std::u16string text;
+    text.reserve(utf8.size());
+    while (!utf8.empty()) AppendUtf16(text, TakeUtf8(utf8));
+    return text;
+}
+
+std::string Utf8FromUtf16(std::u16string_view utf16) {
+    std::string text;
+    text.reserve(utf16.size());
+    while (!utf16.empty()) AppendUtf8(text, TakeUtf16(utf16));
+    return text;
+}
+
+}  // namespace quorvex
