@@ -1,0 +1,41 @@
+# The front door. `make run` and `make test` need nothing but a Debian 12 machine.
+PRESET ?= release
+BUILD := build/$(PRESET)
+PREFIX ?= /usr/local
+PICTURES ?= pictures
+FILE ?=
+
+.PHONY: run test bench asan format install clean build
+
+build:
+	@cmake --preset $(PRESET) $(CMAKE_ARGS) >/dev/null
+	@cmake --build --preset $(PRESET)
+
+# Renders the samples, and larger ones that it makes, or FILE=...
+run:
+	@scripts/install_packages.sh run
+	@$(MAKE) --no-print-directory build CMAKE_ARGS="-DQUORVEX_TESTS=OFF"
+	@scripts/run_samples.sh $(BUILD)/bin/quorvex $(PICTURES) $(FILE)
+
+test:
+	@scripts/install_packages.sh test
+	@$(MAKE) --no-print-directory build CMAKE_ARGS="-DQUORVEX_TESTS=ON"
+	@ctest --preset $(PRESET)
+
+# The same tests under the address and undefined-behaviour sanitizers.
+asan:
+	@$(MAKE) --no-print-directory test PRESET=asan
+
+bench:
+	@scripts/install_packages.sh bench
+	@$(MAKE) --no-print-directory build CMAKE_ARGS="-DQUORVEX_BENCH=ON"
+	@scripts/run_benches.sh $(BUILD)
+
+format:
+	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+install: build
+	@cmake --install $(BUILD) --prefix $(PREFIX)
+
+clean:
+	@rm -rf build $(PICTURES)

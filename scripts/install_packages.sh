@@ -1,0 +1,33 @@
+#!/bin/sh
+# Installs the Debian packages that a job needs and that are missing. Usage: install_packages.sh run|test|bench
+set -eu
+job=${1:-run}
+
+build="g++ cmake ninja-build make ccache pkg-config zlib1g-dev libpng-dev libcli11-dev
+       libjpeg62-turbo-dev libopenjp2-7-dev libgdcm-dev"
+tests="libgtest-dev python3 python3-pydicom dcmtk dicom3tools"
+benches="libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev"
+
+case $job in
+    run) packages=$build ;;
+    test) packages="$build $tests" ;;
+    bench) packages="$build $tests $benches" ;;
+    *) echo "install_packages.sh: unknown job '$job'" >&2; exit 2 ;;
+esac
+
+missing=
+for package in $packages; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' ||
+        missing="$missing $package"
+done
+[ -n "$missing" ] || exit 0
+
+as_root=
+if [ "$(id -u)" -ne 0 ]; then as_root=sudo; fi
+echo "Installing:$missing"
+export DEBIAN_FRONTEND=noninteractive
+# shellcheck disable=SC2086  # word lists
+$as_root apt-get install -y -qq --no-install-recommends $missing >/dev/null 2>&1 || {
+    $as_root apt-get update -qq
+    $as_root apt-get install -y -qq --no-install-recommends $missing >/dev/null
+}
