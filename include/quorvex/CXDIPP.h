@@ -1,0 +1,228 @@
+/// The object that a viewer keeps for one displayed image.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "quorvex/DicomObject.h"
+#include "quorvex/Export.h"
+#include "quorvex/ResultCodes.h"
+#include "quorvex/Types.h"
+
+namespace quorvex {
+
+class CXGSPSInfo;
+class CXWindowing;
+class CxDcmParser;
+
+/// One displayed image: a frame after the modality stage, the presentation that governs it, its
+/// window, and its place in the view (zoom, pan, rotation, flip).
+///
+/// `Initialize` brings an image in, the `Update...` operations change how it is seen, `Render`
+/// makes the visible image and `Draw` puts it on a surface. Updates do not render: window,
+/// presentation table, zoom, rotation and flip show at the next `Render`, a pan at the next `Draw`.
+///
+/// Different objects may work in different threads at once; one object serves one thread at a time.
+/// A copy is deep: it goes its own way, and keeps what it shows when the first one ends.
+/// After a failure an object is as usable as before.
+class QUORVEX_API CXDIPP {
+public:
+    CXDIPP();
+    CXDIPP(const CXDIPP& other);
+    CXDIPP& operator=(const CXDIPP& other);
+    virtual ~CXDIPP();
+
+    // --- Bringing an image in ------------------------------------------------------------------
+
+    /// Opens a file and shows one of its frames, fitted to the view.
+    ///
+    /// Attributes that a file leaves out: Samples per Pixel counts as 1, Pixel Representation as 0,
+    /// Bits Stored as Bits Allocated. Frames of 1 bit a pixel show 0 black and 1 white. Grey frames
+    /// whose values do not fit into 16 bits are scaled to 16 bits, window included, so that they
+    /// look as they would unscaled. Colour frames with more than 8 bits a sample show the high byte
+    /// of each sample. A frame shorter than its header says ends in zeros. Palette colour is shown
+    /// as grey indices.
+    ///
+    /// The window starts as the image states it, or over the full range of values met so far on
+    /// this object (0 always included).
+    ///
+    /// @param app         the library context, handed to the parser
+    /// @param path        full path of the file
+    /// @param viewSize    the drawing area in device pixels
+    /// @param frameIndex  0 for the first frame
+    /// @return QVM_SUCCESS, or what `CxDcmParser::Initialize` and `CxDcmParser::GetAFrame` answer,
+    /// or
+    ///         QVM_ERROR_FAILED_TO_GET_PIXEL_DATA  no memory, or a size that nothing can hold.
+    ///         After a failure the image that was there is still there.
+    QUORVEX_MESSAGE Initialize(CDcmApp* app, CString path, CSize viewSize, int frameIndex);
+
+    /// The same from a data set, which stays the caller's and must outlive later frame changes.
+    QUORVEX_MESSAGE Initialize(CDcmApp* app, CDcmObject* object, CSize viewSize, int frameIndex);
+
+    /// Shows the caller's pixels under the header of a data set.
+    ///
+    /// No modality stage: the values count as its result.
+    ///
+    /// @param pixelData  rows from the top; Bits Allocated x Columns x Rows / 8 bytes for grey (two
+    ///                   bytes a pixel: least significant first), else one byte a sample, R, G, B
+    ///                   interleaved. Copied.
+    /// @param maxValue   highest value of grey pixels; colour uses 0 to 255
+    /// @param minValue   lowest value of grey pixels
+    /// @param reserved   has no effect
+    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA without an object, pixels or
+    /// memory
+    QUORVEX_MESSAGE Initialize(CDcmApp* app, CDcmObject* object, unsigned char* pixelData,
+                               CSize viewSize, int maxValue, int minValue, int reserved);
+
+    /// Shows the caller's pixels without any header: square pixels, no rotation, no flip.
+    ///
+    /// @param pixelData      as above: imageSize.cx x imageSize.cy x bytesPerPixel bytes, copied
+    /// @param bytesPerPixel  1 or 2 for grey, 3 for colour
+    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA for null pixels, a size below 1,
+    /// or
+    ///         no memory
+    QUORVEX_MESSAGE Initialize(unsigned char* pixelData, CSize viewSize, CSize imageSize,
+                               int bytesPerPixel, int maxValue, int minValue,
+                               int pixelRepresentation);
+
+    /// Shows another frame of the file or data set that is open.
+    QUORVEX_MESSAGE Initialize(CDcmApp* app, CSize viewSize, int frameIndex);
+
+    /// Lays a presentation state, from a file, over the image that is open.
+    ///
+    /// Its window or tables, rotation and flip replace those of the image; its displayed area takes
+    /// effect when the view next gets another size; its modality stage, shutter and annotations are
+    /// not shown. A state that cannot be read leaves the image without presentation.
+    ///
+    /// @return QVM_SUCCESS always; without an open image nothing happens
+    QUORVEX_MESSAGE ApllyGSPSObject(CDcmApp* app, CString path);
+    /// The same from a data set, which stays the caller's.
+    QUORVEX_MESSAGE ApllyGSPSObject(CDcmApp* app, CDcmObject* object);
+
+    // --- Changing how it is seen (all answer QVM_SUCCESS) --------------------------------------
+
+    /// Moves window level and width against the deltas, in steps that depend on the bit depth.
+    QUORVEX_MESSAGE UpdateVOILUT_Offset(int levelDelta, int widthDelta);
+    /// Sets window level and width, in modality units.
+    QUORVEX_MESSAGE UpdateVOILUT_ABS(int level, int width);
+    /// Turns black to white and back at every call.
+    QUORVEX_MESSAGE UpdatePresentationLUT_Toggle();
+    /// Adds hundredths to the zoom factor and keeps the result between 0.1 and 10.
+    QUORVEX_MESSAGE UpdateZoom_Offset(int percent);
+    /// Sets the zoom factor: display pixels per image pixel in x. There is no limit here; a zoom
+    /// that leads to no usable image is answered by `Render`.
+    QUORVEX_MESSAGE UpdateZoom_ABS(double zoomFactor);
+    /// Moves the image by device pixels, x to the right, y down.
+    QUORVEX_MESSAGE UpdatePan_Offset(CPoint delta);
+    /// Sets the distance from the centred place in device pixels.
+    QUORVEX_MESSAGE UpdatePan_ABS(CPoint pan);
+    /// Turns the image further, in degrees clockwise; multiples of 90.
+    QUORVEX_MESSAGE UpdateRotate_Offset(int degrees);
+    /// Sets the rotation in degrees clockwise; multiples of 90.
+    QUORVEX_MESSAGE UpdateRotate_ABS(int degrees);
+    /// Mirrors left to right, and back.
+    QUORVEX_MESSAGE UpdateHFlip_Toggle();
+    /// A new size of the drawing area: the image is laid out afresh, zoom and pan start over. The
+    /// present size changes nothing.
+    QUORVEX_MESSAGE UpdateViewSize(CSize newViewSize);
+    /// Shows black as white from the next render on, for the rest of the object's life.
+    QUORVEX_MESSAGE Inverse();
+
+    [[nodiscard]] double GetZoomFactor() const noexcept;
+    [[nodiscard]] CPoint GetPanOffset() const noexcept;
+    void GetWindowingFactor(int& width, int& level) const;
+    /// Pixel spacing in mm as the presentation states it; 0 where it does not.
+    void GetPixelSpace(double& x, double& y) const noexcept;
+
+    // --- Making it visible ---------------------------------------------------------------------
+
+    /// Makes the visible image: the whole frame at the present zoom, however small the view is.
+    ///
+    /// The width is rounded down to a multiple of 4, with a quarter turn the height too. A zoom so
+    /// small that nothing is left gives an empty result, which draws nothing.
+    ///
+    /// @return QVM_SUCCESS, or, with the last result kept,
+    ///         QVM_ERROR_NO_IMAGE             nothing is open, or no memory
+    ///         QVM_ERROR_INVALID_OUTPUT_SIZE  a zoom below 0 or not a number, a result larger than
+    ///                                        4 GiB, or a rotation that is no multiple of 90
+    QUORVEX_MESSAGE Render();
+
+    /// Puts the last result on the surface, centred in the view and moved by the pan; what lies
+    /// outside the surface is cut off.
+    /// @return QVM_SUCCESS, or QVM_ERROR_NO_IMAGE without a result
+    QUORVEX_MESSAGE Draw(CDC* deviceContext);
+
+    /// Size of the last result, and its bytes a pixel: 1 grey, 3 blue, green, red.
+    /// @return QVM_SUCCESS, or QVM_ERROR_NO_IMAGE without a result, arguments unchanged
+    QUORVEX_MESSAGE GetResultImageInfo(CSize& size, int& pixelSize) const;
+
+    /// Copies the last result, rows from the bottom, into the caller's block.
+    ///
+    /// @param destination  where to copy to; itself not changed
+    /// @param length       size.cx x size.cy x pixelSize of `GetResultImageInfo`; a larger one
+    /// copies
+    ///                     no more than there is
+    /// @return QVM_SUCCESS always
+    QUORVEX_MESSAGE GetResultImage(unsigned char*& destination, int length) const;
+
+private:
+    friend struct CXDIPPInspector;  // the tests look at the members through it
+
+    struct PixelBlock {
+        std::unique_ptr<unsigned char[]> data;
+        std::size_t size = 0;
+    };
+    /// Values of `pixels`, and what windowing was told about them.
+    struct ValueRange {
+        std::int64_t low = 0;  ///< lowest value of this frame: elements are read modulo their width
+        std::int64_t high = 0;  ///< highest value of this frame
+        int domainLow = 0;      ///< domain of the windowing table
+        int domainHigh = 0;
+    };
+    struct PixelShape;
+    struct Incoming;
+
+    QUORVEX_MESSAGE ShowFrame(std::unique_ptr<CxDcmParser> newParser, CxDcmParser& source,
+                              CSize newViewSize, int frameIndex);
+    void ReadRecord(CDcmObject* header, const CString& imageUID, Incoming& incoming) const;
+    void ApplyModalityLUT(CDcmObject* header, unsigned char* frame, std::size_t frameBytes,
+                          Incoming& incoming) const;
+    void Commit(Incoming&& incoming) noexcept;
+    void RemoveGSPSInfo() noexcept;
+
+    void PrepareDisplayAreaTransform() noexcept;
+    void PrepareScaleToFit() noexcept;
+    void PrepareMagnify() noexcept;
+    void DoFit() noexcept;
+    void UpdateDisplayArea() noexcept;
+    [[nodiscard]] CPoint CalcImagePanOffset() const noexcept;
+
+    std::unique_ptr<CxDcmParser> parser;
+    std::unique_ptr<CXWindowing> windowing;
+    std::shared_ptr<CXGSPSInfo> presentation;  // never changed once it is here: copies share it
+    PixelBlock overlayImage;
+    PixelBlock paletteImage;
+    int pixelRepresentation = 0;
+    PixelBlock pixels;
+    PixelBlock resultImage;
+    CSize resultSize;
+    CSize imageSize;
+    CSize viewSize;
+    int rotation = 0;
+    int horizontalFlip = 0;
+    double zoom = 0.0;
+    CPoint panOffset;
+    int resultPixelSize = 0;
+    int bytesPerPixel = 0;
+    unsigned short bitsStored = 0;
+    CRect roi;
+    double aspectRatio = 0.0;
+    int inverse = 0;
+    ValueRange valueRange;
+    int minValue = 0;
+    int maxValue = 0;
+    int renderMode = 0;
+};
+
+}  // namespace quorvex
