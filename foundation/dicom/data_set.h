@@ -1,0 +1,104 @@
+/// A data set: elements sorted by tag, with their values in place in the bytes that were read or
+/// owned by the elements.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "foundation/dicom/element.h"
+
+namespace quorvex::dicom {
+
+/// Sequences nest this deep at most, wherever they come from: every walk over a data set may
+/// recurse.
+inline constexpr int kDeepestNesting = 64;
+
+inline constexpr std::uint32_t kTransferSyntaxUid = 0x00020010;
+inline constexpr std::uint32_t kSpecificCharacterSet = 0x00080005;
+inline constexpr std::uint32_t kPixelRepresentation = 0x00280103;
+inline constexpr std::uint32_t kPixelData = 0x7FE00010;
+
+[[nodiscard]] constexpr std::uint32_t GroupOf(std::uint32_t tag) noexcept {
+    return tag >> 16U;
+}
+[[nodiscard]] constexpr bool IsMetaTag(std::uint32_t tag) noexcept {
+    return GroupOf(tag) == 2;
+}
+
+/// How the elements of a data set are written down.
+struct Encoding {
+    bool isExplicit = true;
+    bool isBigEndian = false;
+    friend bool operator==(const Encoding&, const Encoding&) = default;
+};
+
+/// Main data sets hold their file meta information (group 0002) like any other element. A copy is
+/// cheap and shares content: `Mutable` makes sure that it is never changed under another's feet.
+class DataSet {
+public:
+    DataSet() = default;
+    DataSet(std::shared_ptr<const ByteBuffer> source, std::vector<Element> sorted)
+        : source_(std::move(source)), elements_(std::move(sorted)) {}
+
+    [[nodiscard]] std::span<const Element> Elements() const noexcept { return elements_; }
+    /// Null where there is no such element.
+    [[nodiscard]] const Element* Find(std::uint32_t tag) const noexcept;
+
+    /// Puts an element in its place; one of the same tag goes.
+    Element& Put(Element element);
+    /// The same with a value that the element owns, little endian.
+    Element& PutBytes(std::uint32_t tag, MC_VR vr, ByteBuffer value);
+    Element& PutItems(std::uint32_t tag, Items items);
+    /// `ranges` count in `bytes`; the first is the offset table item.
+    Element& PutFragments(std::uint32_t tag, MC_VR vr, ByteBuffer bytes,
+                          std::vector<ByteRange> ranges);
+    void Remove(std::uint32_t tag) noexcept;
+    /// The element for changing, or null. What it owns may be shared: change that by `Unshared`.
+    [[nodiscard]] Element* FindMutable(std::uint32_t tag) noexcept;
+
+    /// The stored bytes of a value; of a sequence or encapsulated data that were read, everything
+    /// up to their delimiter. Valid until the data set changes.
+    [[nodiscard]] Bytes ValueOf(const Element& element) const noexcept;
+    /// Empty for a value that is not encapsulated.
+    [[nodiscard]] FragmentView FragmentsOf(const Element& element) const noexcept;
+
+    /// The text of Specific Character Set that holds here: this data set's own, or else the one of
+    /// the data set that this item was read from.
+    [[nodiscard]] std::string_view CharacterSetText() const noexcept;
+    void InheritCharacterSet(std::shared_ptr<const std::string> text) noexcept {
+        inheritedCharacterSet_ = std::move(text);
+    }
+
+    /// Levels of items below this data set; at most `kDeepestNesting`.
+    [[nodiscard]] int Depth() const noexcept;
+
+    /// How the data set was read; of one that was not, how its transfer syntax writes it.
+    Encoding encoding;
+    /// Main data sets only. Follows what the bytes are where a file's label lies about VR or order.
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+
+private:
+    std::shared_ptr<const ByteBuffer> source_;
+    std::vector<Element> elements_;
+    std::shared_ptr<const std::string> inheritedCharacterSet_;
+};
+
+/// The content of an element as `Kind` (ByteBuffer, Items or Fragments) that nobody else holds: a
+/// shared one is copied first, any other kind is replaced by an empty one.
+template <class Kind>
+[[nodiscard]] Kind& Unshared(Element& element) {
+    auto* kind = std::get_if<Kind>(element.content.get());
+    if (kind == nullptr) {
+        element.content = std::make_shared<Content>(Kind{});
+    } else if (element.content.use_count() > 1) {
+        element.content = std::make_shared<Content>(*kind);
+    }
+    return std::get<Kind>(*element.content);
+}
+
+}  // namespace quorvex::dicom

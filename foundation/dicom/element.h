@@ -1,0 +1,76 @@
+/// One element of a data set: its tag, and where its value lies.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <variant>
+#include <vector>
+
+#include "quorvex/DicomObject.h"
+
+namespace quorvex::dicom {
+
+class DataSet;
+
+using Bytes = std::span<const unsigned char>;
+using ByteBuffer = std::vector<unsigned char>;
+
+/// Items of a sequence. An item that more than one owner holds is never changed in place.
+using Items = std::vector<std::shared_ptr<DataSet>>;
+
+/// A place in a buffer.
+struct ByteRange {
+    std::size_t offset = 0;
+    std::size_t length = 0;
+};
+
+/// Encapsulated data: the offset table item first (possibly empty), then the fragments.
+struct Fragments {
+    /// What the ranges count in; null where that is the data set's own source.
+    std::shared_ptr<const ByteBuffer> bytes;
+    std::vector<ByteRange> ranges;
+};
+
+/// What an element owns when its value does not lie in the source of its data set.
+using Content = std::variant<ByteBuffer, Items, Fragments>;
+
+/// `offset` and `length` tell the value's place in the source that its data set was read from. With
+/// a `content` the value is what that holds; sequences and encapsulated data always have one, and
+/// their place, where they were read, spans everything behind the element's header up to the
+/// delimiter that ends them.
+struct Element {
+    std::uint32_t tag = 0;
+    MC_VR vr = MC_VR_UN;
+    std::size_t offset = 0;
+    std::size_t length = 0;
+    std::shared_ptr<Content> content;
+    bool isCut = false;        ///< the data ended before the value did
+    bool isBigEndian = false;  ///< the byte order of the value, whatever the data set's syntax
+    bool isUtf8 = false;       ///< text that was set: UTF-8, whatever Specific Character Set says
+};
+
+[[nodiscard]] inline const Items* ItemsOf(const Element& element) noexcept {
+    return std::get_if<Items>(element.content.get());
+}
+
+/// The pieces of one encapsulated value, [0] being the content of the offset table item. Valid as
+/// long as the element and its data set stay as they are.
+class FragmentView {
+public:
+    FragmentView() = default;
+    FragmentView(Bytes bytes, std::span<const ByteRange> ranges) : bytes_(bytes), ranges_(ranges) {}
+
+    [[nodiscard]] std::size_t Count() const noexcept { return ranges_.size(); }
+    [[nodiscard]] bool IsEmpty() const noexcept { return ranges_.empty(); }
+    [[nodiscard]] Bytes operator[](std::size_t index) const {
+        return bytes_.subspan(ranges_[index].offset, ranges_[index].length);
+    }
+
+private:
+    Bytes bytes_;
+    std::span<const ByteRange> ranges_;
+};
+
+}  // namespace quorvex::dicom
