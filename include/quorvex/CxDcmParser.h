@@ -1,0 +1,147 @@
+/// A DICOM file or object: its header, and its frames as plain pixels.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "quorvex/CxImageProcessor.h"
+#include "quorvex/DicomObject.h"
+#include "quorvex/Export.h"
+#include "quorvex/ResultCodes.h"
+#include "quorvex/Types.h"
+
+namespace quorvex {
+
+/// One DICOM file or object: its header, and its frames as plain pixels.
+///
+/// Holds the whole file in memory and keeps no decoded pixels. Different parsers may work in
+/// different threads at once; one parser serves one thread at a time. A copy is deep, and owns its
+/// header. Initialize() may be repeated; it replaces what was there.
+class QUORVEX_API CxDcmParser {
+public:
+    CxDcmParser();
+    CxDcmParser(const CxDcmParser& other);
+    CxDcmParser& operator=(const CxDcmParser& other);
+    virtual ~CxDcmParser();
+
+    /// Reads a file, Part 10 or bare data set, whole into memory and parses its header.
+    ///
+    /// Samples per Pixel of the header is set to what Photometric Interpretation demands: 1 for
+    /// MONOCHROME1, MONOCHROME2 and PALETTE COLOR, 3 for any other text.
+    ///
+    /// @param readWholeFile  0: the header stops ahead of Pixel Data. Otherwise it holds
+    /// everything,
+    ///                       and frames come from it
+    /// @return QVM_SUCCESS, or
+    ///         QVM_ERROR_INVALID_DCMAPP         no `app`; nothing has changed
+    ///         QVM_ERROR_FAILED_TO_READ_FILE    not a readable file of more than 132 bytes, no
+    ///         memory QVM_ERROR_FAILED_TO_PARSE_DICOM  nothing that parses, at no position of the
+    ///         file;
+    ///                                          GetHeader() may hold what was understood
+    QUORVEX_MESSAGE Initialize(CDcmApp* app, CString path, int readWholeFile);
+
+    /// Takes an object that the caller has parsed and, where there is one, its file's image.
+    ///
+    /// @param object           stays the caller's and must outlive this use; its Samples per Pixel
+    ///                         is corrected as above
+    /// @param fileBytes        copied; null: frames come from the object. Content is accepted with
+    ///                         the Part 10 marker or when it begins with group 0002 or 0008, little
+    ///                         endian; it may be shorter than 132 bytes
+    /// @param pixelDataOffset  where the Pixel Data element's tag lies in `fileBytes`
+    /// @return QVM_SUCCESS, or QVM_ERROR_INVALID_DCMAPP: no `app` or no `object` (nothing has
+    ///         changed), content not recognised or no memory (the old file buffer is gone)
+    QUORVEX_MESSAGE Initialize(CDcmApp* app, CDcmObject* object, unsigned char* fileBytes,
+                               unsigned long fileSize, unsigned long pixelDataOffset);
+
+    /// The header, or null; the parser's unless it came from the caller. It may be changed.
+    [[nodiscard]] CDcmObject* GetHeader() const noexcept { return header; }
+
+    /// 0 without a header, else Number of Frames, or 1 where that is absent.
+    [[nodiscard]] int GetFrameCount() const;
+
+    /// Decodes one frame.
+    ///
+    /// Rows run from the top; rows x columns x samples per pixel, each sample in 1 byte up to 8
+    /// Bits Allocated, else 2 (4 for 32 bits), least significant byte first; three samples as R, G,
+    /// B. What a cut frame does not have is 0.
+    ///
+    /// @param frameIndex    0 for the first frame
+    /// @param data          receives a new block of `size` bytes; yours, release it with delete[];
+    ///                      untouched on failure
+    /// @param size          receives the frame's length in bytes; may be set on failure
+    /// @param sourceLength  0, or how many stored bytes to decode, at most as many as there are
+    /// @return QVM_SUCCESS, or
+    ///         QVM_ERROR_FAILED_TO_PARSE_DICOM     no header, or a transfer syntax we cannot read
+    ///         QVM_ERROR_INVALID_FRAME_INDEX       below 0, or not below GetFrameCount()
+    ///         QVM_ERROR_FAILED_TO_GET_PIXEL_DATA  no usable Rows, Columns or Pixel Data, nothing
+    ///                                             stored of this frame, no memory
+    ///         QVM_ERROR_FAILED_TO_DECOMPRESS      corrupt frame, or coded without a decoder here
+    QUORVEX_MESSAGE GetAFrame(int frameIndex, unsigned char*& data, unsigned long& size,
+                              unsigned long sourceLength);
+
+    /// Copies `size` stored bytes from `offset` of the file, undecoded; partner of
+    /// GetAFrameOffsetSize().
+    /// @param data  receives a new block; yours, release it with delete[]; untouched on failure
+    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA for a range outside the file
+    ///         buffer, no file buffer or no memory
+    QUORVEX_MESSAGE GetAFrame(unsigned long offset, unsigned long size, unsigned char*& data);
+
+    /// Where a frame's stored bytes lie in the file.
+    ///
+    /// @param offset  receives the place of the first fragment's first byte, past its item header
+    /// @param size    receives the sum of the fragments' lengths; they are one stretch only where
+    /// the
+    ///                frame has one fragment
+    /// @return as GetAFrame(); QVM_ERROR_FAILED_TO_GET_PIXEL_DATA also for Rows or Columns of 0,
+    ///         without a file buffer, and for deflated files, whose frames lie nowhere in the file
+    QUORVEX_MESSAGE GetAFrameOffsetSize(int frameIndex, unsigned long& offset, unsigned long& size);
+
+    /// Frame boundaries that the latest fetch of any parser in the process has passed. For a look
+    /// from outside; no fetch depends on it.
+    [[nodiscard]] static int FrameEventCount() noexcept;
+
+private:
+    struct GivePages {
+        void operator()(unsigned char* block) const noexcept { ReleasePages(block); }
+    };
+    using FileBuffer = std::unique_ptr<unsigned char[], GivePages>;
+    struct PixelShape;
+    struct StoredFrame;
+
+    int ReadDicomFileToBuffer(const CString& path);
+    [[nodiscard]] int IsThisPart10File() const noexcept;
+    int ParseDicomHeaderOfPart10File(std::unique_ptr<CDcmObject>& object, unsigned long& offset,
+                                     const CString& path, int readWholeFile);
+    int ParseDicomHeaderOfNonPart10File(std::unique_ptr<CDcmObject>& object, unsigned long& offset,
+                                        const CString& path, int readWholeFile);
+    int Resynchronise(CDcmObject& object, std::uint32_t stopTag, unsigned long& offset);
+    QUORVEX_MESSAGE ReadAndParse(const CString& path, int readWholeFile);
+    QUORVEX_MESSAGE TakeObject(CDcmApp* newApp, CDcmObject& object, const unsigned char* fileBytes,
+                               unsigned long size, unsigned long offset);
+    bool TakeFileImage(const unsigned char* fileBytes, unsigned long size);
+    void SetOwnHeader(std::unique_ptr<CDcmObject> object) noexcept;
+    void CorrectSamplesPerPixel();
+
+    [[nodiscard]] static int IsEncodedImage(const unsigned char* value, int littleEndian) noexcept;
+    [[nodiscard]] QUORVEX_MESSAGE CheckFrame(int frameIndex, TRANSFER_SYNTAX& syntax) const;
+    [[nodiscard]] bool FramesLieInFile(TRANSFER_SYNTAX syntax) const noexcept;
+    QUORVEX_MESSAGE CollectFromFile(int frameIndex, const PixelShape& shape,
+                                    StoredFrame& frame) const;
+    QUORVEX_MESSAGE CollectFromObject(int frameIndex, const PixelShape& shape,
+                                      StoredFrame& frame) const;
+    QUORVEX_MESSAGE FetchFrame(int frameIndex, unsigned char*& data, unsigned long& size,
+                               unsigned long sourceLength) const;
+    [[nodiscard]] CString GetNewSOPInstanceUID() const;
+
+    std::int32_t isPart10 = 0;
+    FileBuffer fileBuffer;
+    unsigned long fileSize = 0;
+    unsigned long pixelDataOffset = 0;
+    CDcmObject* header = nullptr;
+    CDcmApp* app = nullptr;
+    std::int32_t ownsHeader = 1;
+    std::unique_ptr<CDcmObject> ownHeader;
+    bool headerHoldsPixels = false;
+};
+
+}  // namespace quorvex
