@@ -81,6 +81,8 @@ public:
     Encoding encoding;
     /// Main data sets only. Follows what the bytes are where a file's label lies about VR or order.
     TRANSFER_SYNTAX syntax = kSyntaxNone;
+    /// VR of the Pixel Data that the reading stopped ahead of.
+    MC_VR pixelDataVr = MC_VR_OW;
 
 private:
     std::shared_ptr<const ByteBuffer> source_;

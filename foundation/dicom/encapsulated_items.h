@@ -1,0 +1,29 @@
+/// Encapsulated Pixel Data that lies in a buffer: its items, found by their lengths.
+#pragma once
+
+#include <vector>
+
+#include "foundation/dicom/element.h"
+#include "foundation/dicom/frame_boundaries.h"
+
+namespace quorvex::dicom {
+
+struct EncapsulatedItems {
+    Bytes offsetTable;
+    std::vector<Fragment> fragments;
+    bool isChained = false;  ///< the item tags led to a sequence delimiter, or exactly to the end
+};
+
+/// True when the bytes begin with an Item tag, little endian as encapsulated data always is.
+[[nodiscard]] bool BeginsWithItem(Bytes value) noexcept;
+
+/// Walks the items from the first byte of a Pixel Data value on. Lengths rule: bytes inside a
+/// fragment that look like a delimiter mean nothing. A length past the end gives what is there; the
+/// walk ends at the sequence delimiter or at anything else that is no item. A first item that
+/// begins an image is a fragment, and the offset table is empty.
+[[nodiscard]] EncapsulatedItems ItemsIn(Bytes value, TRANSFER_SYNTAX syntax);
+
+/// The same of a value that the reader has taken apart already.
+[[nodiscard]] EncapsulatedItems ItemsIn(const FragmentView& view);
+
+}  // namespace quorvex::dicom

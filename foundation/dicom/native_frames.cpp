@@ -1,0 +1,111 @@
+#include "foundation/dicom/native_frames.h"
+
+#include <algorithm>
+
+#include "foundation/types/checked_size.h"
+
+namespace quorvex::dicom {
+namespace {
+
+/// `index` in a turned word of `wordBytes` (a power of 2); bytes of a word that is cut off stay.
+std::size_t Turned(std::size_t index, std::size_t wordBytes, std::size_t size) {
+    const std::size_t word = index & ~(wordBytes - 1);
+    return word + wordBytes <= size ? index ^ (wordBytes - 1) : index;
+}
+
+std::uint8_t StoredWordBytes(MC_VR vr, std::uint32_t bitsAllocated) {
+    if (bitsAllocated == 32 || bitsAllocated == 64)
+        return static_cast<std::uint8_t>(bitsAllocated / 8);
+    return vr == MC_VR_OB && bitsAllocated <= 8 ? 1 : 2;
+}
+
+std::optional<std::size_t> FrameBits(const PixelShape& shape) noexcept {
+    // Two pixels of 4:2:2 have two samples of brightness and one each of the two colours.
+    const std::uint32_t samples = shape.isHalfChroma ? 2 : shape.samplesPerPixel;
+    return CheckedProduct(shape.rows, shape.columns, samples, shape.bitsAllocated);
+}
+
+}  // namespace
+
+std::optional<std::size_t> StoredFrameBytes(const PixelShape& shape) noexcept {
+    const auto bits = FrameBits(shape);
+    if (!bits || *bits == 0) return std::nullopt;
+    return (*bits + 7) / 8;
+}
+
+NativeOrder NativeOrder::Of(bool isBigEndian, MC_VR vr, bool swapsFollow,
+                            const PixelShape& shape) noexcept {
+    const bool swapsOfPairs = shape.samplesPerPixel != 3;
+    const bool swapsOfWords = shape.bitsAllocated == 16;
+    const std::uint8_t wordBytes = isBigEndian ? StoredWordBytes(vr, shape.bitsAllocated) : 1;
+    return {.wordBytes = wordBytes,
+            .isHandedOutSwapped = swapsFollow && swapsOfPairs != swapsOfWords};
+}
+
+NativeFrames::NativeFrames(Bytes stored, std::size_t frameBytes, NativeOrder order) noexcept
+    : stored_(stored), frameBytes_(frameBytes == 0 ? stored.size() : frameBytes), order_(order) {
+    if (frameBytes_ != 0)
+        frameCount_ = stored_.size() / frameBytes_ + (stored_.size() % frameBytes_ != 0 ? 1 : 0);
+}
+
+NativeFrames NativeFrames::OfBits(Bytes stored, std::size_t frameBits, std::size_t frameCount,
+                                  NativeOrder order) noexcept {
+    NativeFrames frames(stored, (frameBits + 7) / 8, order);
+    frames.frameBits_ = frameBits;
+    frames.frameCount_ = std::min(frameCount, stored.size() * 8 / frameBits);
+    return frames;
+}
+
+std::size_t NativeFrames::Count() const noexcept {
+    return frameCount_;
+}
+
+bool NativeFrames::LiesReady(std::size_t begin, std::size_t length) const noexcept {
+    if (frameBits_ != 0) return false;
+    if (order_.wordBytes == 1) return !order_.isHandedOutSwapped;
+    const bool keepsWords = order_.wordBytes == 2 && order_.isHandedOutSwapped;
+    return keepsWords && begin % 2 == 0 && length % 2 == 0;
+}
+
+std::size_t NativeFrames::BlockBytes() const noexcept {
+    const std::size_t largest = std::min(frameBytes_, stored_.size());
+    return LiesReady(0, largest) && LiesReady(largest, stored_.size() % 2) ? 0 : largest;
+}
+
+unsigned char NativeFrames::StoredByte(std::size_t index) const noexcept {
+    return stored_[Turned(index, order_.wordBytes, stored_.size())];
+}
+
+unsigned char NativeFrames::StoredBits(std::size_t firstBit) const noexcept {
+    const std::size_t index = firstBit / 8;
+    const unsigned shift = firstBit % 8;
+    const unsigned low = StoredByte(index);
+    const unsigned high = index + 1 < stored_.size() ? StoredByte(index + 1) : 0U;
+    return static_cast<unsigned char>((low | high << 8U) >> shift);
+}
+
+Bytes NativeFrames::Frame(std::size_t index, std::span<unsigned char> block) const noexcept {
+    const std::size_t begin = index * frameBytes_;
+    const std::size_t length =
+        frameBits_ != 0 ? frameBytes_ : std::min(frameBytes_, stored_.size() - begin);
+    if (LiesReady(begin, length)) return stored_.subspan(begin, length);
+    for (std::size_t i = 0; i < length; ++i) {
+        const std::size_t to = Turned(i, order_.isHandedOutSwapped ? 2 : 1, length);
+        block[to] =
+            frameBits_ != 0 ? StoredBits(index * frameBits_ + i * 8) : StoredByte(begin + i);
+    }
+    return block.first(length);
+}
+
+NativeFrames CutNative(Bytes stored, const PixelShape& shape, std::size_t frameBytes,
+                       NativeOrder order) noexcept {
+    const auto own = StoredFrameBytes(shape);
+    const auto bits = FrameBits(shape);
+    const bool sharesBytes = shape.bitsAllocated == 1 && shape.frameCount > 1 && own &&
+                             *bits % 8 != 0 && stored.size() / shape.frameCount < *own;
+    if (sharesBytes) return NativeFrames::OfBits(stored, *bits, shape.frameCount, order);
+    if (own && (frameBytes == 0 || shape.isHalfChroma)) return {stored, *own, order};
+    return {stored, frameBytes, order};
+}
+
+}  // namespace quorvex::dicom
