@@ -19,9 +19,9 @@ class CXGSPSInfo;
 /// any `SetValue` that gives 0. A domain that no table can have (minimum above maximum, or more
 /// than 2^28 values) leaves no table, and a table size of 0.
 ///
-/// Safe in several threads at once: every operation takes the object's lock, except where noted. A
-/// copy is deep and takes the lock of what it copies. Whole numbers that would overflow stop at the
-/// ends of their range.
+/// Safe in several threads at once: every operation takes the object's lock. A copy is deep and
+/// takes the lock of what it copies, too. Whole numbers that would overflow stop at the ends of
+/// their range.
 class QUORVEX_API CXWindowing {
 public:
     CXWindowing();
@@ -64,20 +64,21 @@ public:
     /// Takes `offset` steps off the level. Results as of `SetValue`.
     int ChangeWLByOffset(int offset);
 
-    /// Gives the window. Always 0. Takes no lock.
+    /// Gives the window. Always 0.
     int GetWindowingFactor(int& width, int& level);
 
     /// Sets the rescale between the table's domain and the units of the window; a slope of 0 makes
-    /// no sense. Takes effect with the next rebuild. Takes no lock.
+    /// no sense. Takes effect with the next rebuild.
     void SetRescale(double slope, double intercept);
-    /// Sets what selector 2 of `GetValue` takes off the domain's lowest value. Takes no lock.
+    /// Sets what selector 2 of `GetValue` takes off the domain's lowest value.
     void SetPostIntercept(double value);
 
     /// Makes modality table, domain, window and display table from the record, for pixels as they
     /// are stored.
     ///
-    /// The LUTs of the record are copied. Tables that an earlier record left go: a record without a
-    /// VOI or presentation LUT has none. The inversion stays.
+    /// The LUTs of the record are copied. Tables that an earlier record left go: with a record
+    /// without a VOI or presentation LUT there is none. The inversion stays. Pixels of more than 24
+    /// bits have no table here.
     ///
     /// @return 0; without memory or without a record also 0, and all stays as it was
     int PrepareGSPSProcessing(CXGSPSInfo* info);
@@ -111,13 +112,23 @@ private:
     template <class Steps>
     int Prepare(Steps steps);
     template <class Change>
-    int ChangeWindow(Change change);
+    int ChangeSettings(Change change);
     int MoveLevel(std::int64_t steps);
     int MoveWidth(std::int64_t steps);
 
     int MakeModalityTable(CXGSPSInfo* info);
+    void MakeModalityEntries(const CXGSPSInfo& info);
+    void SetDomain(std::int32_t oneEnd, std::int32_t otherEnd) noexcept;
+    void SetEmptyDomain() noexcept;
+
     int PrepareWindowingTable(CXGSPSInfo* info);
+    void TakeFullRangeWindow() noexcept;
+    void TakeWindow(const CXGSPSInfo& info) noexcept;
+
     void UpdateWindowingTable();
+    void FillFromVoiTable();
+    void FillFromWindow();
+    [[nodiscard]] bool IsInverse() const noexcept;
 
     Settings settings;
     Tables tables;

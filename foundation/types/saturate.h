@@ -1,0 +1,25 @@
+/// Numbers into int: what does not fit becomes the nearest value that does.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+namespace quorvex {
+
+/// The nearest value that an int holds.
+[[nodiscard]] constexpr std::int32_t SaturateToInt(std::int64_t value) noexcept {
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(value, Limits::min(), Limits::max()));
+}
+
+/// Cut towards zero, to the nearest value that an int holds; not a number gives 0.
+[[nodiscard]] inline std::int32_t TruncateToInt(double value) noexcept {
+    using Limits = std::numeric_limits<std::int32_t>;
+    if (std::isnan(value)) return 0;
+    return static_cast<std::int32_t>(
+        std::clamp(value, double{Limits::min()}, double{Limits::max()}));
+}
+
+}  // namespace quorvex
