@@ -34,13 +34,15 @@ public:
     CString imageUID;               ///< the image that readings are for; empty means image mode
     std::int32_t frameNumber = -1;  ///< frame of that image, counted from 1; -1 for none
 
-    /// Keeps UID and frame, and reads every module into `info`.
+    /// Keeps `uid` and `frame`, and reads every module into `info`.
     ///
     /// Set `imageColumns` and `imageRows` of the record before: a shutter of a presentation state
     /// takes its size from them.
     ///
-    /// @return 1; or 0 without an object or a record, and then nothing was changed
-    int GSPSApplier(CDcmObject* object, CXGSPSInfo* info, CString imageUID, int frameNumber);
+    /// @return 1; or 0 without an object or a record, and then nothing was changed, or without
+    /// memory,
+    ///         and then the record holds what was read so far
+    int GSPSApplier(CDcmObject* object, CXGSPSInfo* info, CString uid, int frame);
 
     /// Reads one module for the UID and frame that are set.
     ///
@@ -52,7 +54,9 @@ public:
 private:
     int GetModalityLUT(CDcmObject* object, CXGSPSInfo* info);
     int GetVOILUT(CDcmObject* object, CXGSPSInfo* info);
+    int GetSoftcopyVOILUT(CDcmObject* object, CXGSPSInfo* info);
     int ProcessVOISequence(CDcmItem item, CXGSPSInfo* info);
+    int TakeVOILUT(CDcmItem* item, CXGSPSInfo* info);
     int GetPresentationLUT(CDcmObject* object, CXGSPSInfo* info);
     int GetLUTData(CDcmItem* item, unsigned short& count, unsigned short& first,
                    unsigned short& bits, unsigned short*& data);
