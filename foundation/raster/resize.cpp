@@ -1,0 +1,59 @@
+#include "foundation/raster/resize_rows.h"
+
+namespace quorvex {
+namespace {
+
+template <class Sample>
+bool AreUsable(const PixelGrid<const Sample>& source, const PixelGrid<Sample>& destination,
+               const RasterRect& cut) {
+    return source.IsUsable() && destination.IsUsable() && cut.width > 0 && cut.height > 0;
+}
+
+bool Resize8u(const PixelGrid<const unsigned char>& source, const RasterRect& rect,
+              const PixelGrid<unsigned char>& destination, double xFactor, double yFactor) {
+    const RasterRect cut = CutToSize(rect, source.size);
+    if (!AreUsable(source, destination, cut)) return false;
+    const auto part = Part(source, cut);
+    RowResizer resizer({part.size, destination.size, xFactor, yFactor, source.channels});
+    if (!resizer.IsUsable()) return false;
+    resizer.Run([&part](int y) { return part.Row(y).data(); }, destination);
+    return true;
+}
+
+}  // namespace
+
+bool ippiResize_8u_C1R(const unsigned char* source, CSize sourceSize, std::ptrdiff_t sourceStep,
+                       RasterRect rect, unsigned char* destination, std::ptrdiff_t destinationStep,
+                       CSize destinationSize, double xFactor, double yFactor,
+                       int /*interpolation*/) {
+    return Resize8u({source, sourceStep, sourceSize, 1}, rect,
+                    {destination, destinationStep, destinationSize, 1}, xFactor, yFactor);
+}
+
+bool ippiResize_8u_C3R(const unsigned char* source, CSize sourceSize, std::ptrdiff_t sourceStep,
+                       RasterRect rect, unsigned char* destination, std::ptrdiff_t destinationStep,
+                       CSize destinationSize, double xFactor, double yFactor,
+                       int /*interpolation*/) {
+    return Resize8u({source, sourceStep, sourceSize, 3}, rect,
+                    {destination, destinationStep, destinationSize, 3}, xFactor, yFactor);
+}
+
+bool ippiResize_8u_C4R(const unsigned char* source, CSize sourceSize, std::ptrdiff_t sourceStep,
+                       RasterRect rect, unsigned char* destination, std::ptrdiff_t destinationStep,
+                       CSize destinationSize, double xFactor, double yFactor,
+                       int /*interpolation*/) {
+    return Resize8u({source, sourceStep, sourceSize, 4}, rect,
+                    {destination, destinationStep, destinationSize, 4}, xFactor, yFactor);
+}
+
+bool ippiResize_16u_C1R(const std::uint16_t* source, CSize sourceSize, std::ptrdiff_t sourceStep,
+                        RasterRect rect, std::uint16_t* destination, std::ptrdiff_t destinationStep,
+                        CSize destinationSize, double xFactor, double yFactor,
+                        int /*interpolation*/) {
+    const PixelGrid<const std::uint16_t> from{source, sourceStep, sourceSize, 1};
+    const PixelGrid<std::uint16_t> to{destination, destinationStep, destinationSize, 1};
+    const RasterRect cut = CutToSize(rect, sourceSize);
+    return AreUsable(from, to, cut) && Resize16u(Part(from, cut), to, xFactor, yFactor);
+}
+
+}  // namespace quorvex

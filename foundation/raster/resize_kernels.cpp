@@ -1,0 +1,104 @@
+#include "foundation/raster/resize_kernels.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "foundation/raster/resize_kernels.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace quorvex::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+/// Half of what the cut products lose on average, on top of the half of a grey level.
+constexpr std::uint32_t kVerticalRounding = 33;
+
+std::uint16_t HighHalf(std::uint32_t a, std::uint32_t b) {
+    return static_cast<std::uint16_t>((a * b) >> 16);
+}
+
+void PairsOneByOne(const HorizontalPlan& plan, const unsigned char* bytes, std::uint16_t* row) {
+    for (const SamplePair& pair : plan.pairs) {
+        const std::uint32_t left = std::uint32_t{bytes[pair.left]} << 8;
+        const std::uint32_t right = std::uint32_t{bytes[pair.right]} << 8;
+        *row++ = static_cast<std::uint16_t>(HighHalf(left, pair.leftWeight) +
+                                            HighHalf(right, pair.rightWeight));
+    }
+}
+
+#if HWY_TARGET != HWY_SCALAR
+/// 4 left products in the lower half, their 4 partners in the upper one.
+template <class Words>
+hn::Vec<Words> WindowProducts(Words words, const PairWindow& window, const unsigned char* bytes) {
+    const hn::Repartition<std::uint8_t, Words> octets;
+    const auto chosen =
+        hn::TableLookupBytesOr0(hn::LoadU(octets, bytes), hn::LoadU(octets, window.shuffle));
+    return hn::MulHigh(hn::BitCast(words, chosen), hn::LoadU(words, window.weights));
+}
+
+void PairsByWindow(const HorizontalPlan& plan, const unsigned char* bytes, std::uint16_t* row) {
+    const hn::FixedTag<std::uint16_t, 8> words;
+    const PairWindow* windows = plan.windows.data();
+    const std::uint32_t* starts = plan.windowStarts.data();
+    for (std::size_t i = 0; i < plan.windows.size(); i += 2, row += 8) {
+        const auto first = WindowProducts(words, windows[i], bytes + starts[i]);
+        const auto second = WindowProducts(words, windows[i + 1], bytes + starts[i + 1]);
+        hn::StoreU(hn::Add(hn::ConcatLowerLower(words, second, first),
+                           hn::ConcatUpperUpper(words, second, first)),
+                   words, row);
+    }
+}
+#else
+void PairsByWindow(const HorizontalPlan& plan, const unsigned char* bytes, std::uint16_t* row) {
+    PairsOneByOne(plan, bytes, row);
+}
+#endif
+
+void Horizontal(const HorizontalPlan& plan, const unsigned char* bytes, std::uint16_t* row) {
+    plan.windows.empty() ? PairsOneByOne(plan, bytes, row) : PairsByWindow(plan, bytes, row);
+}
+
+void Vertical(const std::uint16_t* upper, const std::uint16_t* lower, std::uint16_t lowerWeight,
+              unsigned char* destination, std::size_t count) {
+    const hn::ScalableTag<std::uint16_t> words;
+    const hn::Rebind<std::int16_t, decltype(words)> signedWords;
+    const hn::Rebind<std::uint8_t, decltype(words)> octets;
+    const auto upperWeight = static_cast<std::uint16_t>(kWholeWeight - lowerWeight);
+    const auto upperWeights = hn::Set(words, upperWeight);
+    const auto lowerWeights = hn::Set(words, lowerWeight);
+    const auto rounding = hn::Set(words, static_cast<std::uint16_t>(kVerticalRounding));
+    const std::size_t lanes = hn::Lanes(words);
+    std::size_t i = 0;
+    for (; i + lanes <= count; i += lanes) {
+        const auto sum = hn::Add(hn::MulHigh(hn::LoadU(words, upper + i), upperWeights),
+                                 hn::MulHigh(hn::LoadU(words, lower + i), lowerWeights));
+        const auto value = hn::ShiftRight<6>(hn::Add(sum, rounding));
+        hn::StoreU(hn::DemoteTo(octets, hn::BitCast(signedWords, value)), octets, destination + i);
+    }
+    for (; i < count; ++i) {
+        const std::uint32_t sum = HighHalf(upper[i], upperWeight) + HighHalf(lower[i], lowerWeight);
+        destination[i] = static_cast<unsigned char>((sum + kVerticalRounding) >> 6);
+    }
+}
+
+}  // namespace quorvex::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quorvex {
+
+HWY_EXPORT(Horizontal);
+HWY_EXPORT(Vertical);
+
+void ResizeHorizontally(const HorizontalPlan& plan, const unsigned char* bytes,
+                        std::span<std::uint16_t> row) {
+    HWY_DYNAMIC_DISPATCH(Horizontal)(plan, bytes, row.data());
+}
+
+void ResizeVertically(std::span<const std::uint16_t> upper, std::span<const std::uint16_t> lower,
+                      std::uint16_t lowerWeight, std::span<unsigned char> destination) {
+    HWY_DYNAMIC_DISPATCH(Vertical)
+    (upper.data(), lower.data(), lowerWeight, destination.data(), destination.size());
+}
+
+}  // namespace quorvex
+#endif

@@ -1,0 +1,55 @@
+/// The two inner loops of the 8-bit resize, for whatever instructions the machine has.
+///
+/// Between them a row holds each sample times 128, as 16-bit numbers. Each product is cut, not
+/// rounded, and added to its partner, so the order of the two neighbours never shows: a mirrored
+/// row gives the mirrored result, bit for bit.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace quorvex {
+
+/// Bits of the weights of both passes: they fit 16-bit unsigned lanes, 1.0 included.
+inline constexpr int kResizeWeightBits = 15;
+inline constexpr std::uint16_t kWholeWeight = 1U << kResizeWeightBits;
+
+/// One destination sample: two source bytes of its row, with weights that add up to kWholeWeight.
+struct SamplePair {
+    std::uint32_t left = 0;
+    std::uint32_t right = 0;
+    std::uint16_t leftWeight = kWholeWeight;
+    std::uint16_t rightWeight = 0;
+};
+
+/// Four destination samples whose source bytes lie in one window of 16 bytes.
+struct PairWindow {
+    std::uint8_t
+        shuffle[16];  ///< bytes of the window as the high halves of 8 words: 4 left, 4 right
+    std::uint16_t weights[8];
+};
+
+/// What the horizontal pass of one image reads, row for row.
+struct HorizontalPlan {
+    std::vector<SamplePair> pairs;
+    /// Empty where some four samples do not fit a window; else two for each eight of `pairs`.
+    std::vector<PairWindow> windows;
+    std::vector<std::uint32_t> windowStarts;
+};
+
+/// Numbers that a row between the passes must have room for: whole vectors are written.
+[[nodiscard]] constexpr std::size_t PaddedRow(std::size_t samples) noexcept {
+    return (samples + 63) / 64 * 64;
+}
+
+/// Makes `row` (destination samples, padded) from the source row `bytes`.
+void ResizeHorizontally(const HorizontalPlan& plan, const unsigned char* bytes,
+                        std::span<std::uint16_t> row);
+
+/// Mixes two rows by `lowerWeight` of the second into destination bytes.
+void ResizeVertically(std::span<const std::uint16_t> upper, std::span<const std::uint16_t> lower,
+                      std::uint16_t lowerWeight, std::span<unsigned char> destination);
+
+}  // namespace quorvex

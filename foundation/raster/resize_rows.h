@@ -1,0 +1,62 @@
+/// Linear resizing of an image that is handed over row by row.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "foundation/raster/pixel_grid.h"
+#include "foundation/raster/resize_kernels.h"
+#include "foundation/raster/resize_taps.h"
+#include "quorvex/Types.h"
+
+namespace quorvex {
+
+/// Both sizes in pixels, the factors in destination pixels for one source pixel.
+struct ResizeShape {
+    CSize source;
+    CSize destination;
+    double xFactor = 1.0;
+    double yFactor = 1.0;
+    int channels = 1;
+};
+
+/// The bytes of source row `y`, readable until the next call. Only rows that count are asked for,
+/// each once and in rising order.
+using RowSource = std::function<const unsigned char*(int y)>;
+
+/// Resizes 8-bit pixels with any number of channels. Takes all its memory when it is made (throws
+/// std::bad_alloc then), so that nothing can fail once rows are written.
+class RowResizer {
+public:
+    explicit RowResizer(const ResizeShape& shape);
+
+    /// False for sizes or factors by which nothing can be resized.
+    [[nodiscard]] bool IsUsable() const noexcept { return !columns_.empty() && !rows_.empty(); }
+
+    /// Fills `destination`, which has the shape's size and channels.
+    void Run(const RowSource& rowAt, const PixelGrid<unsigned char>& destination);
+
+private:
+    struct CachedRow {
+        int y = -1;
+        std::vector<std::uint16_t> samples;
+    };
+    void CopyRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) const;
+    void Cache(const ResizeTap& tap, const RowSource& rowAt);
+    void Fill(CachedRow& row, int y, const RowSource& rowAt) const;
+
+    std::vector<ResizeTap> columns_;
+    std::vector<ResizeTap> rows_;
+    bool isCopy_ = false;
+    HorizontalPlan plan_;
+    CachedRow upper_;
+    CachedRow lower_;
+};
+
+/// The same for a whole image in 16-bit samples.
+bool Resize16u(const PixelGrid<const std::uint16_t>& source,
+               const PixelGrid<std::uint16_t>& destination, double xFactor, double yFactor);
+
+}  // namespace quorvex

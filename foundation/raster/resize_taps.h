@@ -1,0 +1,27 @@
+/// Where the pixels of a resized row or column come from.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace quorvex {
+
+/// One destination pixel: source pixel `first` and, by `weight`, the one behind it.
+struct ResizeTap {
+    std::int32_t first = 0;
+    std::uint32_t weight = 0;  ///< of the pixel behind, in units of 2^-bits; 0 at the last pixel
+
+    [[nodiscard]] std::int32_t Second() const noexcept { return first + (weight != 0 ? 1 : 0); }
+};
+
+/// The taps of one axis. Destination pixel i reads (i + 0.5) / factor - 0.5, held between 0 and
+/// sourceLength - 1.
+///
+/// Where the destination is the source times the factor, the positions are worked out in whole
+/// numbers, and the taps of i and of destinationLength - 1 - i mirror each other exactly.
+/// @param bits  of the weights, at most 30
+/// @return nothing for a length below 1 and a factor that is no positive finite number
+[[nodiscard]] std::vector<ResizeTap> ResizeTaps(int sourceLength, int destinationLength,
+                                                double factor, int bits);
+
+}  // namespace quorvex

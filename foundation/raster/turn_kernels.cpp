@@ -1,0 +1,235 @@
+#include "foundation/raster/turn_kernels.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "foundation/raster/turn_kernels.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace quorvex::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+/// Pixels of one, two or three bytes that are written in the reverse of the order they are read in.
+template <class Octets, std::size_t kPixelBytes>
+class ReversedPixels {
+public:
+    static std::size_t Bytes() { return hn::Lanes(Octets()) * (kPixelBytes == 3 ? 3 : 1); }
+
+    explicit ReversedPixels(const std::uint8_t* from) {
+        if constexpr (kPixelBytes == 3) {
+            hn::LoadInterleaved3(Octets(), from, a_, b_, c_);
+            b_ = Turned<1>(b_);
+            c_ = Turned<1>(c_);
+            a_ = Turned<1>(a_);
+        } else {
+            a_ = Turned<kPixelBytes>(hn::LoadU(Octets(), from));
+        }
+    }
+    void Store(std::uint8_t* to) const {
+        if constexpr (kPixelBytes == 3) {
+            hn::StoreInterleaved3(a_, b_, c_, Octets(), to);
+        } else {
+            hn::StoreU(a_, Octets(), to);
+        }
+    }
+
+private:
+    using Vector = hn::Vec<Octets>;
+
+    template <std::size_t kUnit>
+    static Vector Turned(Vector vector) {
+        alignas(16) static constexpr std::uint8_t kOrder[2][16] = {
+            {15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0},
+            {14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1}};
+        const auto order = hn::LoadDup128(Octets(), kOrder[kUnit - 1]);
+        return hn::ReverseBlocks(Octets(), hn::TableLookupBytes(vector, order));
+    }
+
+    Vector a_;
+    Vector b_;
+    Vector c_;
+};
+
+/// Swaps whole vectors from both ends, as long as two fit between `first` and `last`.
+template <class Pixels>
+void SwapEnds(std::uint8_t*& first, std::uint8_t*& last) {
+    const auto bytes = static_cast<std::ptrdiff_t>(Pixels::Bytes());
+    while (last - first >= 2 * bytes) {
+        last -= bytes;
+        const Pixels head(first);
+        const Pixels tail(last);
+        tail.Store(first);
+        head.Store(last);
+        first += bytes;
+    }
+}
+
+template <std::size_t kPixelBytes>
+void SwapVectors(std::uint8_t*& first, std::uint8_t*& last) {
+    SwapEnds<ReversedPixels<hn::ScalableTag<std::uint8_t>, kPixelBytes>>(first, last);
+    SwapEnds<ReversedPixels<hn::FixedTag<std::uint8_t, 16>, kPixelBytes>>(first, last);
+}
+#else
+template <std::size_t kPixelBytes>
+void SwapVectors(std::uint8_t*& /*first*/, std::uint8_t*& /*last*/) {}
+#endif
+
+template <std::size_t kPixelBytes>
+void ReverseRow(std::uint8_t* first, std::uint8_t* last) {
+    SwapVectors<kPixelBytes>(first, last);
+    for (; last - first > static_cast<std::ptrdiff_t>(kPixelBytes); first += kPixelBytes) {
+        last -= kPixelBytes;
+        std::swap_ranges(first, first + kPixelBytes, last);
+    }
+}
+
+void Reverse(const PixelGrid<unsigned char>& image, std::size_t pixelBytes) {
+    for (int y = 0; y < image.size.cy; ++y) {
+        const auto row = image.Row(y);
+        std::uint8_t* const first = row.data();
+        switch (pixelBytes) {
+            case 1:
+                ReverseRow<1>(first, first + row.size());
+                break;
+            case 2:
+                ReverseRow<2>(first, first + row.size());
+                break;
+            default:
+                ReverseRow<3>(first, first + row.size());
+        }
+    }
+}
+
+/// Writes source columns as destination rows. Rows of a tile stay in the nearer caches until every
+/// one of their bytes has been used.
+constexpr int kTileRows = 512;
+constexpr int kBlock = 16;
+
+/// Where the columns go: a quarter to the left reads the columns from the right, each downwards;
+/// three quarters read them from the left, each upwards.
+struct ColumnMap {
+    PixelGrid<const unsigned char> source;
+    PixelGrid<unsigned char> destination;
+    bool toTheLeft;
+
+    [[nodiscard]] int DestinationY(int x) const { return toTheLeft ? source.size.cx - 1 - x : x; }
+    [[nodiscard]] int SourceY(int i) const { return toTheLeft ? i : source.size.cy - 1 - i; }
+};
+
+template <std::size_t kChannels>
+void TurnOneByOne(const ColumnMap& map, RasterRect area) {
+    for (int x = area.x; x < area.x + area.width; ++x) {
+        unsigned char* to = map.destination.Row(map.DestinationY(x)).data() +
+                            static_cast<std::size_t>(area.y) * kChannels;
+        const auto offset = static_cast<std::size_t>(x) * kChannels;
+        for (int i = area.y; i < area.y + area.height; ++i, to += kChannels) {
+            std::memcpy(to, map.source.Row(map.SourceY(i)).data() + offset, kChannels);
+        }
+    }
+}
+
+#if HWY_TARGET != HWY_SCALAR
+using Octets = hn::FixedTag<std::uint8_t, kBlock>;
+using BlockRows = std::array<hn::Vec<Octets>, kBlock>;
+
+/// Four rounds of interleaving rows i and i + 8 transpose a block of 16 x 16.
+inline void InterleaveRound(const BlockRows& from, BlockRows& to) {
+    for (std::size_t i = 0; i < kBlock / 2; ++i) {
+        to[2 * i] = hn::InterleaveLower(Octets(), from[i], from[i + kBlock / 2]);
+        to[2 * i + 1] = hn::InterleaveUpper(Octets(), from[i], from[i + kBlock / 2]);
+    }
+}
+
+void TurnBlock(const ColumnMap& map, int x, int i) {
+    BlockRows rows;
+    BlockRows swapped;
+    for (int k = 0; k < kBlock; ++k) {
+        rows[static_cast<std::size_t>(k)] =
+            hn::LoadU(Octets(), map.source.Row(map.SourceY(i + k)).data() + x);
+    }
+    InterleaveRound(rows, swapped);
+    InterleaveRound(swapped, rows);
+    InterleaveRound(rows, swapped);
+    InterleaveRound(swapped, rows);
+    for (int k = 0; k < kBlock; ++k) {
+        hn::StoreU(rows[static_cast<std::size_t>(k)], Octets(),
+                   map.destination.Row(map.DestinationY(x + k)).data() + i);
+    }
+}
+
+/// The last block of a line lies over the one before it where 16 does not divide the length.
+void TurnInBlocks(const ColumnMap& map, RasterRect area) {
+    const int lastX = area.x + area.width - kBlock;
+    const int lastI = area.y + area.height - kBlock;
+    for (int x = area.x; x < area.x + area.width; x += kBlock) {
+        for (int i = area.y; i < area.y + area.height; i += kBlock) {
+            TurnBlock(map, std::min(x, lastX), std::min(i, lastI));
+        }
+    }
+}
+#else
+void TurnInBlocks(const ColumnMap& map, RasterRect area) {
+    TurnOneByOne<1>(map, area);
+}
+#endif
+
+void TurnTile(const ColumnMap& map, RasterRect area) {
+    if (map.source.channels == 3) {
+        TurnOneByOne<3>(map, area);
+    } else if (area.width < kBlock || area.height < kBlock) {
+        TurnOneByOne<1>(map, area);
+    } else {
+        TurnInBlocks(map, area);
+    }
+}
+
+void TurnColumns(const PixelGrid<const unsigned char>& source,
+                 const PixelGrid<unsigned char>& destination, bool toTheLeft) {
+    const ColumnMap map{source, destination, toTheLeft};
+    for (int i = 0; i < source.size.cy; i += kTileRows) {
+        TurnTile(map, {0, i, source.size.cx, std::min(kTileRows, source.size.cy - i)});
+    }
+}
+
+}  // namespace quorvex::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quorvex {
+
+HWY_EXPORT(Reverse);
+HWY_EXPORT(TurnColumns);
+
+namespace {
+
+void CopyRows(const PixelGrid<const unsigned char>& source,
+              const PixelGrid<unsigned char>& destination, bool fromBelow) {
+    for (int y = 0; y < source.size.cy; ++y) {
+        const auto row = source.Row(fromBelow ? source.size.cy - 1 - y : y);
+        std::ranges::copy(row, destination.Row(y).begin());
+    }
+}
+
+}  // namespace
+
+void ReverseRows(const PixelGrid<unsigned char>& image, std::size_t pixelBytes) {
+    HWY_DYNAMIC_DISPATCH(Reverse)(image, pixelBytes);
+}
+
+void TurnPixels(const PixelGrid<const unsigned char>& source,
+                const PixelGrid<unsigned char>& destination, int quarters) {
+    if (quarters % 2 != 0) {
+        HWY_DYNAMIC_DISPATCH(TurnColumns)(source, destination, quarters == 1);
+        return;
+    }
+    CopyRows(source, destination, quarters == 2);
+    if (quarters == 2) ReverseRows(destination, static_cast<std::size_t>(source.channels));
+}
+
+}  // namespace quorvex
+#endif
