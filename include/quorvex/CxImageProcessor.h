@@ -1,13 +1,20 @@
 /// From stored frame bytes to plain pixels: every decoder, colour and size behind one class.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <span>
 
 #include "quorvex/Export.h"
 #include "quorvex/ResultCodes.h"
 #include "quorvex/Types.h"
 
 namespace quorvex {
+
+class FrameBlock;
+struct ColourFrame;
+struct RleLayout;
 
 /// The output formats that callers of this library ask for.
 enum QUORVEX_XFERSYNTAX : std::uint32_t {
@@ -146,26 +153,31 @@ private:
     int InitializeMembers(const _IMAGE_PROCESS_PARAM* param);
     [[nodiscard]] bool IsCompressed() const noexcept;
     [[nodiscard]] bool IsDecodable() const noexcept;
-    [[nodiscard]] std::uint32_t BytesPerSample() const noexcept {
-        return bitsAllocated > 8 ? 2 : 1;
-    }
+    [[nodiscard]] std::size_t BytesPerSample() const noexcept { return bitsAllocated > 8 ? 2 : 1; }
+    [[nodiscard]] std::size_t SampleBytesFor(std::size_t available) const noexcept;
+    [[nodiscard]] RleLayout DescribeRle(std::size_t frameBytes) const noexcept;
+    [[nodiscard]] std::optional<std::size_t> FrameBytes(std::size_t bytesPerSample) const noexcept;
+    [[nodiscard]] ColourFrame DescribeColour(std::size_t bytesPerSample) const;
 
     QUORVEX_MESSAGE CopyFrame(unsigned char* source, unsigned long sourceLength,
                               unsigned char*& result, unsigned long& resultSize);
+    QUORVEX_MESSAGE CopyColourFrame(const unsigned char* source, unsigned long sourceLength,
+                                    unsigned char*& result, unsigned long& resultSize);
     QUORVEX_MESSAGE DecodeFrame(unsigned char* source, unsigned long sourceLength,
                                 unsigned char*& result, unsigned long& resultSize,
                                 int unsignedOnly);
-    QUORVEX_MESSAGE DecodeRleFrame(unsigned char* source, unsigned long sourceLength,
-                                   unsigned char* result, unsigned long resultSize);
-    int DecompressRLEData(unsigned char* source, unsigned long sourceLength, unsigned char*& result,
-                          unsigned long& resultSize);
+    QUORVEX_MESSAGE DecodeRleFrame(const unsigned char* source, unsigned long sourceLength,
+                                   const FrameBlock& block);
+    int DecompressRLEData(const unsigned char* source, unsigned long sourceLength,
+                          std::span<unsigned char> frame) const;
+    void DecompressColourRle(std::span<const unsigned char> source, const FrameBlock& block) const;
     int DecompressJpegData(unsigned char* source, unsigned long sourceLength,
                            unsigned char*& result, unsigned long& resultSize);
     int DecompressJ2KData(unsigned char* source, unsigned long sourceLength, unsigned char*& result,
                           unsigned long& resultSize, int unsignedOnly);
-    void SwapByte(unsigned char* data, unsigned long length) noexcept;
-    int HorizontalFlipImage(unsigned char* image, CSize size, unsigned short bits,
-                            unsigned short samples);
+    static void SwapByte(unsigned char* data, unsigned long length) noexcept;
+    static int HorizontalFlipImage(unsigned char* image, CSize size, unsigned short bits,
+                                   unsigned short samples);
 
     std::uint16_t samplesPerPixel = 0;
     CString photometric;

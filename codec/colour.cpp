@@ -1,0 +1,167 @@
+#include "codec/colour.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
+
+#include "codec/full_range.h"
+#include "foundation/raster/raster.h"
+#include "foundation/types/block.h"
+
+namespace quorvex {
+namespace {
+
+constexpr unsigned kAnyPlanarConfiguration = 2;
+
+struct FormRow {
+    const char* photometric;
+    unsigned planarConfiguration;
+    ColourForm form;
+};
+
+constexpr FormRow kForms[] = {
+    {"YBR_FULL", 1, ColourForm::kFullPlanes},
+    {"YBR_FULL", 0, ColourForm::kFullInterleaved},
+    {"YBR_FULL_422", kAnyPlanarConfiguration, ColourForm::kFull422},
+    {"YBR_PARTIAL_422", kAnyPlanarConfiguration, ColourForm::kPartial422},
+    {"RGB", 1, ColourForm::kRgbPlanes},
+    {"RGB", kAnyPlanarConfiguration, ColourForm::kRgbInterleaved},
+};
+
+bool IsRgb(ColourForm form) noexcept {
+    return form == ColourForm::kRgbPlanes || form == ColourForm::kRgbInterleaved;
+}
+
+/// Interleaves three planes. Each pixel is stored as one Word, whose last sample the next
+/// overwrites.
+template <class Sample, class Word>
+void InterleavePlanes(std::span<const unsigned char> source, std::size_t pixels,
+                      unsigned char* out) {
+    constexpr std::size_t kBytes = sizeof(Sample);
+    constexpr unsigned kBits = 8 * kBytes;
+    const unsigned char* planes[3] = {source.data(), source.data() + pixels * kBytes,
+                                      source.data() + 2 * pixels * kBytes};
+    const auto sampleAt = [&](std::size_t plane, std::size_t pixel) {
+        Sample sample;
+        std::memcpy(&sample, planes[plane] + pixel * kBytes, kBytes);
+        return sample;
+    };
+    for (std::size_t p = 0; p + 1 < pixels; ++p, out += 3 * kBytes) {
+        const Word word = Word{sampleAt(0, p)} | Word{sampleAt(1, p)} << kBits |
+                          Word{sampleAt(2, p)} << (2 * kBits);
+        std::memcpy(out, &word, sizeof word);
+    }
+    for (std::size_t plane = 0; pixels != 0 && plane < 3; ++plane) {
+        std::memcpy(out + plane * kBytes, planes[plane] + (pixels - 1) * kBytes, kBytes);
+    }
+}
+
+__extension__ using WideWord = unsigned __int128;
+
+void InterleaveRgb(const ColourFrame& frame, std::span<const unsigned char> source,
+                   unsigned char* rgb) {
+    const std::size_t pixels = frame.Pixels();
+    if (frame.bytesPerSample == 1) {
+        InterleavePlanes<std::uint8_t, std::uint32_t>(source, pixels, rgb);
+    } else if (frame.bytesPerSample == 2) {
+        InterleavePlanes<std::uint16_t, std::uint64_t>(source, pixels, rgb);
+    } else {
+        InterleavePlanes<std::uint32_t, WideWord>(source, pixels, rgb);
+    }
+}
+
+void ConvertPartial422(const ColourFrame& frame, const unsigned char* source, unsigned char* rgb) {
+    const CSize size{static_cast<std::int32_t>(frame.columns),
+                     static_cast<std::int32_t>(frame.rows)};
+    const auto columns = static_cast<std::ptrdiff_t>(frame.columns);
+    ippiYCbCr422ToRGB_8u_C2C3R(source, 2 * columns, rgb, 3 * columns, size);
+}
+
+/// Converts a source that has all of its bytes.
+void ConvertWhole(const ColourFrame& frame, std::span<const unsigned char> source,
+                  std::span<unsigned char> rgb) {
+    const std::size_t pixels = frame.Pixels();
+    switch (frame.form) {
+        case ColourForm::kFullPlanes:
+            return ConvertFullRangePlanes(source, pixels, rgb);
+        case ColourForm::kFullInterleaved:
+            return ConvertFullRangePixels(source, pixels, rgb);
+        case ColourForm::kFull422:
+            return ConvertFullRange422(source, pixels, rgb);
+        case ColourForm::kPartial422:
+            return ConvertPartial422(frame, source.data(), rgb.data());
+        case ColourForm::kRgbPlanes:
+            return InterleaveRgb(frame, source, rgb.data());
+        case ColourForm::kRgbInterleaved:
+            std::memcpy(rgb.data(), source.data(), rgb.size());
+            return;
+        case ColourForm::kUnknown:
+            return;
+    }
+}
+
+/// The part of a frame that a short interleaved source still has: whole rows of the video form,
+/// whole pixels (as one long row) of the others.
+ColourFrame FirstPart(const ColourFrame& frame, std::size_t sourceBytes) noexcept {
+    ColourFrame part = frame;
+    if (frame.form == ColourForm::kPartial422) {
+        part.rows = sourceBytes / (2 * frame.columns);
+    } else {
+        part.rows = 1;
+        part.columns = frame.form == ColourForm::kFull422
+                           ? sourceBytes / 4 * 2
+                           : sourceBytes / (3 * frame.bytesPerSample);
+    }
+    return part;
+}
+
+void ConvertFirstPart(const ColourFrame& frame, std::span<const unsigned char> source,
+                      std::span<unsigned char> rgb) {
+    const ColourFrame part = FirstPart(frame, source.size());
+    ConvertWhole(part, source.first(part.StoredBytes()), rgb.first(part.RgbBytes()));
+    std::ranges::fill(rgb.subspan(part.RgbBytes()), static_cast<unsigned char>(0));
+}
+
+/// A short planar source lacks the last samples of its pixels; they count as 0.
+void ConvertPadded(const ColourFrame& frame, std::span<const unsigned char> source,
+                   std::span<unsigned char> rgb) {
+    const HeapBlock padded(frame.StoredBytes());
+    const auto behind = std::ranges::copy(source, padded.Bytes().begin()).out;
+    std::fill(behind, padded.Bytes().end(), static_cast<unsigned char>(0));
+    ConvertWhole(frame, padded.Bytes(), rgb);
+}
+
+}  // namespace
+
+std::size_t ColourFrame::StoredBytes() const noexcept {
+    if (form == ColourForm::kFull422) return (Pixels() + 1) / 2 * 4;
+    if (form == ColourForm::kPartial422) return Pixels() * 2;
+    return RgbBytes();
+}
+
+ColourForm ColourFormOf(const CString& photometric, unsigned planarConfiguration,
+                        std::size_t bytesPerSample) {
+    for (const FormRow& row : kForms) {
+        const bool isPlanarFitting = row.planarConfiguration == kAnyPlanarConfiguration ||
+                                     row.planarConfiguration == planarConfiguration;
+        if (!isPlanarFitting || photometric != CString(row.photometric)) continue;
+        return IsRgb(row.form) || bytesPerSample == 1 ? row.form : ColourForm::kUnknown;
+    }
+    return ColourForm::kUnknown;
+}
+
+bool ConvertToRgb(const ColourFrame& frame, std::span<const unsigned char> source,
+                  std::span<unsigned char> rgb) {
+    if (frame.form == ColourForm::kUnknown) return false;
+    if (source.size() >= frame.StoredBytes()) {
+        ConvertWhole(frame, source, rgb);
+    } else if (IsPlanar(frame.form)) {
+        ConvertPadded(frame, source, rgb);
+    } else {
+        ConvertFirstPart(frame, source, rgb);
+    }
+    return true;
+}
+
+}  // namespace quorvex

@@ -1,0 +1,50 @@
+/// Three-sample frames in every stored form, brought to interleaved R, G, B.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+#include "quorvex/Types.h"
+
+namespace quorvex {
+
+/// What a stored three-sample frame looks like.
+enum class ColourForm {
+    kUnknown,
+    kFullPlanes,       ///< full-range Y, Cb, Cr, by planes
+    kFullInterleaved,  ///< the same, pixel by pixel
+    kFull422,          ///< groups of Y, Cb, Y, Cr: two pixels share their colour
+    kPartial422,       ///< the same groups in the video range
+    kRgbPlanes,
+    kRgbInterleaved,
+};
+
+[[nodiscard]] constexpr bool IsPlanar(ColourForm form) noexcept {
+    return form == ColourForm::kRgbPlanes || form == ColourForm::kFullPlanes;
+}
+
+struct ColourFrame {
+    ColourForm form = ColourForm::kUnknown;
+    std::size_t columns = 0;
+    std::size_t rows = 0;
+    std::size_t bytesPerSample = 1;  ///< 1, 2 or 4
+
+    [[nodiscard]] std::size_t Pixels() const noexcept { return columns * rows; }
+    /// Bytes of the converted frame.
+    [[nodiscard]] std::size_t RgbBytes() const noexcept { return Pixels() * 3 * bytesPerSample; }
+    /// Bytes that a whole stored frame has.
+    [[nodiscard]] std::size_t StoredBytes() const noexcept;
+};
+
+/// The form that a photometric interpretation (compared exactly) and a planar configuration name.
+/// Y, Cb, Cr are known as bytes only.
+[[nodiscard]] ColourForm ColourFormOf(const CString& photometric, unsigned planarConfiguration,
+                                      std::size_t bytesPerSample);
+
+/// Converts `source` to `rgb`, which has RgbBytes(); of a source that is too short what there is,
+/// and zeros behind it.
+/// @return false for an unknown form: nothing is written
+bool ConvertToRgb(const ColourFrame& frame, std::span<const unsigned char> source,
+                  std::span<unsigned char> rgb);
+
+}  // namespace quorvex

@@ -1,0 +1,27 @@
+#include "codec/frame_block.h"
+
+#include <algorithm>
+
+namespace quorvex {
+namespace {
+
+constexpr int kGeneralAllocator = 1;
+
+unsigned char* TakeBlock(std::size_t size, int allocMode) {
+    return allocMode == kGeneralAllocator ? HeapBlock(size).Release() : PageBlock(size).Release();
+}
+
+}  // namespace
+
+FrameBlock::FrameBlock(unsigned char*& result, std::size_t size, int allocMode)
+    : isNew_(result == nullptr), isZero_(isNew_ && allocMode != kGeneralAllocator) {
+    if (isNew_) result = TakeBlock(size, allocMode);
+    bytes_ = {result, size};
+}
+
+void FrameBlock::ClearBehind(std::size_t count) const noexcept {
+    if (!isNew_ || isZero_ || count >= bytes_.size()) return;
+    std::ranges::fill(bytes_.subspan(count), static_cast<unsigned char>(0));
+}
+
+}  // namespace quorvex
