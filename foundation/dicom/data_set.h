@@ -83,6 +83,8 @@ public:
     TRANSFER_SYNTAX syntax = kSyntaxNone;
     /// VR of the Pixel Data that the reading stopped ahead of.
     MC_VR pixelDataVr = MC_VR_OW;
+    /// Length of the header of Pixel Data that stopped the reading; 0 where nothing of it was seen.
+    std::size_t pixelDataHeaderBytes = 0;
 
 private:
     std::shared_ptr<const ByteBuffer> source_;

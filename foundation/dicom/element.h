@@ -45,7 +45,7 @@ struct Element {
     MC_VR vr = MC_VR_UN;
     std::size_t offset = 0;
     std::size_t length = 0;
-    std::shared_ptr<Content> content;
+    std::shared_ptr<Content> content{};
     bool isCut = false;        ///< the data ended before the value did
     bool isBigEndian = false;  ///< the byte order of the value, whatever the data set's syntax
     bool isUtf8 = false;       ///< text that was set: UTF-8, whatever Specific Character Set says

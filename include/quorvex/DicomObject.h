@@ -14,13 +14,14 @@ namespace quorvex {
 
 namespace dicom {
 class DataSet;
-}
+struct ReadOutcome;
+}  // namespace dicom
 
 /// Result of an operation of the object library: 1 is success, anything else is failure.
 using DCMRESULT = int;
 inline constexpr DCMRESULT kDcmSuccess = 1;
-inline constexpr DCMRESULT kDcmNotFound = 0;     ///< no such attribute, value or item
-inline constexpr DCMRESULT kDcmFailure = 2;      ///< unusable content, refused by a callback
+inline constexpr DCMRESULT kDcmNotFound = 0;  ///< no such attribute, value or item
+inline constexpr DCMRESULT kDcmFailure = 2;   ///< unusable content, refused by a callback
 inline constexpr DCMRESULT kDcmOutOfMemory = 3;
 
 /// What a callback answers: 1 goes on, anything else (by custom 4011) refuses.
@@ -93,13 +94,13 @@ using PixelItemCallback = MC_STATUS (*)(int messageId, std::uint32_t tag, void* 
 struct DcmElementView {
     std::uint32_t tag = 0;
     MC_VR vr = MC_VR_UN;
-    const char* keyword = "";           ///< "PatientName"; empty where the dictionary has none
-    int depth = 0;                      ///< 0 in the main data set, 1 in an item of it
-    int itemIndex = -1;                 ///< which item of its sequence holds it; -1 at depth 0
-    unsigned long length = 0;           ///< bytes of the value as stored here
-    unsigned long valueCount = 0;       ///< values, or items of a sequence
+    const char* keyword = "";             ///< "PatientName"; empty where the dictionary has none
+    int depth = 0;                        ///< 0 in the main data set, 1 in an item of it
+    int itemIndex = -1;                   ///< which item of its sequence holds it; -1 at depth 0
+    unsigned long length = 0;             ///< bytes of the value as stored here
+    unsigned long valueCount = 0;         ///< values, or items of a sequence
     const unsigned char* data = nullptr;  ///< the stored bytes, in the file's byte order
-    bool isCut = false;                 ///< the file ended before the value did
+    bool isCut = false;                   ///< the file ended before the value did
 };
 /// Anything but 1 ends the walk.
 using ElementVisitor = MC_STATUS (*)(const DcmElementView& element, void* user);
@@ -129,7 +130,8 @@ private:
 /// numeric form or from text that begins with one, cut towards zero for whole numbers. `GetValue`
 /// gives the first value (or item) and `GetNextValue` each following one, per attribute, until it
 /// answers other than 1. Text values come one at a time, decoded by Specific Character Set and
-/// without their padding; the `index` of -1 that callers pass stands for "the current value".
+/// without their padding; the `index` of -1 that callers pass stands for "the current value". A text
+/// attribute that is there but empty has one empty value; any other empty attribute has none.
 ///
 /// Copies are deep in effect: a change to one is never seen in another.
 class QUORVEX_API CDcmObjectCommon : public CDcmCommon {
@@ -202,10 +204,23 @@ protected:
     explicit CDcmObjectCommon(std::shared_ptr<dicom::DataSet> dataSet);
     [[nodiscard]] dicom::DataSet& Writable();
 
+    /// Takes another content; what was being read value by value starts over.
+    void Adopt(std::shared_ptr<dicom::DataSet> dataSet) noexcept;
+
+    /// Answers that the attribute is not there, and says so.
+    DCMRESULT Missing() const noexcept;
+
     std::shared_ptr<dicom::DataSet> dataSet_;
 
 private:
     struct Cursors;
+    template <class Value>
+    DCMRESULT ReadFirst(std::uint32_t tag, Value& value) const;
+    template <class Value>
+    DCMRESULT ReadNext(std::uint32_t tag, Value& value) const;
+    template <class Value>
+    DCMRESULT Write(std::uint32_t tag, const Value& value, bool isNext);
+    DCMRESULT WriteItem(std::uint32_t tag, const CDcmItem* item, bool isNext);
     mutable std::unique_ptr<Cursors> cursors_;
 };
 
@@ -240,11 +255,12 @@ public:
     /// is above `stopTag`. `offset` receives where that element begins (or the data ends), counted
     /// in bytes of the file; of a deflated data set in inflated bytes, and such an object holds its
     /// Pixel Data itself. Without the marker "DICM" at offset 128 it is a failure.
-    DCMRESULT ReadFileUptoTag(CDcmApp* app, std::uint32_t stopTag, unsigned long* offset, void* user,
-                              FileReadCallback callback);
+    DCMRESULT ReadFileUptoTag(CDcmApp* app, std::uint32_t stopTag, unsigned long* offset,
+                              void* user, FileReadCallback callback);
     /// Reads a bare data set that begins at `startTag` or, ahead of it, group 0002. `offset` receives
-    /// where the reading stopped, also on failure. `syntax` says how the data is encoded unless its
-    /// own bytes or its group 0002 say otherwise.
+    /// where the reading stopped. `syntax` says how the data is encoded unless its
+    /// own bytes or its group 0002 say otherwise. On failure the object holds what could be read, and
+    /// `offset` is where the data set should have begun.
     DCMRESULT ReadStream2(std::uint32_t startTag, std::uint32_t stopTag, TRANSFER_SYNTAX syntax,
                           unsigned long* scratch, unsigned long* offset, void* user,
                           StreamReadCallback callback);
@@ -281,6 +297,8 @@ public:
     DCMRESULT Close() override;
 
 private:
+    DCMRESULT Keep(dicom::ReadOutcome&& outcome, unsigned long* offset);
+
     CString name_;
 };
 

@@ -1,0 +1,80 @@
+#include "foundation/dicom/cursors.h"
+
+#include <algorithm>
+
+#include "foundation/dicom/byte_order.h"
+#include "foundation/dicom/element_values.h"
+
+namespace quorvex::dicom {
+namespace {
+
+/// Numbers in bytes of which nothing is known: those of the two usual sizes.
+std::optional<Number> UnknownNumber(Bytes value) {
+    if (value.size() == 2) return Number::Whole(Load<std::uint16_t>(value.data(), false));
+    if (value.size() == 4) return Number::Whole(Load<std::uint32_t>(value.data(), false));
+    return std::nullopt;
+}
+
+void LookAtText(const DataSet& dataSet, const Element& element, Cursor& cursor) {
+    if (cursor.textForm != Cursor::TextForm::kUnknown) return;
+    cursor.textForm = Cursor::TextForm::kPlain;
+    if (IsPlainText(CharactersOf(dataSet.ValueOf(element)))) return;
+    cursor.decoded = DecodedText(dataSet, element);
+    cursor.textForm = Cursor::TextForm::kDecoded;
+}
+
+template <class Text>
+CString TakeTrimmed(Text text, ValueKind kind, Cursor& cursor) {
+    if (kind != ValueKind::kProse) return Trimmed(TakeValue(text, cursor.position), kind);
+    cursor.position = kBehindLastValue;
+    return Trimmed(text, kind);
+}
+
+}  // namespace
+
+std::optional<Number> TakeNumber(const DataSet& dataSet, const Element& element, Cursor& cursor) {
+    const ValueRepresentation& vr = MeaningOf(element);
+    if (!IsText(vr)) return BinaryNumber(dataSet, element, cursor.index++);
+    if (cursor.position == kBehindLastValue) return std::nullopt;
+    const Bytes value = dataSet.ValueOf(element);
+    const auto number = LeadingNumber(TakeValue(CharactersOf(value), cursor.position));
+    return number || vr.vr != MC_VR_UN ? number : UnknownNumber(value);
+}
+
+std::optional<CString> TakeText(const DataSet& dataSet, const Element& element, Cursor& cursor) {
+    const ValueRepresentation& vr = MeaningOf(element);
+    if (vr.kind == ValueKind::kSequence) return std::nullopt;
+    if (!IsText(vr)) {
+        const auto text = BinaryText(dataSet, element, cursor.index++);
+        return text ? std::optional(CString(*text)) : std::nullopt;
+    }
+    if (cursor.position == kBehindLastValue) return std::nullopt;
+    LookAtText(dataSet, element, cursor);
+    const ValueKind kind = vr.vr == MC_VR_UN ? ValueKind::kText : vr.kind;
+    if (cursor.textForm == Cursor::TextForm::kDecoded) {
+        return TakeTrimmed(std::u16string_view(cursor.decoded), kind, cursor);
+    }
+    return TakeTrimmed(CharactersOf(dataSet.ValueOf(element)), kind, cursor);
+}
+
+std::shared_ptr<DataSet> TakeItem(const Element& element, Cursor& cursor) {
+    const Items* items = ItemsOf(element);
+    if (items == nullptr || cursor.index >= items->size()) return nullptr;
+    return (*items)[cursor.index++];
+}
+
+}  // namespace quorvex::dicom
+
+namespace quorvex {
+
+dicom::Cursor* CDcmObjectCommon::Cursors::Find(std::uint32_t tag) noexcept {
+    const auto place = std::find_if(all.begin(), all.end(),
+                                    [&](const dicom::Cursor& cursor) { return cursor.tag == tag; });
+    return place == all.end() ? nullptr : &*place;
+}
+
+void CDcmObjectCommon::Cursors::Forget(std::uint32_t tag) noexcept {
+    std::erase_if(all, [&](const dicom::Cursor& cursor) { return cursor.tag == tag; });
+}
+
+}  // namespace quorvex

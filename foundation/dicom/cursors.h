@@ -1,0 +1,48 @@
+/// Going from value to value through an attribute.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "foundation/dicom/data_set.h"
+#include "foundation/dicom/numbers.h"
+#include "quorvex/DicomObject.h"
+
+namespace quorvex::dicom {
+
+/// A place between two values. A new one stands ahead of the first.
+struct Cursor {
+    enum class TextForm : std::uint8_t { kUnknown, kPlain, kDecoded };
+
+    std::uint32_t tag = 0;
+    std::size_t index = 0;     ///< of the next value or item
+    std::size_t position = 0;  ///< where the next value of a text begins
+    TextForm textForm = TextForm::kUnknown;
+    std::u16string decoded{};  ///< text that had to be decoded before it could be split
+};
+
+/// Each takes the value behind the cursor and moves it on; nothing at the end, and for a value that
+/// cannot be what is asked for. A text attribute that is there but empty has one empty value.
+[[nodiscard]] std::optional<Number> TakeNumber(const DataSet& dataSet, const Element& element,
+                                               Cursor& cursor);
+[[nodiscard]] std::optional<CString> TakeText(const DataSet& dataSet, const Element& element,
+                                              Cursor& cursor);
+[[nodiscard]] std::shared_ptr<DataSet> TakeItem(const Element& element, Cursor& cursor);
+
+}  // namespace quorvex::dicom
+
+namespace quorvex {
+
+/// The cursors of the attributes that are being read value by value.
+struct CDcmObjectCommon::Cursors {
+    [[nodiscard]] dicom::Cursor* Find(std::uint32_t tag) noexcept;
+    void Forget(std::uint32_t tag) noexcept;
+
+    std::vector<dicom::Cursor> all{};
+};
+
+}  // namespace quorvex

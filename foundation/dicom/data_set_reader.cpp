@@ -1,0 +1,180 @@
+#include "foundation/dicom/data_set_reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <string>
+
+#include "foundation/dicom/element_reader.h"
+#include "foundation/dicom/inflate.h"
+#include "foundation/dicom/transfer_syntax.h"
+
+namespace quorvex::dicom {
+namespace {
+
+constexpr std::size_t kPreamble = 128;
+constexpr std::size_t kPreambleAndMarker = kPreamble + 4;
+constexpr std::uint32_t kUsualGroup = 0x0008;  // the group that data sets begin with
+constexpr std::size_t kFewestOfBare = 2;       // fewer elements are more likely junk
+
+/// How the data set behind the meta information is written.
+struct Label {
+    TRANSFER_SYNTAX number = kSyntaxNone;  ///< none for a UID that is not known
+    Encoding encoding;
+    bool isDeflated = false;
+    bool isEncapsulated = false;
+};
+
+Label LabelOf(const TransferSyntax* syntax) {
+    if (syntax == nullptr) return {};
+    return {syntax->number,
+            {syntax->isExplicit, syntax->isBigEndian},
+            syntax->isDeflated,
+            syntax->isEncapsulated};
+}
+
+TRANSFER_SYNTAX NativeSyntax(Encoding encoding) {
+    if (encoding.isBigEndian) return encoding.isExplicit ? kExplicitBigEndian : kImplicitBigEndian;
+    return encoding.isExplicit ? kExplicitLittleEndian : kImplicitLittleEndian;
+}
+
+std::string UidText(Bytes value) {
+    const auto* end = std::find_if(value.data(), value.data() + value.size(),
+                                   [](unsigned char c) { return c == 0 || c == ' '; });
+    return {value.data(), end};
+}
+
+class DataSetReader {
+public:
+    DataSetReader(ByteFeed& feed, std::size_t begin) : feed_(feed), elements_(feed, begin) {}
+
+    /// Reads group 0002, where it stands ahead, and labels the data set by its UID or `fallback`.
+    [[nodiscard]] bool ReadMeta(const Label& fallback);
+    /// Group of the first element, in the byte order that the data set really has.
+    [[nodiscard]] std::uint32_t FirstGroup();
+    [[nodiscard]] bool InflateRest();
+    /// Looks at the first element for what the data set really is.
+    void CorrectLabel();
+    [[nodiscard]] ReadOutcome ReadRest(std::uint32_t stopTag, std::size_t fewest);
+    [[nodiscard]] ReadOutcome Refuse(const char* why);
+
+    [[nodiscard]] const Label& GetLabel() const noexcept { return label_; }
+
+private:
+    [[nodiscard]] bool HasElement() { return feed_.Has(elements_.Position(), kShortHeader); }
+    [[nodiscard]] const unsigned char* Next() const { return feed_.At(elements_.Position()); }
+    [[nodiscard]] std::optional<ElementHeader> PixelDataHere();
+    [[nodiscard]] ReadOutcome Outcome(DCMRESULT result, std::size_t offset, const char* failure);
+
+    ByteFeed& feed_;
+    ElementReader elements_;
+    Label label_;
+    std::size_t begin_ = 0;  ///< of the data set behind the meta information
+    std::size_t metaCount_ = 0;
+};
+
+bool DataSetReader::ReadMeta(const Label& fallback) {
+    label_ = fallback;
+    const bool hasMeta = HasElement() && IsMetaTag(LoadTag(Next(), false));
+    if (hasMeta && !elements_.ReadMeta({IsVr(Next() + 4), false})) return false;
+    const std::string uid = UidText(elements_.ValueRead(kTransferSyntaxUid));
+    if (!uid.empty()) label_ = LabelOf(SyntaxOfUid(uid));
+    begin_ = elements_.Position();
+    metaCount_ = elements_.ElementCount();
+    return true;
+}
+
+std::uint32_t DataSetReader::FirstGroup() {
+    return HasElement() ? GroupOf(LoadTag(Next(), label_.encoding.isBigEndian)) : 0xFFFF;
+}
+
+/// A data set that only says that it is deflated stays as it is.
+bool DataSetReader::InflateRest() {
+    const bool isPlain =
+        HasElement() && GroupOf(LoadTag(Next(), false)) == kUsualGroup && IsVr(Next() + 4);
+    if (isPlain) return true;
+    feed_.PullAll();
+    const auto inflated = Inflate({Next(), feed_.Size() - begin_});
+    if (inflated) feed_.Replace(begin_, *inflated);
+    return inflated.has_value();
+}
+
+void DataSetReader::CorrectLabel() {
+    if (!HasElement()) return;
+    Encoding& encoding = label_.encoding;
+    const Encoding labelled = encoding;
+    const bool isTurned = GroupOf(LoadTag(Next(), !labelled.isBigEndian)) == kUsualGroup;
+    if (isTurned) encoding.isBigEndian = !labelled.isBigEndian;
+    // As implicit VR the letters would be a length of 16 KiB and more, which no first element has.
+    encoding.isExplicit = IsVr(Next() + 4);
+    const bool isByEncoding = label_.number != kSyntaxNone && !label_.isEncapsulated;
+    if (isByEncoding && encoding != labelled) label_.number = NativeSyntax(encoding);
+}
+
+ReadOutcome DataSetReader::Outcome(DCMRESULT result, std::size_t offset, const char* failure) {
+    ReadOutcome outcome{result, offset, elements_.TakeDataSet(label_.encoding), failure};
+    outcome.dataSet->syntax = label_.number;
+    return outcome;
+}
+
+ReadOutcome DataSetReader::Refuse(const char* why) {
+    return Outcome(kDcmFailure, begin_, why);
+}
+
+std::optional<ElementHeader> DataSetReader::PixelDataHere() {
+    if (!HasElement() || LoadTag(Next(), label_.encoding.isBigEndian) != kPixelData) return {};
+    const std::size_t bytes = HeaderBytes(Next(), label_.encoding);
+    if (!feed_.Has(elements_.Position(), bytes)) return {};
+    return ReadHeader(Next(), label_.encoding);
+}
+
+ReadOutcome DataSetReader::ReadRest(std::uint32_t stopTag, std::size_t fewest) {
+    bool isGood = elements_.ReadMain(label_.encoding, stopTag);
+    const std::size_t offset = elements_.Position();
+    const auto pixelData = PixelDataHere();
+    if (isGood && label_.isDeflated) isGood = elements_.ReadMain(label_.encoding, kNoStopTag);
+    if (feed_.IsRefused()) return Refuse("the data could not be read to their end");
+    if (!isGood) return Refuse(elements_.Failure());
+    if (elements_.ElementCount() < metaCount_ + fewest) return Refuse("there is no data set");
+    ReadOutcome outcome = Outcome(kDcmSuccess, offset, "");
+    if (pixelData) {
+        outcome.dataSet->pixelDataHeaderBytes = pixelData->bytes;
+        outcome.dataSet->pixelDataVr = pixelData->vr;
+    }
+    return outcome;
+}
+
+}  // namespace
+
+ReadOutcome ReadPart10(ByteFeed& feed, std::uint32_t stopTag) {
+    DataSetReader reader(feed, kPreambleAndMarker);
+    const bool isPart10 =
+        feed.Has(0, kPreambleAndMarker) && std::memcmp(feed.At(kPreamble), "DICM", 4) == 0;
+    if (!isPart10) return reader.Refuse("this is no DICOM file: it has no marker");
+    if (!reader.ReadMeta(LabelOf(SyntaxOfNumber(kExplicitLittleEndian)))) {
+        return reader.Refuse("the meta information cannot be read");
+    }
+    if (reader.GetLabel().isDeflated && !reader.InflateRest()) {
+        return reader.Refuse("the deflated data set cannot be inflated");
+    }
+    reader.CorrectLabel();
+    return reader.ReadRest(stopTag, 1);
+}
+
+ReadOutcome ReadBareDataSet(ByteFeed& feed, std::uint32_t startTag, std::uint32_t stopTag,
+                            TRANSFER_SYNTAX syntax) {
+    DataSetReader reader(feed, 0);
+    if (!reader.ReadMeta(LabelOf(SyntaxOfNumber(syntax)))) {
+        return reader.Refuse("the meta information cannot be read");
+    }
+    if (reader.GetLabel().isDeflated && !reader.InflateRest()) {
+        return reader.Refuse("the deflated data set cannot be inflated");
+    }
+    reader.CorrectLabel();
+    if (reader.FirstGroup() != GroupOf(startTag)) {
+        return reader.Refuse("no data set begins here");
+    }
+    return reader.ReadRest(stopTag, kFewestOfBare);
+}
+
+}  // namespace quorvex::dicom

@@ -1,0 +1,49 @@
+/// The header of an element as a file writes it: tag, VR, length.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "foundation/dicom/byte_order.h"
+#include "foundation/dicom/data_set.h"
+
+namespace quorvex::dicom {
+
+inline constexpr std::uint32_t kItemTag = 0xFFFEE000;
+inline constexpr std::uint32_t kItemDelimiter = 0xFFFEE00D;
+inline constexpr std::uint32_t kSequenceDelimiter = 0xFFFEE0DD;
+inline constexpr std::uint32_t kUndefinedLength = 0xFFFFFFFF;
+
+/// Bytes of a header without, and with, two reserved bytes and a 32-bit length behind its VR.
+inline constexpr std::size_t kShortHeader = 8;
+inline constexpr std::size_t kLongHeader = 12;
+
+struct ElementHeader {
+    std::uint32_t tag = 0;
+    MC_VR vr = MC_VR_UN;
+    std::uint32_t length = 0;
+    std::size_t bytes = kShortHeader;  ///< how long the header itself is
+    /// Explicit VR, but nothing like a VR stands there: the header was read as implicit VR.
+    bool isGuessed = false;
+    /// Implicit VR of a tag that is US or SS as Pixel Representation says; `vr` is US.
+    bool isUsOrSs = false;
+
+    [[nodiscard]] bool IsUndefined() const noexcept { return length == kUndefinedLength; }
+};
+
+[[nodiscard]] inline std::uint32_t LoadTag(const unsigned char* bytes, bool isBigEndian) noexcept {
+    const std::uint32_t group = Load<std::uint16_t>(bytes, isBigEndian);
+    return group << 16U | Load<std::uint16_t>(bytes + 2, isBigEndian);
+}
+
+/// True for two letters that name a VR.
+[[nodiscard]] bool IsVr(const unsigned char* letters) noexcept;
+
+/// How many bytes the header takes that begins with these eight.
+[[nodiscard]] std::size_t HeaderBytes(const unsigned char* eight, Encoding encoding) noexcept;
+
+/// The header at `bytes`, of which `HeaderBytes` must be there. Implicit VR takes its VR from the
+/// dictionary; delimiters and items have none in either encoding.
+[[nodiscard]] ElementHeader ReadHeader(const unsigned char* bytes, Encoding encoding) noexcept;
+
+}  // namespace quorvex::dicom

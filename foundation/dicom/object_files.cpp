@@ -1,0 +1,109 @@
+#include <string>
+#include <utility>
+
+#include "foundation/dicom/data_set_reader.h"
+#include "foundation/dicom/element_header.h"
+#include "foundation/dicom/element_reader.h"
+#include "foundation/dicom/piece_sources.h"
+#include "foundation/dicom/transfer_syntax.h"
+#include "foundation/types/answer.h"
+#include "quorvex/DicomObject.h"
+
+namespace quorvex {
+
+using dicom::ByteFeed;
+using dicom::DataSet;
+using dicom::ReadOutcome;
+
+CDcmObject::CDcmObject() = default;
+
+DCMRESULT CDcmObject::Open(const CString& name) {
+    return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
+        name_ = name;
+        return kDcmSuccess;
+    });
+}
+
+DCMRESULT CDcmObject::Create() {
+    return CDcmObjectCommon::Close();
+}
+
+DCMRESULT CDcmObject::RenameFile(const CString& name) {
+    return Open(name);
+}
+
+CString CDcmObject::GetFileName() const {
+    return name_;
+}
+
+DCMRESULT CDcmObject::Close() {
+    return CDcmObjectCommon::Close();
+}
+
+DCMRESULT CDcmObject::Keep(ReadOutcome&& outcome, unsigned long* offset) {
+    if (offset != nullptr) *offset = outcome.offset;
+    if (outcome.result != kDcmSuccess) SetErrorMessage(outcome.failure);
+    Adopt(std::move(outcome.dataSet));
+    return outcome.result;
+}
+
+DCMRESULT CDcmObject::ReadFile(CDcmApp* app, void* user, FileReadCallback callback) {
+    if (callback != nullptr)
+        return ReadFileUptoTag(app, dicom::kNoStopTag, nullptr, user, callback);
+    return Answer(DCMRESULT{kDcmOutOfMemory}, [&] {
+        dicom::NamedFileSource source(name_.ToUtf8());
+        ByteFeed feed(source);
+        return Keep(ReadPart10(feed, dicom::kNoStopTag), nullptr);
+    });
+}
+
+DCMRESULT CDcmObject::ReadFileUptoTag(CDcmApp*, std::uint32_t stopTag, unsigned long* offset,
+                                      void* user, FileReadCallback callback) {
+    return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
+        if (callback == nullptr) return kDcmFailure;
+        dicom::FileCallbackSource source(name_.ToUtf8(), user, callback);
+        ByteFeed feed(source);
+        return Keep(ReadPart10(feed, stopTag), offset);
+    });
+}
+
+DCMRESULT CDcmObject::ReadStream2(std::uint32_t startTag, std::uint32_t stopTag,
+                                  TRANSFER_SYNTAX syntax, unsigned long*, unsigned long* offset,
+                                  void* user, StreamReadCallback callback) {
+    return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
+        if (callback == nullptr) return kDcmFailure;
+        dicom::StreamCallbackSource source(user, callback);
+        ByteFeed feed(source);
+        return Keep(ReadBareDataSet(feed, startTag, stopTag, syntax), offset);
+    });
+}
+
+DCMRESULT CDcmObject::GetTransferSyntax(TRANSFER_SYNTAX& syntax) const {
+    if (dataSet_->syntax == kSyntaxNone) return Missing();
+    syntax = dataSet_->syntax;
+    return kDcmSuccess;
+}
+
+DCMRESULT CDcmObject::SetTransferSyntax(TRANSFER_SYNTAX syntax) {
+    return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
+        const dicom::TransferSyntax* known = dicom::SyntaxOfNumber(syntax);
+        if (known == nullptr) {
+            SetErrorMessage("there is no such transfer syntax");
+            return kDcmFailure;
+        }
+        DataSet& dataSet = Writable();
+        dataSet.PutBytes(dicom::kTransferSyntaxUid, MC_VR_UI,
+                         {known->uid.begin(), known->uid.end()});
+        dataSet.syntax = syntax;
+        dataSet.encoding = {known->isExplicit, known->isBigEndian};
+        dataSet.pixelDataHeaderBytes = 0;
+        return kDcmSuccess;
+    });
+}
+
+unsigned long CDcmObject::PixelDataHeaderLength() const noexcept {
+    if (dataSet_->pixelDataHeaderBytes != 0) return dataSet_->pixelDataHeaderBytes;
+    return dataSet_->encoding.isExplicit ? dicom::kLongHeader : dicom::kShortHeader;
+}
+
+}  // namespace quorvex

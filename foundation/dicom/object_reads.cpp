@@ -1,0 +1,199 @@
+#include <algorithm>
+#include <array>
+#include <memory>
+
+#include "foundation/dicom/byte_order.h"
+#include "foundation/dicom/cursors.h"
+#include "foundation/dicom/element_values.h"
+#include "foundation/types/answer.h"
+#include "quorvex/DicomObject.h"
+
+namespace quorvex {
+namespace {
+
+using dicom::Bytes;
+using dicom::Cursor;
+using dicom::DataSet;
+using dicom::Element;
+
+/// A multiple of every unit that bytes are turned by.
+constexpr std::size_t kValuePiece = std::size_t{1} << 16;
+
+template <class Type>
+DCMRESULT Take(const DataSet& dataSet, const Element& element, Cursor& cursor, Type& value) {
+    const auto number = dicom::TakeNumber(dataSet, element, cursor);
+    if (!number) return kDcmNotFound;
+    value = number->As<Type>();
+    return kDcmSuccess;
+}
+
+DCMRESULT Take(const DataSet& dataSet, const Element& element, Cursor& cursor, CString& value) {
+    const auto text = dicom::TakeText(dataSet, element, cursor);
+    if (!text) return kDcmNotFound;
+    value = *text;
+    return kDcmSuccess;
+}
+
+DCMRESULT Take(const DataSet&, const Element& element, Cursor& cursor,
+               std::shared_ptr<DataSet>& value) {
+    value = dicom::TakeItem(element, cursor);
+    return value != nullptr ? kDcmSuccess : kDcmNotFound;
+}
+
+/// Moves a new cursor behind the first value.
+void PassFirst(const DataSet& dataSet, const Element& element, Cursor& cursor) {
+    if (dicom::IsText(dicom::MeaningOf(element))) {
+        static_cast<void>(dicom::TakeText(dataSet, element, cursor));
+    } else {
+        cursor.index = 1;
+    }
+}
+
+/// Gives a value to a callback piece by piece, each in a copy that the callback may keep busy with.
+class PieceGiver {
+public:
+    PieceGiver(std::uint32_t tag, void* user, ValueReadCallback callback, std::size_t total)
+        : tag_(tag), user_(user), callback_(callback), left_(total) {}
+
+    bool Give(Bytes value, std::size_t turnedUnit) {
+        for (std::size_t at = 0; at < value.size(); at += kValuePiece) {
+            if (!GivePiece(value.subspan(at, std::min(kValuePiece, value.size() - at)),
+                           turnedUnit)) {
+                return false;
+            }
+        }
+        return true;
+    }
+    bool GivePiece(Bytes piece, std::size_t turnedUnit) {
+        piece_.assign(piece.begin(), piece.end());
+        dicom::TurnBytes(piece_.data(), piece_.size(), turnedUnit);
+        left_ -= piece.size();
+        const MC_STATUS status = callback_(0, tag_, user_, static_cast<int>(piece.size()),
+                                           piece_.data(), isFirst_ ? 1 : 0, left_ == 0 ? 1 : 0);
+        isFirst_ = false;
+        return status == kMcContinue;
+    }
+
+private:
+    std::uint32_t tag_;
+    void* user_;
+    ValueReadCallback callback_;
+    std::size_t left_;
+    bool isFirst_ = true;
+    dicom::ByteBuffer piece_;
+};
+
+}  // namespace
+
+template <class Value>
+DCMRESULT CDcmObjectCommon::ReadFirst(std::uint32_t tag, Value& value) const {
+    return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
+        if (cursors_ != nullptr) cursors_->Forget(tag);
+        const Element* element = dataSet_->Find(tag);
+        if (element == nullptr) return Missing();
+        Cursor cursor;
+        return Take(*dataSet_, *element, cursor, value);
+    });
+}
+
+template <class Value>
+DCMRESULT CDcmObjectCommon::ReadNext(std::uint32_t tag, Value& value) const {
+    return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
+        const Element* element = dataSet_->Find(tag);
+        if (element == nullptr) return Missing();
+        if (cursors_ == nullptr) cursors_ = std::make_unique<Cursors>();
+        Cursor* cursor = cursors_->Find(tag);
+        if (cursor == nullptr) {
+            cursor = &cursors_->all.emplace_back(Cursor{.tag = tag});
+            PassFirst(*dataSet_, *element, *cursor);
+        }
+        return Take(*dataSet_, *element, *cursor, value);
+    });
+}
+
+DCMRESULT CDcmObjectCommon::Missing() const noexcept {
+    SetErrorMessage("the attribute is not there");
+    return kDcmNotFound;
+}
+
+#define QUORVEX_READS_OF(Type)                                                       \
+    DCMRESULT CDcmObjectCommon::GetValue(std::uint32_t tag, Type& value) const {     \
+        return ReadFirst(tag, value);                                                \
+    }                                                                                \
+    DCMRESULT CDcmObjectCommon::GetNextValue(std::uint32_t tag, Type& value) const { \
+        return ReadNext(tag, value);                                                 \
+    }
+QUORVEX_READS_OF(unsigned short)
+QUORVEX_READS_OF(short)
+QUORVEX_READS_OF(int)
+QUORVEX_READS_OF(unsigned int)
+QUORVEX_READS_OF(long)
+QUORVEX_READS_OF(float)
+QUORVEX_READS_OF(double)
+#undef QUORVEX_READS_OF
+
+DCMRESULT CDcmObjectCommon::GetValue(std::uint32_t tag, CString& value, int) const {
+    return ReadFirst(tag, value);
+}
+
+DCMRESULT CDcmObjectCommon::GetNextValue(std::uint32_t tag, CString& value, int) const {
+    return ReadNext(tag, value);
+}
+
+DCMRESULT CDcmObjectCommon::GetValue(std::uint32_t tag, CDcmItem& item) const {
+    std::shared_ptr<DataSet> content;
+    const DCMRESULT result = ReadFirst(tag, content);
+    if (result == kDcmSuccess) item.Adopt(std::move(content));
+    return result;
+}
+
+DCMRESULT CDcmObjectCommon::GetNextValue(std::uint32_t tag, CDcmItem& item) const {
+    std::shared_ptr<DataSet> content;
+    const DCMRESULT result = ReadNext(tag, content);
+    if (result == kDcmSuccess) item.Adopt(std::move(content));
+    return result;
+}
+
+DCMRESULT CDcmObjectCommon::GetValueCount(std::uint32_t tag, int& count) const {
+    return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
+        const Element* element = dataSet_->Find(tag);
+        if (element == nullptr) return Missing();
+        count = static_cast<int>(dicom::ValueCount(*dataSet_, *element));
+        return kDcmSuccess;
+    });
+}
+
+DCMRESULT CDcmObjectCommon::GetValueLength(std::uint32_t tag, int index,
+                                           unsigned long& length) const {
+    return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
+        const Element* element = dataSet_->Find(tag);
+        if (element == nullptr) return Missing();
+        if (index < 1) return kDcmNotFound;
+        const auto bytes =
+            dicom::ValueLength(*dataSet_, *element, static_cast<std::size_t>(index - 1));
+        if (!bytes) return kDcmNotFound;
+        length = *bytes;
+        return kDcmSuccess;
+    });
+}
+
+DCMRESULT CDcmObjectCommon::GetValue(std::uint32_t tag, void* user,
+                                     ValueReadCallback callback) const {
+    return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
+        const Element* element = dataSet_->Find(tag);
+        if (element == nullptr || callback == nullptr) return Missing();
+        if (dicom::ItemsOf(*element) != nullptr) return kDcmFailure;
+        const dicom::FragmentView fragments = dataSet_->FragmentsOf(*element);
+        if (!fragments.IsEmpty()) return kDcmFailure;
+        // The object itself may be changed while the callback runs.
+        const std::shared_ptr<const DataSet> kept = dataSet_;
+        const Element copy = *element;
+        const Bytes value = kept->ValueOf(copy);
+        PieceGiver giver(tag, user, callback, value.size());
+        const std::size_t turnedUnit = copy.isBigEndian ? dicom::Describe(copy.vr).unit : 1;
+        const bool isTaken = value.empty() ? giver.GivePiece({}, 1) : giver.Give(value, turnedUnit);
+        return isTaken ? kDcmSuccess : kDcmFailure;
+    });
+}
+
+}  // namespace quorvex

@@ -1,0 +1,50 @@
+#include "foundation/dicom/dictionary.h"
+#include "foundation/dicom/element_values.h"
+#include "foundation/types/answer.h"
+#include "quorvex/DicomObject.h"
+
+namespace quorvex {
+namespace {
+
+using dicom::Bytes;
+using dicom::DataSet;
+using dicom::Element;
+
+DcmElementView ViewOf(const DataSet& dataSet, const Element& element, int depth, int itemIndex) {
+    const Bytes value = dataSet.ValueOf(element);
+    return {.tag = element.tag,
+            .vr = element.vr,
+            .keyword = dicom::LookUp(element.tag).keyword,
+            .depth = depth,
+            .itemIndex = itemIndex,
+            .length = value.size(),
+            .valueCount = dicom::ValueCount(dataSet, element),
+            .data = value.data(),
+            .isCut = element.isCut};
+}
+
+/// Data sets nest `kDeepestNesting` levels at most, so the walk may recurse.
+bool Walk(const DataSet& dataSet, int depth, int itemIndex, void* user, ElementVisitor visitor) {
+    for (const Element& element : dataSet.Elements()) {
+        if (visitor(ViewOf(dataSet, element, depth, itemIndex), user) != kMcContinue) return false;
+        const dicom::Items* items = dicom::ItemsOf(element);
+        if (items == nullptr) continue;
+        int index = 0;
+        for (const auto& item : *items) {
+            if (!Walk(*item, depth + 1, index++, user, visitor)) return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+DCMRESULT CDcmObjectCommon::WalkElements(void* user, ElementVisitor visitor) const {
+    return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
+        if (visitor == nullptr) return kDcmFailure;
+        const std::shared_ptr<const DataSet> kept = dataSet_;  // the visitor may change the object
+        return Walk(*kept, 0, -1, user, visitor) ? kDcmSuccess : kDcmFailure;
+    });
+}
+
+}  // namespace quorvex

@@ -1,0 +1,44 @@
+#include "foundation/dicom/piece_sources.h"
+
+namespace quorvex::dicom {
+namespace {
+
+constexpr std::size_t kFilePiece = std::size_t{1} << 18;
+
+PieceSource::Piece PieceOf(MC_STATUS status, int length, const void* data, int last) {
+    const bool isBad = status != kMcContinue || length < 0 || (length > 0 && data == nullptr);
+    if (isBad) return {.isRefused = true};
+    const auto* bytes = static_cast<const unsigned char*>(data);
+    return {.bytes = {bytes, static_cast<std::size_t>(length)}, .isLast = last != 0};
+}
+
+}  // namespace
+
+PieceSource::Piece FileCallbackSource::Next(bool isFirst) {
+    int length = 0;
+    int last = 0;
+    void* data = nullptr;
+    const MC_STATUS status =
+        callback_(fileName_.c_str(), user_, &length, &data, isFirst ? 1 : 0, &last);
+    return PieceOf(status, length, data, last);
+}
+
+PieceSource::Piece StreamCallbackSource::Next(bool isFirst) {
+    int length = 0;
+    int last = 0;
+    void* data = nullptr;
+    const MC_STATUS status = callback_(0, user_, isFirst ? 1 : 0, &length, &data, &last);
+    return PieceOf(status, length, data, last);
+}
+
+NamedFileSource::NamedFileSource(const std::string& path)
+    : file_(std::fopen(path.c_str(), "rb")), piece_(kFilePiece) {}
+
+PieceSource::Piece NamedFileSource::Next(bool) {
+    if (file_ == nullptr) return {.isRefused = true};
+    const std::size_t count = std::fread(piece_.data(), 1, piece_.size(), file_.get());
+    if (std::ferror(file_.get()) != 0) return {.isRefused = true};
+    return {.bytes = Bytes(piece_).first(count), .isLast = count < piece_.size()};
+}
+
+}  // namespace quorvex::dicom

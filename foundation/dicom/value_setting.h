@@ -1,0 +1,27 @@
+/// Values on their way into a data set, in the VR that the attribute has there.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "foundation/dicom/data_set.h"
+#include "foundation/dicom/numbers.h"
+
+namespace quorvex::dicom {
+
+/// Sets the attribute to one number, or with `isNext` adds the number behind what is there. The VR
+/// is that of the dictionary; of a tag that has none there, that of the element that is there, or
+/// else one that holds numbers of this kind.
+[[nodiscard]] bool SetNumber(DataSet& dataSet, std::uint32_t tag, const Number& number,
+                             bool isNext);
+
+/// The same with text (UTF-8), in which a backslash separates values. False for a text that is no
+/// number where the VR wants one, and for a sequence.
+[[nodiscard]] bool SetText(DataSet& dataSet, std::uint32_t tag, const std::string& text,
+                           bool isNext);
+
+/// The same with an item. False where the items would nest too deeply.
+[[nodiscard]] bool SetItem(DataSet& dataSet, std::uint32_t tag, std::shared_ptr<DataSet> item,
+                           bool isNext);
+
+}  // namespace quorvex::dicom
