@@ -1,0 +1,17 @@
+/// What the shared bodies in *.inc need, included ahead of a library's own namespace.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <csetjmp>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "foundation/engines/jpeg_coders.h"
+#include "foundation/engines/jpeg_samples.h"
+#include "foundation/engines/zigzag.h"

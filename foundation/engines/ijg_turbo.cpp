@@ -1,0 +1,37 @@
+// 8-bit lossy streams: libjpeg-turbo.
+#include "foundation/engines/ijg_parts.h"
+
+namespace quorvex {
+namespace ijg_turbo {
+
+extern "C" {
+#include <jerror.h>
+#include <jpeglib.h>
+}
+
+namespace {
+
+#include "foundation/engines/ijg_trouble.inc"
+
+void SetProcess(jpeg_compress_struct& codec, const JpegCodingBlock& coding);
+void SetPrecision(jpeg_compress_struct&, const JpegCodingBlock&) {}
+
+#include "foundation/engines/ijg_coder.inc"
+#include "foundation/engines/ijg_decoder.inc"
+
+void SetProcess(jpeg_compress_struct& codec, const JpegCodingBlock& coding) {
+    SetLossy(codec, coding, true);
+}
+
+}  // namespace
+}  // namespace ijg_turbo
+
+std::unique_ptr<JpegLineDecoder> MakeTurboDecoder(JpegInput& input) {
+    return std::make_unique<ijg_turbo::Decoder>(input);
+}
+
+std::unique_ptr<JpegLineCoder> MakeTurboCoder(const JpegCodingBlock& coding) {
+    return std::make_unique<ijg_turbo::Coder>(coding);
+}
+
+}  // namespace quorvex

@@ -1,0 +1,178 @@
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <optional>
+
+#include "foundation/engines/jpeg2000_coders.h"
+#include "foundation/engines/jpeg2000_header.h"
+#include "foundation/engines/jpeg2000_stream.h"
+#include "foundation/types/checked_size.h"
+
+namespace quorvex {
+namespace {
+
+using Bytes = std::span<const unsigned char>;
+
+constexpr unsigned char kEndOfCodestream[] = {0xFF, 0xD9};
+constexpr int kMostBits = 16;
+
+// A tile costs at least its tile-part's markers, a packet at least a byte. Broken-off streams keep
+// some of what they were: the slack is for those.
+constexpr std::uint64_t kTileBytes = 14;
+constexpr std::uint64_t kSlackTiles = 1024;
+constexpr std::uint64_t kSlackPackets = 1 << 17;
+constexpr std::uint64_t kPacketsPerByte = 4;
+// The decoder takes four bytes and more for a sample: beyond this much, the stream must pay for it.
+constexpr std::uint64_t kFreeSamples = std::uint64_t{1} << 27;
+constexpr std::uint64_t kSamplesPerByte = 4096;
+
+bool IsJustified(const Jpeg2000Header& header, std::uint64_t length) noexcept {
+    const std::uint64_t samples =
+        std::uint64_t{header.width} * header.height * static_cast<std::uint64_t>(header.components);
+    return header.tiles <= kSlackTiles + length / kTileBytes &&
+           header.packets <= kSlackPackets + length * kPacketsPerByte &&
+           samples <= kFreeSamples + length * kSamplesPerByte;
+}
+
+bool IsDecodable(const Jpeg2000Header& header) noexcept {
+    constexpr std::uint32_t kLargestSide = 65535;
+    return (header.components == 1 || header.components == 3 || header.components == 4) &&
+           header.precision <= kMostBits && header.width <= kLargestSide &&
+           header.height <= kLargestSide;
+}
+
+OpjImage Decode(Bytes codestream, Bytes tail, bool isStrict) noexcept {
+    OpjSource source{.parts = {codestream, tail}};
+    const OpjStream stream = OpenForReading(source);
+    const OpjCodec codec = MakeOpjDecoder();
+    opj_dparameters_t settings{};
+    opj_set_default_decoder_parameters(&settings);
+    if (!stream || !codec || !opj_setup_decoder(codec.get(), &settings)) return nullptr;
+    if (!opj_decoder_set_strict_mode(codec.get(), isStrict ? OPJ_TRUE : OPJ_FALSE)) return nullptr;
+    opj_image_t* read = nullptr;
+    const bool hasHeader = opj_read_header(stream.get(), codec.get(), &read) != 0;
+    OpjImage image(read);
+    if (!hasHeader || !image || !opj_decode(codec.get(), stream.get(), image.get())) return nullptr;
+    return image;
+}
+
+// Strictly first. Then without what follows the last whole tile-part, since some writers leave junk
+// there. Then as far as a stream that breaks off goes.
+OpjImage DecodeAsFarAsPossible(Bytes codestream, bool& isIncomplete) noexcept {
+    if (OpjImage image = Decode(codestream, {}, true)) return image;
+    const auto whole = WholeTileParts(codestream);
+    if (whole) {
+        if (OpjImage image = Decode(*whole, kEndOfCodestream, true)) return image;
+    }
+    isIncomplete = true;
+    if (OpjImage image = Decode(codestream, {}, false)) return image;
+    return whole ? Decode(*whole, kEndOfCodestream, false) : nullptr;
+}
+
+// Components as the header announced them, each as large as its own sampling says.
+bool IsAsAnnounced(const opj_image_t& image, const PegasusParameters& parameters) noexcept {
+    if (static_cast<int>(image.numcomps) != parameters.samples) return false;
+    const auto fits = [&](const opj_image_comp_t& component) {
+        const std::uint32_t dx = std::max(component.dx, 1U);
+        const std::uint32_t dy = std::max(component.dy, 1U);
+        return component.data != nullptr && component.w > 0 && component.h > 0 &&
+               static_cast<int>(component.prec) <= kMostBits &&
+               std::uint64_t{component.w} * dx >= static_cast<std::uint64_t>(parameters.columns) &&
+               std::uint64_t{component.h} * dy >= static_cast<std::uint64_t>(parameters.rows);
+    };
+    return std::all_of(image.comps, image.comps + image.numcomps, fits);
+}
+
+// How a component's values become samples.
+struct SampleForm {
+    std::int32_t least = 0;
+    std::int32_t greatest = 0;
+    std::uint32_t mask = 0;
+};
+
+SampleForm FormOf(const opj_image_comp_t& component, bool keepsSign) noexcept {
+    const auto full = static_cast<std::int32_t>((std::uint32_t{1} << component.prec) - 1);
+    const std::int32_t half = component.sgnd != 0 ? (full + 1) / 2 : 0;
+    return {.least = -half,
+            .greatest = full - half,
+            .mask = keepsSign ? 0xFFFF : static_cast<std::uint32_t>(full)};
+}
+
+template <class Sample>
+Sample Stored(std::int32_t value, const SampleForm& form, bool isBigEndian) noexcept {
+    const std::int32_t clamped = std::clamp(value, form.least, form.greatest);
+    const auto word = static_cast<std::uint32_t>(clamped) & form.mask;
+    if (sizeof(Sample) == 2 && isBigEndian) {
+        return static_cast<Sample>(((word & 0xFF) << 8) | ((word >> 8) & 0xFF));
+    }
+    return static_cast<Sample>(word);
+}
+
+static_assert(std::endian::native == std::endian::little, "rows hold the lower byte first");
+
+template <class Sample>
+void StoreComponent(const opj_image_comp_t& component, int index,
+                    const PegasusParameters& parameters) noexcept {
+    const auto samples = static_cast<std::size_t>(parameters.samples);
+    const auto columns = static_cast<std::size_t>(parameters.columns);
+    const SampleForm form = FormOf(component, parameters.isSigned);
+    unsigned char* out =
+        parameters.output.data() + static_cast<std::size_t>(index) * sizeof(Sample);
+    for (std::size_t y = 0; y < static_cast<std::size_t>(parameters.rows); ++y) {
+        const OPJ_INT32* row = component.data + (y / component.dy) * component.w;
+        for (std::size_t x = 0; x < columns; ++x, out += samples * sizeof(Sample)) {
+            const std::int32_t value = row[component.dx == 1 ? x : x / component.dx];
+            const auto sample = Stored<Sample>(value, form, parameters.isBigEndian);
+            std::memcpy(out, &sample, sizeof(Sample));
+        }
+    }
+}
+
+void StoreImage(const opj_image_t& image, const PegasusParameters& parameters) noexcept {
+    for (int i = 0; i < parameters.samples; ++i) {
+        if (parameters.bytesPerSample == 2) {
+            StoreComponent<std::uint16_t>(image.comps[i], i, parameters);
+        } else {
+            StoreComponent<std::uint8_t>(image.comps[i], i, parameters);
+        }
+    }
+}
+
+}  // namespace
+
+bool QueryJpeg2000(PegasusParameters& parameters) noexcept {
+    const auto codestream = FindCodestream(parameters.input);
+    if (!codestream) return false;
+    const auto header = ReadJpeg2000Header(*codestream);
+    if (!header || !IsDecodable(*header) || !IsJustified(*header, codestream->size())) return false;
+    parameters.bitmap.biWidth = static_cast<std::int32_t>(header->width);
+    parameters.bitmap.biHeight = static_cast<std::int32_t>(header->height);
+    parameters.bitmap.biBitCount =
+        static_cast<std::uint16_t>(header->components * header->precision);
+    parameters.components = header->components;
+    parameters.precision = header->precision;
+    parameters.streamIsSigned = header->isSigned;
+    parameters.hasColourTransform = header->hasColourTransform && header->components >= 3;
+    return true;
+}
+
+bool CanDecodeJpeg2000(const PegasusParameters& parameters) noexcept {
+    const int bytes = parameters.bytesPerSample;
+    const auto size =
+        CheckedProduct(parameters.columns, parameters.rows, parameters.samples, bytes);
+    return parameters.components > 0 && parameters.samples == parameters.components &&
+           parameters.columns == parameters.bitmap.biWidth &&
+           parameters.rows == parameters.bitmap.biHeight && (bytes == 1 || bytes == 2) &&
+           parameters.precision <= 8 * bytes && size == parameters.output.size();
+}
+
+bool DecodeJpeg2000(PegasusParameters& parameters) {
+    const auto codestream = FindCodestream(parameters.input);
+    if (!codestream) return false;
+    const OpjImage image = DecodeAsFarAsPossible(*codestream, parameters.isIncomplete);
+    if (!image || !IsAsAnnounced(*image, parameters)) return false;
+    StoreImage(*image, parameters);
+    return true;
+}
+
+}  // namespace quorvex

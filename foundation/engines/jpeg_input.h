@@ -1,0 +1,38 @@
+/// A coded stream as the coders pull it: blocks from a read callback, with a beginning that can be
+/// looked at first.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "foundation/engines/jpeg_engine.h"
+
+namespace quorvex {
+
+class JpegInput {
+public:
+    JpegInput(void* context, JpegReadCallback read) noexcept : context_(context), read_(read) {}
+    JpegInput(const JpegInput&) = delete;
+    JpegInput& operator=(const JpegInput&) = delete;
+    ~JpegInput();
+
+    /// Pulls one more block and keeps it. False at the end of the stream. Throws std::bad_alloc.
+    bool GrowHead();
+    [[nodiscard]] std::span<const unsigned char> Head() const noexcept { return head_; }
+
+    /// The next block, the kept beginning first; empty at the end. Valid until the next call.
+    [[nodiscard]] std::span<const unsigned char> Next() noexcept;
+
+private:
+    [[nodiscard]] std::span<const unsigned char> Pull() noexcept;
+
+    void* context_;
+    JpegReadCallback read_;
+    unsigned char* buffer_ = nullptr;
+    std::vector<unsigned char> head_;
+    bool headIsOut_ = false;
+    bool isAtEnd_ = false;
+};
+
+}  // namespace quorvex
