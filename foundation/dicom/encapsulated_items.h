@@ -11,7 +11,9 @@ namespace quorvex::dicom {
 struct EncapsulatedItems {
     Bytes offsetTable;
     std::vector<Fragment> fragments;
-    bool isChained = false;  ///< the item tags led to a sequence delimiter, or exactly to the end
+    /// The item tags led to a sequence delimiter or exactly to the end, as they would not among
+    /// native words that happen to look like an Item tag.
+    bool isChained = false;
 };
 
 /// True when the bytes begin with an Item tag, little endian as encapsulated data always is.

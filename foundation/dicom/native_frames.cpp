@@ -13,12 +13,6 @@ std::size_t Turned(std::size_t index, std::size_t wordBytes, std::size_t size) {
     return word + wordBytes <= size ? index ^ (wordBytes - 1) : index;
 }
 
-std::uint8_t StoredWordBytes(MC_VR vr, std::uint32_t bitsAllocated) {
-    if (bitsAllocated == 32 || bitsAllocated == 64)
-        return static_cast<std::uint8_t>(bitsAllocated / 8);
-    return vr == MC_VR_OB && bitsAllocated <= 8 ? 1 : 2;
-}
-
 std::optional<std::size_t> FrameBits(const PixelShape& shape) noexcept {
     // Two pixels of 4:2:2 have two samples of brightness and one each of the two colours.
     const std::uint32_t samples = shape.isHalfChroma ? 2 : shape.samplesPerPixel;
@@ -33,11 +27,17 @@ std::optional<std::size_t> StoredFrameBytes(const PixelShape& shape) noexcept {
     return (*bits + 7) / 8;
 }
 
+std::uint8_t PixelWordBytes(MC_VR vr, std::uint32_t bitsAllocated) noexcept {
+    if (bitsAllocated == 32 || bitsAllocated == 64)
+        return static_cast<std::uint8_t>(bitsAllocated / 8);
+    return vr == MC_VR_OB && bitsAllocated <= 8 ? 1 : 2;
+}
+
 NativeOrder NativeOrder::Of(bool isBigEndian, MC_VR vr, bool swapsFollow,
                             const PixelShape& shape) noexcept {
     const bool swapsOfPairs = shape.samplesPerPixel != 3;
     const bool swapsOfWords = shape.bitsAllocated == 16;
-    const std::uint8_t wordBytes = isBigEndian ? StoredWordBytes(vr, shape.bitsAllocated) : 1;
+    const std::uint8_t wordBytes = isBigEndian ? PixelWordBytes(vr, shape.bitsAllocated) : 1;
     return {.wordBytes = wordBytes,
             .isHandedOutSwapped = swapsFollow && swapsOfPairs != swapsOfWords};
 }
@@ -54,6 +54,11 @@ NativeFrames NativeFrames::OfBits(Bytes stored, std::size_t frameBits, std::size
     frames.frameBits_ = frameBits;
     frames.frameCount_ = std::min(frameCount, stored.size() * 8 / frameBits);
     return frames;
+}
+
+void NativeFrames::DropPad(std::size_t frameCount) noexcept {
+    const bool endsInPad = frameBytes_ > 1 && stored_.size() % frameBytes_ == 1;
+    if (endsInPad && frameCount_ == frameCount + 1) frameCount_ = frameCount;
 }
 
 std::size_t NativeFrames::Count() const noexcept {
@@ -104,8 +109,10 @@ NativeFrames CutNative(Bytes stored, const PixelShape& shape, std::size_t frameB
     const bool sharesBytes = shape.bitsAllocated == 1 && shape.frameCount > 1 && own &&
                              *bits % 8 != 0 && stored.size() / shape.frameCount < *own;
     if (sharesBytes) return NativeFrames::OfBits(stored, *bits, shape.frameCount, order);
-    if (own && (frameBytes == 0 || shape.isHalfChroma)) return {stored, *own, order};
-    return {stored, frameBytes, order};
+    const bool takesOwn = own && (frameBytes == 0 || shape.isHalfChroma);
+    NativeFrames frames(stored, takesOwn ? *own : frameBytes, order);
+    frames.DropPad(shape.frameCount);
+    return frames;
 }
 
 }  // namespace quorvex::dicom

@@ -23,6 +23,9 @@ struct PixelShape {
 /// Bytes of one stored frame, a started byte counted whole; nothing for a shape without pixels.
 [[nodiscard]] std::optional<std::size_t> StoredFrameBytes(const PixelShape& shape) noexcept;
 
+/// Bytes of one word of native Pixel Data, which a change of byte order turns round: 1 for bytes.
+[[nodiscard]] std::uint8_t PixelWordBytes(MC_VR vr, std::uint32_t bitsAllocated) noexcept;
+
 /// How stored bytes become the bytes that are handed out.
 struct NativeOrder {
     std::uint8_t wordBytes = 1;       ///< 2, 4 or 8 where that many bytes are stored highest first
@@ -44,6 +47,9 @@ public:
     static NativeFrames OfBits(Bytes stored, std::size_t frameBits, std::size_t frameCount,
                                NativeOrder order) noexcept;
 
+    /// Takes away what an even value has behind its last frame.
+    void DropPad(std::size_t frameCount) noexcept;
+
     [[nodiscard]] std::size_t Count() const noexcept;
     /// Bytes of the block that `Frame` writes to; 0 when every frame can be shown where it lies.
     [[nodiscard]] std::size_t BlockBytes() const noexcept;
@@ -62,7 +68,8 @@ private:
     NativeOrder order_;
 };
 
-/// The cut that the shape and the amount of data ask for; `frameBytes` 0 takes the shape's own.
+/// The cut that the shape and the amount of data ask for; `frameBytes` 0 takes the shape's own. A
+/// pad byte behind the last frame is not handed out.
 [[nodiscard]] NativeFrames CutNative(Bytes stored, const PixelShape& shape, std::size_t frameBytes,
                                      NativeOrder order) noexcept;
 

@@ -281,6 +281,8 @@ public:
     /// possibly shorter. Native big-endian samples are handed out so that the byte swaps of
     /// `CxImageProcessor::DecompressFrameData` and `CxDcmParser::GetAFrame` end in this machine's
     /// order; that may take a block, put into `scratch`, which the caller releases with delete[].
+    /// Without a `scratch`, or with `reserved` other than 0, they are handed out as they are stored, so
+    /// that every piece lies in the buffer.
     DCMRESULT GetValueEx(unsigned char** scratch, unsigned long remaining, unsigned char* value,
                          int littleEndian, int reserved, unsigned long frameSize, void* user,
                          PixelWalkCallback callback) const;

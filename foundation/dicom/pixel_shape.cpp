@@ -1,0 +1,40 @@
+#include "foundation/dicom/pixel_shape.h"
+
+#include "foundation/dicom/transfer_syntax.h"
+
+namespace quorvex::dicom {
+namespace {
+
+constexpr std::uint32_t kSamplesPerPixel = 0x00280002;
+constexpr std::uint32_t kPhotometricInterpretation = 0x00280004;
+constexpr std::uint32_t kNumberOfFrames = 0x00280008;
+constexpr std::uint32_t kRows = 0x00280010;
+constexpr std::uint32_t kColumns = 0x00280011;
+constexpr std::uint32_t kBitsAllocated = 0x00280100;
+std::uint32_t NumberOr(const CDcmObject& object, std::uint32_t tag, std::uint32_t otherwise) {
+    int number = 0;
+    if (object.GetValue(tag, number) != kDcmSuccess || number < 0) return otherwise;
+    return static_cast<std::uint32_t>(number);
+}
+
+}  // namespace
+
+PixelShape ShapeOf(const CDcmObject& object) {
+    CString photometric;
+    static_cast<void>(object.GetValue(kPhotometricInterpretation, photometric));
+    PixelShape shape = {.rows = NumberOr(object, kRows, 0),
+                        .columns = NumberOr(object, kColumns, 0),
+                        .samplesPerPixel = NumberOr(object, kSamplesPerPixel, 1),
+                        .bitsAllocated = NumberOr(object, kBitsAllocated, 0),
+                        .frameCount = NumberOr(object, kNumberOfFrames, 1)};
+    shape.isHalfChroma = shape.samplesPerPixel == 3 &&
+                         (photometric == "YBR_FULL_422" || photometric == "YBR_PARTIAL_422");
+    return shape;
+}
+
+bool IsEncapsulated(TRANSFER_SYNTAX syntax) noexcept {
+    const auto* row = SyntaxOfNumber(syntax);
+    return row == nullptr ? syntax == kOtherEncapsulated : row->isEncapsulated;
+}
+
+}  // namespace quorvex::dicom

@@ -1,0 +1,14 @@
+/// What an object says about the shape of its Pixel Data.
+#pragma once
+
+#include "foundation/dicom/native_frames.h"
+
+namespace quorvex::dicom {
+
+/// Absent attributes count as 0, Samples per Pixel and Number of Frames as 1.
+[[nodiscard]] PixelShape ShapeOf(const CDcmObject& object);
+
+/// True for a syntax whose Pixel Data is encapsulated.
+[[nodiscard]] bool IsEncapsulated(TRANSFER_SYNTAX syntax) noexcept;
+
+}  // namespace quorvex::dicom

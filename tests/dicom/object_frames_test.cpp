@@ -1,0 +1,272 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quorvex/DicomObject.h"
+#include "tests/dicom/fetch_swaps.h"
+#include "tests/support/corpus.h"
+
+namespace quorvex {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr std::uint32_t kStopAheadOfPixelData = 0x7FE0000F;
+constexpr std::uint32_t kPixelDataTag = 0x7FE00010;
+
+/// A file's bytes, and its header as a parser reads it.
+struct OpenFile {
+    std::string bytes;
+    CDcmObject header;
+    unsigned long pixelDataOffset = 0;
+};
+
+MC_STATUS GiveAll(const char*, void* user, int* length, void** data, int, int* last) {
+    auto& bytes = *static_cast<std::string*>(user);
+    *length = static_cast<int>(bytes.size());
+    *data = bytes.data();
+    *last = 1;
+    return kMcContinue;
+}
+
+std::unique_ptr<OpenFile> Opened(const std::string& name) {
+    const auto folder = test::CorpusFolder();
+    std::ifstream stream(folder / "files" / name, std::ios::binary);
+    if (folder.empty() || !stream) return nullptr;
+    auto file = std::make_unique<OpenFile>();
+    file->bytes.assign(std::istreambuf_iterator<char>(stream), {});
+    CDcmApp app;
+    const auto result = file->header.ReadFileUptoTag(&app, kStopAheadOfPixelData,
+                                                     &file->pixelDataOffset, &file->bytes, GiveAll);
+    return result == kDcmSuccess ? std::move(file) : nullptr;
+}
+
+std::uint32_t NumberOf(const CDcmObject& object, std::uint32_t tag) {
+    unsigned int number = 0;
+    static_cast<void>(object.GetValue(tag, number));
+    return number;
+}
+
+/// Joins the pieces of each frame as the events say.
+struct Joined {
+    Texts frames;
+    std::string offsetTable;
+    bool isBegun = false;
+    bool isOpen = false;
+};
+
+MC_STATUS JoinPiece(int item, unsigned long length, unsigned char* data, int skip, int event,
+                    void* user) {
+    auto& joined = *static_cast<Joined*>(user);
+    if (event == 2) {
+        joined.isBegun = true;
+    } else if (event == 1) {
+        joined.isOpen = false;
+    } else if (item == 0 && skip == 0) {
+        joined.offsetTable.assign(data, data + length);
+    } else {
+        if (!joined.isOpen) joined.frames.emplace_back();
+        joined.isOpen = true;
+        joined.frames.back().append(data, data + length);
+    }
+    return kMcContinue;
+}
+
+Joined WalkFile(const OpenFile& file, unsigned long frameSize) {
+    std::string copy = file.bytes;
+    auto* value = reinterpret_cast<unsigned char*>(copy.data()) + file.pixelDataOffset +
+                  file.header.PixelDataHeaderLength();
+    const auto remaining = copy.size() - file.pixelDataOffset - file.header.PixelDataHeaderLength();
+    unsigned char* scratch = nullptr;
+    Joined joined;
+    EXPECT_EQ(
+        file.header.GetValueEx(&scratch, remaining, value, 1, 0, frameSize, &joined, JoinPiece),
+        kDcmSuccess);
+    delete[] scratch;
+    EXPECT_TRUE(joined.isBegun);
+    EXPECT_FALSE(joined.isOpen);
+    return joined;
+}
+
+MC_STATUS JoinItem(int, std::uint32_t, void* user, int item, unsigned long length,
+                   unsigned char* data, int, int) {
+    auto& frames = *static_cast<Texts*>(user);
+    if (item > 0) {
+        frames.resize(static_cast<std::size_t>(item));
+        frames.back().append(data, data + length);
+    }
+    return kMcContinue;
+}
+
+Texts WalkObject(const std::string& name) {
+    CDcmObject object;
+    object.Open((test::CorpusFolder() / "files" / name).string());
+    CDcmApp app;
+    Texts frames;
+    EXPECT_EQ(object.ReadFile(&app, nullptr, nullptr), kDcmSuccess) << name;
+    EXPECT_EQ(object.GetValueEx(kPixelDataTag, &frames, JoinItem), kDcmSuccess) << name;
+    return frames;
+}
+
+struct NativeFile {
+    Texts ofBuffer;
+    Texts ofObject;
+};
+
+NativeFile FetchNative(const std::string& name) {
+    const auto file = Opened(name);
+    if (file == nullptr) return {};
+    const auto samples = NumberOf(file->header, 0x00280002);
+    const auto bits = NumberOf(file->header, 0x00280100);
+    const auto size = static_cast<unsigned long>(NumberOf(file->header, 0x00280010)) *
+                      NumberOf(file->header, 0x00280011) * samples * bits / 8;
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    EXPECT_EQ(file->header.GetTransferSyntax(syntax), kDcmSuccess);
+    NativeFile native = {WalkFile(*file, size).frames, WalkObject(name)};
+    int frameCount = 1;
+    static_cast<void>(file->header.GetValue(0x00280008, frameCount));
+    for (auto* frames : {&native.ofBuffer, &native.ofObject}) {
+        frames->resize(static_cast<std::size_t>(frameCount));
+        if (syntax != kExplicitBigEndian) continue;
+        for (auto& frame : *frames) frame = test::AfterTheSwapsOfAFetch(frame, samples, bits);
+    }
+    return native;
+}
+
+struct Pair {
+    const char* littleEndian;
+    const char* bigEndian;
+};
+
+constexpr Pair kPairs[] = {
+    {"MR_small.dcm", "MR_small_expb.dcm"},
+    {"MR_small.dcm", "MR_small_bigendian.dcm"},
+    {"emri_small.dcm", "emri_small_big_endian.dcm"},
+    {"rtdose.dcm", "rtdose_expb.dcm"},
+    {"SC_rgb_16bit.dcm", "SC_rgb_expb_16bit.dcm"},
+    {"SC_rgb_small_odd.dcm", "SC_rgb_small_odd_big_endian.dcm"},
+    {"liver_1frame.dcm", "liver_expb_1frame.dcm"},
+};
+
+TEST(ObjectFrames, ABigEndianFileGivesThePixelsOfItsLittleEndianTwin) {
+    if (test::CorpusFolder().empty()) GTEST_SKIP() << "no real files on this machine";
+    for (const auto& pair : kPairs) {
+        const auto little = FetchNative(pair.littleEndian);
+        const auto big = FetchNative(pair.bigEndian);
+        ASSERT_FALSE(little.ofBuffer.empty()) << pair.littleEndian;
+        EXPECT_TRUE(big.ofBuffer == little.ofBuffer) << pair.bigEndian;
+        EXPECT_TRUE(big.ofObject == little.ofBuffer) << pair.bigEndian;
+        EXPECT_TRUE(little.ofObject == little.ofBuffer) << pair.littleEndian;
+    }
+}
+
+struct FragmentedFile {
+    const char* name;
+    std::size_t frames;
+};
+
+constexpr FragmentedFile kFragmentedFiles[] = {
+    {"IM00001.fragmented_no_bot_jpeg_baseline.50.dcm", 8},
+    {"CT0012.fragmented_no_bot_jpeg_lossless.70.dcm", 2},
+    {"CT0012.fragmented_no_bot_jpeg_lossless.57.dcm", 2},
+    {"D_CLUNIE_CT1_RLE_FRAGS.dcm", 1},
+    {"emri_small_RLE.dcm", 10},
+    {"emri_small_jpeg_2k_lossless.dcm", 10},
+};
+
+TEST(ObjectFrames, BufferAndObjectTellTheSameFrames) {
+    if (test::CorpusFolder().empty()) GTEST_SKIP() << "no real files on this machine";
+    for (const auto& c : kFragmentedFiles) {
+        const auto file = Opened(c.name);
+        ASSERT_NE(file, nullptr) << c.name;
+        const auto joined = WalkFile(*file, 0);
+        EXPECT_EQ(joined.frames.size(), c.frames) << c.name;
+        EXPECT_TRUE(joined.frames == WalkObject(c.name)) << c.name;
+    }
+}
+
+TEST(ObjectFrames, ReservedKeepsBigEndianPiecesInTheBuffer) {
+    CDcmObject object;
+    object.SetTransferSyntax(kExplicitBigEndian);
+    object.SetValue(0x00280100, static_cast<unsigned short>(16));
+    unsigned char value[] = {1, 2, 3, 4};
+    unsigned char* scratch = nullptr;
+    Joined joined;
+    EXPECT_EQ(object.GetValueEx(&scratch, 4, value, 1, 1, 2, &joined, JoinPiece), kDcmSuccess);
+    EXPECT_EQ(scratch, nullptr);
+    EXPECT_EQ(joined.frames, (Texts{"\1\2", "\3\4"}));
+    joined = {};
+    EXPECT_EQ(object.GetValueEx(&scratch, 4, value, 1, 0, 2, &joined, JoinPiece), kDcmSuccess);
+    EXPECT_EQ(joined.frames, (Texts{"\2\1", "\4\3"}));
+    delete[] scratch;
+}
+
+TEST(ObjectFrames, NativeWordsMayLookLikeAnItemTag) {
+    CDcmObject object;
+    object.SetTransferSyntax(kExplicitLittleEndian);
+    unsigned char value[] = {0xFE, 0xFF, 0x00, 0xE0, 2, 0, 0, 0, 9, 9, 7, 7};
+    Joined joined;
+    EXPECT_EQ(object.GetValueEx(nullptr, sizeof value, value, 1, 0, 6, &joined, JoinPiece),
+              kDcmSuccess);
+    EXPECT_EQ(joined.frames.size(), 2U);
+}
+
+MC_STATUS RefusePiece(int item, unsigned long, unsigned char*, int, int event, void*) {
+    return item > 0 && event == 0 ? kMcRefuse : kMcContinue;
+}
+
+TEST(ObjectFrames, UnusableCallsFail) {
+    const CDcmObject object;
+    unsigned char value[] = {0xFE, 0xFF, 0x00, 0xE0, 0, 0, 0, 0};
+    Joined joined;
+    EXPECT_NE(object.GetValueEx(nullptr, 8, nullptr, 1, 0, 0, &joined, JoinPiece), kDcmSuccess);
+    EXPECT_NE(object.GetValueEx(nullptr, 0, value, 1, 0, 0, &joined, JoinPiece), kDcmSuccess);
+    EXPECT_NE(object.GetValueEx(nullptr, 8, value, 1, 0, 0, nullptr, nullptr), kDcmSuccess);
+    EXPECT_NE(object.GetValueEx(nullptr, 8, value, 1, 0, 0, &joined, JoinPiece), kDcmSuccess);
+    EXPECT_NE(object.GetValueEx(nullptr, 4, value, 1, 0, 2, &joined, RefusePiece), kDcmSuccess);
+    EXPECT_NE(object.GetValueEx(kPixelDataTag, &joined, JoinItem), kDcmSuccess);
+}
+
+struct NameCase {
+    const char* file;
+    const char* name;
+};
+
+constexpr NameCase kNames[] = {
+    {"chrArab.dcm", "قباني^لنزار"},
+    {"chrFrenMulti.dcm", "Buc^Jérôme"},
+    {"chrGerm.dcm", "Äneas^Rüdiger"},
+    {"chrGreek.dcm", "Διονυσιος"},
+    {"chrH31.dcm", "Yamada^Tarou=山田^太郎=やまだ^たろう"},
+    {"chrH32.dcm", "ﾔﾏﾀﾞ^ﾀﾛｳ=山田^太郎=やまだ^たろう"},
+    {"chrHbrw.dcm", "שרון^דבורה"},
+    {"chrI2.dcm", "Hong^Gildong=洪^吉洞=홍^길동"},
+    {"chrJapMulti.dcm", "やまだ^たろう"},
+    {"chrJapMultiExplicitIR6.dcm", "やまだ^たろう"},
+    {"chrKoreanMulti.dcm", "김희중"},
+    {"chrRuss.dcm", "Люкceмбypг"},
+    {"chrX1.dcm", "Wang^XiaoDong=王^小東="},
+    {"chrX2.dcm", "Wang^XiaoDong=王^小东="},
+    {"chrGB2312.dcm", "Zhang^XiaoDong=张^小东="},
+    {"GH1301.dcm", "Wang^XiaoDong=王^小东="},
+    {"MarekLatin2.dcm", "Testowy^Teste"},
+    {"Issue56-NoPixelData.dcm", "Гусева Е.Н^Амур"},
+};
+
+TEST(Text, OfRealFilesIsDecoded) {
+    if (test::CorpusFolder().empty()) GTEST_SKIP() << "no real files on this machine";
+    for (const auto& c : kNames) {
+        const auto file = Opened(c.file);
+        ASSERT_NE(file, nullptr) << c.file;
+        CString name;
+        EXPECT_EQ(file->header.GetValue(0x00100010, name), kDcmSuccess) << c.file;
+        EXPECT_EQ(name.ToUtf8(), c.name) << c.file;
+    }
+}
+
+}  // namespace
+}  // namespace quorvex
