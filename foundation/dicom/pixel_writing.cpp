@@ -1,0 +1,151 @@
+#include <algorithm>
+
+#include "foundation/dicom/byte_order.h"
+#include "foundation/dicom/data_set.h"
+#include "foundation/dicom/dictionary.h"
+#include "foundation/dicom/offset_tables.h"
+#include "foundation/dicom/value_representation.h"
+#include "foundation/types/answer.h"
+#include "foundation/types/checked_size.h"
+#include "quorvex/DicomObject.h"
+
+namespace quorvex {
+namespace {
+
+using namespace dicom;
+
+constexpr std::uint32_t kExtendedOffsetTable = 0x7FE00001;
+constexpr std::uint32_t kExtendedOffsetTableLengths = 0x7FE00002;
+constexpr std::size_t kLongestItem = 0xFFFFFFFE;
+
+using Buffers = std::vector<Bytes>;
+
+/// The caller's buffers; nothing when one is unusable.
+std::optional<Buffers> BuffersOf(int count, const unsigned long* lengths,
+                                 unsigned char* const* buffers) {
+    if (count < 1 || lengths == nullptr || buffers == nullptr) return std::nullopt;
+    Buffers frames;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+        if (buffers[i] == nullptr || lengths[i] >= kLongestItem) return std::nullopt;
+        frames.emplace_back(buffers[i], lengths[i]);
+    }
+    return frames;
+}
+
+std::vector<std::uint64_t> LengthsOf(const Buffers& frames) {
+    std::vector<std::uint64_t> lengths;
+    for (const Bytes frame : frames) lengths.push_back(frame.size());
+    return lengths;
+}
+
+void PutOrRemove(DataSet& dataSet, std::uint32_t tag, ByteBuffer value) {
+    if (value.empty()) {
+        dataSet.Remove(tag);
+    } else {
+        dataSet.PutBytes(tag, MC_VR_OV, std::move(value));
+    }
+}
+
+ByteRange Append(ByteBuffer& buffer, Bytes bytes) {
+    const std::size_t offset = buffer.size();
+    buffer.insert(buffer.end(), bytes.begin(), bytes.end());
+    if (bytes.size() % 2 != 0) buffer.push_back(0);
+    return {offset, buffer.size() - offset};
+}
+
+std::size_t TotalOf(const Buffers& frames, std::size_t total) {
+    for (const Bytes frame : frames) total += frame.size() + 1;
+    return total;
+}
+
+void PutFrames(DataSet& dataSet, std::uint32_t tag, const Buffers& frames) {
+    OffsetTables tables = OffsetTablesOf(LengthsOf(frames));
+    ByteBuffer buffer;
+    buffer.reserve(TotalOf(frames, tables.basic.size()));
+    std::vector<ByteRange> ranges = {Append(buffer, tables.basic)};
+    for (const Bytes frame : frames) ranges.push_back(Append(buffer, frame));
+    if (tag == kPixelData) {
+        PutOrRemove(dataSet, kExtendedOffsetTable, std::move(tables.extendedOffsets));
+        PutOrRemove(dataSet, kExtendedOffsetTableLengths, std::move(tables.extendedLengths));
+    }
+    dataSet.PutFragments(tag, MC_VR_OB, std::move(buffer), std::move(ranges));
+}
+
+/// The pieces that a callback supplies, as one; nothing when it refuses, or gives what is none.
+std::optional<ByteBuffer> Pulled(std::uint32_t tag, void* user, ValueWriteCallback callback) {
+    ByteBuffer value;
+    for (bool isFirst = true;; isFirst = false) {
+        int length = 0;
+        void* data = nullptr;
+        int isLast = 0;
+        if (callback(0, tag, user, isFirst ? 1 : 0, &length, &data, &isLast) != kMcContinue)
+            return std::nullopt;
+        if (length < 0 || (length > 0 && data == nullptr)) return std::nullopt;
+        const Bytes piece(static_cast<const unsigned char*>(data),
+                          static_cast<std::size_t>(length));
+        if (piece.size() > kLargestBlock - value.size()) return std::nullopt;
+        value.insert(value.end(), piece.begin(), piece.end());
+        if (isLast != 0) return value;
+        if (length == 0) return std::nullopt;  // or it could go on like that for ever
+    }
+}
+
+MC_VR VrForNew(const DataSet& dataSet, std::uint32_t tag) {
+    const Element* present = dataSet.Find(tag);
+    if (present != nullptr && present->vr != MC_VR_SQ) return present->vr;
+    const DictionaryEntry& entry = LookUp(tag);
+    return entry.choice == VrChoice::kObOrOw ? MC_VR_OB : entry.vr;
+}
+
+/// The same value, owned and little endian, so that another VR may read it.
+void TurnToLittleEndian(DataSet& dataSet, Element& element) {
+    const Bytes stored = dataSet.ValueOf(element);
+    ByteBuffer value(stored.begin(), stored.end());
+    TurnBytes(value.data(), value.size(), Describe(element.vr).unit);
+    element.content = std::make_shared<Content>(std::move(value));
+    element.isBigEndian = false;
+}
+
+}  // namespace
+
+DCMRESULT CDcmObject::SetValueEx(std::uint32_t tag, int count, const unsigned long* lengths,
+                                 unsigned char* const* buffers) {
+    return Answer(kDcmOutOfMemory, [&]() -> DCMRESULT {
+        const auto frames = BuffersOf(count, lengths, buffers);
+        if (!frames) {
+            SetErrorMessage("there is no frame to encapsulate, or one without data");
+            return kDcmFailure;
+        }
+        PutFrames(Writable(), tag, *frames);
+        return kDcmSuccess;
+    });
+}
+
+DCMRESULT CDcmObjectCommon::SetValue(std::uint32_t tag, void* user, ValueWriteCallback callback) {
+    return Answer(kDcmOutOfMemory, [&]() -> DCMRESULT {
+        auto value = callback == nullptr ? std::nullopt : Pulled(tag, user, callback);
+        if (!value) {
+            SetErrorMessage("the callback gave no usable value");
+            return kDcmFailure;
+        }
+        Writable().PutBytes(tag, VrForNew(*dataSet_, tag), std::move(*value));
+        return kDcmSuccess;
+    });
+}
+
+DCMRESULT CDcmObjectCommon::SetValueRepresentation(std::uint32_t tag, MC_VR vr) {
+    return Answer(kDcmOutOfMemory, [&]() -> DCMRESULT {
+        const Element* element = dataSet_->Find(tag);
+        if (element == nullptr) return kDcmNotFound;
+        const bool isSequence = ItemsOf(*element) != nullptr;
+        if (isSequence != (vr == MC_VR_SQ) || Describe(vr).vr != vr) return kDcmFailure;
+        DataSet& dataSet = Writable();
+        Element& changed = *dataSet.FindMutable(tag);
+        if (changed.isBigEndian && !isSequence && dataSet.FragmentsOf(changed).IsEmpty())
+            TurnToLittleEndian(dataSet, changed);
+        changed.vr = vr;
+        return kDcmSuccess;
+    });
+}
+
+}  // namespace quorvex
