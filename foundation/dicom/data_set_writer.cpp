@@ -1,0 +1,212 @@
+#include "foundation/dicom/data_set_writer.h"
+
+#include <algorithm>
+
+#include "foundation/dicom/byte_order.h"
+#include "foundation/dicom/element_header.h"
+#include "foundation/dicom/encapsulated_items.h"
+#include "foundation/dicom/native_frames.h"
+#include "foundation/dicom/text_target.h"
+#include "foundation/dicom/value_representation.h"
+
+namespace quorvex::dicom {
+namespace {
+
+constexpr std::size_t kLongestShortLength = 0xFFFE;
+constexpr std::uint32_t kMetaGroupLength = 0x00020000;
+constexpr std::string_view kUtf8Term = "ISO_IR 192";
+
+void PadToEven(ByteBuffer& value, MC_VR vr) {
+    if (value.size() % 2 != 0) value.push_back(Describe(vr).pad);
+}
+
+bool IsWritten(std::uint32_t tag, bool isMain) {
+    const bool isGroupLength = (tag & 0xFFFFU) == 0;
+    return !isGroupLength && !(isMain && IsMetaTag(tag));
+}
+
+class Writer {
+public:
+    Writer(const WritingRules& rules, ByteSink& sink) : rules_(rules), sink_(sink) {}
+
+    void WriteMain(const DataSet& main) {
+        const auto target = TextTarget::OfMain(main, rules_.isForcedToUtf8);
+        bool owesCharacterSet =
+            rules_.isForcedToUtf8 && main.Find(kSpecificCharacterSet) == nullptr;
+        for (const Element& element : main.Elements()) {
+            if (!IsWritten(element.tag, true)) continue;
+            if (owesCharacterSet && element.tag > kSpecificCharacterSet) {
+                WriteUtf8Term();
+                owesCharacterSet = false;
+            }
+            WriteElement(main, element, target, true);
+        }
+    }
+
+    void WriteMeta(const DataSet& meta) {
+        for (const Element& element : meta.Elements())
+            WriteAsStored(element.tag, element.vr, meta.ValueOf(element));
+    }
+
+private:
+    void Put16(std::uint32_t number) { PutNumber(static_cast<std::uint16_t>(number)); }
+    void Put32(std::size_t number) { PutNumber(static_cast<std::uint32_t>(number)); }
+
+    template <class Number>
+    void PutNumber(Number number) {
+        if (rules_.encoding.isBigEndian) number = Turned(number);
+        sink_.Put({reinterpret_cast<const unsigned char*>(&number), sizeof number});
+    }
+
+    void PutTag(std::uint32_t tag) {
+        Put16(GroupOf(tag));
+        Put16(tag & 0xFFFFU);
+    }
+
+    void PutDelimiter(std::uint32_t tag, std::size_t length) {
+        PutTag(tag);
+        Put32(length);
+    }
+
+    void PutHeader(std::uint32_t tag, MC_VR vr, std::size_t length) {
+        PutTag(tag);
+        if (!rules_.encoding.isExplicit) return Put32(length);
+        const bool isTooLong = !Describe(vr).hasLongLength && length > kLongestShortLength;
+        const auto& row = Describe(isTooLong ? MC_VR_UN : vr);
+        const auto* letters = reinterpret_cast<const unsigned char*>(row.letters);
+        sink_.Put({letters, 2});
+        if (!row.hasLongLength) return Put16(static_cast<std::uint32_t>(length));
+        Put16(0);
+        Put32(length);
+    }
+
+    void WriteElement(const DataSet& dataSet, const Element& element, const TextTarget& target,
+                      bool isMain) {
+        if (const Items* items = ItemsOf(element))
+            return WriteSequence(element.tag, *items, target);
+        const FragmentView fragments = dataSet.FragmentsOf(element);
+        if (!fragments.IsEmpty()) {
+            const bool isJoined = isMain && rules_.joinsPixelData && element.tag == kPixelData;
+            return isJoined ? WriteJoined(element, fragments) : WriteFragments(element, fragments);
+        }
+        const Bytes value = dataSet.ValueOf(element);
+        if (element.tag == kSpecificCharacterSet && rules_.isForcedToUtf8) return WriteUtf8Term();
+        if (isMain && element.tag == kPixelData) return WritePixelData(element, value);
+        if (Describe(element.vr).hasCharacterSet) {
+            const ByteBuffer stored(value.begin(), value.end());
+            return WriteBytes(element, WrittenText(element, value, target).value_or(stored));
+        }
+        const std::size_t unit = Describe(element.vr).unit;
+        const bool isTurned = unit > 1 && element.isBigEndian != rules_.encoding.isBigEndian;
+        if (!isTurned) return WriteAsStored(element.tag, element.vr, value);
+        WriteTurned(element.tag, element.vr, value, unit);
+    }
+
+    void WriteUtf8Term() {
+        WriteAsStored(kSpecificCharacterSet, MC_VR_CS,
+                      {reinterpret_cast<const unsigned char*>(kUtf8Term.data()), kUtf8Term.size()});
+    }
+
+    void WriteBytes(const Element& element, ByteBuffer value) {
+        PadToEven(value, element.vr);
+        PutHeader(element.tag, element.vr, value.size());
+        sink_.Put(value);
+    }
+
+    void WriteAsStored(std::uint32_t tag, MC_VR vr, Bytes value) {
+        PutHeader(tag, vr, value.size() + value.size() % 2);
+        PutPadded(value, Describe(vr).pad);
+    }
+
+    void WriteTurned(std::uint32_t tag, MC_VR vr, Bytes value, std::size_t unit) {
+        ByteBuffer turned(value.begin(), value.end());
+        PadToEven(turned, vr);
+        TurnBytes(turned.data(), turned.size(), unit);
+        PutHeader(tag, vr, turned.size());
+        sink_.Put(turned);
+    }
+
+    void PutPadded(Bytes value, unsigned char pad) {
+        sink_.Put(value);
+        if (value.size() % 2 != 0) sink_.Put({&pad, 1});
+    }
+
+    /// Native pixels of more than 8 bits are words, whatever VR they were given.
+    void WritePixelData(const Element& element, Bytes value) {
+        const bool isBytes = element.vr == MC_VR_OB && rules_.bitsAllocated <= 8;
+        const MC_VR vr = isBytes ? MC_VR_OB : MC_VR_OW;
+        const bool isTurned = element.isBigEndian != rules_.encoding.isBigEndian;
+        const std::size_t unit = PixelWordBytes(vr, rules_.bitsAllocated);
+        if (!isTurned || unit == 1) return WriteAsStored(element.tag, vr, value);
+        WriteTurned(element.tag, vr, value, unit);
+    }
+
+    void WriteJoined(const Element& element, const FragmentView& fragments) {
+        ByteBuffer joined;
+        for (std::size_t i = 1; i < fragments.Count(); ++i)
+            joined.insert(joined.end(), fragments[i].begin(), fragments[i].end());
+        Element native = element;
+        native.isBigEndian = false;  // items are little endian
+        WritePixelData(native, joined);
+    }
+
+    void WriteSequence(std::uint32_t tag, const Items& items, const TextTarget& target) {
+        if (items.empty()) return PutHeader(tag, MC_VR_SQ, 0);
+        PutHeader(tag, MC_VR_SQ, kUndefinedLength);
+        for (const auto& item : items) {
+            PutDelimiter(kItemTag, kUndefinedLength);
+            WriteItem(*item, target.OfItem(*item));
+            PutDelimiter(kItemDelimiter, 0);
+        }
+        PutDelimiter(kSequenceDelimiter, 0);
+    }
+
+    void WriteItem(const DataSet& item, const TextTarget& target) {
+        for (const Element& element : item.Elements()) {
+            if (IsWritten(element.tag, false)) WriteElement(item, element, target, false);
+        }
+    }
+
+    void WriteFragments(const Element& element, const FragmentView& fragments) {
+        PutHeader(element.tag, MC_VR_OB, kUndefinedLength);
+        PutFragment(PaddedOffsetTable(fragments));
+        for (std::size_t i = 1; i < fragments.Count(); ++i) PutFragment(fragments[i]);
+        PutDelimiter(kSequenceDelimiter, 0);
+    }
+
+    void PutFragment(Bytes content) {
+        PutDelimiter(kItemTag, content.size() + content.size() % 2);
+        PutPadded(content, 0);
+    }
+
+    /// A fragment of odd length moves all that follow it when it is padded; a table that was right
+    /// would be wrong then, and without one the frames are found by their own starts.
+    static Bytes PaddedOffsetTable(const FragmentView& fragments) {
+        for (std::size_t i = 1; i + 1 < fragments.Count(); ++i) {
+            if (fragments[i].size() % 2 != 0) return {};
+        }
+        return fragments[0];
+    }
+
+    const WritingRules rules_;
+    ByteSink& sink_;
+};
+
+}  // namespace
+
+void WriteDataSet(const DataSet& main, const WritingRules& rules, ByteSink& sink) {
+    Writer(rules, sink).WriteMain(main);
+}
+
+void WriteMetaInformation(const DataSet& meta, ByteSink& sink) {
+    BufferSink elements;
+    Writer({}, elements).WriteMeta(meta);
+    DataSet groupLength;
+    const auto length = static_cast<std::uint32_t>(elements.Written().size());
+    const auto* bytes = reinterpret_cast<const unsigned char*>(&length);
+    groupLength.PutBytes(kMetaGroupLength, MC_VR_UL, ByteBuffer(bytes, bytes + sizeof length));
+    Writer({}, sink).WriteMeta(groupLength);
+    sink.Put(elements.Written());
+}
+
+}  // namespace quorvex::dicom

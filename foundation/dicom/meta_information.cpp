@@ -1,0 +1,51 @@
+#include "foundation/dicom/meta_information.h"
+
+namespace quorvex::dicom {
+namespace {
+
+constexpr std::uint32_t kMetaInformationVersion = 0x00020001;
+constexpr std::uint32_t kMediaStorageSopClassUid = 0x00020002;
+constexpr std::uint32_t kMediaStorageSopInstanceUid = 0x00020003;
+constexpr std::uint32_t kImplementationClassUid = 0x00020012;
+constexpr std::uint32_t kImplementationVersionName = 0x00020013;
+constexpr std::uint32_t kSopClassUid = 0x00080016;
+constexpr std::uint32_t kSopInstanceUid = 0x00080018;
+
+constexpr std::string_view kOwnImplementationClassUid = "1.2.999.700040.1";
+constexpr std::string_view kOwnImplementationVersionName = "QUORVEX_0_1";
+
+void PutText(DataSet& meta, std::uint32_t tag, MC_VR vr, std::string_view text) {
+    if (!text.empty()) meta.PutBytes(tag, vr, ByteBuffer(text.begin(), text.end()));
+}
+
+/// A DICOMDIR has no SOP Class UID in its data set; its meta information is all that names it.
+std::string_view FirstUid(const DataSet& main, std::uint32_t tag, std::uint32_t otherwise) {
+    const auto uid = UidOf(main, tag);
+    return uid.empty() ? UidOf(main, otherwise) : uid;
+}
+
+}  // namespace
+
+std::string_view UidOf(const DataSet& dataSet, std::uint32_t tag) {
+    const Element* element = dataSet.Find(tag);
+    if (element == nullptr) return {};
+    const Bytes value = dataSet.ValueOf(*element);
+    std::string_view text(reinterpret_cast<const char*>(value.data()), value.size());
+    while (!text.empty() && (text.back() == '\0' || text.back() == ' ')) text.remove_suffix(1);
+    return text;
+}
+
+DataSet MetaInformationOf(const DataSet& main, std::string_view transferSyntaxUid) {
+    DataSet meta;
+    meta.PutBytes(kMetaInformationVersion, MC_VR_OB, {0, 1});
+    PutText(meta, kMediaStorageSopClassUid, MC_VR_UI,
+            FirstUid(main, kSopClassUid, kMediaStorageSopClassUid));
+    PutText(meta, kMediaStorageSopInstanceUid, MC_VR_UI,
+            FirstUid(main, kSopInstanceUid, kMediaStorageSopInstanceUid));
+    PutText(meta, kTransferSyntaxUid, MC_VR_UI, transferSyntaxUid);
+    PutText(meta, kImplementationClassUid, MC_VR_UI, kOwnImplementationClassUid);
+    PutText(meta, kImplementationVersionName, MC_VR_SH, kOwnImplementationVersionName);
+    return meta;
+}
+
+}  // namespace quorvex::dicom

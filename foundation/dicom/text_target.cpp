@@ -1,0 +1,65 @@
+#include "foundation/dicom/text_target.h"
+
+#include <algorithm>
+
+#include "foundation/dicom/value_representation.h"
+#include "foundation/types/utf.h"
+
+namespace quorvex::dicom {
+namespace {
+
+constexpr CharacterSets kUtf8 = {{CharacterSet::kIr192}, 1};
+
+std::string_view AsText(Bytes bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+ByteBuffer AsBytes(std::string_view text) {
+    return {text.begin(), text.end()};
+}
+
+bool IsAscii(Bytes value) {
+    return std::ranges::all_of(value, [](unsigned char c) { return c < 0x80 && c != 0x1B; });
+}
+
+bool HoldsAllText(const DataSet& dataSet, const TextTarget& target) {
+    return std::ranges::all_of(dataSet.Elements(), [&](const Element& element) {
+        if (const Items* items = ItemsOf(element)) {
+            return std::ranges::all_of(*items, [&](const auto& item) {
+                return HoldsAllText(*item, target.OfItem(*item));
+            });
+        }
+        if (!Describe(element.vr).hasCharacterSet) return true;
+        return WrittenText(element, dataSet.ValueOf(element), target).has_value();
+    });
+}
+
+}  // namespace
+
+TextTarget TextTarget::OfMain(const DataSet& main, bool isForcedToUtf8) {
+    const auto stored = ParseCharacterSets(main.CharacterSetText());
+    return {stored, isForcedToUtf8 ? kUtf8 : stored, isForcedToUtf8};
+}
+
+TextTarget TextTarget::OfItem(const DataSet& item) const {
+    const auto itemStored = ParseCharacterSets(item.CharacterSetText());
+    const bool hasItsOwn = item.Find(kSpecificCharacterSet) != nullptr && !isForcedToUtf8;
+    return {itemStored, hasItsOwn ? itemStored : written, isForcedToUtf8};
+}
+
+std::optional<ByteBuffer> WrittenText(const Element& element, Bytes value,
+                                      const TextTarget& target) {
+    const auto& stored = element.isUtf8 ? kUtf8 : target.stored;
+    if (stored == target.written || IsAscii(value)) return ByteBuffer(value.begin(), value.end());
+    const bool isPersonName = element.vr == MC_VR_PN;
+    const auto text = DecodeText(AsText(value), stored, isPersonName);
+    const auto written = EncodeText(text, target.written, isPersonName);
+    if (!written) return std::nullopt;
+    return AsBytes(*written);
+}
+
+bool HoldsAllText(const DataSet& main) {
+    return HoldsAllText(main, TextTarget::OfMain(main, false));
+}
+
+}  // namespace quorvex::dicom

@@ -1,0 +1,109 @@
+#include <array>
+#include <optional>
+
+#include "foundation/dicom/data_set_writer.h"
+#include "foundation/dicom/deflating_sink.h"
+#include "foundation/dicom/meta_information.h"
+#include "foundation/dicom/output_file.h"
+#include "foundation/dicom/pixel_shape.h"
+#include "foundation/dicom/text_target.h"
+#include "foundation/dicom/transfer_syntax.h"
+#include "foundation/types/answer.h"
+#include "foundation/types/checked_size.h"
+#include "quorvex/DicomObject.h"
+
+namespace quorvex {
+namespace {
+
+using namespace dicom;
+
+constexpr std::size_t kPreambleBytes = 128;
+constexpr std::string_view kMarker = "DICM";
+
+/// How an object is written, or why it cannot be.
+struct WritingPlan {
+    std::string_view transferSyntaxUid = {};
+    WritingRules rules = {};
+    bool isDeflated = false;
+    const char* obstacle = nullptr;
+};
+
+/// The row of the syntax that the object is written in; nothing where there is none to name.
+std::optional<TransferSyntax> SyntaxToWrite(const DataSet& main) {
+    if (main.syntax == kSyntaxNone) return *SyntaxOfNumber(kExplicitLittleEndian);
+    if (main.syntax != kOtherEncapsulated) {
+        const auto* row = SyntaxOfNumber(main.syntax);
+        return row == nullptr || row->uid.empty() ? std::nullopt : std::optional(*row);
+    }
+    const auto uid = UidOf(main, kTransferSyntaxUid);
+    if (uid.empty()) return std::nullopt;
+    return TransferSyntax{uid, kOtherEncapsulated, true, false, false, true};
+}
+
+std::size_t BytesIn(const FragmentView& fragments) {
+    std::size_t bytes = 0;
+    for (std::size_t i = 1; i < fragments.Count(); ++i) bytes += fragments[i].size();
+    return bytes;
+}
+
+/// Some writers put native pixels into items; those, and no coded ones, have the size of all frames.
+bool HoldsNativePixels(const FragmentView& fragments, const PixelShape& shape) {
+    const auto frame = StoredFrameBytes(shape);
+    const auto all = frame ? CheckedProduct(*frame, shape.frameCount) : std::nullopt;
+    const std::size_t there = BytesIn(fragments);
+    return all && there >= *all && there - *all < 2;
+}
+
+void PlanPixelData(WritingPlan& plan, const DataSet& main, const PixelShape& shape,
+                   bool isEncapsulated) {
+    const Element* pixels = main.Find(kPixelData);
+    if (pixels == nullptr) return;
+    const FragmentView fragments = main.FragmentsOf(*pixels);
+    if (fragments.IsEmpty() == !isEncapsulated) return;
+    plan.rules.joinsPixelData = !isEncapsulated && HoldsNativePixels(fragments, shape);
+    if (plan.rules.joinsPixelData) return;
+    plan.obstacle = isEncapsulated ? "the transfer syntax wants encapsulated Pixel Data"
+                                   : "the transfer syntax wants native Pixel Data";
+}
+
+WritingPlan PlanOf(const DataSet& main, const PixelShape& shape) {
+    const auto syntax = SyntaxToWrite(main);
+    if (!syntax) return {.obstacle = "the transfer syntax has no UID"};
+    WritingPlan plan = {.transferSyntaxUid = syntax->uid,
+                        .rules = {.encoding = {syntax->isExplicit, syntax->isBigEndian},
+                                  .isForcedToUtf8 = !HoldsAllText(main),
+                                  .bitsAllocated = shape.bitsAllocated},
+                        .isDeflated = syntax->isDeflated};
+    PlanPixelData(plan, main, shape, syntax->isEncapsulated);
+    return plan;
+}
+
+void WriteAll(const DataSet& main, const WritingPlan& plan, ByteSink& sink) {
+    constexpr std::array<unsigned char, kPreambleBytes> kPreamble = {};
+    sink.Put(kPreamble);
+    sink.Put({reinterpret_cast<const unsigned char*>(kMarker.data()), kMarker.size()});
+    WriteMetaInformation(MetaInformationOf(main, plan.transferSyntaxUid), sink);
+    if (!plan.isDeflated) return WriteDataSet(main, plan.rules, sink);
+    DeflatingSink deflating(sink);
+    WriteDataSet(main, plan.rules, deflating);
+    deflating.Finish();
+}
+
+}  // namespace
+
+DCMRESULT CDcmObject::WriteFile(const CString& path) const {
+    return Answer(kDcmOutOfMemory, [&]() -> DCMRESULT {
+        const WritingPlan plan = PlanOf(*dataSet_, ShapeOf(*this));
+        if (plan.obstacle != nullptr) {
+            SetErrorMessage(plan.obstacle);
+            return kDcmFailure;
+        }
+        OutputFile file(path.ToUtf8());
+        if (file.IsOpen()) WriteAll(*dataSet_, plan, file);
+        if (file.Commit()) return kDcmSuccess;
+        SetErrorMessage("the file cannot be written");
+        return kDcmFailure;
+    });
+}
+
+}  // namespace quorvex

@@ -1,0 +1,353 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+
+#include "foundation/dicom/byte_order.h"
+#include "foundation/dicom/native_frames.h"
+#include "foundation/dicom/offset_tables.h"
+#include "foundation/dicom/value_representation.h"
+#include "quorvex/DicomObject.h"
+#include "tests/support/corpus.h"
+
+namespace quorvex {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::uint32_t kPixelDataTag = 0x7FE00010;
+constexpr std::uint32_t kPatientName = 0x00100010;
+constexpr std::uint32_t kCharacterSet = 0x00080005;
+
+/// A folder of its own for one test, gone with it.
+class Folder {
+public:
+    Folder()
+        : path_(fs::temp_directory_path() /
+                ("quorvex-write-" + std::to_string(++count_) + "-" + std::to_string(std::rand()))) {
+        fs::create_directories(path_);
+    }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+    ~Folder() { fs::remove_all(path_); }
+
+    [[nodiscard]] std::string At(const char* name) const { return (path_ / name).string(); }
+    [[nodiscard]] std::ptrdiff_t Files() const {
+        return std::distance(fs::directory_iterator(path_), fs::directory_iterator());
+    }
+
+private:
+    static inline int count_ = 0;
+    fs::path path_;
+};
+
+bool Read(CDcmObject& object, const std::string& path) {
+    object.Open(path);
+    CDcmApp app;
+    return object.ReadFile(&app, nullptr, nullptr) == kDcmSuccess;
+}
+
+TRANSFER_SYNTAX SyntaxOf(const CDcmObject& object) {
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    static_cast<void>(object.GetTransferSyntax(syntax));
+    return syntax;
+}
+
+struct Snapshot {
+    bool isBigEndian = false;
+    std::uint32_t bitsAllocated = 0;
+    std::vector<std::string> lines;
+};
+
+std::size_t UnitOf(const DcmElementView& view, std::uint32_t bitsAllocated) {
+    if (view.tag != kPixelDataTag) return dicom::Describe(view.vr).unit;
+    return dicom::PixelWordBytes(view.vr, bitsAllocated);
+}
+
+/// The value as text, little endian and without its padding.
+std::string PlainValue(const DcmElementView& view, const Snapshot& snapshot) {
+    std::vector<unsigned char> value(view.data, view.data + view.length);
+    const unsigned char pad = dicom::Describe(view.vr).pad;
+    if (value.size() % 2 != 0) value.push_back(pad);
+    if (snapshot.isBigEndian)
+        dicom::TurnBytes(value.data(), value.size(), UnitOf(view, snapshot.bitsAllocated));
+    return {value.begin(), value.end()};
+}
+
+MC_STATUS AddLine(const DcmElementView& view, void* user) {
+    auto& snapshot = *static_cast<Snapshot*>(user);
+    const bool isGroupLength = (view.tag & 0xFFFF) == 0;
+    if (view.tag >> 16 == 2 || isGroupLength || view.vr == MC_VR_SQ) return kMcContinue;
+    const bool isPixelData = view.tag == kPixelDataTag && view.depth == 0;
+    std::string line = std::to_string(view.depth) + "[" + std::to_string(view.itemIndex) + "]" +
+                       std::to_string(view.tag) + ":";
+    if (!isPixelData && view.data != nullptr) line += PlainValue(view, snapshot);
+    snapshot.lines.push_back(line);
+    return kMcContinue;
+}
+
+MC_STATUS AddPiece(int, std::uint32_t, void* user, int item, unsigned long length,
+                   unsigned char* data, int, int) {
+    auto& frames = *static_cast<std::vector<std::string>*>(user);
+    if (item == 0) return kMcContinue;
+    frames.resize(static_cast<std::size_t>(item));
+    frames.back().append(data, data + length);
+    return kMcContinue;
+}
+
+/// The frames as the walk gives them, without the pad byte that a last one may end with.
+std::vector<std::string> FramesOf(const CDcmObject& object) {
+    std::vector<std::string> frames;
+    static_cast<void>(object.GetValueEx(kPixelDataTag, &frames, AddPiece));
+    for (auto& frame : frames) {
+        if (frame.size() % 2 != 0) frame += '\0';
+    }
+    return frames;
+}
+
+Snapshot SnapshotOf(const CDcmObject& object) {
+    Snapshot snapshot = {.isBigEndian = SyntaxOf(object) == kExplicitBigEndian, .lines = {}};
+    int bits = 0;
+    if (object.GetValue(0x00280100, bits) == kDcmSuccess)
+        snapshot.bitsAllocated = static_cast<std::uint32_t>(bits);
+    static_cast<void>(object.WalkElements(&snapshot, AddLine));
+    return snapshot;
+}
+
+void ExpectEqual(const CDcmObject& a, const CDcmObject& b, const std::string& what) {
+    const auto before = SnapshotOf(a).lines;
+    const auto after = SnapshotOf(b).lines;
+    ASSERT_EQ(before.size(), after.size()) << what;
+    for (std::size_t i = 0; i < before.size(); ++i) ASSERT_EQ(before[i], after[i]) << what;
+}
+
+TEST(WriteFile, EveryRealFileReadsBackEqual) {
+    const Folder folder;
+    int written = 0;
+    for (const auto& file : test::RealFiles()) {
+        CDcmObject object;
+        if (!Read(object, file.string()) || SyntaxOf(object) == kSyntaxNone) continue;
+        const auto path = folder.At("copy.dcm");
+        if (object.WriteFile(path) != kDcmSuccess) {
+            ADD_FAILURE() << file << ": " << object.GetErrorMessage().ToUtf8();
+            continue;
+        }
+        CDcmObject again;
+        ASSERT_TRUE(Read(again, path)) << file;
+        EXPECT_EQ(SyntaxOf(again), SyntaxOf(object)) << file;
+        ExpectEqual(object, again, file.string());
+        EXPECT_TRUE(FramesOf(object) == FramesOf(again)) << file;
+        ++written;
+    }
+    if (written == 0) GTEST_SKIP() << "no real files on this machine";
+}
+
+TEST(WriteFile, NativeFilesAreEqualInEveryEncoding) {
+    const Folder folder;
+    for (const auto& file : test::RealFiles()) {
+        CDcmObject object;
+        if (!Read(object, file.string())) continue;
+        const auto syntax = SyntaxOf(object);
+        if (syntax < kImplicitLittleEndian || syntax > kDeflatedExplicitLittleEndian) continue;
+        for (const auto target : {kImplicitLittleEndian, kExplicitLittleEndian, kExplicitBigEndian,
+                                  kDeflatedExplicitLittleEndian}) {
+            const std::string what = file.string() + " as " + std::to_string(target);
+            CDcmObject converted = object;
+            ASSERT_EQ(converted.SetTransferSyntax(target), kDcmSuccess) << what;
+            const auto path = folder.At("converted.dcm");
+            ASSERT_EQ(converted.WriteFile(path), kDcmSuccess)
+                << what << converted.GetErrorMessage().ToUtf8();
+            CDcmObject again;
+            ASSERT_TRUE(Read(again, path)) << what;
+            EXPECT_EQ(SyntaxOf(again), target) << what;
+            ExpectEqual(object, again, what);
+            if (target != kExplicitBigEndian && syntax != kExplicitBigEndian) {
+                EXPECT_TRUE(FramesOf(object) == FramesOf(again)) << what;
+            }
+        }
+    }
+}
+
+std::string TextOf(const CDcmObjectCommon& object, std::uint32_t tag) {
+    CString text;
+    static_cast<void>(object.GetValue(tag, text));
+    return text.ToUtf8();
+}
+
+struct TextCase {
+    const char* characterSet;
+    const char* name;
+    const char* characterSetAfter;
+};
+
+constexpr TextCase kTexts[] = {
+    {"ISO_IR 100", "Buc^Jérôme", "ISO_IR 100"},
+    {"ISO_IR 100", "山田^太郎", "ISO_IR 192"},
+    {"", "Jérôme", "ISO_IR 192"},
+    {"", "Jerome", ""},
+    {"\\ISO 2022 IR 87", "Yamada^Tarou=山田^太郎", ""},
+    {"GB18030", "Wang^XiaoDong=王^小东", "GB18030"},
+};
+
+TEST(WriteFile, TextGoesIntoTheObjectsCharacterSetOrTheObjectIntoUtf8) {
+    const Folder folder;
+    const auto path = folder.At("text.dcm");
+    for (const auto& c : kTexts) {
+        CDcmObject object;
+        object.SetTransferSyntax(kExplicitLittleEndian);
+        if (*c.characterSet != '\0') object.SetValue(kCharacterSet, c.characterSet);
+        object.SetValue(kPatientName, CString(c.name));
+        ASSERT_EQ(object.WriteFile(path), kDcmSuccess) << c.name;
+        CDcmObject again;
+        ASSERT_TRUE(Read(again, path)) << c.name;
+        EXPECT_EQ(TextOf(again, kPatientName), c.name);
+        EXPECT_EQ(TextOf(again, kCharacterSet), c.characterSetAfter) << c.name;
+    }
+}
+
+TEST(WriteFile, ItemsOfAnotherCharacterSetKeepTheirText) {
+    const Folder folder;
+    const auto path = folder.At("items.dcm");
+    CDcmObject latin;
+    latin.SetTransferSyntax(kExplicitLittleEndian);
+    latin.SetValue(kCharacterSet, "ISO_IR 100");
+    CDcmItem step;
+    step.SetValue(0x00400007, CString("Schädel"));
+    latin.SetValue(0x00400100, &step);
+    ASSERT_EQ(latin.WriteFile(path), kDcmSuccess);
+
+    CDcmObject source;
+    ASSERT_TRUE(Read(source, path));
+    CDcmItem read;
+    ASSERT_EQ(source.GetValue(0x00400100, read), kDcmSuccess);
+    CDcmObject greek;
+    greek.SetTransferSyntax(kExplicitLittleEndian);
+    greek.SetValue(kCharacterSet, "ISO_IR 126");
+    greek.SetValue(kPatientName, CString("Διονυσιος"));
+    greek.SetValue(0x00400100, &read);
+    ASSERT_EQ(greek.WriteFile(path), kDcmSuccess);
+
+    CDcmObject again;
+    ASSERT_TRUE(Read(again, path));
+    CDcmItem item;
+    ASSERT_EQ(again.GetValue(0x00400100, item), kDcmSuccess);
+    EXPECT_EQ(TextOf(item, 0x00400007), "Schädel");
+    EXPECT_EQ(TextOf(again, kPatientName), "Διονυσιος");
+    EXPECT_EQ(TextOf(again, kCharacterSet), "ISO_IR 192");
+}
+
+void FillImage(CDcmObject& object, int rows, int columns, int frames) {
+    object.SetValue(0x00080016, "1.2.840.10008.5.1.4.1.1.7");
+    object.SetValue(0x00080018, "1.2.999.700040.1.9");
+    object.SetValue(0x00280002, static_cast<unsigned short>(1));
+    object.SetValue(0x00280004, "MONOCHROME2");
+    object.SetValue(0x00280008, frames);
+    object.SetValue(0x00280010, static_cast<unsigned short>(rows));
+    object.SetValue(0x00280011, static_cast<unsigned short>(columns));
+    object.SetValue(0x00280100, static_cast<unsigned short>(8));
+}
+
+bool SetFrames(CDcmObject& object, std::vector<std::string> frames) {
+    std::vector<unsigned long> lengths;
+    std::vector<unsigned char*> buffers;
+    for (auto& frame : frames) {
+        lengths.push_back(frame.size());
+        buffers.push_back(reinterpret_cast<unsigned char*>(frame.data()));
+    }
+    return object.SetValueEx(kPixelDataTag, static_cast<int>(frames.size()), lengths.data(),
+                             buffers.data()) == kDcmSuccess;
+}
+
+TEST(WriteFile, EncapsulatedFramesComeBackOneByOne) {
+    const Folder folder;
+    const auto path = folder.At("frames.dcm");
+    CDcmObject object;
+    object.SetTransferSyntax(kJpegBaseline);
+    FillImage(object, 1, 3, 3);
+    ASSERT_TRUE(SetFrames(object, {"odd", "even", "x"}));
+    const std::vector<std::string> padded = {{"odd\0", 4}, "even", {"x\0", 2}};
+    EXPECT_EQ(FramesOf(object), padded);
+    ASSERT_EQ(object.WriteFile(path), kDcmSuccess);
+    CDcmObject again;
+    ASSERT_TRUE(Read(again, path));
+    EXPECT_EQ(FramesOf(again), padded);
+    EXPECT_EQ(TextOf(again, 0x00020003), "1.2.999.700040.1.9");
+    EXPECT_EQ(TextOf(again, 0x00020010), "1.2.840.10008.1.2.4.50");
+    if (std::system("command -v dcmdump > /dev/null") == 0) {
+        EXPECT_EQ(std::system(("dcmdump -q " + path + " > /dev/null").c_str()), 0);
+    }
+}
+
+TEST(WriteFile, OffsetTablesGrowIntoTheExtendedOnesPast32Bits) {
+    const std::uint64_t lengths[] = {3, 0xFFFFFFF0, 10};
+    const auto small = dicom::OffsetTablesOf(std::span(lengths).first(2));
+    EXPECT_EQ(small.basic, (std::vector<unsigned char>{0, 0, 0, 0, 12, 0, 0, 0}));
+    EXPECT_TRUE(small.extendedOffsets.empty());
+    const auto large = dicom::OffsetTablesOf(lengths);
+    EXPECT_TRUE(large.basic.empty());
+    EXPECT_EQ(large.extendedOffsets.size(), 24U);
+    EXPECT_EQ(large.extendedOffsets[20], 1);  // 12 + 8 + 0xFFFFFFF0 is 0x100000004
+    EXPECT_EQ(large.extendedOffsets[16], 4);
+    EXPECT_EQ(large.extendedLengths[16], 10);
+}
+
+TEST(WriteFile, AFailureLeavesWhatWasThere) {
+    const Folder folder;
+    const auto path = folder.At("kept.dcm");
+    std::ofstream(path) << "kept";
+    CDcmObject object;
+    FillImage(object, 1, 3, 1);
+    object.SetTransferSyntax(kExplicitLittleEndian);
+    ASSERT_TRUE(SetFrames(object, {"coded data that is native by no count"}));
+    EXPECT_NE(object.WriteFile(path), kDcmSuccess);  // coded pixels under a native syntax
+    EXPECT_FALSE(object.GetErrorMessage().IsEmpty());
+    EXPECT_NE(object.WriteFile(folder.At("no/such/folder.dcm")), kDcmSuccess);
+    object.SetTransferSyntax(kJpegBaseline);
+    fs::create_directory(folder.At("folder"));
+    EXPECT_NE(object.WriteFile(folder.At("folder")), kDcmSuccess);
+    EXPECT_EQ(folder.Files(), 2);
+    EXPECT_EQ(fs::file_size(path), 4U);
+    EXPECT_EQ(object.WriteFile(path), kDcmSuccess);
+    EXPECT_EQ(folder.Files(), 2);
+}
+
+struct Supply {
+    std::vector<std::string> pieces;
+    std::size_t next = 0;
+    MC_STATUS answer = kMcContinue;
+};
+
+MC_STATUS SupplyPiece(int, std::uint32_t, void* user, int first, int* length, void** data,
+                      int* last) {
+    auto& supply = *static_cast<Supply*>(user);
+    EXPECT_EQ(first != 0, supply.next == 0);
+    auto& piece = supply.pieces[supply.next++];
+    *length = static_cast<int>(piece.size());
+    *data = piece.data();
+    *last = supply.next == supply.pieces.size() ? 1 : 0;
+    return supply.answer;
+}
+
+TEST(PixelWriting, ACallbackSuppliesAValueInPieces) {
+    CDcmObject object;
+    FillImage(object, 1, 4, 2);
+    Supply supply = {{"abcd", "ef", "gh"}};
+    ASSERT_EQ(object.SetValue(kPixelDataTag, &supply, SupplyPiece), kDcmSuccess);
+    EXPECT_EQ(FramesOf(object), (std::vector<std::string>{"abcd", "efgh"}));
+    EXPECT_EQ(object.SetValueRepresentation(kPixelDataTag, MC_VR_OW), kDcmSuccess);
+    EXPECT_NE(object.SetValueRepresentation(kPixelDataTag, MC_VR_SQ), kDcmSuccess);
+    EXPECT_NE(object.SetValueRepresentation(kPatientName, MC_VR_LO), kDcmSuccess);
+
+    Supply refused = {{"ij"}, 0, kMcRefuse};
+    EXPECT_NE(object.SetValue(kPixelDataTag, &refused, SupplyPiece), kDcmSuccess);
+    Supply endless = {{"", "", ""}};
+    EXPECT_NE(object.SetValue(kPixelDataTag, &endless, SupplyPiece), kDcmSuccess);
+    EXPECT_EQ(FramesOf(object).size(), 2U);
+}
+
+}  // namespace
+}  // namespace quorvex
