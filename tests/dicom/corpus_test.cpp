@@ -1,7 +1,10 @@
 /// Every real file, read whole, against what pydicom makes of it.
+#include "tests/support/corpus.h"
+
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -11,7 +14,6 @@
 #include <vector>
 
 #include "quorvex/DicomObject.h"
-#include "tests/support/corpus.h"
 #include "tests/support/memory_file.h"
 
 namespace quorvex {
@@ -24,14 +26,24 @@ struct Dump {
 };
 
 /// Files where the checker is wrong, or reads a damaged file in another way than we mean to.
-const std::map<std::string, const char*> kCheckerFaults = {};
+const std::map<std::string, const char*> kCheckerFaults = {
+    {"emri_small_jpeg_2k_lossless_too_short.dcm", "drops Pixel Data that breaks off; we keep it"},
+    {"SC_rgb_jpeg.dcm", "counts 12 bytes for an implicit VR header under an explicit VR label"},
+    {"no_meta.dcm", "reads on behind a stray byte; we leave that to the search for a data set"},
+};
+
+bool IsOtherKind(const std::filesystem::path& file) {
+    constexpr const char* kOthers[] = {".txt", ".gz", ".dump", ".py", ".json"};
+    return std::find(std::begin(kOthers), std::end(kOthers), file.extension()) != std::end(kOthers);
+}
 
 std::vector<std::filesystem::path> AllFiles() {
     auto files = test::RealFiles();
-    const std::filesystem::path more =
-        "/usr/lib/python3/dist-packages/pydicom/data/charset_files";
-    if (!std::filesystem::is_directory(more)) return files;
-    for (const auto& entry : std::filesystem::directory_iterator(more)) files.push_back(entry);
+    const std::filesystem::path more = "/usr/lib/python3/dist-packages/pydicom/data/charset_files";
+    if (std::filesystem::is_directory(more)) {
+        for (const auto& entry : std::filesystem::directory_iterator(more)) files.push_back(entry);
+    }
+    std::erase_if(files, IsOtherKind);
     return files;
 }
 
@@ -41,9 +53,9 @@ std::map<std::string, Dump> CheckersDumps(const std::vector<std::filesystem::pat
         std::ofstream names(list);
         for (const auto& file : files) names << file.string() << '\n';
     }
-    const std::string command =
-        "/usr/bin/python3 " QUORVEX_SOURCE_DIR "/tests/support/dump_elements.py < " + list +
-        " 2>/dev/null";
+    const std::string command = "/usr/bin/python3 " QUORVEX_SOURCE_DIR
+                                "/tests/support/dump_elements.py < " +
+                                list + " 2>/dev/null";
     std::map<std::string, Dump> dumps;
     std::FILE* pipe = popen(command.c_str(), "r");
     if (pipe == nullptr) return dumps;
@@ -92,7 +104,8 @@ std::string FirstDifference(const Dump& ours, const Dump& theirs) {
         const std::string a = i < ours.lines.size() ? ours.lines[i] : "(end)";
         std::string b = i < theirs.lines.size() ? theirs.lines[i] : "(end)";
         const auto converted = b.find(" converted");
-        if (converted != std::string::npos && a.substr(0, converted) == b.substr(0, converted)) continue;
+        if (converted != std::string::npos && a.substr(0, converted) == b.substr(0, converted))
+            continue;
         if (a != b) return "ours " + a + ", theirs " + b;
     }
     return "";

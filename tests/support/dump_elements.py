@@ -18,21 +18,23 @@ warnings.simplefilter("ignore")
 PIXEL_DATA = 0x7FE00010
 
 
+def is_sequence(raw):
+    if raw.VR not in (None, "UN"):
+        return raw.VR == "SQ"
+    known = pydicom.datadict.dictionary_has_tag(raw.tag)
+    return known and pydicom.datadict.dictionary_VR(raw.tag) == "SQ"
+
+
 def show(data_set, depth):
     for tag in sorted(data_set.keys()):
         raw = data_set.get_item(tag)
-        is_raw = isinstance(raw, RawDataElement)
-        is_sequence = (raw.VR if is_raw else raw.VR) == "SQ"
-        if is_raw and raw.VR is None:  # implicit VR
-            is_sequence = pydicom.datadict.dictionary_has_tag(tag) and (
-                pydicom.datadict.dictionary_VR(tag) == "SQ")
-        if is_sequence or not is_raw and raw.VR == "SQ":
+        if is_sequence(raw):
             items = data_set[tag].value
             print(depth, f"{int(tag):08X}", "items", len(items))
             for item in items:
                 show(item, depth + 1)
             continue
-        value = raw.value or b""
+        value = b"" if raw.value is None else raw.value
         if isinstance(value, bytes):
             print(depth, f"{int(tag):08X}", len(value), zlib.crc32(value))
         else:
@@ -41,7 +43,8 @@ def show(data_set, depth):
 
 def show_file(path):
     data_set = dcmread(path, force=True)
-    show(data_set.file_meta, 0)
+    for tag in data_set.file_meta.keys():
+        data_set._dict[tag] = data_set.file_meta.get_item(tag)
     show(data_set, 0)
     if PIXEL_DATA in data_set and not data_set.file_meta.get("TransferSyntaxUID", "").endswith(".99"):
         raw = data_set.get_item(PIXEL_DATA)

@@ -1,0 +1,169 @@
+#include "foundation/dicom/resynchronise.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "foundation/dicom/element_header.h"
+#include "foundation/dicom/value_representation.h"
+
+namespace quorvex::dicom {
+
+namespace {
+
+constexpr std::uint32_t kFirstGroup = 0x0008;
+constexpr std::uint32_t kLongestFirstValue = std::uint32_t{64} << 10;
+constexpr int kFewestElements = 2;
+constexpr std::uint32_t kFloatPixelData = 0x7FE00008;
+constexpr std::uint32_t kDoubleFloatPixelData = 0x7FE00009;
+constexpr std::uint32_t kTrailingPadding = 0xFFFCFFFC;
+
+bool EndsHeader(std::uint32_t tag) {
+    return tag == kPixelData || tag == kFloatPixelData || tag == kDoubleFloatPixelData ||
+           tag == kTrailingPadding;
+}
+
+bool HoldsFragments(const ElementHeader& header) {
+    return Describe(header.vr).kind == ValueKind::kRaw && header.vr != MC_VR_UN;
+}
+
+std::optional<Encoding> EncodingAt(const unsigned char* eight) {
+    for (const bool isBigEndian : {false, true}) {
+        const bool isFirst = GroupOf(LoadTag(eight, isBigEndian)) == kFirstGroup;
+        if (isFirst) return Encoding{IsVr(eight + 4), isBigEndian};
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+/// One walk along the elements from a position. What it passes is marked as failed while it goes,
+/// and cleared by a second walk should it have been right.
+class ChainWalk {
+public:
+    enum class Manner { kMark, kClear, kMild };
+
+    ChainWalk(DataSetFinder& finder, std::size_t at, Encoding encoding, Manner manner)
+        : finder_(finder), data_(finder.data_), at_(at), encoding_(encoding), manner_(manner) {}
+
+    bool Run() {
+        std::uint32_t lastTag = 0;
+        for (int count = 0;; ++count) {
+            if (IsAtEnd()) return count >= kFewestElements;
+            const auto header = Header();
+            if (!header) return IsMild() && count >= kFewestElements;
+            if (EndsHeader(header->tag)) return count >= kFewestElements;
+            if (count == 0 ? !IsFirst(*header) : header->tag <= lastTag) return false;
+            if (!Pass(&DataSetFinder::FailedPlaces::elements)) return false;
+            lastTag = header->tag;
+            if (!PassValue(*header, 0)) return false;
+        }
+    }
+
+private:
+    bool IsMild() const { return manner_ == Manner::kMild; }
+    bool IsAtEnd() const { return at_ == data_.size(); }
+    std::size_t Left() const { return data_.size() - at_; }
+
+    bool IsFirst(const ElementHeader& header) const {
+        return header.IsUndefined() || header.length <= kLongestFirstValue;
+    }
+
+    std::optional<ElementHeader> Header() const {
+        if (Left() < kShortHeader) return std::nullopt;
+        const unsigned char* bytes = data_.data() + at_;
+        if (Left() < HeaderBytes(bytes, encoding_)) return std::nullopt;
+        const bool isItem = GroupOf(LoadTag(bytes, encoding_.isBigEndian)) == 0xFFFE;
+        if (encoding_.isExplicit && !isItem && !IsVr(bytes + 4)) return std::nullopt;
+        return ReadHeader(bytes, encoding_);
+    }
+
+    /// False where a walk has failed from here before.
+    bool Pass(std::vector<bool> DataSetFinder::FailedPlaces::*kind) {
+        if (IsMild()) return true;
+        std::vector<bool>& places = finder_.FailedIn(encoding_).*kind;
+        if (places.empty()) places.resize(data_.size());
+        if (manner_ == Manner::kMark && places[at_]) return false;
+        places[at_] = manner_ == Manner::kMark;
+        return true;
+    }
+
+    bool PassValue(const ElementHeader& header, int depth) {
+        if (GroupOf(header.tag) == 0xFFFE) return false;
+        at_ += header.bytes;
+        if (!header.IsUndefined()) return PassBytes(header.length);
+        const Encoding outer = encoding_;
+        if (header.vr == MC_VR_UN && outer.isExplicit) encoding_ = {false, false};
+        const bool isGood = PassItems(depth, HoldsFragments(header));
+        encoding_ = outer;
+        return isGood;
+    }
+
+    bool PassBytes(std::uint32_t length) {
+        if (!IsMild() && (length % 2 != 0 || length > Left())) return false;
+        at_ += std::min<std::size_t>(length, Left());
+        return true;
+    }
+
+    /// Items up to the delimiter; depth is that of the data set that holds the sequence.
+    bool PassItems(int depth, bool areFragments) {
+        if (depth == kDeepestNesting) return false;
+        while (Left() >= kShortHeader) {
+            const ElementHeader item = ReadHeader(data_.data() + at_, encoding_);
+            if (!Pass(&DataSetFinder::FailedPlaces::items)) return false;
+            at_ += kShortHeader;
+            if (item.tag == kSequenceDelimiter) return true;
+            if (item.tag != kItemTag || (item.IsUndefined() && areFragments)) return false;
+            if (item.IsUndefined() ? !PassNested(depth + 1) : !PassBytes(item.length)) return false;
+        }
+        return IsMild();
+    }
+
+    bool PassNested(int depth) {
+        while (const auto header = Header()) {
+            if (!Pass(&DataSetFinder::FailedPlaces::nested)) return false;
+            if (header->tag == kItemDelimiter) {
+                at_ += kShortHeader;
+                return true;
+            }
+            if (!PassValue(*header, depth)) return false;
+        }
+        return IsMild() && IsAtEnd();
+    }
+
+    DataSetFinder& finder_;
+    Bytes data_;
+    std::size_t at_;
+    Encoding encoding_;
+    Manner manner_;
+};
+
+DataSetFinder::FailedPlaces& DataSetFinder::FailedIn(Encoding encoding) {
+    return failed_[(encoding.isExplicit ? 1U : 0U) + (encoding.isBigEndian ? 2U : 0U)];
+}
+
+bool DataSetFinder::CanBegin(std::size_t position, Encoding encoding) {
+    if (!ChainWalk(*this, position, encoding, ChainWalk::Manner::kMark).Run()) return false;
+    static_cast<void>(ChainWalk(*this, position, encoding, ChainWalk::Manner::kClear).Run());
+    return true;
+}
+
+bool DataSetFinder::BeginsWithMeta() const {
+    return IsMetaTag(LoadTag(data_.data(), false)) && IsVr(data_.data() + 4);
+}
+
+bool DataSetFinder::CanBeginFile() {
+    if (BeginsWithMeta()) return true;
+    const auto encoding = EncodingAt(data_.data());
+    return encoding && ChainWalk(*this, 0, *encoding, ChainWalk::Manner::kMild).Run();
+}
+
+bool DataSetFinder::CanBeginAt(std::size_t position) {
+    if (position >= data_.size() || data_.size() - position < kShortHeader) return false;
+    if (position == 0) return CanBeginFile();
+    const auto encoding = EncodingAt(data_.data() + position);
+    if (!encoding || placesLeft_ == 0 || !CanBegin(position, *encoding)) return false;
+    --placesLeft_;
+    return true;
+}
+
+}  // namespace quorvex::dicom

@@ -1,0 +1,50 @@
+/// Telling where a bare data set can begin in a stream that begins with something else.
+///
+/// That the bytes can be read is no test: from a random place of any file they often can. A data set
+/// must begin in group 0008 with a value of 64 KiB at most, its tags must ascend, its lengths be even
+/// and inside the data (undefined ones: closed by their delimiters), and the chain of at least two
+/// elements must end exactly at the end of the data, at Pixel Data or at the trailing padding.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <vector>
+
+#include "foundation/dicom/data_set.h"
+
+namespace quorvex::dicom {
+
+/// Remembers what failed, so that asking for every position of any data, in ascending order, takes
+/// time in proportion to its length.
+class DataSetFinder {
+public:
+    explicit DataSetFinder(Bytes data) noexcept : data_(data) {}
+
+    /// True where a data set can begin. At position 0 a file is given more credit: group 0002 may
+    /// stand ahead, lengths may be odd and the last value may be cut. Past `kMostPlaces` positive
+    /// answers, which only data made for the purpose gives, all others are negative.
+    [[nodiscard]] bool CanBeginAt(std::size_t position);
+
+private:
+    static constexpr int kMostPlaces = 16;
+    friend class ChainWalk;
+
+    /// Places from where a chain is known to fail: of elements of the main data set, of elements of
+    /// an item, of items. One bit a byte of the data, in each encoding that was met.
+    struct FailedPlaces {
+        std::vector<bool> elements;
+        std::vector<bool> nested;
+        std::vector<bool> items;
+    };
+
+    [[nodiscard]] bool CanBegin(std::size_t position, Encoding encoding);
+    [[nodiscard]] bool CanBeginFile();
+    [[nodiscard]] bool BeginsWithMeta() const;
+    [[nodiscard]] FailedPlaces& FailedIn(Encoding encoding);
+
+    Bytes data_;
+    std::array<FailedPlaces, 4> failed_;
+    int placesLeft_ = kMostPlaces;
+};
+
+}  // namespace quorvex::dicom
