@@ -1,12 +1,11 @@
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <optional>
 
 #include "codec/colour.h"
+#include "codec/decoders.h"
 #include "codec/frame_block.h"
 #include "codec/rle.h"
-#include "foundation/platform/pages.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "quorvex/CxImageProcessor.h"
@@ -15,16 +14,7 @@
 namespace quorvex {
 namespace {
 
-constexpr std::array<std::uint32_t, 7> kCompressedSyntaxes = {
-    kRle,          kJpegBaseline,           kJpegExtended,
-    kJpegLossless, kJpegLosslessFirstOrder, kJpeg2000Lossless,
-    kJpeg2000};
-
 constexpr std::size_t kColourSamples = 3;
-
-bool IsBigEndian(std::uint32_t syntax) noexcept {
-    return syntax == kExplicitBigEndian || syntax == kImplicitBigEndian;
-}
 
 /// A caller's block that says its length, and is too short for the frame.
 bool IsTooShort(const unsigned char* result, unsigned long resultSize,
@@ -48,10 +38,6 @@ int CxImageProcessor::InitializeMembers(const _IMAGE_PROCESS_PARAM* param) {
     return 1;
 }
 
-bool CxImageProcessor::IsCompressed() const noexcept {
-    return std::ranges::find(kCompressedSyntaxes, transferSyntax) != kCompressedSyntaxes.end();
-}
-
 bool CxImageProcessor::IsDecodable() const noexcept {
     const bool areSamplesKnown =
         samplesPerPixel == 1 || samplesPerPixel == 3 || samplesPerPixel == 4;
@@ -73,7 +59,7 @@ QUORVEX_MESSAGE CxImageProcessor::DecompressFrameData(_IMAGE_PROCESS_PARAM* para
         }
         InitializeMembers(param);
         if (transferSyntax == kSyntaxNone) return QVM_ERROR_INVALID_SOURCE_SYNTAX;
-        if (!IsCompressed()) {
+        if (!HasDecoder(transferSyntax)) {
             return samplesPerPixel == kColourSamples
                        ? CopyColourFrame(source, sourceLength, result, resultSize)
                        : CopyFrame(source, sourceLength, result, resultSize);

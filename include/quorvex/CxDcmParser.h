@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
@@ -11,6 +12,12 @@
 #include "quorvex/Types.h"
 
 namespace quorvex {
+
+namespace dicom {
+class DataSetFinder;
+}
+struct FrameShape;
+class StoredFrame;
 
 /// One DICOM file or object: its header, and its frames as plain pixels.
 ///
@@ -105,8 +112,6 @@ private:
         void operator()(unsigned char* block) const noexcept { ReleasePages(block); }
     };
     using FileBuffer = std::unique_ptr<unsigned char[], GivePages>;
-    struct PixelShape;
-    struct StoredFrame;
 
     int ReadDicomFileToBuffer(const CString& path);
     [[nodiscard]] int IsThisPart10File() const noexcept;
@@ -114,24 +119,24 @@ private:
                                      const CString& path, int readWholeFile);
     int ParseDicomHeaderOfNonPart10File(std::unique_ptr<CDcmObject>& object, unsigned long& offset,
                                         const CString& path, int readWholeFile);
-    int Resynchronise(CDcmObject& object, std::uint32_t stopTag, unsigned long& offset);
+    int Resynchronise(CDcmObject& object, dicom::DataSetFinder& finder, std::uint32_t stopTag,
+                      unsigned long& offset);
     QUORVEX_MESSAGE ReadAndParse(const CString& path, int readWholeFile);
-    QUORVEX_MESSAGE TakeObject(CDcmApp* newApp, CDcmObject& object, const unsigned char* fileBytes,
-                               unsigned long size, unsigned long offset);
     bool TakeFileImage(const unsigned char* fileBytes, unsigned long size);
+    void TakeCallersHeader(CDcmApp* newApp, CDcmObject& object);
     void SetOwnHeader(std::unique_ptr<CDcmObject> object) noexcept;
     void CorrectSamplesPerPixel();
 
-    [[nodiscard]] static int IsEncodedImage(const unsigned char* value, int littleEndian) noexcept;
+    [[nodiscard]] static int IsEncodedImage(std::span<const unsigned char> value,
+                                            int littleEndian) noexcept;
     [[nodiscard]] QUORVEX_MESSAGE CheckFrame(int frameIndex, TRANSFER_SYNTAX& syntax) const;
     [[nodiscard]] bool FramesLieInFile(TRANSFER_SYNTAX syntax) const noexcept;
-    QUORVEX_MESSAGE CollectFromFile(int frameIndex, const PixelShape& shape,
-                                    StoredFrame& frame) const;
-    QUORVEX_MESSAGE CollectFromObject(int frameIndex, const PixelShape& shape,
-                                      StoredFrame& frame) const;
+    [[nodiscard]] std::span<unsigned char> PixelDataValue(TRANSFER_SYNTAX syntax) const noexcept;
+    QUORVEX_MESSAGE CollectFromFile(const FrameShape& shape, StoredFrame& frame) const;
+    QUORVEX_MESSAGE CollectFromObject(const FrameShape& shape, StoredFrame& frame) const;
     QUORVEX_MESSAGE FetchFrame(int frameIndex, unsigned char*& data, unsigned long& size,
                                unsigned long sourceLength) const;
-    [[nodiscard]] CString GetNewSOPInstanceUID() const;
+    QUORVEX_MESSAGE FindFrame(int frameIndex, unsigned long& offset, unsigned long& size) const;
 
     std::int32_t isPart10 = 0;
     FileBuffer fileBuffer;

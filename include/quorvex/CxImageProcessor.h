@@ -151,7 +151,6 @@ public:
 
 private:
     int InitializeMembers(const _IMAGE_PROCESS_PARAM* param);
-    [[nodiscard]] bool IsCompressed() const noexcept;
     [[nodiscard]] bool IsDecodable() const noexcept;
     [[nodiscard]] std::size_t BytesPerSample() const noexcept { return bitsAllocated > 8 ? 2 : 1; }
     [[nodiscard]] std::size_t SampleBytesFor(std::size_t available) const noexcept;

@@ -1,0 +1,96 @@
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+#include "codec/decoders.h"
+#include "foundation/dicom/encapsulated_items.h"
+#include "parser/frame_shape.h"
+#include "parser/stored_frame.h"
+#include "quorvex/CxDcmParser.h"
+
+namespace quorvex {
+namespace {
+
+constexpr std::uint32_t kPixelData = 0x7FE00010;
+constexpr std::size_t kTagBytes = 4;
+constexpr std::uint32_t kUndefinedLength = 0xFFFFFFFF;
+
+using Bytes = std::span<const unsigned char>;
+
+std::uint32_t ReadHalf(Bytes bytes, bool isBigEndian) noexcept {
+    return isBigEndian ? bytes[0] * 256U + bytes[1] : bytes[1] * 256U + bytes[0];
+}
+
+std::uint32_t ReadTag(Bytes bytes, bool isBigEndian) noexcept {
+    return ReadHalf(bytes, isBigEndian) << 16 | ReadHalf(bytes.subspan(2), isBigEndian);
+}
+
+std::uint32_t ReadLength(Bytes bytes, bool isBigEndian) noexcept {
+    const std::uint32_t low = ReadHalf(isBigEndian ? bytes.subspan(2) : bytes, isBigEndian);
+    const std::uint32_t high = ReadHalf(isBigEndian ? bytes : bytes.subspan(2), isBigEndian);
+    return high << 16 | low;
+}
+
+/// True when the items of an encapsulated value chain up to its end: plain pixels may begin with the
+/// bytes of an item tag too.
+bool AreItemsChained(Bytes value, TRANSFER_SYNTAX syntax) {
+    return dicom::ItemsIn(value, syntax).isChained;
+}
+
+/// The six words that a walk hands to its callback.
+std::array<void*, 6> UserRecord(CDcmObject* header, StoredFrame& frame) noexcept {
+    return {nullptr, nullptr, header, nullptr, nullptr, &frame};
+}
+
+}  // namespace
+
+bool CxDcmParser::FramesLieInFile(TRANSFER_SYNTAX syntax) const noexcept {
+    return fileBuffer && !headerHoldsPixels && syntax != kDeflatedExplicitLittleEndian;
+}
+
+int CxDcmParser::IsEncodedImage(std::span<const unsigned char> value, int littleEndian) noexcept {
+    constexpr std::uint32_t kItem = 0xFFFEE000;
+    return value.size() >= kTagBytes && ReadTag(value, littleEndian == 0) == kItem ? 1 : 0;
+}
+
+/// The bytes from Pixel Data's value on: to the value's end where the element tells it, so that what
+/// follows a short value is no pixel, else to the end of the file. Empty where no Pixel Data begins;
+/// an offset that came with a caller's object is taken at its word.
+std::span<unsigned char> CxDcmParser::PixelDataValue(TRANSFER_SYNTAX syntax) const noexcept {
+    const bool isBigEndian = IsBigEndian(syntax);
+    const std::size_t headerBytes = header->PixelDataHeaderLength();
+    if (pixelDataOffset > fileSize || headerBytes > fileSize - pixelDataOffset) return {};
+    const auto element = std::span(fileBuffer.get(), fileSize).subspan(pixelDataOffset);
+    const auto value = element.subspan(headerBytes);
+    if (ReadTag(element, isBigEndian) != kPixelData) {
+        return ownsHeader != 0 ? std::span<unsigned char>{} : value;
+    }
+    const auto length = ReadLength(element.subspan(headerBytes - 4), isBigEndian);
+    const bool isTold = length != kUndefinedLength && length != 0;
+    return isTold ? value.first(std::min<std::size_t>(value.size(), length)) : value;
+}
+
+QUORVEX_MESSAGE CxDcmParser::CollectFromFile(const FrameShape& shape, StoredFrame& frame) const {
+    const auto value = PixelDataValue(shape.syntax);
+    frame.isEncoded = IsEncodedImage(value, IsBigEndian(shape.syntax) ? 0 : 1) != 0 &&
+                      (!IsNative(shape.syntax) || AreItemsChained(value, shape.syntax));
+    const auto frameBytes = frame.isEncoded ? std::size_t{0} : shape.NativeFrameBytes();
+    if (value.empty() || !frameBytes) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    auto record = UserRecord(header, frame);
+    const DCMRESULT result =
+        header->GetValueEx(&frame.scratch.block, value.size(), value.data(), 1, 0, *frameBytes,
+                           record.data(), StoredFrame::CollectFromBuffer);
+    const bool isWalked = result == kDcmSuccess || frame.IsWhole();
+    return isWalked && frame.Length() != 0 ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+}
+
+QUORVEX_MESSAGE CxDcmParser::CollectFromObject(const FrameShape& shape, StoredFrame& frame) const {
+    frame.isEncoded = !IsNative(shape.syntax);
+    auto record = UserRecord(header, frame);
+    const DCMRESULT result =
+        header->GetValueEx(kPixelData, record.data(), StoredFrame::CollectFromObject);
+    return result == kDcmSuccess && frame.Length() != 0 ? QVM_SUCCESS
+                                                        : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+}
+
+}  // namespace quorvex

@@ -1,0 +1,67 @@
+#include "parser/stored_frame.h"
+
+#include "parser/frame_events.h"
+
+namespace quorvex {
+namespace {
+
+constexpr int kFrameEnded = 1;
+constexpr int kWalkBegins = 2;
+constexpr std::size_t kContextWord = 5;
+
+}  // namespace
+
+MC_STATUS StoredFrame::CollectFromBuffer(int item, unsigned long length, unsigned char* data,
+                                         int skip, int event, void* user) {
+    auto& frame = *static_cast<StoredFrame*>(static_cast<void**>(user)[kContextWord]);
+    if (item == 0 && skip == 0 && event == 0) return kMcContinue;  // the offset table
+    if (skip != 0 || event != 0) return frame.CountEvent(event);
+    if (frame.events_ == frame.frameIndex_) return frame.Take({data, length});
+    frame.lengthAhead_ += length;
+    return kMcContinue;
+}
+
+MC_STATUS StoredFrame::CountEvent(int event) noexcept {
+    if (event == kFrameEnded) {
+        isWhole_ = events_ == frameIndex_ && !pieces_.empty();
+        ++events_;
+    } else if (event == kWalkBegins) {
+        events_ = 0;
+    }
+    ShowFrameEvents(events_);
+    return isWhole_ ? kMcRefuse : kMcContinue;
+}
+
+MC_STATUS StoredFrame::Take(std::span<unsigned char> piece) {
+    pieces_.push_back(piece);
+    length_ += piece.size();
+    return kMcContinue;
+}
+
+MC_STATUS StoredFrame::CollectFromObject(int /*messageId*/, std::uint32_t /*tag*/, void* user,
+                                         int item, unsigned long length, unsigned char* data,
+                                         int first, int last) {
+    auto& frame = *static_cast<StoredFrame*>(static_cast<void**>(user)[kContextWord]);
+    if (item == 0 && first == 0 && last == 0) return kMcContinue;  // the offset table
+    if (item != frame.frameIndex_ + 1) return kMcContinue;
+    frame.joined_.insert(frame.joined_.end(), data, data + length);
+    frame.length_ += length;
+    return kMcContinue;
+}
+
+const unsigned char* StoredFrame::FirstPiece() const noexcept {
+    return pieces_.empty() ? nullptr : pieces_.front().data();
+}
+
+std::span<unsigned char> StoredFrame::Join(bool mayChange) {
+    const bool isLone = pieces_.size() == 1;
+    if (isLone && (!mayChange || pieces_.front().data() == scratch.block)) return pieces_.front();
+    if (!pieces_.empty()) {
+        joined_.reserve(length_);
+        for (const auto piece : pieces_) joined_.insert(joined_.end(), piece.begin(), piece.end());
+        pieces_.clear();
+    }
+    return joined_;
+}
+
+}  // namespace quorvex
