@@ -26,6 +26,13 @@ bool HoldsFragments(const ElementHeader& header) {
     return Describe(header.vr).kind == ValueKind::kRaw && header.vr != MC_VR_UN;
 }
 
+/// Rules out, without looking further, most of what only looks like group 0008.
+bool IsTooLong(const unsigned char* eight, Encoding encoding) {
+    if (encoding.isExplicit) return false;
+    const auto length = Load<std::uint32_t>(eight + 4, encoding.isBigEndian);
+    return length > kLongestFirstValue && length != kUndefinedLength;
+}
+
 std::optional<Encoding> EncodingAt(const unsigned char* eight) {
     for (const bool isBigEndian : {false, true}) {
         const bool isFirst = GroupOf(LoadTag(eight, isBigEndian)) == kFirstGroup;
@@ -160,8 +167,10 @@ bool DataSetFinder::CanBeginFile() {
 bool DataSetFinder::CanBeginAt(std::size_t position) {
     if (position >= data_.size() || data_.size() - position < kShortHeader) return false;
     if (position == 0) return CanBeginFile();
-    const auto encoding = EncodingAt(data_.data() + position);
-    if (!encoding || placesLeft_ == 0 || !CanBegin(position, *encoding)) return false;
+    const unsigned char* first = data_.data() + position;
+    const auto encoding = EncodingAt(first);
+    if (!encoding || IsTooLong(first, *encoding) || placesLeft_ == 0) return false;
+    if (!CanBegin(position, *encoding)) return false;
     --placesLeft_;
     return true;
 }
