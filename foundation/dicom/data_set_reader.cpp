@@ -100,7 +100,7 @@ bool DataSetReader::InflateRest() {
 }
 
 void DataSetReader::CorrectLabel() {
-    if (!HasElement()) return;
+    if (!HasElement() || FirstGroup() == kDelimiterGroup) return;
     Encoding& encoding = label_.encoding;
     const Encoding labelled = encoding;
     const bool isTurned = GroupOf(LoadTag(Next(), !labelled.isBigEndian)) == kUsualGroup;

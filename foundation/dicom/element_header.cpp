@@ -16,7 +16,7 @@ bool IsCapital(unsigned char c) {
 /// reserved bytes then are zero.
 Form FormOf(const unsigned char* eight, Encoding encoding) {
     const bool hasVr =
-        encoding.isExplicit && GroupOf(LoadTag(eight, encoding.isBigEndian)) != 0xFFFE;
+        encoding.isExplicit && GroupOf(LoadTag(eight, encoding.isBigEndian)) != kDelimiterGroup;
     if (!hasVr) return Form::kImplicit;
     if (const auto* vr = VrOfLetters(eight[4], eight[5])) {
         return vr->hasLongLength ? Form::kLong : Form::kShort;
@@ -43,7 +43,7 @@ ElementHeader ReadHeader(const unsigned char* bytes, Encoding encoding) noexcept
         header.vr = entry.vr;
         header.isUsOrSs = entry.choice == VrChoice::kUsOrSs;
         header.length = Load<std::uint32_t>(bytes + 4, encoding.isBigEndian);
-        header.isGuessed = encoding.isExplicit && GroupOf(header.tag) != 0xFFFE;
+        header.isGuessed = encoding.isExplicit && GroupOf(header.tag) != kDelimiterGroup;
         return header;
     }
     if (const auto* vr = VrOfLetters(bytes[4], bytes[5])) header.vr = vr->vr;

@@ -9,6 +9,7 @@
 
 namespace quorvex::dicom {
 
+inline constexpr std::uint32_t kDelimiterGroup = 0xFFFE;
 inline constexpr std::uint32_t kItemTag = 0xFFFEE000;
 inline constexpr std::uint32_t kItemDelimiter = 0xFFFEE00D;
 inline constexpr std::uint32_t kSequenceDelimiter = 0xFFFEE0DD;

@@ -100,10 +100,11 @@ ElementReader::Step ElementReader::NextStep(const Level& level) {
     if (level.isMeta && !IsMetaTag(tag)) return Step::kEnd;
     if (level.depth > 0) {
         if (tag == kItemDelimiter) position_ += kShortHeader;
-        return GroupOf(tag) == 0xFFFE ? Step::kEnd : Step::kElement;
+        return GroupOf(tag) == kDelimiterGroup ? Step::kEnd : Step::kElement;
     }
     if (tag == kItemTag) return Step::kFailure;
-    if (GroupOf(tag) == 0xFFFE) return Step::kSkip;  // some writers close what they never opened
+    if (GroupOf(tag) == kDelimiterGroup)
+        return Step::kSkip;  // some writers close what they never opened
     if (tag > level.stopTag) return Step::kEnd;
     if (tag == 0) return pending_.empty() ? Step::kFailure : Step::kEnd;  // padded with zeros
     return Step::kElement;

@@ -79,7 +79,7 @@ private:
         if (Left() < kShortHeader) return std::nullopt;
         const unsigned char* bytes = data_.data() + at_;
         if (Left() < HeaderBytes(bytes, encoding_)) return std::nullopt;
-        const bool isItem = GroupOf(LoadTag(bytes, encoding_.isBigEndian)) == 0xFFFE;
+        const bool isItem = GroupOf(LoadTag(bytes, encoding_.isBigEndian)) == kDelimiterGroup;
         if (encoding_.isExplicit && !isItem && !IsVr(bytes + 4)) return std::nullopt;
         return ReadHeader(bytes, encoding_);
     }
@@ -95,7 +95,7 @@ private:
     }
 
     bool PassValue(const ElementHeader& header, int depth) {
-        if (GroupOf(header.tag) == 0xFFFE) return false;
+        if (GroupOf(header.tag) == kDelimiterGroup) return false;
         at_ += header.bytes;
         if (!header.IsUndefined()) return PassBytes(header.length);
         const Encoding outer = encoding_;

@@ -1,0 +1,271 @@
+/// Attributes: what every read makes of every stored form, and what setting one leaves behind.
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quorvex/DicomObject.h"
+#include "tests/support/dicom_builder.h"
+
+namespace quorvex {
+namespace {
+
+using test::DicomBuilder;
+
+constexpr std::uint32_t kPrivate = 0x00291010;
+constexpr std::uint32_t kCenter = 0x00281050;
+constexpr std::uint32_t kLutData = 0x00283006;
+constexpr std::uint32_t kDescriptor = 0x00283002;
+constexpr std::uint32_t kSmallest = 0x00280106;  // US or SS
+constexpr std::uint32_t kCharacterSet = 0x00080005;
+constexpr std::uint32_t kName = 0x00100010;
+constexpr std::uint32_t kSequence = 0x00081140;
+constexpr std::uint32_t kUid = 0x00081155;
+
+CDcmObject Read(const DicomBuilder& builder) {
+    auto file = builder.File();
+    CDcmObject object;
+    EXPECT_EQ(test::ReadUpTo(object, file, test::kToTheEnd), kDcmSuccess);
+    return object;
+}
+
+CDcmObject ReadOne(std::string_view vr, std::string_view value, std::uint32_t tag = kPrivate) {
+    return Read(DicomBuilder::Part10(test::kExplicitUid).Add(tag, vr, value));
+}
+
+template <class Type>
+std::optional<Type> First(const CDcmObjectCommon& object, std::uint32_t tag) {
+    Type value{};
+    return object.GetValue(tag, value) == kDcmSuccess ? std::optional(value) : std::nullopt;
+}
+
+std::string Text(const CDcmObjectCommon& object, std::uint32_t tag) {
+    const auto text = First<CString>(object, tag);
+    return text ? text->ToUtf8() : "(none)";
+}
+
+std::vector<std::string> Texts(const CDcmObjectCommon& object, std::uint32_t tag) {
+    std::vector<std::string> texts;
+    CString text;
+    for (DCMRESULT result = object.GetValue(tag, text); result == kDcmSuccess;
+         result = object.GetNextValue(tag, text)) {
+        texts.push_back(text.ToUtf8());
+    }
+    return texts;
+}
+
+struct NumberCase {
+    const char* vr;
+    std::string value;
+    std::optional<int> whole;
+    std::optional<double> real;
+    const char* text;
+};
+const NumberCase kNumbers[] = {
+    {"US", std::string("\xFE\xFF", 2), 65534, 65534.0, "65534"},
+    {"SS", std::string("\xFE\xFF", 2), -2, -2.0, "-2"},
+    {"UL", std::string("\1\0\1\0", 4), 65537, 65537.0, "65537"},
+    {"SL", "\xFF\xFF\xFF\xFF", -1, -1.0, "-1"},
+    {"FL", std::string("\0\0\x60\xC0", 4), -3, -3.5, "-3.5"},
+    {"FL", "\xCD\xCC\xCC\x3D", 0, 0.10000000149011612, "0.1"},
+    {"FD", std::string("\0\0\0\0\0\0\x0C\xC0", 8), -3, -3.5, "-3.5"},
+    {"FD", "\xFF\xFF\xFF\xFF\xFF\xFF\xEF\x7F", -1, 1.7976931348623157e308,
+     "1.7976931348623157e+308"},
+    {"OW", std::string("\1\2", 2), 0x0201, 513.0, "513"},
+    {"AT", std::string("\x18\0\x10\0", 4), 0x00180010, 1572880.0, "(0018,0010)"},
+    {"DS", " -1.75e1 ", -17, -17.5, "-1.75e1"},
+    {"DS", "+2.5", 2, 2.5, "+2.5"},
+    {"IS", "12\\13 ", 12, 12.0, "12"},
+    {"LO", "3mm ", 3, 3.0, "3mm"},
+    {"LO", "mm 3", std::nullopt, std::nullopt, "mm 3"},
+    {"DS", "nan ", std::nullopt, std::nullopt, "nan"},
+    {"DS", "", std::nullopt, std::nullopt, ""},
+    {"US", "", std::nullopt, std::nullopt, "(none)"},
+    {"US", "\1", std::nullopt, std::nullopt, "(none)"},
+    {"UN", "2.5\\3 ", 2, 2.5, "2.5"},
+    {"UN", std::string("\7\0", 2), 7, 7.0, "\a"},
+    {"LT", "back\\slash ", std::nullopt, std::nullopt, "back\\slash"},
+    {"UI", std::string("1.2\0", 4), 1, 1.2, "1.2"},
+};
+
+TEST(DicomValues, EveryFormReadsAsEveryType) {
+    for (const auto& c : kNumbers) {
+        const std::string what = std::string(c.vr) + " " + c.text;
+        const CDcmObject object = ReadOne(c.vr, c.value);
+        EXPECT_EQ(First<int>(object, kPrivate), c.whole) << what;
+        EXPECT_EQ(First<double>(object, kPrivate), c.real) << what;
+        EXPECT_EQ(Text(object, kPrivate), c.text) << what;
+    }
+    const CDcmObject none = ReadOne("DS", "1 ");
+    EXPECT_EQ(First<int>(none, kCenter), std::nullopt);
+    EXPECT_FALSE(none.GetErrorMessage().IsEmpty());
+}
+
+TEST(DicomValues, UsOrSsFollowsPixelRepresentationButDescriptorsDoNot) {
+    for (const bool isSigned : {false, true}) {
+        auto builder = DicomBuilder::Part10(test::kImplicitUid, false);
+        builder.Add(0x00080060, "", "CT").Us(0x00280103, isSigned ? 1 : 0).Us(kSmallest, 0xFFFF);
+        builder.Sequence(0x00283000).Item().Us(kDescriptor, 0xFFFF).Us(kSmallest, 0xFFFF);
+        builder.EndItem().EndSequence();
+        const CDcmObject object = Read(builder);
+        CDcmItem item(1);
+        ASSERT_EQ(object.GetValue(0x00283000, item), kDcmSuccess);
+        const int expected = isSigned ? -1 : 65535;
+        EXPECT_EQ(First<int>(object, kSmallest), expected);
+        EXPECT_EQ(First<int>(item, kSmallest), expected);
+        EXPECT_EQ(First<int>(item, kDescriptor), 65535);
+    }
+}
+
+struct CountCase {
+    const char* vr;
+    std::uint32_t tag;
+    const char* value;
+    int count;
+    unsigned long length;
+};
+constexpr CountCase kCounts[] = {
+    {"OW", 0x60003000, "12345678", 1, 8}, {"OB", 0x60003000, "12345678", 1, 8},
+    {"UN", 0x00281201, "12345678", 1, 8}, {"OW", kLutData, "12345678", 4, 2},
+    {"US", kLutData, "12345678", 4, 2},   {"UN", kLutData, "12345678", 4, 2},
+    {"DS", kCenter, "1\\22\\3 ", 3, 1},   {"FD", kPrivate, "12345678", 1, 8},
+    {"LT", kPrivate, "a\\b ", 1, 4},      {"UN", kPrivate, "a\\b ", 1, 4},
+};
+
+TEST(DicomValues, CountsAndLengthsAreWhatCallersRelyOn) {
+    for (const auto& c : kCounts) {
+        const CDcmObject object = ReadOne(c.vr, c.value, c.tag);
+        int count = -1;
+        unsigned long length = 0;
+        EXPECT_EQ(object.GetValueCount(c.tag, count), kDcmSuccess);
+        EXPECT_EQ(count, c.count) << c.vr << ' ' << c.value;
+        EXPECT_EQ(object.GetValueLength(c.tag, 1, length), kDcmSuccess);
+        EXPECT_EQ(length, c.length) << c.vr << ' ' << c.value;
+        EXPECT_NE(object.GetValueLength(c.tag, count + 1, length), kDcmSuccess);
+        EXPECT_NE(object.GetValueLength(c.tag, 0, length), kDcmSuccess);
+    }
+}
+
+TEST(DicomValues, AttributesAreReadSideBySide) {
+    auto builder = DicomBuilder::Part10(test::kExplicitUid);
+    builder.Add(kCenter, "DS", "1\\2\\\\4").Add(0x00281051, "DS", "10\\20 ");
+    const CDcmObject object = Read(builder);
+    EXPECT_EQ(Texts(object, kCenter), (std::vector<std::string>{"1", "2", "", "4"}));
+    double center = 0;
+    double width = 0;
+    EXPECT_EQ(object.GetValue(kCenter, center), kDcmSuccess);
+    EXPECT_EQ(object.GetValue(0x00281051, width), kDcmSuccess);
+    EXPECT_EQ(object.GetNextValue(kCenter, center), kDcmSuccess);
+    EXPECT_EQ(object.GetNextValue(0x00281051, width), kDcmSuccess);
+    EXPECT_EQ(center, 2);
+    EXPECT_EQ(width, 20);
+    EXPECT_NE(object.GetNextValue(kCenter, center), kDcmSuccess);  // an empty value
+    EXPECT_EQ(object.GetNextValue(kCenter, center), kDcmSuccess);
+    EXPECT_NE(object.GetNextValue(kCenter, center), kDcmSuccess);
+    EXPECT_NE(object.GetNextValue(0x00281051, width), kDcmSuccess);
+}
+
+TEST(DicomValues, ItemsReadTheirTextByTheSetOfTheirParent) {
+    auto builder = DicomBuilder::Part10(test::kExplicitUid);
+    builder.Add(kCharacterSet, "CS", "ISO_IR 100");
+    builder.Sequence(kSequence).Item().Add(kName, "PN", "M\xFCller").EndItem();
+    builder.Item()
+        .Add(kCharacterSet, "CS", "ISO_IR 192")
+        .Add(kName, "PN", "M\xC3\xBCller ")
+        .EndItem();
+    const CDcmObject object = Read(builder.EndSequence());
+    CDcmItem item(1);
+    ASSERT_EQ(object.GetValue(kSequence, item), kDcmSuccess);
+    EXPECT_EQ(Text(item, kName), "M\xC3\xBCller");
+    ASSERT_EQ(object.GetNextValue(kSequence, item), kDcmSuccess);
+    EXPECT_EQ(Text(item, kName), "M\xC3\xBCller");
+    EXPECT_NE(object.GetNextValue(kSequence, item), kDcmSuccess);
+}
+
+TEST(DicomValues, TextSurvivesAChangeOfCharacterSet) {
+    auto builder = DicomBuilder::Part10(test::kExplicitUid);
+    CDcmObject object =
+        Read(builder.Add(kCharacterSet, "CS", "ISO_IR 100").Add(kName, "PN", "M\xFCller"));
+    EXPECT_EQ(object.SetValue(kCharacterSet, "ISO_IR 192"), kDcmSuccess);
+    EXPECT_EQ(Text(object, kName), "M\xC3\xBCller");
+    EXPECT_EQ(object.SetValue(kCharacterSet, ""), kDcmSuccess);
+    EXPECT_EQ(object.SetNextValue(kCharacterSet, "ISO 2022 IR 87"), kDcmSuccess);
+    EXPECT_EQ(Texts(object, kCharacterSet), (std::vector<std::string>{"", "ISO 2022 IR 87"}));
+}
+
+MC_STATUS Collect(int, std::uint32_t, void* user, int length, void* data, int, int) {
+    static_cast<std::string*>(user)->append(static_cast<const char*>(data),
+                                            static_cast<std::size_t>(length));
+    return kMcContinue;
+}
+
+TEST(DicomValues, BigEndianValuesArriveInTheOrderOfThisMachine) {
+    auto builder = DicomBuilder::Part10(test::kBigEndianUid, true, true);
+    builder.Us(0x00280010, 513).Header(0x00281201, "OW", 4).Number(1, 2).Number(2, 2);
+    CDcmObject object = Read(builder);
+    EXPECT_EQ(First<int>(object, 0x00280010), 513);
+    std::string value;
+    EXPECT_EQ(object.GetValue(0x00281201, &value, Collect), kDcmSuccess);
+    EXPECT_EQ(value, std::string("\1\0\2\0", 4));
+    EXPECT_EQ(object.SetNextValue(0x00280010, 7), kDcmSuccess);
+    EXPECT_EQ(Texts(object, 0x00280010), (std::vector<std::string>{"513", "7"}));
+}
+
+TEST(DicomValues, SettingConvertsToTheRepresentationOfTheAttribute) {
+    CDcmObject object;
+    EXPECT_EQ(object.SetValue(kCenter, 1.0 / 3), kDcmSuccess);  // DS: 16 characters
+    EXPECT_LE(Text(object, kCenter).size(), 16U);
+    EXPECT_NEAR(First<double>(object, kCenter).value_or(0), 1.0 / 3, 1e-13);
+    EXPECT_EQ(object.SetNextValue(kCenter, 40L), kDcmSuccess);
+    EXPECT_EQ(Texts(object, kCenter).at(1), "40");
+    EXPECT_EQ(object.SetValue(0x00280010, "512\\256"), kDcmSuccess);
+    EXPECT_EQ(Texts(object, 0x00280010), (std::vector<std::string>{"512", "256"}));
+    EXPECT_EQ(object.SetValue(0x00200013, 7.9), kDcmSuccess);  // IS
+    EXPECT_EQ(Text(object, 0x00200013), "7");
+    EXPECT_EQ(object.SetValue(0x00280009, "(0018,1063)"), kDcmSuccess);  // AT
+    EXPECT_EQ(Text(object, 0x00280009), "(0018,1063)");
+    EXPECT_EQ(object.SetValue(kSmallest, -5), kDcmSuccess);
+    EXPECT_EQ(First<int>(object, kSmallest), -5);
+    EXPECT_EQ(object.SetValue(0x00280010, "wide"), kDcmFailure);
+    EXPECT_EQ(object.SetValue(kSequence, "text"), kDcmFailure);
+    EXPECT_EQ(object.RemoveValue(kCenter), kDcmSuccess);
+    EXPECT_EQ(object.RemoveValue(kCenter), kDcmSuccess);
+    EXPECT_EQ(Text(object, kCenter), "(none)");
+}
+
+TEST(DicomValues, CopiesNeverSeeEachOther) {
+    CDcmItem item(1);
+    item.SetValue(kUid, "1.1");
+    CDcmObject object;
+    EXPECT_EQ(object.SetValue(kSequence, &item), kDcmSuccess);
+    item.SetValue(kUid, "2.2");
+    EXPECT_EQ(object.SetNextValue(kSequence, &item), kDcmSuccess);
+    CDcmObject copy(object);
+    CDcmItem inside(1);
+    ASSERT_EQ(copy.GetValue(kSequence, inside), kDcmSuccess);
+    EXPECT_EQ(Text(inside, kUid), "1.1");
+    inside.SetValue(kUid, "9.9");
+    EXPECT_EQ(copy.SetNextValue(kSequence, &inside), kDcmSuccess);
+    int count = 0;
+    EXPECT_EQ(object.GetValueCount(kSequence, count), kDcmSuccess);
+    EXPECT_EQ(count, 2);
+    CDcmItem again(1);
+    ASSERT_EQ(object.GetValue(kSequence, again), kDcmSuccess);
+    EXPECT_EQ(Text(again, kUid), "1.1");
+}
+
+TEST(DicomValues, ItemsNestSoDeepAndNoDeeper) {
+    CDcmItem item(1);
+    int levels = 0;
+    for (; levels < 1000; ++levels) {
+        if (item.SetValue(kSequence, &item) != kDcmSuccess) break;  // puts it into itself as it was
+    }
+    EXPECT_EQ(levels, 64);
+    CDcmObject object;
+    EXPECT_EQ(object.SetValue(kSequence, &item), kDcmFailure);
+    EXPECT_EQ(object.SetValue(kSequence, static_cast<CDcmItem*>(nullptr)), kDcmFailure);
+}
+
+}  // namespace
+}  // namespace quorvex
