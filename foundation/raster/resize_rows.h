@@ -22,8 +22,8 @@ struct ResizeShape {
     int channels = 1;
 };
 
-/// The bytes of source row `y`, readable until the next call. Only rows that count are asked for,
-/// each once and in rising order.
+/// The bytes of source row `y`; a row and the next one are readable at once. Only rows that count
+/// are asked for, each once and in rising order.
 using RowSource = std::function<const unsigned char*(int y)>;
 
 /// Resizes 8-bit pixels with any number of channels. Takes all its memory when it is made (throws

@@ -62,6 +62,13 @@ private:
                    unsigned short& bits, unsigned short*& data);
     int GetSpatialTransformation(CDcmObject* object, CXGSPSInfo* info);
 
+    int GetShutter(CDcmObject* object, CXGSPSInfo* info);
+    int MakeRectangleShutter(CDcmObject* object, CXGSPSInfo* info);
+    int MakeCircularShutter(CDcmObject* object, CXGSPSInfo* info);
+    int MakePolygonalShutter(CDcmObject* object, CXGSPSInfo* info);
+    int MakeBitmapShutter(CDcmObject* object, CXGSPSInfo* info);
+    int GetMask(CDcmObject* object, CXGSPSInfo* info);
+
     int GetDisplayTransformation(CDcmObject* object, CXGSPSInfo* info);
     int ProcessDisplaySequence(CDcmItem item, CXGSPSInfo* info);
     int GetAnnotation(CDcmObject* object, CXGSPSInfo* info);

@@ -134,31 +134,38 @@ private:
     int RunStages(_IMAGE_INFO& info);
     int PrepareRender(_IMAGE_INFO& info);
     int FetchLut(_IMAGE_INFO& info);
-    void Render(const _IMAGE_INFO& info, int row);
+    const unsigned char* Render(const _IMAGE_INFO& info, int row);
     void ReleaseBuffers() noexcept;
 
     void RawImg2PValue(const _IMAGE_INFO& info, int row);
     void RawImg2PValue16(const _IMAGE_INFO& info, int row);
     void RawImg2PValue16Half(const _IMAGE_INFO& info, int row);
-    int RenderColorImage(const _IMAGE_INFO& info, int row);
+    void RenderColorImage(const _IMAGE_INFO& info, int row);
     void RenderSuppPal(const _IMAGE_INFO& info, int row);
-    void ApplyOverlay(const _IMAGE_INFO& info, int row);
+    template <class Reader>
+    void MapRow(const _IMAGE_INFO& info, int row);
+    unsigned char* WorkRow(const _IMAGE_INFO& info, int row) const noexcept;
+    unsigned char* CompositeRow(const _IMAGE_INFO& info, int row) const noexcept;
 
-    static CPoint CalcImagePanOffset(int rotation, int flip, CPoint pan);
     int ArrangeRender(const _IMAGE_INFO& info);
+    void ApplyOverlay(const _IMAGE_INFO& info, int row);
     void ResizeInto(const _IMAGE_INFO& info, unsigned char* destination, CSize size);
     void HorizontalFlipImage(unsigned char* image, CSize size) const;
     void RotateImage(const unsigned char* image, CSize size, int angle,
                      unsigned char* rotated) const;
+    static CPoint CalcImagePanOffset(int rotation, int flip, CPoint pan);
 
-    // The working image exists a row at a time: the resampler asks for the rows that it needs, and
-    // no other pixel is ever mapped.
-    Bytes workImage;       ///< one row of the working image
-    Bytes workLut;         ///< the table of `windowing`, where the record has none
-    Bytes compositeImage;  ///< one row of grey with the supplemental palette's colours
+    // The working image is never whole in memory: the resampler asks for the rows that it needs, two
+    // at a time at most, and no other row is ever mapped.
+    Bytes workImage;       ///< two rows of the working image, even and odd
+    Bytes workLut;         ///< made of the table of `windowing`, for every value of a pixel
+    Bytes compositeImage;  ///< two rows of grey with the supplemental palette's colours
     int workPixelSize = 1;
     double scale = 1.0;
-    CRect workRoi;  ///< the record's `roi`, cut to the image
+    int outputPixelSize = 1;
+    CRect workRoi;                              ///< the record's `roi`, cut to the image
+    const unsigned char* valueTable = nullptr;  ///< `workLut` or the record's `lut`
+    int valueTableStart = 0;                    ///< stored value of its first entry
 };
 
 }  // namespace quorvex

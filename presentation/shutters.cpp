@@ -1,0 +1,154 @@
+#include <algorithm>
+#include <cstddef>
+#include <span>
+
+#include "foundation/platform/region.h"
+#include "foundation/types/answer.h"
+#include "foundation/types/block.h"
+#include "foundation/types/saturate.h"
+#include "presentation/attributes.h"
+#include "presentation/tags.h"
+#include "quorvex/CXGSPSObject.h"
+
+namespace quorvex {
+namespace {
+
+constexpr std::uint8_t kShuttered = 255;
+constexpr std::uint8_t kShown = 0;
+constexpr std::uint32_t kOverlayDataElement = 0x3000;
+
+/// A mask in the making: its block, and the picture that it is.
+struct MaskBlock {
+    HeapBlock block;
+    ByteMask mask;
+};
+
+MaskBlock NewMask(const CDcmObject& object, const CXGSPSInfo& info) {
+    const auto rows = Read<unsigned short>(object, tag::kRows);
+    const auto columns = Read<unsigned short>(object, tag::kColumns);
+    const std::size_t maskRows = rows ? *rows : static_cast<unsigned short>(info.imageRows);
+    const std::size_t maskColumns =
+        rows ? columns.value_or(0) : static_cast<unsigned short>(info.imageColumns);
+    HeapBlock block(maskRows * maskColumns);
+    const ByteMask mask{block.Bytes(), static_cast<std::int64_t>(maskColumns),
+                        static_cast<std::int64_t>(maskRows)};
+    std::ranges::fill(mask.bytes, kShuttered);
+    return {std::move(block), mask};
+}
+
+/// Stores the value of an attribute where it is there, and tells whether it is.
+bool TakeInt(const CDcmObject& object, std::uint32_t valueTag, std::int32_t& value) {
+    const auto read = Read<int>(object, valueTag);
+    if (read) value = *read;
+    return read.has_value();
+}
+
+struct OverlayCopyContext {
+    std::span<std::uint8_t> destination;
+    std::size_t written = 0;
+};
+
+MC_STATUS CopyOverlayBlock(int /*messageId*/, std::uint32_t /*tag*/, void* user, int length,
+                           void* data, int /*first*/, int /*last*/) {
+    auto& context = *static_cast<OverlayCopyContext*>(user);
+    const std::span block(static_cast<const std::uint8_t*>(data),
+                          static_cast<std::size_t>(std::max(length, 0)));
+    const auto room = context.destination.subspan(context.written);
+    const std::size_t fitting = std::min(block.size(), room.size());
+    std::ranges::copy(block.first(fitting), room.begin());
+    context.written += fitting;
+    return kMcContinue;
+}
+
+}  // namespace
+
+int CXGSPSObject::GetShutter(CDcmObject* object, CXGSPSInfo* info) {
+    using Maker = int (CXGSPSObject::*)(CDcmObject*, CXGSPSInfo*);
+    static constexpr struct {
+        const char* shape;
+        Maker make;
+    } kMakers[] = {
+        {"RECTANGULAR", &CXGSPSObject::MakeRectangleShutter},
+        {"CIRCULAR", &CXGSPSObject::MakeCircularShutter},
+        {"POLYGONAL", &CXGSPSObject::MakePolygonalShutter},
+        {"BITMAP", &CXGSPSObject::MakeBitmapShutter},
+    };
+    const auto shape = Read<CString>(*object, tag::kShutterShape);
+    info->shutterPresentationValue = 0;
+    if (!shape) {
+        info->shutterMask = nullptr;
+        return 1;
+    }
+    int shapeCount = 0;
+    object->GetValueCount(tag::kShutterShape, shapeCount);
+    for (const auto& maker : kMakers) {
+        // Without the memory for a mask there is none, and the reading goes on.
+        if (shapeCount == 1 && *shape == CString(maker.shape)) {
+            static_cast<void>(Answer(0, [&] { return (this->*maker.make)(object, info); }));
+        }
+    }
+    info->shutterPresentationValue =
+        Read<unsigned short>(*object, tag::kShutterPresentationValue).value_or(0);
+    return 1;
+}
+
+int CXGSPSObject::MakeRectangleShutter(CDcmObject* object, CXGSPSInfo* info) {
+    MaskBlock shutter = NewMask(*object, *info);
+    // An edge that is not there does not bound the rectangle.
+    CRect open{0, 0, static_cast<std::int32_t>(shutter.mask.columns), 0};
+    if (TakeInt(*object, tag::kShutterLeft, info->shutterLeft)) open.left = info->shutterLeft;
+    if (TakeInt(*object, tag::kShutterRight, info->shutterRight)) open.right = info->shutterRight;
+    if (TakeInt(*object, tag::kShutterUpper, info->shutterUpper)) open.top = info->shutterUpper;
+    if (TakeInt(*object, tag::kShutterLower, info->shutterLower)) {
+        open.bottom = info->shutterLower;
+        FillRectangle(shutter.mask, open, kShown);
+    }
+    info->shutterMask = shutter.block.Release();
+    return 1;
+}
+
+int CXGSPSObject::MakeCircularShutter(CDcmObject* object, CXGSPSInfo* info) {
+    MaskBlock shutter = NewMask(*object, *info);
+    const auto center = ReadPair<int>(*object, tag::kShutterCenter);
+    if (center) {
+        info->shutterCenterRow = center->first;
+        info->shutterCenterColumn = center->second;
+    }
+    if (TakeInt(*object, tag::kShutterRadius, info->shutterRadius) && center) {
+        const std::int64_t reach = std::int64_t{info->shutterRadius} - 1;
+        const CRect box{SaturateToInt(center->second - reach), SaturateToInt(center->first - reach),
+                        SaturateToInt(center->second + reach),
+                        SaturateToInt(center->first + reach)};
+        FillEllipse(shutter.mask, box, kShown);
+    }
+    info->shutterMask = shutter.block.Release();
+    return 1;
+}
+
+int CXGSPSObject::MakePolygonalShutter(CDcmObject* object, CXGSPSInfo* info) {
+    MaskBlock shutter = NewMask(*object, *info);
+    ForEachPair<int>(*object, tag::kShutterVertices, [&](const ValuePair<int>& vertex) {
+        info->shutterVertices.push_back({.x = vertex.second, .y = vertex.first});
+    });
+    FillPolygon(shutter.mask, info->shutterVertices, kShown);
+    info->shutterMask = shutter.block.Release();
+    return 1;
+}
+
+int CXGSPSObject::MakeBitmapShutter(CDcmObject* object, CXGSPSInfo* info) {
+    MaskBlock shutter = NewMask(*object, *info);
+    const std::span<std::uint8_t> pixels = shutter.mask.bytes;
+    HeapBlock bits((pixels.size() + 7) / 8);
+    std::ranges::fill(bits.Bytes(), std::uint8_t{0});
+    const std::uint32_t group =
+        Read<unsigned short>(*object, tag::kShutterOverlayGroup).value_or(0);
+    OverlayCopyContext context{bits.Bytes()};
+    object->GetValue(group << 16 | kOverlayDataElement, &context, &CopyOverlayBlock);
+    for (std::size_t i = 0; i < pixels.size(); ++i) {
+        pixels[i] = static_cast<std::uint8_t>(bits.Bytes()[i / 8] >> (i % 8) & 1);
+    }
+    info->shutterMask = shutter.block.Release();
+    return 1;
+}
+
+}  // namespace quorvex

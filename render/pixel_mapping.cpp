@@ -1,0 +1,116 @@
+#include <cstdint>
+#include <cstring>
+
+#include "render/job_rules.h"
+
+namespace quorvex {
+namespace {
+
+// How the stored value of pixel i of a row is read.
+struct Byte {
+    static constexpr std::size_t kBytes = 1;
+    static int At(const unsigned char* row, std::size_t i) { return row[i]; }
+};
+template <class Word>
+struct WordOf {
+    static constexpr std::size_t kBytes = 2;
+    static int At(const unsigned char* row, std::size_t i) {
+        Word word;
+        std::memcpy(&word, row + 2 * i, sizeof(word));
+        return word;
+    }
+};
+template <class Half>
+struct LowByteOf {
+    static constexpr std::size_t kBytes = 2;
+    static int At(const unsigned char* row, std::size_t i) {
+        return static_cast<Half>(WordOf<std::uint16_t>::At(row, i) & 0xFF);
+    }
+};
+
+/// Rows run from the bottom here, and from the top in the source, the mask and the palette.
+std::size_t SourcePixel(const _IMAGE_INFO& info, int row, int column) {
+    return static_cast<std::size_t>(info.imageHeight - 1 - row) *
+               static_cast<std::size_t>(info.imageWidth) +
+           static_cast<std::size_t>(column);
+}
+
+struct ByteTable {
+    const unsigned char* entries;
+    std::ptrdiff_t first;
+    [[nodiscard]] unsigned char Of(int value) const { return entries[value - first]; }
+};
+
+template <class Reader>
+void MapPlain(const unsigned char* source, ByteTable table, unsigned char* to, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) to[i] = table.Of(Reader::At(source, i));
+}
+
+template <class Reader>
+void MapMasked(const unsigned char* source, ByteTable table, unsigned char* to, std::size_t count,
+               const unsigned char* mask, unsigned char hidden) {
+    for (std::size_t i = 0; i < count; ++i) {
+        to[i] = mask[i] != 0 ? hidden : table.Of(Reader::At(source, i));
+    }
+}
+
+}  // namespace
+
+template <class Reader>
+void CXImageCreator::MapRow(const _IMAGE_INFO& info, int row) {
+    const std::size_t pixel = SourcePixel(info, row, workRoi.left);
+    const unsigned char* const source = info.pixels + pixel * Reader::kBytes;
+    const auto count = static_cast<std::size_t>(workRoi.Width());
+    const ByteTable table{valueTable, valueTableStart};
+    unsigned char* const to = WorkRow(info, row) + workRoi.left;
+    if (info.shutterMask == nullptr) {
+        MapPlain<Reader>(source, table, to, count);
+    } else {
+        MapMasked<Reader>(source, table, to, count, info.shutterMask + pixel,
+                          static_cast<unsigned char>(info.shutterValue));
+    }
+}
+
+void CXImageCreator::RawImg2PValue(const _IMAGE_INFO& info, int row) {
+    MapRow<Byte>(info, row);
+}
+
+void CXImageCreator::RawImg2PValue16(const _IMAGE_INFO& info, int row) {
+    info.lutOffset < 0 ? MapRow<WordOf<std::int16_t>>(info, row)
+                       : MapRow<WordOf<std::uint16_t>>(info, row);
+}
+
+void CXImageCreator::RawImg2PValue16Half(const _IMAGE_INFO& info, int row) {
+    info.lutOffset < 0 ? MapRow<LowByteOf<std::int8_t>>(info, row)
+                       : MapRow<LowByteOf<std::uint8_t>>(info, row);
+}
+
+/// Red, green, blue become blue, green, red, as bitmaps have them. Without a table all stays black.
+void CXImageCreator::RenderColorImage(const _IMAGE_INFO& info, int row) {
+    if (info.lut == nullptr) return;
+    const unsigned char* from = info.pixels + SourcePixel(info, row, workRoi.left) * kColourBytes;
+    unsigned char* to = WorkRow(info, row) + std::ptrdiff_t{workRoi.left} * kColourBytes;
+    for (int x = workRoi.left; x < workRoi.right; ++x, from += kColourBytes, to += kColourBytes) {
+        to[0] = info.lut[from[2]];
+        to[1] = info.lut[from[1]];
+        to[2] = info.lut[from[0]];
+    }
+}
+
+void CXImageCreator::RenderSuppPal(const _IMAGE_INFO& info, int row) {
+    static constexpr unsigned char kSeeThrough[kColourBytes] = {};
+    const unsigned char* grey = WorkRow(info, row) + workRoi.left;
+    unsigned char* to = CompositeRow(info, row) + std::ptrdiff_t{workRoi.left} * kColourBytes;
+    const std::size_t first = SourcePixel(info, row, workRoi.left) * kColourBytes;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(workRoi.Width()); ++i, ++grey) {
+        const unsigned char* const colour = info.paletteImage == nullptr
+                                                ? kSeeThrough
+                                                : info.paletteImage + first + i * kColourBytes;
+        const bool showsGrey = (colour[0] | colour[1] | colour[2]) == 0;
+        for (int channel = kColourBytes - 1; channel >= 0; --channel) {
+            *to++ = showsGrey ? *grey : colour[channel];
+        }
+    }
+}
+
+}  // namespace quorvex

@@ -1,0 +1,121 @@
+// Which pixels lie in a shape.
+#include "foundation/platform/region.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace quorvex {
+namespace {
+
+struct Picture {
+    Picture(int columns, int rows)
+        : bytes(static_cast<std::size_t>(columns * rows)), mask{bytes, columns, rows} {}
+    bool operator()(int x, int y) const {
+        return bytes[static_cast<std::size_t>(y * mask.columns + x)] != 0;
+    }
+    [[nodiscard]] std::string Drawing() const {
+        std::string drawing;
+        for (int y = 0; y < mask.rows; ++y) {
+            for (int x = 0; x < mask.columns; ++x) drawing += (*this)(x, y) ? '#' : '.';
+            drawing += '\n';
+        }
+        return drawing;
+    }
+    std::vector<std::uint8_t> bytes;
+    ByteMask mask;
+};
+
+TEST(Region, RectanglesLeaveOutTheirRightAndLowerEdges) {
+    Picture picture(6, 4);
+    FillRectangle(picture.mask, {1, 1, 4, 3}, 255);
+    EXPECT_EQ(picture.Drawing(), "......\n.###..\n.###..\n......\n");
+}
+
+TEST(Region, EllipsesAreSymmetric) {
+    Picture picture(10, 9);
+    FillEllipse(picture.mask, {1, 1, 9, 9}, 1);
+    EXPECT_EQ(picture.Drawing(),
+              "..........\n"
+              "...###....\n"
+              "..#####...\n"
+              ".#######..\n"
+              ".#######..\n"
+              ".#######..\n"
+              "..#####...\n"
+              "...###....\n"
+              "..........\n");
+}
+
+TEST(Region, APolygonThatCrossesItselfHasHoles) {
+    constexpr CPoint kBowTie[] = {{0, 0}, {8, 0}, {0, 4}, {8, 4}};
+    Picture picture(9, 5);
+    FillPolygon(picture.mask, kBowTie, 1);
+    EXPECT_EQ(picture.Drawing(), "########.\n..####...\n.........\n..####...\n.........\n");
+    constexpr CPoint kTwiceRound[] = {{1, 1}, {5, 1}, {5, 4}, {1, 4},
+                                      {1, 1}, {5, 1}, {5, 4}, {1, 4}};
+    Picture empty(6, 5);
+    FillPolygon(empty.mask, kTwiceRound, 1);
+    EXPECT_EQ(empty.Drawing().find('#'), std::string::npos);
+}
+
+// A ray to the left from the pixel, nudged down so that it meets no vertex.
+bool CrossesOddly(const std::vector<CPoint>& points, int x, int y) {
+    const double ray = y + 1e-9;
+    bool isInside = false;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        const CPoint& a = points[i];
+        const CPoint& b = points[(i + 1) % points.size()];
+        if ((a.y > ray) == (b.y > ray)) continue;
+        const double crossing = a.x + (ray - a.y) * (b.x - a.x) / (b.y - a.y);
+        if (crossing <= x + 1e-6) isInside = !isInside;
+    }
+    return isInside;
+}
+
+TEST(Region, PolygonsFollowTheRayRule) {
+    std::mt19937 random(5);
+    std::uniform_int_distribution<int> place(-10, 40);
+    for (int round = 0; round < 200; ++round) {
+        std::vector<CPoint> points(static_cast<std::size_t>(3 + round % 9));
+        for (CPoint& point : points) point = {place(random), place(random)};
+        Picture picture(30, 30);
+        FillPolygon(picture.mask, points, 1);
+        for (int y = 0; y < 30; ++y) {
+            for (int x = 0; x < 30; ++x) {
+                ASSERT_EQ(picture(x, y), CrossesOddly(points, x, y))
+                    << "round " << round << " pixel " << x << "," << y;
+            }
+        }
+    }
+}
+
+TEST(Region, AnyCoordinatesStayInThePicture) {
+    constexpr int kEnds[] = {INT_MIN, -1, 0, 3, INT_MAX};
+    for (const int left : kEnds) {
+        for (const int top : kEnds) {
+            for (const int right : kEnds) {
+                for (const int bottom : kEnds) {
+                    Picture picture(5, 5);
+                    FillRectangle(picture.mask, {left, top, right, bottom}, 1);
+                    FillEllipse(picture.mask, {left, top, right, bottom}, 1);
+                    const CPoint points[] = {{left, top}, {right, bottom}, {right, top}, {0, 0}};
+                    FillPolygon(picture.mask, points, 1);
+                }
+            }
+        }
+    }
+    Picture whole(5, 5);
+    FillEllipse(whole.mask, {INT_MIN, INT_MIN, INT_MAX, INT_MAX}, 1);
+    EXPECT_TRUE(whole(0, 0));
+    FillPolygon(ByteMask{}, {}, 1);
+    FillEllipse(ByteMask{}, {0, 0, 10, 10}, 1);
+}
+
+}  // namespace
+}  // namespace quorvex
