@@ -112,6 +112,7 @@ QUORVEX_BENCH_PAIR(Resize, SliceZoomed3, kSlice, kZoomed, 3);
 QUORVEX_BENCH_PAIR(Resize, SliceSmaller1, kSlice, (CSize{400, 400}), 1);
 QUORVEX_BENCH_PAIR(Resize, SliceSmaller3, kSlice, (CSize{400, 400}), 3);
 QUORVEX_BENCH_PAIR(Resize, SliceHalved1, kSlice, (CSize{256, 256}), 1);
+QUORVEX_BENCH_PAIR(Resize, SliceHalved3, kSlice, (CSize{256, 256}), 3);
 QUORVEX_BENCH_PAIR(Mirror, View1, kView, 1);
 QUORVEX_BENCH_PAIR(Mirror, View3, kView, 3);
 QUORVEX_BENCH_PAIR(Turn, ViewLeft1, kView, 1, 90);

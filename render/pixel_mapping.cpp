@@ -41,8 +41,10 @@ struct ByteTable {
     [[nodiscard]] unsigned char Of(int value) const { return entries[value - first]; }
 };
 
+// Most of a job's time is spent here.
 template <class Reader>
 void MapPlain(const unsigned char* source, ByteTable table, unsigned char* to, std::size_t count) {
+#pragma GCC unroll 8
     for (std::size_t i = 0; i < count; ++i) to[i] = table.Of(Reader::At(source, i));
 }
 

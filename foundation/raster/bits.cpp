@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 #include <functional>
 
 #include "foundation/raster/pixel_grid.h"
@@ -19,7 +20,7 @@ template <class Sample>
 bool Copy(const PixelGrid<const Sample>& source, const PixelGrid<Sample>& destination) {
     if (!source.IsUsable() || !destination.IsUsable()) return false;
     for (int y = 0; y < source.size.cy; ++y) {
-        std::ranges::copy(source.Row(y), destination.Row(y).begin());
+        std::memcpy(destination.Row(y).data(), source.Row(y).data(), source.Row(y).size_bytes());
     }
     return true;
 }
@@ -57,7 +58,7 @@ bool ippiSet_8u_C1R(unsigned char value, unsigned char* destination, std::ptrdif
                     CSize size) {
     const PixelGrid<unsigned char> grid{destination, destinationStep, size, 1};
     if (!grid.IsUsable()) return false;
-    for (int y = 0; y < size.cy; ++y) std::ranges::fill(grid.Row(y), value);
+    for (int y = 0; y < size.cy; ++y) std::memset(grid.Row(y).data(), value, grid.RowSamples());
     return true;
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstring>
 
 #include "foundation/raster/resize_rows.h"
 
@@ -9,55 +10,54 @@ constexpr std::size_t kWindowBytes = 16;
 constexpr std::size_t kWindowSamples = 4;
 constexpr std::uint8_t kZeroByte = 0x80;
 
-std::vector<SamplePair> MakePairs(const std::vector<ResizeTap>& taps, std::uint32_t channels) {
-    std::vector<SamplePair> pairs;
-    pairs.reserve(taps.size() * channels);
+void AddPairs(HorizontalPlan& plan, const std::vector<ResizeTap>& taps, std::uint32_t channels) {
+    const std::size_t samples = taps.size() * channels;
+    plan.lefts.reserve(samples);
+    plan.rights.reserve(samples);
+    plan.leftWeights.reserve(PaddedRow(samples));
     for (const ResizeTap& tap : taps) {
-        const auto left = static_cast<std::uint32_t>(tap.first) * channels;
-        const auto right = static_cast<std::uint32_t>(tap.Second()) * channels;
-        const auto weight = static_cast<std::uint16_t>(tap.weight);
         for (std::uint32_t channel = 0; channel < channels; ++channel) {
-            pairs.push_back({left + channel, right + channel,
-                             static_cast<std::uint16_t>(kWholeWeight - weight), weight});
+            plan.lefts.push_back(static_cast<std::uint32_t>(tap.first) * channels + channel);
+            plan.rights.push_back(static_cast<std::uint32_t>(tap.Second()) * channels + channel);
+            plan.leftWeights.push_back(static_cast<std::uint16_t>(kWholeWeight - tap.weight));
         }
     }
-    return pairs;
+    plan.leftWeights.resize(PaddedRow(samples), kWholeWeight);
 }
 
-PairWindow MakeWindow(std::span<const SamplePair> pairs, std::uint32_t start) {
+PairWindow MakeWindow(const HorizontalPlan& plan, std::size_t first, std::size_t end,
+                      std::uint32_t start) {
     PairWindow window{};
     std::ranges::fill(window.shuffle, kZeroByte);
-    for (std::size_t i = 0; i < pairs.size(); ++i) {
-        window.shuffle[2 * i + 1] = static_cast<std::uint8_t>(pairs[i].left - start);
-        window.shuffle[2 * i + 9] = static_cast<std::uint8_t>(pairs[i].right - start);
-        window.weights[i] = pairs[i].leftWeight;
-        window.weights[i + 4] = pairs[i].rightWeight;
+    for (std::size_t i = first, lane = 0; i < end; ++i, ++lane) {
+        window.shuffle[2 * lane + 1] = static_cast<std::uint8_t>(plan.lefts[i] - start);
+        window.shuffle[2 * lane + 9] = static_cast<std::uint8_t>(plan.rights[i] - start);
+        window.weights[lane] = plan.leftWeights[i];
+        window.weights[lane + 4] = static_cast<std::uint16_t>(kWholeWeight - plan.leftWeights[i]);
     }
     return window;
 }
 
-/// Adds a window for four pairs; false where their bytes spread too far.
-bool AddWindow(HorizontalPlan& plan, std::span<const SamplePair> pairs, std::size_t rowBytes) {
-    std::size_t first = rowBytes - kWindowBytes;  // the window ends inside the row
+/// Adds a window for the samples from `first`; false where their bytes spread too far.
+bool AddWindow(HorizontalPlan& plan, std::size_t first, std::size_t rowBytes) {
+    const std::size_t end = std::min(first + kWindowSamples, plan.lefts.size());
+    std::size_t start = rowBytes - kWindowBytes;  // the window ends inside the row
     std::size_t last = 0;
-    for (const SamplePair& pair : pairs) {
-        first = std::min<std::size_t>(first, pair.left);
-        last = std::max<std::size_t>(last, pair.right);
+    for (std::size_t i = first; i < end; ++i) {
+        start = std::min<std::size_t>(start, plan.lefts[i]);
+        last = std::max<std::size_t>(last, plan.rights[i]);
     }
-    const auto start = static_cast<std::uint32_t>(first);
     if (last - start >= kWindowBytes) return false;
-    plan.windows.push_back(MakeWindow(pairs, start));
-    plan.windowStarts.push_back(start);
+    plan.windowStarts.push_back(static_cast<std::uint32_t>(start));
+    plan.windows.push_back(MakeWindow(plan, first, end, plan.windowStarts.back()));
     return true;
 }
 
-void MakeWindows(HorizontalPlan& plan, std::size_t rowBytes) {
+void AddWindows(HorizontalPlan& plan, std::size_t rowBytes) {
     if (rowBytes < kWindowBytes) return;
-    const std::span<const SamplePair> pairs = plan.pairs;
     bool fits = true;
-    for (std::size_t i = 0; fits && i < pairs.size(); i += kWindowSamples) {
-        fits =
-            AddWindow(plan, pairs.subspan(i, std::min(kWindowSamples, pairs.size() - i)), rowBytes);
+    for (std::size_t i = 0; fits && i < plan.lefts.size(); i += kWindowSamples) {
+        fits = AddWindow(plan, i, rowBytes);
     }
     if (!fits) {
         plan.windows.clear();
@@ -66,6 +66,14 @@ void MakeWindows(HorizontalPlan& plan, std::size_t rowBytes) {
         plan.windows.push_back({});
         plan.windowStarts.push_back(0);
     }
+}
+
+/// Whether pixel i is the mean of 2 i and 2 i + 1.
+bool IsHalving(const std::vector<ResizeTap>& taps) {
+    std::int32_t i = 0;
+    return std::ranges::all_of(taps, [&i](const ResizeTap& tap) {
+        return tap.first == 2 * i++ && tap.weight == kWholeWeight / 2;
+    });
 }
 
 bool IsIdentity(const std::vector<ResizeTap>& taps) {
@@ -81,16 +89,18 @@ RowResizer::RowResizer(const ResizeShape& shape)
       rows_(ResizeTaps(shape.source.cy, shape.destination.cy, shape.yFactor, kResizeWeightBits)) {
     if (!IsUsable()) return;
     isCopy_ = IsIdentity(columns_) && IsIdentity(rows_);
-    if (isCopy_) return;
+    isHalf_ = shape.channels == 1 && IsHalving(columns_) && IsHalving(rows_);
+    if (isCopy_ || isHalf_) return;
     const auto channels = static_cast<std::uint32_t>(shape.channels);
-    plan_.pairs = MakePairs(columns_, channels);
-    MakeWindows(plan_, static_cast<std::size_t>(shape.source.cx) * channels);
-    upper_.samples.resize(PaddedRow(plan_.pairs.size()));
-    lower_.samples.resize(PaddedRow(plan_.pairs.size()));
+    AddPairs(plan_, columns_, channels);
+    AddWindows(plan_, static_cast<std::size_t>(shape.source.cx) * channels);
+    upper_.samples.resize(PaddedRow(plan_.lefts.size()));
+    lower_.samples.resize(PaddedRow(plan_.lefts.size()));
 }
 
 void RowResizer::Run(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) {
     if (isCopy_) return CopyRows(rowAt, destination);
+    if (isHalf_) return HalveAll(rowAt, destination);
     upper_.y = lower_.y = -1;
     int y = 0;
     for (const ResizeTap& tap : rows_) {
@@ -104,7 +114,15 @@ void RowResizer::Run(const RowSource& rowAt, const PixelGrid<unsigned char>& des
 void RowResizer::CopyRows(const RowSource& rowAt,
                           const PixelGrid<unsigned char>& destination) const {
     for (int y = 0; y < destination.size.cy; ++y) {
-        std::copy_n(rowAt(y), destination.RowSamples(), destination.Row(y).data());
+        std::memcpy(destination.Row(y).data(), rowAt(y), destination.RowSamples());
+    }
+}
+
+void RowResizer::HalveAll(const RowSource& rowAt,
+                          const PixelGrid<unsigned char>& destination) const {
+    for (int y = 0; y < destination.size.cy; ++y) {
+        const unsigned char* const upper = rowAt(2 * y);
+        HalveRows(upper, rowAt(2 * y + 1), destination.Row(y));
     }
 }
 

@@ -16,12 +16,26 @@ std::uint16_t HighHalf(std::uint32_t a, std::uint32_t b) {
     return static_cast<std::uint16_t>((a * b) >> 16);
 }
 
+/// Brings the two bytes of each pair together in the row itself.
+void GatherPairs(const HorizontalPlan& plan, const unsigned char* bytes, std::uint16_t* row) {
+    const std::uint32_t* const lefts = plan.lefts.data();
+    const std::uint32_t* const rights = plan.rights.data();
+    for (std::size_t i = 0; i < plan.lefts.size(); ++i) {
+        row[i] = static_cast<std::uint16_t>(bytes[lefts[i]] << 8 | bytes[rights[i]]);
+    }
+}
+
 void PairsOneByOne(const HorizontalPlan& plan, const unsigned char* bytes, std::uint16_t* row) {
-    for (const SamplePair& pair : plan.pairs) {
-        const std::uint32_t left = std::uint32_t{bytes[pair.left]} << 8;
-        const std::uint32_t right = std::uint32_t{bytes[pair.right]} << 8;
-        *row++ = static_cast<std::uint16_t>(HighHalf(left, pair.leftWeight) +
-                                            HighHalf(right, pair.rightWeight));
+    GatherPairs(plan, bytes, row);
+    const hn::ScalableTag<std::uint16_t> words;
+    const auto whole = hn::Set(words, kWholeWeight);
+    const auto highBytes = hn::Set(words, std::uint16_t{0xFF00});
+    for (std::size_t i = 0; i < plan.lefts.size(); i += hn::Lanes(words)) {
+        const auto pairs = hn::LoadU(words, row + i);
+        const auto weights = hn::LoadU(words, plan.leftWeights.data() + i);
+        const auto left = hn::MulHigh(hn::And(pairs, highBytes), weights);
+        const auto right = hn::MulHigh(hn::ShiftLeft<8>(pairs), hn::Sub(whole, weights));
+        hn::StoreU(hn::Add(left, right), words, row + i);
     }
 }
 
@@ -80,6 +94,34 @@ void Vertical(const std::uint16_t* upper, const std::uint16_t* lower, std::uint1
     }
 }
 
+/// Sums of neighbours, in words.
+template <class Words>
+hn::Vec<Words> PairSums(Words words, const unsigned char* bytes) {
+    const hn::Repartition<std::uint8_t, Words> octets;
+    const auto pairs = hn::BitCast(words, hn::LoadU(octets, bytes));
+    return hn::Add(hn::And(pairs, hn::Set(words, std::uint16_t{0xFF})), hn::ShiftRight<8>(pairs));
+}
+
+void Halve(const unsigned char* upper, const unsigned char* lower, unsigned char* destination,
+           std::size_t count) {
+    std::size_t i = 0;
+#if HWY_TARGET != HWY_SCALAR
+    const hn::ScalableTag<std::uint16_t> words;
+    const hn::Rebind<std::int16_t, decltype(words)> signedWords;
+    const hn::Rebind<std::uint8_t, decltype(words)> octets;
+    const auto rounding = hn::Set(words, std::uint16_t{2});
+    for (const std::size_t lanes = hn::Lanes(words); i + lanes <= count; i += lanes) {
+        const auto sum = hn::Add(PairSums(words, upper + 2 * i), PairSums(words, lower + 2 * i));
+        const auto mean = hn::ShiftRight<2>(hn::Add(sum, rounding));
+        hn::StoreU(hn::DemoteTo(octets, hn::BitCast(signedWords, mean)), octets, destination + i);
+    }
+#endif
+    for (; i < count; ++i) {
+        const int sum = upper[2 * i] + upper[2 * i + 1] + lower[2 * i] + lower[2 * i + 1];
+        destination[i] = static_cast<unsigned char>((sum + 2) >> 2);
+    }
+}
+
 }  // namespace quorvex::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -88,6 +130,7 @@ namespace quorvex {
 
 HWY_EXPORT(Horizontal);
 HWY_EXPORT(Vertical);
+HWY_EXPORT(Halve);
 
 void ResizeHorizontally(const HorizontalPlan& plan, const unsigned char* bytes,
                         std::span<std::uint16_t> row) {
@@ -98,6 +141,11 @@ void ResizeVertically(std::span<const std::uint16_t> upper, std::span<const std:
                       std::uint16_t lowerWeight, std::span<unsigned char> destination) {
     HWY_DYNAMIC_DISPATCH(Vertical)
     (upper.data(), lower.data(), lowerWeight, destination.data(), destination.size());
+}
+
+void HalveRows(const unsigned char* upper, const unsigned char* lower,
+               std::span<unsigned char> destination) {
+    HWY_DYNAMIC_DISPATCH(Halve)(upper, lower, destination.data(), destination.size());
 }
 
 }  // namespace quorvex

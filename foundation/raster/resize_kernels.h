@@ -1,6 +1,6 @@
-/// The two inner loops of the 8-bit resize, for whatever instructions the machine has.
+/// The inner loops of the 8-bit resize, for whatever instructions the machine has.
 ///
-/// Between them a row holds each sample times 128, as 16-bit numbers. Each product is cut, not
+/// Between the two passes a row holds each sample times 128, as 16-bit numbers. Each product is cut, not
 /// rounded, and added to its partner, so the order of the two neighbours never shows: a mirrored
 /// row gives the mirrored result, bit for bit.
 #pragma once
@@ -16,14 +16,6 @@ namespace quorvex {
 inline constexpr int kResizeWeightBits = 15;
 inline constexpr std::uint16_t kWholeWeight = 1U << kResizeWeightBits;
 
-/// One destination sample: two source bytes of its row, with weights that add up to kWholeWeight.
-struct SamplePair {
-    std::uint32_t left = 0;
-    std::uint32_t right = 0;
-    std::uint16_t leftWeight = kWholeWeight;
-    std::uint16_t rightWeight = 0;
-};
-
 /// Four destination samples whose source bytes lie in one window of 16 bytes.
 struct PairWindow {
     std::uint8_t
@@ -31,10 +23,13 @@ struct PairWindow {
     std::uint16_t weights[8];
 };
 
-/// What the horizontal pass of one image reads, row for row.
+/// What the horizontal pass of one image reads, row for row: for each destination sample two source
+/// bytes of its row, the second one with the weight that is missing to kWholeWeight.
 struct HorizontalPlan {
-    std::vector<SamplePair> pairs;
-    /// Empty where some four samples do not fit a window; else two for each eight of `pairs`.
+    std::vector<std::uint32_t> lefts;
+    std::vector<std::uint32_t> rights;
+    std::vector<std::uint16_t> leftWeights;  ///< padded as rows are
+    /// Empty where some four samples do not fit a window; else two for each eight of them.
     std::vector<PairWindow> windows;
     std::vector<std::uint32_t> windowStarts;
 };
@@ -51,5 +46,9 @@ void ResizeHorizontally(const HorizontalPlan& plan, const unsigned char* bytes,
 /// Mixes two rows by `lowerWeight` of the second into destination bytes.
 void ResizeVertically(std::span<const std::uint16_t> upper, std::span<const std::uint16_t> lower,
                       std::uint16_t lowerWeight, std::span<unsigned char> destination);
+
+/// The plain case of half the size: every destination byte is the mean of two and two bytes.
+void HalveRows(const unsigned char* upper, const unsigned char* lower,
+               std::span<unsigned char> destination);
 
 }  // namespace quorvex

@@ -44,12 +44,14 @@ private:
         std::vector<std::uint16_t> samples;
     };
     void CopyRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) const;
+    void HalveAll(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) const;
     void Cache(const ResizeTap& tap, const RowSource& rowAt);
     void Fill(CachedRow& row, int y, const RowSource& rowAt) const;
 
     std::vector<ResizeTap> columns_;
     std::vector<ResizeTap> rows_;
     bool isCopy_ = false;
+    bool isHalf_ = false;
     HorizontalPlan plan_;
     CachedRow upper_;
     CachedRow lower_;

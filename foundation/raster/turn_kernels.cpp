@@ -135,9 +135,10 @@ void TurnOneByOne(const ColumnMap& map, RasterRect area) {
 
 #if HWY_TARGET != HWY_SCALAR
 using Octets = hn::FixedTag<std::uint8_t, kBlock>;
-using BlockRows = std::array<hn::Vec<Octets>, kBlock>;
+using Row = hn::Vec<Octets>;
+/// One channel of a block.
+using BlockRows = std::array<Row, kBlock>;
 
-/// Four rounds of interleaving rows i and i + 8 transpose a block of 16 x 16.
 inline void InterleaveRound(const BlockRows& from, BlockRows& to) {
     for (std::size_t i = 0; i < kBlock / 2; ++i) {
         to[2 * i] = hn::InterleaveLower(Octets(), from[i], from[i + kBlock / 2]);
@@ -145,46 +146,63 @@ inline void InterleaveRound(const BlockRows& from, BlockRows& to) {
     }
 }
 
+/// Four rounds of interleaving rows i and i + 8 transpose a block of 16 x 16.
+inline void Transpose(BlockRows& rows) {
+    BlockRows other;
+    InterleaveRound(rows, other);
+    InterleaveRound(other, rows);
+    InterleaveRound(rows, other);
+    InterleaveRound(other, rows);
+}
+
+template <std::size_t kChannels>
 void TurnBlock(const ColumnMap& map, int x, int i) {
-    BlockRows rows;
-    BlockRows swapped;
-    for (int k = 0; k < kBlock; ++k) {
-        rows[static_cast<std::size_t>(k)] =
-            hn::LoadU(Octets(), map.source.Row(map.SourceY(i + k)).data() + x);
+    std::array<BlockRows, kChannels> planes;
+    const std::size_t column = static_cast<std::size_t>(x) * kChannels;
+    const std::size_t place = static_cast<std::size_t>(i) * kChannels;
+    for (std::size_t k = 0; k < kBlock; ++k) {
+        const auto* from = map.source.Row(map.SourceY(i + static_cast<int>(k))).data() + column;
+        if constexpr (kChannels == 3) {
+            hn::LoadInterleaved3(Octets(), from, planes[0][k], planes[1][k], planes[2][k]);
+        } else {
+            planes[0][k] = hn::LoadU(Octets(), from);
+        }
     }
-    InterleaveRound(rows, swapped);
-    InterleaveRound(swapped, rows);
-    InterleaveRound(rows, swapped);
-    InterleaveRound(swapped, rows);
-    for (int k = 0; k < kBlock; ++k) {
-        hn::StoreU(rows[static_cast<std::size_t>(k)], Octets(),
-                   map.destination.Row(map.DestinationY(x + k)).data() + i);
+    for (BlockRows& plane : planes) Transpose(plane);
+    for (std::size_t k = 0; k < kBlock; ++k) {
+        auto* to = map.destination.Row(map.DestinationY(x + static_cast<int>(k))).data() + place;
+        if constexpr (kChannels == 3) {
+            hn::StoreInterleaved3(planes[0][k], planes[1][k], planes[2][k], Octets(), to);
+        } else {
+            hn::StoreU(planes[0][k], Octets(), to);
+        }
     }
 }
 
 /// The last block of a line lies over the one before it where 16 does not divide the length.
+template <std::size_t kChannels>
 void TurnInBlocks(const ColumnMap& map, RasterRect area) {
     const int lastX = area.x + area.width - kBlock;
     const int lastI = area.y + area.height - kBlock;
     for (int x = area.x; x < area.x + area.width; x += kBlock) {
         for (int i = area.y; i < area.y + area.height; i += kBlock) {
-            TurnBlock(map, std::min(x, lastX), std::min(i, lastI));
+            TurnBlock<kChannels>(map, std::min(x, lastX), std::min(i, lastI));
         }
     }
 }
 #else
+template <std::size_t kChannels>
 void TurnInBlocks(const ColumnMap& map, RasterRect area) {
-    TurnOneByOne<1>(map, area);
+    TurnOneByOne<kChannels>(map, area);
 }
 #endif
 
+template <std::size_t kChannels>
 void TurnTile(const ColumnMap& map, RasterRect area) {
-    if (map.source.channels == 3) {
-        TurnOneByOne<3>(map, area);
-    } else if (area.width < kBlock || area.height < kBlock) {
-        TurnOneByOne<1>(map, area);
+    if (area.width < kBlock || area.height < kBlock) {
+        TurnOneByOne<kChannels>(map, area);
     } else {
-        TurnInBlocks(map, area);
+        TurnInBlocks<kChannels>(map, area);
     }
 }
 
@@ -192,7 +210,8 @@ void TurnColumns(const PixelGrid<const unsigned char>& source,
                  const PixelGrid<unsigned char>& destination, bool toTheLeft) {
     const ColumnMap map{source, destination, toTheLeft};
     for (int i = 0; i < source.size.cy; i += kTileRows) {
-        TurnTile(map, {0, i, source.size.cx, std::min(kTileRows, source.size.cy - i)});
+        const RasterRect tile{0, i, source.size.cx, std::min(kTileRows, source.size.cy - i)};
+        source.channels == 3 ? TurnTile<3>(map, tile) : TurnTile<1>(map, tile);
     }
 }
 
@@ -205,21 +224,19 @@ namespace quorvex {
 HWY_EXPORT(Reverse);
 HWY_EXPORT(TurnColumns);
 
-namespace {
-
-void CopyRows(const PixelGrid<const unsigned char>& source,
-              const PixelGrid<unsigned char>& destination, bool fromBelow) {
-    for (int y = 0; y < source.size.cy; ++y) {
-        const auto row = source.Row(fromBelow ? source.size.cy - 1 - y : y);
-        std::ranges::copy(row, destination.Row(y).begin());
-    }
-}
-
-}  // namespace
-
 void ReverseRows(const PixelGrid<unsigned char>& image, std::size_t pixelBytes) {
     HWY_DYNAMIC_DISPATCH(Reverse)(image, pixelBytes);
 }
+
+namespace {
+
+void ReverseOneRow(const PixelGrid<unsigned char>& image, int y) {
+    const CSize size{image.size.cx, 1};
+    ReverseRows({image.Row(y).data(), image.step, size, image.channels},
+                static_cast<std::size_t>(image.channels));
+}
+
+}  // namespace
 
 void TurnPixels(const PixelGrid<const unsigned char>& source,
                 const PixelGrid<unsigned char>& destination, int quarters) {
@@ -227,8 +244,11 @@ void TurnPixels(const PixelGrid<const unsigned char>& source,
         HWY_DYNAMIC_DISPATCH(TurnColumns)(source, destination, quarters == 1);
         return;
     }
-    CopyRows(source, destination, quarters == 2);
-    if (quarters == 2) ReverseRows(destination, static_cast<std::size_t>(source.channels));
+    for (int y = 0; y < source.size.cy; ++y) {
+        const int from = quarters == 2 ? source.size.cy - 1 - y : y;
+        std::memcpy(destination.Row(y).data(), source.Row(from).data(), source.RowSamples());
+        if (quarters == 2) ReverseOneRow(destination, y);  // while it is near
+    }
 }
 
 }  // namespace quorvex
