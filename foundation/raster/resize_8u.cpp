@@ -12,17 +12,17 @@ constexpr std::uint8_t kZeroByte = 0x80;
 
 void AddPairs(HorizontalPlan& plan, const std::vector<ResizeTap>& taps, std::uint32_t channels) {
     const std::size_t samples = taps.size() * channels;
-    plan.lefts.reserve(samples);
-    plan.rights.reserve(samples);
-    plan.leftWeights.reserve(PaddedRow(samples));
+    plan.lefts.resize(samples);
+    plan.rights.resize(samples);
+    plan.leftWeights.assign(PaddedRow(samples), kWholeWeight);
+    std::size_t i = 0;
     for (const ResizeTap& tap : taps) {
-        for (std::uint32_t channel = 0; channel < channels; ++channel) {
-            plan.lefts.push_back(static_cast<std::uint32_t>(tap.first) * channels + channel);
-            plan.rights.push_back(static_cast<std::uint32_t>(tap.Second()) * channels + channel);
-            plan.leftWeights.push_back(static_cast<std::uint16_t>(kWholeWeight - tap.weight));
+        for (std::uint32_t channel = 0; channel < channels; ++channel, ++i) {
+            plan.lefts[i] = static_cast<std::uint32_t>(tap.first) * channels + channel;
+            plan.rights[i] = static_cast<std::uint32_t>(tap.Second()) * channels + channel;
+            plan.leftWeights[i] = static_cast<std::uint16_t>(kWholeWeight - tap.weight);
         }
     }
-    plan.leftWeights.resize(PaddedRow(samples), kWholeWeight);
 }
 
 PairWindow MakeWindow(const HorizontalPlan& plan, std::size_t first, std::size_t end,
@@ -55,6 +55,8 @@ bool AddWindow(HorizontalPlan& plan, std::size_t first, std::size_t rowBytes) {
 
 void AddWindows(HorizontalPlan& plan, std::size_t rowBytes) {
     if (rowBytes < kWindowBytes) return;
+    plan.windows.reserve(plan.leftWeights.size() / kWindowSamples);
+    plan.windowStarts.reserve(plan.leftWeights.size() / kWindowSamples);
     bool fits = true;
     for (std::size_t i = 0; fits && i < plan.lefts.size(); i += kWindowSamples) {
         fits = AddWindow(plan, i, rowBytes);
@@ -89,7 +91,8 @@ RowResizer::RowResizer(const ResizeShape& shape)
       rows_(ResizeTaps(shape.source.cy, shape.destination.cy, shape.yFactor, kResizeWeightBits)) {
     if (!IsUsable()) return;
     isCopy_ = IsIdentity(columns_) && IsIdentity(rows_);
-    isHalf_ = shape.channels == 1 && IsHalving(columns_) && IsHalving(rows_);
+    isHalf_ =
+        (shape.channels == 1 || shape.channels == 3) && IsHalving(columns_) && IsHalving(rows_);
     if (isCopy_ || isHalf_) return;
     const auto channels = static_cast<std::uint32_t>(shape.channels);
     AddPairs(plan_, columns_, channels);
@@ -122,7 +125,8 @@ void RowResizer::HalveAll(const RowSource& rowAt,
                           const PixelGrid<unsigned char>& destination) const {
     for (int y = 0; y < destination.size.cy; ++y) {
         const unsigned char* const upper = rowAt(2 * y);
-        HalveRows(upper, rowAt(2 * y + 1), destination.Row(y));
+        HalveRows(upper, rowAt(2 * y + 1), static_cast<std::size_t>(destination.channels),
+                  destination.Row(y));
     }
 }
 

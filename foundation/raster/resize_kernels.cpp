@@ -94,30 +94,70 @@ void Vertical(const std::uint16_t* upper, const std::uint16_t* lower, std::uint1
     }
 }
 
-/// Sums of neighbours, in words.
-template <class Words>
-hn::Vec<Words> PairSums(Words words, const unsigned char* bytes) {
-    const hn::Repartition<std::uint8_t, Words> octets;
-    const auto pairs = hn::BitCast(words, hn::LoadU(octets, bytes));
-    return hn::Add(hn::And(pairs, hn::Set(words, std::uint16_t{0xFF})), hn::ShiftRight<8>(pairs));
+#if HWY_TARGET != HWY_SCALAR
+/// The mean of neighbours in two rows.
+template <class Words, class Octets>
+auto Means(Words words, hn::Vec<Octets> upper, hn::Vec<Octets> lower) {
+    const hn::Rebind<std::int16_t, Words> signedWords;
+    const hn::Rebind<std::uint8_t, Words> halfOctets;
+    const auto low = hn::Set(words, std::uint16_t{0xFF});
+    const auto a = hn::BitCast(words, upper);
+    const auto b = hn::BitCast(words, lower);
+    const auto sum = hn::Add(hn::Add(hn::And(a, low), hn::ShiftRight<8>(a)),
+                             hn::Add(hn::And(b, low), hn::ShiftRight<8>(b)));
+    const auto mean = hn::ShiftRight<2>(hn::Add(sum, hn::Set(words, std::uint16_t{2})));
+    return hn::DemoteTo(halfOctets, hn::BitCast(signedWords, mean));
 }
 
-void Halve(const unsigned char* upper, const unsigned char* lower, unsigned char* destination,
-           std::size_t count) {
-    std::size_t i = 0;
-#if HWY_TARGET != HWY_SCALAR
+/// Halves as many whole vectors of pixels as there are, and gives their number of pixels.
+std::size_t HalveGrey(const unsigned char* upper, const unsigned char* lower,
+                      unsigned char* destination, std::size_t pixels) {
     const hn::ScalableTag<std::uint16_t> words;
-    const hn::Rebind<std::int16_t, decltype(words)> signedWords;
-    const hn::Rebind<std::uint8_t, decltype(words)> octets;
-    const auto rounding = hn::Set(words, std::uint16_t{2});
-    for (const std::size_t lanes = hn::Lanes(words); i + lanes <= count; i += lanes) {
-        const auto sum = hn::Add(PairSums(words, upper + 2 * i), PairSums(words, lower + 2 * i));
-        const auto mean = hn::ShiftRight<2>(hn::Add(sum, rounding));
-        hn::StoreU(hn::DemoteTo(octets, hn::BitCast(signedWords, mean)), octets, destination + i);
+    using Octets = hn::Repartition<std::uint8_t, decltype(words)>;
+    const hn::Rebind<std::uint8_t, decltype(words)> halfOctets;
+    const std::size_t lanes = hn::Lanes(words);
+    std::size_t i = 0;
+    for (; i + lanes <= pixels; i += lanes) {
+        const auto mean = Means<decltype(words), Octets>(words, hn::LoadU(Octets(), upper + 2 * i),
+                                                         hn::LoadU(Octets(), lower + 2 * i));
+        hn::StoreU(mean, halfOctets, destination + i);
     }
+    return i;
+}
+
+std::size_t HalveColour(const unsigned char* upper, const unsigned char* lower,
+                        unsigned char* destination, std::size_t pixels) {
+    const hn::FixedTag<std::uint16_t, 8> words;
+    using Octets = hn::Repartition<std::uint8_t, decltype(words)>;
+    const hn::Rebind<std::uint8_t, decltype(words)> halfOctets;
+    const auto means = [&](auto a, auto b) { return Means<decltype(words), Octets>(words, a, b); };
+    const std::size_t lanes = hn::Lanes(words);
+    std::size_t i = 0;
+    for (; i + lanes <= pixels; i += lanes) {
+        hn::Vec<Octets> upperR, upperG, upperB, lowerR, lowerG, lowerB;
+        hn::LoadInterleaved3(Octets(), upper + 6 * i, upperR, upperG, upperB);
+        hn::LoadInterleaved3(Octets(), lower + 6 * i, lowerR, lowerG, lowerB);
+        hn::StoreInterleaved3(means(upperR, lowerR), means(upperG, lowerG), means(upperB, lowerB),
+                              halfOctets, destination + 3 * i);
+    }
+    return i;
+}
+#else
+std::size_t HalveGrey(const unsigned char*, const unsigned char*, unsigned char*, std::size_t) {
+    return 0;
+}
+std::size_t HalveColour(const unsigned char*, const unsigned char*, unsigned char*, std::size_t) {
+    return 0;
+}
 #endif
-    for (; i < count; ++i) {
-        const int sum = upper[2 * i] + upper[2 * i + 1] + lower[2 * i] + lower[2 * i + 1];
+
+void Halve(const unsigned char* upper, const unsigned char* lower, std::size_t channels,
+           unsigned char* destination, std::size_t pixels) {
+    const std::size_t done = channels == 3 ? HalveColour(upper, lower, destination, pixels)
+                                           : HalveGrey(upper, lower, destination, pixels);
+    for (std::size_t i = done * channels; i < pixels * channels; ++i) {
+        const std::size_t left = i + i / channels * channels;  // 2 pixels on for each pixel
+        const int sum = upper[left] + upper[left + channels] + lower[left] + lower[left + channels];
         destination[i] = static_cast<unsigned char>((sum + 2) >> 2);
     }
 }
@@ -143,9 +183,10 @@ void ResizeVertically(std::span<const std::uint16_t> upper, std::span<const std:
     (upper.data(), lower.data(), lowerWeight, destination.data(), destination.size());
 }
 
-void HalveRows(const unsigned char* upper, const unsigned char* lower,
+void HalveRows(const unsigned char* upper, const unsigned char* lower, std::size_t channels,
                std::span<unsigned char> destination) {
-    HWY_DYNAMIC_DISPATCH(Halve)(upper, lower, destination.data(), destination.size());
+    HWY_DYNAMIC_DISPATCH(Halve)
+    (upper, lower, channels, destination.data(), destination.size() / channels);
 }
 
 }  // namespace quorvex

@@ -47,8 +47,8 @@ void ResizeHorizontally(const HorizontalPlan& plan, const unsigned char* bytes,
 void ResizeVertically(std::span<const std::uint16_t> upper, std::span<const std::uint16_t> lower,
                       std::uint16_t lowerWeight, std::span<unsigned char> destination);
 
-/// The plain case of half the size: every destination byte is the mean of two and two bytes.
-void HalveRows(const unsigned char* upper, const unsigned char* lower,
+/// The plain case of half the size, with 1 or 3 channels: the mean of two and two pixels.
+void HalveRows(const unsigned char* upper, const unsigned char* lower, std::size_t channels,
                std::span<unsigned char> destination);
 
 }  // namespace quorvex

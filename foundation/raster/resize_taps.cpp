@@ -17,8 +17,9 @@ bool FillsDestination(int sourceLength, int destinationLength, double factor) {
 std::uint64_t RoundedQuotient(std::uint64_t numerator, std::uint64_t denominator) {
     const std::uint64_t quotient = numerator / denominator;
     const std::uint64_t twice = 2 * (numerator % denominator);
-    const bool up = twice > denominator || (twice == denominator && quotient % 2 == 1);
-    return quotient + (up ? 1 : 0);
+    const auto above = static_cast<unsigned>(twice > denominator);
+    const auto half = static_cast<unsigned>(twice == denominator);
+    return quotient + (above | (half & (quotient & 1U)));
 }
 
 ResizeTap Held(std::int64_t first, std::uint64_t weight, int sourceLength, int bits) {
@@ -31,15 +32,40 @@ ResizeTap Held(std::int64_t first, std::uint64_t weight, int sourceLength, int b
     return {static_cast<std::int32_t>(first), static_cast<std::uint32_t>(weight)};
 }
 
-ResizeTap WholeNumberTap(std::int64_t i, int sourceLength, int destinationLength, int bits) {
-    const std::int64_t numerator = (2 * i + 1) * sourceLength - destinationLength;
-    const std::int64_t denominator = std::int64_t{2} * destinationLength;
-    if (numerator <= 0) return {0, 0};
-    const auto fraction = static_cast<std::uint64_t>(numerator % denominator);
-    // 2^32 x 2^30 at most: the shift cannot overflow.
-    const auto weight = RoundedQuotient(fraction << bits, static_cast<std::uint64_t>(denominator));
-    return Held(numerator / denominator, weight, sourceLength, bits);
-}
+/// A position as a whole number and a fraction, moved on by additions alone.
+class ExactPosition {
+public:
+    /// That of destination pixel 0: (source - destination) / (2 x destination).
+    ExactPosition(std::int64_t sourceLength, std::int64_t destinationLength)
+        : denominator_(2 * destinationLength),
+          wholeStep_(sourceLength / destinationLength),
+          fractionStep_(2 * (sourceLength % destinationLength)) {
+        const std::int64_t distance = sourceLength - destinationLength;
+        whole_ = distance < 0 ? -1 : distance / denominator_;
+        fraction_ = distance - whole_ * denominator_;
+    }
+    void Advance() {
+        whole_ += wholeStep_;
+        fraction_ += fractionStep_;
+        if (fraction_ >= denominator_) {
+            fraction_ -= denominator_;
+            ++whole_;
+        }
+    }
+    [[nodiscard]] std::int64_t Whole() const { return whole_; }
+    /// The fraction in units of 2^-bits. 2^32 x 2^30 at most: the shift cannot overflow.
+    [[nodiscard]] std::uint64_t Weight(int bits) const {
+        return RoundedQuotient(static_cast<std::uint64_t>(fraction_) << bits,
+                               static_cast<std::uint64_t>(denominator_));
+    }
+
+private:
+    std::int64_t denominator_;
+    std::int64_t wholeStep_;
+    std::int64_t fractionStep_;
+    std::int64_t whole_;
+    std::int64_t fraction_;
+};
 
 ResizeTap FactorTap(int i, int sourceLength, double factor, int bits) {
     const double position = (i + 0.5) / factor - 0.5;
@@ -59,11 +85,16 @@ std::vector<ResizeTap> ResizeTaps(int sourceLength, int destinationLength, doubl
     if (sourceLength < 1 || destinationLength < 1 || !std::isfinite(factor) || factor <= 0.0) {
         return taps;
     }
-    const bool whole = FillsDestination(sourceLength, destinationLength, factor);
-    taps.reserve(static_cast<std::size_t>(destinationLength));
-    for (int i = 0; i < destinationLength; ++i) {
-        taps.push_back(whole ? WholeNumberTap(i, sourceLength, destinationLength, bits)
-                             : FactorTap(i, sourceLength, factor, bits));
+    taps.resize(static_cast<std::size_t>(destinationLength));
+    if (FillsDestination(sourceLength, destinationLength, factor)) {
+        ExactPosition position(sourceLength, destinationLength);
+        for (ResizeTap& tap : taps) {
+            tap = Held(position.Whole(), position.Weight(bits), sourceLength, bits);
+            position.Advance();
+        }
+    } else {
+        int i = 0;
+        for (ResizeTap& tap : taps) tap = FactorTap(i++, sourceLength, factor, bits);
     }
     return taps;
 }
