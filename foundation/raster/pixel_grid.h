@@ -40,7 +40,8 @@ struct PixelGrid {
 
 /// A rectangle of pixels that certainly lies in the image, or is empty.
 [[nodiscard]] inline RasterRect CutToSize(const RasterRect& rect, CSize size) noexcept {
-    const auto cut = [](int start, int length, int limit) {
+    const auto cut = [](int start, int length, int side) {
+        const std::int64_t limit = std::max(side, 0);
         const std::int64_t first = std::clamp<std::int64_t>(start, 0, limit);
         const std::int64_t last =
             std::clamp<std::int64_t>(std::int64_t{start} + length, first, limit);

@@ -10,17 +10,21 @@ constexpr std::size_t kWindowBytes = 16;
 constexpr std::size_t kWindowSamples = 4;
 constexpr std::uint8_t kZeroByte = 0x80;
 
-void AddPairs(HorizontalPlan& plan, const std::vector<ResizeTap>& taps, std::uint32_t channels) {
+/// The last pixel counts as the right one of the last pair, so that all pairs are neighbours.
+void AddPairs(HorizontalPlan& plan, const std::vector<ResizeTap>& taps, int width,
+              std::uint32_t channels) {
     const std::size_t samples = taps.size() * channels;
+    plan.toRight = width > 1 ? channels : 0;
     plan.lefts.resize(samples);
-    plan.rights.resize(samples);
     plan.leftWeights.assign(PaddedRow(samples), kWholeWeight);
     std::size_t i = 0;
     for (const ResizeTap& tap : taps) {
+        const bool isLast = width > 1 && tap.first == width - 1;
+        const auto left = static_cast<std::uint32_t>(isLast ? tap.first - 1 : tap.first);
+        const auto weight = isLast ? 0U : kWholeWeight - tap.weight;
         for (std::uint32_t channel = 0; channel < channels; ++channel, ++i) {
-            plan.lefts[i] = static_cast<std::uint32_t>(tap.first) * channels + channel;
-            plan.rights[i] = static_cast<std::uint32_t>(tap.Second()) * channels + channel;
-            plan.leftWeights[i] = static_cast<std::uint16_t>(kWholeWeight - tap.weight);
+            plan.lefts[i] = left * channels + channel;
+            plan.leftWeights[i] = static_cast<std::uint16_t>(weight);
         }
     }
 }
@@ -31,7 +35,8 @@ PairWindow MakeWindow(const HorizontalPlan& plan, std::size_t first, std::size_t
     std::ranges::fill(window.shuffle, kZeroByte);
     for (std::size_t i = first, lane = 0; i < end; ++i, ++lane) {
         window.shuffle[2 * lane + 1] = static_cast<std::uint8_t>(plan.lefts[i] - start);
-        window.shuffle[2 * lane + 9] = static_cast<std::uint8_t>(plan.rights[i] - start);
+        window.shuffle[2 * lane + 9] =
+            static_cast<std::uint8_t>(plan.lefts[i] + plan.toRight - start);
         window.weights[lane] = plan.leftWeights[i];
         window.weights[lane + 4] = static_cast<std::uint16_t>(kWholeWeight - plan.leftWeights[i]);
     }
@@ -45,7 +50,7 @@ bool AddWindow(HorizontalPlan& plan, std::size_t first, std::size_t rowBytes) {
     std::size_t last = 0;
     for (std::size_t i = first; i < end; ++i) {
         start = std::min<std::size_t>(start, plan.lefts[i]);
-        last = std::max<std::size_t>(last, plan.rights[i]);
+        last = std::max<std::size_t>(last, plan.lefts[i] + plan.toRight);
     }
     if (last - start >= kWindowBytes) return false;
     plan.windowStarts.push_back(static_cast<std::uint32_t>(start));
@@ -95,7 +100,7 @@ RowResizer::RowResizer(const ResizeShape& shape)
         (shape.channels == 1 || shape.channels == 3) && IsHalving(columns_) && IsHalving(rows_);
     if (isCopy_ || isHalf_) return;
     const auto channels = static_cast<std::uint32_t>(shape.channels);
-    AddPairs(plan_, columns_, channels);
+    AddPairs(plan_, columns_, shape.source.cx, channels);
     AddWindows(plan_, static_cast<std::size_t>(shape.source.cx) * channels);
     upper_.samples.resize(PaddedRow(plan_.lefts.size()));
     lower_.samples.resize(PaddedRow(plan_.lefts.size()));

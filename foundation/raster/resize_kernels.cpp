@@ -1,5 +1,7 @@
 #include "foundation/raster/resize_kernels.h"
 
+#include <type_traits>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "foundation/raster/resize_kernels.cpp"
 #include <hwy/foreach_target.h>
@@ -16,17 +18,24 @@ std::uint16_t HighHalf(std::uint32_t a, std::uint32_t b) {
     return static_cast<std::uint16_t>((a * b) >> 16);
 }
 
-/// Brings the two bytes of each pair together in the row itself.
-void GatherPairs(const HorizontalPlan& plan, const unsigned char* bytes, std::uint16_t* row) {
+/// Brings the two bytes of each pair together in the row itself. Bytes that lie side by side are
+/// read at once, as the compiler sees.
+template <class Distance>
+void GatherPairs(const HorizontalPlan& plan, const unsigned char* bytes, Distance toRight,
+                 std::uint16_t* row) {
     const std::uint32_t* const lefts = plan.lefts.data();
-    const std::uint32_t* const rights = plan.rights.data();
     for (std::size_t i = 0; i < plan.lefts.size(); ++i) {
-        row[i] = static_cast<std::uint16_t>(bytes[lefts[i]] << 8 | bytes[rights[i]]);
+        const unsigned char* const left = bytes + lefts[i];
+        row[i] = static_cast<std::uint16_t>(left[0] << 8 | left[toRight]);
     }
 }
 
 void PairsOneByOne(const HorizontalPlan& plan, const unsigned char* bytes, std::uint16_t* row) {
-    GatherPairs(plan, bytes, row);
+    if (plan.toRight == 1) {
+        GatherPairs(plan, bytes, std::integral_constant<std::size_t, 1>(), row);
+    } else {
+        GatherPairs(plan, bytes, plan.toRight, row);
+    }
     const hn::ScalableTag<std::uint16_t> words;
     const auto whole = hn::Set(words, kWholeWeight);
     const auto highBytes = hn::Set(words, std::uint16_t{0xFF00});

@@ -27,7 +27,7 @@ struct PairWindow {
 /// bytes of its row, the second one with the weight that is missing to kWholeWeight.
 struct HorizontalPlan {
     std::vector<std::uint32_t> lefts;
-    std::vector<std::uint32_t> rights;
+    std::uint32_t toRight = 0;               ///< from the first byte to the second, in every pair
     std::vector<std::uint16_t> leftWeights;  ///< padded as rows are
     /// Empty where some four samples do not fit a window; else two for each eight of them.
     std::vector<PairWindow> windows;
