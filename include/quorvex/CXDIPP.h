@@ -15,6 +15,21 @@ namespace quorvex {
 class CXGSPSInfo;
 class CXWindowing;
 class CxDcmParser;
+struct IncomingImage;
+
+/// Bytes of an image that `CXDIPP` owns.
+struct PixelBlock {
+    std::unique_ptr<unsigned char[]> data;
+    std::size_t size = 0;
+};
+
+/// What the elements of a displayed frame stand for.
+struct ValueRange {
+    std::int64_t low = 0;   ///< lowest value of the frame: an element holds a value's low bits
+    std::int64_t high = 0;  ///< highest value of the frame
+    int domainLow = 0;      ///< lowest value that windowing has a display value for
+    int domainHigh = 0;     ///< highest one
+};
 
 /// One displayed image: a frame after the modality stage, the presentation that governs it, its
 /// window, and its place in the view (zoom, pan, rotation, flip).
@@ -167,29 +182,12 @@ public:
     QUORVEX_MESSAGE GetResultImage(unsigned char*& destination, int length) const;
 
 private:
-    friend struct CXDIPPInspector;  // the tests look at the members through it
+    friend struct CXDIPPInspector;  // through which the tests see the members
 
-    struct PixelBlock {
-        std::unique_ptr<unsigned char[]> data;
-        std::size_t size = 0;
-    };
-    /// Values of `pixels`, and what windowing was told about them.
-    struct ValueRange {
-        std::int64_t low = 0;  ///< lowest value of this frame: elements are read modulo their width
-        std::int64_t high = 0;  ///< highest value of this frame
-        int domainLow = 0;      ///< domain of the windowing table
-        int domainHigh = 0;
-    };
-    struct PixelShape;
-    struct Incoming;
-
-    QUORVEX_MESSAGE ShowFrame(std::unique_ptr<CxDcmParser> newParser, CxDcmParser& source,
-                              CSize newViewSize, int frameIndex);
-    void ReadRecord(CDcmObject* header, const CString& imageUID, Incoming& incoming) const;
-    void ApplyModalityLUT(CDcmObject* header, unsigned char* frame, std::size_t frameBytes,
-                          Incoming& incoming) const;
-    void Commit(Incoming&& incoming) noexcept;
-    void RemoveGSPSInfo() noexcept;
+    QUORVEX_MESSAGE ShowFrame(CxDcmParser& source, CSize newViewSize, int frameIndex);
+    void Prepare(IncomingImage& incoming) const;
+    void Commit(IncomingImage& incoming) noexcept;
+    void ApplyState(CDcmObject* state);
 
     void PrepareDisplayAreaTransform() noexcept;
     void PrepareScaleToFit() noexcept;
@@ -197,6 +195,9 @@ private:
     void DoFit() noexcept;
     void UpdateDisplayArea() noexcept;
     [[nodiscard]] CPoint CalcImagePanOffset() const noexcept;
+
+    [[nodiscard]] double EffectiveAspectRatio() const noexcept;
+    [[nodiscard]] int QuarterTurns() const noexcept;
 
     std::unique_ptr<CxDcmParser> parser;
     std::unique_ptr<CXWindowing> windowing;
@@ -207,6 +208,7 @@ private:
     PixelBlock pixels;
     PixelBlock resultImage;
     CSize resultSize;
+    int renderedPixelSize = 0;  // of `resultImage`, which outlives a change of image
     CSize imageSize;
     CSize viewSize;
     int rotation = 0;
@@ -220,7 +222,7 @@ private:
     double aspectRatio = 0.0;
     int inverse = 0;
     ValueRange valueRange;
-    int minValue = 0;
+    int minValue = 0;  // over all frames that this object met; 0 always lies between the two
     int maxValue = 0;
     int renderMode = 0;
 };

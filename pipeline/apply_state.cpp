@@ -1,0 +1,60 @@
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include "foundation/types/answer.h"
+#include "pipeline/presentation_record.h"
+#include "quorvex/CXDIPP.h"
+#include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CXWindowing.h"
+#include "quorvex/CxDcmParser.h"
+
+namespace quorvex {
+
+namespace {
+
+constexpr std::uint32_t kSOPInstanceUID = 0x00080018;
+constexpr std::uint32_t kSamplesPerPixel = 0x00280002;
+constexpr std::uint32_t kBitsAllocated = 0x00280100;
+
+}  // namespace
+
+void CXDIPP::ApplyState(CDcmObject* state) {
+    const CDcmObject* image = parser->GetHeader();
+    if (image == nullptr || !presentation) return;
+    unsigned short bitsAllocated = 0;
+    unsigned short samplesPerPixel = 1;
+    CString imageUID;
+    image->GetValue(kBitsAllocated, bitsAllocated);
+    image->GetValue(kSamplesPerPixel, samplesPerPixel);
+    image->GetValue(kSOPInstanceUID, imageUID, -1);
+
+    auto record = ReadRecord(state, imageSize, imageUID);
+    record->pixelBitDepth = bitsAllocated;
+    record->pixelRepresentation = pixelRepresentation;
+    if (samplesPerPixel == 1) {
+        windowing->PrepareGSPSProcessing2(record.get(), valueRange.domainLow,
+                                          valueRange.domainHigh);
+    }
+    rotation = record->imageRotation;
+    horizontalFlip = record->imageHorizontalFlip;
+    presentation = std::move(record);
+}
+
+QUORVEX_MESSAGE CXDIPP::ApllyGSPSObject(CDcmApp* app, CString path) {
+    return Answer(QVM_SUCCESS, [&] {
+        CxDcmParser state;
+        state.Initialize(app, std::move(path), 0);
+        ApplyState(state.GetHeader());
+        return QVM_SUCCESS;
+    });
+}
+
+QUORVEX_MESSAGE CXDIPP::ApllyGSPSObject(CDcmApp*, CDcmObject* object) {
+    return Answer(QVM_SUCCESS, [&] {
+        ApplyState(object);
+        return QVM_SUCCESS;
+    });
+}
+
+}  // namespace quorvex

@@ -1,0 +1,45 @@
+/// The modality stage: a grey frame as stored becomes one of modality values, once for each frame.
+#pragma once
+
+#include <cstdint>
+
+#include "pipeline/modality_transform.h"
+#include "pipeline/stored_elements.h"
+#include "quorvex/CXDIPP.h"
+
+namespace quorvex {
+
+/// A value is an element times `step` plus `offset`.
+struct ValueScale {
+    double step = 1.0;
+    double offset = 0.0;
+    [[nodiscard]] bool IsPlain() const noexcept { return step == 1.0 && offset == 0.0; }
+};
+
+/// A grey frame after the modality stage.
+///
+/// Elements hold the low bits of their values, two's complement, when the values of the frame
+/// differ by less than their width can tell apart. Byte frames whose values do not are widened to
+/// words, and frames for which words are too narrow are scaled to 0 .. 65535. Frames that a rescale
+/// would leave without detail keep their stored values as elements.
+struct ModalityFrame {
+    PixelBlock pixels;
+    int bytesPerPixel = 0;
+    ValueSpan values;    ///< lowest and highest modality value of the frame
+    ValueSpan elements;  ///< the same as elements; the same numbers unless scaled
+    ValueScale scale;
+};
+
+/// Runs the stage.
+///
+/// @param frame  the frame as stored; its block is used again where it can be
+/// @param met    values met so far: a scaled frame is scaled so that these fit too, and windows
+/// over
+///               the full range stay comparable from frame to frame
+[[nodiscard]] ModalityFrame ApplyModalityStage(PixelBlock frame, const StoredLayout& layout,
+                                               const ModalityTransform& transform, ValueSpan met);
+
+/// The element that stands for `value` in a scaled frame.
+[[nodiscard]] std::int64_t ScaledElement(std::int64_t value, const ValueScale& scale) noexcept;
+
+}  // namespace quorvex

@@ -1,0 +1,32 @@
+/// What a header says about the pixels of its frames.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+
+#include "pipeline/stored_elements.h"
+#include "quorvex/Types.h"
+
+namespace quorvex {
+
+class CDcmObject;
+
+/// Absent attributes have their defaults: one sample, unsigned, all bits stored.
+struct PixelHeader {
+    CSize size;
+    unsigned short samplesPerPixel = 1;
+    unsigned short bitsAllocated = 0;
+    unsigned short pixelRepresentation = 0;
+    unsigned short bitsStored = 0;
+    unsigned short highBit = 0;
+
+    [[nodiscard]] bool IsGrey() const noexcept { return samplesPerPixel == 1; }
+    [[nodiscard]] std::size_t PixelCount() const noexcept;
+    /// Of a grey frame.
+    [[nodiscard]] StoredLayout Layout() const noexcept;
+};
+
+/// Nothing when there are no pixels, more than we would ever hold, or samples wider than 32 bits.
+[[nodiscard]] std::optional<PixelHeader> ReadPixelHeader(const CDcmObject& header);
+
+}  // namespace quorvex

@@ -1,0 +1,36 @@
+#include "pipeline/presentation_record.h"
+
+#include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CXGSPSObject.h"
+
+namespace quorvex {
+
+namespace {
+
+void RemoveGSPSInfo(CXGSPSInfo* record) noexcept {
+    delete[] record->modalityLUTData;
+    delete[] record->voiLUTData;
+    delete[] record->presentationLUTData;
+    delete[] record->shutterMask;
+    delete record;
+}
+
+constexpr int kNoFrameInParticular = -1;
+
+}  // namespace
+
+std::shared_ptr<CXGSPSInfo> NewRecord(CSize imageSize) {
+    std::shared_ptr<CXGSPSInfo> record(new CXGSPSInfo, RemoveGSPSInfo);
+    record->imageColumns = imageSize.cx;
+    record->imageRows = imageSize.cy;
+    return record;
+}
+
+std::shared_ptr<CXGSPSInfo> ReadRecord(CDcmObject* object, CSize imageSize,
+                                       const CString& imageUID) {
+    auto record = NewRecord(imageSize);
+    CXGSPSObject().GSPSApplier(object, record.get(), imageUID, kNoFrameInParticular);
+    return record;
+}
+
+}  // namespace quorvex

@@ -1,0 +1,22 @@
+/// Presentation records as `CXDIPP` holds them.
+#pragma once
+
+#include <memory>
+
+#include "quorvex/Types.h"
+
+namespace quorvex {
+
+class CDcmObject;
+class CXGSPSInfo;
+
+/// An empty record for an image of that size. The tables and the mask that a reading puts into it
+/// go with it.
+[[nodiscard]] std::shared_ptr<CXGSPSInfo> NewRecord(CSize imageSize);
+
+/// A record read from `object` for the image `imageUID`; an empty UID reads an image's own
+/// presentation. Without an object the record is empty.
+[[nodiscard]] std::shared_ptr<CXGSPSInfo> ReadRecord(CDcmObject* object, CSize imageSize,
+                                                     const CString& imageUID);
+
+}  // namespace quorvex

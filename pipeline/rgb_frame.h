@@ -1,0 +1,17 @@
+/// Colour frames as `CXDIPP` holds them: one byte a sample, red, green, blue.
+#pragma once
+
+#include "quorvex/CXDIPP.h"
+
+namespace quorvex {
+
+struct PixelHeader;
+
+/// Makes one of a frame whose samples are interleaved.
+///
+/// Of wider samples the eight highest stored bits are taken; of more than three samples a pixel the
+/// first three, and of two the second one twice. A frame that is too short ends in zeros. The
+/// frame's block is used again where it has that layout already.
+[[nodiscard]] PixelBlock RgbFrame(PixelBlock frame, const PixelHeader& header);
+
+}  // namespace quorvex

@@ -1,0 +1,75 @@
+#include <cstring>
+#include <memory>
+#include <tuple>
+#include <utility>
+
+#include "pipeline/stored_elements.h"
+#include "quorvex/CXDIPP.h"
+#include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CXWindowing.h"
+#include "quorvex/CxDcmParser.h"
+
+namespace quorvex {
+
+namespace {
+
+PixelBlock CopyOf(const PixelBlock& block) {
+    if (!block.data) return {};
+    PixelBlock copy = NewPixelBlock(block.size);
+    std::memcpy(copy.data.get(), block.data.get(), block.size);
+    return copy;
+}
+
+}  // namespace
+
+CXDIPP::CXDIPP()
+    : parser(std::make_unique<CxDcmParser>()), windowing(std::make_unique<CXWindowing>()) {}
+
+CXDIPP::CXDIPP(const CXDIPP& other)
+    : parser(std::make_unique<CxDcmParser>(*other.parser)),
+      windowing(std::make_unique<CXWindowing>(*other.windowing)),
+      presentation(other.presentation),
+      overlayImage(CopyOf(other.overlayImage)),
+      paletteImage(CopyOf(other.paletteImage)),
+      pixelRepresentation(other.pixelRepresentation),
+      pixels(CopyOf(other.pixels)),
+      resultImage(CopyOf(other.resultImage)),
+      resultSize(other.resultSize),
+      renderedPixelSize(other.renderedPixelSize),
+      imageSize(other.imageSize),
+      viewSize(other.viewSize),
+      rotation(other.rotation),
+      horizontalFlip(other.horizontalFlip),
+      zoom(other.zoom),
+      panOffset(other.panOffset),
+      resultPixelSize(other.resultPixelSize),
+      bytesPerPixel(other.bytesPerPixel),
+      bitsStored(other.bitsStored),
+      roi(other.roi),
+      aspectRatio(other.aspectRatio),
+      inverse(other.inverse),
+      valueRange(other.valueRange),
+      minValue(other.minValue),
+      maxValue(other.maxValue),
+      renderMode(other.renderMode) {}
+
+CXDIPP& CXDIPP::operator=(const CXDIPP& other) {
+    if (this == &other) return *this;
+    const auto members = [](CXDIPP& d) {
+        return std::tie(d.parser, d.windowing, d.presentation, d.overlayImage, d.paletteImage,
+                        d.pixelRepresentation, d.pixels, d.resultImage, d.resultSize,
+                        d.renderedPixelSize, d.imageSize, d.viewSize, d.rotation, d.horizontalFlip,
+                        d.zoom, d.panOffset, d.resultPixelSize, d.bytesPerPixel, d.bitsStored,
+                        d.roi, d.aspectRatio, d.inverse, d.valueRange, d.minValue, d.maxValue,
+                        d.renderMode);
+    };
+    CXDIPP copy(other);
+    auto mine = members(*this);
+    auto theirs = members(copy);
+    mine.swap(theirs);
+    return *this;
+}
+
+CXDIPP::~CXDIPP() = default;
+
+}  // namespace quorvex

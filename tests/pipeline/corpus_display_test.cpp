@@ -1,0 +1,136 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <numeric>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "quorvex/CXDIPP.h"
+#include "quorvex/CXGSPSInfo.h"
+#include "tests/pipeline/inspector.h"
+
+namespace quorvex {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kBlocks = 8;
+
+struct Expectation {
+    std::string file, transferSyntax, method;
+    double center = 0, width = 0, tolerance = 0, mean = 0;
+    std::vector<double> grid;
+};
+
+std::optional<fs::path> Corpus() {
+    for (fs::path folder = QUORVEX_SOURCE_DIR; folder.has_relative_path();
+         folder = folder.parent_path()) {
+        const fs::path corpus = folder / "shared" / "corpus";
+        if (fs::exists(corpus / "MANIFEST.json")) return corpus;
+    }
+    return std::nullopt;
+}
+
+std::vector<std::string> LinesOf(const std::string& command) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), pclose);
+    std::string text;
+    char piece[4096];
+    while (const auto count = std::fread(piece, 1, sizeof piece, pipe.get()))
+        text.append(piece, count);
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);) lines.push_back(line);
+    return lines;
+}
+
+Expectation ParseLine(const std::string& line) {
+    std::istringstream stream(line);
+    std::string part;
+    const auto next = [&] {
+        std::getline(stream, part, '|');
+        return part;
+    };
+    Expectation e;
+    e.file = next();
+    e.transferSyntax = next();
+    e.method = next();
+    for (double* value : {&e.center, &e.width, &e.tolerance, &e.mean}) *value = std::stod(next());
+    std::istringstream grid(next());
+    for (double value = 0; grid >> value;) e.grid.push_back(value);
+    return e;
+}
+
+// Native, deflated and RLE frames: what does not depend on a lossy or third-party decoder.
+bool IsLosslessHere(const std::string& transferSyntax) {
+    const char* const kSyntaxes[] = {"",
+                                     "1.2.840.10008.1.2",
+                                     "1.2.840.10008.1.2.1",
+                                     "1.2.840.10008.1.2.2",
+                                     "1.2.840.10008.1.2.1.99",
+                                     "1.2.840.10008.1.2.5"};
+    for (const char* syntax : kSyntaxes) {
+        if (transferSyntax == syntax) return true;
+    }
+    return false;
+}
+
+// Blocks divide the whole image, of which the result may lack the last columns.
+double BlockMean(const std::vector<int>& rows, int resultWidth, CSize image, int row, int column) {
+    double sum = 0;
+    int count = 0;
+    const int right = std::min(image.cx * (column + 1) / kBlocks, resultWidth);
+    for (int y = image.cy * row / kBlocks; y < image.cy * (row + 1) / kBlocks; ++y) {
+        for (int x = image.cx * column / kBlocks; x < right; ++x) {
+            sum += rows[static_cast<std::size_t>(y * resultWidth + x)];
+            ++count;
+        }
+    }
+    return sum / count;
+}
+
+void ExpectShownAs(const fs::path& corpus, const Expectation& e) {
+    SCOPED_TRACE(e.file + " " + e.method);
+    CXDIPP dipp;
+    CDcmApp app;
+    ASSERT_EQ(dipp.Initialize(&app, CString((corpus / e.file).string()), {512, 512}, 0),
+              QVM_SUCCESS);
+    const CXDIPPInspector look{dipp};
+    if (look.Record().voiLUTData != nullptr && e.method.find("window") == 0) return;
+    dipp.UpdateZoom_ABS(1.0);
+    const std::vector<int> values = pipeline_test::Rendered(dipp);
+    CSize size;
+    int pixelSize = 0;
+    dipp.GetResultImageInfo(size, pixelSize);
+    ASSERT_EQ(pixelSize, 1);
+    const double sum = std::accumulate(values.begin(), values.end(), 0.0);
+    // Whole-number windows and the resampled last columns allow one more level.
+    const double tolerance = e.tolerance + 1.0;
+    EXPECT_NEAR(sum / static_cast<double>(values.size()), e.mean, tolerance);
+    ASSERT_EQ(e.grid.size(), static_cast<std::size_t>(kBlocks * kBlocks));
+    for (int block = 0; block < kBlocks * kBlocks; ++block) {
+        EXPECT_NEAR(BlockMean(values, size.cx, look.ImageSize(), block / kBlocks, block % kBlocks),
+                    e.grid[static_cast<std::size_t>(block)], tolerance)
+            << "block " << block;
+    }
+}
+
+TEST(CorpusDisplay, LooksAsIndependentToolsSay) {
+    const auto corpus = Corpus();
+    if (!corpus) GTEST_SKIP() << "no corpus beside the source";
+    const auto lines =
+        LinesOf("python3 " QUORVEX_SOURCE_DIR "/tests/pipeline/display_expectations.py '" +
+                (*corpus / "MANIFEST.json").string() + "'");
+    ASSERT_FALSE(lines.empty());
+    for (const auto& line : lines) {
+        const Expectation expectation = ParseLine(line);
+        if (IsLosslessHere(expectation.transferSyntax)) ExpectShownAs(*corpus, expectation);
+    }
+}
+
+}  // namespace
+}  // namespace quorvex
