@@ -35,10 +35,9 @@ int CXGSPSObject::GetGSPSModule(unsigned int selector, CDcmObject* object, CXGSP
         &CXGSPSObject::GetDisplayTransformation,
     };
     if (object == nullptr || info == nullptr) return 1;
-    const Reader reader = selector < std::size(kReaders) ? kReaders[selector] : nullptr;
-    if (reader == nullptr) return 1;
+    if (selector >= std::size(kReaders) || kReaders[selector] == nullptr) return 1;
     return Answer(1, [&] {
-        (this->*reader)(object, info);
+        (this->*kReaders[selector])(object, info);
         return 1;
     });
 }
