@@ -35,9 +35,10 @@ int CXGSPSObject::GetGSPSModule(unsigned int selector, CDcmObject* object, CXGSP
         &CXGSPSObject::GetDisplayTransformation,
     };
     if (object == nullptr || info == nullptr) return 1;
-    if (selector >= std::size(kReaders) || kReaders[selector] == nullptr) return 1;
+    const Reader reader = selector < std::size(kReaders) ? kReaders[selector] : nullptr;
+    if (reader == nullptr) return 1;
     return Answer(1, [&] {
-        (this->*kReaders[selector])(object, info);
+        (this->*reader)(object, info);
         return 1;
     });
 }

@@ -1,10 +1,12 @@
 /// From stored frame bytes to plain pixels: every decoder, colour and size behind one class.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "quorvex/Export.h"
 #include "quorvex/ResultCodes.h"
@@ -14,6 +16,7 @@ namespace quorvex {
 
 class FrameBlock;
 struct ColourFrame;
+struct JpegCodingBlock;
 struct RleLayout;
 
 /// The output formats that callers of this library ask for.
@@ -43,6 +46,13 @@ struct _IMAGE_PROCESS_PARAM {                   // NOLINT(bugprone-reserved-iden
     std::uint32_t targetSyntax = 0;  ///< compression only: a QUORVEX_XFERSYNTAX; decompressing: 1
 };
 
+/// What a coder's output procedure is called for.
+enum CL_CONVERT_ACT : std::int32_t {
+    kConvertStart = 0,  ///< output begins
+    kConvertBlock = 1,  ///< a block of output
+    kConvertEnd = 2,
+};
+
 /// The one gate between stored frames and pixels. Cheap: made on the stack for each frame.
 ///
 /// An object serves one thread at a time; different objects may work at once. Nothing is kept
@@ -50,10 +60,10 @@ struct _IMAGE_PROCESS_PARAM {                   // NOLINT(bugprone-reserved-iden
 /// `bitsAllocated` is above 8, otherwise 1.
 class QUORVEX_API CxImageProcessor {
 public:
-    CxImageProcessor() = default;
-    CxImageProcessor(const CxImageProcessor&) = default;
+    CxImageProcessor() noexcept;
+    CxImageProcessor(const CxImageProcessor& other);
     CxImageProcessor& operator=(const CxImageProcessor&) = default;
-    virtual ~CxImageProcessor() = default;
+    virtual ~CxImageProcessor();
 
     /// Decodes or copies one frame.
     ///
@@ -112,6 +122,43 @@ public:
                                             unsigned short& width, unsigned short& height,
                                             unsigned short& samples, unsigned short& bits,
                                             unsigned short& bytesPerPixel);
+
+    /// Codes one uncompressed frame.
+    ///
+    /// `targetSyntax` names the format, and with it what `quality` (held between 1 and 1000) is:
+    ///     5  JPEG baseline       the usual JPEG quality, 1 to 100; R, G, B is coded as YCbCr with
+    ///                            full resolution and marked so in the stream
+    ///     6  JPEG extended       a factor on the usual luminance steps, for samples of 12 bits
+    ///     7  JPEG lossless       no matter; selection value 1
+    ///     8  JPEG 2000           the ratio of source to coded bytes; with 1 nearly lossless
+    ///     9  JPEG 2000 lossless  no matter
+    ///
+    /// Lossy JPEG knows no negative samples, extended JPEG none above 4095: such frames are refused
+    /// rather than clipped. "RGB" may be written in any letter case. Coded data may be longer than
+    /// the frame.
+    ///
+    /// @param source      the frame; "RGB" in planes is interleaved in place for JPEG. With
+    ///                    `transferSyntax` 102 the higher byte of a sample comes first
+    /// @param result      receives `resultSize` bytes, yours, from the general allocator; null on
+    ///                    failure
+    /// @return QVM_SUCCESS, or
+    ///         QVM_ERROR_NULL_SOURCE            no `param` or no `source`
+    ///         QVM_ERROR_INVALID_SOURCE_SYNTAX  `transferSyntax` other than 100, 101, 102
+    ///         QVM_ERROR_INVALID_TARGET_SYNTAX  `targetSyntax` other than 5 to 9
+    ///         QVM_ERROR_INVALID_PHOTOMETRIC    neither grey, palette nor "RGB"
+    ///         QVM_ERROR_INVALID_IMAGE_FORMAT   5 with more than 8 bits allocated, 6 with less
+    ///         QVM_ERROR_FAILED_TO_COMPRESS     refused by the coder, a source shorter than its
+    ///                                          frame, no memory
+    QUORVEX_MESSAGE CompressFrameData(_IMAGE_PROCESS_PARAM* param, unsigned char* source,
+                                      unsigned long sourceLength, unsigned char*& result,
+                                      unsigned long& resultSize);
+
+    /// Codes a frame as JPEG 2000, lossless with `targetSyntax` 9, else to `quality` as a ratio,
+    /// without any check of the record.
+    /// @return always QVM_SUCCESS: a null `result` tells of failure
+    QUORVEX_MESSAGE CompressRawImage2Jp2File(_IMAGE_PROCESS_PARAM* param, unsigned char* source,
+                                             unsigned long sourceLength, unsigned char*& result,
+                                             unsigned long& resultSize);
 
     /// Brings a three-sample frame to interleaved R, G, B.
     ///
@@ -174,6 +221,33 @@ private:
                            unsigned char*& result, unsigned long& resultSize);
     int DecompressJ2KData(unsigned char* source, unsigned long sourceLength, unsigned char*& result,
                           unsigned long& resultSize, int unsignedOnly);
+    using ConvertProcedure = int (*)(void* state, unsigned int tag, unsigned char* data,
+                                     unsigned long length, CL_CONVERT_ACT action);
+
+    [[nodiscard]] QUORVEX_MESSAGE CheckCompression(const unsigned char* source) const;
+    [[nodiscard]] bool IsGreyPhotometric() const;
+    [[nodiscard]] bool IsRgbPhotometric() const;
+    [[nodiscard]] bool FitsItsSource(unsigned long sourceLength) const noexcept;
+    int CompressTo(unsigned char* source, unsigned long sourceLength,
+                   std::vector<unsigned char>& coded);
+    const unsigned char* SamplesForJpeg(unsigned char* source, unsigned long sourceLength,
+                                        std::vector<unsigned char>& swapped) const;
+    [[nodiscard]] JpegCodingBlock DescribeJpeg() const noexcept;
+    int CompressRawData2Jpeg_50_70(unsigned char* source, unsigned long sourceLength,
+                                   std::vector<unsigned char>& coded, ConvertProcedure convert);
+    int CompressRawData2Jpeg_51_70(unsigned char* source, unsigned long sourceLength,
+                                   std::vector<unsigned char>& coded, ConvertProcedure convert);
+    int CompressRawData2J2K(unsigned char* source, unsigned long sourceLength,
+                            std::vector<unsigned char>& coded);
+    static int CompressRLEData(unsigned char* source, unsigned long sourceLength,
+                               unsigned char*& result, unsigned long& resultSize) noexcept;
+    int Interleave_RGB_Data(unsigned char* data, unsigned long length) const;
+    static int FrameDataConvertProc(void* state, unsigned int tag, unsigned char* data,
+                                    unsigned long length, CL_CONVERT_ACT action) noexcept;
+    void SetQuantizationMatrix(const unsigned short (&matrix)[64]) noexcept;
+    void SetQuantizationFactor(float factor) noexcept;
+    void SetQualityFactor(float factor) noexcept;
+
     static void SwapByte(unsigned char* data, unsigned long length) noexcept;
     static int HorizontalFlipImage(unsigned char* image, CSize size, unsigned short bits,
                                    unsigned short samples);
@@ -188,6 +262,9 @@ private:
     std::uint32_t transferSyntax = 0;
     std::uint32_t targetSyntax = 0;
     std::uint32_t quality = 0;
+    std::array<std::uint16_t, 64> quantizationTable{};  ///< in zigzag order
+    std::uint8_t lumaQuality = 0;
+    std::uint32_t chromaQuality = 0;
     std::int32_t allocMode = 1;
 };
 

@@ -1,0 +1,190 @@
+#include "foundation/engines/jpeg2000_engine.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <random>
+#include <thread>
+
+#include "foundation/engines/jpeg2000_header.h"
+#include "tests/engines/jpeg2000_test_streams.h"
+#include "tests/engines/jpeg_test_streams.h"
+
+namespace quorvex {
+namespace {
+
+using testing::ByteVector;
+using testing::CodeJpeg2000;
+using testing::DecodeJpeg2000Pixels;
+using testing::Jpeg2000Picture;
+using testing::Picture;
+
+/// Signed samples of `bits`, around 0.
+ByteVector SignedPicture(int columns, int rows, int bits) {
+    ByteVector bytes = Picture(columns, rows, 1, 2, bits);
+    for (std::size_t i = 0; i < bytes.size(); i += 2) {
+        const int value = (bytes[i] | (bytes[i + 1] << 8)) - (1 << (bits - 1));
+        bytes[i] = static_cast<unsigned char>(value);
+        bytes[i + 1] = static_cast<unsigned char>(value >> 8);
+    }
+    return bytes;
+}
+
+TEST(Jpeg2000Engine, LosslessPicturesComeBackAsTheyWere) {
+    for (int bits = 1; bits <= 16; ++bits) {
+        const int bytes = bits > 8 ? 2 : 1;
+        for (int size = 1; size <= 17; ++size) {
+            const Jpeg2000Picture grey{
+                .columns = size, .rows = 18 - size, .bytesPerSample = bytes, .bitDepth = bits};
+            const ByteVector pixels = Picture(size, 18 - size, 1, bytes, bits);
+            EXPECT_EQ(DecodeJpeg2000Pixels(grey, CodeJpeg2000(grey, pixels)), pixels)
+                << bits << " bits, " << size << " columns";
+        }
+        if (bits < 2) continue;
+        const Jpeg2000Picture sign{
+            .columns = 40, .rows = 30, .bytesPerSample = 2, .bitDepth = bits, .isSigned = true};
+        const ByteVector values = SignedPicture(40, 30, bits);
+        EXPECT_EQ(DecodeJpeg2000Pixels(sign, CodeJpeg2000(sign, values)), values) << bits;
+    }
+    const Jpeg2000Picture rgb{.columns = 33, .rows = 21, .samples = 3};
+    const ByteVector pixels = Picture(33, 21, 3, 1, 8);
+    EXPECT_EQ(DecodeJpeg2000Pixels(rgb, CodeJpeg2000(rgb, pixels)), pixels);
+}
+
+TEST(Jpeg2000Engine, ASignIsNeitherSmearedNorInvented) {
+    Jpeg2000Picture picture{
+        .columns = 8, .rows = 8, .bytesPerSample = 2, .bitDepth = 12, .isSigned = true};
+    const ByteVector values = SignedPicture(8, 8, 12);
+    const ByteVector stream = CodeJpeg2000(picture, values);
+    picture.isSigned = false;  // the header knows no sign: 12 bits are 12 bits
+    const ByteVector masked = DecodeJpeg2000Pixels(picture, stream);
+    ASSERT_EQ(masked.size(), values.size());
+    for (std::size_t i = 0; i < values.size(); i += 2) {
+        EXPECT_EQ(masked[i], values[i]);
+        EXPECT_EQ(masked[i + 1], values[i + 1] & 0x0F);
+    }
+    const ByteVector plain = Picture(8, 8, 1, 2, 12);
+    const ByteVector unsignedStream = CodeJpeg2000(picture, plain);
+    picture.isSigned = true;
+    EXPECT_EQ(DecodeJpeg2000Pixels(picture, unsignedStream), plain);
+}
+
+TEST(Jpeg2000Engine, TheByteTargetIsKept) {
+    const Jpeg2000Picture picture{.columns = 256, .rows = 256, .bytesPerSample = 2, .bitDepth = 12};
+    ByteVector pixels = Picture(256, 256, 1, 2, 12);
+    for (std::size_t target : {400U, 2000U, 5000U, 9000U}) {
+        const ByteVector stream = CodeJpeg2000(picture, pixels, target);
+        EXPECT_LE(stream.size(), target);
+        EXPECT_GE(stream.size(), target / 2);
+        EXPECT_EQ(DecodeJpeg2000Pixels(picture, stream).size(), pixels.size());
+    }
+}
+
+void AppendBox(ByteVector& file, std::uint32_t length, const char* kind,
+               const ByteVector& content) {
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        file.push_back(static_cast<unsigned char>(length >> shift));
+    }
+    file.insert(file.end(), kind, kind + 4);
+    file.insert(file.end(), content.begin(), content.end());
+}
+
+TEST(Jpeg2000Engine, WrappedStreamsAndJunkAreSeenThrough) {
+    const Jpeg2000Picture picture{.columns = 50, .rows = 40};
+    const ByteVector pixels = Picture(50, 40, 1, 1, 8);
+    const ByteVector stream = CodeJpeg2000(picture, pixels);
+    for (std::uint32_t length : {static_cast<std::uint32_t>(stream.size() + 8), 0U}) {
+        ByteVector wrapped;
+        AppendBox(wrapped, 12, "jP  ", {0x0D, 0x0A, 0x87, 0x0A});
+        AppendBox(wrapped, length, "jp2c", stream);
+        EXPECT_EQ(DecodeJpeg2000Pixels(picture, wrapped), pixels);
+    }
+    ByteVector junk(stream.begin(), stream.end() - 2);
+    junk.insert(junk.end(), {'j', 'u', 'n', 'k', 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    bool isIncomplete = true;
+    EXPECT_EQ(DecodeJpeg2000Pixels(picture, junk, &isIncomplete), pixels);
+    EXPECT_FALSE(isIncomplete);
+}
+
+TEST(Jpeg2000Engine, CutAndDamagedStreamsGiveACodeAndNothingElse) {
+    const Jpeg2000Picture picture{.columns = 97, .rows = 64, .bytesPerSample = 2, .bitDepth = 12};
+    const ByteVector stream = CodeJpeg2000(picture, Picture(97, 64, 1, 2, 12));
+    for (std::size_t length = 0; length < stream.size(); length += 97) {
+        const ByteVector cut(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(length));
+        bool isIncomplete = false;
+        const ByteVector pixels = DecodeJpeg2000Pixels(picture, cut, &isIncomplete);
+        EXPECT_TRUE(pixels.empty() || isIncomplete) << length;
+    }
+    std::mt19937 random(9);
+    for (int round = 0; round < 300; ++round) {
+        ByteVector damaged = stream;
+        const std::size_t range = round % 2 == 0 ? 110 : damaged.size();
+        damaged[random() % range] ^= static_cast<unsigned char>(1U << (random() % 8));
+        DecodeJpeg2000Pixels(picture, damaged);
+    }
+}
+
+/// A main header and one empty tile-part.
+ByteVector BareHeader(std::uint32_t side, std::uint32_t tile, unsigned layers,
+                      std::vector<unsigned char> precincts) {
+    ByteVector bytes = {0xFF, 0x4F, 0xFF, 0x51, 0, 41, 0, 0};
+    const auto put = [&](std::uint32_t value) {
+        for (int shift = 24; shift >= 0; shift -= 8) {
+            bytes.push_back(static_cast<unsigned char>(value >> shift));
+        }
+    };
+    for (std::uint32_t value : {side, side, 0U, 0U, tile, tile, 0U, 0U}) put(value);
+    const unsigned char levels = precincts.empty() ? 5 : 0;
+    const auto length = static_cast<unsigned char>(12 + precincts.size());
+    bytes.insert(bytes.end(), {0, 1, 7, 1, 1});
+    bytes.insert(bytes.end(),
+                 {0xFF, 0x52, 0, length, static_cast<unsigned char>(!precincts.empty()), 0,
+                  static_cast<unsigned char>(layers >> 8), static_cast<unsigned char>(layers), 0,
+                  levels, 4, 4, 0, 1});
+    bytes.insert(bytes.end(), precincts.begin(), precincts.end());
+    bytes.insert(bytes.end(), {0xFF, 0x90, 0, 10, 0, 0, 0, 0, 0, 14, 0, 1, 0xFF, 0x93, 0xFF, 0xD9});
+    return bytes;
+}
+
+TEST(Jpeg2000Engine, HeadersThatAskForMoreThanTheirStreamHoldsAreRefused) {
+    const auto query = [](const ByteVector& stream) {
+        PegasusParameters parameters;
+        parameters.input = stream;
+        return PegasusQuery(parameters);
+    };
+    EXPECT_NE(query(BareHeader(512, 512, 1, {})), 0);
+    EXPECT_EQ(query(BareHeader(60000, 60000, 1, {})), 0) << "samples";
+    EXPECT_EQ(query(BareHeader(4000, 10, 1, {})), 0) << "tiles";
+    EXPECT_EQ(query(BareHeader(4000, 4000, 1, {0x00})), 0) << "precincts";
+    EXPECT_EQ(query(BareHeader(512, 64, 65535, {})), 0) << "layers";
+    EXPECT_EQ(query({}), 0);
+    EXPECT_EQ(query({0xFF, 0x4F, 0xFF, 0x51, 0, 41}), 0);
+}
+
+TEST(Jpeg2000Engine, TheOrderOfRequestsIsKept) {
+    PegasusParameters parameters;
+    EXPECT_EQ(Pegasus(parameters, kPegasusWork), kPegasusFailed);
+    EXPECT_EQ(Pegasus(parameters, kPegasusBegin), kPegasusFailed);  // never queried
+    EXPECT_EQ(Pegasus(parameters, 3), kPegasusFailed);
+    EXPECT_EQ(PegasusLoadFromRes(kPegasusDecode, 20, 0, 0), 0);
+    EXPECT_NE(PegasusLoadFromRes(1, 20, 0, 0), 0);
+}
+
+TEST(Jpeg2000Engine, ThreadsDoNotDisturbEachOther) {
+    const Jpeg2000Picture picture{.columns = 64, .rows = 64, .samples = 3};
+    const ByteVector pixels = Picture(64, 64, 3, 1, 8);
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < 5; ++round) {
+                if (DecodeJpeg2000Pixels(picture, CodeJpeg2000(picture, pixels)) != pixels) ++wrong;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(wrong, 0);
+}
+
+}  // namespace
+}  // namespace quorvex
