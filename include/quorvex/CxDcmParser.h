@@ -103,6 +103,48 @@ public:
     ///         without a file buffer, and for deflated files, whose frames lie nowhere in the file
     QUORVEX_MESSAGE GetAFrameOffsetSize(int frameIndex, unsigned long& offset, unsigned long& size);
 
+    /// Colours a frame of palette indices by the header's three look-up tables, each plain or segmented.
+    ///
+    /// Entries become bytes by 255 / 65536 where the red table has 16 bits, by 255 / 4096 where it has
+    /// 12 and an entry of the three is above 255, else by 255 / 256.
+    ///
+    /// @param pixels       columns x rows indices: two bytes each for `bits` from 16 to 23, else one
+    /// @param bits         becomes 24, `samples` 3 and `photometric` "RGB"
+    /// @param rgb          receives columns x rows x 3 bytes; yours, release it with delete[]
+    /// @return QVM_SUCCESS, or QVM_ERROR_INVALID_PHOTOMETRIC: a colour without a table, no header, no
+    ///         memory; nothing has changed
+    QUORVEX_MESSAGE GetRGBBufferFromPaletteImage(unsigned char* pixels, unsigned short columns,
+                                                 unsigned short rows, unsigned short& bits,
+                                                 unsigned short& samples, CString& photometric,
+                                                 unsigned char*& rgb, unsigned long reserved);
+
+    /// Makes a small 8-bit image of a frame.
+    ///
+    /// 16-bit grey is windowed: by the range of the data, at most 3,000 wide, or by the header's window
+    /// (1200, 2400 where it has none; 255, 511 for 8 bits stored).
+    ///
+    /// @param size         pixels; the width a multiple of 4
+    /// @param format       1: plain pixels. 5 and 7, JPEG, have no coder yet
+    /// @param image        receives the pixels, rows from the top; yours, release it with delete[]
+    /// @param bitmapHeader receives a header of `bitmapHeaderSize` bytes, followed for one sample by 256
+    ///                     grey colour entries; yours, release it as unsigned char[] with delete[]
+    /// @return QVM_SUCCESS, a failure of GetAFrame(), or, with nothing handed over,
+    ///         QVM_ERROR_INVALID_OUTPUT_SIZE     below 1, or a width that is not a multiple of 4
+    ///         QVM_ERROR_INVALID_TARGET_SYNTAX   a format other than 1, 5 and 7
+    ///         QVM_ERROR_INVALID_PHOTOMETRIC     palette colour without its tables
+    ///         QVM_ERROR_INVALID_BITS_ALLOCATED  pixels of other than 8, 16 and 24 bits
+    ///         QVM_ERROR_FAILED_TO_COMPRESS      formats 5 and 7
+    QUORVEX_MESSAGE MakeThumbNail(int frame, CSize size, QUORVEX_XFERSYNTAX format,
+                                  int useDataRange, unsigned char*& image, unsigned long& imageSize,
+                                  tagBITMAPINFOHEADER*& bitmapHeader,
+                                  unsigned long& bitmapHeaderSize, unsigned short quality);
+
+    /// The place of a slice in its stack: the part of Image Position (Patient) across the slice, as the
+    /// orientation tells (axial where there is none), else Slice Location. Numbers that cannot be read
+    /// count as absent.
+    /// @return 1, or 0 with `location` untouched: no object, or neither position nor location
+    static int GetSliceLocation(CDcmObject* object, double& location);
+
     /// Frame boundaries that the latest fetch of any parser in the process has passed. For a look
     /// from outside; no fetch depends on it.
     [[nodiscard]] static int FrameEventCount() noexcept;

@@ -1,0 +1,114 @@
+#include "parser/palette_image.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "foundation/types/answer.h"
+#include "foundation/types/block.h"
+#include "foundation/types/checked_size.h"
+#include "quorvex/CxDcmParser.h"
+
+namespace quorvex {
+namespace {
+
+constexpr std::uint32_t kPixelRepresentation = 0x00280103;
+
+struct ColourTags {
+    std::uint32_t descriptor;
+    std::uint32_t plain;
+    std::uint32_t segmented;
+};
+
+constexpr ColourTags kColours[] = {
+    {0x00281101, 0x00281201, 0x00281221},
+    {0x00281102, 0x00281202, 0x00281222},
+    {0x00281103, 0x00281203, 0x00281223},
+};
+
+bool LoadColour(CxPaletteLUT& lut, CDcmObject& object, const ColourTags& tags) {
+    return lut.LoadLUT(&object, tags.descriptor, tags.plain, 0) != 0 ||
+           lut.LoadLUT(&object, tags.descriptor, tags.segmented, 1) != 0;
+}
+
+double Scale(const Palette& palette) {
+    const unsigned bits = palette[0].GetEntryBits();
+    if (bits == 16) return 65536.0;
+    const bool isWide = bits == 12 && !std::ranges::all_of(palette, &CxPaletteLUT::HoldsOnlyBytes);
+    return isWide ? 4096.0 : 256.0;
+}
+
+using Rgb = std::array<unsigned char, 3>;
+
+/// The colour of every value that an index can have.
+std::vector<Rgb> ColoursOfIndices(const Palette& palette, std::size_t indexBytes) {
+    const double factor = 255.0 / Scale(palette);
+    std::vector<Rgb> colours(std::size_t{1} << (8 * indexBytes));
+    for (std::size_t index = 0; index < colours.size(); ++index) {
+        for (std::size_t s = 0; s < 3; ++s) {
+            const double value = palette[s].Lookup(static_cast<int>(index)) * factor;
+            colours[index][s] = static_cast<unsigned char>(static_cast<int>(value));
+        }
+    }
+    return colours;
+}
+
+template <class Index>
+void Colour(const std::vector<Rgb>& colours, std::span<const unsigned char> indices,
+            std::span<unsigned char> rgb) {
+    const std::size_t pixels = std::min(indices.size() / sizeof(Index), rgb.size() / 3);
+    for (std::size_t p = 0; p < pixels; ++p) {
+        Index index;
+        std::memcpy(&index, indices.data() + p * sizeof index, sizeof index);
+        std::memcpy(rgb.data() + 3 * p, colours[index].data(), 3);
+    }
+}
+
+}  // namespace
+
+std::optional<Palette> LoadPalette(CDcmObject& object) {
+    int representation = 0;
+    if (object.GetValue(kPixelRepresentation, representation) != kDcmSuccess) representation = 0;
+    Palette palette{CxPaletteLUT(representation), CxPaletteLUT(representation),
+                    CxPaletteLUT(representation)};
+    for (std::size_t s = 0; s < palette.size(); ++s) {
+        if (!LoadColour(palette[s], object, kColours[s])) return std::nullopt;
+    }
+    return palette;
+}
+
+void ColourByPalette(const Palette& palette, std::span<const unsigned char> indices,
+                     std::size_t indexBytes, std::span<unsigned char> rgb) {
+    const auto colours = ColoursOfIndices(palette, indexBytes);
+    if (indexBytes == 2) {
+        Colour<std::uint16_t>(colours, indices, rgb);
+    } else {
+        Colour<std::uint8_t>(colours, indices, rgb);
+    }
+}
+
+QUORVEX_MESSAGE CxDcmParser::GetRGBBufferFromPaletteImage(unsigned char* pixels,
+                                                          unsigned short columns,
+                                                          unsigned short rows, unsigned short& bits,
+                                                          unsigned short& samples,
+                                                          CString& photometric, unsigned char*& rgb,
+                                                          unsigned long /*reserved*/) {
+    return Answer(QVM_ERROR_INVALID_PHOTOMETRIC, [&] {
+        if (header == nullptr || pixels == nullptr) return QVM_ERROR_INVALID_PHOTOMETRIC;
+        const auto palette = LoadPalette(*header);
+        const auto bytes = CheckedProduct(columns, rows, 3);
+        if (!palette || !bytes) return QVM_ERROR_INVALID_PHOTOMETRIC;
+        HeapBlock block(*bytes);
+        const std::size_t indexBytes = PaletteIndexBytes(bits);
+        ColourByPalette(*palette, {pixels, *bytes / 3 * indexBytes}, indexBytes, block.Bytes());
+        CString name("RGB");
+        std::swap(photometric, name);
+        bits = 24;
+        samples = 3;
+        rgb = block.Release();
+        return QVM_SUCCESS;
+    });
+}
+
+}  // namespace quorvex

@@ -1,0 +1,28 @@
+/// A frame of palette indices, made an 8-bit colour image.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <span>
+
+#include "quorvex/CxPaletteLUT.h"
+#include "quorvex/DicomObject.h"
+
+namespace quorvex {
+
+/// Red, green and blue, each from its plain or else its segmented form; nothing when one has neither.
+using Palette = std::array<CxPaletteLUT, 3>;
+[[nodiscard]] std::optional<Palette> LoadPalette(CDcmObject& object);
+
+/// Bytes of one index: 2 for 16 to 23 bits, otherwise 1.
+[[nodiscard]] constexpr std::size_t PaletteIndexBytes(unsigned bits) noexcept {
+    return bits / 8 == 2 ? 2 : 1;
+}
+
+/// Colours `indices`, of `indexBytes` each, into `rgb`, three bytes a pixel. Entries scale to bytes by
+/// what the red table says of their bits.
+void ColourByPalette(const Palette& palette, std::span<const unsigned char> indices,
+                     std::size_t indexBytes, std::span<unsigned char> rgb);
+
+}  // namespace quorvex

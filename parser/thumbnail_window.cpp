@@ -1,0 +1,121 @@
+#include "parser/thumbnail_window.h"
+
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace quorvex {
+namespace {
+
+constexpr std::uint32_t kPhotometricInterpretation = 0x00280004;
+constexpr std::uint32_t kBitsStored = 0x00280101;
+constexpr std::uint32_t kPaddingValue = 0x00280120;
+constexpr std::uint32_t kWindowCenter = 0x00281050;
+constexpr std::uint32_t kWindowWidth = 0x00281051;
+constexpr std::uint32_t kRescaleSlope = 0x00281053;
+
+constexpr int kWidestRange = 3000;
+
+struct Range {
+    int smallest = std::numeric_limits<int>::max();
+    int largest = std::numeric_limits<int>::min();
+};
+
+Range RangeOf(std::span<const std::uint16_t> pixels, bool isSigned, int padding) {
+    Range range;
+    for (const std::uint16_t pixel : pixels) {
+        const int value = isSigned ? static_cast<std::int16_t>(pixel) : pixel;
+        if (padding != 0 && value == padding) continue;
+        range.smallest = std::min(range.smallest, value);
+        range.largest = std::max(range.largest, value);
+    }
+    return range;
+}
+
+/// Keeps the part of a wide range that most likely shows something.
+Range Narrowed(Range range) {
+    if (range.largest < range.smallest || range.largest - range.smallest <= kWidestRange) {
+        return range;
+    }
+    if (range.smallest > 0) return {range.smallest, range.smallest + kWidestRange};
+    if (range.largest <= kWidestRange) return {range.largest - kWidestRange, range.largest};
+    if (range.smallest >= -kWidestRange) return {range.smallest, range.smallest + kWidestRange};
+    return {-kWidestRange, kWidestRange};
+}
+
+int ReadInt(const CDcmObject& header, std::uint32_t tag, int absent) {
+    int value = 0;
+    return header.GetValue(tag, value) == kDcmSuccess ? value : absent;
+}
+
+double ReadSlope(const CDcmObject& header) {
+    double slope = 1.0;
+    const bool isRead = header.GetValue(kRescaleSlope, slope) == kDcmSuccess;
+    return isRead && std::isfinite(slope) && slope != 0.0 ? slope : 1.0;
+}
+
+struct Window {
+    int center;
+    int width;
+};
+
+Window ReadWindow(const CDcmObject& header) {
+    const bool isByte = ReadInt(header, kBitsStored, 0) == 8;
+    const double scale = 1.0 / ReadSlope(header);
+    return {CutToInt(ReadInt(header, kWindowCenter, isByte ? 255 : 1200) * scale),
+            CutToInt(ReadInt(header, kWindowWidth, isByte ? 511 : 2400) * scale)};
+}
+
+bool IsInverse(const CDcmObject& header) {
+    CString photometric;
+    return header.GetValue(kPhotometricInterpretation, photometric, -1) == kDcmSuccess &&
+           photometric == CString("MONOCHROME1");
+}
+
+unsigned char Low8(std::int64_t value) {
+    return static_cast<unsigned char>(value & 0xFF);
+}
+
+}  // namespace
+
+int CutToInt(double value) noexcept {
+    constexpr double kLow = std::numeric_limits<int>::min();
+    constexpr double kHigh = std::numeric_limits<int>::max();
+    return std::isnan(value) ? 0 : static_cast<int>(std::clamp(value, kLow, kHigh));
+}
+
+ThumbnailWindow WindowOfData(std::span<const std::uint16_t> pixels, bool isSigned, int padding) {
+    ThumbnailWindow window(0);
+    const Range range = Narrowed(RangeOf(pixels, isSigned, padding));
+    if (range.smallest < range.largest) {
+        const int width = range.largest - range.smallest;
+        for (int i = range.smallest; i < range.largest; ++i) {
+            window.Set(i, static_cast<unsigned char>((i - range.smallest) * 255 / width));
+        }
+        window.SetFrom(range.largest, 255);
+    }
+    if (padding != 0) window.Set(padding, 0);
+    return window;
+}
+
+ThumbnailWindow WindowOfHeader(const CDcmObject& header) {
+    const Window given = ReadWindow(header);
+    const bool isInverse = IsInverse(header);
+    const std::int64_t center = given.center;
+    const std::int64_t width = given.width;
+    const std::int64_t half = width / 2;
+    const std::int64_t low = std::max<std::int64_t>(center - half, ThumbnailWindow::kLowest);
+    const std::int64_t high = std::min<std::int64_t>(center + half, ThumbnailWindow::kHighest + 1);
+    ThumbnailWindow window(isInverse ? 255 : 0);
+    for (std::int64_t i = low; i < high; ++i) {
+        const auto byte = isInverse ? Low8((center - half - i) * 255 / width - 1)
+                                    : Low8((half - center + i) * 255 / width);
+        window.Set(static_cast<int>(i), byte);
+    }
+    window.SetFrom(high, isInverse ? 0 : 255);
+    const int padding = ReadInt(header, kPaddingValue, 0);
+    if (padding >= 1) window.Set(padding, 0);
+    return window;
+}
+
+}  // namespace quorvex

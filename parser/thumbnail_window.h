@@ -1,0 +1,53 @@
+/// From 16-bit values to 8 bits for a thumbnail.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "quorvex/DicomObject.h"
+
+namespace quorvex {
+
+/// A byte for every value from -65,536 to 65,535.
+class ThumbnailWindow {
+public:
+    static constexpr int kLowest = -65536;
+    static constexpr int kHighest = 65535;
+
+    explicit ThumbnailWindow(unsigned char all) : table_(kHighest - kLowest + 1, all) {}
+
+    [[nodiscard]] unsigned char At(int value) const noexcept { return table_[Place(value)]; }
+    /// Values outside the table are passed over.
+    void Set(int value, unsigned char byte) noexcept {
+        if (value >= kLowest && value <= kHighest) table_[Place(value)] = byte;
+    }
+    /// From `first` to the highest value.
+    void SetFrom(std::int64_t first, unsigned char byte) noexcept {
+        for (auto i = std::max<std::int64_t>(first, kLowest); i <= kHighest; ++i) {
+            Set(static_cast<int>(i), byte);
+        }
+    }
+
+private:
+    static std::size_t Place(int value) noexcept {
+        return static_cast<std::size_t>(value - kLowest);
+    }
+
+    std::vector<unsigned char> table_;
+};
+
+/// The window that the data spans, at most 3,000 values wide. Pixels equal to a `padding` other than 0
+/// do not count, and are shown as 0. A flat image is all 0.
+[[nodiscard]] ThumbnailWindow WindowOfData(std::span<const std::uint16_t> pixels, bool isSigned,
+                                           int padding);
+
+/// The header's window, less its rescale slope. A width of 0 leaves a step at the center, a slope of 0
+/// counts as 1.
+[[nodiscard]] ThumbnailWindow WindowOfHeader(const CDcmObject& header);
+
+/// A number cut towards zero, held inside the range of 32 bits; 0 for none.
+[[nodiscard]] int CutToInt(double value) noexcept;
+
+}  // namespace quorvex

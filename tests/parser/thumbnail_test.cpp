@@ -1,0 +1,217 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include "file_builder.h"
+#include "parser/thumbnail_window.h"
+#include "quorvex/CxDcmParser.h"
+
+namespace quorvex {
+namespace {
+
+using test::Bytes;
+
+struct RangeCase {
+    const char* what;
+    std::vector<int> values;
+    bool isSigned;
+    int low;   ///< the last value of 0
+    int high;  ///< the first value of 255
+};
+
+const RangeCase kRanges[] = {
+    {"wide, above 0", {100, 5000}, false, 100, 3100},
+    {"wide on both sides", {-4000, 4000}, true, -3000, 3000},
+    {"wide, little below 0", {-1000, 3500}, true, -1000, 2000},
+    {"wide, below 0", {-5000, -100}, true, -3100, -100},
+    {"narrow", {10, 265}, false, 10, 265},
+};
+
+std::vector<std::uint16_t> Words(const std::vector<int>& values) {
+    std::vector<std::uint16_t> words;
+    for (const int value : values) words.push_back(static_cast<std::uint16_t>(value));
+    return words;
+}
+
+TEST(ThumbnailWindow, SpansTheData) {
+    for (const RangeCase& c : kRanges) {
+        const ThumbnailWindow window = WindowOfData(Words(c.values), c.isSigned, 0);
+        EXPECT_EQ(window.At(-65536), 0) << c.what;
+        EXPECT_EQ(window.At(c.low), 0) << c.what;
+        EXPECT_EQ(window.At((c.low + c.high) / 2), 127) << c.what;
+        EXPECT_LT(window.At(c.high - 1), 255) << c.what;
+        EXPECT_EQ(window.At(c.high), 255) << c.what;
+        EXPECT_EQ(window.At(65535), 255) << c.what;
+    }
+    EXPECT_EQ(WindowOfData(Words({7, 7}), false, 0).At(60000), 0);
+    const ThumbnailWindow padded = WindowOfData(Words({-2000, 0, 255}), true, -2000);
+    EXPECT_EQ(padded.At(128), 128);
+    EXPECT_EQ(WindowOfData(Words({0, 100, 9000}), false, 9000).At(9000), 0);
+}
+
+CDcmObject Header(const char* photometric, const char* center, const char* width, const char* slope,
+                  unsigned short bitsStored = 12) {
+    CDcmObject header;
+    header.SetValue(0x00280004, photometric);
+    header.SetValue(0x00280101, bitsStored);
+    if (center != nullptr) header.SetValue(0x00281050, center);
+    if (width != nullptr) header.SetValue(0x00281051, width);
+    if (slope != nullptr) header.SetValue(0x00281053, slope);
+    return header;
+}
+
+TEST(ThumbnailWindow, FollowsTheHeader) {
+    const auto plain = WindowOfHeader(Header("MONOCHROME2", "100", "200", nullptr));
+    EXPECT_EQ(plain.At(-1), 0);
+    EXPECT_EQ(plain.At(100), 127);
+    EXPECT_EQ(plain.At(200), 255);
+    const auto halved = WindowOfHeader(Header("MONOCHROME2", "200", "400", "2"));
+    for (int i = -10; i < 300; ++i) EXPECT_EQ(halved.At(i), plain.At(i));
+    const auto inverse = WindowOfHeader(Header("MONOCHROME1", "100", "200", nullptr));
+    EXPECT_EQ(inverse.At(-1), 255);
+    EXPECT_EQ(inverse.At(200), 0);
+    const auto none = WindowOfHeader(Header("MONOCHROME2", nullptr, nullptr, nullptr));
+    EXPECT_EQ(none.At(1200), 127);
+    EXPECT_EQ(none.At(2400), 255);
+    const auto bytes = WindowOfHeader(Header("MONOCHROME2", nullptr, nullptr, nullptr, 8));
+    EXPECT_EQ(bytes.At(255), 127);
+    const auto partner = WindowOfHeader(Header("MONOCHROME2", "100", nullptr, nullptr));
+    EXPECT_EQ(partner.At(1300), 255);
+    for (const auto& [width, slope] :
+         {std::pair{"0", "1"}, {"200", "0"}, {"-5", "1"}, {"2147483647", "1e-30"}}) {
+        const auto odd = WindowOfHeader(Header("MONOCHROME2", "100", width, slope));
+        EXPECT_LE(odd.At(-60000), odd.At(60000)) << width;
+    }
+}
+
+struct Thumbnail {
+    QUORVEX_MESSAGE code;
+    Bytes image;
+    unsigned long headerSize = 0;
+    tagBITMAPINFOHEADER header;
+};
+
+Thumbnail Make(const Bytes& file, CSize size, int format = 1, int useDataRange = 1, int frame = 0) {
+    CDcmApp app;
+    CxDcmParser parser;
+    const test::TemporaryFile onDisk(file);
+    EXPECT_EQ(parser.Initialize(&app, CString(onDisk.Path()), 0), QVM_SUCCESS);
+    unsigned char* image = nullptr;
+    unsigned long imageSize = 0;
+    tagBITMAPINFOHEADER* header = nullptr;
+    unsigned long headerSize = 0;
+    Thumbnail made{parser.MakeThumbNail(frame, size, static_cast<QUORVEX_XFERSYNTAX>(format),
+                                        useDataRange, image, imageSize, header, headerSize, 90),
+                   {},
+                   0,
+                   {}};
+    const std::unique_ptr<unsigned char[]> imageOwner(image);
+    auto* headerBytes = static_cast<unsigned char*>(static_cast<void*>(header));
+    const std::unique_ptr<unsigned char[]> headerOwner(headerBytes);
+    if (made.code != QVM_SUCCESS) {
+        EXPECT_EQ(image, nullptr);
+        EXPECT_EQ(header, nullptr);
+        return made;
+    }
+    made.image.assign(image, image + imageSize);
+    made.headerSize = headerSize;
+    std::memcpy(&made.header, headerBytes, sizeof made.header);
+    if (headerSize > 40) {
+        EXPECT_EQ(headerBytes[40 + 4 * 200 + 2], 200);
+    }
+    return made;
+}
+
+TEST(Thumbnail, IsGreyOrColour) {
+    const test::ImageFacts grey{.rows = 8, .columns = 8, .bits = 16};
+    Bytes pixels(128);
+    for (std::size_t i = 0; i < 64; ++i)
+        pixels[2 * i] = static_cast<unsigned char>(i < 32 ? 10 : 110);
+    const Bytes file = test::NativeFile(test::kUidExplicit, grey, pixels);
+    const Thumbnail small = Make(file, {4, 4});
+    ASSERT_EQ(small.code, QVM_SUCCESS);
+    EXPECT_EQ(small.image.size(), 16U);
+    EXPECT_EQ(small.image.front(), 0);
+    EXPECT_EQ(small.image.back(), 255);
+    EXPECT_EQ(small.headerSize, 1064U);
+    EXPECT_EQ(small.header.biWidth, 4);
+    EXPECT_EQ(small.header.biHeight, 4);
+    EXPECT_EQ(small.header.biBitCount, 8);
+    EXPECT_EQ(Make(file, {4, 4}, 1, 0).code, QVM_SUCCESS);
+
+    const test::ImageFacts colour{
+        .rows = 4, .columns = 4, .bits = 8, .photometric = "RGB", .samples = 3};
+    const Thumbnail rgb = Make(test::NativeFile(test::kUidExplicit, colour, Bytes(48, 77)), {8, 2});
+    EXPECT_EQ(rgb.image, Bytes(48, 77));
+    EXPECT_EQ(rgb.headerSize, 40U);
+    EXPECT_EQ(rgb.header.biBitCount, 24);
+
+    const test::ImageFacts bytes{.rows = 4, .columns = 4, .bits = 8};
+    EXPECT_EQ(Make(test::NativeFile(test::kUidExplicit, bytes, Bytes(16, 5)), {4, 4}).image,
+              Bytes(16, 5));
+}
+
+TEST(Thumbnail, SaysWhyThereIsNone) {
+    const Bytes file = test::NativeFile(test::kUidExplicit, {}, Bytes(8, 1));
+    EXPECT_EQ(Make(file, {50, 4}).code, QVM_ERROR_INVALID_OUTPUT_SIZE);
+    EXPECT_EQ(Make(file, {4, 0}).code, QVM_ERROR_INVALID_OUTPUT_SIZE);
+    EXPECT_EQ(Make(file, {4, 4}, 6).code, QVM_ERROR_INVALID_TARGET_SYNTAX);
+    EXPECT_EQ(Make(file, {4, 4}, 1, 1, 1).code, QVM_ERROR_INVALID_FRAME_INDEX);
+    const test::ImageFacts wide{.bits = 32};
+    EXPECT_EQ(Make(test::NativeFile(test::kUidExplicit, wide, Bytes(16, 1)), {4, 4}).code,
+              QVM_ERROR_INVALID_BITS_ALLOCATED);
+    const test::ImageFacts palette{.bits = 8, .photometric = "PALETTE COLOR"};
+    EXPECT_EQ(Make(test::NativeFile(test::kUidExplicit, palette, Bytes(4, 1)), {4, 4}).code,
+              QVM_ERROR_INVALID_PHOTOMETRIC);
+}
+
+struct SliceCase {
+    const char* what;
+    const char* position;
+    const char* orientation;
+    const char* location;
+    double expected;  ///< -999: none
+};
+
+constexpr SliceCase kSlices[] = {
+    {"axial", "1\\2\\3", "1\\0\\0\\0\\1\\0", "9", 3},
+    {"coronal", "1\\2\\3", "1\\0\\0\\0\\0\\-1", nullptr, 2},
+    {"sagittal", "1\\2\\3", "0\\1\\0\\0\\0\\-1", nullptr, 1},
+    {"a tie goes to y", "1\\2\\3", "0.7\\0.7\\0\\0\\0\\1", nullptr, 1},
+    {"shared axis", "1\\2\\3", "1\\0\\0\\1\\0\\0", nullptr, 3},
+    {"row along z", "1\\2\\3", "0\\0\\1\\0\\1\\0", nullptr, 1},
+    {"no orientation", "1\\2\\-3.5", nullptr, nullptr, -3.5},
+    {"four numbers of orientation", "1\\2\\3", "0\\1\\0\\0", nullptr, 3},
+    {"two numbers of position", "1\\2", "1\\0\\0\\0\\1\\0", "+9.25", 9.25},
+    {"no position", nullptr, nullptr, "-4e1", -40},
+    {"nothing", nullptr, nullptr, nullptr, -999},
+    {"no numbers", "a\\b\\c", nullptr, "x", -999},
+};
+
+TEST(SliceLocation, IsThePositionAcrossTheSlice) {
+    for (const SliceCase& c : kSlices) {
+        test::DataSetWriter full(test::kUidExplicit);
+        full.Text(0x00080016, "UI", "1.2.840.10008.5.1.4.1.1.7").Text(0x00080018, "UI", "2.25.1");
+        if (c.position != nullptr) full.Text(0x00200032, "DS", c.position);
+        if (c.orientation != nullptr) full.Text(0x00200037, "DS", c.orientation);
+        if (c.location != nullptr) full.Text(0x00201041, "DS", c.location);
+        Bytes file = test::Preamble(test::kUidExplicit);
+        test::Append(file, full.bytes);
+        file.resize(std::max<std::size_t>(file.size(), 133));
+        CDcmApp app;
+        CxDcmParser parser;
+        const test::TemporaryFile onDisk(file);
+        ASSERT_EQ(parser.Initialize(&app, CString(onDisk.Path()), 0), QVM_SUCCESS) << c.what;
+        double location = -999;
+        EXPECT_EQ(parser.GetSliceLocation(parser.GetHeader(), location), c.expected == -999 ? 0 : 1)
+            << c.what;
+        EXPECT_DOUBLE_EQ(location, c.expected) << c.what;
+    }
+    double location = 5;
+    EXPECT_EQ(CxDcmParser::GetSliceLocation(nullptr, location), 0);
+}
+
+}  // namespace
+}  // namespace quorvex
