@@ -1,5 +1,6 @@
 #include "foundation/dicom/value_setting.h"
 
+#include <array>
 #include <bit>
 #include <optional>
 #include <utility>
@@ -72,9 +73,7 @@ bool IsKeptAsText(const ValueRepresentation& vr) {
 
 /// The element for adding to it, its value owned, little endian and, as text, in UTF-8.
 Element& Extensible(DataSet& dataSet, Element& element) {
-    if (std::holds_alternative<ByteBuffer>(element.content ? *element.content : Content(Items()))) {
-        return element;
-    }
+    if (std::get_if<ByteBuffer>(element.content.get()) != nullptr) return element;
     ByteBuffer value;
     const Bytes stored = dataSet.ValueOf(element);
     if (IsText(MeaningOf(element))) {

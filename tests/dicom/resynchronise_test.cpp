@@ -80,7 +80,7 @@ ByteBuffer ItemsThatMeet(std::size_t starts, std::size_t items) {
 }
 
 TEST(DataSetFinder, StaysLinearOnHostileBytes) {
-    constexpr std::size_t kSize = 4'000'000;
+    constexpr std::size_t kSize = 2'000'000;
     ByteBuffer pattern(kSize);
     for (std::size_t i = 0; i < kSize; i += 2) pattern[i] = 8;
     ByteBuffer chains;  // every element leads into the same long ascending chain
