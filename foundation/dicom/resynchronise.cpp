@@ -59,7 +59,9 @@ public:
             const auto header = Header();
             if (!header) return IsMild() && count >= kFewestElements;
             if (EndsHeader(header->tag)) return count >= kFewestElements;
-            if (count == 0 ? !IsFirst(*header) : header->tag <= lastTag) return false;
+            if (IsMild() && header->tag == 0) return count >= kFewestElements;  // padded with zeros
+            const bool isInOrder = header->tag > lastTag || IsMild();
+            if (count == 0 ? !IsFirst(*header) : !isInOrder) return false;
             if (!Pass(&DataSetFinder::FailedPlaces::elements)) return false;
             lastTag = header->tag;
             if (!PassValue(*header, 0)) return false;

@@ -21,7 +21,7 @@ public:
     explicit DataSetFinder(Bytes data) noexcept : data_(data) {}
 
     /// True where a data set can begin. At position 0 a file is given more credit: group 0002 may
-    /// stand ahead, lengths may be odd and the last value may be cut. Past `kMostPlaces` positive
+    /// stand ahead, lengths may be odd, tags in any order and the last value cut. Past `kMostPlaces` positive
     /// answers, which only data made for the purpose gives, all others are negative.
     [[nodiscard]] bool CanBeginAt(std::size_t position);
 

@@ -59,7 +59,7 @@ TEST(DataSetFinder, WantsAWholeChainOfElements) {
 
 TEST(DataSetFinder, GivesCreditAtTheBeginning) {
     auto odd = SmallDataSet(true, false);
-    odd.Add(0x00100020, "LO", "odd").Header(0x00100030, "DA", 8).Raw("2020");
+    odd.Add(0x00100020, "LO", "odd").Add(0x00080005, "CS", "late").Header(0x00100030, "DA", 8).Raw("2020");
     EXPECT_EQ(FirstPlace(Behind(0, odd)), 0);
     EXPECT_EQ(FirstPlace(Behind(10, odd)), -1);
     DicomBuilder meta;
