@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstring>
+#include <tuple>
 #include <utility>
 
 #include "foundation/raster/raster.h"
+#include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXImageCreator.h"
 #include "quorvex/CXWindowing.h"
 #include "tests/raster/noise_image.h"
@@ -316,13 +320,41 @@ TEST(RenderJob, FetchesTheTableThatIsMissing) {
     EXPECT_EQ(fetched.output, given.output);
 }
 
-TEST(ModalityValues, AnswersWithoutATable) {
-    Bytes pixels = {1, 2, 3, 4};
-    CXWindowing windowing;  // a count, but entries of 0
+TEST(RenderJob, MemoryThatCannotBeIsAFailure) {
+    auto image = NoiseImage({16, 16}, 1, 43);
+    auto table = NoiseTable(256);
+    Job job(image, {4, 4}, 1, table.data());
+    job.info.outputWidth = job.info.outputHeight = 1 << 20;
+    job.info.rotation = 90;
+    EXPECT_EQ(job.Run(), 3);
+    EXPECT_TRUE(job.IsUntouched());
+}
+
+TEST(ModalityValues, GoThroughTheTable) {
+    CXGSPSInfo record;
+    record.pixelBitDepth = 8;
+    record.rescaleSlope = 2.0;
+    record.rescaleIntercept = -10.0;
+    CXWindowing windowing;
+    ASSERT_EQ(windowing.PrepareGSPSProcessing(&record), 0);
     CXImageCreator creator;
-    EXPECT_EQ(creator.ApplyModalityLUT(nullptr, pixels.data(), {4, 1}, 1), 0);
-    EXPECT_EQ(creator.ApplyModalityLUT(&windowing, pixels.data(), {4, 1}, 3), 2);
-    EXPECT_EQ(creator.ApplyModalityLUT(&windowing, nullptr, {4, 1}, 1), 2);
+
+    Bytes bytes = {0, 5, 200, 255, 77};
+    EXPECT_EQ(creator.ApplyModalityLUT(&windowing, bytes.data(), {2, 2}, 1), 0);
+    EXPECT_EQ(bytes, (Bytes{246, 0, 134, 244, 77}));  // -10, 0, 390 and 500, low bytes
+    Image16 words({3, 1}, 1);
+    words.samples = {6, 0xFFFF, 300};  // the last two lie outside the table
+    auto* const data = reinterpret_cast<unsigned char*>(words.samples.data());
+    EXPECT_EQ(creator.ApplyModalityLUT(&windowing, data, {3, 1}, 2), 0);
+    EXPECT_EQ(words.samples, (std::vector<std::uint16_t>{2, 0xFFF6, 500}));
+    EXPECT_EQ(creator.ApplyModalityLUT(&windowing, data, {3, 1}, 4), 2);
+    EXPECT_EQ(creator.ApplyModalityLUT(&windowing, nullptr, {3, 1}, 2), 2);
+    EXPECT_EQ(words.samples, (std::vector<std::uint16_t>{2, 0xFFF6, 500}));
+}
+
+TEST(ModalityValues, StayWithoutATable) {
+    Bytes pixels = {1, 2, 3, 4};
+    EXPECT_EQ(CXImageCreator().ApplyModalityLUT(nullptr, pixels.data(), {4, 1}, 1), 0);
     EXPECT_EQ(pixels, (Bytes{1, 2, 3, 4}));
 }
 
