@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+#include <hwy/targets.h>
+
+#include <vector>
+
+#include "foundation/raster/raster.h"
+#include "tests/raster/noise_image.h"
+
+namespace quorvex {
+namespace {
+
+using Image8 = TestImage<unsigned char>;
+
+/// One of each operation that has kernels of its own for every instruction set.
+std::vector<Image8> AllResults(int channels) {
+    const CSize source{203, 94};
+    const auto image = NoiseImage(source, channels, 51);
+    const bool colour = channels == 3;
+    std::vector<Image8> results;
+    for (const CSize size : {CSize{310, 120}, CSize{77, 31}, CSize{13, 9}, CSize{101, 47}}) {
+        Image8& to = results.emplace_back(size, channels);
+        const CSize from = size.cx == 101 ? CSize{202, 94} : source;  // half the size
+        (colour ? ippiResize_8u_C3R : ippiResize_8u_C1R)(
+            image.samples.data(), source, image.Step(), {0, 0, from.cx, from.cy}, to.samples.data(),
+            to.Step(), size, double(size.cx) / from.cx, double(size.cy) / from.cy,
+            kLinearInterpolation);
+    }
+    Image8& turned = results.emplace_back(CSize{source.cy, source.cx}, channels);
+    (colour ? ippiRotate_8u_C3R : ippiRotate_8u_C1R)(
+        image.samples.data(), source, image.Step(), {0, 0, source.cx, source.cy},
+        turned.samples.data(), turned.Step(), {0, 0, source.cy, source.cx}, 90, 0, source.cx,
+        kLinearInterpolation);
+    Image8& mirrored = results.emplace_back(image);
+    (colour ? ippiMirror_8u_C3IR : ippiMirror_8u_C1IR)(mirrored.samples.data(), mirrored.Step(),
+                                                       source, kVerticalAxis);
+    return results;
+}
+
+TEST(InstructionSets, AllGiveTheSamePixels) {
+    for (const int channels : {1, 3}) {
+        const auto expected = AllResults(channels);
+        for (const auto target : hwy::SupportedAndGeneratedTargets()) {
+            SCOPED_TRACE(hwy::TargetName(target));
+            hwy::SetSupportedTargetsForTest(target);
+            hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+            const auto results = AllResults(channels);
+            hwy::SetSupportedTargetsForTest(0);
+            hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+            for (std::size_t i = 0; i < results.size(); ++i) {
+                EXPECT_EQ(results[i], expected[i]) << "operation " << i;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace quorvex
