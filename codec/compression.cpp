@@ -94,7 +94,6 @@ int CxImageProcessor::CompressTo(unsigned char* source, unsigned long sourceLeng
     }
     const bool isWide = targetSyntax == kXferJpegExtended ||
                         (targetSyntax == kXferJpegLossless && IsGreyPhotometric());
-    coded.reserve(FrameBytes(BytesPerSample()).value_or(0));
     return isWide ? CompressRawData2Jpeg_51_70(source, sourceLength, coded, FrameDataConvertProc)
                   : CompressRawData2Jpeg_50_70(source, sourceLength, coded, FrameDataConvertProc);
 }

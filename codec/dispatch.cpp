@@ -126,11 +126,11 @@ QUORVEX_MESSAGE CxImageProcessor::DecodeFrame(unsigned char* source, unsigned lo
     const FrameBlock block(result, *frameBytes, allocMode);
     resultSize = *frameBytes;
     if (transferSyntax == kRle) return DecodeRleFrame(source, sourceLength, block);
-    block.ClearBehind(0);
     const bool isJpeg2000 = transferSyntax == kJpeg2000 || transferSyntax == kJpeg2000Lossless;
     const int isDone =
         isJpeg2000 ? DecompressJ2KData(source, sourceLength, result, resultSize, unsignedOnly)
                    : DecompressJpegData(source, sourceLength, result, resultSize);
+    block.ClearBehind(isDone != 0 ? resultSize : 0);
     return isDone != 0 ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_DECOMPRESS;
 }
 

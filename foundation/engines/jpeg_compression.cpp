@@ -24,7 +24,7 @@ bool IsCodable(const JpegCodingBlock& coding) noexcept {
     if (!hasShape || coding.write == nullptr) return false;
     switch (coding.process) {
         case JpegProcess::kBaseline:
-            return precision == 8;
+            return precision == 8 && coding.bytesPerSample == 1;
         case JpegProcess::kExtended:
             return precision == 12 && coding.bytesPerSample == 2;
         case JpegProcess::kLossless:
@@ -39,7 +39,7 @@ bool IsCodable(const JpegCodingBlock& coding) noexcept {
 MakeJpegCoder CoderFor(const JpegCodingBlock& coding) noexcept {
     if (coding.process == JpegProcess::kBaseline) return MakeTurboCoder;
     if (coding.process == JpegProcess::kExtended) return Make12BitCoder;
-    return coding.precision > 8 ? Make16BitLosslessCoder : Make8BitLosslessCoder;
+    return coding.bytesPerSample > 1 ? Make16BitLosslessCoder : Make8BitLosslessCoder;
 }
 
 int Open(JpegCompressionHandle& handle, const JpegCodingBlock& coding) {

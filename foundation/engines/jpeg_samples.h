@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <span>
+#include <type_traits>
 
 namespace quorvex {
 
@@ -48,18 +49,30 @@ void StoreSamples(std::span<const Sample> line, unsigned char* row, int bytesPer
     }
 }
 
-/// False when a sample is above `greatest`.
 template <class Sample>
-[[nodiscard]] bool LoadSamples(const unsigned char* row, int bytesPerSample, unsigned greatest,
-                               std::span<Sample> line) noexcept {
-    unsigned seen = 0;
-    for (Sample& sample : line) {
-        unsigned value = *row++;
-        if (bytesPerSample == 2) value |= static_cast<unsigned>(*row++) << 8;
-        seen |= value;
-        sample = static_cast<Sample>(value);
+[[nodiscard]] bool IsAligned(const unsigned char* place) noexcept {
+    return reinterpret_cast<std::uintptr_t>(place) % alignof(Sample) == 0;
+}
+
+/// False when a sample needs more bits than `precision`.
+template <class Sample>
+[[nodiscard]] bool FitPrecision(std::span<const Sample> line, int precision) noexcept {
+    using Bits = std::make_unsigned_t<Sample>;
+    constexpr std::size_t kAtOnce = sizeof(std::uint64_t) / sizeof(Sample);
+    if (precision >= static_cast<int>(8 * sizeof(Sample))) return true;
+    std::uint64_t seen = 0;
+    std::size_t i = 0;
+    for (; i + kAtOnce <= line.size(); i += kAtOnce) {
+        std::uint64_t word;
+        std::memcpy(&word, line.data() + i, sizeof word);
+        seen |= word;
     }
-    return seen <= greatest;
+    for (; i < line.size(); ++i) seen |= static_cast<Bits>(line[i]);
+    Bits samples[kAtOnce];
+    std::memcpy(samples, &seen, sizeof seen);
+    unsigned bits = 0;
+    for (const Bits sample : samples) bits |= sample;
+    return bits >> precision == 0;
 }
 
 }  // namespace quorvex

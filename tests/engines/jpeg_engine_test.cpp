@@ -58,6 +58,28 @@ TEST(JpegEngine, LosslessPicturesComeBackAsTheyWere) {
     }
 }
 
+TEST(JpegEngine, SamplesMayLieAnywhere) {
+    const ByteVector picture = Picture(31, 7, 1, 2, 16);
+    ByteVector shifted(1, 0);
+    shifted.insert(shifted.end(), picture.begin(), picture.end());
+    testing::CodedOutput output;
+    JpegCodingBlock coding = Lossless(31, 7, 1, 16);
+    coding.write = testing::TakeCoded;
+    coding.writeContext = &output;
+    JpegCompressionHandle coder;
+    ASSERT_EQ(comp_im_buf(coder, coding, shifted.data() + 1, 7), 0);
+    testing::StreamInput input{.bytes = output.bytes};
+    JpegDecompressionHandle handle;
+    JpegDescription description;
+    JpegPixelLayout layout;
+    init_decompression(handle, description, output.bytes.size(), &input, testing::GiveStream);
+    ASSERT_EQ(pix_layout(handle, layout, 2, 1, JpegColour::kByStream, false), 0);
+    ByteVector decoded(shifted.size());
+    unsigned char* rows = decoded.data() + 1;
+    EXPECT_EQ(decompress(handle, rows, 7), 1);
+    EXPECT_EQ(decoded, shifted);
+}
+
 TEST(JpegEngine, EveryLosslessPredictorDecodes) {
     const ByteVector picture = Picture(61, 33, 1, 2, 16);
     for (std::uint8_t predictor = 1; predictor <= 7; ++predictor) {
