@@ -32,10 +32,12 @@ bool LoadColour(CxPaletteLUT& lut, CDcmObject& object, const ColourTags& tags) {
            lut.LoadLUT(&object, tags.descriptor, tags.segmented, 1) != 0;
 }
 
+/// The deepest table decides, so that no entry overflows its byte: a red table that is dark all over
+/// may look like 12 bits beside a bright one of 16.
 double Scale(const Palette& palette) {
-    const unsigned bits = palette[0].GetEntryBits();
+    const auto bits = std::ranges::max(palette, {}, &CxPaletteLUT::GetEntryBits).GetEntryBits();
     if (bits == 16) return 65536.0;
-    const bool isWide = bits == 12 && !std::ranges::all_of(palette, &CxPaletteLUT::HoldsOnlyBytes);
+    const bool isWide = bits > 8 && !std::ranges::all_of(palette, &CxPaletteLUT::HoldsOnlyBytes);
     return isWide ? 4096.0 : 256.0;
 }
 

@@ -21,7 +21,8 @@ using Palette = std::array<CxPaletteLUT, 3>;
 }
 
 /// Colours `indices`, of `indexBytes` each, into `rgb`, three bytes a pixel. Entries scale to bytes by
-/// what the red table says of their bits.
+/// 255 / 65536 where a table has 16 bits, by 255 / 4096 where one has more than 8 and an entry of the
+/// three is above 255, else by 255 / 256.
 void ColourByPalette(const Palette& palette, std::span<const unsigned char> indices,
                      std::size_t indexBytes, std::span<unsigned char> rgb);
 

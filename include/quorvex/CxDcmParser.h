@@ -105,8 +105,8 @@ public:
 
     /// Colours a frame of palette indices by the header's three look-up tables, each plain or segmented.
     ///
-    /// Entries become bytes by 255 / 65536 where the red table has 16 bits, by 255 / 4096 where it has
-    /// 12 and an entry of the three is above 255, else by 255 / 256.
+    /// Entries become bytes by 255 / 65536 where a table has 16 bits, by 255 / 4096 where one has more
+    /// than 8 and an entry of the three is above 255, else by 255 / 256.
     ///
     /// @param pixels       columns x rows indices: two bytes each for `bits` from 16 to 23, else one
     /// @param bits         becomes 24, `samples` 3 and `photometric` "RGB"

@@ -146,6 +146,7 @@ TEST(PaletteImage, ScalesEntriesToBytes) {
     EXPECT_EQ(Colours({4095, 0}, {2048, 16}, {0, 4095}, 16), (Bytes{254, 127, 0, 0, 0, 254}));
     EXPECT_EQ(Colours({255, 0}, {128, 16}, {0, 255}, 12), (Bytes{254, 127, 0, 0, 15, 254}));
     EXPECT_EQ(Colours({255, 0}, {128, 16}, {0, 255}, 8), (Bytes{254, 127, 0, 0, 15, 254}));
+    EXPECT_EQ(Colours({0, 9}, {65535, 0}, {0, 65535}, 16), (Bytes{0, 254, 0, 0, 0, 254}));
 }
 
 TEST(PaletteImage, NeedsAllThreeTables) {
