@@ -1,0 +1,17 @@
+/// Argument texts as values. Every text that does not fit is a WrongUsage.
+#pragma once
+
+#include <string>
+
+#include "quorvex/Types.h"
+#include "verbs.h"
+
+namespace quorvex::tools {
+
+CSize ParseSize(const std::string& text);     ///< "800x600"
+Window ParseWindow(const std::string& text);  ///< "40,400"; fractions are rounded
+CPoint ParsePoint(const std::string& text);   ///< "-10,20"
+int ParseRotation(const std::string& text);   ///< any multiple of 90; answers 0 to 270
+double ParseZoom(const std::string& text);    ///< 0.001 to 100
+
+}  // namespace quorvex::tools

@@ -1,0 +1,69 @@
+#include "element_owner.h"
+
+#include <string_view>
+
+#include "element_value.h"
+
+namespace quorvex::tools {
+namespace {
+
+std::string_view WithoutPadding(std::string_view text) {
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.remove_suffix(1);
+    return text;
+}
+
+// Moves `item` from the item `held` (-1: none yet) of a sequence on to the item `wanted`.
+bool Advance(const CDcmObjectCommon& owner, std::uint32_t sequence, int held, int wanted,
+             CDcmItem& item) {
+    for (int index = held + 1; index <= wanted; ++index) {
+        const auto result =
+            index == 0 ? owner.GetValue(sequence, item) : owner.GetNextValue(sequence, item);
+        if (result != kDcmSuccess) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+void ElementOwner::Follow(const DcmElementView& element) {
+    const auto depth = static_cast<std::size_t>(element.depth);
+    if (depth > path_.size())
+        path_.push_back({.sequence = lastTag_, .index = 0, .heldIndex = -1, .item = {}});
+    path_.resize(depth);
+    if (depth > 0) path_.back().index = element.itemIndex;
+    lastTag_ = element.tag;
+}
+
+std::string ElementOwner::Text(const DcmElementView& element) {
+    const auto bytes = ValueBytes(element);
+    if (IsPlainAscii(bytes)) return std::string(WithoutPadding(bytes));
+    const auto* owner = Resolve();
+    CString value;
+    if (owner == nullptr || owner->GetValue(element.tag, value) != kDcmSuccess)
+        return std::string(WithoutPadding(bytes));
+    CString text = value;
+    while (owner->GetNextValue(element.tag, value) == kDcmSuccess) {
+        text += "\\";
+        text += value;
+    }
+    return text.ToUtf8();
+}
+
+const CDcmObjectCommon* ElementOwner::Resolve() {
+    const CDcmObjectCommon* owner = &root_;
+    bool isNewBranch = false;
+    for (auto& step : path_) {
+        const bool isHeld = !isNewBranch && step.item && step.heldIndex <= step.index;
+        isNewBranch = isNewBranch || !isHeld || step.heldIndex != step.index;
+        if (!isHeld) {
+            step.item.emplace(1);
+            step.heldIndex = -1;
+        }
+        if (!Advance(*owner, step.sequence, step.heldIndex, step.index, *step.item)) return nullptr;
+        step.heldIndex = step.index;
+        owner = &*step.item;
+    }
+    return owner;
+}
+
+}  // namespace quorvex::tools

@@ -1,0 +1,125 @@
+#include "image_summary.h"
+
+#include <algorithm>
+#include <array>
+
+#include "preamble.h"
+
+namespace quorvex::tools {
+namespace {
+
+struct SyntaxName {
+    std::string_view uid;
+    std::string_view name;
+};
+constexpr std::array kSyntaxNames = {
+    SyntaxName{"1.2.840.10008.1.2", "Implicit VR Little Endian"},
+    SyntaxName{"1.2.840.10008.1.2.1", "Explicit VR Little Endian"},
+    SyntaxName{"1.2.840.10008.1.2.1.98", "Encapsulated Uncompressed Explicit VR Little Endian"},
+    SyntaxName{"1.2.840.10008.1.2.1.99", "Deflated Explicit VR Little Endian"},
+    SyntaxName{"1.2.840.10008.1.2.2", "Explicit VR Big Endian"},
+    SyntaxName{"1.2.840.10008.1.2.4.50", "JPEG Baseline (Process 1)"},
+    SyntaxName{"1.2.840.10008.1.2.4.51", "JPEG Extended (Process 2 and 4)"},
+    SyntaxName{"1.2.840.10008.1.2.4.57", "JPEG Lossless (Process 14)"},
+    SyntaxName{"1.2.840.10008.1.2.4.70", "JPEG Lossless (Process 14, Selection Value 1)"},
+    SyntaxName{"1.2.840.10008.1.2.4.80", "JPEG-LS Lossless"},
+    SyntaxName{"1.2.840.10008.1.2.4.81", "JPEG-LS Near-Lossless"},
+    SyntaxName{"1.2.840.10008.1.2.4.90", "JPEG 2000 Lossless"},
+    SyntaxName{"1.2.840.10008.1.2.4.91", "JPEG 2000"},
+    SyntaxName{"1.2.840.10008.1.2.4.92", "JPEG 2000 Part 2 Lossless"},
+    SyntaxName{"1.2.840.10008.1.2.4.93", "JPEG 2000 Part 2"},
+    SyntaxName{"1.2.840.10008.1.2.4.201", "High-Throughput JPEG 2000 Lossless"},
+    SyntaxName{"1.2.840.10008.1.2.4.202", "High-Throughput JPEG 2000 RPCL Lossless"},
+    SyntaxName{"1.2.840.10008.1.2.4.203", "High-Throughput JPEG 2000"},
+    SyntaxName{"1.2.840.10008.1.2.5", "RLE Lossless"},
+    SyntaxName{"1.2.840.10008.1.2.8.1", "Deflated Image Frame Compression"},
+};
+constexpr int kMostWindows = 16;
+
+std::string ReadText(const CDcmObject& header, std::uint32_t tag) {
+    CString text;
+    return header.GetValue(tag, text) == kDcmSuccess ? text.ToUtf8() : std::string();
+}
+
+std::optional<int> ReadCount(const CDcmObject& header, std::uint32_t tag) {
+    unsigned short value = 0;
+    if (header.GetValue(tag, value) != kDcmSuccess) return std::nullopt;
+    return value;
+}
+
+std::optional<double> ReadNumber(const CDcmObject& header, std::uint32_t tag) {
+    double value = 0.0;
+    if (header.GetValue(tag, value) != kDcmSuccess) return std::nullopt;
+    return value;
+}
+
+// What the data set turned out to be, where the file has no meta information to say it.
+std::string_view NameOf(TRANSFER_SYNTAX syntax) {
+    switch (syntax) {
+        case kImplicitLittleEndian:
+            return "Implicit VR Little Endian";
+        case kExplicitLittleEndian:
+            return "Explicit VR Little Endian";
+        case kExplicitBigEndian:
+            return "Explicit VR Big Endian";
+        case kImplicitBigEndian:
+            return "Implicit VR Big Endian";
+        default:
+            return {};
+    }
+}
+
+std::string ReadSyntaxName(const CDcmObject& header, TRANSFER_SYNTAX syntax) {
+    const auto uid = ReadText(header, 0x00020010);
+    const auto* found = std::ranges::find(kSyntaxNames, uid, &SyntaxName::uid);
+    if (found != kSyntaxNames.end()) return std::string(found->name);
+    return uid.empty() ? std::string(NameOf(syntax)) : uid;
+}
+
+std::vector<ImageSummary::Pair> ReadWindows(const CDcmObject& header) {
+    constexpr std::uint32_t kCentre = 0x00281050;
+    constexpr std::uint32_t kWidth = 0x00281051;
+    std::vector<ImageSummary::Pair> windows;
+    double centre = 0.0;
+    double width = 0.0;
+    bool isThere = header.GetValue(kCentre, centre) == kDcmSuccess &&
+                   header.GetValue(kWidth, width) == kDcmSuccess;
+    for (int i = 0; isThere && i < kMostWindows; ++i) {
+        windows.push_back({centre, width});
+        isThere = header.GetNextValue(kCentre, centre) == kDcmSuccess &&
+                  header.GetNextValue(kWidth, width) == kDcmSuccess;
+    }
+    return windows;
+}
+
+std::optional<ImageSummary::Pair> ReadRescale(const CDcmObject& header) {
+    const auto slope = ReadNumber(header, 0x00281053);
+    const auto intercept = ReadNumber(header, 0x00281052);
+    if (!slope || !intercept) return std::nullopt;
+    return ImageSummary::Pair{*slope, *intercept};
+}
+
+}  // namespace
+
+ImageSummary Summarise(CxDcmParser& parser, const std::string& path) {
+    const CDcmObject& header = *parser.GetHeader();
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    header.GetTransferSyntax(syntax);
+    ImageSummary summary;
+    summary.syntax = ReadSyntaxName(header, syntax);
+    summary.bigEndian = syntax == kExplicitBigEndian || syntax == kImplicitBigEndian;
+    summary.columns = ReadCount(header, 0x00280011);
+    summary.rows = ReadCount(header, 0x00280010);
+    summary.samples = ReadCount(header, 0x00280002);
+    summary.bitsAllocated = ReadCount(header, 0x00280100);
+    summary.bitsStored = ReadCount(header, 0x00280101);
+    summary.isSigned = ReadCount(header, 0x00280103).value_or(0) != 0;
+    summary.frames = summary.columns && summary.rows ? parser.GetFrameCount() : 0;
+    summary.photometric = ReadText(header, 0x00280004);
+    summary.windows = ReadWindows(header);
+    summary.rescale = ReadRescale(header);
+    summary.preamble = PreambleKind(path);
+    return summary;
+}
+
+}  // namespace quorvex::tools

@@ -1,0 +1,31 @@
+/// What an object says about its image, in one place.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quorvex/CxDcmParser.h"
+
+namespace quorvex::tools {
+
+/// Every field is absent where the object does not say.
+struct ImageSummary {
+    struct Pair {
+        double first;
+        double second;
+    };
+    std::string syntax;  ///< name of the transfer syntax, or its UID where it has no name here
+    bool bigEndian = false;
+    int frames = 0;  ///< 0 without an image
+    std::optional<int> columns, rows, samples, bitsAllocated, bitsStored;
+    bool isSigned = false;
+    std::string photometric;
+    std::vector<Pair> windows;    ///< centre, width
+    std::optional<Pair> rescale;  ///< slope, intercept
+    std::string_view preamble;    ///< as PreambleKind answers
+};
+
+ImageSummary Summarise(CxDcmParser& parser, const std::string& path);
+
+}  // namespace quorvex::tools

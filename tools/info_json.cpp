@@ -1,0 +1,146 @@
+// What `quorvex info --json` gives to a program.
+#include <array>
+#include <cstdio>
+
+#include "element_owner.h"
+#include "element_value.h"
+#include "info_report.h"
+
+namespace quorvex::tools {
+namespace {
+
+/// Writes the elements of one walk as nested arrays.
+///
+/// The walk is flat: an element says how deep it lies and in which item. So a sequence is left open
+/// until an element arrives that lies outside it.
+class ElementArray {
+public:
+    ElementArray(const CDcmObject& header, bool bigEndian)
+        : owner_(header), bigEndian_(bigEndian) {}
+
+    static MC_STATUS Visit(const DcmElementView& element, void* user) {
+        static_cast<ElementArray*>(user)->Add(element);
+        return kMcContinue;
+    }
+
+    [[nodiscard]] std::string Finish() {
+        CloseDownTo(0);
+        return '[' + std::move(json_) + ']';
+    }
+
+private:
+    struct OpenSequence {
+        unsigned long count = 0;  // items that it has
+        int item = -1;            // the one that is open
+    };
+
+    void Add(const DcmElementView& element) {
+        owner_.Follow(element);
+        CloseDownTo(static_cast<std::size_t>(element.depth));
+        if (element.depth > 0) OpenItem(element.itemIndex);
+        if (!json_.empty() && json_.back() != '[') json_ += ',';
+        AddHead(element);
+        if (element.vr == MC_VR_SQ) {
+            json_ += ",\"items\":[";
+            open_.push_back({element.valueCount, -1});
+        } else {
+            json_ += ",\"value\":" + ValueOf(element) + '}';
+        }
+    }
+
+    void AddHead(const DcmElementView& element) {
+        std::array<char, 16> tag{};
+        std::snprintf(tag.data(), tag.size(), "%08x", element.tag);
+        json_ += "{\"tag\":\"" + std::string(tag.data()) + "\",\"vr\":\"" +
+                 std::string(RepresentationName(element.vr)) + '"';
+        if (*element.keyword != '\0') json_ += ",\"keyword\":" + JsonString(element.keyword);
+        json_ += ",\"length\":" + std::to_string(element.length);
+        if (element.isCut) json_ += ",\"cut\":true";
+    }
+
+    std::string ValueOf(const DcmElementView& element) {
+        if (IsText(element.vr)) return JsonString(owner_.Text(element));
+        return NumbersAsJson(element, bigEndian_ && element.tag >> 16 != 0x0002);
+    }
+
+    // Items without elements are never visited and stand as empty arrays.
+    void OpenItem(int index) {
+        auto& sequence = open_.back();
+        if (sequence.item == index) return;
+        if (sequence.item >= 0) json_ += ']';
+        for (++sequence.item; sequence.item < index; ++sequence.item) AddItem("[]");
+        AddItem("[");
+    }
+    void AddItem(const char* item) {
+        if (json_.back() == ']') json_ += ',';
+        json_ += item;
+    }
+
+    void CloseDownTo(std::size_t depth) {
+        for (; open_.size() > depth; open_.pop_back()) {
+            auto& sequence = open_.back();
+            if (sequence.item >= 0) json_ += ']';
+            for (auto i = sequence.item + 1; i < static_cast<int>(sequence.count); ++i)
+                AddItem("[]");
+            json_ += "]}";
+        }
+    }
+
+    ElementOwner owner_;
+    bool bigEndian_;
+    std::vector<OpenSequence> open_;
+    std::string json_;
+};
+
+std::string Field(const char* name, const std::string& json) {
+    return std::string(",\"") + name + "\":" + json;
+}
+
+std::string Field(const char* name, const std::optional<int>& number) {
+    return number ? Field(name, std::to_string(*number)) : "";
+}
+
+std::string PairOf(const ImageSummary::Pair& pair, const char* first, const char* second) {
+    return std::string("{\"") + first + "\":" + JsonNumber(pair.first) +
+           Field(second, JsonNumber(pair.second)) + '}';
+}
+
+std::string WindowsOf(const ImageSummary& summary) {
+    std::string json;
+    for (const auto& window : summary.windows)
+        json += (json.empty() ? "" : ",") + PairOf(window, "center", "width");
+    return '[' + json + ']';
+}
+
+std::string SummaryOf(const ImageSummary& summary) {
+    std::string json = "{\"transferSyntax\":" + JsonString(summary.syntax);
+    if (!summary.preamble.empty()) json += Field("preamble", JsonString(summary.preamble));
+    json += Field("columns", summary.columns) + Field("rows", summary.rows) +
+            Field("frames", std::to_string(summary.frames)) +
+            Field("samplesPerPixel", summary.samples) +
+            Field("bitsAllocated", summary.bitsAllocated) +
+            Field("bitsStored", summary.bitsStored) +
+            Field("signed", std::string(summary.isSigned ? "true" : "false"));
+    if (!summary.photometric.empty()) json += Field("photometric", JsonString(summary.photometric));
+    if (!summary.windows.empty()) json += Field("windows", WindowsOf(summary));
+    if (summary.rescale) json += Field("rescale", PairOf(*summary.rescale, "slope", "intercept"));
+    return json + '}';
+}
+
+}  // namespace
+
+std::string InfoAsJson(const std::string& path, const ImageSummary& summary,
+                       const CDcmObject& header) {
+    ElementArray elements(header, summary.bigEndian);
+    header.WalkElements(&elements, ElementArray::Visit);
+    return "{\"file\":" + JsonString(path) + Field("summary", SummaryOf(summary)) +
+           Field("elements", elements.Finish()) + "}\n";
+}
+
+std::string ErrorAsJson(const std::string& path, QUORVEX_MESSAGE result) {
+    return "{\"file\":" + JsonString(path) + ",\"error\":{\"code\":" + std::to_string(result) +
+           Field("name", JsonString(ResultName(result))) +
+           Field("sentence", JsonString(ResultSentence(result))) + "}}\n";
+}
+
+}  // namespace quorvex::tools

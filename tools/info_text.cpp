@@ -1,0 +1,140 @@
+// What `quorvex info` shows to a reader.
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <string_view>
+
+#include "element_owner.h"
+#include "element_value.h"
+#include "info_report.h"
+#include "report.h"
+
+namespace quorvex::tools {
+namespace {
+
+constexpr int kLongestText = 80;  // characters of one value
+constexpr int kIndent = 4;
+
+std::string Shortened(const CString& text) {
+    return (text.GetLength() > kLongestText ? text.Left(kLongestText - 3) + "..." : text).ToUtf8();
+}
+
+// Text that some writer stored without saying that it is text.
+bool IsReadable(std::string_view bytes) {
+    return std::ranges::all_of(bytes, [](char c) { return c >= ' ' && c < 0x7F; });
+}
+
+std::string HeadOf(const DcmElementView& element) {
+    std::array<char, 128> head{};
+    std::snprintf(head.data(), head.size(), "(%04x,%04x) %s %-36s ", element.tag >> 16,
+                  element.tag & 0xFFFF, std::string(RepresentationName(element.vr)).c_str(),
+                  element.keyword);
+    return head.data();
+}
+
+std::string CountOf(unsigned long count, const char* one, const char* several) {
+    return std::to_string(count) + ' ' + (count == 1 ? one : several);
+}
+
+/// Collects the lines of one walk.
+class Lines {
+public:
+    Lines(const CDcmObject& header, bool bigEndian) : owner_(header), bigEndian_(bigEndian) {}
+
+    static MC_STATUS Visit(const DcmElementView& element, void* user) {
+        static_cast<Lines*>(user)->Add(element);
+        return kMcContinue;
+    }
+    [[nodiscard]] std::string Take() { return std::move(text_); }
+
+private:
+    void Add(const DcmElementView& element) {
+        owner_.Follow(element);
+        NoteItem(element);
+        text_ += Margin(element.depth) + HeadOf(element) + ValueOf(element) + '\n';
+    }
+
+    // A line ahead of the first element of each item.
+    void NoteItem(const DcmElementView& element) {
+        const auto depth = static_cast<std::size_t>(element.depth);
+        const bool isDeeper = items_.size() < depth;
+        items_.resize(depth, -1);
+        if (depth == 0 || (!isDeeper && items_.back() == element.itemIndex)) return;
+        items_.back() = element.itemIndex;
+        text_ += Margin(element.depth) + "item " + std::to_string(element.itemIndex + 1) + '\n';
+    }
+
+    std::string ValueOf(const DcmElementView& element) {
+        if (element.vr == MC_VR_SQ) return CountOf(element.valueCount, "item", "items");
+        const std::string cut = element.isCut ? " (cut short)" : "";
+        if (element.length == 0) return "(no value)" + cut;
+        if (IsText(element.vr)) return '[' + Printable(Shortened(owner_.Text(element))) + ']' + cut;
+        if (element.vr == MC_VR_UN && IsReadable(ValueBytes(element)))
+            return '[' + Shortened(ValueBytes(element)) + ']' + cut;
+        const bool fileOrder = bigEndian_ && element.tag >> 16 != 0x0002;
+        return NumbersAsText(element, fileOrder) + LengthOf(element) + cut;
+    }
+
+    static std::string LengthOf(const DcmElementView& element) {
+        constexpr unsigned long kShort = 16;
+        return element.length > kShort ? " (" + CountOf(element.length, "byte", "bytes") + ')' : "";
+    }
+
+    static std::string Margin(int depth) {
+        return std::string(static_cast<std::size_t>(depth * kIndent), ' ');
+    }
+
+    ElementOwner owner_;
+    bool bigEndian_;
+    std::vector<int> items_;
+    std::string text_;
+};
+
+std::string Line(std::string_view label, const std::string& text) {
+    constexpr std::size_t kLabelWidth = 18;
+    std::string line = "  " + std::string(label);
+    line.resize(std::max(line.size() + 1, kLabelWidth), ' ');
+    return line + text + '\n';
+}
+
+std::string SizeLine(const ImageSummary& summary) {
+    return Line("size", std::to_string(*summary.columns) + " x " + std::to_string(*summary.rows) +
+                            ", " + std::to_string(summary.frames) +
+                            (summary.frames == 1 ? " frame" : " frames"));
+}
+
+std::string PixelLine(const ImageSummary& summary) {
+    std::string text;
+    if (summary.samples)
+        text += CountOf(static_cast<unsigned>(*summary.samples), "sample", "samples");
+    if (summary.bitsStored) text += ", " + std::to_string(*summary.bitsStored) + " bits";
+    if (summary.bitsAllocated) text += " in " + std::to_string(*summary.bitsAllocated);
+    return Line("pixel", text + (summary.isSigned ? ", signed" : ", unsigned"));
+}
+
+std::string SummaryLines(const ImageSummary& summary) {
+    std::string text;
+    if (!summary.preamble.empty())
+        text += Line("preamble", "begins like a " + std::string(summary.preamble));
+    text += Line("transfer syntax", summary.syntax.empty() ? "unknown" : Printable(summary.syntax));
+    if (summary.columns && summary.rows) text += SizeLine(summary) + PixelLine(summary);
+    if (!summary.photometric.empty()) text += Line("photometric", Printable(summary.photometric));
+    for (const auto& window : summary.windows)
+        text += Line("window",
+                     "centre " + JsonNumber(window.first) + ", width " + JsonNumber(window.second));
+    if (summary.rescale)
+        text += Line("rescale", "value x " + JsonNumber(summary.rescale->first) + " + " +
+                                    JsonNumber(summary.rescale->second));
+    return text;
+}
+
+}  // namespace
+
+std::string InfoAsText(const std::string& path, const ImageSummary& summary,
+                       const CDcmObject& header) {
+    Lines lines(header, summary.bigEndian);
+    header.WalkElements(&lines, Lines::Visit);
+    return Printable(path) + '\n' + SummaryLines(summary) + '\n' + lines.Take() + '\n';
+}
+
+}  // namespace quorvex::tools

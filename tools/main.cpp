@@ -1,0 +1,110 @@
+// The quorvex command: its verbs and their arguments.
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <new>
+
+#include "arguments.h"
+#include "verbs.h"
+
+namespace quorvex::tools {
+namespace {
+
+// What the chosen verb is to do once the whole line has been read.
+using Work = std::function<ExitStatus()>;
+
+void AddInfo(CLI::App& app, Work& work) {
+    auto* verb = app.add_subcommand("info", "Shows every element of DICOM files, and a summary");
+    auto arguments = std::make_shared<InfoArguments>();
+    verb->add_option("files", arguments->files, "DICOM files")->required();
+    verb->add_flag("--json", arguments->asJson, "One JSON object a file, one a line");
+    verb->callback([arguments, &work] { work = [arguments] { return Info(*arguments); }; });
+}
+
+void AddFrame(CLI::App& app, Work& work) {
+    auto* verb = app.add_subcommand("frame", "Writes decoded frames as raw pixels");
+    auto arguments = std::make_shared<FrameArguments>();
+    verb->add_option("file", arguments->file, "DICOM file")->required();
+    auto* frame = verb->add_option("--frame", arguments->frame, "Which frame, 0 for the first");
+    verb->add_flag("--all", arguments->all, "Every frame, one behind the other")->excludes(frame);
+    verb->add_option("-o,--output", arguments->output, "Output, - for standard output")->required();
+    verb->callback([arguments, &work] { work = [arguments] { return Frame(*arguments); }; });
+}
+
+// Adds an option whose text `parse` turns into the value of `field`.
+template <class Field, class Parse>
+void AddParsed(CLI::App& verb, const char* name, const char* metavar, const char* help,
+               Field& field, Parse parse) {
+    verb.add_option_function<std::string>(
+            name, [&field, parse](const std::string& text) { field = parse(text); }, help)
+        ->type_name(metavar);
+}
+
+void AddRender(CLI::App& app, Work& work) {
+    auto* verb = app.add_subcommand("render", "Draws an image as a viewer would, into a PNG file");
+    auto arguments = std::make_shared<RenderArguments>();
+    verb->add_option("file", arguments->file, "DICOM file")->required();
+    verb->add_option("-o,--output", arguments->output, "Output, - for standard output")->required();
+    verb->add_option("--frame", arguments->frame, "Which frame, 0 for the first");
+    AddParsed(*verb, "--view", "WxH", "Size of the view; by default the image's own",
+              arguments->view, ParseSize);
+    AddParsed(*verb, "--window", "CENTER,WIDTH", "Grey values to show", arguments->window,
+              ParseWindow);
+    AddParsed(*verb, "--zoom", "Z",
+              "View pixels for one image pixel; by default the view is filled", arguments->zoom,
+              ParseZoom);
+    AddParsed(*verb, "--pan", "X,Y", "Moves the image by view pixels", arguments->pan, ParsePoint);
+    AddParsed(*verb, "--rotate", "DEG", "Turns clockwise by a multiple of 90 degrees",
+              arguments->rotation, ParseRotation);
+    verb->add_flag("--flip", arguments->flip, "Mirrors left and right");
+    verb->add_flag("--invert", arguments->invert, "Swaps black and white");
+    verb->add_option("--state", arguments->state, "Presentation state to apply");
+    verb->add_flag("--result", arguments->result,
+                   "Writes the rendered result itself, not the view");
+    verb->callback([arguments, &work] { work = [arguments] { return Render(*arguments); }; });
+}
+
+void AddPhantom(CLI::App& app, Work& work) {
+    auto* verb = app.add_subcommand("phantom", "Makes sample objects");
+    auto arguments = std::make_shared<PhantomArguments>();
+    verb->add_option("-o,--output", arguments->folder, "Folder to put them into")->required();
+    verb->add_flag("--small", arguments->small, "Small ones, under 2 MB altogether");
+    verb->callback([arguments, &work] { work = [arguments] { return Phantom(*arguments); }; });
+}
+
+ExitStatus RunCommand(int count, char** texts) {
+    CLI::App app("Reads, decodes and renders medical images");
+    app.name("quorvex");
+    app.require_subcommand(1);
+    Work work;
+    AddInfo(app, work);
+    AddFrame(app, work);
+    AddRender(app, work);
+    AddPhantom(app, work);
+    try {
+        app.parse(count, texts);
+    } catch (const CLI::ParseError& stop) {
+        if (stop.get_exit_code() == 0) return static_cast<ExitStatus>(app.exit(stop));
+        throw WrongUsage(stop.what());
+    }
+    return work();
+}
+
+}  // namespace
+}  // namespace quorvex::tools
+
+int main(int count, char** texts) {
+    using namespace quorvex::tools;
+    try {
+        return RunCommand(count, texts);
+    } catch (const WrongUsage& failure) {
+        Complain("wrong usage", failure.what());
+        return kWrongUsage;
+    } catch (const EnvironmentFailure& failure) {
+        Complain("failed", failure.what());
+    } catch (const std::bad_alloc&) {
+        Complain("failed", "not enough memory");
+    } catch (const std::exception& failure) {
+        Complain("failed", failure.what());
+    }
+    return kEnvironment;
+}

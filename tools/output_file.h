@@ -1,0 +1,34 @@
+/// A file that is whole or not there.
+#pragma once
+
+#include <span>
+#include <string>
+
+namespace quorvex::tools {
+
+/// Collects an output under a temporary name beside its place and takes that place in one step, so
+/// that no half-written file is ever found under the name asked for.
+///
+/// "-" is standard output; devices and pipes are written directly. Every failure is an
+/// EnvironmentFailure, and a folder in the place of the file is a WrongUsage.
+class OutputFile {
+public:
+    explicit OutputFile(const std::string& path);
+    /// Removes what was written unless it was committed.
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    void Write(std::span<const unsigned char> bytes);
+    /// The output is whole: it takes its place.
+    void Commit();
+
+private:
+    void OpenTemporary();
+
+    std::string path_;
+    std::string temporaryPath_;  ///< empty when written directly
+    int descriptor_ = -1;
+};
+
+}  // namespace quorvex::tools

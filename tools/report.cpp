@@ -1,0 +1,57 @@
+#include "report.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "progress.h"
+#include "quorvex/Types.h"
+
+namespace quorvex::tools {
+namespace {
+
+bool IsControl(char16_t c) {
+    return c < 0x20 || (c >= 0x7F && c < 0xA0);
+}
+
+}  // namespace
+
+EnvironmentFailure SystemFailure(std::string_view what) {
+    return EnvironmentFailure(std::string(what) + ": " + std::strerror(errno));
+}
+
+std::string Printable(std::string_view text) {
+    const CString decoded(text);
+    CString printable;
+    for (const char16_t c : decoded.View()) {
+        if (IsControl(c)) {
+            std::array<char, 8> escaped{};
+            std::snprintf(escaped.data(), escaped.size(), "\\x%02x", static_cast<unsigned>(c));
+            printable += CString(escaped.data());
+        } else {
+            printable += CString(std::u16string_view(&c, 1));
+        }
+    }
+    return printable.ToUtf8();
+}
+
+void Complain(std::string_view name, std::string_view sentence) {
+    HideProgress();
+    const std::string line = "quorvex: " + Printable(name) + ": " + Printable(sentence) + "\n";
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+ExitStatus ReportBadInput(std::string_view name, QUORVEX_MESSAGE result) {
+    Complain(name, std::string(ResultName(result)) + " (" + std::to_string(result) +
+                       "): " + ResultSentence(result));
+    return kBadInput;
+}
+
+void WriteToStandardOutput(std::string_view text) {
+    HideProgress();
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+        throw SystemFailure("standard output");
+}
+
+}  // namespace quorvex::tools

@@ -1,0 +1,47 @@
+/// How the command tells its user what went wrong, and what it answers the shell.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "quorvex/ResultCodes.h"
+
+namespace quorvex::tools {
+
+/// What the command answers the shell. Of several troubles the highest number counts.
+enum ExitStatus : int {
+    kAllDone = 0,
+    kBadInput = 1,     ///< at least one input was bad; the others are done
+    kWrongUsage = 2,   ///< the arguments make no sense
+    kEnvironment = 3,  ///< disk, memory, input or output: worth another try
+};
+
+/// Arguments that make no sense together or by themselves.
+struct WrongUsage : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// The disk, the memory or a device refused; nothing is wrong with the input.
+struct EnvironmentFailure : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// "`what`: <the system's sentence for errno>", to be thrown.
+EnvironmentFailure SystemFailure(std::string_view what);
+
+/// One line on standard error: "quorvex: NAME: SENTENCE". Control characters of a name are shown,
+/// never sent.
+void Complain(std::string_view name, std::string_view sentence);
+
+/// One line with the code's name, number and sentence; answers kBadInput.
+ExitStatus ReportBadInput(std::string_view name, QUORVEX_MESSAGE result);
+
+/// UTF-8 text for one line of a terminal: control characters become \xNN, and bytes that are not
+/// UTF-8 become U+FFFD.
+std::string Printable(std::string_view text);
+
+/// Sends text to standard output.
+void WriteToStandardOutput(std::string_view text);
+
+}  // namespace quorvex::tools

@@ -1,0 +1,74 @@
+#include "state_file.h"
+
+namespace quorvex::tools {
+namespace {
+
+constexpr std::uint32_t kSopClassUid = 0x00080016;
+constexpr const char* kStateClasses = "1.2.840.10008.5.1.4.1.1.11.";  // all of them begin so
+constexpr std::uint32_t kSopInstanceUid = 0x00080018;
+constexpr std::uint32_t kReferencedSopInstanceUid = 0x00081155;
+
+struct Search {
+    std::string uid;
+    bool refersToImages = false;
+    bool isFound = false;
+};
+
+std::string UidBytes(const DcmElementView& element) {
+    std::string uid(reinterpret_cast<const char*>(element.data), element.length);
+    while (!uid.empty() && (uid.back() == '\0' || uid.back() == ' ')) uid.pop_back();
+    return uid;
+}
+
+MC_STATUS VisitReference(const DcmElementView& element, void* user) {
+    auto& search = *static_cast<Search*>(user);
+    if (element.tag != kReferencedSopInstanceUid || element.data == nullptr) return kMcContinue;
+    search.refersToImages = true;
+    search.isFound = UidBytes(element) == search.uid;
+    return search.isFound ? kMcRefuse : kMcContinue;
+}
+
+bool IsPresentationState(const CDcmObject& object) {
+    CString sopClass;
+    object.GetValue(kSopClassUid, sopClass);
+    return sopClass.Find(kStateClasses) == 0;
+}
+
+// A state without any reference speaks of every image.
+bool SpeaksOf(const CDcmObject& state, const CDcmObject& image) {
+    if (!IsPresentationState(state)) return false;
+    CString uid;
+    image.GetValue(kSopInstanceUid, uid);
+    Search search{.uid = uid.ToUtf8()};
+    state.WalkElements(&search, VisitReference);
+    return search.isFound || !search.refersToImages;
+}
+
+}  // namespace
+
+ExitStatus StateFile::Open(CDcmApp& app, const std::string& statePath,
+                           const std::string& imagePath) {
+    auto result = state_.Initialize(&app, statePath, 0);
+    if (result != QVM_SUCCESS) return ReportBadInput(statePath, result);
+    CxDcmParser image;
+    result = image.Initialize(&app, imagePath, 0);
+    if (result != QVM_SUCCESS) return ReportBadInput(imagePath, result);
+    if (SpeaksOf(*state_.GetHeader(), *image.GetHeader())) return kAllDone;
+    Complain(statePath, "this is not a presentation state for " + imagePath);
+    return kBadInput;
+}
+
+int StateFile::Rotation() const {
+    unsigned short degrees = 0;
+    Object()->GetValue(0x00700042, degrees);
+    CString flip;  // a turn counts only beside a flip attribute
+    const bool counts = Object()->GetValue(0x00700041, flip) == kDcmSuccess;
+    return counts ? degrees % 360 : 0;
+}
+
+bool StateFile::IsFlipped() const {
+    CString flip;
+    return Object()->GetValue(0x00700041, flip) == kDcmSuccess && flip == CString("Y");
+}
+
+}  // namespace quorvex::tools

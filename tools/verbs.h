@@ -1,0 +1,56 @@
+/// What the command can do: the arguments of each verb, and the verb itself.
+///
+/// A verb answers an exit status, complains about bad inputs itself, and throws WrongUsage or
+/// EnvironmentFailure for the rest.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "quorvex/Types.h"
+#include "report.h"
+
+namespace quorvex::tools {
+
+struct InfoArguments {
+    std::vector<std::string> files;
+    bool asJson = false;  ///< one JSON object a file, one a line
+};
+ExitStatus Info(const InfoArguments& arguments);
+
+struct FrameArguments {
+    std::string file;
+    std::string output;
+    int frame = 0;
+    bool all = false;
+};
+ExitStatus Frame(const FrameArguments& arguments);
+
+struct Window {
+    int centre = 0;
+    int width = 0;
+};
+struct RenderArguments {
+    std::string file;
+    std::string output;
+    int frame = 0;
+    std::optional<CSize> view;  ///< device pixels
+    std::optional<Window> window;
+    std::optional<double> zoom;  ///< device pixels for one image pixel
+    CPoint pan;                  ///< device pixels
+    int rotation = 0;            ///< degrees clockwise: 0, 90, 180 or 270
+    bool flip = false;
+    bool invert = false;
+    std::string state;    ///< presentation state; empty for none
+    bool result = false;  ///< the rendered result itself, not the view
+};
+ExitStatus Render(const RenderArguments& arguments);
+
+struct PhantomArguments {
+    std::string folder;
+    bool small = false;
+};
+ExitStatus Phantom(const PhantomArguments& arguments);
+
+}  // namespace quorvex::tools
