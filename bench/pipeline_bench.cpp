@@ -76,7 +76,7 @@ void OpenCtToFirstImageByDicomImage(benchmark::State& state) {
     for (auto _ : state) {
         DicomImage image(CtFile().c_str());
         image.setWindow(0);
-        const DicomImage* scaled = image.createScaledImage(1024UL, 1024UL, 1);
+        DicomImage* const scaled = image.createScaledImage(1024UL, 1024UL, 1);
         if (scaled == nullptr || scaled->getOutputData(8) == nullptr)
             state.SkipWithError("not shown");
         delete scaled;
