@@ -63,40 +63,44 @@ unsigned char* LayerOfSize(const PixelBlock& layer, std::size_t pixelCount, int 
 
 }  // namespace
 
+// All of a job but its output and its table.
+_IMAGE_INFO CXDIPP::RenderJob(CSize size) const {
+    const auto pixelCount =
+        static_cast<std::size_t>(imageSize.cx) * static_cast<std::size_t>(imageSize.cy);
+    _IMAGE_INFO job;
+    job.bytesPerPixel = bytesPerPixel;
+    job.imageWidth = imageSize.cx;
+    job.imageHeight = imageSize.cy;
+    job.pixels = pixels.data.get();
+    job.outputWidth = size.cx;
+    job.outputHeight = size.cy;
+    job.roi = roi;
+    job.rotation = QuarterTurns();
+    job.horizontalFlip = horizontalFlip;
+    job.renderMode = renderMode;
+    job.paletteImage = LayerOfSize(paletteImage, pixelCount, kColourBytes);
+    job.overlayImage = LayerOfSize(overlayImage, pixelCount, resultPixelSize);
+    job.aspectRatio = EffectiveAspectRatio();
+    job.bitsStored = BitsToRead(bitsStored, valueRange);
+    return job;
+}
+
 QUORVEX_MESSAGE CXDIPP::Render() {
     return Answer(QVM_ERROR_NO_IMAGE, [&] {
         if (!pixels.data) return QVM_ERROR_NO_IMAGE;
         const auto size = SizeOfResult({roi, zoom, EffectiveAspectRatio(), QuarterTurns()});
         if (!size) return QVM_ERROR_INVALID_OUTPUT_SIZE;
-
-        _IMAGE_INFO job;
-        job.bytesPerPixel = bytesPerPixel;
-        job.imageWidth = imageSize.cx;
-        job.imageHeight = imageSize.cy;
-        job.pixels = pixels.data.get();
-        job.outputWidth = size->cx;
-        job.outputHeight = size->cy;
-        job.roi = roi;
-        job.rotation = QuarterTurns();
-        job.horizontalFlip = horizontalFlip;
-        job.renderMode = renderMode;
-        job.aspectRatio = EffectiveAspectRatio();
-        job.bitsStored = BitsToRead(bitsStored, valueRange);
-
-        const auto pixelCount =
-            static_cast<std::size_t>(imageSize.cx) * static_cast<std::size_t>(imageSize.cy);
-        job.overlayImage = LayerOfSize(overlayImage, pixelCount, resultPixelSize);
-        job.paletteImage = LayerOfSize(paletteImage, pixelCount, kColourBytes);
         const int pixelSize =
             renderMode == kRenderSupplementalPalette ? kColourBytes : resultPixelSize;
-
         const auto bytes = CheckedProduct(size->cx, size->cy, pixelSize);
         if (!bytes) return QVM_ERROR_INVALID_OUTPUT_SIZE;
-        PixelBlock result = NewPixelBlock(*bytes);
+
+        _IMAGE_INFO job = RenderJob(*size);
         auto table =
             DisplayTable(*windowing, valueRange, WidthToRead(bytesPerPixel, job.bitsStored));
         if (table.empty()) return QVM_ERROR_NO_IMAGE;
         if (inverse != 0) Complement(table);
+        PixelBlock result = NewPixelBlock(*bytes);
         job.lut = table.data();
         job.output = result.data.get();
         if (!IsEmpty(*size) && CXImageCreator().GetImageWithInfo(job) != 0) {

@@ -16,6 +16,7 @@ class CXGSPSInfo;
 class CXWindowing;
 class CxDcmParser;
 struct IncomingImage;
+struct _IMAGE_INFO;
 
 /// Bytes of an image that `CXDIPP` owns.
 struct PixelBlock {
@@ -55,9 +56,10 @@ public:
     /// Attributes that a file leaves out: Samples per Pixel counts as 1, Pixel Representation as 0,
     /// Bits Stored as Bits Allocated. Frames of 1 bit a pixel show 0 black and 1 white. Grey frames
     /// whose values do not fit into 16 bits are scaled to 16 bits, window included, so that they
-    /// look as they would unscaled. Colour frames with more than 8 bits a sample show the high byte
-    /// of each sample. A frame shorter than its header says ends in zeros. Palette colour is shown
-    /// as grey indices.
+    /// look as they would unscaled; those that a tiny rescale slope would leave without detail keep
+    /// their stored values, and the window counts in these. Bits beyond Bits Stored are ignored.
+    /// Colour frames with more than 8 bits a sample show the highest 8 stored ones. A frame shorter
+    /// than its header says ends in zeros. Palette colour is shown as grey indices.
     ///
     /// The window starts as the image states it, or over the full range of values met so far on
     /// this object (0 always included).
@@ -66,8 +68,7 @@ public:
     /// @param path        full path of the file
     /// @param viewSize    the drawing area in device pixels
     /// @param frameIndex  0 for the first frame
-    /// @return QVM_SUCCESS, or what `CxDcmParser::Initialize` and `CxDcmParser::GetAFrame` answer,
-    /// or
+    /// @return QVM_SUCCESS, or what `Initialize` and `GetAFrame` of `CxDcmParser` answer, or
     ///         QVM_ERROR_FAILED_TO_GET_PIXEL_DATA  no memory, or a size that nothing can hold.
     ///         After a failure the image that was there is still there.
     QUORVEX_MESSAGE Initialize(CDcmApp* app, CString path, CSize viewSize, int frameIndex);
@@ -188,6 +189,7 @@ private:
     void Prepare(IncomingImage& incoming) const;
     void Commit(IncomingImage& incoming) noexcept;
     void ApplyState(CDcmObject* state);
+    [[nodiscard]] _IMAGE_INFO RenderJob(CSize size) const;
 
     void PrepareDisplayAreaTransform() noexcept;
     void PrepareScaleToFit() noexcept;

@@ -1,0 +1,105 @@
+#include "pipeline/incoming_image.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "pipeline/pixel_header.h"
+#include "pipeline/presentation_record.h"
+#include "pipeline/rgb_frame.h"
+#include "pipeline/whole_number.h"
+#include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CXWindowing.h"
+
+namespace quorvex {
+
+namespace {
+
+constexpr int kColourBytes = 3;
+constexpr int kHighestColour = 255;
+/// More values than any frame has, and still a small table.
+constexpr std::int64_t kLargestDomain = std::int64_t{1} << 24;
+
+// Over a range of two values the usual full-range window shows both white.
+void ShowBitsBlackAndWhite(CXGSPSInfo& record) {
+    if (record.voiLUTData != nullptr || record.windowWidth != 0) return;
+    record.windowCenter = 1;
+    record.windowWidth = 1;
+}
+
+void ScaleWindow(CXGSPSInfo& record, const ValueScale& scale) {
+    record.windowCenter = TruncatedToInt((record.windowCenter - scale.offset) / scale.step);
+    if (record.windowWidth == 0) return;
+    record.windowWidth = std::max(TruncatedToInt(record.windowWidth / scale.step), 1);
+}
+
+bool FitsWholeNumbers(const ValueScale& scale) {
+    constexpr double kLimit = 1 << 30;
+    const bool areStepsWhole = scale.step >= 1.0;
+    return areStepsWhole && std::abs(scale.offset) < kLimit && scale.step * 65536.0 < kLimit;
+}
+
+}  // namespace
+
+void SetDomain(ValueRange& range, std::int64_t low, std::int64_t high) noexcept {
+    if (high - low >= kLargestDomain) {
+        low = std::min<std::int64_t>(range.low, 0);
+        high = std::max<std::int64_t>(range.high, 0);
+    }
+    range.domainLow = HeldToInt(low);
+    range.domainHigh = HeldToInt(high);
+}
+
+void IncomingImage::TakeHeader(const PixelHeader& header, CDcmObject& object) {
+    imageSize = header.size;
+    pixelRepresentation = header.pixelRepresentation;
+    bitsStored = header.bitsStored;
+    record = ReadRecord(&object, header.size, CString());
+    record->pixelBitDepth = header.bitsAllocated;
+    record->pixelRepresentation = header.pixelRepresentation;
+}
+
+void IncomingImage::TakeColour(PixelBlock frame, const PixelHeader& header) {
+    pixels = RgbFrame(std::move(frame), header);
+    bytesPerPixel = kColourBytes;
+    range = {0, kHighestColour, 0, kHighestColour};
+    record->pixelBitDepth = 8;
+}
+
+void IncomingImage::TakeGrey(ModalityFrame frame) {
+    bytesPerPixel = frame.bytesPerPixel;
+    minValue = std::min(minValue, HeldToInt(frame.values.low));
+    maxValue = std::max(maxValue, HeldToInt(frame.values.high));
+    if (bitsStored == 1) ShowBitsBlackAndWhite(*record);
+    SetDomain(frame);
+    TakeScale(frame.scale);
+    pixels = std::move(frame.pixels);
+}
+
+// A domain over all values met keeps windows over the full range alike from frame to frame.
+void IncomingImage::SetDomain(const ModalityFrame& frame) {
+    range.low = frame.elements.low;
+    range.high = frame.elements.high;
+    std::int64_t low = std::min<std::int64_t>(minValue, frame.values.low);
+    std::int64_t high = std::max<std::int64_t>(maxValue, frame.values.high);
+    if (frame.scale.step > 1.0) {
+        low = ScaledElement(low, frame.scale);
+        high = ScaledElement(high, frame.scale);
+    } else if (!frame.scale.IsPlain()) {
+        low = std::min<std::int64_t>(range.low, 0);
+        high = std::max<std::int64_t>(range.high, 0);
+    }
+    quorvex::SetDomain(range, low, high);
+}
+
+// A record's window counts in values. Where those are no usable whole numbers, it is told in
+// elements, like the pixels.
+void IncomingImage::TakeScale(const ValueScale& frameScale) {
+    if (FitsWholeNumbers(frameScale)) {
+        scale = frameScale;
+    } else {
+        ScaleWindow(*record, frameScale);
+    }
+}
+
+}  // namespace quorvex
