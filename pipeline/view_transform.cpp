@@ -48,9 +48,13 @@ int Remainder360(std::int64_t degrees) noexcept {
 // --- Where the image starts in the view ----------------------------------------------------------
 
 void CXDIPP::PrepareDisplayAreaTransform() noexcept {
-    roi = {HeldToInt(std::int64_t{presentation->displayedAreaLeft} - 1),
-           HeldToInt(std::int64_t{presentation->displayedAreaTop} - 1),
-           presentation->displayedAreaRight, presentation->displayedAreaBottom};
+    // A state that mirrors or turns names the corners as they lie afterwards, so that they come in
+    // any order here.
+    const auto [left, right] =
+        std::minmax(presentation->displayedAreaLeft, presentation->displayedAreaRight);
+    const auto [top, bottom] =
+        std::minmax(presentation->displayedAreaTop, presentation->displayedAreaBottom);
+    roi = {HeldToInt(std::int64_t{left} - 1), HeldToInt(std::int64_t{top} - 1), right, bottom};
     aspectRatio = AspectRatioOf(*presentation);
     switch (presentation->presentationSizeMode) {
         case kScaleToFit:
