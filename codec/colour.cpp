@@ -94,7 +94,7 @@ void ConvertWhole(const ColourFrame& frame, std::span<const unsigned char> sourc
         case ColourForm::kRgbPlanes:
             return InterleaveRgb(frame, source, rgb.data());
         case ColourForm::kRgbInterleaved:
-            std::memcpy(rgb.data(), source.data(), rgb.size());
+            std::ranges::copy(source.first(rgb.size()), rgb.begin());
             return;
         case ColourForm::kUnknown:
             return;

@@ -29,6 +29,8 @@ Pixels Decode(const FrameShape& shape, std::span<unsigned char> source) {
     pixels.result =
         processor.DecompressFrameData(&param, source.data(), source.size(), block, pixels.size, 0);
     pixels.block.reset(block);
+    // A broken stream tells how far it came; the block behind that is zero, and as much the frame.
+    pixels.size = std::max<unsigned long>(pixels.size, shape.DecodedFrameBytes());
     if (pixels.result == QVM_FRAME_COPIED) pixels.result = QVM_SUCCESS;
     return pixels;
 }

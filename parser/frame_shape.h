@@ -23,6 +23,10 @@ struct FrameShape {
     /// Bytes of one frame stored without coding, cut down to whole ones; nothing for more than we
     /// would ever allocate.
     [[nodiscard]] std::optional<std::size_t> NativeFrameBytes() const;
+    /// Bytes that every decoded frame of this shape has at least: one for a sample, or two above 8 bits.
+    [[nodiscard]] std::size_t DecodedFrameBytes() const noexcept {
+        return std::size_t{bitsAllocated > 8 ? 2U : 1U} * samplesPerPixel * columns * rows;
+    }
     /// The parameters that decode a frame of this shape.
     [[nodiscard]] _IMAGE_PROCESS_PARAM DecodingParam() const;
 };

@@ -154,24 +154,57 @@ bool IsThumbnailFormat(QUORVEX_XFERSYNTAX format) {
            format == kXferJpegLossless;
 }
 
-struct Scaled {
+/// An image on its way to the caller.
+struct ThumbnailImage {
     QUORVEX_MESSAGE result = QVM_SUCCESS;
     std::unique_ptr<unsigned char[]> block;
     unsigned long size = 0;
 };
 
-Scaled Scale(SmallPixels& small, const FrameShape& shape, CSize size) {
+ThumbnailImage Scale(SmallPixels& small, const FrameShape& shape, CSize size) {
     _IMAGE_PROCESS_PARAM param;
     param.samplesPerPixel = small.samples;
     param.rows = shape.rows;
     param.columns = shape.columns;
     param.bitsAllocated = 8;
-    Scaled scaled;
+    ThumbnailImage scaled;
     unsigned char* block = nullptr;
     CxImageProcessor processor;
     scaled.result = processor.ResizeImage(&param, small.bytes.data(), block, scaled.size, size);
     scaled.block.reset(block);
     return scaled;
+}
+
+/// A frame that was not grey has become R, G, B by now.
+CString PhotometricOf(const SmallPixels& small, const FrameShape& shape) {
+    const bool isColour = small.samples == 3 || shape.photometric.Find("YBR") >= 0;
+    return isColour ? CString("RGB") : shape.photometric;
+}
+
+ThumbnailImage Compress(const ThumbnailImage& scaled, const SmallPixels& small,
+                        const FrameShape& shape, CSize size, QUORVEX_XFERSYNTAX format,
+                        unsigned short quality) {
+    constexpr std::int32_t kLargest = 65535;
+    ThumbnailImage coded;
+    coded.result = QVM_ERROR_FAILED_TO_COMPRESS;
+    if (size.cx > kLargest || size.cy > kLargest) return coded;
+    _IMAGE_PROCESS_PARAM param;
+    param.transferSyntax = kExplicitLittleEndian;
+    param.samplesPerPixel = small.samples;
+    param.photometric = PhotometricOf(small, shape);
+    param.planarConfiguration = 0;
+    param.rows = static_cast<std::uint16_t>(size.cy);
+    param.columns = static_cast<std::uint16_t>(size.cx);
+    param.bitsAllocated = 8;
+    param.quality = quality;
+    param.pixelRepresentation = 0;  // whatever the frame's values were, these bytes are grey levels
+    param.targetSyntax = format;
+    unsigned char* block = nullptr;
+    CxImageProcessor processor;
+    coded.result =
+        processor.CompressFrameData(&param, scaled.block.get(), scaled.size, block, coded.size);
+    coded.block.reset(block);
+    return coded;
 }
 
 }  // namespace
@@ -181,7 +214,7 @@ QUORVEX_MESSAGE CxDcmParser::MakeThumbNail(int frame, CSize size, QUORVEX_XFERSY
                                            unsigned long& imageSize,
                                            tagBITMAPINFOHEADER*& bitmapHeader,
                                            unsigned long& bitmapHeaderSize,
-                                           unsigned short /*quality*/) {
+                                           unsigned short quality) {
     return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
         if (size.cx < 1 || size.cy < 1) return QVM_ERROR_INVALID_OUTPUT_SIZE;
         if (!IsThumbnailFormat(format)) return QVM_ERROR_INVALID_TARGET_SYNTAX;
@@ -194,14 +227,22 @@ QUORVEX_MESSAGE CxDcmParser::MakeThumbNail(int frame, CSize size, QUORVEX_XFERSY
         if (!shape) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
         SmallPixels small = Reduce(*header, *shape, {pixels, length}, useDataRange != 0);
         if (small.result != QVM_SUCCESS) return small.result;
-        Scaled scaled = Scale(small, *shape, size);
-        if (scaled.result != QVM_SUCCESS) return scaled.result;
-        if (format != kXferUncompressed) return QVM_ERROR_FAILED_TO_COMPRESS;
+        ThumbnailImage made = Scale(small, *shape, size);
+        if (made.result != QVM_SUCCESS) return made.result;
+        if (format != kXferUncompressed) {
+            made = Compress(made, small, *shape, size, format, quality);
+            if (made.result != QVM_SUCCESS) return made.result;
+            bitmapHeader = nullptr;
+            bitmapHeaderSize = 0;
+            imageSize = made.size;
+            image = made.block.release();
+            return QVM_SUCCESS;
+        }
         HeapBlock headerBlock = MakeBitmapHeader(size, small.samples);
         bitmapHeaderSize = headerBlock.Size();
         bitmapHeader = static_cast<tagBITMAPINFOHEADER*>(static_cast<void*>(headerBlock.Release()));
-        imageSize = scaled.size;
-        image = scaled.block.release();
+        imageSize = made.size;
+        image = made.block.release();
         return QVM_SUCCESS;
     });
 }

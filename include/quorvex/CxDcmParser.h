@@ -124,16 +124,17 @@ public:
     /// (1200, 2400 where it has none; 255, 511 for 8 bits stored).
     ///
     /// @param size         pixels; the width a multiple of 4
-    /// @param format       1: plain pixels. 5 and 7, JPEG, have no coder yet
-    /// @param image        receives the pixels, rows from the top; yours, release it with delete[]
-    /// @param bitmapHeader receives a header of `bitmapHeaderSize` bytes, followed for one sample by 256
+    /// @param format       1: plain pixels; 5 and 7: JPEG baseline and lossless
+    /// @param image        receives the pixels, rows from the top, or the JPEG stream; yours, release it
+    ///                     with delete[]
+    /// @param bitmapHeader receives null for JPEG, otherwise a header of `bitmapHeaderSize` bytes, followed for one sample by 256
     ///                     grey colour entries; yours, release it as unsigned char[] with delete[]
     /// @return QVM_SUCCESS, a failure of GetAFrame(), or, with nothing handed over,
     ///         QVM_ERROR_INVALID_OUTPUT_SIZE     below 1, or a width that is not a multiple of 4
     ///         QVM_ERROR_INVALID_TARGET_SYNTAX   a format other than 1, 5 and 7
     ///         QVM_ERROR_INVALID_PHOTOMETRIC     palette colour without its tables
     ///         QVM_ERROR_INVALID_BITS_ALLOCATED  pixels of other than 8, 16 and 24 bits
-    ///         QVM_ERROR_FAILED_TO_COMPRESS      formats 5 and 7
+    ///         or a failure of CxImageProcessor::CompressFrameData()
     QUORVEX_MESSAGE MakeThumbNail(int frame, CSize size, QUORVEX_XFERSYNTAX format,
                                   int useDataRange, unsigned char*& image, unsigned long& imageSize,
                                   tagBITMAPINFOHEADER*& bitmapHeader,

@@ -118,6 +118,7 @@ struct ImageFacts {
     const char* photometric = "MONOCHROME2";
     unsigned samples = 1;
     const char* frames = nullptr;
+    unsigned representation = 0;
 };
 
 /// Everything ahead of Pixel Data.
@@ -130,7 +131,7 @@ inline DataSetWriter ImageHeader(std::string_view uid, const ImageFacts& facts) 
     if (facts.frames != nullptr) writer.Text(0x00280008, "IS", facts.frames);
     writer.Word(0x00280010, facts.rows).Word(0x00280011, facts.columns);
     writer.Word(0x00280100, facts.bits).Word(0x00280101, facts.bits);
-    writer.Word(0x00280102, facts.bits - 1).Word(0x00280103, 0);
+    writer.Word(0x00280102, facts.bits - 1).Word(0x00280103, facts.representation);
     return writer;
 }
 

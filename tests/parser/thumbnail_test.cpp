@@ -110,9 +110,14 @@ Thumbnail Make(const Bytes& file, CSize size, int format = 1, int useDataRange =
     const std::unique_ptr<unsigned char[]> imageOwner(image);
     auto* headerBytes = static_cast<unsigned char*>(static_cast<void*>(header));
     const std::unique_ptr<unsigned char[]> headerOwner(headerBytes);
-    if (made.code != QVM_SUCCESS) {
-        EXPECT_EQ(image, nullptr);
+    if (made.code != QVM_SUCCESS || format != 1) {
+        if (made.code == QVM_SUCCESS) {
+            made.image.assign(image, image + imageSize);
+        } else {
+            EXPECT_EQ(image, nullptr);
+        }
         EXPECT_EQ(header, nullptr);
+        made.headerSize = headerSize;
         return made;
     }
     made.image.assign(image, image + imageSize);
@@ -151,6 +156,42 @@ TEST(Thumbnail, IsGreyOrColour) {
     const test::ImageFacts bytes{.rows = 4, .columns = 4, .bits = 8};
     EXPECT_EQ(Make(test::NativeFile(test::kUidExplicit, bytes, Bytes(16, 5)), {4, 4}).image,
               Bytes(16, 5));
+}
+
+TEST(Thumbnail, IsCodedWhereAsked) {
+    const test::ImageFacts colour{
+        .rows = 4, .columns = 4, .bits = 8, .photometric = "RGB", .samples = 3};
+    const Bytes rgb = test::NativeFile(test::kUidExplicit, colour, Bytes(48, 77));
+    Bytes words(32, 0);
+    std::fill(words.begin() + 16, words.end(), static_cast<unsigned char>(0xFF));
+    const test::ImageFacts facts{.rows = 4, .columns = 4, .representation = 1};
+    const Bytes grey = test::NativeFile(test::kUidExplicit, facts, words);
+    for (const Bytes& file : {rgb, grey}) {
+        for (const int format : {5, 7}) {
+            Thumbnail coded = Make(file, {8, 8}, format);
+            ASSERT_EQ(coded.code, QVM_SUCCESS) << format;
+            EXPECT_EQ(coded.headerSize, 0U);
+            unsigned char* pixels = nullptr;
+            unsigned long size = 0;
+            unsigned short columns = 0;
+            unsigned short rows = 0;
+            unsigned short samples = 0;
+            unsigned short bits = 0;
+            unsigned short bytesPerPixel = 0;
+            CxImageProcessor processor;
+            ASSERT_EQ(processor.DecompressBlindJPEGData(coded.image.data(), coded.image.size(),
+                                                        pixels, size, columns, rows, samples, bits,
+                                                        bytesPerPixel),
+                      QVM_SUCCESS);
+            const Bytes decoded(pixels, pixels + size);
+            delete[] pixels;
+            EXPECT_EQ(columns, 8);
+            EXPECT_EQ(rows, 8);
+            const Bytes plain = Make(file, {8, 8}).image;
+            ASSERT_EQ(decoded.size(), plain.size());
+            for (std::size_t i = 0; i < plain.size(); ++i) EXPECT_NEAR(decoded[i], plain[i], 8);
+        }
+    }
 }
 
 TEST(Thumbnail, SaysWhyThereIsNone) {
