@@ -4,11 +4,13 @@ BUILD := build/$(PRESET)
 PREFIX ?= /usr/local
 PICTURES ?= pictures
 FILE ?=
+# ON makes every warning an error.
+WERROR ?= OFF
 
 .PHONY: run test bench asan format install clean build
 
 build:
-	@cmake --preset $(PRESET) $(CMAKE_ARGS) >/dev/null
+	@cmake --preset $(PRESET) -DCMAKE_COMPILE_WARNING_AS_ERROR=$(WERROR) $(CMAKE_ARGS) >/dev/null
 	@cmake --build --preset $(PRESET)
 
 # Renders the samples, and larger ones that it makes, or FILE=...

@@ -32,21 +32,6 @@ const std::map<std::string, const char*> kCheckerFaults = {
     {"no_meta.dcm", "reads on behind a stray byte; we leave that to the search for a data set"},
 };
 
-bool IsOtherKind(const std::filesystem::path& file) {
-    constexpr const char* kOthers[] = {".txt", ".gz", ".dump", ".py", ".json"};
-    return std::find(std::begin(kOthers), std::end(kOthers), file.extension()) != std::end(kOthers);
-}
-
-std::vector<std::filesystem::path> AllFiles() {
-    auto files = test::RealFiles();
-    const std::filesystem::path more = "/usr/lib/python3/dist-packages/pydicom/data/charset_files";
-    if (std::filesystem::is_directory(more)) {
-        for (const auto& entry : std::filesystem::directory_iterator(more)) files.push_back(entry);
-    }
-    std::erase_if(files, IsOtherKind);
-    return files;
-}
-
 std::map<std::string, Dump> CheckersDumps(const std::vector<std::filesystem::path>& files) {
     const std::string list = QUORVEX_BINARY_DIR "/dicom_corpus_files.txt";
     {
@@ -112,7 +97,7 @@ std::string FirstDifference(const Dump& ours, const Dump& theirs) {
 }
 
 TEST(RealDicomFiles, HaveTheElementsThatPydicomFinds) {
-    const auto files = AllFiles();
+    const auto files = test::RealFiles();
     if (files.empty()) GTEST_SKIP() << "no corpus and no samples here";
     auto checkers = CheckersDumps(files);
     if (checkers.empty()) GTEST_SKIP() << "no pydicom here";

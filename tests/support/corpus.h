@@ -1,7 +1,9 @@
 /// Real files for tests: where they lie, where they are there.
 #pragma once
 
+#include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <vector>
 
 namespace quorvex::test {
@@ -16,16 +18,25 @@ inline std::filesystem::path CorpusFolder() {
     return {};
 }
 
+inline bool IsOtherKind(const std::filesystem::path& file) {
+    constexpr const char* kOthers[] = {".txt", ".gz", ".dump", ".py", ".pyc", ".json"};
+    return file.stem() == "README" ||
+           std::find(std::begin(kOthers), std::end(kOthers), file.extension()) != std::end(kOthers);
+}
+
 /// Every file of the corpus and of Debian's pydicom samples; empty where neither is there.
 inline std::vector<std::filesystem::path> RealFiles() {
     std::vector<std::filesystem::path> files;
-    const std::filesystem::path samples = "/usr/lib/python3/dist-packages/pydicom/data/test_files";
+    const std::filesystem::path samples = "/usr/lib/python3/dist-packages/pydicom/data";
     for (const auto& folder : {CorpusFolder() / "files", samples}) {
         if (!std::filesystem::is_directory(folder)) continue;
-        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-            if (entry.is_regular_file()) files.push_back(entry.path());
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+            if (entry.is_regular_file() && !IsOtherKind(entry.path())) {
+                files.push_back(entry.path());
+            }
         }
     }
+    std::sort(files.begin(), files.end());
     return files;
 }
 
