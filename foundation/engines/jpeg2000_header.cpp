@@ -11,7 +11,9 @@ using Bytes = std::span<const unsigned char>;
 constexpr unsigned kSoc = 0xFF4F;
 constexpr unsigned kSiz = 0xFF51;
 constexpr unsigned kCod = 0xFF52;
+constexpr unsigned kCoc = 0xFF53;
 constexpr unsigned kSot = 0xFF90;
+constexpr unsigned kSod = 0xFF93;
 constexpr std::size_t kSizFixedPart = 36;
 constexpr std::size_t kSotBytes = 12;
 
@@ -104,27 +106,55 @@ std::uint64_t Precincts(std::uint64_t width, std::uint64_t height, unsigned down
     return along(width, exponents & 15) * along(height, exponents >> 4);
 }
 
-bool ReadCoding(Bytes cod, const Grid& grid, Jpeg2000Header& header) noexcept {
+/// The most that any coding style in a codestream asks of a tile.
+struct Demand {
+    std::uint64_t layers = 0;
+    std::uint64_t precincts = 0;
+};
+
+// From the number of levels on, COD and COC segments are alike.
+bool ReadStyle(Bytes style, bool hasPrecincts, const Grid& grid, const Jpeg2000Header& header,
+               Demand& demand) noexcept {
     constexpr unsigned kMostLevels = 32;
     constexpr unsigned kLargestPrecincts = 0xFF;
-    if (cod.size() < 10) return false;
-    const unsigned levels = cod[5];
-    const bool hasPrecincts = (cod[0] & 1) != 0;
-    if (levels > kMostLevels || (hasPrecincts && cod.size() < 11 + levels)) return false;
-    header.hasColourTransform = cod[4] != 0;
+    constexpr std::size_t kFixedPart = 5;
+    if (style.size() < kFixedPart) return false;
+    const unsigned levels = style[0];
+    if (levels > kMostLevels || (hasPrecincts && style.size() < kFixedPart + levels + 1))
+        return false;
     std::uint64_t precincts = 0;
     for (unsigned r = 0; r <= levels; ++r) {
         precincts += Precincts(std::min(grid.tileWidth, header.width),
                                std::min(grid.tileHeight, header.height), levels - r,
-                               hasPrecincts ? cod[10 + r] : kLargestPrecincts);
+                               hasPrecincts ? style[kFixedPart + r] : kLargestPrecincts);
     }
+    demand.precincts = std::max(demand.precincts, precincts);
+    return true;
+}
+
+// False for a damaged segment; segments of other kinds are passed over.
+bool ReadCoding(const Segment& segment, const Grid& grid, const Jpeg2000Header& header,
+                Demand& demand) noexcept {
+    const Bytes content = segment.content;
+    if (segment.marker == kCod) {
+        if (content.size() < 5) return false;
+        demand.layers = std::max<std::uint64_t>(demand.layers, Word(content, 2));
+        return ReadStyle(content.subspan(5), (content[0] & 1) != 0, grid, header, demand);
+    }
+    if (segment.marker != kCoc) return true;
+    const std::size_t numberBytes = header.components > 256 ? 2 : 1;
+    if (content.size() < numberBytes + 1) return false;
+    return ReadStyle(content.subspan(numberBytes + 1), (content[numberBytes] & 1) != 0, grid,
+                     header, demand);
+}
+
+std::uint64_t Packets(const Demand& demand, const Jpeg2000Header& header) noexcept {
     std::uint64_t packets = 0;
     const bool overflow =
-        __builtin_mul_overflow(precincts, std::uint64_t{Word(cod, 2)}, &packets) ||
+        __builtin_mul_overflow(demand.precincts, demand.layers, &packets) ||
         __builtin_mul_overflow(packets, header.tiles, &packets) ||
         __builtin_mul_overflow(packets, static_cast<std::uint64_t>(header.components), &packets);
-    header.packets = overflow ? UINT64_MAX : packets;
-    return true;
+    return overflow ? UINT64_MAX : packets;
 }
 
 // Length of the tile-part at `place`; 0 where none is there or it is not whole. The last tile-part
@@ -137,13 +167,38 @@ std::size_t TilePartLength(Bytes codestream, std::size_t place) noexcept {
     return length < kSotBytes + 2 || length > rest ? 0 : length;
 }
 
-std::optional<std::size_t> FirstTilePart(Bytes codestream) noexcept {
-    std::size_t place = 2;
-    while (auto segment = SegmentAt(codestream, place)) {
-        if (segment->marker == kSot) return place;
+// Reads the segments from `place` on up to one that begins something else, and gives its place;
+// nothing where they are damaged or break off.
+template <class Read>
+std::optional<std::size_t> ReadSegments(Bytes codestream, std::size_t place, unsigned end,
+                                        const Read& read) noexcept {
+    while (place + 2 <= codestream.size() && Word(codestream, place) != end) {
+        const auto segment = SegmentAt(codestream, place);
+        if (!segment || !read(*segment)) return std::nullopt;
         place = segment->next;
     }
-    return std::nullopt;
+    return place + 2 <= codestream.size() ? std::optional(place) : std::nullopt;
+}
+
+std::optional<std::size_t> FirstTilePart(Bytes codestream) noexcept {
+    return ReadSegments(codestream, 2, kSot, [](const Segment&) { return true; });
+}
+
+// Tiles may have a coding style of their own. False for a damaged one.
+bool ReadTileStyles(Bytes codestream, std::size_t place, const Grid& grid,
+                    const Jpeg2000Header& header, Demand& demand) noexcept {
+    bool isSound = true;
+    const auto read = [&](const Segment& segment) {
+        isSound = ReadCoding(segment, grid, header, demand);
+        return isSound;
+    };
+    while (place + kSotBytes <= codestream.size() && Word(codestream, place) == kSot) {
+        if (!ReadSegments(codestream, place + kSotBytes, kSod, read)) break;
+        const std::size_t length = TilePartLength(codestream, place);
+        if (length == 0) break;
+        place += length;
+    }
+    return isSound;
 }
 
 // The box at `place`: its kind, and where its content begins and ends; nothing past the end.
@@ -192,17 +247,18 @@ std::optional<Jpeg2000Header> ReadJpeg2000Header(Bytes codestream) noexcept {
     const auto size = SegmentAt(codestream, 2);
     Jpeg2000Header header;
     Grid grid{};
+    Demand demand;
     if (!size || !ReadSize(size->content, grid, header)) return std::nullopt;
-    std::size_t place = size->next;
-    while (auto segment = SegmentAt(codestream, place)) {
-        if (segment->marker == kSot) break;
-        if (segment->marker == kCod) {
-            return ReadCoding(segment->content, grid, header) ? std::optional(header)
-                                                              : std::nullopt;
+    const auto tileParts = ReadSegments(codestream, size->next, kSot, [&](const Segment& segment) {
+        if (segment.marker == kCod && segment.content.size() > 4) {
+            header.hasColourTransform = segment.content[4] != 0;
         }
-        place = segment->next;
-    }
-    return std::nullopt;
+        return ReadCoding(segment, grid, header, demand);
+    });
+    if (!tileParts || demand.layers == 0) return std::nullopt;
+    if (!ReadTileStyles(codestream, *tileParts, grid, header, demand)) return std::nullopt;
+    header.packets = Packets(demand, header);
+    return header;
 }
 
 std::optional<Bytes> WholeTileParts(Bytes codestream) noexcept {

@@ -18,7 +18,7 @@ struct Jpeg2000Header {
     bool isSubsampled = false;
     bool hasColourTransform = false;  ///< the decoder turns the components into R, G, B
     std::uint64_t tiles = 0;
-    std::uint64_t packets = 0;  ///< at least so many, each of which costs a byte
+    std::uint64_t packets = 0;  ///< at most so many by its coding styles; each costs a byte
 };
 
 /// The codestream inside `stream`: `stream` itself, or the content of its `jp2c` box.

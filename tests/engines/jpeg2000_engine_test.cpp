@@ -157,6 +157,14 @@ TEST(Jpeg2000Engine, HeadersThatAskForMoreThanTheirStreamHoldsAreRefused) {
     EXPECT_EQ(query(BareHeader(4000, 10, 1, {})), 0) << "tiles";
     EXPECT_EQ(query(BareHeader(4000, 4000, 1, {0x00})), 0) << "precincts";
     EXPECT_EQ(query(BareHeader(512, 64, 65535, {})), 0) << "layers";
+    // A component's or a tile's own style counts as much as the common one.
+    const ByteVector ownStyle = {0xFF, 0x53, 0, 10, 0, 1, 0, 4, 4, 0, 1, 0x00};
+    for (const int behind : {16, 4}) {  // the tile-part, and the data in it
+        ByteVector stream = BareHeader(4000, 4000, 1, {});
+        stream.insert(stream.end() - behind, ownStyle.begin(), ownStyle.end());
+        EXPECT_EQ(query(stream), 0) << behind;
+    }
+    EXPECT_NE(query(BareHeader(4000, 4000, 1, {})), 0);
     EXPECT_EQ(query({}), 0);
     EXPECT_EQ(query({0xFF, 0x4F, 0xFF, 0x51, 0, 41}), 0);
 }
