@@ -86,8 +86,8 @@ public:
     /// @param maxValue   highest value of grey pixels; colour uses 0 to 255
     /// @param minValue   lowest value of grey pixels
     /// @param reserved   has no effect
-    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA without an object, pixels or
-    /// memory
+    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA without an object, pixels,
+    ///         memory
     QUORVEX_MESSAGE Initialize(CDcmApp* app, CDcmObject* object, unsigned char* pixelData,
                                CSize viewSize, int maxValue, int minValue, int reserved);
 
@@ -95,9 +95,8 @@ public:
     ///
     /// @param pixelData      as above: imageSize.cx x imageSize.cy x bytesPerPixel bytes, copied
     /// @param bytesPerPixel  1 or 2 for grey, 3 for colour
-    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA for null pixels, a size below 1,
-    /// or
-    ///         no memory
+    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA for null pixels, a size below 1
+    ///         or no memory
     QUORVEX_MESSAGE Initialize(unsigned char* pixelData, CSize viewSize, CSize imageSize,
                                int bytesPerPixel, int maxValue, int minValue,
                                int pixelRepresentation);
@@ -176,8 +175,7 @@ public:
     /// Copies the last result, rows from the bottom, into the caller's block.
     ///
     /// @param destination  where to copy to; itself not changed
-    /// @param length       size.cx x size.cy x pixelSize of `GetResultImageInfo`; a larger one
-    /// copies
+    /// @param length       size.cx x size.cy x pixelSize of `GetResultImageInfo`; more copies
     ///                     no more than there is
     /// @return QVM_SUCCESS always
     QUORVEX_MESSAGE GetResultImage(unsigned char*& destination, int length) const;
