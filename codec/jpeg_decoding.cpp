@@ -119,6 +119,13 @@ DecodedLines DecodeStripes(const JpegStream& stream, const JpegPixelLayout& layo
     return decoded;
 }
 
+/// Rows longer than the header's, or of another sample count, could only come out as a shambles.
+bool FitsHeader(const JpegDescription& description, int columns, int samplesPerPixel) noexcept {
+    const bool isInks = description.componentCount == 4 && samplesPerPixel == 3;
+    return description.frame.width <= columns &&
+           (isInks || description.componentCount == samplesPerPixel);
+}
+
 /// Lossless samples are whatever the header says.
 void ConvertLosslessYbr(std::span<unsigned char> pixels) {
     const HeapBlock stored(pixels.size());
@@ -129,9 +136,8 @@ void ConvertLosslessYbr(std::span<unsigned char> pixels) {
 
 }  // namespace
 
-/// The width of a sample comes from the header, their number from the stream. A stream whose rows
-/// are longer than the header's is refused, as is one of another sample count; surplus lines are
-/// left out.
+/// The width of a sample comes from the header, their number from the stream. A stream that does
+/// not fit its header's rows is refused; surplus lines are left out.
 int CxImageProcessor::DecompressJpegData(unsigned char* source, unsigned long sourceLength,
                                          unsigned char*& result, unsigned long& resultSize) {
     const std::span block(result, resultSize);
@@ -139,13 +145,12 @@ int CxImageProcessor::DecompressJpegData(unsigned char* source, unsigned long so
     const bool isYbr = photometric == "YBR_FULL" || photometric == "YBR_FULL_422";
     if (isYbr) planarConfiguration = 0;
     const JpegStream stream(source, sourceLength);
-    if (!stream.IsUsable()) return 0;
+    if (!stream.IsUsable() || !FitsHeader(stream.description, columns, samplesPerPixel)) return 0;
     JpegPixelLayout layout;
     const int interleave = planarConfiguration == 1 ? 3 : 1;
     const JpegColour colour = ColourFor(stream, samplesPerPixel, photometric == "RGB");
-    if (stream.LayOut(layout, static_cast<int>(BytesPerSample()), interleave, colour) == -1)
-        return 0;
-    if (layout.samples != samplesPerPixel || stream.description.frame.width > columns) return 0;
+    const int sampleBytes = static_cast<int>(BytesPerSample());
+    if (stream.LayOut(layout, sampleBytes, interleave, colour) == -1) return 0;
     resultSize = DecodeStripes(stream, layout, block).bytes;
     const bool isStoredYbr = isYbr && stream.IsLossless() && !stream.description.marksRgb;
     if (isStoredYbr && layout.samples == 3 && layout.bytesPerSample == 1) {
@@ -178,7 +183,7 @@ QUORVEX_MESSAGE CxImageProcessor::DecompressBlindJPEGData(
         bits = description.precision;
         bytesPerPixel = static_cast<unsigned short>(layout.samples * layout.bytesPerSample);
         // A short stream cannot hold what its header claims: no memory for that.
-        if (!CanHoldPixels(sourceLength, width, height)) return QVM_ERROR_FAILED_TO_DECOMPRESS;
+        if (!description.canBeWhole) return QVM_ERROR_FAILED_TO_DECOMPRESS;
         HeapBlock block(layout.rowBytes * height);
         const DecodedLines decoded = DecodeStripes(stream, layout, block.Bytes());
         resultSize = decoded.bytes;

@@ -48,13 +48,14 @@ int KindOf(const JpegHeader& header) noexcept {
     return 0;
 }
 
-JpegDescription Describe(const JpegHeader& header) noexcept {
+JpegDescription Describe(const JpegHeader& header, std::uint64_t length) noexcept {
     JpegDescription description{.frame = {.width = header.width, .height = header.height},
                                 .process = header.Process(),
                                 .precision = header.precision,
                                 .componentCount = header.componentCount,
                                 .colourIsMarked = header.ColourIsMarked(),
-                                .marksRgb = header.MarksRgb()};
+                                .marksRgb = header.MarksRgb(),
+                                .canBeWhole = header.LeastBytes() <= length};
     for (std::size_t i = 0; i < header.componentCount; ++i) {
         auto& frame = description.frame;
         frame.horizontalSampling =
@@ -66,8 +67,7 @@ JpegDescription Describe(const JpegHeader& header) noexcept {
 
 // A decoder of several scans holds coefficients for every pixel that the header claims.
 bool IsWorthDecoding(const JpegHeader& header, std::uint64_t length) noexcept {
-    return header.IsDecodable() &&
-           (!header.NeedsWholePicture() || CanHoldPixels(length, header.width, header.height));
+    return header.IsDecodable() && (!header.NeedsWholePicture() || header.LeastBytes() <= length);
 }
 
 MakeJpegDecoder DecoderFor(const JpegHeader& header) noexcept {
@@ -123,7 +123,7 @@ int Open(JpegDecompressionHandle& handle, JpegDescription& description, std::uin
     const JpegHeader& header = scanner.Header();
     if (!IsWorthDecoding(header, streamLength)) return 0;
     opened->header = header;
-    description = Describe(header);
+    description = Describe(header, streamLength);
     handle.reset(opened.release());
     return KindOf(header);
 }

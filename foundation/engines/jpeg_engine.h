@@ -44,6 +44,7 @@ struct JpegDescription {
     std::uint8_t componentCount = 0;
     bool colourIsMarked = false;  ///< the stream itself says what its components are
     bool marksRgb = false;        ///< and says that they are R, G, B
+    bool canBeWhole = false;      ///< it is long enough for the picture that it claims
 };
 
 /// What init_decompression() answers beside -1 and 0.

@@ -14,7 +14,6 @@ constexpr std::uint8_t kApp0 = 0xE0;
 constexpr std::uint8_t kApp14 = 0xEE;
 constexpr std::uint8_t kTem = 0x01;
 constexpr std::size_t kAdobeTransformPlace = 11;
-constexpr std::uint64_t kMostPixelsPerByte = 8 * 64;
 
 std::uint16_t BigEndian16(std::span<const unsigned char> bytes, std::size_t place) noexcept {
     return static_cast<std::uint16_t>((bytes[place] << 8) | bytes[place + 1]);
@@ -98,8 +97,22 @@ bool JpegHeader::MarksRgb() const noexcept {
     return adobeTransform ? *adobeTransform == 0 : AreRgbIds(components);
 }
 
-bool CanHoldPixels(std::uint64_t streamLength, std::uint64_t width, std::uint64_t height) noexcept {
-    return width * height <= streamLength * kMostPixelsPerByte;
+std::uint64_t JpegHeader::LeastBytes() const noexcept {
+    constexpr std::uint64_t kBlockSide = 8;
+    const std::uint64_t side = Process() == JpegProcess::kLossless ? 1 : kBlockSide;
+    const std::span shown(components.data(), std::min<std::size_t>(componentCount, 4));
+    std::uint64_t widest = 1;
+    std::uint64_t highest = 1;
+    for (const JpegComponent& c : shown) {
+        widest = std::max<std::uint64_t>(widest, c.horizontal);
+        highest = std::max<std::uint64_t>(highest, c.vertical);
+    }
+    std::uint64_t bits = 0;
+    for (const JpegComponent& c : shown) {
+        bits += (width * std::uint64_t{c.horizontal} / (widest * side)) *
+                (height * std::uint64_t{c.vertical} / (highest * side));
+    }
+    return bits / 8;
 }
 
 JpegHeaderScanner::State JpegHeaderScanner::Scan(std::span<const unsigned char> head) noexcept {

@@ -40,6 +40,8 @@ struct JpegHeader {
     [[nodiscard]] bool IsSubsampled() const noexcept;
     /// More than one scan makes the whole picture, which a decoder must then hold as coefficients.
     [[nodiscard]] bool NeedsWholePicture() const noexcept;
+    /// What a whole picture costs at least: a bit for each 8 x 8 block, or lossless sample.
+    [[nodiscard]] std::uint64_t LeastBytes() const noexcept;
     /// What markers, component ids and sampling say. Lossless samples are taken as they are.
     [[nodiscard]] JpegColourForm ColourForm() const noexcept;
     /// False where nothing but custom speaks for the colour form.
@@ -47,11 +49,6 @@ struct JpegHeader {
     /// The stream says that its three components are R, G, B.
     [[nodiscard]] bool MarksRgb() const noexcept;
 };
-
-/// Whether a whole stream of `streamLength` bytes can hold this many pixels: every 8 x 8 block of a
-/// scan costs at least one bit.
-[[nodiscard]] bool CanHoldPixels(std::uint64_t streamLength, std::uint64_t width,
-                                 std::uint64_t height) noexcept;
 
 /// Reads a header from the growing beginning of a stream. Each byte is looked at once, however often
 /// the beginning grows.
