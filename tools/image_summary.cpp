@@ -99,6 +99,46 @@ std::optional<ImageSummary::Pair> ReadRescale(const CDcmObject& header) {
     return ImageSummary::Pair{*slope, *intercept};
 }
 
+// 0 entries stand for 65536.
+std::optional<ImageSummary::Table> ReadTable(const CDcmObjectCommon& source, std::uint32_t tag) {
+    int entries = 0;
+    int first = 0;
+    int bits = 0;
+    const bool isThere = source.GetValue(tag, entries) == kDcmSuccess &&
+                         source.GetNextValue(tag, first) == kDcmSuccess &&
+                         source.GetNextValue(tag, bits) == kDcmSuccess;
+    if (!isThere) return std::nullopt;
+    return ImageSummary::Table{entries == 0 ? 1 << 16 : entries, first, bits};
+}
+
+std::vector<ImageSummary::Table> ReadVoiTables(const CDcmObject& header) {
+    constexpr std::uint32_t kVoiLutSequence = 0x00283010;
+    std::vector<ImageSummary::Table> tables;
+    CDcmItem item;
+    bool isThere = header.GetValue(kVoiLutSequence, item) == kDcmSuccess;
+    for (int i = 0; isThere && i < kMostWindows; ++i) {
+        if (const auto table = ReadTable(item, 0x00283002)) tables.push_back(*table);
+        isThere = header.GetNextValue(kVoiLutSequence, item) == kDcmSuccess;
+    }
+    return tables;
+}
+
+void ReadPalette(const CDcmObject& header, ImageSummary& summary) {
+    std::vector<ImageSummary::Table> colours;
+    for (const std::uint32_t tag : {0x00281101U, 0x00281102U, 0x00281103U})
+        if (const auto table = ReadTable(header, tag)) colours.push_back(*table);
+    if (colours.size() != 3) return;
+    summary.palette = std::move(colours);
+    int count = 0;
+    summary.isPaletteSegmented = header.GetValueCount(0x00281221, count) == kDcmSuccess;
+}
+
+std::optional<double> ReadSliceLocation(CDcmObject& header) {
+    double location = 0.0;
+    if (CxDcmParser::GetSliceLocation(&header, location) != 1) return std::nullopt;
+    return location;
+}
+
 }  // namespace
 
 ImageSummary Summarise(CxDcmParser& parser, const std::string& path) {
@@ -118,6 +158,9 @@ ImageSummary Summarise(CxDcmParser& parser, const std::string& path) {
     summary.photometric = ReadText(header, 0x00280004);
     summary.windows = ReadWindows(header);
     summary.rescale = ReadRescale(header);
+    summary.voiTables = ReadVoiTables(header);
+    ReadPalette(header, summary);
+    summary.sliceLocation = ReadSliceLocation(*parser.GetHeader());
     summary.preamble = PreambleKind(path);
     return summary;
 }

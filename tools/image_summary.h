@@ -23,7 +23,17 @@ struct ImageSummary {
     std::string photometric;
     std::vector<Pair> windows;    ///< centre, width
     std::optional<Pair> rescale;  ///< slope, intercept
-    std::string_view preamble;    ///< as PreambleKind answers
+    /// A look-up table: entries, first mapped value, bits an entry.
+    struct Table {
+        int entries;
+        int first;
+        int bits;
+    };
+    std::vector<Table> voiTables;
+    std::vector<Table> palette;  ///< red, green, blue; empty where one is missing
+    bool isPaletteSegmented = false;
+    std::optional<double> sliceLocation;  ///< mm across the slices
+    std::string_view preamble;            ///< as PreambleKind answers
 };
 
 ImageSummary Summarise(CxDcmParser& parser, const std::string& path);

@@ -112,6 +112,14 @@ std::string WindowsOf(const ImageSummary& summary) {
     return '[' + json + ']';
 }
 
+std::string TablesOf(const std::vector<ImageSummary::Table>& tables) {
+    std::string json;
+    for (const auto& table : tables)
+        json += (json.empty() ? "" : ",") + ("{\"entries\":" + std::to_string(table.entries)) +
+                Field("first", table.first) + Field("bits", table.bits) + '}';
+    return '[' + json + ']';
+}
+
 std::string SummaryOf(const ImageSummary& summary) {
     std::string json = "{\"transferSyntax\":" + JsonString(summary.syntax);
     if (!summary.preamble.empty()) json += Field("preamble", JsonString(summary.preamble));
@@ -124,6 +132,12 @@ std::string SummaryOf(const ImageSummary& summary) {
     if (!summary.photometric.empty()) json += Field("photometric", JsonString(summary.photometric));
     if (!summary.windows.empty()) json += Field("windows", WindowsOf(summary));
     if (summary.rescale) json += Field("rescale", PairOf(*summary.rescale, "slope", "intercept"));
+    if (!summary.voiTables.empty()) json += Field("voiLuts", TablesOf(summary.voiTables));
+    if (!summary.palette.empty())
+        json +=
+            Field("palette", TablesOf(summary.palette)) +
+            Field("paletteSegmented", std::string(summary.isPaletteSegmented ? "true" : "false"));
+    if (summary.sliceLocation) json += Field("sliceLocation", JsonNumber(*summary.sliceLocation));
     return json + '}';
 }
 

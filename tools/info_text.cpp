@@ -112,6 +112,23 @@ std::string PixelLine(const ImageSummary& summary) {
     return Line("pixel", text + (summary.isSigned ? ", signed" : ", unsigned"));
 }
 
+std::string TableText(const ImageSummary::Table& table) {
+    return std::to_string(table.entries) + " entries of " + std::to_string(table.bits) +
+           " bits from " + std::to_string(table.first);
+}
+
+// How values become grey or colour.
+std::string TableLines(const ImageSummary& summary) {
+    std::string text;
+    for (const auto& table : summary.voiTables) text += Line("VOI LUT", TableText(table));
+    constexpr const char* kColours[] = {"red", "green", "blue"};
+    for (std::size_t i = 0; i < summary.palette.size(); ++i)
+        text += Line(
+            "palette " + std::string(kColours[i]),
+            TableText(summary.palette[i]) + (summary.isPaletteSegmented ? ", in segments" : ""));
+    return text;
+}
+
 std::string SummaryLines(const ImageSummary& summary) {
     std::string text;
     if (!summary.preamble.empty())
@@ -125,6 +142,9 @@ std::string SummaryLines(const ImageSummary& summary) {
     if (summary.rescale)
         text += Line("rescale", "value x " + JsonNumber(summary.rescale->first) + " + " +
                                     JsonNumber(summary.rescale->second));
+    text += TableLines(summary);
+    if (summary.sliceLocation)
+        text += Line("slice location", JsonNumber(*summary.sliceLocation) + " mm");
     return text;
 }
 

@@ -63,6 +63,22 @@ void AddRender(CLI::App& app, Work& work) {
     verb->callback([arguments, &work] { work = [arguments] { return Render(*arguments); }; });
 }
 
+void AddThumbnail(CLI::App& app, Work& work) {
+    auto* verb = app.add_subcommand("thumbnail", "Makes small pictures of images");
+    auto arguments = std::make_shared<ThumbnailArguments>();
+    verb->add_option("files", arguments->files, "DICOM files and folders of them")->required();
+    verb->add_option("-o,--output", arguments->output,
+                     "Output, - for standard output; a folder for several")
+        ->required();
+    AddParsed(*verb, "--size", "WxH", "Pixels to fit the picture into; 128x128 by default",
+              arguments->size, ParseSize);
+    verb->add_option("--format", arguments->format, "png (default), jpeg or jpeg-lossless");
+    verb->add_option("--frame", arguments->frame, "Which frame, 0 for the first");
+    verb->add_flag("--data-range", arguments->dataRange,
+                   "Spreads grey over the values that are there, not over the header's window");
+    verb->callback([arguments, &work] { work = [arguments] { return Thumbnail(*arguments); }; });
+}
+
 void AddPhantom(CLI::App& app, Work& work) {
     auto* verb = app.add_subcommand("phantom", "Makes sample objects");
     auto arguments = std::make_shared<PhantomArguments>();
@@ -79,6 +95,7 @@ ExitStatus RunCommand(int count, char** texts) {
     AddInfo(app, work);
     AddFrame(app, work);
     AddRender(app, work);
+    AddThumbnail(app, work);
     AddPhantom(app, work);
     try {
         app.parse(count, texts);

@@ -1,11 +1,13 @@
 // quorvex render: an image as a viewer would show it.
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <utility>
 
 #include "output_file.h"
 #include "png_writer.h"
 #include "quorvex/CXDIPP.h"
+#include "quorvex/CxDcmParser.h"
 #include "state_file.h"
 #include "verbs.h"
 
@@ -15,6 +17,7 @@ namespace {
 constexpr int kNoLimit = 1 << 30;  // a side of a view that never limits the fit
 constexpr int kLongestSide = 65535;
 constexpr int kFullTurn = 360;
+constexpr Window kColourWindow = {128, 255};  // shows every byte as it is
 
 /// How the image lies: whether it is mirrored, and how far it is then turned clockwise.
 struct Attitude {
@@ -150,13 +153,56 @@ void TurnFurther(CXDIPP& pipeline, const RenderArguments& arguments, Attitude& a
     if (arguments.flip) pipeline.UpdateHFlip_Toggle();
 }
 
+bool IsPaletteColour(const CDcmObject& header) {
+    CString photometric;
+    return header.GetValue(0x00280004, photometric) == kDcmSuccess &&
+           photometric.Find("PALETTE") >= 0;
+}
+
+// A frame of palette indices in its colours.
+QUORVEX_MESSAGE OpenInColour(CXDIPP& pipeline, CxDcmParser& parser, int frame) {
+    unsigned char* data = nullptr;
+    unsigned long size = 0;
+    auto result = parser.GetAFrame(frame, data, size, 0);
+    const std::unique_ptr<unsigned char[]> indices(data);
+    if (result != QVM_SUCCESS) return result;
+    const CDcmObject& header = *parser.GetHeader();
+    unsigned short rows = 0;
+    unsigned short columns = 0;
+    unsigned short bits = 0;
+    unsigned short samples = 1;
+    CString photometric("PALETTE COLOR");
+    header.GetValue(0x00280010, rows);
+    header.GetValue(0x00280011, columns);
+    header.GetValue(0x00280100, bits);
+    unsigned char* colours = nullptr;
+    result = parser.GetRGBBufferFromPaletteImage(indices.get(), columns, rows, bits, samples,
+                                                 photometric, colours, 0);
+    const std::unique_ptr<unsigned char[]> owner(colours);
+    if (result != QVM_SUCCESS) return result;
+    result = pipeline.Initialize(colours, {kNoLimit, kNoLimit}, {columns, rows}, 3, 255, 0, 0);
+    pipeline.UpdateVOILUT_ABS(kColourWindow.centre, kColourWindow.width);
+    return result;
+}
+
+// A presentation state speaks of grey values, so an image under one shows its indices.
+QUORVEX_MESSAGE OpenImage(CXDIPP& pipeline, CDcmApp& app, const RenderArguments& arguments) {
+    if (arguments.state.empty()) {
+        CxDcmParser parser;
+        const auto result = parser.Initialize(&app, arguments.file, 0);
+        if (result != QVM_SUCCESS) return result;
+        if (IsPaletteColour(*parser.GetHeader()))
+            return OpenInColour(pipeline, parser, arguments.frame);
+    }
+    return pipeline.Initialize(&app, arguments.file, {kNoLimit, kNoLimit}, arguments.frame);
+}
+
 }  // namespace
 
 ExitStatus Render(const RenderArguments& arguments) {
     CDcmApp app;
     CXDIPP pipeline;
-    const auto result =
-        pipeline.Initialize(&app, arguments.file, {kNoLimit, kNoLimit}, arguments.frame);
+    const auto result = OpenImage(pipeline, app, arguments);
     if (result != QVM_SUCCESS) return ReportBadInput(arguments.file, result);
     const CSize ownSize = DisplayedSize(pipeline);
 

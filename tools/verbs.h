@@ -47,6 +47,16 @@ struct RenderArguments {
 };
 ExitStatus Render(const RenderArguments& arguments);
 
+struct ThumbnailArguments {
+    std::vector<std::string> files;  ///< files and folders
+    std::string output;              ///< a folder when there are several
+    CSize size{128, 128};            ///< pixels that the picture has to fit into
+    std::string format = "png";      ///< png, jpeg or jpeg-lossless
+    int frame = 0;
+    bool dataRange = false;  ///< window by the range of the data, not by the header
+};
+ExitStatus Thumbnail(const ThumbnailArguments& arguments);
+
 struct PhantomArguments {
     std::string folder;
     bool small = false;

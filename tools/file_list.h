@@ -1,0 +1,78 @@
+/// The inputs of a verb that works through many files, one at a time.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace quorvex::tools {
+
+/// One input, and the name that its output has inside the output folder.
+struct InputFile {
+    std::string path;
+    /// A relative path without "..": the last part of a file that was named, the path below a folder
+    /// that was, the whole path of an entry of a list.
+    std::string name;
+    bool isNamed = false;  ///< stands on the command line itself
+};
+
+/// One of several equal parts of the inputs, told by a hash of their names, so that machines that
+/// share a list take different files without talking to each other.
+struct Shard {
+    unsigned index = 1;  ///< 1 to `count`
+    unsigned count = 1;
+
+    [[nodiscard]] bool Has(const std::string& name) const noexcept;
+};
+
+/// "2/8". Everything else is a WrongUsage.
+Shard ParseShard(const std::string& text);
+
+/// Where inputs come from.
+struct FileListSource {
+    std::vector<std::string> arguments;  ///< files and folders
+    std::string list;                    ///< a file with one path a line, - for standard input
+    bool isNulSeparated = false;
+    Shard shard;
+    std::string leftOutFolder;  ///< not walked into, so that outputs never become inputs
+};
+
+/// Whether one of the arguments is a folder, so that there may be any number of inputs.
+bool HasFolder(const std::vector<std::string>& arguments);
+
+/// Gives one input after the other; holds none of them.
+class FileList {
+public:
+    explicit FileList(FileListSource source);
+    ~FileList();
+    FileList(const FileList&) = delete;
+    FileList& operator=(const FileList&) = delete;
+
+    /// Nothing when there are no more. A folder or list that cannot be read is an
+    /// EnvironmentFailure.
+    std::optional<InputFile> Next();
+
+    /// How many inputs there are, by walking all folders and the list; nothing where the list is
+    /// standard input, which can be read but once.
+    static std::optional<std::size_t> Count(const FileListSource& source);
+
+private:
+    struct List;
+
+    std::optional<InputFile> NextOfAll();
+    std::optional<InputFile> NextOfFolder();
+    std::optional<InputFile> NextOfArguments();
+    std::optional<InputFile> NextOfList();
+
+    FileListSource source_;
+    std::size_t nextArgument_ = 0;
+    std::filesystem::path folder_;
+    std::filesystem::recursive_directory_iterator walk_;
+    std::unique_ptr<List> list_;
+};
+
+}  // namespace quorvex::tools
