@@ -13,6 +13,13 @@ std::size_t Turned(std::size_t index, std::size_t wordBytes, std::size_t size) {
     return word + wordBytes <= size ? index ^ (wordBytes - 1) : index;
 }
 
+/// Where the byte `index` of a frame of 4:2:2 lies: the middle two of four have changed places.
+std::size_t WithBothYFirst(std::size_t index, std::size_t length) {
+    const std::size_t place = index % 4;
+    const bool isInTheMiddle = (place == 1 || place == 2) && index - place + 4 <= length;
+    return isInTheMiddle ? index - place + (3 - place) : index;
+}
+
 std::optional<std::size_t> FrameBits(const PixelShape& shape) noexcept {
     // Two pixels of 4:2:2 have two samples of brightness and one each of the two colours.
     const std::uint32_t samples = shape.isHalfChroma ? 2 : shape.samplesPerPixel;
@@ -39,7 +46,8 @@ NativeOrder NativeOrder::Of(bool isBigEndian, MC_VR vr, bool swapsFollow,
     const bool swapsOfWords = shape.bitsAllocated == 16;
     const std::uint8_t wordBytes = isBigEndian ? PixelWordBytes(vr, shape.bitsAllocated) : 1;
     return {.wordBytes = wordBytes,
-            .isHandedOutSwapped = swapsFollow && swapsOfPairs != swapsOfWords};
+            .isHandedOutSwapped = swapsFollow && swapsOfPairs != swapsOfWords,
+            .sharesChroma = shape.isHalfChroma && shape.bitsAllocated == 8};
 }
 
 NativeFrames::NativeFrames(Bytes stored, std::size_t frameBytes, NativeOrder order) noexcept
@@ -66,7 +74,7 @@ std::size_t NativeFrames::Count() const noexcept {
 }
 
 bool NativeFrames::LiesReady(std::size_t begin, std::size_t length) const noexcept {
-    if (frameBits_ != 0) return false;
+    if (frameBits_ != 0 || order_.sharesChroma) return false;
     if (order_.wordBytes == 1) return !order_.isHandedOutSwapped;
     const bool keepsWords = order_.wordBytes == 2 && order_.isHandedOutSwapped;
     return keepsWords && begin % 2 == 0 && length % 2 == 0;
@@ -96,8 +104,9 @@ Bytes NativeFrames::Frame(std::size_t index, std::span<unsigned char> block) con
     if (LiesReady(begin, length)) return stored_.subspan(begin, length);
     for (std::size_t i = 0; i < length; ++i) {
         const std::size_t to = Turned(i, order_.isHandedOutSwapped ? 2 : 1, length);
+        const std::size_t from = order_.sharesChroma ? WithBothYFirst(i, length) : i;
         block[to] =
-            frameBits_ != 0 ? StoredBits(index * frameBits_ + i * 8) : StoredByte(begin + i);
+            frameBits_ != 0 ? StoredBits(index * frameBits_ + i * 8) : StoredByte(begin + from);
     }
     return block.first(length);
 }

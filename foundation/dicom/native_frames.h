@@ -30,10 +30,12 @@ struct PixelShape {
 struct NativeOrder {
     std::uint8_t wordBytes = 1;       ///< 2, 4 or 8 where that many bytes are stored highest first
     bool isHandedOutSwapped = false;  ///< in pairs, since a swap of pairs follows
+    bool sharesChroma = false;        ///< Y, Y, Cb, Cr is handed out as Y, Cb, Y, Cr
 
     /// `isBigEndian` says how the value is stored; `swapsFollow` that the object's syntax makes a
     /// fetch swap: the bytes of each pair where a pixel has other than 3 samples, and once more
-    /// where 16 bits are allocated.
+    /// where 16 bits are allocated. Two pixels of 4:2:2 lie as DICOM PS3.3 C.7.6.3.1.2 has them,
+    /// both Y first, and the colour conversion takes each Y with one of the two colours.
     [[nodiscard]] static NativeOrder Of(bool isBigEndian, MC_VR vr, bool swapsFollow,
                                         const PixelShape& shape) noexcept;
 };

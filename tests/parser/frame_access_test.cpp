@@ -74,7 +74,7 @@ TEST(FrameAccess, CutsNativeFramesByTheirStoredSize) {
                           .photometric = "YBR_FULL_422",
                           .samples = 3,
                           .frames = "2"};
-    ExpectFrame(test::NativeFile(test::kUidExplicit, half, {9, 128, 8, 128, 7, 128, 6, 128}), 1,
+    ExpectFrame(test::NativeFile(test::kUidExplicit, half, {9, 8, 128, 128, 7, 6, 128, 128}), 1,
                 {QVM_SUCCESS, {7, 7, 7, 6, 6, 6}}, "4:2:2");
 }
 
