@@ -3,8 +3,8 @@
 
 #include "foundation/platform/surface.h"
 #include "foundation/types/answer.h"
+#include "foundation/types/saturate.h"
 #include "pipeline/dib.h"
-#include "pipeline/whole_number.h"
 #include "quorvex/CXDIPP.h"
 
 namespace quorvex {
@@ -21,11 +21,11 @@ struct Placement {
 };
 
 int Rounded(double value) {
-    return TruncatedToInt(value + 0.5);
+    return TruncateToInt(value + 0.5);
 }
 
 int Centred(std::int64_t viewLength, std::int64_t length, int pan) {
-    return HeldToInt((viewLength - length) / 2 + pan);
+    return SaturateToInt((viewLength - length) / 2 + pan);
 }
 
 // The unrounded size is centred, so a result whose width was rounded down sits up to 3 pixels left.

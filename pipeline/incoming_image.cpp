@@ -4,10 +4,10 @@
 #include <cmath>
 #include <utility>
 
+#include "foundation/types/saturate.h"
 #include "pipeline/pixel_header.h"
 #include "pipeline/presentation_record.h"
 #include "pipeline/rgb_frame.h"
-#include "pipeline/whole_number.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
 
@@ -28,9 +28,9 @@ void ShowBitsBlackAndWhite(CXGSPSInfo& record) {
 }
 
 void ScaleWindow(CXGSPSInfo& record, const ValueScale& scale) {
-    record.windowCenter = TruncatedToInt((record.windowCenter - scale.offset) / scale.step);
+    record.windowCenter = TruncateToInt((record.windowCenter - scale.offset) / scale.step);
     if (record.windowWidth == 0) return;
-    record.windowWidth = std::max(TruncatedToInt(record.windowWidth / scale.step), 1);
+    record.windowWidth = std::max(TruncateToInt(record.windowWidth / scale.step), 1);
 }
 
 bool FitsWholeNumbers(const ValueScale& scale) {
@@ -46,8 +46,8 @@ void SetDomain(ValueRange& range, std::int64_t low, std::int64_t high) noexcept 
         low = std::min<std::int64_t>(range.low, 0);
         high = std::max<std::int64_t>(range.high, 0);
     }
-    range.domainLow = HeldToInt(low);
-    range.domainHigh = HeldToInt(high);
+    range.domainLow = SaturateToInt(low);
+    range.domainHigh = SaturateToInt(high);
 }
 
 void IncomingImage::TakeHeader(const PixelHeader& header, CDcmObject& object) {
@@ -68,8 +68,8 @@ void IncomingImage::TakeColour(PixelBlock frame, const PixelHeader& header) {
 
 void IncomingImage::TakeGrey(ModalityFrame frame) {
     bytesPerPixel = frame.bytesPerPixel;
-    minValue = std::min(minValue, HeldToInt(frame.values.low));
-    maxValue = std::max(maxValue, HeldToInt(frame.values.high));
+    minValue = std::min(minValue, SaturateToInt(frame.values.low));
+    maxValue = std::max(maxValue, SaturateToInt(frame.values.high));
     if (bitsStored == 1) ShowBitsBlackAndWhite(*record);
     SetDomain(frame);
     TakeScale(frame.scale);

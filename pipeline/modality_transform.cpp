@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "pipeline/whole_number.h"
+#include "foundation/types/saturate.h"
 #include "quorvex/CXGSPSInfo.h"
 
 namespace quorvex {
@@ -36,7 +36,7 @@ ModalityTransform::ModalityTransform(const CXGSPSInfo& record) noexcept {
 }
 
 std::optional<std::int64_t> ModalityTransform::Offset() const noexcept {
-    const std::int64_t whole = TruncatedToInt64(intercept_);
+    const std::int64_t whole = TruncateToInt64(intercept_);
     if (IsTable() || slope_ != 1.0 || static_cast<double>(whole) != intercept_) return std::nullopt;
     return whole;
 }
@@ -47,7 +47,7 @@ std::int64_t ModalityTransform::operator()(std::int64_t stored) const noexcept {
         return entries_[static_cast<std::size_t>(
             std::clamp<std::int64_t>(stored - first_, 0, last))];
     }
-    return TruncatedToInt64(static_cast<double>(stored) * slope_ + intercept_);
+    return TruncateToInt64(static_cast<double>(stored) * slope_ + intercept_);
 }
 
 ValueSpan ModalityTransform::SpanOfRescaled(ValueSpan stored) const noexcept {

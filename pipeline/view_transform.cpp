@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "pipeline/whole_number.h"
+#include "foundation/types/saturate.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
@@ -54,7 +54,8 @@ void CXDIPP::PrepareDisplayAreaTransform() noexcept {
         std::minmax(presentation->displayedAreaLeft, presentation->displayedAreaRight);
     const auto [top, bottom] =
         std::minmax(presentation->displayedAreaTop, presentation->displayedAreaBottom);
-    roi = {HeldToInt(std::int64_t{left} - 1), HeldToInt(std::int64_t{top} - 1), right, bottom};
+    roi = {SaturateToInt(std::int64_t{left} - 1), SaturateToInt(std::int64_t{top} - 1), right,
+           bottom};
     aspectRatio = AspectRatioOf(*presentation);
     switch (presentation->presentationSizeMode) {
         case kScaleToFit:
@@ -80,7 +81,7 @@ void CXDIPP::PrepareScaleToFit() noexcept {
     zoom = std::min(viewSize.cx / Extent(roi.left, roi.right),
                     viewSize.cy / (Extent(roi.top, roi.bottom) * EffectiveAspectRatio()));
     const auto fromMiddle = [this](std::int32_t length, std::int64_t middle) {
-        return TruncatedToInt(static_cast<double>(length / 2 - middle) * zoom);
+        return TruncateToInt(static_cast<double>(length / 2 - middle) * zoom);
     };
     panOffset = {fromMiddle(imageSize.cx, Middle(roi.left, roi.right)),
                  fromMiddle(imageSize.cy, Middle(roi.top, roi.bottom))};
@@ -88,8 +89,8 @@ void CXDIPP::PrepareScaleToFit() noexcept {
 }
 
 void CXDIPP::PrepareMagnify() noexcept {
-    panOffset = {HeldToInt(imageSize.cx - Middle(roi.left, roi.right)),
-                 HeldToInt(imageSize.cy - Middle(roi.top, roi.bottom))};
+    panOffset = {SaturateToInt(imageSize.cx - Middle(roi.left, roi.right)),
+                 SaturateToInt(imageSize.cy - Middle(roi.top, roi.bottom))};
     UpdateDisplayArea();
 }
 
@@ -161,8 +162,8 @@ QUORVEX_MESSAGE CXDIPP::UpdateZoom_ABS(double zoomFactor) {
 }
 
 QUORVEX_MESSAGE CXDIPP::UpdatePan_Offset(CPoint delta) {
-    return UpdatePan_ABS({HeldToInt(std::int64_t{panOffset.x} + delta.x),
-                          HeldToInt(std::int64_t{panOffset.y} + delta.y)});
+    return UpdatePan_ABS({SaturateToInt(std::int64_t{panOffset.x} + delta.x),
+                          SaturateToInt(std::int64_t{panOffset.y} + delta.y)});
 }
 
 QUORVEX_MESSAGE CXDIPP::UpdatePan_ABS(CPoint pan) {

@@ -22,4 +22,12 @@ namespace quorvex {
         std::clamp(value, double{Limits::min()}, double{Limits::max()}));
 }
 
+/// Cut towards zero, to the nearest value within +-2^53, where doubles are exact; not a number gives
+/// 0.
+[[nodiscard]] inline std::int64_t TruncateToInt64(double value) noexcept {
+    constexpr double kLimit = 9007199254740992.0;
+    if (std::isnan(value)) return 0;
+    return static_cast<std::int64_t>(std::clamp(value, -kLimit, kLimit));
+}
+
 }  // namespace quorvex
