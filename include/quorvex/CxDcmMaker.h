@@ -14,6 +14,7 @@
 namespace quorvex {
 
 class CXGSPSInfo;
+class CxDcmParser;
 class FrameSupply;
 class PixelDraft;
 
@@ -163,7 +164,6 @@ public:
     /// @return QVM_SUCCESS; or, with nothing lost, so that frames may still be added or the cycle
     ///         begun again:
     ///         QVM_ERROR_INVALID_IMAGE_FORMAT     no frames
-    ///         QVM_ERROR_NO_PIXEL_INFO            outside the cycle
     ///         QVM_ERROR_INVALID_TRANSFER_SYNTAX  `compressionType` 4 or unknown
     ///         QVM_ERROR_INVALID_BITS_ALLOCATED, _SAMPLES_PER_PIXEL, _BITS_STORED, _ROWS, _COLUMNS,
     ///         _PHOTOMETRIC, _PIXEL_REPRESENTATION, _PLANAR_CONFIGURATION: neither given nor in the
@@ -176,10 +176,10 @@ public:
 
     /// An object of one frame, in one call.
     ///
-    /// @param pixels  as in AddFrame(); stays yours only with QVM_ERROR_NO_SOURCE_OBJECT
+    /// @param pixels  as in AddFrame(); stays yours where the answer is a failure
     /// @param result  as above: start it as null, and null afterwards tells of failure
     /// @return QVM_SUCCESS also where the object could not be made (GetOutcome() says why), or
-    ///         QVM_ERROR_NO_SOURCE_OBJECT
+    ///         QVM_ERROR_NO_SOURCE_OBJECT, QVM_ERROR_INVALID_MAKER_PARAM for no memory
     QUORVEX_MESSAGE MakeDcmObject(CDcmObject* source, _USER_SETTING_INFO* settings,
                                   _FRAME_INFO* frameInfo, unsigned char* pixels,
                                   CDcmObject*& result);
@@ -224,8 +224,9 @@ private:
     static QUORVEX_MESSAGE ProcessObjectForExportAction(PixelDraft& draft,
                                                         _DCM_FRAME_BUFFER& frame);
     static QUORVEX_MESSAGE CreateDICOMExportObject(PixelDraft& draft, FrameSupply& frames);
-    QUORVEX_MESSAGE ConvertPixels(CDcmApp* app, CDcmObject& target,
-                                  const _USER_SETTING_INFO* settings);
+    static QUORVEX_MESSAGE ExpandPaletteFrame(PixelDraft& draft, _DCM_FRAME_BUFFER& frame);
+    QUORVEX_MESSAGE ConvertPixels(CxDcmParser& parser, CDcmObject& target, TRANSFER_SYNTAX syntax,
+                                  const _USER_SETTING_INFO* settings) const;
     static QUORVEX_MESSAGE GetRGBBufferFromPaletteImage(unsigned char* pixels,
                                                         unsigned short columns, unsigned short rows,
                                                         unsigned short& bits,

@@ -1,0 +1,26 @@
+/// What "Quorvex.INI" beside the host's executable says of the maker of new objects.
+#pragma once
+
+#include <string_view>
+
+#include "quorvex/Types.h"
+
+namespace quorvex {
+
+struct MakerConfiguration {
+    CString uidPrefix;
+    CString manufacturer;
+    CString modelName;
+};
+
+/// What holds without a configuration file.
+[[nodiscard]] MakerConfiguration DefaultConfiguration();
+
+/// Reads strict pairs of lines, a tag and its value, in UTF-8; they may end in CR LF. A first line that
+/// is no tag takes the line behind it along. What no tag names stays empty.
+[[nodiscard]] MakerConfiguration ParseConfiguration(std::string_view text);
+
+/// Reads the file anew; the defaults where it cannot be read.
+[[nodiscard]] MakerConfiguration ReadConfiguration();
+
+}  // namespace quorvex

@@ -1,0 +1,143 @@
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include "foundation/types/answer.h"
+#include "maker/frame_supply.h"
+#include "maker/pixel_attributes.h"
+#include "quorvex/CxDcmMaker.h"
+#include "quorvex/CxDcmParser.h"
+
+namespace quorvex {
+namespace {
+
+constexpr std::uint16_t kConversionQuality = 1;
+
+/// An object in this syntax is in this form already.
+struct FormSyntax {
+    std::int32_t compressionType;
+    TRANSFER_SYNTAX syntax;
+};
+
+constexpr FormSyntax kFormSyntaxes[] = {
+    {kXferUncompressed, kImplicitLittleEndian},
+    {kXferUncompressed, kExplicitLittleEndian},
+    {kXferUncompressedImplicit, kImplicitLittleEndian},
+    {kXferUncompressedImplicit, kExplicitLittleEndian},
+    {kXferUncompressedExplicit, kImplicitLittleEndian},
+    {kXferUncompressedExplicit, kExplicitLittleEndian},
+    {kXferRle, kRle},
+    {kXferJpegBaseline, kJpegBaseline},
+    {kXferJpegExtended, kJpegExtended},
+    {kXferJpegLossless, kJpegLossless},
+    {kXferJpegLossless, kJpegLosslessFirstOrder},
+    {kXferJpeg2000, kJpeg2000},
+    {kXferJpeg2000Lossless, kJpeg2000Lossless},
+};
+
+bool IsInForm(TRANSFER_SYNTAX syntax, std::int32_t compressionType) {
+    return std::ranges::any_of(kFormSyntaxes, [&](const FormSyntax& row) {
+        return row.compressionType == compressionType && row.syntax == syntax;
+    });
+}
+
+/// The frames of an object, decoded one at a time.
+class FetchedFrames final : public FrameSupply {
+public:
+    FetchedFrames(CxDcmParser& parser, std::size_t frameBytes)
+        : parser_(parser), frameBytes_(frameBytes) {}
+
+    [[nodiscard]] int Count() const override { return parser_.GetFrameCount(); }
+    QUORVEX_MESSAGE Fetch(int index, _DCM_FRAME_BUFFER*& frame) override {
+        delete[] std::exchange(frame_.rawData, nullptr);
+        const auto result = parser_.GetAFrame(index, frame_.rawData, frame_.rawLength, 0);
+        if (result != QVM_SUCCESS) return result;
+        frame = &frame_;
+        return frame_.rawLength == frameBytes_ ? QVM_SUCCESS : QVM_ERROR_INVALID_BITS_ALLOCATED;
+    }
+    [[nodiscard]] bool HoldsBitmaps() const noexcept override { return false; }
+
+private:
+    CxDcmParser& parser_;
+    std::size_t frameBytes_;
+    _DCM_FRAME_BUFFER frame_;
+};
+
+/// True where a fetch passes colour through a conversion that goes by the photometric text, and that
+/// leaves the frame black when it does not know it.
+bool GoesByPhotometric(TRANSFER_SYNTAX syntax) {
+    return syntax <= kRle;
+}
+
+bool IsColourReadable(const _DCM_PIXEL_INFO& format, TRANSFER_SYNTAX syntax) {
+    constexpr const char* kByteForms[] = {"YBR_FULL", "YBR_FULL_422", "YBR_PARTIAL_422"};
+    const CString& text = format.photometricInterpretation;
+    if (!GoesByPhotometric(syntax) || text == CString("RGB")) return true;
+    return format.bitsAllocated == 8 &&
+           std::ranges::any_of(kByteForms, [&](const char* form) { return text == CString(form); });
+}
+
+/// Whether whole bytes hold a frame, and nothing of the next one.
+bool EndsWithAByte(const _DCM_PIXEL_INFO& format) {
+    const std::uint64_t pixels = std::uint64_t{format.rows} * format.columns;
+    return pixels % 8 * format.samplesPerPixel % 8 * format.bitsAllocated % 8 == 0;
+}
+
+/// What a frame of the object is when it has been decoded; what we would spoil is refused.
+QUORVEX_MESSAGE DescribeDecoded(const CDcmObject& object, TRANSFER_SYNTAX syntax,
+                                _DCM_PIXEL_INFO& format) {
+    const bool isExplicit = syntax == kExplicitLittleEndian || syntax == kExplicitBigEndian ||
+                            syntax == kDeflatedExplicitLittleEndian;
+    format.transferSyntax = isExplicit ? kExplicitLittleEndian : kImplicitLittleEndian;
+    ReadPixelInfo(object, format);
+    if (format.samplesPerPixel == kUnset) format.samplesPerPixel = 1;
+    if (format.samplesPerPixel != 1 && format.samplesPerPixel != 3)
+        return QVM_ERROR_INVALID_SAMPLES_PER_PIXEL;
+    if (!EndsWithAByte(format)) return QVM_ERROR_INVALID_BITS_ALLOCATED;
+    if (format.samplesPerPixel == 1) return QVM_SUCCESS;
+    if (!IsColourReadable(format, syntax)) return QVM_ERROR_INVALID_PHOTOMETRIC;
+    format.photometricInterpretation = "RGB";
+    format.planarConfiguration = 0;
+    return QVM_SUCCESS;
+}
+
+}  // namespace
+
+QUORVEX_MESSAGE CxDcmMaker::ConvertPixels(CxDcmParser& parser, CDcmObject& target,
+                                          TRANSFER_SYNTAX syntax,
+                                          const _USER_SETTING_INFO* settings) const {
+    return Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, [&] {
+        _DCM_PIXEL_INFO format;
+        format.compressionType = kXferUncompressed;
+        if (settings != nullptr) format.compressionType = settings->compressionType;
+        format.quality = quality == 0 ? kConversionQuality : quality;
+        if (IsInForm(syntax, format.compressionType)) return QVM_FRAME_COPIED;
+        if (parser.GetFrameCount() < 1) return QVM_ERROR_INVALID_IMAGE_FORMAT;
+        const auto result = DescribeDecoded(*parser.GetHeader(), syntax, format);
+        if (result != QVM_SUCCESS) return result;
+        FetchedFrames frames(parser, FrameBytes(format).value_or(0));
+        return MakePixels(format, frames, target);
+    });
+}
+
+QUORVEX_MESSAGE CxDcmMaker::MakeDcmObject(CDcmApp* app, CDcmObject* converted,
+                                          _USER_SETTING_INFO* settings) {
+    const auto refusal = Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, [&] {
+        if (app == nullptr || converted == nullptr) return QVM_ERROR_INVALID_DCMAPP;
+        TRANSFER_SYNTAX syntax = kSyntaxNone;
+        if (converted->GetTransferSyntax(syntax) != kDcmSuccess)
+            return QVM_ERROR_INVALID_TRANSFER_SYNTAX;
+        CDcmObject source = *converted;  // a parser corrects the header that it is given
+        CxDcmParser parser;
+        const auto result = parser.Initialize(app, &source, nullptr, 0, 0);
+        if (result == QVM_SUCCESS) outcome = ConvertPixels(parser, *converted, syntax, settings);
+        return result;
+    });
+    if (refusal != QVM_SUCCESS) return outcome = refusal;
+    UpdateUserSettingInfo(settings, converted);
+    if (settings != nullptr && !settings->fileName.IsEmpty())
+        converted->RenameFile(settings->fileName);
+    return QVM_SUCCESS;
+}
+
+}  // namespace quorvex

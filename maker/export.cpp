@@ -1,0 +1,205 @@
+#include <algorithm>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "maker/frame_supply.h"
+#include "maker/pixel_attributes.h"
+#include "maker/pixel_draft.h"
+#include "quorvex/CxDcmMaker.h"
+
+namespace quorvex {
+namespace {
+
+constexpr std::uint32_t kExtendedOffsetTable = 0x7FE00001;
+constexpr std::uint32_t kExtendedOffsetTableLengths = 0x7FE00002;
+
+using PlainAction = QUORVEX_MESSAGE (*)(PixelDraft&, _DCM_FRAME_BUFFER&);
+
+/// Plain frames, one after the other, each gone before the next one comes.
+class PlainFrames {
+public:
+    PlainFrames(PixelDraft& draft, FrameSupply& supply, PlainAction makePlain)
+        : draft_(draft), supply_(supply), makePlain_(makePlain) {}
+    ~PlainFrames() { Drop(); }
+    PlainFrames(const PlainFrames&) = delete;
+    PlainFrames& operator=(const PlainFrames&) = delete;
+
+    [[nodiscard]] bool AreAtEnd() const { return next_ == supply_.Count(); }
+    /// The next frame's bytes, valid until the next call.
+    QUORVEX_MESSAGE Next(std::span<unsigned char>& bytes) {
+        Drop();
+        auto result = supply_.Fetch(next_++, frame_);
+        if (result == QVM_SUCCESS) result = makePlain_(draft_, *frame_);
+        if (result != QVM_SUCCESS) return result;
+        if (frame_->processedData == nullptr) return QVM_ERROR_NULL_SOURCE;
+        bytes = {frame_->processedData, frame_->processedLength};
+        return QVM_SUCCESS;
+    }
+
+private:
+    void Drop() noexcept {
+        if (frame_ == nullptr) return;
+        delete[] std::exchange(frame_->processedData, nullptr);
+        frame_->processedLength = 0;
+    }
+
+    PixelDraft& draft_;
+    FrameSupply& supply_;
+    PlainAction makePlain_;
+    int next_ = 0;
+    _DCM_FRAME_BUFFER* frame_ = nullptr;
+};
+
+/// Gives the frames of native Pixel Data to the object as it asks for them, in pieces that an int can
+/// count.
+class NativeValue {
+public:
+    explicit NativeValue(PlainFrames& frames) : frames_(frames) {}
+
+    static MC_STATUS Give(int, std::uint32_t, void* user, int, int* length, void** data,
+                          int* last) {
+        return static_cast<NativeValue*>(user)->GivePiece(*length, *data, *last);
+    }
+    /// Why the value was refused.
+    [[nodiscard]] QUORVEX_MESSAGE Failure() const noexcept {
+        return result_ == QVM_SUCCESS ? QVM_ERROR_FAILED_TO_SET_PIXEL_DATA : result_;
+    }
+
+private:
+    MC_STATUS GivePiece(int& length, void*& data, int& last) {
+        constexpr std::size_t kLongestPiece = std::size_t{1} << 30U;
+        if (rest_.empty() && !frames_.AreAtEnd()) result_ = frames_.Next(rest_);
+        if (result_ != QVM_SUCCESS) return kMcRefuse;
+        const auto piece = rest_.first(std::min(rest_.size(), kLongestPiece));
+        rest_ = rest_.subspan(piece.size());
+        length = static_cast<int>(piece.size());
+        data = piece.data();
+        last = rest_.empty() && frames_.AreAtEnd() ? 1 : 0;
+        return kMcContinue;
+    }
+
+    PlainFrames& frames_;
+    std::span<unsigned char> rest_;
+    QUORVEX_MESSAGE result_ = QVM_SUCCESS;
+};
+
+QUORVEX_MESSAGE PutNative(PixelDraft& draft, PlainFrames& frames) {
+    constexpr std::uint16_t kBitsOfAByte = 8;
+    NativeValue value(frames);
+    draft.object.RemoveValue(kExtendedOffsetTable);
+    draft.object.RemoveValue(kExtendedOffsetTableLengths);
+    if (draft.object.SetValue(kPixelData, &value, NativeValue::Give) != kDcmSuccess)
+        return value.Failure();
+    if (draft.format.bitsStored > kBitsOfAByte)
+        draft.object.SetValueRepresentation(kPixelData, MC_VR_OW);
+    return QVM_SUCCESS;
+}
+
+/// Coded frames, one behind the other.
+class CodedFrames {
+public:
+    explicit CodedFrames(const PixelDraft& draft) : layout_(draft.outgoing) {
+        param_ = layout_.ProcessParam();
+        param_.transferSyntax = kImplicitLittleEndian;
+        param_.quality = draft.format.quality;
+        param_.targetSyntax = static_cast<std::uint32_t>(draft.form->compressionType);
+    }
+
+    QUORVEX_MESSAGE Add(std::span<unsigned char> plain) {
+        if (plain.size() != layout_.FrameBytes()) return QVM_ERROR_FAILED_TO_COMPRESS;
+        unsigned char* coded = nullptr;
+        unsigned long length = 0;
+        const auto result =
+            coder_.CompressFrameData(&param_, plain.data(), plain.size(), coded, length);
+        std::unique_ptr<unsigned char[]> block(coded);
+        if (result != QVM_SUCCESS || coded == nullptr) return QVM_ERROR_FAILED_TO_COMPRESS;
+        blocks_.push_back(std::move(block));
+        lengths_.push_back(length);
+        return QVM_SUCCESS;
+    }
+    /// Items of odd length are padded by the object.
+    QUORVEX_MESSAGE PutInto(CDcmObject& object) const {
+        std::vector<unsigned char*> frames;
+        for (const auto& block : blocks_) frames.push_back(block.get());
+        const bool isPut = object.SetValueEx(kPixelData, static_cast<int>(frames.size()),
+                                             lengths_.data(), frames.data()) == kDcmSuccess;
+        return isPut ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_SET_PIXEL_DATA;
+    }
+
+private:
+    const PixelLayout& layout_;
+    _IMAGE_PROCESS_PARAM param_;
+    CxImageProcessor coder_;
+    std::vector<std::unique_ptr<unsigned char[]>> blocks_;
+    std::vector<unsigned long> lengths_;
+};
+
+QUORVEX_MESSAGE PutCoded(PixelDraft& draft, PlainFrames& frames) {
+    CodedFrames coded(draft);
+    while (!frames.AreAtEnd()) {
+        std::span<unsigned char> plain;
+        auto result = frames.Next(plain);
+        if (result == QVM_SUCCESS) result = coded.Add(plain);
+        if (result != QVM_SUCCESS) return result;
+    }
+    return coded.PutInto(draft.object);
+}
+
+bool IsPlain(const _DCM_PIXEL_INFO& format) {
+    return format.transferSyntax == kImplicitLittleEndian ||
+           format.transferSyntax == kExplicitLittleEndian;
+}
+
+void DescribeAsRgbBytes(_DCM_PIXEL_INFO& format) {
+    format.photometricInterpretation = "RGB";
+    format.samplesPerPixel = 3;
+    format.bitsAllocated = 8;
+    format.bitsStored = 8;
+    format.highBit = 7;
+    format.planarConfiguration = 0;
+}
+
+/// What the frames will be when palettes are expanded and codes are decoded.
+void DescribeOutgoing(PixelDraft& draft, bool holdsBitmaps) {
+    constexpr unsigned kBitmapBits = 32;
+    const PixelLayout& in = draft.incoming;
+    if (holdsBitmaps && in.bitsAllocated * in.samplesPerPixel == kBitmapBits)
+        draft.format.samplesPerPixel = 3;
+    if (IsPlain(draft.format) && in.IsPalette()) DescribeAsRgbBytes(draft.format);
+}
+
+QUORVEX_MESSAGE Describe(PixelDraft& draft, const FrameSupply& frames) {
+    if (draft.format.compressionType == 0) return QVM_ERROR_INVALID_TARGET_SYNTAX;
+    auto result = ResolveLayout(draft.format, draft.object, draft.incoming);
+    if (result != QVM_SUCCESS) return result;
+    DescribeOutgoing(draft, frames.HoldsBitmaps());
+    result = ResolveLayout(draft.format, draft.object, draft.outgoing);
+    if (result != QVM_SUCCESS) return result;
+    draft.form = FindExportForm(draft.format.compressionType);
+    return draft.form == nullptr ? QVM_ERROR_INVALID_TRANSFER_SYNTAX : QVM_SUCCESS;
+}
+
+}  // namespace
+
+QUORVEX_MESSAGE CxDcmMaker::MakePixels(const _DCM_PIXEL_INFO& format, FrameSupply& frames,
+                                       CDcmObject& target) {
+    PixelDraft draft(format, target);
+    auto result = Describe(draft, frames);
+    if (result == QVM_SUCCESS) result = CreateDICOMExportObject(draft, frames);
+    if (result == QVM_SUCCESS) target = draft.object;
+    return result;
+}
+
+QUORVEX_MESSAGE CxDcmMaker::CreateDICOMExportObject(PixelDraft& draft, FrameSupply& supply) {
+    if (draft.object.SetTransferSyntax(draft.form->syntax) != kDcmSuccess)
+        return QVM_ERROR_INVALID_TRANSFER_SYNTAX;
+    auto result = WritePixelAttributes(draft.format, draft.outgoing, supply.Count(), draft.object);
+    if (result != QVM_SUCCESS) return result;
+    PlainFrames frames(draft, supply, &ProcessObjectForExportAction);
+    result = draft.form->isCoded ? PutCoded(draft, frames) : PutNative(draft, frames);
+    if (result == QVM_SUCCESS) WriteCodingAttributes(draft.format, *draft.form, draft.object);
+    return result;
+}
+
+}  // namespace quorvex

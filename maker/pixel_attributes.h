@@ -1,0 +1,66 @@
+/// The attributes that describe Pixel Data, on their way from a record into an object.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+#include "quorvex/CxDcmMaker.h"
+
+namespace quorvex {
+
+inline constexpr std::uint16_t kUnset = 65535;
+
+inline constexpr std::uint32_t kPixelData = 0x7FE00010;
+
+/// The form that a `compressionType` names.
+struct ExportForm {
+    std::int32_t compressionType;
+    TRANSFER_SYNTAX syntax;
+    bool isCoded;
+    const char* lossyFlag;  ///< for Lossy Image Compression; null: not written
+};
+
+/// Null for a form that is not written.
+[[nodiscard]] const ExportForm* FindExportForm(std::int32_t compressionType) noexcept;
+
+/// What coders have to know of a frame: every value is there.
+struct PixelLayout {
+    std::uint16_t bitsAllocated = 0;
+    std::uint16_t samplesPerPixel = 0;
+    std::uint16_t bitsStored = 0;
+    std::uint16_t rows = 0;
+    std::uint16_t columns = 0;
+    CString photometric;
+    std::uint16_t pixelRepresentation = 0;
+    std::uint16_t planarConfiguration = 0;
+
+    /// Bytes of a plain frame, cut down to whole ones; nothing for more than we would ever allocate.
+    [[nodiscard]] std::optional<std::size_t> FrameBytes() const noexcept;
+    [[nodiscard]] bool IsPalette() const { return photometric.Find("PALETTE") >= 0; }
+    [[nodiscard]] _IMAGE_PROCESS_PARAM ProcessParam() const;
+};
+
+/// The same of a record whose fields may be unset; for the length of a frame that is added.
+[[nodiscard]] std::optional<std::size_t> FrameBytes(const _DCM_PIXEL_INFO& format) noexcept;
+
+/// Takes each value from `format`, or where that does not set it from `object`.
+/// @return QVM_SUCCESS, or the code of the first value that neither has
+[[nodiscard]] QUORVEX_MESSAGE ResolveLayout(const _DCM_PIXEL_INFO& format, const CDcmObject& object,
+                                            PixelLayout& layout);
+
+/// Writes what `format` sets, and what follows from `layout`.
+/// @return QVM_SUCCESS, or the code of the attribute that the object refused
+[[nodiscard]] QUORVEX_MESSAGE WritePixelAttributes(const _DCM_PIXEL_INFO& format,
+                                                   const PixelLayout& layout, int frameCount,
+                                                   CDcmObject& object);
+
+/// Writes what only the coded frames tell: whether they have lost anything, and how many bits they hold.
+void WriteCodingAttributes(const _DCM_PIXEL_INFO& format, const ExportForm& form,
+                           CDcmObject& object);
+
+/// Reads the description of an object's frames; what it does not have stays as it is in `format`.
+void ReadPixelInfo(const CDcmObject& object, _DCM_PIXEL_INFO& format);
+void ReadRescale(const CDcmObject& object, _DCM_PIXEL_INFO& format);
+
+}  // namespace quorvex

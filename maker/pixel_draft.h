@@ -1,0 +1,21 @@
+/// An object whose Pixel Data is being made, while the one that it is to replace stands as it was.
+#pragma once
+
+#include "maker/pixel_attributes.h"
+#include "quorvex/CxDcmMaker.h"
+
+namespace quorvex {
+
+class PixelDraft {
+public:
+    PixelDraft(const _DCM_PIXEL_INFO& wanted, const CDcmObject& target)
+        : format(wanted), object(target) {}
+
+    _DCM_PIXEL_INFO format;            ///< of the pixels to be written
+    PixelLayout incoming{};            ///< of the frames as they come
+    PixelLayout outgoing{};            ///< of the frames before they are coded
+    const ExportForm* form = nullptr;  ///< what is written
+    CDcmObject object;                 ///< shares with its original all that is not changed
+};
+
+}  // namespace quorvex
