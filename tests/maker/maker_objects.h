@@ -1,0 +1,110 @@
+/// Source objects and frames for maker tests, and the frames of what was made.
+#pragma once
+
+#include <unistd.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "quorvex/CxDcmMaker.h"
+#include "quorvex/CxDcmParser.h"
+#include "tests/pipeline/test_objects.h"
+#include "tests/support/memory_file.h"
+
+namespace quorvex::test {
+
+using Frame = std::vector<unsigned char>;
+
+inline CString TextOf(const CDcmObject& object, std::uint32_t tag) {
+    CString text;
+    return object.GetValue(tag, text) == kDcmSuccess ? text : CString("(absent)");
+}
+
+/// Every value of an attribute, with backslashes between them.
+inline std::string AllOf(const CDcmObject& object, std::uint32_t tag) {
+    CString value;
+    std::string all;
+    for (auto r = object.GetValue(tag, value); r == kDcmSuccess; r = object.GetNextValue(tag, value))
+        all += (all.empty() ? "" : "\\") + value.ToUtf8();
+    return all;
+}
+
+inline int NumberOf(const CDcmObject& object, std::uint32_t tag) {
+    int number = 0;
+    return object.GetValue(tag, number) == kDcmSuccess ? number : -1;
+}
+
+inline TRANSFER_SYNTAX SyntaxOf(const CDcmObject& object) {
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    object.GetTransferSyntax(syntax);
+    return syntax;
+}
+
+/// A smooth frame with a little noise: coders find work in it, and lossy ones little to lose.
+inline Frame WavyFrame(std::size_t samples, std::size_t bytesPerSample, unsigned most) {
+    Frame frame;
+    for (std::size_t i = 0; i < samples; ++i) {
+        const auto value = static_cast<unsigned>((i * 7 + i / 31 * 3 + i % 5) % (most + 1));
+        frame.push_back(static_cast<unsigned char>(value));
+        if (bytesPerSample == 2) frame.push_back(static_cast<unsigned char>(value >> 8U));
+    }
+    return frame;
+}
+
+/// As a host hands a frame over.
+inline unsigned char* NewCopy(const Frame& frame) {
+    auto copy = std::make_unique<unsigned char[]>(frame.size());
+    std::copy(frame.begin(), frame.end(), copy.get());
+    return copy.release();
+}
+
+/// All frames as a parser decodes them; stops at the first failure.
+inline std::vector<Frame> FramesOf(CxDcmParser& parser) {
+    std::vector<Frame> frames;
+    for (int i = 0; i < parser.GetFrameCount(); ++i) {
+        unsigned char* data = nullptr;
+        unsigned long size = 0;
+        if (parser.GetAFrame(i, data, size, 0) != QVM_SUCCESS) break;
+        const std::unique_ptr<unsigned char[]> owner(data);
+        frames.emplace_back(data, data + size);
+    }
+    return frames;
+}
+
+inline std::vector<Frame> FramesOf(const CDcmObject& object) {
+    CDcmApp app;
+    CDcmObject copy = object;
+    CxDcmParser parser;
+    if (parser.Initialize(&app, &copy, nullptr, 0, 0) != QVM_SUCCESS) return {};
+    return FramesOf(parser);
+}
+
+/// A path of this process's own, gone at the end.
+class ScratchFile {
+public:
+    explicit ScratchFile(const std::string& name)
+        : path_(std::filesystem::temp_directory_path() /
+                ("quorvex_maker_" + std::to_string(getpid()) + "_" + name)) {}
+    ~ScratchFile() {
+        std::error_code error;
+        std::filesystem::remove(path_, error);
+    }
+    ScratchFile(const ScratchFile&) = delete;
+    ScratchFile& operator=(const ScratchFile&) = delete;
+    [[nodiscard]] std::string Path() const { return path_.string(); }
+
+private:
+    std::filesystem::path path_;
+};
+
+/// The file that the object is written as; empty where it cannot be.
+inline Frame Written(const CDcmObject& object) {
+    const ScratchFile file("object.dcm");
+    return object.WriteFile(CString(file.Path())) == kDcmSuccess ? BytesOfFile(file.Path())
+                                                                 : Frame();
+}
+
+}  // namespace quorvex::test
