@@ -6,6 +6,8 @@
 namespace quorvex::tag {
 
 inline constexpr std::uint32_t kReferencedImageSequence = 0x00081140;
+inline constexpr std::uint32_t kReferencedSeriesSequence = 0x00081115;
+inline constexpr std::uint32_t kReferencedSOPClassUID = 0x00081150;
 inline constexpr std::uint32_t kReferencedSOPInstanceUID = 0x00081155;
 inline constexpr std::uint32_t kReferencedFrameNumber = 0x00081160;
 
@@ -20,6 +22,8 @@ inline constexpr std::uint32_t kShutterVertices = 0x00181620;
 inline constexpr std::uint32_t kShutterPresentationValue = 0x00181622;
 inline constexpr std::uint32_t kShutterOverlayGroup = 0x00181623;
 
+inline constexpr std::uint32_t kSeriesInstanceUID = 0x0020000E;
+
 inline constexpr std::uint32_t kPhotometricInterpretation = 0x00280004;
 inline constexpr std::uint32_t kRows = 0x00280010;
 inline constexpr std::uint32_t kColumns = 0x00280011;
@@ -33,6 +37,7 @@ inline constexpr std::uint32_t kWindowCenter = 0x00281050;
 inline constexpr std::uint32_t kWindowWidth = 0x00281051;
 inline constexpr std::uint32_t kRescaleIntercept = 0x00281052;
 inline constexpr std::uint32_t kRescaleSlope = 0x00281053;
+inline constexpr std::uint32_t kRescaleType = 0x00281054;
 inline constexpr std::uint32_t kModalityLUTSequence = 0x00283000;
 inline constexpr std::uint32_t kLUTDescriptor = 0x00283002;
 inline constexpr std::uint32_t kLUTData = 0x00283006;
@@ -50,6 +55,7 @@ inline constexpr std::uint32_t kPresentationLUTSequence = 0x20500010;
 inline constexpr std::uint32_t kPresentationLUTShape = 0x20500020;
 
 inline constexpr std::uint32_t kGraphicAnnotationSequence = 0x00700001;
+inline constexpr std::uint32_t kGraphicLayer = 0x00700002;
 inline constexpr std::uint32_t kBoundingBoxAnnotationUnits = 0x00700003;
 inline constexpr std::uint32_t kAnchorPointAnnotationUnits = 0x00700004;
 inline constexpr std::uint32_t kGraphicAnnotationUnits = 0x00700005;
@@ -61,6 +67,7 @@ inline constexpr std::uint32_t kBoundingBoxBottomRight = 0x00700011;
 inline constexpr std::uint32_t kBoundingBoxJustification = 0x00700012;
 inline constexpr std::uint32_t kAnchorPoint = 0x00700014;
 inline constexpr std::uint32_t kAnchorPointVisibility = 0x00700015;
+inline constexpr std::uint32_t kGraphicDimensions = 0x00700020;
 inline constexpr std::uint32_t kNumberOfGraphicPoints = 0x00700021;
 inline constexpr std::uint32_t kGraphicData = 0x00700022;
 inline constexpr std::uint32_t kGraphicType = 0x00700023;
@@ -71,6 +78,13 @@ inline constexpr std::uint32_t kImageRotation = 0x00700042;
 inline constexpr std::uint32_t kDisplayedAreaTopLeft = 0x00700052;
 inline constexpr std::uint32_t kDisplayedAreaBottomRight = 0x00700053;
 inline constexpr std::uint32_t kDisplayedAreaSelectionSequence = 0x0070005A;
+inline constexpr std::uint32_t kGraphicLayerSequence = 0x00700060;
+inline constexpr std::uint32_t kGraphicLayerOrder = 0x00700062;
+inline constexpr std::uint32_t kContentLabel = 0x00700080;
+inline constexpr std::uint32_t kContentDescription = 0x00700081;
+inline constexpr std::uint32_t kPresentationCreationDate = 0x00700082;
+inline constexpr std::uint32_t kPresentationCreationTime = 0x00700083;
+inline constexpr std::uint32_t kContentCreatorName = 0x00700084;
 inline constexpr std::uint32_t kPresentationSizeMode = 0x00700100;
 inline constexpr std::uint32_t kPresentationPixelSpacing = 0x00700101;
 inline constexpr std::uint32_t kPresentationPixelAspectRatio = 0x00700102;

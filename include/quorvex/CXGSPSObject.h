@@ -1,4 +1,5 @@
-/// Reads presentation data out of images and Grayscale Softcopy Presentation State objects.
+/// Reads presentation data out of images and Grayscale Softcopy Presentation State objects, and makes
+/// such objects.
 #pragma once
 
 #include <cstdint>
@@ -51,6 +52,20 @@ public:
     /// @return always 1
     int GetGSPSModule(unsigned int selector, CDcmObject* object, CXGSPSInfo* info);
 
+    /// Makes a presentation state for images of one series.
+    ///
+    /// Patient, study and the modality transform come from `source`, what belongs to one image from its
+    /// record, and what a state holds once from the first record. `objectKind` 1 there makes the
+    /// object a presentation state. No check of the standard's module rules is made: what a record does
+    /// not tell is written empty or as 0. A record that was only read has shutter type 0, a rectangle; -1
+    /// writes none. Mask subtraction is the source's; a bitmap shutter is not written.
+    ///
+    /// @param source  an image of the series
+    /// @param infos   `count` records, one for each image; only read
+    /// @param result  receives the object, yours, release it with delete; untouched on failure
+    /// @return 1; or 0 without a source or a record, or without memory
+    int MakeGSPSObject(CDcmObject* source, CXGSPSInfo** infos, int count, CDcmObject*& result);
+
 private:
     int GetModalityLUT(CDcmObject* object, CXGSPSInfo* info);
     int GetVOILUT(CDcmObject* object, CXGSPSInfo* info);
@@ -75,6 +90,21 @@ private:
     int ProcessAnnotationSequence(CDcmItem item, CXGSPSInfo* info);
     int ProcessAnnotationText(CDcmItem item, CXGSPSInfo* info);
     int ProcessAnnotationGraphic(CDcmItem item, CXGSPSInfo* info);
+
+    int SetPresentationStateModule(CDcmObject* source, CXGSPSInfo** infos, int count,
+                                   CDcmObject* target);
+    int SetDisplayedAreaModule(CXGSPSInfo** infos, int count, CDcmObject* target);
+    int SetSoftcopyPresentationLUTModule(CXGSPSInfo* info, CDcmObject* target);
+    int SetMaskModule(CDcmObject* source, CDcmObject* target);
+    int SetDisplayShutterModule(CXGSPSInfo* info, CDcmObject* target);
+    int SetBitmapDisplayShutterModule(CXGSPSInfo* info, CDcmObject* target);
+    int SetOverlayCurveActivationModule(CXGSPSInfo* info, CDcmObject* target);
+    int SetOverlayPlaneModule(CXGSPSInfo* info, CDcmObject* target);
+    int SetGraphicAnnotationModule(CXGSPSInfo** infos, int count, CDcmObject* target);
+    int SetGraphicLayerModule(CXGSPSInfo* info, CDcmObject* target);
+    int SetSpatialTransformationModule(CXGSPSInfo* info, CDcmObject* target);
+    int SetModalityLUTModule(CDcmObject* source, CDcmObject* target);
+    int SetSoftcopyVOILUTModule(CXGSPSInfo** infos, int count, CDcmObject* target);
 };
 
 }  // namespace quorvex
