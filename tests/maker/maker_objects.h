@@ -27,7 +27,8 @@ inline CString TextOf(const CDcmObject& object, std::uint32_t tag) {
 inline std::string AllOf(const CDcmObject& object, std::uint32_t tag) {
     CString value;
     std::string all;
-    for (auto r = object.GetValue(tag, value); r == kDcmSuccess; r = object.GetNextValue(tag, value))
+    for (auto r = object.GetValue(tag, value); r == kDcmSuccess;
+         r = object.GetNextValue(tag, value))
         all += (all.empty() ? "" : "\\") + value.ToUtf8();
     return all;
 }
