@@ -79,6 +79,32 @@ void AddThumbnail(CLI::App& app, Work& work) {
     verb->callback([arguments, &work] { work = [arguments] { return Thumbnail(*arguments); }; });
 }
 
+void AddConvert(CLI::App& app, Work& work) {
+    constexpr unsigned kMostJobs = 1024;
+    auto* verb = app.add_subcommand("convert", "Brings images into another transfer syntax");
+    auto arguments = std::make_shared<ConvertArguments>();
+    verb->add_option("files", arguments->files, "DICOM files and folders of them");
+    verb->add_option("-o,--output", arguments->output,
+                     "Output, - for standard output; a folder for several")
+        ->required();
+    verb->add_option("--to", arguments->target,
+                     "implicit, explicit, jpeg, jpeg12, jpeg-lossless, j2k or j2k-lossless")
+        ->required();
+    verb->add_option("--quality", arguments->quality,
+                     "jpeg: 1 to 100; jpeg12: coarseness, 1 is best; j2k: ratio to compress by");
+    verb->add_option("--jobs", arguments->jobs, "Files at a time; 0 for one on each core")
+        ->check(CLI::Range(0U, kMostJobs));
+    verb->add_option("--from", arguments->list, "File of paths, one a line, - for standard input");
+    verb->add_flag("-0", arguments->isNulSeparated, "Paths of --from end in NUL, not in line feed");
+    AddParsed(*verb, "--shard", "I/N", "Takes one of N equal parts of the inputs", arguments->shard,
+              ParseShard);
+    verb->add_option("--manifest", arguments->manifest,
+                     "Adds a JSON line for each file, and passes over files that have one");
+    verb->add_flag("--no-verify", arguments->isUnverified,
+                   "Does not decode outputs again to compare them");
+    verb->callback([arguments, &work] { work = [arguments] { return Convert(*arguments); }; });
+}
+
 void AddPhantom(CLI::App& app, Work& work) {
     auto* verb = app.add_subcommand("phantom", "Makes sample objects");
     auto arguments = std::make_shared<PhantomArguments>();
@@ -96,6 +122,7 @@ ExitStatus RunCommand(int count, char** texts) {
     AddFrame(app, work);
     AddRender(app, work);
     AddThumbnail(app, work);
+    AddConvert(app, work);
     AddPhantom(app, work);
     try {
         app.parse(count, texts);

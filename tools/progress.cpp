@@ -2,6 +2,9 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -16,15 +19,37 @@ constexpr std::size_t kBarWidth = 30;
 
 bool isShown = false;
 
+std::string AsRate(double perSecond) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), perSecond < 10 ? "%.1f/s" : "%.0f/s", perSecond);
+    return text.data();
+}
+
+std::string AsTime(double seconds) {
+    const long whole = std::lround(std::min(seconds, 3.6e8));
+    std::array<char, 32> text{};
+    if (whole < 3600)
+        std::snprintf(text.data(), text.size(), "%ld:%02ld", whole / 60, whole % 60);
+    else
+        std::snprintf(text.data(), text.size(), "%ld:%02ld:%02ld", whole / 3600, whole / 60 % 60,
+                      whole % 60);
+    return text.data();
+}
+
 }  // namespace
 
-Progress::Progress(std::size_t total)
+Progress::Progress(std::optional<std::size_t> total)
     : total_(total),
-      isWanted_(total > 1 && isatty(STDERR_FILENO) != 0),
-      nextShow_(std::chrono::steady_clock::now() + kPatience) {}
+      isWanted_(total.value_or(2) > 1 && IsPossible()),
+      start_(std::chrono::steady_clock::now()),
+      nextShow_(start_ + kPatience) {}
 
 Progress::~Progress() {
     HideProgress();
+}
+
+bool Progress::IsPossible() {
+    return isatty(STDERR_FILENO) != 0;
 }
 
 void Progress::Step() {
@@ -34,11 +59,20 @@ void Progress::Step() {
     if (now >= nextShow_) Show(now);
 }
 
+std::string Progress::Line(double seconds) const {
+    const double rate = static_cast<double>(done_) / seconds;
+    if (!total_) return std::to_string(done_) + " done, " + AsRate(rate);
+    const std::size_t done = std::min(done_, *total_);  // inputs may come up while we work
+    const std::size_t filled = kBarWidth * done / *total_;
+    return '[' + std::string(filled, '#') + std::string(kBarWidth - filled, '.') + "] " +
+           std::to_string(done) + " of " + std::to_string(*total_) + ", " + AsRate(rate) + ", " +
+           AsTime(static_cast<double>(*total_ - done) / rate) + " left";
+}
+
 void Progress::Show(std::chrono::steady_clock::time_point now) {
     nextShow_ = now + kRefresh;
-    const std::size_t filled = kBarWidth * done_ / total_;
-    const std::string bar = std::string(filled, '#') + std::string(kBarWidth - filled, '.');
-    std::fprintf(stderr, "\r[%s] %zu of %zu", bar.c_str(), done_, total_);
+    const std::chrono::duration<double> taken = now - start_;
+    std::fprintf(stderr, "\r%s\033[K", Line(taken.count()).c_str());
     std::fflush(stderr);
     isShown = true;
 }

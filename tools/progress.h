@@ -3,27 +3,36 @@
 
 #include <chrono>
 #include <cstddef>
+#include <optional>
+#include <string>
 
 namespace quorvex::tools {
 
-/// Shows how many of `total` files are done, on standard error, when that is a terminal, there are
-/// several files and they have taken longer than half a second. One at a time.
+/// Shows how many of `total` files are done, how many a second, and how long the rest will take, on
+/// standard error, when that is a terminal, there are several files and they have taken longer than
+/// half a second. Without a total there is no bar and no remaining time. One at a time, and for one
+/// thread at a time.
 class Progress {
 public:
-    explicit Progress(std::size_t total);
+    explicit Progress(std::optional<std::size_t> total);
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
+
+    /// Whether a bar can be seen at all, so that a total is worth finding out.
+    static bool IsPossible();
 
     /// One more file is done, well or badly.
     void Step();
 
 private:
     void Show(std::chrono::steady_clock::time_point now);
+    [[nodiscard]] std::string Line(double seconds) const;
 
-    std::size_t total_;
+    std::optional<std::size_t> total_;
     std::size_t done_ = 0;
     bool isWanted_;
+    std::chrono::steady_clock::time_point start_;
     std::chrono::steady_clock::time_point nextShow_;
 };
 

@@ -18,7 +18,8 @@ bool IsControl(char16_t c) {
 }  // namespace
 
 EnvironmentFailure SystemFailure(std::string_view what) {
-    return EnvironmentFailure(std::string(what) + ": " + std::strerror(errno));
+    const int error = errno;
+    return EnvironmentFailure(std::string(what) + ": " + std::strerror(error), error);
 }
 
 std::string Printable(std::string_view text) {

@@ -24,7 +24,9 @@ struct WrongUsage : std::runtime_error {
 
 /// The disk, the memory or a device refused; nothing is wrong with the input.
 struct EnvironmentFailure : std::runtime_error {
-    using std::runtime_error::runtime_error;
+    explicit EnvironmentFailure(const std::string& sentence, int error = 0)
+        : std::runtime_error(sentence), systemError(error) {}
+    int systemError;  ///< errno of that moment, 0 where it was not the system
 };
 
 /// "`what`: <the system's sentence for errno>", to be thrown.

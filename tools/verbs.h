@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "file_list.h"
 #include "quorvex/Types.h"
 #include "report.h"
 
@@ -56,6 +57,20 @@ struct ThumbnailArguments {
     bool dataRange = false;  ///< window by the range of the data, not by the header
 };
 ExitStatus Thumbnail(const ThumbnailArguments& arguments);
+
+struct ConvertArguments {
+    std::vector<std::string> files;  ///< files and folders
+    std::string output;              ///< a folder when there may be several
+    std::string target;              ///< as ConvertTargetOf has it
+    std::optional<int> quality;
+    unsigned jobs = 1;  ///< 0: one for each core
+    std::string list;   ///< a file of paths, - for standard input; empty for none
+    bool isNulSeparated = false;
+    Shard shard;
+    std::string manifest;  ///< empty for none
+    bool isUnverified = false;
+};
+ExitStatus Convert(const ConvertArguments& arguments);
 
 struct PhantomArguments {
     std::string folder;

@@ -1,0 +1,21 @@
+/// SHA-256 of files and texts.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace quorvex::tools {
+
+struct FileDigest {
+    std::string sha256;  ///< 64 hexadecimal digits
+    std::uint64_t bytes = 0;
+};
+
+/// An EnvironmentFailure where the file cannot be read to its end.
+FileDigest DigestOfFile(const std::string& path);
+
+/// The 32 bytes of a text's SHA-256.
+std::string DigestOfText(std::string_view text);
+
+}  // namespace quorvex::tools

@@ -1,0 +1,210 @@
+#include "manifest.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <fstream>
+#include <map>
+
+#include "element_value.h"
+#include "flat_json.h"
+#include "quorvex/Types.h"
+#include "report.h"
+
+namespace quorvex::tools {
+namespace {
+
+constexpr const char* kOutcomes[] = {"done", "not DICOM", "bad", "failed"};
+constexpr const char* kVerifications[] = {"", "off", "equal", "lossy", "different"};
+
+std::string NameMember(const char* name, const std::string& path) {
+    std::string json = std::string("\"") + name + "\":" + JsonString(path);
+    if (CString(path).ToUtf8() == path) return json;
+    json += std::string(",\"") + name + "Bytes\":\"";
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    for (const char c : path) {
+        json += kDigits[static_cast<unsigned char>(c) >> 4];
+        json += kDigits[static_cast<unsigned char>(c) & 15];
+    }
+    return json + '"';
+}
+
+std::string FromHexadecimal(const std::string& digits) {
+    std::string bytes;
+    for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
+        unsigned byte = 0;
+        std::from_chars(digits.data() + i, digits.data() + i + 2, byte, 16);
+        bytes += static_cast<char>(byte);
+    }
+    return bytes;
+}
+
+std::string Text(const char* name, const std::string& value) {
+    return value.empty() ? "" : std::string(",\"") + name + "\":" + JsonString(value);
+}
+
+template <class Number>
+std::string Count(const char* name, Number value) {
+    return std::string(",\"") + name + "\":" + std::to_string(value);
+}
+
+std::string DigestMembers(const char* prefix, const FileDigest& digest) {
+    if (digest.sha256.empty()) return {};
+    const std::string name = prefix;
+    return Text((name + "Sha256").c_str(), digest.sha256) +
+           Count((name + "Bytes").c_str(), digest.bytes);
+}
+
+std::string VerificationMembers(const ConvertRecord& record) {
+    std::string json = Text("verify", kVerifications[static_cast<int>(record.verification)]);
+    if (record.verification != Verification::kLossy) return json;
+    json += ",\"greatestError\":" + JsonNumber(record.greatestError);
+    return json + ",\"psnr\":" + JsonNumber(record.psnr);
+}
+
+std::string NameOf(const std::map<std::string, std::string>& line, const std::string& name) {
+    if (const auto bytes = line.find(name + "Bytes"); bytes != line.end())
+        return FromHexadecimal(bytes->second);
+    const auto text = line.find(name);
+    return text == line.end() ? std::string() : text->second;
+}
+
+template <class Number>
+Number NumberOf(const std::map<std::string, std::string>& line, const char* name) {
+    Number number = 0;
+    const auto text = line.find(name);
+    if (text == line.end()) return number;
+    std::from_chars(text->second.data(), text->second.data() + text->second.size(), number);
+    return number;
+}
+
+bool HasSize(const std::string& path, std::uint64_t bytes) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && static_cast<std::uint64_t>(status.st_size) == bytes;
+}
+
+/// The file for one process alone.
+class Lock {
+public:
+    explicit Lock(int descriptor) : descriptor_(descriptor) {
+        while (flock(descriptor_, LOCK_EX) != 0 && errno == EINTR) continue;
+    }
+    ~Lock() { flock(descriptor_, LOCK_UN); }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+private:
+    int descriptor_;
+};
+
+}  // namespace
+
+std::string AsJsonLine(const ConvertRecord& record) {
+    std::string json = '{' + NameMember("input", record.input);
+    if (!record.output.empty()) json += ',' + NameMember("output", record.output);
+    json += Text("status", kOutcomes[static_cast<int>(record.outcome)]) +
+            Text("to", record.target) + Count("quality", record.quality) +
+            DigestMembers("source", record.source) + DigestMembers("result", record.result) +
+            Text("studyUid", record.studyUid) + Text("seriesUid", record.seriesUid) +
+            Text("instanceUid", record.instanceUid) + Text("syntaxIn", record.syntaxIn) +
+            Text("syntaxOut", record.syntaxOut) + Count("frames", record.frames) +
+            VerificationMembers(record) + Count("milliseconds", record.milliseconds) +
+            Count("code", record.code) + Text("message", record.message);
+    return json + "}\n";
+}
+
+Manifest::Manifest(const std::string& path)
+    : path_(path), descriptor_(open(path.c_str(), O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC, 0666)) {
+    if (descriptor_ < 0) throw SystemFailure(path);
+    try {
+        const Lock lock(descriptor_);
+        CutTornLine();
+        ReadLines();
+    } catch (...) {
+        close(descriptor_);
+        throw;
+    }
+}
+
+Manifest::~Manifest() {
+    close(descriptor_);
+}
+
+void Manifest::CutTornLine() {
+    struct stat status {};
+    if (fstat(descriptor_, &status) != 0) throw SystemFailure(path_);
+    if (!S_ISREG(status.st_mode)) throw WrongUsage(path_ + " is no file to keep a manifest in");
+    off_t end = status.st_size;
+    char last = '\n';
+    while (end > 0) {
+        if (pread(descriptor_, &last, 1, end - 1) != 1) throw SystemFailure(path_);
+        if (last == '\n') break;
+        --end;
+    }
+    if (end != status.st_size && ftruncate(descriptor_, end) != 0) throw SystemFailure(path_);
+}
+
+void Manifest::ReadLines() {
+    std::ifstream file(path_, std::ios::binary);
+    std::string line;
+    while (std::getline(file, line)) ReadLine(line);
+    if (file.bad()) throw SystemFailure(path_);
+    std::ranges::sort(done_, {}, &Done::key);
+}
+
+void Manifest::ReadLine(const std::string& text) {
+    const auto read = ReadFlatJson(text);
+    if (!read) return;
+    const auto& line = *read;
+    const auto status = line.find("status");
+    if (status == line.end() || status->second != kOutcomes[static_cast<int>(Outcome::kDone)])
+        return;
+    ConvertRecord record;
+    record.input = NameOf(line, "input");
+    record.output = NameOf(line, "output");
+    record.target = NameOf(line, "to");
+    record.quality = NumberOf<int>(line, "quality");
+    done_.push_back({.key = KeyOf(record),
+                     .isVerified = NameOf(line, "verify") !=
+                                   kVerifications[static_cast<int>(Verification::kOff)],
+                     .sourceBytes = NumberOf<std::uint64_t>(line, "sourceBytes"),
+                     .resultBytes = NumberOf<std::uint64_t>(line, "resultBytes")});
+}
+
+std::array<char, 15> Manifest::KeyOf(const ConvertRecord& wanted) {
+    std::string text = wanted.input;
+    for (const auto& part : {wanted.output, wanted.target, std::to_string(wanted.quality)})
+        text += '\0' + part;
+    std::array<char, 15> key{};
+    std::ranges::copy_n(DigestOfText(text).begin(), key.size(), key.begin());
+    return key;
+}
+
+bool Manifest::IsDone(const ConvertRecord& wanted, bool isVerified) const {
+    const auto found = std::ranges::equal_range(done_, KeyOf(wanted), {}, &Done::key);
+    return std::ranges::any_of(found, [&](const Done& done) {
+        return (done.isVerified || !isVerified) && HasSize(wanted.input, done.sourceBytes) &&
+               HasSize(wanted.output, done.resultBytes);
+    });
+}
+
+void Manifest::Add(const ConvertRecord& record) {
+    const std::string line = AsJsonLine(record);
+    const Lock lock(descriptor_);
+    struct stat status {};
+    if (fstat(descriptor_, &status) != 0) throw SystemFailure(path_);
+    const auto written = write(descriptor_, line.data(), line.size());
+    if (written == static_cast<ssize_t>(line.size())) return;
+    if (written >= 0) errno = ENOSPC;
+    const auto failure = SystemFailure(path_);
+    static_cast<void>(ftruncate(descriptor_, status.st_size) == 0);  // the next opening cuts it too
+    throw failure;
+}
+
+}  // namespace quorvex::tools

@@ -1,0 +1,70 @@
+#include "work_folder.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <filesystem>
+#include <optional>
+
+#include "report.h"
+
+namespace quorvex::tools {
+namespace {
+
+namespace fs = std::filesystem;
+
+// All of this machine's processes begin their folders' names so.
+std::string PrefixOfThisMachine() {
+    std::array<char, 256> host{};
+    if (gethostname(host.data(), host.size() - 1) != 0) throw SystemFailure("host name");
+    return ".quorvex-" + std::string(host.data()) + '-';
+}
+
+std::optional<pid_t> ProcessOf(const std::string& name, const std::string& prefix) {
+    pid_t process = 0;
+    if (!name.starts_with(prefix)) return std::nullopt;
+    const char* end = name.data() + name.size();
+    const auto read = std::from_chars(name.data() + prefix.size(), end, process);
+    const bool isNumber = read.ec == std::errc{} && read.ptr == end && process > 0;
+    return isNumber ? std::optional(process) : std::nullopt;
+}
+
+bool IsGone(pid_t process) {
+    return kill(process, 0) != 0 && errno == ESRCH;
+}
+
+void RemoveWhatIsLeft(const fs::path& beside, const std::string& prefix) {
+    std::error_code failure;
+    for (const auto& entry : fs::directory_iterator(beside, failure)) {
+        const auto process = ProcessOf(entry.path().filename().string(), prefix);
+        if (process && (*process == getpid() || IsGone(*process)))
+            fs::remove_all(entry.path(), failure);
+    }
+}
+
+}  // namespace
+
+WorkFolder::WorkFolder(const std::string& beside) {
+    const fs::path folder = beside.empty() ? "." : beside;
+    const std::string prefix = PrefixOfThisMachine();
+    std::error_code failure;
+    fs::create_directories(folder, failure);
+    RemoveWhatIsLeft(folder, prefix);
+    path_ = (folder / (prefix + std::to_string(getpid()))).string();
+    fs::create_directory(path_, failure);
+    if (failure) throw EnvironmentFailure(folder.string() + ": " + failure.message());
+}
+
+WorkFolder::~WorkFolder() {
+    std::error_code failure;
+    fs::remove_all(path_, failure);
+}
+
+std::string WorkFolder::NewPath() {
+    return path_ + '/' + std::to_string(++count_);
+}
+
+}  // namespace quorvex::tools

@@ -1,0 +1,27 @@
+/// A folder for outputs that are not whole yet.
+#pragma once
+
+#include <atomic>
+#include <string>
+
+namespace quorvex::tools {
+
+/// Lies beside the outputs, so that a finished one takes its place by a rename, and goes with the
+/// object. Its name tells machine and process: what a killed process of this machine left behind is
+/// removed when the next one starts.
+class WorkFolder {
+public:
+    explicit WorkFolder(const std::string& beside);
+    ~WorkFolder();
+    WorkFolder(const WorkFolder&) = delete;
+    WorkFolder& operator=(const WorkFolder&) = delete;
+
+    /// A path in it that nobody has yet; for any thread.
+    [[nodiscard]] std::string NewPath();
+
+private:
+    std::string path_;
+    std::atomic<unsigned> count_ = 0;
+};
+
+}  // namespace quorvex::tools
