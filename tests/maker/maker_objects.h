@@ -83,12 +83,12 @@ inline std::vector<Frame> FramesOf(const CDcmObject& object) {
     return FramesOf(parser);
 }
 
-/// A path of this process's own, gone at the end.
+/// A path of this thread's own, gone at the end.
 class ScratchFile {
 public:
     explicit ScratchFile(const std::string& name)
         : path_(std::filesystem::temp_directory_path() /
-                ("quorvex_maker_" + std::to_string(getpid()) + "_" + name)) {}
+                ("quorvex_maker_" + std::to_string(gettid()) + "_" + name)) {}
     ~ScratchFile() {
         std::error_code error;
         std::filesystem::remove(path_, error);
