@@ -6,6 +6,7 @@
 
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
+#include "foundation/types/saturate.h"
 #include "parser/frame_shape.h"
 #include "parser/palette_image.h"
 #include "parser/thumbnail_window.h"
@@ -58,14 +59,14 @@ ValueRule ReadRule(const CDcmObject& header, bool isSigned) {
     rule.mask = (2U << static_cast<unsigned>(highBit)) - 1;
     rule.full = 1 << std::clamp(ReadInt(header, kBitsStored), 0, 16);
     rule.half = Low16(rule.full, true) / 2;
-    rule.offset = rule.slope == 0.0 ? 0 : CutToInt(rule.intercept / rule.slope);
+    rule.offset = rule.slope == 0.0 ? 0 : TruncateToInt(rule.intercept / rule.slope);
     return rule;
 }
 
 /// By the range of the data: the table is over stored values, its index is rescaled.
 int PlaceInDataWindow(const ValueRule& rule, std::uint16_t pixel) {
     const unsigned value = pixel & rule.mask;
-    return Low16(CutToInt((value + rule.intercept) * rule.slope), rule.isSigned);
+    return Low16(TruncateToInt((value + rule.intercept) * rule.slope), rule.isSigned);
 }
 
 int PlaceInHeaderWindow(const ValueRule& rule, std::uint16_t pixel) {
@@ -75,20 +76,31 @@ int PlaceInHeaderWindow(const ValueRule& rule, std::uint16_t pixel) {
     }
     int value = static_cast<std::int16_t>(pixel);
     if (value >= rule.half) value = Low16(std::int64_t{value} - rule.full, true);
-    return Low16(CutToInt(value + rule.intercept), true);
+    return Low16(TruncateToInt(value + rule.intercept), true);
 }
 
+using Words = std::span<const std::uint16_t>;
+
+/// A frame of more pixels than a word has values asks for each value once.
 template <class Place>
-Bytes Windowed(const std::vector<std::uint16_t>& pixels, const ThumbnailWindow& window,
-               Place place) {
+Bytes Windowed(Words pixels, const ThumbnailWindow& window, Place place) {
+    constexpr std::size_t kValues = 65536;
+    const auto byteOf = [&](std::uint16_t pixel) { return window.At(place(pixel)); };
     Bytes bytes(pixels.size());
+    if (pixels.size() <= kValues) {
+        std::ranges::transform(pixels, bytes.begin(), byteOf);
+        return bytes;
+    }
+    Bytes ofValue(kValues);
+    for (std::size_t value = 0; value < kValues; ++value) {
+        ofValue[value] = byteOf(static_cast<std::uint16_t>(value));
+    }
     std::ranges::transform(pixels, bytes.begin(),
-                           [&](std::uint16_t pixel) { return window.At(place(pixel)); });
+                           [&](std::uint16_t pixel) { return ofValue[pixel]; });
     return bytes;
 }
 
-Bytes WindowGrey(const CDcmObject& header, const std::vector<std::uint16_t>& pixels, bool isSigned,
-                 bool useDataRange) {
+Bytes WindowGrey(const CDcmObject& header, Words pixels, bool isSigned, bool useDataRange) {
     const ValueRule rule = ReadRule(header, isSigned);
     if (!useDataRange) {
         return Windowed(pixels, WindowOfHeader(header),
@@ -122,10 +134,14 @@ SmallPixels Reduce(CDcmObject& header, const FrameShape& shape,
     const unsigned bits = unsigned{shape.bitsAllocated} * shape.samplesPerPixel;
     if (shape.photometric.Find("PALETTE") >= 0) return ColourPalette(header, frame, pixels, bits);
     if (bits == 16) {
-        std::vector<std::uint16_t> words(pixels);
-        std::memcpy(words.data(), frame.data(), std::min(frame.size(), 2 * pixels));
+        // A frame comes as a block of its own, which is aligned for words.
+        const void* const begin = frame.data();
+        const Words words(static_cast<const std::uint16_t*>(begin), frame.size() / 2);
         const bool isSigned = shape.pixelRepresentation != 0;
-        return {.bytes = WindowGrey(header, words, isSigned, useDataRange)};
+        SmallPixels small{.bytes = WindowGrey(header, words.first(std::min(words.size(), pixels)),
+                                              isSigned, useDataRange)};
+        small.bytes.resize(pixels);
+        return small;
     }
     if (bits != 8 && bits != 24) return {.result = QVM_ERROR_INVALID_BITS_ALLOCATED, .bytes = {}};
     SmallPixels small{.bytes = Bytes(frame.begin(), frame.end()),

@@ -4,6 +4,8 @@
 #include <limits>
 #include <utility>
 
+#include "foundation/types/saturate.h"
+
 namespace quorvex {
 namespace {
 
@@ -62,8 +64,8 @@ struct Window {
 Window ReadWindow(const CDcmObject& header) {
     const bool isByte = ReadInt(header, kBitsStored, 0) == 8;
     const double scale = 1.0 / ReadSlope(header);
-    return {CutToInt(ReadInt(header, kWindowCenter, isByte ? 255 : 1200) * scale),
-            CutToInt(ReadInt(header, kWindowWidth, isByte ? 511 : 2400) * scale)};
+    return {TruncateToInt(ReadInt(header, kWindowCenter, isByte ? 255 : 1200) * scale),
+            TruncateToInt(ReadInt(header, kWindowWidth, isByte ? 511 : 2400) * scale)};
 }
 
 bool IsInverse(const CDcmObject& header) {
@@ -77,12 +79,6 @@ unsigned char Low8(std::int64_t value) {
 }
 
 }  // namespace
-
-int CutToInt(double value) noexcept {
-    constexpr double kLow = std::numeric_limits<int>::min();
-    constexpr double kHigh = std::numeric_limits<int>::max();
-    return std::isnan(value) ? 0 : static_cast<int>(std::clamp(value, kLow, kHigh));
-}
 
 ThumbnailWindow WindowOfData(std::span<const std::uint16_t> pixels, bool isSigned, int padding) {
     ThumbnailWindow window(0);
@@ -114,7 +110,7 @@ ThumbnailWindow WindowOfHeader(const CDcmObject& header) {
     }
     window.SetFrom(high, isInverse ? 0 : 255);
     const int padding = ReadInt(header, kPaddingValue, 0);
-    if (padding >= 1) window.Set(padding, 0);
+    if (padding != 0) window.Set(padding, 0);
     return window;
 }
 

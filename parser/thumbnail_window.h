@@ -47,7 +47,4 @@ private:
 /// counts as 1.
 [[nodiscard]] ThumbnailWindow WindowOfHeader(const CDcmObject& header);
 
-/// A number cut towards zero, held inside the range of 32 bits; 0 for none.
-[[nodiscard]] int CutToInt(double value) noexcept;
-
 }  // namespace quorvex
