@@ -25,14 +25,20 @@
 namespace quorvex::tools {
 namespace {
 
+constexpr std::uint32_t kPhotometric = 0x00280004;
+
 constexpr std::array kTargets = {
-    ConvertTarget{"implicit", kXferUncompressedImplicit, kImplicitLittleEndian, true, 0, 0, 0},
-    ConvertTarget{"explicit", kXferUncompressedExplicit, kExplicitLittleEndian, true, 0, 0, 0},
-    ConvertTarget{"jpeg", kXferJpegBaseline, kJpegBaseline, false, 97, 1, 100},
-    ConvertTarget{"jpeg12", kXferJpegExtended, kJpegExtended, false, 1, 1000, 1},
-    ConvertTarget{"jpeg-lossless", kXferJpegLossless, kJpegLosslessFirstOrder, true, 0, 0, 0},
-    ConvertTarget{"j2k", kXferJpeg2000, kJpeg2000, false, 5, 1000, 1},
-    ConvertTarget{"j2k-lossless", kXferJpeg2000Lossless, kJpeg2000Lossless, true, 0, 0, 0},
+    ConvertTarget{"implicit", kXferUncompressedImplicit, kImplicitLittleEndian, true, 0, 0, 0,
+                  nullptr},
+    ConvertTarget{"explicit", kXferUncompressedExplicit, kExplicitLittleEndian, true, 0, 0, 0,
+                  nullptr},
+    ConvertTarget{"jpeg", kXferJpegBaseline, kJpegBaseline, false, 97, 1, 100, "YBR_FULL_422"},
+    ConvertTarget{"jpeg12", kXferJpegExtended, kJpegExtended, false, 1, 1000, 1, nullptr},
+    ConvertTarget{"jpeg-lossless", kXferJpegLossless, kJpegLosslessFirstOrder, true, 0, 0, 0,
+                  nullptr},
+    ConvertTarget{"j2k", kXferJpeg2000, kJpeg2000, false, 5, 1000, 1, "YBR_ICT"},
+    ConvertTarget{"j2k-lossless", kXferJpeg2000Lossless, kJpeg2000Lossless, true, 0, 0, 0,
+                  "YBR_RCT"},
 };
 
 /// Why one file could not be converted.
@@ -153,6 +159,14 @@ void RefuseWhatTheCoderCannotHold(CDcmObject& source, const ConvertTarget& targe
                        "values above 4095 cannot be coded with 12 bits");
 }
 
+// Coders turn colour into luminance and differences, and readers go by what the object says of it.
+void NameColoursOf(CDcmObject& object, const ConvertTarget& target) {
+    CString photometric;
+    object.GetValue(kPhotometric, photometric);
+    if (target.codedColours != nullptr && photometric == CString("RGB"))
+        object.SetValue(kPhotometric, target.codedColours);
+}
+
 void Convert(CDcmObject& object, const ConvertWish& wish) {
     CDcmApp app;
     CxDcmMaker maker;
@@ -165,6 +179,7 @@ void Convert(CDcmObject& object, const ConvertWish& wish) {
     const bool isNative = wish.target->code <= kXferUncompressedExplicit;
     if (isNative && object.SetTransferSyntax(wish.target->syntax) != kDcmSuccess)
         throw BadInput(QVM_ERROR_INVALID_TRANSFER_SYNTAX);
+    if (outcome != QVM_FRAME_COPIED) NameColoursOf(object, *wish.target);
 }
 
 void WriteObject(const CDcmObject& object, const std::string& path, const std::string& output) {

@@ -18,8 +18,9 @@ struct ConvertTarget {
     QUORVEX_XFERSYNTAX code;
     TRANSFER_SYNTAX syntax;
     bool isLossless;
-    int quality;      ///< where none is asked for; 0 where quality means nothing
-    int worst, best;  ///< the range that --quality has
+    int quality;               ///< where none is asked for; 0 where quality means nothing
+    int worst, best;           ///< the range that --quality has
+    const char* codedColours;  ///< Photometric Interpretation of coded RGB; null where it stays RGB
 };
 
 /// The target of that name. A WrongUsage for any other text.

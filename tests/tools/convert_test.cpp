@@ -123,6 +123,26 @@ TEST(ConvertCommand, WritesTheSyntaxThatWasAskedFor) {
     EXPECT_EQ(piped.output, ReadAll(output));
 }
 
+TEST(ConvertCommand, SaysHowColourIsCoded) {
+    const char* const kinds[][2] = {{"jpeg", "[YBR_FULL_422]"},
+                                    {"jpeg-lossless", "[RGB]"},
+                                    {"j2k", "[YBR_ICT]"},
+                                    {"j2k-lossless", "[YBR_RCT]"}};
+    const ScratchFolder folder;
+    const auto output = folder.Path("out.dcm");
+    for (const auto& [target, photometric] : kinds) {
+        EXPECT_EQ(RunCommand({"convert", kLoop, "-o", output, "--to", target}).status, 0);
+        EXPECT_NE(RunCommand({"info", output}).output.find(photometric), std::string::npos)
+            << target;
+        EXPECT_EQ(RunCommand({"convert", output, "-o", folder.Path("back.dcm"), "--to", "explicit"})
+                      .status,
+                  0);
+        EXPECT_NE(RunCommand({"info", folder.Path("back.dcm")}).output.find("[RGB]"),
+                  std::string::npos)
+            << target;
+    }
+}
+
 TEST(ConvertCommand, QualityTradesSizeForError) {
     const ScratchFolder folder;
     const auto fine = folder.Path("fine.dcm");
