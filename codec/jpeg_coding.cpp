@@ -113,6 +113,7 @@ int CxImageProcessor::CompressRawData2Jpeg_50_70(unsigned char* source, unsigned
     coding.process = isLossless ? JpegProcess::kLossless : JpegProcess::kBaseline;
     coding.precision = isLossless ? LosslessPrecision(bitsAllocated) : std::uint8_t{8};
     coding.quality = isLossless ? kLosslessQuality : lumaQuality;
+    coding.keepsRgb = keepsRgb;
     coding.write = WriteJpegOutput;
     coding.writeContext = &context;
     JpegCompressionHandle handle;

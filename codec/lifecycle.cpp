@@ -21,7 +21,8 @@ CxImageProcessor::CxImageProcessor(const CxImageProcessor& other)
       quantizationTable(other.quantizationTable),
       lumaQuality(other.lumaQuality),
       chromaQuality(other.chromaQuality),
-      allocMode(other.allocMode) {
+      allocMode(other.allocMode),
+      keepsRgb(other.keepsRgb) {
     PegasusLibInit(0);
 }
 

@@ -104,6 +104,7 @@ public:
         param_.transferSyntax = kImplicitLittleEndian;
         param_.quality = draft.format.quality;
         param_.targetSyntax = static_cast<std::uint32_t>(draft.form->compressionType);
+        coder_.SetKeepsRgb(true);  // as Photometric Interpretation says
     }
 
     QUORVEX_MESSAGE Add(std::span<unsigned char> plain) {

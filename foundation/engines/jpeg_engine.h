@@ -136,6 +136,7 @@ struct JpegCodingBlock {
     std::uint8_t precision = 8;
     std::uint8_t predictor = 1;  ///< lossless: selection value
     std::uint8_t quality = 75;   ///< lossy without a table: 1 to 100
+    bool keepsRgb = false;       ///< lossy: R, G, B as they are, instead of YCbCr
     /// Lossy: 64 steps in zigzag order, or null for the usual table at `quality`.
     const std::array<std::uint16_t, 64>* quantizationTable = nullptr;
     JpegWriteCallback write = nullptr;

@@ -100,7 +100,8 @@ struct _DCM_MAKER_PARAM {  // NOLINT(bugprone-reserved-identifier): given name
 ///     4     RLE: read, never written        8  JPEG 2000
 ///     5     JPEG Baseline                   9  JPEG 2000 Lossless Only
 /// Lossy Image Compression becomes "01" for 5, 6 and 8 and "00" for 7 and 9, whatever it was.
-/// Palette colour is written as 8-bit "RGB"; its palette attributes stay.
+/// Palette colour is written as 8-bit "RGB"; its palette attributes stay. Colour of JPEG Baseline is
+/// coded as the R, G, B that its Photometric Interpretation says, not as YCbCr.
 ///
 /// "Quorvex.INI" in the directory of the host's executable, read anew for every object, names the
 /// prefix of new UIDs and the manufacturer: pairs of lines, a tag and its value. Without the file

@@ -127,7 +127,7 @@ public:
     ///
     /// `targetSyntax` names the format, and with it what `quality` (held between 1 and 1000) is:
     ///     5  JPEG baseline       the usual JPEG quality, 1 to 100; R, G, B is coded as YCbCr with
-    ///                            full resolution and marked so in the stream
+    ///                            full resolution and marked so in the stream, unless SetKeepsRgb()
     ///     6  JPEG extended       a factor on the usual luminance steps, for samples of 12 bits
     ///     7  JPEG lossless       no matter; selection value 1
     ///     8  JPEG 2000           the ratio of source to coded bytes; with 1 nearly lossless
@@ -195,6 +195,11 @@ public:
     /// other value: from the page allocator (release with ReleasePages()).
     void SetAllocMode(int mode) noexcept { allocMode = mode; }
     [[nodiscard]] int GetAllocMode() const noexcept { return allocMode; }
+
+    /// true: JPEG baseline codes R, G, B as they are, and marks the stream so. That takes more bytes than
+    /// YCbCr, and is what an object needs whose Photometric Interpretation says "RGB": many readers go
+    /// by that, and not by the stream.
+    void SetKeepsRgb(bool keeps) noexcept { keepsRgb = keeps; }
 
 private:
     int InitializeMembers(const _IMAGE_PROCESS_PARAM* param);
@@ -266,6 +271,7 @@ private:
     std::uint8_t lumaQuality = 0;
     std::uint32_t chromaQuality = 0;
     std::int32_t allocMode = 1;
+    bool keepsRgb = false;
 };
 
 }  // namespace quorvex

@@ -173,6 +173,25 @@ TEST(Creation, WritesWhatFollowsFromTheRecord) {
     EXPECT_EQ(TextOf(*deep, 0x00281053), CString("2"));
 }
 
+/// Readers that go by Photometric Interpretation take the components for what it says.
+TEST(Creation, CodesColourAsItsPhotometricInterpretationSays) {
+    _FRAME_INFO info = FrameInfoOf(kKinds[4]);
+    const Frame red = [] {
+        Frame frame(24 * 36 * 3, 0);
+        for (std::size_t i = 0; i < frame.size(); i += 3) frame[i] = 200;
+        return frame;
+    }();
+    const std::unique_ptr<CDcmObject> made(MakeOne(Source(), &info, red, kXferJpegBaseline));
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(TextOf(*made, 0x00280004), CString("RGB"));
+    const Frame file = Written(*made);
+    const std::string marker = {'A', 'd', 'o', 'b', 'e', 0, 100, 0, 0, 0, 0, 0};
+    EXPECT_NE(std::search(file.begin(), file.end(), marker.begin(), marker.end()), file.end());
+    const auto frames = FramesOf(*made);
+    ASSERT_EQ(frames.size(), 1U);
+    EXPECT_LE(GreatestError(frames[0], red), 8.0);
+}
+
 TEST(Creation, CountsSamplesAsTheStandardKnowsThem) {
     _FRAME_INFO info = FrameInfoOf(kKinds[0]);
     info.samplesPerPixel = 2;
