@@ -47,10 +47,10 @@ QUORVEX_MESSAGE CXDIPP::Draw(CDC* deviceContext) {
                         {resultImage.data.get(), resultImage.size});
         const int turn = QuarterTurns();
         SetStretchBltMode(*surface, kStretchHalftone);
-        SetDIBitsToDevice(*surface,
-                          PlaceOnView({imageSize, viewSize, panOffset, zoom, EffectiveAspectRatio(),
-                                       turn == 90 || turn == 270}),
-                          dib.Info(), dib.Palette(), dib.Bits());
+        const CPoint place = PlaceOnView({imageSize, viewSize, panOffset, zoom,
+                                          EffectiveAspectRatio(), turn == 90 || turn == 270});
+        SetDIBitsToDevice(*surface, place, dib.Info(), dib.Palette(), dib.Bits());
+        if (annotationsShown != 0) DrawAnnotations(*surface, place);
         return QVM_SUCCESS;
     });
 }

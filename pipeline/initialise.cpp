@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "foundation/types/answer.h"
+#include "pipeline/functional_groups.h"
 #include "pipeline/incoming_image.h"
 #include "pipeline/modality_stage.h"
 #include "pipeline/pixel_header.h"
@@ -58,7 +59,8 @@ QUORVEX_MESSAGE CXDIPP::ShowFrame(CxDcmParser& source, CSize newViewSize, int fr
     incoming.viewSize = newViewSize;
     incoming.minValue = minValue;
     incoming.maxValue = maxValue;
-    incoming.TakeHeader(*header, *source.GetHeader());
+    auto ofFrame = HeaderOfFrame(*source.GetHeader(), frameIndex);
+    incoming.TakeHeader(*header, ofFrame ? *ofFrame : *source.GetHeader());
     if (header->IsGrey()) {
         StoredLayout layout = header->Layout();
         layout.extendsSign = incoming.record->modalityLUTData == nullptr;

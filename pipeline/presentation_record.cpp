@@ -1,5 +1,6 @@
 #include "pipeline/presentation_record.h"
 
+#include "presentation/shutter_size.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXGSPSObject.h"
 
@@ -17,6 +18,12 @@ void RemoveGSPSInfo(CXGSPSInfo* record) noexcept {
 
 constexpr int kNoFrameInParticular = -1;
 
+void DropMaskOfAnotherSize(const CDcmObject& object, CSize imageSize, CXGSPSInfo& record) {
+    if (record.shutterMask == nullptr || ShutterMaskSize(object, record) == imageSize) return;
+    delete[] record.shutterMask;
+    record.shutterMask = nullptr;
+}
+
 }  // namespace
 
 std::shared_ptr<CXGSPSInfo> NewRecord(CSize imageSize) {
@@ -30,6 +37,7 @@ std::shared_ptr<CXGSPSInfo> ReadRecord(CDcmObject* object, CSize imageSize,
                                        const CString& imageUID) {
     auto record = NewRecord(imageSize);
     CXGSPSObject().GSPSApplier(object, record.get(), imageUID, kNoFrameInParticular);
+    if (object != nullptr) DropMaskOfAnotherSize(*object, imageSize, *record);
     return record;
 }
 

@@ -15,7 +15,8 @@ class CXGSPSInfo;
 [[nodiscard]] std::shared_ptr<CXGSPSInfo> NewRecord(CSize imageSize);
 
 /// A record read from `object` for the image `imageUID`; an empty UID reads an image's own
-/// presentation. Without an object the record is empty.
+/// presentation. Without an object the record is empty. A shutter mask is as large as the image, or
+/// there is none.
 [[nodiscard]] std::shared_ptr<CXGSPSInfo> ReadRecord(CDcmObject* object, CSize imageSize,
                                                      const CString& imageUID);
 

@@ -8,6 +8,7 @@
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "pipeline/display_table.h"
+#include "pipeline/shown_shutter.h"
 #include "pipeline/stored_elements.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXImageCreator.h"
@@ -103,12 +104,15 @@ QUORVEX_MESSAGE CXDIPP::Render() {
         PixelBlock result = NewPixelBlock(*bytes);
         job.lut = table.data();
         job.output = result.data.get();
+        std::unique_ptr<ShutteredLayers> shuttered;
+        if (shutterShown != 0 && presentation) shuttered = PutShutter(job, *presentation);
         if (!IsEmpty(*size) && CXImageCreator().GetImageWithInfo(job) != 0) {
             return QVM_ERROR_NO_IMAGE;
         }
         resultImage = std::move(result);
         resultSize = *size;
         renderedPixelSize = pixelSize;
+        renderedView = {imageSize, EffectiveAspectRatio(), QuarterTurns(), horizontalFlip != 0};
         return QVM_SUCCESS;
     });
 }

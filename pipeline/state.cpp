@@ -36,6 +36,7 @@ CXDIPP::CXDIPP(const CXDIPP& other)
       resultImage(CopyOf(other.resultImage)),
       resultSize(other.resultSize),
       renderedPixelSize(other.renderedPixelSize),
+      renderedView(other.renderedView),
       imageSize(other.imageSize),
       viewSize(other.viewSize),
       rotation(other.rotation),
@@ -51,17 +52,19 @@ CXDIPP::CXDIPP(const CXDIPP& other)
       valueRange(other.valueRange),
       minValue(other.minValue),
       maxValue(other.maxValue),
-      renderMode(other.renderMode) {}
+      renderMode(other.renderMode),
+      shutterShown(other.shutterShown),
+      annotationsShown(other.annotationsShown) {}
 
 CXDIPP& CXDIPP::operator=(const CXDIPP& other) {
     if (this == &other) return *this;
     const auto members = [](CXDIPP& d) {
         return std::tie(d.parser, d.windowing, d.presentation, d.overlayImage, d.paletteImage,
                         d.pixelRepresentation, d.pixels, d.resultImage, d.resultSize,
-                        d.renderedPixelSize, d.imageSize, d.viewSize, d.rotation, d.horizontalFlip,
-                        d.zoom, d.panOffset, d.resultPixelSize, d.bytesPerPixel, d.bitsStored,
-                        d.roi, d.aspectRatio, d.inverse, d.valueRange, d.minValue, d.maxValue,
-                        d.renderMode);
+                        d.renderedPixelSize, d.renderedView, d.imageSize, d.viewSize, d.rotation,
+                        d.horizontalFlip, d.zoom, d.panOffset, d.resultPixelSize, d.bytesPerPixel,
+                        d.bitsStored, d.roi, d.aspectRatio, d.inverse, d.valueRange, d.minValue,
+                        d.maxValue, d.renderMode, d.shutterShown, d.annotationsShown);
     };
     CXDIPP copy(other);
     auto mine = members(*this);

@@ -30,8 +30,12 @@ int CXGSPSObject::GSPSApplier(CDcmObject* object, CXGSPSInfo* info, CString uid,
 int CXGSPSObject::GetGSPSModule(unsigned int selector, CDcmObject* object, CXGSPSInfo* info) {
     using Reader = int (CXGSPSObject::*)(CDcmObject*, CXGSPSInfo*);
     static constexpr Reader kReaders[] = {
-        &CXGSPSObject::GetModalityLUT,           nullptr, &CXGSPSObject::GetVOILUT,
-        &CXGSPSObject::GetPresentationLUT,       nullptr, &CXGSPSObject::GetSpatialTransformation,
+        &CXGSPSObject::GetModalityLUT,
+        &CXGSPSObject::GetShutter,
+        &CXGSPSObject::GetVOILUT,
+        &CXGSPSObject::GetPresentationLUT,
+        nullptr,
+        &CXGSPSObject::GetSpatialTransformation,
         &CXGSPSObject::GetDisplayTransformation,
     };
     if (object == nullptr || info == nullptr) return 1;

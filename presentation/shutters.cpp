@@ -7,6 +7,7 @@
 #include "foundation/types/block.h"
 #include "foundation/types/saturate.h"
 #include "presentation/attributes.h"
+#include "presentation/shutter_size.h"
 #include "presentation/tags.h"
 #include "quorvex/CXGSPSObject.h"
 
@@ -24,14 +25,9 @@ struct MaskBlock {
 };
 
 MaskBlock NewMask(const CDcmObject& object, const CXGSPSInfo& info) {
-    const auto rows = Read<unsigned short>(object, tag::kRows);
-    const auto columns = Read<unsigned short>(object, tag::kColumns);
-    const std::size_t maskRows = rows ? *rows : static_cast<unsigned short>(info.imageRows);
-    const std::size_t maskColumns =
-        rows ? columns.value_or(0) : static_cast<unsigned short>(info.imageColumns);
-    HeapBlock block(maskRows * maskColumns);
-    const ByteMask mask{block.Bytes(), static_cast<std::int64_t>(maskColumns),
-                        static_cast<std::int64_t>(maskRows)};
+    const CSize size = ShutterMaskSize(object, info);
+    HeapBlock block(static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy));
+    const ByteMask mask{block.Bytes(), size.cx, size.cy};
     std::ranges::fill(mask.bytes, kShuttered);
     return {std::move(block), mask};
 }
@@ -61,6 +57,14 @@ MC_STATUS CopyOverlayBlock(int /*messageId*/, std::uint32_t /*tag*/, void* user,
 }
 
 }  // namespace
+
+CSize ShutterMaskSize(const CDcmObject& object, const CXGSPSInfo& info) {
+    const auto rows = Read<unsigned short>(object, tag::kRows);
+    const auto columns = Read<unsigned short>(object, tag::kColumns);
+    if (rows) return {columns.value_or(0), *rows};
+    return {static_cast<unsigned short>(info.imageColumns),
+            static_cast<unsigned short>(info.imageRows)};
+}
 
 int CXGSPSObject::GetShutter(CDcmObject* object, CXGSPSInfo* info) {
     using Maker = int (CXGSPSObject::*)(CDcmObject*, CXGSPSInfo*);

@@ -32,6 +32,14 @@ struct ValueRange {
     int domainHigh = 0;     ///< highest one
 };
 
+/// How the image lay when it was rendered.
+struct RenderedView {
+    CSize imageSize;
+    double aspectRatio = 1.0;
+    int rotation = 0;  ///< 0, 90, 180 or 270 degrees clockwise
+    bool isFlipped = false;
+};
+
 /// One displayed image: a frame after the modality stage, the presentation that governs it, its
 /// window, and its place in the view (zoom, pan, rotation, flip).
 ///
@@ -107,8 +115,9 @@ public:
     /// Lays a presentation state, from a file, over the image that is open.
     ///
     /// Its window or tables, rotation and flip replace those of the image; its displayed area takes
-    /// effect when the view next gets another size; its modality stage, shutter and annotations are
-    /// not shown. A state that cannot be read leaves the image without presentation.
+    /// effect when the view next gets another size; its modality stage is not shown, its shutter and
+    /// annotations are where the host asks for them. A state that cannot be read leaves the image
+    /// without presentation.
     ///
     /// @return QVM_SUCCESS always; without an open image nothing happens
     QUORVEX_MESSAGE ApllyGSPSObject(CDcmApp* app, CString path);
@@ -143,6 +152,27 @@ public:
     QUORVEX_MESSAGE UpdateViewSize(CSize newViewSize);
     /// Shows black as white from the next render on, for the rest of the object's life.
     QUORVEX_MESSAGE Inverse();
+
+    /// Shows the shutter of the image or its state from the next render on; 0 stops that. Off at
+    /// first, and kept when another image comes in.
+    ///
+    /// Hidden pixels take the high 8 bits of the shutter's presentation value, in colour images for
+    /// red, green and blue alike, whatever the window and `Inverse` make of the others; what scaling
+    /// mixes is mixed with it. Overlays lie over the shutter. A mask of another size than the image's
+    /// hides nothing.
+    QUORVEX_MESSAGE ShowShutter(int on);
+    /// Draws the annotations of the image or its state over it, from the next `Draw` on; 0 stops
+    /// that. Off at first, and kept when another image comes in. The rendered result never has them.
+    ///
+    /// Image coordinates ("PIXEL", (0, 0) the upper left corner of the upper left pixel) turn, flip,
+    /// zoom and pan with the result that `Draw` shows. Display coordinates ("DISPLAY") stay with the
+    /// displayed area as it lies when it has just been laid out in the view: the user's zoom and pan
+    /// do not move them. Text is upright and stands in its box, as large as the box's height allows
+    /// within limits. Lines and text are white with a dark rim; areas are tinted.
+    ///
+    /// A build without its drawing library, Cairo, draws none; so does a surface with a side above
+    /// 32,767 pixels.
+    QUORVEX_MESSAGE ShowAnnotations(int on);
 
     [[nodiscard]] double GetZoomFactor() const noexcept;
     [[nodiscard]] CPoint GetPanOffset() const noexcept;
@@ -188,6 +218,7 @@ private:
     void Commit(IncomingImage& incoming) noexcept;
     void ApplyState(CDcmObject* state);
     [[nodiscard]] _IMAGE_INFO RenderJob(CSize size) const;
+    void DrawAnnotations(const DrawingSurface& surface, CPoint place) const;
 
     void PrepareDisplayAreaTransform() noexcept;
     void PrepareScaleToFit() noexcept;
@@ -209,6 +240,7 @@ private:
     PixelBlock resultImage;
     CSize resultSize;
     int renderedPixelSize = 0;  // of `resultImage`, which outlives a change of image
+    RenderedView renderedView;  // likewise
     CSize imageSize;
     CSize viewSize;
     int rotation = 0;
@@ -225,6 +257,8 @@ private:
     int minValue = 0;  // over all frames that this object met; 0 always lies between the two
     int maxValue = 0;
     int renderMode = 0;
+    int shutterShown = 0;
+    int annotationsShown = 0;
 };
 
 }  // namespace quorvex

@@ -1,0 +1,182 @@
+#include "foundation/platform/canvas.h"
+
+#include <cairo.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <numbers>
+
+#include "foundation/platform/canvas_font.h"
+
+namespace quorvex {
+
+namespace {
+
+constexpr int kLongestSide = 32767;
+constexpr double kFarthest = 1e6;
+constexpr double kLineWidth = 1.5;
+constexpr double kRimWidth = 3.5;
+constexpr double kDotRadius = 3.0;
+constexpr double kRimOpacity = 0.7;
+constexpr double kTint = 0.35;
+constexpr double kLargestFont = 1000.0;
+
+struct Release {
+    void operator()(cairo_t* context) const noexcept { cairo_destroy(context); }
+    void operator()(cairo_surface_t* surface) const noexcept { cairo_surface_destroy(surface); }
+};
+
+bool IsPlace(CanvasPoint point) {
+    return !std::isnan(point.x) && !std::isnan(point.y);
+}
+
+CanvasPoint Held(CanvasPoint point) {
+    return {std::clamp(point.x, -kFarthest, kFarthest), std::clamp(point.y, -kFarthest, kFarthest)};
+}
+
+void Trace(cairo_t* context, std::span<const CanvasPoint> points) {
+    cairo_new_path(context);
+    for (const CanvasPoint point : points) {
+        if (!IsPlace(point)) continue;
+        const auto [x, y] = Held(point);
+        cairo_line_to(context, x, y);
+    }
+}
+
+void UseRim(cairo_t* context) {
+    cairo_set_source_rgba(context, 0.0, 0.0, 0.0, kRimOpacity);
+    cairo_set_line_width(context, kRimWidth);
+}
+
+void UseWhite(cairo_t* context) {
+    cairo_set_source_rgb(context, 1.0, 1.0, 1.0);
+    cairo_set_line_width(context, kLineWidth);
+}
+
+void StrokePath(cairo_t* context) {
+    UseRim(context);
+    cairo_stroke_preserve(context);
+    UseWhite(context);
+    cairo_stroke(context);
+}
+
+void FillPath(cairo_t* context) {
+    UseRim(context);
+    cairo_stroke_preserve(context);
+    UseWhite(context);
+    cairo_fill(context);
+}
+
+bool IsUsable(const DrawingSurface& surface) {
+    return surface.pixels != nullptr && (surface.bytesPerPixel == 3 || surface.bytesPerPixel == 4);
+}
+
+// A sheet's pixel is 0xAARRGGBB with its colours multiplied by its opacity.
+void BlendPixel(std::uint32_t drawn, unsigned char* pixel) {
+    const std::uint32_t clear = 255 - (drawn >> 24);
+    for (unsigned channel = 0; channel < 3; ++channel) {
+        const std::uint32_t colour = drawn >> (8 * channel) & 0xFF;
+        const std::uint32_t ground = (pixel[channel] * clear + 127) / 255;
+        pixel[channel] = static_cast<unsigned char>(std::min(colour + ground, 255U));
+    }
+}
+
+void BlendRow(const unsigned char* drawn, unsigned char* pixels, int count, int pixelBytes) {
+    for (int x = 0; x < count; ++x, drawn += 4, pixels += pixelBytes) {
+        std::uint32_t value = 0;
+        std::memcpy(&value, drawn, sizeof(value));
+        if (value != 0) BlendPixel(value, pixels);
+    }
+}
+
+}  // namespace
+
+struct Canvas::Sheet {
+    std::unique_ptr<cairo_surface_t, Release> surface;
+    std::unique_ptr<cairo_t, Release> context;
+
+    [[nodiscard]] bool Choose(double size) const {
+        if (CanvasFont() == nullptr || !(size > 0.0)) return false;
+        cairo_set_font_face(context.get(), CanvasFont());
+        cairo_set_font_size(context.get(), std::min(size, kLargestFont));
+        return true;
+    }
+};
+
+bool Canvas::IsAvailable() noexcept {
+    return true;
+}
+
+Canvas::Canvas(CSize size) {
+    if (size.cx < 1 || size.cy < 1 || size.cx > kLongestSide || size.cy > kLongestSide) return;
+    auto sheet = std::make_unique<Sheet>();
+    sheet->surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, size.cx, size.cy));
+    sheet->context.reset(cairo_create(sheet->surface.get()));
+    if (cairo_status(sheet->context.get()) != CAIRO_STATUS_SUCCESS) return;
+    cairo_set_line_join(sheet->context.get(), CAIRO_LINE_JOIN_ROUND);
+    cairo_set_line_cap(sheet->context.get(), CAIRO_LINE_CAP_ROUND);
+    sheet_ = std::move(sheet);
+}
+
+Canvas::~Canvas() = default;
+
+void Canvas::Line(std::span<const CanvasPoint> points) {
+    if (!sheet_) return;
+    Trace(sheet_->context.get(), points);
+    StrokePath(sheet_->context.get());
+}
+
+void Canvas::Area(std::span<const CanvasPoint> points) {
+    if (!sheet_) return;
+    cairo_t* const context = sheet_->context.get();
+    Trace(context, points);
+    cairo_set_fill_rule(context, CAIRO_FILL_RULE_EVEN_ODD);
+    cairo_set_source_rgba(context, 1.0, 1.0, 1.0, kTint);
+    cairo_fill(context);
+}
+
+void Canvas::Dot(CanvasPoint place) {
+    if (!sheet_ || !IsPlace(place)) return;
+    const auto [x, y] = Held(place);
+    cairo_new_path(sheet_->context.get());
+    cairo_arc(sheet_->context.get(), x, y, kDotRadius, 0.0, 2 * std::numbers::pi);
+    FillPath(sheet_->context.get());
+}
+
+void Canvas::Text(const std::string& utf8, CanvasPoint baseline, double size) {
+    if (!sheet_ || !IsPlace(baseline) || !sheet_->Choose(size)) return;
+    const auto [x, y] = Held(baseline);
+    cairo_t* const context = sheet_->context.get();
+    cairo_new_path(context);
+    cairo_move_to(context, x, y);
+    cairo_text_path(context, utf8.c_str());
+    cairo_set_fill_rule(context, CAIRO_FILL_RULE_WINDING);
+    FillPath(context);
+}
+
+double Canvas::TextWidth(const std::string& utf8, double size) {
+    if (!sheet_ || !sheet_->Choose(size)) return 0.0;
+    cairo_text_extents_t extents{};
+    cairo_text_extents(sheet_->context.get(), utf8.c_str(), &extents);
+    return extents.x_advance;
+}
+
+void Canvas::PutOnto(const DrawingSurface& surface) {
+    if (!sheet_ || !IsUsable(surface)) return;
+    cairo_surface_t* const sheet = sheet_->surface.get();
+    cairo_surface_flush(sheet);
+    const unsigned char* const drawn = cairo_image_surface_get_data(sheet);
+    if (drawn == nullptr) return;
+    const std::ptrdiff_t step = cairo_image_surface_get_stride(sheet);
+    const int columns = std::min(surface.width, cairo_image_surface_get_width(sheet));
+    const int rows = std::min(surface.height, cairo_image_surface_get_height(sheet));
+    for (int y = 0; y < rows; ++y) {
+        BlendRow(drawn + y * step, surface.pixels + y * surface.rowBytes, columns,
+                 surface.bytesPerPixel);
+    }
+}
+
+}  // namespace quorvex

@@ -1,0 +1,57 @@
+/// Lines, areas and text laid over a host's pixels, with soft edges.
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+
+#include "quorvex/Types.h"
+
+namespace quorvex {
+
+/// A place on a surface in device pixels; the centre of the upper left pixel is (0.5, 0.5).
+struct CanvasPoint {
+    double x = 0.0;
+    double y = 0.0;
+};
+
+/// Collects what is drawn and puts it onto a surface in one go: white with a dark rim, so that it can
+/// be read on any ground.
+///
+/// Coordinates may lie anywhere: those that are no number are passed over, those beyond a million
+/// pixels count as a million. A canvas that cannot work (a build without the drawing library, a side
+/// below 1 or above 32,767 pixels, no memory) draws nothing. Text needs the font that the build
+/// found; without it no text is drawn, and it has no width.
+///
+/// One canvas serves one thread at a time, different ones may work at once.
+class Canvas {
+public:
+    /// Whether this build has the drawing library.
+    [[nodiscard]] static bool IsAvailable() noexcept;
+
+    explicit Canvas(CSize size);
+    ~Canvas();
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    /// A line through the points.
+    void Line(std::span<const CanvasPoint> points);
+    /// A tint over what the points enclose.
+    void Area(std::span<const CanvasPoint> points);
+    /// A mark that a line of one point would be.
+    void Dot(CanvasPoint place);
+
+    /// A line of text that starts at `baseline`; `size` is that of the font in pixels.
+    void Text(const std::string& utf8, CanvasPoint baseline, double size);
+    /// Pixels that the line of text takes.
+    [[nodiscard]] double TextWidth(const std::string& utf8, double size);
+
+    /// Lays all that was drawn over the surface's pixels.
+    void PutOnto(const DrawingSurface& surface);
+
+private:
+    struct Sheet;
+    std::unique_ptr<Sheet> sheet_;  ///< null where the canvas cannot work
+};
+
+}  // namespace quorvex

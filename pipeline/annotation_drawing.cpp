@@ -1,0 +1,77 @@
+#include <algorithm>
+#include <cmath>
+#include <tuple>
+
+#include "foundation/platform/canvas.h"
+#include "pipeline/annotation_geometry.h"
+#include "pipeline/annotation_text.h"
+#include "quorvex/CXDIPP.h"
+#include "quorvex/CXGSPSInfo.h"
+
+namespace quorvex {
+
+namespace {
+
+void DrawGraphic(Canvas& canvas, const GSPSGraphicObject& graphic, const AnnotationPlace& place) {
+    const DrawnShape shape = ShapeOf(graphic, place);
+    if (shape.outline.empty()) return;
+    if (shape.isFilled) canvas.Area(shape.outline);
+    if (shape.outline.size() == 1) {
+        canvas.Dot(shape.outline.front());
+    } else {
+        canvas.Line(shape.outline);
+    }
+}
+
+CanvasPoint NearestIn(const SurfaceArea& area, CanvasPoint point) {
+    return {std::clamp(point.x, area.left, area.right), std::clamp(point.y, area.top, area.bottom)};
+}
+
+void DrawAnchorLine(Canvas& canvas, CanvasPoint anchor, const SurfaceArea& text) {
+    if (!std::isfinite(anchor.x) || !std::isfinite(anchor.y)) return;
+    const CanvasPoint line[] = {anchor, NearestIn(text, anchor)};
+    if (line[0].x != line[1].x || line[0].y != line[1].y) canvas.Line(line);
+}
+
+void DrawText(Canvas& canvas, const GSPSTextObject& text, const AnnotationPlace& place) {
+    const auto placed = PlaceText(text, place, canvas);
+    if (!placed) return;
+    if (text.anchorVisible != 0 && text.anchorPoint != nullptr) {
+        const CanvasPoint anchor{text.anchorPoint[0], text.anchorPoint[1]};
+        DrawAnchorLine(canvas, place(anchor, text.anchorUnits), placed->area);
+    }
+    for (const PlacedLine& line : placed->lines) {
+        canvas.Text(line.utf8, line.baseline, placed->fontSize);
+    }
+}
+
+/// Calls `draw` with each element of one of a record's arrays.
+template <class Element, class Draw>
+void ForEach(const CPtrArray& elements, Draw&& draw) {
+    for (int i = 0; i < elements.GetSize(); ++i) {
+        draw(*static_cast<const Element*>(elements.GetAt(i)));
+    }
+}
+
+}  // namespace
+
+QUORVEX_MESSAGE CXDIPP::ShowAnnotations(int on) {
+    annotationsShown = on;
+    return QVM_SUCCESS;
+}
+
+void CXDIPP::DrawAnnotations(const DrawingSurface& surface, CPoint place) const {
+    if (!presentation || resultSize.cx < 1 || resultSize.cy < 1) return;
+    const auto& [texts, graphics] =
+        std::tie(presentation->textObjects, presentation->graphicObjects);
+    if (texts.GetSize() == 0 && graphics.GetSize() == 0) return;
+    const AnnotationPlace onSurface{ImageToSurface(renderedView, resultSize, place),
+                                    DisplayedArea(*presentation, renderedView, viewSize)};
+    Canvas canvas({surface.width, surface.height});
+    ForEach<GSPSGraphicObject>(
+        graphics, [&](const auto& graphic) { DrawGraphic(canvas, graphic, onSurface); });
+    ForEach<GSPSTextObject>(texts, [&](const auto& text) { DrawText(canvas, text, onSurface); });
+    canvas.PutOnto(surface);
+}
+
+}  // namespace quorvex

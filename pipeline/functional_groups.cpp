@@ -1,0 +1,107 @@
+#include "pipeline/functional_groups.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace quorvex {
+
+namespace {
+
+constexpr std::uint32_t kSharedGroups = 0x52009229;
+constexpr std::uint32_t kPerFrameGroups = 0x52009230;
+
+enum class Holds { kNumbers, kItem };
+struct Setting {
+    std::uint32_t tag;
+    Holds holds = Holds::kNumbers;
+};
+
+/// One functional group: the sequence that holds it, and what of it a frame is shown by.
+struct GroupMacro {
+    std::uint32_t sequence;
+    std::array<Setting, 3> settings;
+};
+constexpr std::uint32_t kNoTag = 0;
+constexpr GroupMacro kMacros[] = {
+    // Pixel Value Transformation; a Modality LUT at the top level rules it out
+    {0x00289145, {{{0x00281052}, {0x00281053}, {0x00283000, Holds::kItem}}}},
+    // Frame VOI LUT
+    {0x00289132, {{{0x00281050}, {0x00281051}, {0x00283010, Holds::kItem}}}},
+    // Pixel Measures
+    {0x00289110, {{{0x00280030}, {kNoTag}, {kNoTag}}}},
+};
+
+bool Has(const CDcmObjectCommon& object, const Setting& setting) {
+    int count = 0;
+    return setting.tag != kNoTag && object.GetValueCount(setting.tag, count) == kDcmSuccess;
+}
+
+bool HasAny(const CDcmObjectCommon& object, std::span<const Setting> settings) {
+    return std::ranges::any_of(settings,
+                               [&](const Setting& setting) { return Has(object, setting); });
+}
+
+std::optional<CDcmItem> ItemAt(const CDcmObjectCommon& object, std::uint32_t sequence, int index) {
+    CDcmItem item;
+    auto result = object.GetValue(sequence, item);
+    for (int i = 0; i < index && result == kDcmSuccess; ++i) {
+        result = object.GetNextValue(sequence, item);
+    }
+    if (result != kDcmSuccess) return std::nullopt;
+    return item;
+}
+
+void CopyNumbers(const CDcmItem& from, std::uint32_t tag, CDcmObject& to) {
+    CString value;
+    if (from.GetValue(tag, value) != kDcmSuccess) return;
+    to.SetValue(tag, value);
+    while (from.GetNextValue(tag, value) == kDcmSuccess) to.SetNextValue(tag, value);
+}
+
+void CopyFirstItem(const CDcmItem& from, std::uint32_t tag, CDcmObject& to) {
+    CDcmItem item;
+    if (from.GetValue(tag, item) == kDcmSuccess) to.SetValue(tag, &item);
+}
+
+void CopySettings(const CDcmItem& from, std::span<const Setting> settings, CDcmObject& to) {
+    for (const Setting& setting : settings) {
+        if (!Has(from, setting)) continue;
+        setting.holds == Holds::kItem ? CopyFirstItem(from, setting.tag, to)
+                                      : CopyNumbers(from, setting.tag, to);
+    }
+}
+
+/// The groups that speak of a frame, its own ahead of those that all frames share.
+struct GroupsOfFrame {
+    std::optional<CDcmItem> own;
+    std::optional<CDcmItem> shared;
+
+    [[nodiscard]] std::optional<CDcmItem> Find(const GroupMacro& macro) const {
+        for (const auto* groups : {&own, &shared}) {
+            if (!*groups) continue;
+            auto item = ItemAt(**groups, macro.sequence, 0);
+            if (item && HasAny(*item, macro.settings)) return item;
+        }
+        return std::nullopt;
+    }
+};
+
+}  // namespace
+
+std::optional<CDcmObject> HeaderOfFrame(const CDcmObject& header, int frameIndex) {
+    const GroupsOfFrame groups{ItemAt(header, kPerFrameGroups, frameIndex),
+                               ItemAt(header, kSharedGroups, 0)};
+    std::optional<CDcmObject> ofFrame;
+    for (const GroupMacro& macro : kMacros) {
+        if (HasAny(header, macro.settings)) continue;
+        const auto item = groups.Find(macro);
+        if (!item) continue;
+        if (!ofFrame) ofFrame = header;
+        CopySettings(*item, macro.settings, *ofFrame);
+    }
+    return ofFrame;
+}
+
+}  // namespace quorvex
