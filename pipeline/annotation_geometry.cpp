@@ -59,7 +59,8 @@ Points PlacedPoints(const GSPSGraphicObject& graphic, const AnnotationPlace& pla
 /// A closed line around `centre`: `across` and `along` are where it is a quarter turn apart.
 Points Round(CanvasPoint centre, CanvasPoint across, CanvasPoint along) {
     const double reach = std::max(Length(across), Length(along));
-    const auto steps = static_cast<std::size_t>(std::clamp(std::sqrt(reach) * 8.0, 16.0, 2048.0));
+    const auto quarter = static_cast<std::size_t>(std::clamp(std::sqrt(reach) * 2.0, 4.0, 512.0));
+    const std::size_t steps = 4 * quarter;  // passes through the ends of both axes
     Points line;
     for (std::size_t i = 0; i < steps; ++i) {
         const double angle =

@@ -16,7 +16,7 @@ constexpr double kSmallestFont = 10.0;
 constexpr double kLargestFont = 24.0;
 constexpr double kLineHeight = 1.2;  // of the font size
 constexpr double kAscent = 0.95;     // likewise
-constexpr double kGapToAnchor = 8.0;
+constexpr double kGapToAnchor = 16.0;
 constexpr std::size_t kMostLines = 64;
 constexpr std::size_t kLongestLine = 1024;  // bytes: no text value has more characters
 

@@ -58,8 +58,11 @@ void AddRender(CLI::App& app, Work& work) {
     verb->add_flag("--flip", arguments->flip, "Mirrors left and right");
     verb->add_flag("--invert", arguments->invert, "Swaps black and white");
     verb->add_option("--state", arguments->state, "Presentation state to apply");
-    verb->add_flag("--result", arguments->result,
-                   "Writes the rendered result itself, not the view");
+    verb->add_flag("--shutter", arguments->shutter, "Hides what the shutter hides");
+    auto* annotations = verb->add_flag("--annotations", arguments->annotations,
+                                       "Draws text and graphics over the view");
+    verb->add_flag("--result", arguments->result, "Writes the rendered result itself, not the view")
+        ->excludes(annotations);
     verb->callback([arguments, &work] { work = [arguments] { return Render(*arguments); }; });
 }
 

@@ -67,6 +67,8 @@ void ApplyWishes(CXDIPP& pipeline, const RenderArguments& arguments) {
         pipeline.UpdateVOILUT_ABS(arguments.window->centre, arguments.window->width);
     if (arguments.zoom) pipeline.UpdateZoom_ABS(*arguments.zoom);
     if (arguments.invert) pipeline.Inverse();
+    if (arguments.shutter) pipeline.ShowShutter(1);
+    if (arguments.annotations) pipeline.ShowAnnotations(1);
     pipeline.UpdatePan_Offset(arguments.pan);
 }
 

@@ -43,8 +43,10 @@ struct RenderArguments {
     int rotation = 0;            ///< degrees clockwise: 0, 90, 180 or 270
     bool flip = false;
     bool invert = false;
-    std::string state;    ///< presentation state; empty for none
-    bool result = false;  ///< the rendered result itself, not the view
+    std::string state;         ///< presentation state; empty for none
+    bool shutter = false;      ///< paints the shutter over what it hides
+    bool annotations = false;  ///< draws the annotations over the view
+    bool result = false;       ///< the rendered result itself, not the view
 };
 ExitStatus Render(const RenderArguments& arguments);
 
