@@ -191,7 +191,8 @@ public:
     /// then applies the settings. An object in that form already keeps its Pixel Data. UIDs stay
     /// unless the settings change them.
     ///
-    /// Holds, beside the object, one decoded frame and the new frames. Frames of one sample stay
+    /// Holds, beside the object, one decoded frame and the new frames (of coded ones two copies, while they
+    /// are put into the object). Frames of one sample stay
     /// what they are; three samples become "RGB" by pixel.
     ///
     /// @param settings  null: to uncompressed. `compressionType` 0 is no form: nothing is converted

@@ -156,6 +156,9 @@ private:
     };
     using FileBuffer = std::unique_ptr<unsigned char[], GivePages>;
 
+    /// A SOP Instance UID under the root of this system, from machine, universal time, random number and
+    /// frame events.
+    [[nodiscard]] static CString GetNewSOPInstanceUID();
     int ReadDicomFileToBuffer(const CString& path);
     [[nodiscard]] int IsThisPart10File() const noexcept;
     int ParseDicomHeaderOfPart10File(std::unique_ptr<CDcmObject>& object, unsigned long& offset,

@@ -73,7 +73,7 @@ using StreamReadCallback = MC_STATUS (*)(int messageId, void* user, int first, i
 using ValueReadCallback = MC_STATUS (*)(int messageId, std::uint32_t tag, void* user, int length,
                                         void* data, int first, int last);
 /// Supplies one piece of a value: message id, tag, user data, first-call flag, length out, data out,
-/// last-piece flag out. The data stays valid until the value is set.
+/// last-piece flag out. Each piece is copied before the next call.
 using ValueWriteCallback = MC_STATUS (*)(int messageId, std::uint32_t tag, void* user, int first,
                                          int* length, void** data, int* last);
 

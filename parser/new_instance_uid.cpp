@@ -1,0 +1,26 @@
+#include <string>
+
+#include "foundation/platform/clock.h"
+#include "foundation/platform/host.h"
+#include "quorvex/CxDcmParser.h"
+
+namespace quorvex {
+namespace {
+
+constexpr const char* kRoot = "1.2.999.700040.";
+
+std::string TwoDigits(int number) {
+    return (number < 10 ? "0" : "") + std::to_string(number);
+}
+
+}  // namespace
+
+CString CxDcmParser::GetNewSOPInstanceUID() {
+    const CalendarTime now = UniversalTime();
+    const std::string stamp = TwoDigits(now.hour) + TwoDigits(now.minute) + TwoDigits(now.second) +
+                              std::to_string(now.millisecond);
+    return kRoot + std::to_string(MachineNumber()) + "." + stamp +
+           std::to_string(RandomSixDigits()) + "." + std::to_string(FrameEventCount());
+}
+
+}  // namespace quorvex
