@@ -4,13 +4,13 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
-#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <thread>
 
 #include "convert_job.h"
 #include "convert_summary.h"
+#include "object_output.h"
 #include "output_place.h"
 #include "progress.h"
 #include "verbs.h"
@@ -55,24 +55,13 @@ std::optional<std::size_t> TotalToShow(const ConvertArguments& arguments) {
     return FileList::Count(SourceOf(arguments));
 }
 
-// Where unfinished outputs wait: beside the finished ones, or, for a device, anywhere.
-std::string WorkPlaceOf(const OutputPlace& place) {
-    namespace fs = std::filesystem;
-    if (place.IsFolder()) return place.Path();
-    const fs::path output = place.Path();
-    std::error_code failure;
-    const bool isFile =
-        output != "-" && (!fs::exists(output, failure) || fs::is_regular_file(output, failure));
-    return isFile ? output.parent_path().string() : fs::temp_directory_path().string();
-}
-
 /// All inputs through several threads. Each takes the next input, works alone, and tells.
 class ConvertRun {
 public:
     explicit ConvertRun(const ConvertArguments& arguments)
         : wish_(WishOf(arguments)),
           place_(arguments.output, HasSeveralInputs(arguments), arguments.files),
-          workFolder_(WorkPlaceOf(place_)),
+          workFolder_(place_.IsFolder() ? place_.Path() : WorkPlaceOf(place_.Path())),
           files_(SourceOf(arguments)),
           progress_(TotalToShow(arguments)) {
         if (!arguments.manifest.empty()) manifest_ = std::make_unique<Manifest>(arguments.manifest);

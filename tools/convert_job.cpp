@@ -1,21 +1,18 @@
 #include "convert_job.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
-#include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <new>
 
-#include "output_file.h"
-#include "output_place.h"
+#include "object_output.h"
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
 #include "report.h"
@@ -75,15 +72,6 @@ CDcmObject ReadWhole(const std::string& path) {
     Require(parser.Initialize(&app, path, 1));
     return *parser.GetHeader();
 }
-
-/// A file of the work folder that goes with the object unless it was moved away.
-struct WorkFile {
-    explicit WorkFile(std::string newPath) : path(std::move(newPath)) {}
-    ~WorkFile() { static_cast<void>(std::remove(path.c_str())); }
-    WorkFile(const WorkFile&) = delete;
-    WorkFile& operator=(const WorkFile&) = delete;
-    std::string path;
-};
 
 // The library takes names as text, and a file's name may be any bytes: such a file is read through a
 // link.
@@ -159,14 +147,6 @@ void RefuseWhatTheCoderCannotHold(CDcmObject& source, const ConvertTarget& targe
                        "values above 4095 cannot be coded with 12 bits");
 }
 
-// Coders turn colour into luminance and differences, and readers go by what the object says of it.
-void NameColoursOf(CDcmObject& object, const ConvertTarget& target) {
-    CString photometric;
-    object.GetValue(kPhotometric, photometric);
-    if (target.codedColours != nullptr && photometric == CString("RGB"))
-        object.SetValue(kPhotometric, target.codedColours);
-}
-
 void Convert(CDcmObject& object, const ConvertWish& wish) {
     CDcmApp app;
     CxDcmMaker maker;
@@ -180,14 +160,6 @@ void Convert(CDcmObject& object, const ConvertWish& wish) {
     if (isNative && object.SetTransferSyntax(wish.target->syntax) != kDcmSuccess)
         throw BadInput(QVM_ERROR_INVALID_TRANSFER_SYNTAX);
     if (outcome != QVM_FRAME_COPIED) NameColoursOf(object, *wish.target);
-}
-
-void WriteObject(const CDcmObject& object, const std::string& path, const std::string& output) {
-    errno = 0;
-    if (object.WriteFile(path) == kDcmSuccess) return;
-    if (errno != 0) throw SystemFailure(output);
-    throw BadInput(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA,
-                   "the object cannot be written: " + object.GetErrorMessage().ToUtf8());
 }
 
 void Verify(CDcmObject& source, const std::string& written, const ConvertTarget& target,
@@ -206,29 +178,6 @@ void Verify(CDcmObject& source, const std::string& written, const ConvertTarget&
         throw BadInput(QVM_ERROR_INVALID_BITS_STORED,
                        "the coder's losses would leave the bits stored; take a lossless target");
     record.verification = target.isLossless ? Verification::kEqual : Verification::kLossy;
-}
-
-bool IsWrittenDirectly(const std::string& path) {
-    struct stat status {};
-    return path == "-" || (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode));
-}
-
-void CopyTo(const std::string& output, const std::string& written) {
-    constexpr std::size_t kPiece = std::size_t{1} << 20;
-    OutputFile file(output);
-    std::ifstream bytes(written, std::ios::binary);
-    std::vector<char> piece(kPiece);
-    while (bytes.read(piece.data(), kPiece) || bytes.gcount() > 0) {
-        const auto* begin = static_cast<const unsigned char*>(static_cast<void*>(piece.data()));
-        file.Write({begin, static_cast<std::size_t>(bytes.gcount())});
-    }
-    file.Commit();
-}
-
-void PutInPlace(const std::string& written, const std::string& output) {
-    if (IsWrittenDirectly(output)) return CopyTo(output, written);
-    MakeFolderOf(output);
-    if (std::rename(written.c_str(), output.c_str()) != 0) throw SystemFailure(output);
 }
 
 void ConvertInto(const std::string& written, ConvertRecord& record, const InputFile& input,
@@ -254,6 +203,13 @@ bool IsHopeless(int systemError) {
 }
 
 }  // namespace
+
+void NameColoursOf(CDcmObject& object, const ConvertTarget& target) {
+    CString photometric;
+    object.GetValue(kPhotometric, photometric);
+    if (target.codedColours != nullptr && photometric == CString("RGB"))
+        object.SetValue(kPhotometric, target.codedColours);
+}
 
 const ConvertTarget& ConvertTargetOf(const std::string& name) {
     const auto* found = std::ranges::find_if(
@@ -281,6 +237,8 @@ bool ConvertFile(ConvertRecord& record, const InputFile& input, const ConvertWis
         record.outcome = Outcome::kDone;
     } catch (const Refusal& refusal) {
         fail(refusal);
+    } catch (const UnwritableObject& failure) {
+        fail(BadInput(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, failure.what()));
     } catch (const EnvironmentFailure& failure) {
         isHopeless = IsHopeless(failure.systemError);
         fail({Outcome::kFailed, QVM_ERROR_FAILED_TO_READ_FILE, failure.what()});

@@ -26,6 +26,10 @@ struct ConvertTarget {
 /// The target of that name. A WrongUsage for any other text.
 const ConvertTarget& ConvertTargetOf(const std::string& name);
 
+/// Says of an object that was coded as RGB how its colours lie in the coded frames, as readers expect
+/// it: coders turn them into luminance and differences.
+void NameColoursOf(CDcmObject& object, const ConvertTarget& target);
+
 /// What is wanted of every file.
 struct ConvertWish {
     const ConvertTarget* target = nullptr;

@@ -108,6 +108,60 @@ void AddConvert(CLI::App& app, Work& work) {
     verb->callback([arguments, &work] { work = [arguments] { return Convert(*arguments); }; });
 }
 
+void AddCapture(CLI::App& app, Work& work) {
+    auto* verb = app.add_subcommand("capture", "Puts pictures into a patient's study");
+    auto arguments = std::make_shared<CaptureArguments>();
+    verb->add_option("source", arguments->source, "DICOM file of that patient and study")
+        ->required();
+    verb->add_option("pictures", arguments->pictures, "PNG files of one size, a frame each")
+        ->required();
+    verb->add_option("-o,--output", arguments->output, "Output, - for standard output")->required();
+    verb->add_option("--to", arguments->target,
+                     "explicit (default), implicit, jpeg, jpeg-lossless, j2k or j2k-lossless");
+    verb->callback([arguments, &work] { work = [arguments] { return Capture(*arguments); }; });
+}
+
+// Adds an option that may stand several times, each time one more element of `list`.
+template <class Element, class Parse>
+void AddRepeated(CLI::App& verb, const char* name, const char* metavar, const char* help,
+                 std::vector<Element>& list, Parse parse) {
+    verb.add_option_function<std::vector<std::string>>(
+            name,
+            [&list, parse](const std::vector<std::string>& texts) {
+                for (const auto& text : texts) list.push_back(parse(text));
+            },
+            help)
+        ->type_name(metavar)
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+void AddState(CLI::App& app, Work& work) {
+    auto* verb = app.add_subcommand("state", "Makes a presentation state for images of a series");
+    auto arguments = std::make_shared<StateArguments>();
+    verb->add_option("images", arguments->images, "DICOM files of one series")->required();
+    verb->add_option("-o,--output", arguments->output, "Output, - for standard output")->required();
+    AddParsed(*verb, "--label", "L", "Up to 16 capital letters, digits, spaces and underscores",
+              arguments->label, ParseLabel);
+    AddParsed(*verb, "--window", "CENTER,WIDTH", "Grey values to show; by default the images' own",
+              arguments->window, ParseWindow);
+    verb->add_flag("--invert", arguments->invert, "Swaps black and white");
+    AddParsed(*verb, "--rotate", "DEG", "Turns clockwise by a multiple of 90 degrees",
+              arguments->rotation, ParseRotation);
+    verb->add_flag("--flip", arguments->flip, "Mirrors left and right what was turned");
+    AddParsed(*verb, "--area", "L,T,R,B", "Columns and rows to show, counted from 1",
+              arguments->area, ParseArea);
+    AddParsed(*verb, "--shutter", "SHAPE:...",
+              "rect:L,U,R,B, circle:ROW,COL,RADIUS or polygon:R,C;R,C;...", arguments->shutter,
+              ParseShutter);
+    AddRepeated(*verb, "--text", "X,Y,TEXT", "A text at a place of the image; any number of them",
+                arguments->texts, ParseText);
+    AddRepeated(*verb, "--polyline", "X,Y;X,Y;...", "A line through places; any number of them",
+                arguments->polylines, ParsePolyline);
+    verb->callback([arguments, &work] { work = [arguments] { return State(*arguments); }; });
+}
+
 void AddPhantom(CLI::App& app, Work& work) {
     auto* verb = app.add_subcommand("phantom", "Makes sample objects");
     auto arguments = std::make_shared<PhantomArguments>();
@@ -126,6 +180,8 @@ ExitStatus RunCommand(int count, char** texts) {
     AddRender(app, work);
     AddThumbnail(app, work);
     AddConvert(app, work);
+    AddCapture(app, work);
+    AddState(app, work);
     AddPhantom(app, work);
     try {
         app.parse(count, texts);

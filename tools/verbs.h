@@ -74,6 +74,44 @@ struct ConvertArguments {
 };
 ExitStatus Convert(const ConvertArguments& arguments);
 
+struct CaptureArguments {
+    std::string source;                 ///< whose patient and study the pictures belong to
+    std::vector<std::string> pictures;  ///< PNG files of one size, a frame each
+    std::string output;
+    std::string target = "explicit";  ///< as ConvertTargetOf has it
+};
+ExitStatus Capture(const CaptureArguments& arguments);
+
+/// Positions of a presentation state: columns and rows of the image, counted from 1.
+struct Position {
+    double x = 0.0;
+    double y = 0.0;
+};
+struct ShutterWish {
+    enum class Shape { kNone, kRectangle, kCircle, kPolygon };
+    Shape shape = Shape::kNone;
+    std::vector<int> numbers;  ///< left, upper, right, lower; or centre row, column, radius
+    std::vector<CPoint> vertices;
+};
+struct TextWish {
+    Position anchor;
+    std::string text;
+};
+struct StateArguments {
+    std::vector<std::string> images;  ///< of one series
+    std::string output;
+    std::string label = "QUORVEX";
+    std::optional<Window> window;
+    bool invert = false;
+    int rotation = 0;  ///< degrees clockwise: 0, 90, 180 or 270
+    bool flip = false;
+    std::optional<CRect> area;  ///< left, top, right, bottom, the last ones included
+    ShutterWish shutter;
+    std::vector<TextWish> texts;
+    std::vector<std::vector<Position>> polylines;
+};
+ExitStatus State(const StateArguments& arguments);
+
 struct PhantomArguments {
     std::string folder;
     bool small = false;

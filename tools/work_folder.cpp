@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <charconv>
 #include <filesystem>
+#include <fstream>
 #include <optional>
 
 #include "report.h"
@@ -32,8 +33,17 @@ std::optional<pid_t> ProcessOf(const std::string& name, const std::string& prefi
     return isNumber ? std::optional(process) : std::nullopt;
 }
 
+// Ended, though its parent has not asked how: where nobody does, such a process stays for ever.
+bool IsZombie(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string status;
+    std::getline(file, status);
+    const auto nameEnd = status.rfind(')');
+    return nameEnd != std::string::npos && status.substr(nameEnd).starts_with(") Z");
+}
+
 bool IsGone(pid_t process) {
-    return kill(process, 0) != 0 && errno == ESRCH;
+    return (kill(process, 0) != 0 && errno == ESRCH) || IsZombie(process);
 }
 
 void RemoveWhatIsLeft(const fs::path& beside, const std::string& prefix) {
@@ -49,18 +59,20 @@ void RemoveWhatIsLeft(const fs::path& beside, const std::string& prefix) {
 
 WorkFolder::WorkFolder(const std::string& beside) {
     const fs::path folder = beside.empty() ? "." : beside;
-    const std::string prefix = PrefixOfThisMachine();
+    prefix_ = PrefixOfThisMachine();
     std::error_code failure;
     fs::create_directories(folder, failure);
-    RemoveWhatIsLeft(folder, prefix);
-    path_ = (folder / (prefix + std::to_string(getpid()))).string();
+    RemoveWhatIsLeft(folder, prefix_);
+    path_ = (folder / (prefix_ + std::to_string(getpid()))).string();
     fs::create_directory(path_, failure);
     if (failure) throw EnvironmentFailure(folder.string() + ": " + failure.message());
 }
 
 WorkFolder::~WorkFolder() {
+    // One that was killed just now may still have been dying when we began.
     std::error_code failure;
     fs::remove_all(path_, failure);
+    RemoveWhatIsLeft(fs::path(path_).parent_path(), prefix_);
 }
 
 std::string WorkFolder::NewPath() {

@@ -8,7 +8,8 @@ namespace quorvex::tools {
 
 /// Lies beside the outputs, so that a finished one takes its place by a rename, and goes with the
 /// object. Its name tells machine and process: what a killed process of this machine left behind is
-/// removed when the next one starts.
+/// removed when the next one starts
+/// and when it ends.
 class WorkFolder {
 public:
     explicit WorkFolder(const std::string& beside);
@@ -20,6 +21,7 @@ public:
     [[nodiscard]] std::string NewPath();
 
 private:
+    std::string prefix_;  // of the folders of this machine
     std::string path_;
     std::atomic<unsigned> count_ = 0;
 };

@@ -1,0 +1,149 @@
+// quorvex capture: pictures as an object of a patient's study.
+#include <algorithm>
+#include <memory>
+
+#include "convert_job.h"
+#include "object_output.h"
+#include "png_reader.h"
+#include "quorvex/CxDcmMaker.h"
+#include "quorvex/CxDcmParser.h"
+#include "verbs.h"
+
+namespace quorvex::tools {
+namespace {
+
+constexpr const char* kSecondaryCapture = "1.2.840.10008.5.1.4.1.1.7";
+constexpr const char* kGreyFrames = "1.2.840.10008.5.1.4.1.1.7.2";
+constexpr const char* kColourFrames = "1.2.840.10008.5.1.4.1.1.7.4";
+
+// What the source says of its own pixels and their place in the patient.
+constexpr std::uint32_t kNotOfPictures[] = {0x00200032, 0x00200037, 0x00200052, 0x00201040,
+                                            0x00280108, 0x00280109, 0x00280120, 0x00281050,
+                                            0x00281051, 0x00281052, 0x00281053};
+
+struct Pictures {
+    std::vector<Picture> frames;
+    ExitStatus status = kAllDone;
+};
+
+Pictures ReadPictures(const std::vector<std::string>& paths) {
+    Pictures pictures;
+    for (const auto& path : paths) {
+        Picture picture;
+        std::string trouble = ReadPng(path, picture);
+        if (trouble.empty() && !pictures.frames.empty() &&
+            (picture.width != pictures.frames.front().width ||
+             picture.height != pictures.frames.front().height))
+            trouble = "this picture has not the size of the first one";
+        if (!trouble.empty()) {
+            Complain(path, trouble);
+            pictures.status = kBadInput;
+            continue;
+        }
+        pictures.frames.push_back(std::move(picture));
+    }
+    return pictures;
+}
+
+bool HaveColour(const std::vector<Picture>& frames) {
+    return std::ranges::any_of(frames, [](const Picture& frame) { return frame.channels == 3; });
+}
+
+// The picture's pixels in a block for the maker; grey among colours is coloured.
+std::unique_ptr<unsigned char[]> PixelsOf(const Picture& picture, int channels) {
+    const auto repeat = static_cast<std::size_t>(channels / picture.channels);
+    auto pixels = std::make_unique<unsigned char[]>(picture.pixels.size() * repeat);
+    for (std::size_t i = 0; i < picture.pixels.size(); ++i)
+        std::fill_n(&pixels[i * repeat], repeat, picture.pixels[i]);
+    return pixels;
+}
+
+_FRAME_INFO DescribeFrames(const Picture& first, int channels) {
+    _FRAME_INFO info;
+    info.samplesPerPixel = static_cast<std::uint16_t>(channels);
+    info.photometricInterpretation = "MONOCHROME2";
+    info.rows = static_cast<std::uint16_t>(first.height);
+    info.columns = static_cast<std::uint16_t>(first.width);
+    info.bitsAllocated = 8;
+    info.bitsStored = 8;
+    return info;
+}
+
+const char* ClassOf(std::size_t frames, int channels) {
+    if (frames == 1) return kSecondaryCapture;
+    return channels == 3 ? kColourFrames : kGreyFrames;
+}
+
+// Frames follow each other like the pages of a book.
+void NumberThePages(CDcmObject& object, std::size_t frames) {
+    constexpr std::uint32_t kPageNumberVector = 0x00182001;
+    constexpr std::uint32_t kFrameIncrementPointer = 0x00280009;
+    if (frames == 1) return;
+    object.SetValue(kPageNumberVector, 1);
+    for (std::size_t page = 2; page <= frames; ++page)
+        object.SetNextValue(kPageNumberVector, static_cast<int>(page));
+    object.SetValue(kFrameIncrementPointer, static_cast<int>(kPageNumberVector));
+}
+
+void SayThatItIsACapture(CDcmObject& object, std::size_t frames, int channels) {
+    for (const auto tag : kNotOfPictures) object.RemoveValue(tag);
+    object.SetValue(0x00080016, ClassOf(frames, channels));
+    object.SetValue(0x00080008, "DERIVED");
+    object.SetNextValue(0x00080008, "SECONDARY");
+    object.SetValue(0x00080060, "OT");
+    object.SetValue(0x00080064, "WSD");
+    object.SetValue(0x00200011, "1");
+    object.SetValue(0x00200020, "");
+    object.SetValue(0x00280301, "YES");  // nobody has looked whether there is text in the picture
+    object.SetValue(0x00281050, "128");  // every byte as it is
+    object.SetValue(0x00281051, "256");
+    NumberThePages(object, frames);
+    object.SetValue(0x00200013, "1");
+}
+
+QUORVEX_MESSAGE Make(CDcmObject& source, const std::vector<Picture>& frames,
+                     const ConvertTarget& target, std::unique_ptr<CDcmObject>& made) {
+    const int channels = HaveColour(frames) ? 3 : 1;
+    _USER_SETTING_INFO settings;
+    settings.compressionType = static_cast<std::int32_t>(target.code);
+    _FRAME_INFO info = DescribeFrames(frames.front(), channels);
+    CxDcmMaker maker;
+    maker.SetQuality(static_cast<std::uint16_t>(target.quality));
+    auto result = maker.DcmMakerInit(&source, &settings, &info);
+    for (std::size_t i = 0; result == QVM_SUCCESS && i < frames.size(); ++i) {
+        auto pixels = PixelsOf(frames[i], channels);
+        result = maker.AddFrame(pixels.get());
+        if (result == QVM_SUCCESS) static_cast<void>(pixels.release());
+    }
+    CDcmObject* object = nullptr;
+    if (result == QVM_SUCCESS) result = maker.MakeDcmObject(object);
+    made.reset(object);
+    if (result != QVM_SUCCESS) return result;
+    SayThatItIsACapture(*made, frames.size(), channels);
+    NameColoursOf(*made, target);
+    return result;
+}
+
+}  // namespace
+
+ExitStatus Capture(const CaptureArguments& arguments) {
+    const auto& target = ConvertTargetOf(arguments.target);
+    CDcmApp app;
+    CxDcmParser parser;
+    auto result = parser.Initialize(&app, arguments.source, 0);
+    if (result != QVM_SUCCESS) return ReportBadInput(arguments.source, result);
+    CString study;
+    if (parser.GetHeader()->GetValue(0x0020000D, study) != kDcmSuccess || study.IsEmpty()) {
+        Complain(arguments.source, "there is no Study Instance UID to put pictures under");
+        return kBadInput;
+    }
+    const auto pictures = ReadPictures(arguments.pictures);
+    if (pictures.status != kAllDone) return pictures.status;
+    std::unique_ptr<CDcmObject> made;
+    result = Make(*parser.GetHeader(), pictures.frames, target, made);
+    if (result != QVM_SUCCESS) return ReportBadInput(arguments.pictures.front(), result);
+    WriteObjectTo(*made, arguments.output);
+    return kAllDone;
+}
+
+}  // namespace quorvex::tools

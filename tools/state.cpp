@@ -1,0 +1,102 @@
+// quorvex state: how images are to be shown, as an object of its own.
+#include <memory>
+
+#include "object_output.h"
+#include "quorvex/CXGSPSObject.h"
+#include "quorvex/CxDcmParser.h"
+#include "state_record.h"
+#include "verbs.h"
+
+namespace quorvex::tools {
+namespace {
+
+/// An image that the state is to refer to, without its pixels.
+struct ReferredImage {
+    CxDcmParser parser;
+    std::unique_ptr<StateRecord> record;
+};
+using ReferredImages = std::vector<std::unique_ptr<ReferredImage>>;
+
+std::string TextOf(const CDcmObject& object, std::uint32_t tag) {
+    CString text;
+    return object.GetValue(tag, text) == kDcmSuccess ? text.ToUtf8() : std::string();
+}
+
+// What keeps a greyscale state from referring to this image; empty where nothing does.
+std::string ObstacleOf(const CDcmObject& image, const CDcmObject& first) {
+    for (const std::uint32_t tag : {0x00080016U, 0x00080018U, 0x0020000DU, 0x0020000EU})
+        if (TextOf(image, tag).empty()) return "the image lacks a UID that a state has to name";
+    if (TextOf(image, 0x00280010).empty() || TextOf(image, 0x00280011).empty())
+        return "this is no image";
+    if (!TextOf(image, 0x00280004).starts_with("MONOCHROME"))
+        return "a greyscale state cannot show colours";
+    if (TextOf(image, 0x0020000E) != TextOf(first, 0x0020000E))
+        return "the image is of another series than the first one";
+    return {};
+}
+
+ExitStatus OpenImages(CDcmApp& app, const StateArguments& arguments, ReferredImages& images) {
+    auto status = kAllDone;
+    for (const auto& path : arguments.images) {
+        auto image = std::make_unique<ReferredImage>();
+        const auto result = image->parser.Initialize(&app, path, 0);
+        if (result != QVM_SUCCESS) {
+            status = ReportBadInput(path, result);
+            continue;
+        }
+        CDcmObject& header = *image->parser.GetHeader();
+        const auto& first = images.empty() ? header : *images.front()->parser.GetHeader();
+        const std::string obstacle = ObstacleOf(header, first);
+        if (!obstacle.empty()) {
+            Complain(path, obstacle);
+            status = kBadInput;
+            continue;
+        }
+        image->record = std::make_unique<StateRecord>(header, arguments);
+        images.push_back(std::move(image));
+    }
+    return status;
+}
+
+// The shape of a pixel is told once: by its size where that is known, else by its aspect.
+void TidyDisplayedAreas(CDcmObject& state) {
+    constexpr std::uint32_t kAreas = 0x0070005A;
+    constexpr std::uint32_t kSpacing = 0x00700101;
+    constexpr std::uint32_t kAspect = 0x00700102;
+    constexpr std::uint32_t kMagnification = 0x00700103;
+    std::vector<CDcmItem> areas;
+    CDcmItem area;
+    auto result = state.GetValue(kAreas, area);
+    for (; result == kDcmSuccess; result = state.GetNextValue(kAreas, area)) areas.push_back(area);
+    for (auto& item : areas) {
+        double spacing = 0.0;
+        const bool hasSpacing = item.GetValue(kSpacing, spacing) == kDcmSuccess && spacing > 0.0;
+        item.RemoveValue(hasSpacing ? kAspect : kSpacing);
+        item.RemoveValue(kMagnification);
+        if (&item == &areas.front())
+            state.SetValue(kAreas, &item);
+        else
+            state.SetNextValue(kAreas, &item);
+    }
+}
+
+}  // namespace
+
+ExitStatus State(const StateArguments& arguments) {
+    CDcmApp app;
+    ReferredImages images;
+    const auto status = OpenImages(app, arguments, images);
+    if (status != kAllDone) return status;
+    std::vector<CXGSPSInfo*> records;
+    for (const auto& image : images) records.push_back(&image->record->Info());
+    CDcmObject* made = nullptr;
+    CXGSPSObject().MakeGSPSObject(images.front()->parser.GetHeader(), records.data(),
+                                  static_cast<int>(records.size()), made);
+    const std::unique_ptr<CDcmObject> state(made);
+    if (!state) throw EnvironmentFailure("not enough memory");
+    TidyDisplayedAreas(*state);
+    WriteObjectTo(*state, arguments.output);
+    return kAllDone;
+}
+
+}  // namespace quorvex::tools
