@@ -32,21 +32,9 @@ bool LoadColour(CxPaletteLUT& lut, CDcmObject& object, const ColourTags& tags) {
            lut.LoadLUT(&object, tags.descriptor, tags.segmented, 1) != 0;
 }
 
-/// The deepest table decides, so that no entry overflows its byte: a red table that is dark all over
-/// may look like 12 bits beside a bright one of 16.
-double Scale(const Palette& palette) {
-    const auto bits = std::ranges::max(palette, {}, &CxPaletteLUT::GetEntryBits).GetEntryBits();
-    if (bits == 16) return 65536.0;
-    const bool isWide = bits > 8 && !std::ranges::all_of(palette, &CxPaletteLUT::HoldsOnlyBytes);
-    return isWide ? 4096.0 : 256.0;
-}
-
-using Rgb = std::array<unsigned char, 3>;
-
-/// The colour of every value that an index can have.
-std::vector<Rgb> ColoursOfIndices(const Palette& palette, std::size_t indexBytes) {
-    const double factor = 255.0 / Scale(palette);
-    std::vector<Rgb> colours(std::size_t{1} << (8 * indexBytes));
+PaletteColours ColoursOfIndices(const Palette& palette, std::size_t indexBytes) {
+    const double factor = PaletteFactor(palette);
+    PaletteColours colours(std::size_t{1} << (8 * indexBytes));
     for (std::size_t index = 0; index < colours.size(); ++index) {
         for (std::size_t s = 0; s < 3; ++s) {
             const double value = palette[s].Lookup(static_cast<int>(index)) * factor;
@@ -57,7 +45,7 @@ std::vector<Rgb> ColoursOfIndices(const Palette& palette, std::size_t indexBytes
 }
 
 template <class Index>
-void Colour(const std::vector<Rgb>& colours, std::span<const unsigned char> indices,
+void Colour(const PaletteColours& colours, std::span<const unsigned char> indices,
             std::span<unsigned char> rgb) {
     const std::size_t pixels = std::min(indices.size() / sizeof(Index), rgb.size() / 3);
     for (std::size_t p = 0; p < pixels; ++p) {
@@ -80,14 +68,27 @@ std::optional<Palette> LoadPalette(CDcmObject& object) {
     return palette;
 }
 
-void ColourByPalette(const Palette& palette, std::span<const unsigned char> indices,
-                     std::size_t indexBytes, std::span<unsigned char> rgb) {
-    const auto colours = ColoursOfIndices(palette, indexBytes);
+// The deepest table decides, so that no entry overflows its byte: a red table that is dark all over
+// may look like 12 bits beside a bright one of 16.
+double PaletteFactor(const Palette& palette) {
+    const auto bits = std::ranges::max(palette, {}, &CxPaletteLUT::GetEntryBits).GetEntryBits();
+    if (bits == 16) return 255.0 / 65536.0;
+    const bool isWide = bits > 8 && !std::ranges::all_of(palette, &CxPaletteLUT::HoldsOnlyBytes);
+    return 255.0 / (isWide ? 4096.0 : 256.0);
+}
+
+void ColourByTable(const PaletteColours& colours, std::span<const unsigned char> indices,
+                   std::size_t indexBytes, std::span<unsigned char> rgb) {
     if (indexBytes == 2) {
         Colour<std::uint16_t>(colours, indices, rgb);
     } else {
         Colour<std::uint8_t>(colours, indices, rgb);
     }
+}
+
+void ColourByPalette(const Palette& palette, std::span<const unsigned char> indices,
+                     std::size_t indexBytes, std::span<unsigned char> rgb) {
+    ColourByTable(ColoursOfIndices(palette, indexBytes), indices, indexBytes, rgb);
 }
 
 QUORVEX_MESSAGE CxDcmParser::GetRGBBufferFromPaletteImage(unsigned char* pixels,

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "quorvex/CxPaletteLUT.h"
 #include "quorvex/DicomObject.h"
@@ -20,9 +21,17 @@ using Palette = std::array<CxPaletteLUT, 3>;
     return bits / 8 == 2 ? 2 : 1;
 }
 
-/// Colours `indices`, of `indexBytes` each, into `rgb`, three bytes a pixel. Entries scale to bytes by
-/// 255 / 65536 where a table has 16 bits, by 255 / 4096 where one has more than 8 and an entry of the
-/// three is above 255, else by 255 / 256.
+/// What entries are multiplied by to become bytes: 255 / 65536 where a table has 16 bits, 255 / 4096
+/// where one has more than 8 and an entry of the three is above 255, else 255 / 256.
+[[nodiscard]] double PaletteFactor(const Palette& palette);
+
+/// The colour of every value that an index of 1 or 2 bytes can have.
+using PaletteColours = std::vector<std::array<unsigned char, 3>>;
+/// Colours `indices`, of `indexBytes` each, into `rgb`, three bytes a pixel; the shorter one decides.
+void ColourByTable(const PaletteColours& colours, std::span<const unsigned char> indices,
+                   std::size_t indexBytes, std::span<unsigned char> rgb);
+
+/// The same by a palette whose entries `PaletteFactor` scales.
 void ColourByPalette(const Palette& palette, std::span<const unsigned char> indices,
                      std::size_t indexBytes, std::span<unsigned char> rgb);
 

@@ -23,6 +23,7 @@ struct IncomingImage {
     int bytesPerPixel = 0;
     unsigned short bitsStored = 0;
     PixelBlock pixels;
+    PixelBlock headerOverlays;  ///< empty without any
     std::shared_ptr<CXGSPSInfo> record;
     std::unique_ptr<CXWindowing> windowing;
     ValueRange range;

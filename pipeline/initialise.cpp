@@ -5,6 +5,7 @@
 #include "pipeline/functional_groups.h"
 #include "pipeline/incoming_image.h"
 #include "pipeline/modality_stage.h"
+#include "pipeline/overlay_layer.h"
 #include "pipeline/pixel_header.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
@@ -36,6 +37,7 @@ void CXDIPP::Commit(IncomingImage& incoming) noexcept {
     resultPixelSize = bytesPerPixel >= kColourBytes ? kColourBytes : 1;
     bitsStored = incoming.bitsStored;
     pixels = std::move(incoming.pixels);
+    headerOverlays = std::move(incoming.headerOverlays);
     presentation = std::move(incoming.record);
     windowing = std::move(incoming.windowing);
     valueRange = incoming.range;
@@ -61,6 +63,8 @@ QUORVEX_MESSAGE CXDIPP::ShowFrame(CxDcmParser& source, CSize newViewSize, int fr
     incoming.maxValue = maxValue;
     auto ofFrame = HeaderOfFrame(*source.GetHeader(), frameIndex);
     incoming.TakeHeader(*header, ofFrame ? *ofFrame : *source.GetHeader());
+    incoming.headerOverlays = HeaderOverlays(*source.GetHeader(), {frame.data.get(), frame.size},
+                                             header->size, header->IsGrey() ? 1 : kColourBytes);
     if (header->IsGrey()) {
         StoredLayout layout = header->Layout();
         layout.extendsSign = incoming.record->modalityLUTData == nullptr;

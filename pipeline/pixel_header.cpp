@@ -31,14 +31,6 @@ unsigned SideOr0(const CDcmObject& header, std::uint32_t tag) {
     return header.GetValue(tag, value) == kDcmSuccess && value <= kLargestSide ? value : 0;
 }
 
-bool IsUsable(const PixelHeader& pixels) {
-    if (pixels.size.cx < 1 || pixels.size.cy < 1 || pixels.samplesPerPixel < 1) return false;
-    if (pixels.bitsAllocated < 1 || pixels.bitsAllocated > kWidestSample) return false;
-    const int bytes = (pixels.bitsAllocated + 7) / 8;
-    return CheckedProduct(pixels.size.cx, pixels.size.cy, pixels.samplesPerPixel, bytes)
-        .has_value();
-}
-
 }  // namespace
 
 std::size_t PixelHeader::PixelCount() const noexcept {
@@ -47,6 +39,14 @@ std::size_t PixelHeader::PixelCount() const noexcept {
 
 StoredLayout PixelHeader::Layout() const noexcept {
     return {PixelCount(), bitsAllocated, bitsStored, highBit, pixelRepresentation != 0, true};
+}
+
+bool IsUsable(const PixelHeader& pixels) {
+    if (pixels.size.cx < 1 || pixels.size.cy < 1 || pixels.samplesPerPixel < 1) return false;
+    if (pixels.bitsAllocated < 1 || pixels.bitsAllocated > kWidestSample) return false;
+    const int bytes = (pixels.bitsAllocated + 7) / 8;
+    return CheckedProduct(pixels.size.cx, pixels.size.cy, pixels.samplesPerPixel, bytes)
+        .has_value();
 }
 
 std::optional<PixelHeader> ReadPixelHeader(const CDcmObject& header) {

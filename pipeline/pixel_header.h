@@ -26,6 +26,9 @@ struct PixelHeader {
     [[nodiscard]] StoredLayout Layout() const noexcept;
 };
 
+/// Whether an image has pixels, not more than we would ever hold, and samples of up to 32 bits.
+[[nodiscard]] bool IsUsable(const PixelHeader& pixels);
+
 /// Nothing when there are no pixels, more than we would ever hold, or samples wider than 32 bits.
 [[nodiscard]] std::optional<PixelHeader> ReadPixelHeader(const CDcmObject& header);
 

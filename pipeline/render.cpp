@@ -81,6 +81,10 @@ _IMAGE_INFO CXDIPP::RenderJob(CSize size) const {
     job.renderMode = renderMode;
     job.paletteImage = LayerOfSize(paletteImage, pixelCount, kColourBytes);
     job.overlayImage = LayerOfSize(overlayImage, pixelCount, resultPixelSize);
+    if (overlaysShown != 0 && headerOverlays.data && renderMode != kRenderSupplementalPalette) {
+        job.renderMode = kRenderOverlay;
+        job.overlayImage = LayerOfSize(headerOverlays, pixelCount, resultPixelSize);
+    }
     job.aspectRatio = EffectiveAspectRatio();
     job.bitsStored = BitsToRead(bitsStored, valueRange);
     return job;
@@ -115,6 +119,11 @@ QUORVEX_MESSAGE CXDIPP::Render() {
         renderedView = {imageSize, EffectiveAspectRatio(), QuarterTurns(), horizontalFlip != 0};
         return QVM_SUCCESS;
     });
+}
+
+QUORVEX_MESSAGE CXDIPP::ShowOverlays(int on) noexcept {
+    overlaysShown = on;
+    return QVM_SUCCESS;
 }
 
 QUORVEX_MESSAGE CXDIPP::GetResultImageInfo(CSize& size, int& pixelSize) const {

@@ -31,6 +31,7 @@ CXDIPP::CXDIPP(const CXDIPP& other)
       presentation(other.presentation),
       overlayImage(CopyOf(other.overlayImage)),
       paletteImage(CopyOf(other.paletteImage)),
+      headerOverlays(CopyOf(other.headerOverlays)),
       pixelRepresentation(other.pixelRepresentation),
       pixels(CopyOf(other.pixels)),
       resultImage(CopyOf(other.resultImage)),
@@ -54,17 +55,19 @@ CXDIPP::CXDIPP(const CXDIPP& other)
       maxValue(other.maxValue),
       renderMode(other.renderMode),
       shutterShown(other.shutterShown),
-      annotationsShown(other.annotationsShown) {}
+      annotationsShown(other.annotationsShown),
+      overlaysShown(other.overlaysShown) {}
 
 CXDIPP& CXDIPP::operator=(const CXDIPP& other) {
     if (this == &other) return *this;
     const auto members = [](CXDIPP& d) {
         return std::tie(d.parser, d.windowing, d.presentation, d.overlayImage, d.paletteImage,
-                        d.pixelRepresentation, d.pixels, d.resultImage, d.resultSize,
-                        d.renderedPixelSize, d.renderedView, d.imageSize, d.viewSize, d.rotation,
-                        d.horizontalFlip, d.zoom, d.panOffset, d.resultPixelSize, d.bytesPerPixel,
-                        d.bitsStored, d.roi, d.aspectRatio, d.inverse, d.valueRange, d.minValue,
-                        d.maxValue, d.renderMode, d.shutterShown, d.annotationsShown);
+                        d.headerOverlays, d.pixelRepresentation, d.pixels, d.resultImage,
+                        d.resultSize, d.renderedPixelSize, d.renderedView, d.imageSize, d.viewSize,
+                        d.rotation, d.horizontalFlip, d.zoom, d.panOffset, d.resultPixelSize,
+                        d.bytesPerPixel, d.bitsStored, d.roi, d.aspectRatio, d.inverse,
+                        d.valueRange, d.minValue, d.maxValue, d.renderMode, d.shutterShown,
+                        d.annotationsShown, d.overlaysShown);
     };
     CXDIPP copy(other);
     auto mine = members(*this);

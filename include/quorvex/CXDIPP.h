@@ -12,6 +12,7 @@
 
 namespace quorvex {
 
+class CLData;
 class CXGSPSInfo;
 class CXWindowing;
 class CxDcmParser;
@@ -109,6 +110,33 @@ public:
                                int bytesPerPixel, int maxValue, int minValue,
                                int pixelRepresentation);
 
+    /// Shows an image of a loaded volume, with what a data set beside it adds.
+    ///
+    /// No modality stage, no parser; rotation and flip stay as they were. The overlay and palette
+    /// layers, and which of them is drawn, stay until this overload is called again; a layer is not
+    /// drawn over an image of another size. Sizes are those of the volume, whatever the object says.
+    ///
+    /// imageKind  what it shows
+    /// 2          one byte or word a pixel in the colours of the object's palette, as grey where it
+    ///            has no whole one; without an object the volume has three bytes a pixel
+    /// 3          the object's supplemental palette in colour over grey: like `MakeSPCOverlay`, but
+    ///            with 16-bit entries scaled to bytes and words as signed as the volume says;
+    ///            without an object the layer that is there
+    /// 5          the object's overlays burnt in, in their colours on a colour image
+    /// other      the volume alone
+    ///
+    /// @param object    may be null
+    /// @param data      see `CLData`; copied
+    /// @param maxValue  highest value of grey pixels; colour uses 0 to 255, and kind 3 at least that
+    /// @param minValue  lowest value of grey pixels
+    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA without data, pixels, a usable
+    ///         size or memory; the image that was there is then still there
+    QUORVEX_MESSAGE Initialize(CDcmObject* object, CLData* data, CSize viewSize, int maxValue,
+                               int minValue, int imageKind);
+
+    /// Shows an image of a loaded volume as it is. Layers stay as they were.
+    QUORVEX_MESSAGE Initialize(CLData* data, CSize viewSize, int maxValue, int minValue);
+
     /// Shows another frame of the file or data set that is open.
     QUORVEX_MESSAGE Initialize(CDcmApp* app, CSize viewSize, int frameIndex);
 
@@ -173,6 +201,9 @@ public:
     /// A build without its drawing library, Cairo, draws none; so does a surface with a side above
     /// 32,767 pixels.
     QUORVEX_MESSAGE ShowAnnotations(int on);
+    /// Whether the overlays of an opened file or data set are burnt into the image, those in unused
+    /// bits of its pixels included: non-zero shows them from the next render on. Off at first.
+    QUORVEX_MESSAGE ShowOverlays(int on) noexcept;
 
     [[nodiscard]] double GetZoomFactor() const noexcept;
     [[nodiscard]] CPoint GetPanOffset() const noexcept;
@@ -210,10 +241,85 @@ public:
     /// @return QVM_SUCCESS always
     QUORVEX_MESSAGE GetResultImage(unsigned char*& destination, int length) const;
 
+    // --- Layers and colour images of a data set ------------------------------------------------
+
+    /// Draws the first overlay plane that has Overlay Data of one bit a pixel.
+    ///
+    /// Overlay groups run from (6000) to (601E); one that lacks rows, columns, origin or bits
+    /// allocated is passed over. What hangs over an edge of the image is cut off. Overlay Data that
+    /// ends early leaves the rest clear.
+    ///
+    /// @param object   the image's header
+    /// @param pixels   has no effect
+    /// @param overlay  Rows x Columns pixels, rows from the top: of one byte for images of up to 2
+    ///                 bytes a pixel, else as wide as a pixel. Cleared by the caller. A set bit
+    ///                 becomes 255, in a wide pixel in its first three bytes.
+    /// @param length   receives Rows x Columns
+    /// @param outWidth has no effect
+    /// @param reserved has no effect
+    /// @return QVM_SUCCESS always
+    QUORVEX_MESSAGE MakeOverlayImage(CDcmObject* object, unsigned char* pixels,
+                                     unsigned char* overlay, unsigned long& length,
+                                     unsigned short& outWidth, int reserved) const;
+
+    /// Draws all overlay planes, those that lie in the pixel data from `data` included.
+    ///
+    /// In a colour image a plane with Overlay Data has the colour that its group states (red,
+    /// green, blue in the pixel's first three bytes), else white; later planes win. A plane of more
+    /// pixels than the image shows only what it shares, bit by bit, with the planes merged before
+    /// it. Where a plane has Bits Allocated 1 and Bit Position 0 its bits are in Overlay Data, else
+    /// in the pixel data.
+    ///
+    /// @param data  may be null: then planes in the pixel data have no bits
+    /// @param bitsAllocated,samplesPerPixel,columns,rows,pixelRepresentation  of the image; bits and
+    ///              samples both 0 take all five from the object
+    /// The others, and the result, as above.
+    QUORVEX_MESSAGE MakeOverlayImage2(CDcmObject* object, CLData* data, unsigned char* overlay,
+                                      unsigned long& length, unsigned short& outWidth, int reserved,
+                                      unsigned short bitsAllocated, unsigned short samplesPerPixel,
+                                      unsigned short columns, unsigned short rows,
+                                      unsigned short pixelRepresentation) const;
+
+    /// Colours the pixels that the supplemental palette has entries for in all three of its tables;
+    /// the others stay black.
+    ///
+    /// @param object  the frame's header, with the palette
+    /// @param pixels  Rows x Columns pixels of 1 byte or, signed, 2 bytes; rows from the top
+    /// @param rgb     receives a new block of `length` bytes, red, green, blue: the low 8 bits of
+    ///                entry x 255 / 256. Yours to release with delete[].
+    /// @param length  receives Rows x Columns x 3
+    /// @return QVM_SUCCESS (for an image without a size too, with nothing in the block), or
+    ///         QVM_ERROR_NO_IMAGE with `rgb` and `length` untouched: a colour has no usable table,
+    ///         no object, no pixels, no memory
+    QUORVEX_MESSAGE MakeSPCOverlay(CDcmObject* object, unsigned char* pixels, unsigned char*& rgb,
+                                   unsigned long& length) const;
+
+    /// The same for a reformatted slice of the object, width x height pixels.
+    ///
+    /// Pixels of 2 bytes are unsigned, and entry x 255 / 65536 is stored; otherwise the low byte of
+    /// the entry.
+    QUORVEX_MESSAGE MakeSPCOverlayForMPR(CDcmObject* object, unsigned char* pixels,
+                                         unsigned short width, unsigned short height,
+                                         unsigned char*& rgb, unsigned long& length) const;
+
+    /// Colours every pixel by the palette; values outside the tables take their nearest end.
+    ///
+    /// Entries scale to bytes as in `CxDcmParser::GetRGBBufferFromPaletteImage`.
+    ///
+    /// @param rgb            receives a new block of paddedColumns x Rows x 3 bytes; rows lie packed
+    ///                       at Columns x 3 bytes, the tail stays 0
+    /// @param length         receives Rows x Columns x 3
+    /// @param paddedColumns  receives Columns rounded up to a multiple of 4; untouched on failure
+    QUORVEX_MESSAGE MakePaletteColorImage(CDcmObject* object, unsigned char* pixels,
+                                          unsigned char*& rgb, unsigned long& length,
+                                          unsigned short& paddedColumns) const;
+
 private:
     friend struct CXDIPPInspector;  // through which the tests see the members
 
     QUORVEX_MESSAGE ShowFrame(CxDcmParser& source, CSize newViewSize, int frameIndex);
+    [[nodiscard]] IncomingImage FromVolume(const CLData& data, CSize newViewSize) const;
+    void ShowVolume(IncomingImage& incoming);
     void Prepare(IncomingImage& incoming) const;
     void Commit(IncomingImage& incoming) noexcept;
     void ApplyState(CDcmObject* state);
@@ -235,6 +341,7 @@ private:
     std::shared_ptr<CXGSPSInfo> presentation;  // never changed once it is here: copies share it
     PixelBlock overlayImage;
     PixelBlock paletteImage;
+    PixelBlock headerOverlays;  // overlays of the opened header; laid out like `overlayImage`
     int pixelRepresentation = 0;
     PixelBlock pixels;
     PixelBlock resultImage;
@@ -259,6 +366,7 @@ private:
     int renderMode = 0;
     int shutterShown = 0;
     int annotationsShown = 0;
+    int overlaysShown = 0;
 };
 
 }  // namespace quorvex

@@ -33,6 +33,12 @@ public:
     /// Bits of an entry: as the descriptor says, or 12 as told above.
     [[nodiscard]] std::uint16_t GetEntryBits() const noexcept { return entryBits; }
 
+    /// Pixel value that the first entry belongs to.
+    [[nodiscard]] std::int32_t GetFirstValue() const noexcept { return firstValue; }
+
+    /// All entries as stored; empty without a table. Good until the next `LoadLUT`.
+    [[nodiscard]] std::span<const std::uint16_t> GetEntries() const noexcept { return table; }
+
     /// The entry of a pixel value: the first one below the table, the last one above it. 8-bit entries
     /// that lie in the high byte come out in the low one. 0 without a table.
     [[nodiscard]] std::uint16_t Lookup(int value) const noexcept;
