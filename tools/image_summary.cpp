@@ -133,6 +133,34 @@ void ReadPalette(const CDcmObject& header, ImageSummary& summary) {
     summary.isPaletteSegmented = header.GetValueCount(0x00281221, count) == kDcmSuccess;
 }
 
+std::optional<ImageSummary::Overlay> ReadOverlay(const CDcmObject& header, unsigned group) {
+    const std::uint32_t base = group << 16;
+    const auto rows = ReadCount(header, base | 0x0010);
+    const auto columns = ReadCount(header, base | 0x0011);
+    const auto bits = ReadCount(header, base | 0x0100);
+    if (!rows || !columns || !bits) return std::nullopt;
+    int originRow = 1;
+    int originColumn = 1;
+    header.GetValue(base | 0x0050, originRow);
+    header.GetNextValue(base | 0x0050, originColumn);
+    const int bit = ReadCount(header, base | 0x0102).value_or(0);
+    const bool hasOwnData = *bits == 1 && bit == 0;
+    return ImageSummary::Overlay{group,
+                                 *columns,
+                                 *rows,
+                                 originColumn,
+                                 originRow,
+                                 hasOwnData ? std::nullopt : std::optional(bit),
+                                 ReadText(header, base | 0x0022)};
+}
+
+std::vector<ImageSummary::Overlay> ReadOverlays(const CDcmObject& header) {
+    std::vector<ImageSummary::Overlay> overlays;
+    for (unsigned group = 0x6000; group <= 0x601E; group += 2)
+        if (auto overlay = ReadOverlay(header, group)) overlays.push_back(std::move(*overlay));
+    return overlays;
+}
+
 std::optional<double> ReadSliceLocation(CDcmObject& header) {
     double location = 0.0;
     if (CxDcmParser::GetSliceLocation(&header, location) != 1) return std::nullopt;
@@ -160,6 +188,7 @@ ImageSummary Summarise(CxDcmParser& parser, const std::string& path) {
     summary.rescale = ReadRescale(header);
     summary.voiTables = ReadVoiTables(header);
     ReadPalette(header, summary);
+    summary.overlays = ReadOverlays(header);
     summary.sliceLocation = ReadSliceLocation(*parser.GetHeader());
     summary.preamble = PreambleKind(path);
     return summary;

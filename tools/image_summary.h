@@ -32,6 +32,15 @@ struct ImageSummary {
     std::vector<Table> voiTables;
     std::vector<Table> palette;  ///< red, green, blue; empty where one is missing
     bool isPaletteSegmented = false;
+    /// One overlay plane, placed by rows and columns counted from 1.
+    struct Overlay {
+        unsigned group;
+        int columns, rows;
+        int originColumn, originRow;
+        std::optional<int> bit;  ///< of the pixel data, where the plane lies there
+        std::string description;
+    };
+    std::vector<Overlay> overlays;
     std::optional<double> sliceLocation;  ///< mm across the slices
     std::string_view preamble;            ///< as PreambleKind answers
 };

@@ -120,6 +120,20 @@ std::string TablesOf(const std::vector<ImageSummary::Table>& tables) {
     return '[' + json + ']';
 }
 
+std::string OverlaysOf(const ImageSummary& summary) {
+    std::string json;
+    for (const auto& overlay : summary.overlays) {
+        std::array<char, 8> group{};
+        std::snprintf(group.data(), group.size(), "%04x", overlay.group);
+        json += (json.empty() ? "" : ",") + ("{\"group\":" + JsonString(group.data())) +
+                Field("columns", overlay.columns) + Field("rows", overlay.rows) +
+                Field("originColumn", overlay.originColumn) +
+                Field("originRow", overlay.originRow) + Field("pixelBit", overlay.bit) +
+                Field("description", JsonString(overlay.description)) + '}';
+    }
+    return '[' + json + ']';
+}
+
 std::string SummaryOf(const ImageSummary& summary) {
     std::string json = "{\"transferSyntax\":" + JsonString(summary.syntax);
     if (!summary.preamble.empty()) json += Field("preamble", JsonString(summary.preamble));
@@ -137,6 +151,7 @@ std::string SummaryOf(const ImageSummary& summary) {
         json +=
             Field("palette", TablesOf(summary.palette)) +
             Field("paletteSegmented", std::string(summary.isPaletteSegmented ? "true" : "false"));
+    if (!summary.overlays.empty()) json += Field("overlays", OverlaysOf(summary));
     if (summary.sliceLocation) json += Field("sliceLocation", JsonNumber(*summary.sliceLocation));
     return json + '}';
 }

@@ -129,6 +129,22 @@ std::string TableLines(const ImageSummary& summary) {
     return text;
 }
 
+std::string OverlayLines(const ImageSummary& summary) {
+    std::string text;
+    for (const auto& overlay : summary.overlays) {
+        std::array<char, 24> label{};
+        std::snprintf(label.data(), label.size(), "overlay %04x", overlay.group);
+        text += Line(
+            label.data(),
+            std::to_string(overlay.columns) + " x " + std::to_string(overlay.rows) +
+                " from column " + std::to_string(overlay.originColumn) + ", row " +
+                std::to_string(overlay.originRow) +
+                (overlay.bit ? ", bit " + std::to_string(*overlay.bit) + " of the pixels" : "") +
+                (overlay.description.empty() ? "" : ", " + Printable(overlay.description)));
+    }
+    return text;
+}
+
 std::string SummaryLines(const ImageSummary& summary) {
     std::string text;
     if (!summary.preamble.empty())
@@ -142,7 +158,7 @@ std::string SummaryLines(const ImageSummary& summary) {
     if (summary.rescale)
         text += Line("rescale", "value x " + JsonNumber(summary.rescale->first) + " + " +
                                     JsonNumber(summary.rescale->second));
-    text += TableLines(summary);
+    text += TableLines(summary) + OverlayLines(summary);
     if (summary.sliceLocation)
         text += Line("slice location", JsonNumber(*summary.sliceLocation) + " mm");
     return text;

@@ -57,6 +57,7 @@ void AddRender(CLI::App& app, Work& work) {
               arguments->rotation, ParseRotation);
     verb->add_flag("--flip", arguments->flip, "Mirrors left and right");
     verb->add_flag("--invert", arguments->invert, "Swaps black and white");
+    verb->add_flag("--overlays", arguments->overlays, "Burns in the overlay planes of the file");
     verb->add_option("--state", arguments->state, "Presentation state to apply");
     verb->add_flag("--shutter", arguments->shutter, "Hides what the shutter hides");
     auto* annotations = verb->add_flag("--annotations", arguments->annotations,

@@ -1,11 +1,14 @@
 // quorvex render: an image as a viewer would show it.
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <memory>
+#include <tuple>
 #include <utility>
 
 #include "output_file.h"
 #include "png_writer.h"
+#include "quorvex/CLData.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CxDcmParser.h"
 #include "state_file.h"
@@ -69,6 +72,7 @@ void ApplyWishes(CXDIPP& pipeline, const RenderArguments& arguments) {
     if (arguments.invert) pipeline.Inverse();
     if (arguments.shutter) pipeline.ShowShutter(1);
     if (arguments.annotations) pipeline.ShowAnnotations(1);
+    if (arguments.overlays) pipeline.ShowOverlays(1);
     pipeline.UpdatePan_Offset(arguments.pan);
 }
 
@@ -161,28 +165,39 @@ bool IsPaletteColour(const CDcmObject& header) {
            photometric.Find("PALETTE") >= 0;
 }
 
+std::pair<double, double> PairOf(const CDcmObject& header, std::uint32_t tag) {
+    double first = 0;
+    double second = 0;
+    const bool isWhole = header.GetValue(tag, first) == kDcmSuccess &&
+                         header.GetNextValue(tag, second) == kDcmSuccess;
+    return isWhole ? std::pair(first, second) : std::pair(0.0, 0.0);
+}
+
+CLData DescribeFrame(const CDcmObject& header) {
+    CLData data;
+    header.GetValue(0x00280010, data.height);
+    header.GetValue(0x00280011, data.width);
+    header.GetValue(0x00280100, data.bitsAllocated);
+    header.GetValue(0x00280101, data.bitsStored);
+    header.GetValue(0x00280004, data.photometricInterpretation);
+    std::tie(data.pixelSpacingY, data.pixelSpacingX) = PairOf(header, 0x00280030);
+    std::tie(data.aspectRatioVertical, data.aspectRatioHorizontal) = PairOf(header, 0x00280034);
+    return data;
+}
+
 // A frame of palette indices in its colours.
 QUORVEX_MESSAGE OpenInColour(CXDIPP& pipeline, CxDcmParser& parser, int frame) {
-    unsigned char* data = nullptr;
+    unsigned char* indices = nullptr;
     unsigned long size = 0;
-    auto result = parser.GetAFrame(frame, data, size, 0);
-    const std::unique_ptr<unsigned char[]> indices(data);
+    auto result = parser.GetAFrame(frame, indices, size, 0);
+    const std::unique_ptr<unsigned char[]> owner(indices);
     if (result != QVM_SUCCESS) return result;
-    const CDcmObject& header = *parser.GetHeader();
-    unsigned short rows = 0;
-    unsigned short columns = 0;
-    unsigned short bits = 0;
-    unsigned short samples = 1;
-    CString photometric("PALETTE COLOR");
-    header.GetValue(0x00280010, rows);
-    header.GetValue(0x00280011, columns);
-    header.GetValue(0x00280100, bits);
-    unsigned char* colours = nullptr;
-    result = parser.GetRGBBufferFromPaletteImage(indices.get(), columns, rows, bits, samples,
-                                                 photometric, colours, 0);
-    const std::unique_ptr<unsigned char[]> owner(colours);
-    if (result != QVM_SUCCESS) return result;
-    result = pipeline.Initialize(colours, {kNoLimit, kNoLimit}, {columns, rows}, 3, 255, 0, 0);
+    CLData data = DescribeFrame(*parser.GetHeader());
+    data.pixels = indices;
+    constexpr int kInPaletteColours = 2;
+    const int highest = data.bitsAllocated > 8 ? UINT16_MAX : UINT8_MAX;
+    result = pipeline.Initialize(parser.GetHeader(), &data, {kNoLimit, kNoLimit}, highest, 0,
+                                 kInPaletteColours);
     pipeline.UpdateVOILUT_ABS(kColourWindow.centre, kColourWindow.width);
     return result;
 }

@@ -43,6 +43,7 @@ struct RenderArguments {
     int rotation = 0;            ///< degrees clockwise: 0, 90, 180 or 270
     bool flip = false;
     bool invert = false;
+    bool overlays = false;     ///< burns in all overlay planes
     std::string state;         ///< presentation state; empty for none
     bool shutter = false;      ///< paints the shutter over what it hides
     bool annotations = false;  ///< draws the annotations over the view

@@ -1,0 +1,99 @@
+/// Overlay planes and palettes for hand-made data sets, and what they should look like.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <random>
+#include <vector>
+
+#include "quorvex/DicomObject.h"
+#include "tests/pipeline/test_objects.h"
+
+namespace quorvex::pipeline_test {
+
+struct TestOverlay {
+    unsigned short rows = 0;
+    unsigned short columns = 0;
+    int originRow = 1;
+    int originColumn = 1;
+    unsigned short bitsAllocated = 1;
+    unsigned short bitPosition = 0;
+    std::vector<unsigned char> data = {};
+
+    /// The bit of the plane that lies on an image pixel, counted from 0.
+    [[nodiscard]] bool Covers(std::int64_t y, std::int64_t x) const {
+        const std::int64_t row = y - (std::int64_t{originRow} - 1);
+        const std::int64_t column = x - (std::int64_t{originColumn} - 1);
+        if (row < 0 || column < 0 || row >= rows || column >= columns) return false;
+        const auto bit = static_cast<std::size_t>(row * columns + column);
+        return bit / 8 < data.size() && (data[bit / 8] >> (bit % 8) & 1) != 0;
+    }
+};
+
+inline std::vector<unsigned char> RandomBytes(std::size_t count, unsigned seed) {
+    std::mt19937 random(seed);
+    std::vector<unsigned char> bytes(count);
+    for (auto& byte : bytes) byte = static_cast<unsigned char>(random());
+    return bytes;
+}
+
+inline void SetBytes(CDcmObject& object, std::uint32_t tag, std::vector<unsigned char> data,
+                     MC_VR vr = MC_VR_OW) {
+    detail::Bytes bytes{std::move(data)};
+    object.SetValue(tag, &bytes, detail::Bytes::Give);
+    object.SetValueRepresentation(tag, vr);
+}
+
+/// 32 bits a value, of which a file has 16: so a value may be as far outside as can be.
+inline std::vector<unsigned char> OriginBytes(const TestOverlay& overlay) {
+    std::vector<unsigned char> bytes(8);
+    std::memcpy(bytes.data(), &overlay.originRow, 4);
+    std::memcpy(bytes.data() + 4, &overlay.originColumn, 4);
+    return bytes;
+}
+
+inline void AddOverlay(CDcmObject& object, std::uint32_t group, const TestOverlay& overlay) {
+    const std::uint32_t base = group << 16;
+    object.SetValue(base | 0x10, overlay.rows);
+    object.SetValue(base | 0x11, overlay.columns);
+    SetBytes(object, base | 0x50, OriginBytes(overlay), MC_VR_SL);
+    object.SetValue(base | 0x100, overlay.bitsAllocated);
+    object.SetValue(base | 0x102, overlay.bitPosition);
+    if (!overlay.data.empty()) SetBytes(object, base | 0x3000, overlay.data);
+}
+
+inline void SetPicture(CDcmObject& object, CSize size, unsigned short bits,
+                       unsigned short samples = 1) {
+    object.SetValue(0x00280002, samples);
+    object.SetValue(0x00280010, static_cast<unsigned short>(size.cy));
+    object.SetValue(0x00280011, static_cast<unsigned short>(size.cx));
+    object.SetValue(0x00280100, bits);
+}
+
+struct TestTable {
+    int first = 0;
+    std::vector<std::uint16_t> entries = {};
+};
+
+inline void AddPalette(CDcmObject& object, const TestTable& red, const TestTable& green,
+                       const TestTable& blue, unsigned short bits) {
+    const TestTable* const tables[] = {&red, &green, &blue};
+    for (std::uint32_t colour = 0; colour < 3; ++colour) {
+        const TestTable& table = *tables[colour];
+        const std::uint32_t descriptor = 0x00281101 + colour;
+        object.SetValue(descriptor, static_cast<int>(table.entries.size()));
+        object.SetValueRepresentation(descriptor, table.first < 0 ? MC_VR_SS : MC_VR_US);
+        object.SetNextValue(descriptor, table.first);
+        object.SetNextValue(descriptor, static_cast<int>(bits));
+        std::vector<unsigned char> bytes;
+        for (const auto entry : table.entries) {
+            bytes.push_back(static_cast<unsigned char>(entry & 0xFF));
+            bytes.push_back(static_cast<unsigned char>(entry >> 8));
+        }
+        SetBytes(object, 0x00281201 + colour, bytes);
+    }
+}
+
+}  // namespace quorvex::pipeline_test

@@ -1,0 +1,265 @@
+// Overlay planes in an overlay image, against a look at every single pixel.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "pipeline/bit_planes.h"
+#include "pipeline/embedded_overlay.h"
+#include "quorvex/CLData.h"
+#include "quorvex/CXDIPP.h"
+#include "tests/pipeline/overlay_objects.h"
+
+namespace quorvex {
+namespace {
+
+using namespace pipeline_test;
+
+constexpr int kLowest = std::numeric_limits<int>::min();
+constexpr int kHighest = std::numeric_limits<int>::max();
+constexpr unsigned char kGuard = 0xA5;
+constexpr std::size_t kGuardBytes = 64;
+
+/// The overlay image that one of the two operations makes, which must keep to its bytes.
+std::vector<unsigned char> Image(CDcmObject& object, CSize size, std::size_t pixelBytes,
+                                 bool isSecondForm, CLData* data = nullptr) {
+    const auto pixels = static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy);
+    std::vector<unsigned char> block(pixels * pixelBytes + 2 * kGuardBytes, kGuard);
+    unsigned char* const image = block.data() + kGuardBytes;
+    std::fill_n(image, pixels * pixelBytes, static_cast<unsigned char>(0));
+    const CXDIPP dipp;
+    unsigned long length = 0;
+    unsigned short width = 0;
+    const auto result =
+        isSecondForm ? dipp.MakeOverlayImage2(&object, data, image, length, width, 0, 0, 0, 0, 0, 0)
+                     : dipp.MakeOverlayImage(&object, nullptr, image, length, width, 0);
+    EXPECT_EQ(result, QVM_SUCCESS);
+    EXPECT_EQ(length, pixels);
+    EXPECT_EQ(std::count(block.begin(), block.begin() + kGuardBytes, kGuard), kGuardBytes);
+    EXPECT_EQ(std::count(block.end() - kGuardBytes, block.end(), kGuard), kGuardBytes);
+    return {image, image + pixels * pixelBytes};
+}
+
+std::vector<unsigned char> Expected(const std::vector<TestOverlay>& overlays, CSize size) {
+    std::vector<unsigned char> image;
+    for (int y = 0; y < size.cy; ++y) {
+        for (int x = 0; x < size.cx; ++x) {
+            const bool isSet = std::ranges::any_of(
+                overlays, [&](const TestOverlay& overlay) { return overlay.Covers(y, x); });
+            image.push_back(isSet ? 255 : 0);
+        }
+    }
+    return image;
+}
+
+struct PlacementCase {
+    const char* what;
+    CSize picture;
+    TestOverlay overlay;       // without data
+    std::size_t bytes = 1000;  // of Overlay Data at most
+    unsigned short bits = 16;
+};
+
+const PlacementCase kPlacements[] = {
+    {"size of the picture", {24, 16}, {16, 24}},
+    {"8-bit picture whose bits fill no whole byte", {5, 3}, {3, 5}, 1000, 8},
+    {"origin 0\\0 cuts the first row and column", {24, 16}, {16, 24, 0, 0}},
+    {"a small plane inside", {512, 512}, {16, 32, 5, 9}},
+    {"columns of the picture, fewer rows", {13, 40}, {7, 13, 20, 1}},
+    {"over the right edge", {30, 20}, {10, 17, 4, 22}},
+    {"over the top left corner", {30, 20}, {19, 27, -8, -11}},
+    {"over the lower left corner", {30, 20}, {9, 11, 16, -3}},
+    {"far above and left", {30, 20}, {9, 11, kLowest, kLowest}},
+    {"far below and right", {30, 20}, {9, 11, kHighest, kHighest}},
+    {"data shorter than rows and columns say", {30, 20}, {20, 30}, 21},
+    {"data of one byte", {30, 20}, {20, 30}, 2},
+    {"one row", {200, 3}, {1, 131, 2, 40}},
+    {"one column", {7, 90}, {77, 1, 3, 7}},
+};
+
+TEST(OverlayImage, PlacesPlanesAsTheirOriginSays) {
+    unsigned seed = 0;
+    for (const auto& c : kPlacements) {
+        SCOPED_TRACE(c.what);
+        TestOverlay overlay = c.overlay;
+        const std::size_t whole = (std::size_t{overlay.rows} * overlay.columns + 15) / 16 * 2;
+        overlay.data = RandomBytes(std::min(whole, c.bytes), ++seed);
+        CDcmObject object;
+        SetPicture(object, c.picture, c.bits);
+        AddOverlay(object, 0x6000, overlay);
+        const auto expected = Expected({overlay}, c.picture);
+        EXPECT_TRUE(Image(object, c.picture, 1, false) == expected);
+        EXPECT_TRUE(Image(object, c.picture, 1, true) == expected);
+    }
+}
+
+TEST(OverlayImage, SurvivesPlanesOf65535RowsWithLittleData) {
+    CDcmObject object;
+    SetPicture(object, {30, 20}, 8);
+    const TestOverlay overlay{65535, 65535, -30000, -30000, 1, 0, RandomBytes(64, 5)};
+    AddOverlay(object, 0x6000, overlay);
+    const std::vector<unsigned char> clear(600);
+    EXPECT_TRUE(Image(object, {30, 20}, 1, false) == clear);
+    EXPECT_TRUE(Image(object, {30, 20}, 1, true) == clear);
+}
+
+TEST(OverlayImage, FirstFormTakesOnePlaneAndSecondFormAll) {
+    const CSize size{24, 16};
+    CDcmObject object;
+    SetPicture(object, size, 16);
+    const TestOverlay one{16, 24, 1, 1, 1, 0, RandomBytes(48, 1)};
+    const TestOverlay other{5, 6, 9, 11, 1, 0, RandomBytes(4, 2)};
+    TestOverlay withoutData{16, 24};
+    AddOverlay(object, 0x6000, withoutData);
+    AddOverlay(object, 0x6006, one);
+    AddOverlay(object, 0x601E, other);
+    AddOverlay(object, 0x6020, {16, 24, 1, 1, 1, 0, RandomBytes(48, 3)});
+    EXPECT_TRUE(Image(object, size, 1, false) == Expected({one}, size));
+    EXPECT_TRUE(Image(object, size, 1, true) == Expected({one, other}, size));
+}
+
+TEST(OverlayImage, PassesOverGroupsThatLackAnAttribute) {
+    const CSize size{24, 16};
+    for (const std::uint32_t element : {0x10U, 0x11U, 0x50U, 0x100U, 0x102U, 0x3000U}) {
+        CDcmObject object;
+        SetPicture(object, size, 16);
+        AddOverlay(object, 0x6000, {16, 24, 1, 1, 1, 0, RandomBytes(48, 1)});
+        object.RemoveValue(0x60000000 | element);
+        const std::vector<unsigned char> clear(24 * 16);
+        EXPECT_TRUE(Image(object, size, 1, true) == clear) << std::hex << element;
+        EXPECT_EQ(Image(object, size, 1, false) == clear, element != 0x102) << std::hex << element;
+    }
+}
+
+TEST(OverlayImage, ColourPlanesKeepTheirColours) {
+    const CSize size{16, 4};
+    CDcmObject object;
+    SetPicture(object, size, 8, 3);
+    TestOverlay red{4, 16, 1, 1, 1, 0, RandomBytes(8, 1)};
+    const TestOverlay white{4, 16, 2, 1, 1, 0, RandomBytes(8, 2)};
+    AddOverlay(object, 0x6000, red);
+    AddOverlay(object, 0x6002, white);
+    object.SetValue(0x60001201, static_cast<unsigned short>(0x12FF));
+    object.SetValue(0x60001202, static_cast<unsigned short>(0));
+    object.SetValue(0x60001203, static_cast<unsigned short>(7));
+    const auto image = Image(object, size, 3, true);
+    for (int y = 0; y < size.cy; ++y) {
+        for (int x = 0; x < size.cx; ++x) {
+            const auto at = static_cast<std::size_t>(y * size.cx + x) * 3;
+            const std::vector<int> pixel(image.begin() + static_cast<std::ptrdiff_t>(at),
+                                         image.begin() + static_cast<std::ptrdiff_t>(at) + 3);
+            const std::vector<int> expected = white.Covers(y, x) ? std::vector{255, 255, 255}
+                                              : red.Covers(y, x) ? std::vector{255, 0, 7}
+                                                                 : std::vector{0, 0, 0};
+            ASSERT_EQ(pixel, expected) << x << ' ' << y;
+        }
+    }
+}
+
+TEST(OverlayImage, LeavesTheFourthByteOfAPixelAlone) {
+    CDcmObject object;
+    SetPicture(object, {8, 1}, 8, 4);
+    AddOverlay(object, 0x6000, {1, 8, 1, 1, 1, 0, {0x81, 0}});
+    const auto image = Image(object, {8, 1}, 4, true);
+    EXPECT_EQ(std::vector<int>(image.begin() + 28, image.end()), (std::vector{255, 255, 255, 0}));
+    EXPECT_TRUE(Image(object, {8, 1}, 4, false) == image);
+}
+
+TEST(OverlayImage, ALargerPlaneShowsOnlyWhatTheMergedOnesHold) {
+    const CSize size{8, 2};
+    CDcmObject object;
+    SetPicture(object, size, 8);
+    const TestOverlay larger{4, 8, 1, 1, 1, 0, {0xFF, 0xFF, 0xFF, 0xFF}};
+    AddOverlay(object, 0x6002, larger);
+    EXPECT_TRUE(Image(object, size, 1, true) == std::vector<unsigned char>(16));
+    const TestOverlay fitting{2, 8, 1, 1, 1, 0, {0x0F, 0x81}};
+    AddOverlay(object, 0x6000, fitting);
+    EXPECT_TRUE(Image(object, size, 1, true) == Expected({fitting}, size));
+    EXPECT_TRUE(Image(object, size, 1, false) == Expected({fitting}, size));
+}
+
+TEST(OverlayImage, TakesPlanesInThePixelDataFromTheVolume) {
+    const CSize size{16, 4};
+    CDcmObject object;
+    SetPicture(object, size, 16);
+    TestOverlay plane{4, 16, 1, 1, 16, 12, RandomBytes(8, 1)};
+    AddOverlay(object, 0x6000, plane);
+    CLData data;
+    auto bits = RandomBytes(8, 2);
+    data.overlayPlane = bits.data();
+    const std::vector<unsigned char> clear(64);
+    for (const unsigned long told : {0UL, 3UL, 8UL}) {
+        data.overlayPlaneSize = told;
+        plane.data.assign(bits.begin(), bits.begin() + static_cast<std::ptrdiff_t>(told));
+        EXPECT_TRUE(Image(object, size, 1, true, &data) == Expected({plane}, size)) << told;
+    }
+    EXPECT_TRUE(Image(object, size, 1, true, nullptr) == clear);
+    EXPECT_TRUE(Image(object, size, 1, false, &data) == clear);
+}
+
+TEST(OverlayImage, ArgumentsWinOverTheObject) {
+    CDcmObject object;
+    SetPicture(object, {99, 99}, 16);
+    AddOverlay(object, 0x6000, {1, 8, 1, 1, 1, 0, {0xFF, 0}});
+    std::vector<unsigned char> image(4 * 2 * 3);
+    unsigned long length = 0;
+    unsigned short width = 0;
+    const CXDIPP dipp;
+    dipp.MakeOverlayImage2(&object, nullptr, image.data(), length, width, 0, 8, 3, 4, 2, 0);
+    EXPECT_EQ(length, 8U);
+    EXPECT_EQ(std::count(image.begin(), image.end(), 255), 12);
+}
+
+TEST(EmbeddedOverlays, GatherTheUnusedBitsOfTheFrame) {
+    CDcmObject object;
+    const std::vector<std::uint16_t> words = {0x0FFF, 0x8000, 0x4FFF, 0x1000, 0x2FFF,
+                                              0,      0,      0,      0xC000, 0x0001};
+    FillImage(object, {.size = {5, 2}}, words);
+    AddOverlay(object, 0x6000, {2, 5, 1, 1, 16, 15});
+    AddOverlay(object, 0x6002, {2, 5, 1, 1, 16, 14});
+    AddOverlay(object, 0x6004, {2, 4, 1, 1, 16, 13});   // not of the image's size
+    AddOverlay(object, 0x6006, {2, 5, 1, 1, 16, 3});    // a bit of the image
+    AddOverlay(object, 0x6008, {2, 5, 1, 1, 16, 200});  // no bit at all
+    const auto* const frame = reinterpret_cast<const unsigned char*>(words.data());
+    EXPECT_EQ(EmbeddedOverlays(object, {frame, 20}), (std::vector<unsigned char>{0x06, 0x01}));
+    EXPECT_EQ(EmbeddedOverlays(object, {frame, 3}), (std::vector<unsigned char>{0x00, 0x00}));
+
+    unsigned char* plane = nullptr;
+    unsigned long size = 0;
+    ASSERT_EQ(MakeEmbeddedOverlayPlane(&object, frame, 20, plane, size), QVM_SUCCESS);
+    ASSERT_EQ(size, 2U);
+    EXPECT_EQ(plane[0], 0x06);
+    delete[] plane;
+    EXPECT_EQ(MakeEmbeddedOverlayPlane(nullptr, frame, 20, plane, size),
+              QVM_ERROR_FAILED_TO_GET_PIXEL_DATA);
+}
+
+TEST(BitPlanes, MaskOrderCountsFromTheMostSignificantBit) {
+    unsigned char mask[2] = {};
+    SetMask(mask, 0);
+    SetMask(mask, 9);
+    EXPECT_EQ(mask[0], 128);
+    EXPECT_EQ(mask[1], 64);
+    EXPECT_EQ(GetMask(mask, 9), 1);
+    EXPECT_EQ(GetMask(mask, 8), 0);
+    ClearMask(mask, 9);
+    EXPECT_EQ(mask[1], 0);
+}
+
+TEST(BitPlanes, MergeIntoTheTopLeftCorner) {
+    std::vector<unsigned char> target(8);
+    const std::vector<unsigned char> plane = {0xB7, 0x55};
+    MergeOverlay(target, plane, {4, 16}, {3, 5});
+    EXPECT_EQ(target, (std::vector<unsigned char>{0xB0, 0, 0xE8, 0, 0x50, 0, 0, 0}));
+    MergeOverlay(target, plane, {1, 8}, {3, 5});  // too large for this target
+    EXPECT_EQ(target[1], 0);
+    std::vector<unsigned char> same(2);
+    MergeOverlay(same, plane, {3, 5}, {3, 5});  // 15 bits: the last 7 fill no byte
+    EXPECT_EQ(same, (std::vector<unsigned char>{0xB7, 0}));
+    MergeOverlay(same, std::vector<unsigned char>{0x08}, {65535, 65535}, {65535, 65535});
+    MergeOverlay(same, std::vector<unsigned char>{0x40}, {65535, 65535}, {65534, 65535});
+    EXPECT_EQ(same, (std::vector<unsigned char>{0xFF, 0}));
+}
+
+}  // namespace
+}  // namespace quorvex
