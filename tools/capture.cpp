@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "convert_job.h"
+#include "convert_target.h"
 #include "object_output.h"
 #include "png_reader.h"
 #include "quorvex/CxDcmMaker.h"

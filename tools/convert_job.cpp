@@ -2,62 +2,23 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <new>
 
 #include "object_output.h"
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
 #include "report.h"
+#include "source_checks.h"
 #include "verify.h"
 #include "work_folder.h"
 
 namespace quorvex::tools {
 namespace {
-
-constexpr std::uint32_t kPhotometric = 0x00280004;
-
-constexpr std::array kTargets = {
-    ConvertTarget{"implicit", kXferUncompressedImplicit, kImplicitLittleEndian, true, 0, 0, 0,
-                  nullptr},
-    ConvertTarget{"explicit", kXferUncompressedExplicit, kExplicitLittleEndian, true, 0, 0, 0,
-                  nullptr},
-    ConvertTarget{"jpeg", kXferJpegBaseline, kJpegBaseline, false, 97, 1, 100, "YBR_FULL_422"},
-    ConvertTarget{"jpeg12", kXferJpegExtended, kJpegExtended, false, 1, 1000, 1, nullptr},
-    ConvertTarget{"jpeg-lossless", kXferJpegLossless, kJpegLosslessFirstOrder, true, 0, 0, 0,
-                  nullptr},
-    ConvertTarget{"j2k", kXferJpeg2000, kJpeg2000, false, 5, 1000, 1, "YBR_ICT"},
-    ConvertTarget{"j2k-lossless", kXferJpeg2000Lossless, kJpeg2000Lossless, true, 0, 0, 0,
-                  "YBR_RCT"},
-};
-
-/// Why one file could not be converted.
-struct Refusal {
-    Outcome outcome;
-    int code;
-    std::string message;
-};
-
-Refusal BadInput(QUORVEX_MESSAGE code) {
-    return {
-        Outcome::kBad, code,
-        std::string(ResultName(code)) + " (" + std::to_string(code) + "): " + ResultSentence(code)};
-}
-
-Refusal BadInput(QUORVEX_MESSAGE code, const std::string& sentence) {
-    return {Outcome::kBad, code, sentence};
-}
-
-void Require(QUORVEX_MESSAGE result) {
-    if (result != QVM_SUCCESS) throw BadInput(result);
-}
 
 bool HasMarker(const std::string& path) {
     std::array<char, 132> head{};
@@ -65,9 +26,13 @@ bool HasMarker(const std::string& path) {
     return file.read(head.data(), head.size()) && std::memcmp(&head[128], "DICM", 4) == 0;
 }
 
-// The object that a file holds, pixels included; the copy of the file goes with the parser.
+// The object that a file holds, pixels included. What is no plain Part 10 file is the parser's to
+// find; its copy of the file goes with it.
 CDcmObject ReadWhole(const std::string& path) {
     CDcmApp app;
+    CDcmObject object;
+    object.Open(path);
+    if (object.ReadFile(&app, nullptr, nullptr) == kDcmSuccess) return object;
     CxDcmParser parser;
     Require(parser.Initialize(&app, path, 1));
     return *parser.GetHeader();
@@ -95,56 +60,12 @@ CDcmObject ReadSource(const InputFile& input, WorkFolder& workFolder) {
     }
 }
 
-std::string TextOf(const CDcmObject& object, std::uint32_t tag) {
-    CString text;
-    return object.GetValue(tag, text) == kDcmSuccess ? text.ToUtf8() : std::string();
-}
-
-int FramesOf(const CDcmObject& object) {
-    int frames = 1;
-    object.GetValue(0x00280008, frames);
-    return frames;
-}
-
 void Describe(const CDcmObject& source, ConvertRecord& record) {
     record.studyUid = TextOf(source, 0x0020000D);
     record.seriesUid = TextOf(source, 0x0020000E);
     record.instanceUid = TextOf(source, 0x00080018);
     record.syntaxIn = TextOf(source, 0x00020010);
     record.frames = FramesOf(source);
-}
-
-bool HasPixels(const CDcmObject& object) {
-    int count = 0;
-    unsigned short rows = 0;
-    unsigned short columns = 0;
-    return object.GetValueCount(0x7FE00010, count) == kDcmSuccess &&
-           object.GetValue(0x00280010, rows) == kDcmSuccess && rows > 0 &&
-           object.GetValue(0x00280011, columns) == kDcmSuccess && columns > 0;
-}
-
-// What a lossy coder cannot take, or would change beyond its own noise.
-void RefuseWhatTheCoderCannotHold(CDcmObject& source, const ConvertTarget& target) {
-    constexpr long kHighest12 = 4095;
-    if (target.isLossless || target.code == kXferJpeg2000) return;
-    unsigned short bits = 0;
-    source.GetValue(0x00280100, bits);
-    if (target.code == kXferJpegBaseline && bits > 8)
-        throw BadInput(QVM_ERROR_INVALID_BITS_ALLOCATED,
-                       "JPEG Baseline holds 8 bits, and the image has more");
-    if (target.code == kXferJpegExtended && bits <= 8)
-        throw BadInput(QVM_ERROR_INVALID_BITS_ALLOCATED,
-                       "12-bit JPEG is for more than 8 bits, and the image has no more");
-    unsigned short isSigned = 0;
-    source.GetValue(0x00280103, isSigned);
-    if (isSigned != 0)
-        throw BadInput(QVM_ERROR_INVALID_PIXEL_REPRESENTATION,
-                       "lossy JPEG cannot hold signed values");
-    const auto limits = LimitsOf(source);
-    Require(limits.result);
-    if (target.code == kXferJpegExtended && limits.highest > kHighest12)
-        throw BadInput(QVM_ERROR_INVALID_BITS_STORED,
-                       "values above 4095 cannot be coded with 12 bits");
 }
 
 void Convert(CDcmObject& object, const ConvertWish& wish) {
@@ -185,8 +106,7 @@ void ConvertInto(const std::string& written, ConvertRecord& record, const InputF
     CDcmObject source = ReadSource(input, workFolder);
     record.source = DigestOfFile(input.path);
     Describe(source, record);
-    if (!HasPixels(source)) throw BadInput(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA);
-    RefuseWhatTheCoderCannotHold(source, *wish.target);
+    RefuseUnfitSource(source, *wish.target);
     {
         CDcmObject output = source;
         Convert(output, wish);
@@ -203,22 +123,6 @@ bool IsHopeless(int systemError) {
 }
 
 }  // namespace
-
-void NameColoursOf(CDcmObject& object, const ConvertTarget& target) {
-    CString photometric;
-    object.GetValue(kPhotometric, photometric);
-    if (target.codedColours != nullptr && photometric == CString("RGB"))
-        object.SetValue(kPhotometric, target.codedColours);
-}
-
-const ConvertTarget& ConvertTargetOf(const std::string& name) {
-    const auto* found = std::ranges::find_if(
-        kTargets, [&](const ConvertTarget& target) { return name == target.name; });
-    if (found != kTargets.end()) return *found;
-    throw WrongUsage(
-        "the target is implicit, explicit, jpeg, jpeg12, jpeg-lossless, j2k or j2k-lossless, not " +
-        name);
-}
 
 bool ConvertFile(ConvertRecord& record, const InputFile& input, const ConvertWish& wish,
                  WorkFolder& workFolder) {

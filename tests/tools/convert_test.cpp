@@ -171,6 +171,8 @@ TEST(ConvertCommand, RefusesWhatCannotBeAndLeavesEverythingAsItWas) {
         folder.Write("wide.dcm", GreyImage({16, 16, 0}, Repeated(Number16(60000), 512)));
     const auto byte = folder.Write("byte.dcm", GreyImage({8, 8, 0}, Repeated("\1\2", 256)));
     const auto cut = folder.Write("cut.dcm", ReadAll(kSlice).substr(0, 900));
+    const auto halved = folder.Write("half.dcm", ReadAll(kSlice).substr(0, 250'000));
+    const auto shorter = folder.Write("short.dcm", GreyImage({}, Repeated("\1\2", 500)));
     const auto text = folder.Write("text.dcm", Repeated("no DICOM. ", 500));
     struct Case {
         std::string input;
@@ -185,6 +187,8 @@ TEST(ConvertCommand, RefusesWhatCannotBeAndLeavesEverythingAsItWas) {
         {wide, {"--to", "jpeg12"}, "above 4095"},
         {overflowing, {"--to", "j2k", "--quality", "4"}, "bits stored"},
         {cut, {"--to", "j2k-lossless"}, "QVM_ERROR_"},
+        {halved, {"--to", "explicit"}, "ends before its data"},
+        {shorter, {"--to", "j2k-lossless"}, "fewer pixels"},
         {text, {"--to", "explicit"}, "QVM_ERROR_FAILED_TO_PARSE_DICOM"},
         {folder.Path("none.dcm"), {"--to", "explicit"}, "QVM_ERROR_FAILED_TO_READ_FILE"},
     };
