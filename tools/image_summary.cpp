@@ -189,6 +189,7 @@ ImageSummary Summarise(CxDcmParser& parser, const std::string& path) {
     summary.voiTables = ReadVoiTables(header);
     ReadPalette(header, summary);
     summary.overlays = ReadOverlays(header);
+    summary.presentation = ReadPresentationFacts(header);
     summary.sliceLocation = ReadSliceLocation(*parser.GetHeader());
     summary.preamble = PreambleKind(path);
     return summary;

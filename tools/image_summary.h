@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "named_facts.h"
 #include "quorvex/CxDcmParser.h"
 
 namespace quorvex::tools {
@@ -41,6 +42,7 @@ struct ImageSummary {
         std::string description;
     };
     std::vector<Overlay> overlays;
+    PresentationFacts presentation;
     std::optional<double> sliceLocation;  ///< mm across the slices
     std::string_view preamble;            ///< as PreambleKind answers
 };

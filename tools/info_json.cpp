@@ -134,6 +134,17 @@ std::string OverlaysOf(const ImageSummary& summary) {
     return '[' + json + ']';
 }
 
+std::string PresentationOf(const PresentationFacts& presentation) {
+    std::string json;
+    const auto add = [&](const char* name, const std::vector<NamedFacts>& several) {
+        if (!several.empty()) json += Field(name, FactsAsJson(several));
+    };
+    add("shutters", presentation.shutters);
+    add("annotations", presentation.annotations);
+    add("masks", presentation.masks);
+    return json;
+}
+
 std::string SummaryOf(const ImageSummary& summary) {
     std::string json = "{\"transferSyntax\":" + JsonString(summary.syntax);
     if (!summary.preamble.empty()) json += Field("preamble", JsonString(summary.preamble));
@@ -152,6 +163,7 @@ std::string SummaryOf(const ImageSummary& summary) {
             Field("palette", TablesOf(summary.palette)) +
             Field("paletteSegmented", std::string(summary.isPaletteSegmented ? "true" : "false"));
     if (!summary.overlays.empty()) json += Field("overlays", OverlaysOf(summary));
+    json += PresentationOf(summary.presentation);
     if (summary.sliceLocation) json += Field("sliceLocation", JsonNumber(*summary.sliceLocation));
     return json + '}';
 }

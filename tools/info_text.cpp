@@ -145,6 +145,16 @@ std::string OverlayLines(const ImageSummary& summary) {
     return text;
 }
 
+std::string PresentationLines(const PresentationFacts& presentation) {
+    std::string text;
+    for (const auto& facts : presentation.shutters) text += Line("shutter", FactsAsText(facts));
+    for (const auto& facts : presentation.annotations) {
+        text += Line("annotation", FactsAsText(facts));
+    }
+    for (const auto& facts : presentation.masks) text += Line("mask", FactsAsText(facts));
+    return text;
+}
+
 std::string SummaryLines(const ImageSummary& summary) {
     std::string text;
     if (!summary.preamble.empty())
@@ -159,6 +169,7 @@ std::string SummaryLines(const ImageSummary& summary) {
         text += Line("rescale", "value x " + JsonNumber(summary.rescale->first) + " + " +
                                     JsonNumber(summary.rescale->second));
     text += TableLines(summary) + OverlayLines(summary);
+    text += PresentationLines(summary.presentation);
     if (summary.sliceLocation)
         text += Line("slice location", JsonNumber(*summary.sliceLocation) + " mm");
     return text;

@@ -24,6 +24,14 @@ constexpr double kRimOpacity = 0.7;
 constexpr double kTint = 0.35;
 constexpr double kLargestFont = 1000.0;
 
+// What may be drawn on one canvas, in pixels of line: about a second's work.
+constexpr double kBudget = 1e6;
+constexpr std::size_t kPiece = 128;  // bends of a line that are drawn at once
+constexpr std::size_t kMostCorners = 4096;
+constexpr double kCostOfBend = 8.0;
+constexpr double kCostOfDot = 20.0;
+constexpr double kCostOfCharacter = 2.0;  // times the font size
+
 struct Release {
     void operator()(cairo_t* context) const noexcept { cairo_destroy(context); }
     void operator()(cairo_surface_t* surface) const noexcept { cairo_surface_destroy(surface); }
@@ -35,6 +43,15 @@ bool IsPlace(CanvasPoint point) {
 
 CanvasPoint Held(CanvasPoint point) {
     return {std::clamp(point.x, -kFarthest, kFarthest), std::clamp(point.y, -kFarthest, kFarthest)};
+}
+
+/// Of a line between two places, as far as it crosses the rows and columns of a surface.
+double CostOf(CanvasPoint from, CanvasPoint to, CSize surface) {
+    const auto held = [](double value, int most) {
+        return value > 0.0 ? std::min<double>(value, most) : 0.0;  // no number is 0
+    };
+    return kCostOfBend + std::abs(held(to.x, surface.cx) - held(from.x, surface.cx)) +
+           std::abs(held(to.y, surface.cy) - held(from.y, surface.cy));
 }
 
 void Trace(cairo_t* context, std::span<const CanvasPoint> points) {
@@ -56,11 +73,12 @@ void UseWhite(cairo_t* context) {
     cairo_set_line_width(context, kLineWidth);
 }
 
-void StrokePath(cairo_t* context) {
-    UseRim(context);
-    cairo_stroke_preserve(context);
-    UseWhite(context);
-    cairo_stroke(context);
+// A long line goes in pieces: the work grows faster than the number of points that are on a row.
+void StrokePieces(cairo_t* context, std::span<const CanvasPoint> points) {
+    for (; points.size() > 1; points = points.subspan(std::min(kPiece, points.size() - 1))) {
+        Trace(context, points.first(std::min(kPiece + 1, points.size())));
+        cairo_stroke(context);
+    }
 }
 
 void FillPath(cairo_t* context) {
@@ -98,6 +116,22 @@ struct Canvas::Sheet {
     std::unique_ptr<cairo_surface_t, Release> surface;
     std::unique_ptr<cairo_t, Release> context;
 
+    CSize extent;
+    double budget = kBudget;
+
+    [[nodiscard]] bool Spend(double cost) {
+        if (cost > budget) return false;
+        budget -= cost;
+        return true;
+    }
+    /// As many of the points as there is budget for a line through.
+    [[nodiscard]] std::span<const CanvasPoint> Affordable(std::span<const CanvasPoint> points) {
+        std::size_t count = std::min<std::size_t>(points.size(), 1);
+        while (count < points.size() && Spend(CostOf(points[count - 1], points[count], extent))) {
+            ++count;
+        }
+        return points.first(count);
+    }
     [[nodiscard]] bool Choose(double size) const {
         if (CanvasFont() == nullptr || !(size > 0.0)) return false;
         cairo_set_font_face(context.get(), CanvasFont());
@@ -113,6 +147,7 @@ bool Canvas::IsAvailable() noexcept {
 Canvas::Canvas(CSize size) {
     if (size.cx < 1 || size.cy < 1 || size.cx > kLongestSide || size.cy > kLongestSide) return;
     auto sheet = std::make_unique<Sheet>();
+    sheet->extent = size;
     sheet->surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, size.cx, size.cy));
     sheet->context.reset(cairo_create(sheet->surface.get()));
     if (cairo_status(sheet->context.get()) != CAIRO_STATUS_SUCCESS) return;
@@ -125,12 +160,16 @@ Canvas::~Canvas() = default;
 
 void Canvas::Line(std::span<const CanvasPoint> points) {
     if (!sheet_) return;
-    Trace(sheet_->context.get(), points);
-    StrokePath(sheet_->context.get());
+    const auto line = sheet_->Affordable(points);
+    UseRim(sheet_->context.get());
+    StrokePieces(sheet_->context.get(), line);
+    UseWhite(sheet_->context.get());
+    StrokePieces(sheet_->context.get(), line);
 }
 
 void Canvas::Area(std::span<const CanvasPoint> points) {
-    if (!sheet_) return;
+    if (!sheet_ || points.size() > kMostCorners) return;
+    if (sheet_->Affordable(points).size() < points.size()) return;
     cairo_t* const context = sheet_->context.get();
     Trace(context, points);
     cairo_set_fill_rule(context, CAIRO_FILL_RULE_EVEN_ODD);
@@ -139,7 +178,7 @@ void Canvas::Area(std::span<const CanvasPoint> points) {
 }
 
 void Canvas::Dot(CanvasPoint place) {
-    if (!sheet_ || !IsPlace(place)) return;
+    if (!sheet_ || !IsPlace(place) || !sheet_->Spend(kCostOfDot)) return;
     const auto [x, y] = Held(place);
     cairo_new_path(sheet_->context.get());
     cairo_arc(sheet_->context.get(), x, y, kDotRadius, 0.0, 2 * std::numbers::pi);
@@ -148,6 +187,7 @@ void Canvas::Dot(CanvasPoint place) {
 
 void Canvas::Text(const std::string& utf8, CanvasPoint baseline, double size) {
     if (!sheet_ || !IsPlace(baseline) || !sheet_->Choose(size)) return;
+    if (!sheet_->Spend(kCostOfCharacter * size * static_cast<double>(utf8.size()))) return;
     const auto [x, y] = Held(baseline);
     cairo_t* const context = sheet_->context.get();
     cairo_new_path(context);

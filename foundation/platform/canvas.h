@@ -19,7 +19,8 @@ struct CanvasPoint {
 /// be read on any ground.
 ///
 /// Coordinates may lie anywhere: those that are no number are passed over, those beyond a million
-/// pixels count as a million. A canvas that cannot work (a build without the drawing library, a side
+/// pixels count as a million. Once a million pixels of line have been drawn, the rest is left out, so
+/// that a wild object cannot keep a host waiting. A canvas that cannot work (a build without the drawing library, a side
 /// below 1 or above 32,767 pixels, no memory) draws nothing. Text needs the font that the build
 /// found; without it no text is drawn, and it has no width.
 ///
@@ -36,7 +37,7 @@ public:
 
     /// A line through the points.
     void Line(std::span<const CanvasPoint> points);
-    /// A tint over what the points enclose.
+    /// A tint over what the points enclose; none for more than 4,096 points.
     void Area(std::span<const CanvasPoint> points);
     /// A mark that a line of one point would be.
     void Dot(CanvasPoint place);

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <array>
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -320,6 +320,26 @@ TEST_F(ShownAnnotations, SurviveBadGraphics) {
             screen.Draw(dipp);
             EXPECT_TRUE(screen.IsRimWhole());
         }
+    }
+}
+
+// What crosses itself everywhere would take minutes to draw, and is left out past a limit.
+TEST_F(ShownAnnotations, KeepNobodyWaiting) {
+    Coordinates tangle;
+    for (unsigned i = 0; i < 65535; ++i) {
+        tangle.push_back(
+            {static_cast<double>(i * 7919 % 83), static_cast<double>(i * 104729 % 61)});
+    }
+    tangle.push_back(tangle.front());
+    for (const int type : {kPolyline, kInterpolated}) {
+        CXDIPP dipp;
+        ShowBlack(dipp);
+        for (int i = 0; i < 20; ++i) Annotate(dipp, Graphic(type, tangle, kPixel, 1));
+        Screen screen;
+        const auto begin = std::chrono::steady_clock::now();
+        screen.Draw(dipp);
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
+        EXPECT_FALSE(screen.IsBlack());
     }
 }
 

@@ -129,6 +129,23 @@ TEST(RenderCommand, AppliesAState) {
     EXPECT_TRUE(picture.pixels == byHand.pixels);
 }
 
+// The circle of radius 14 around (123, 289), seen as above: 24 pixels around (124, 322).
+TEST(RenderCommand, DrawsTheAnnotationsOfAState) {
+    const auto plain = RenderPicture({kSlice, "--state", kState});
+    const auto drawn = RenderPicture({kSlice, "--state", kState, "--annotations"});
+    EXPECT_EQ(drawn.channels, plain.channels);
+    if (drawn.pixels == plain.pixels) GTEST_SKIP() << "built without the drawing library";
+    constexpr std::pair<int, int> kOnCircle[] = {{124, 298}, {124, 346}, {100, 322}, {148, 322}};
+    for (const auto& [x, y] : kOnCircle) {
+        int brightest = 0;
+        for (int i = 0; i < 25; ++i) {
+            brightest = std::max(brightest, drawn.At(x - 2 + i % 5, y - 2 + i / 5));
+        }
+        EXPECT_GT(brightest, 200) << x << "," << y;
+    }
+    EXPECT_EQ(drawn.At(124, 200), plain.At(124, 200));
+}
+
 TEST(RenderCommand, RefusesAStateForAnotherImage) {
     const ScratchFolder folder;
     const auto result =
@@ -144,7 +161,9 @@ TEST(InfoCommand, ShowsElementsAndSummary) {
     for (const auto* part :
          {"512 x 512, 1 frame", "12 bits in 16, unsigned", "MONOCHROME2", "centre 40, width 400",
           "value x 1 + -1024", "Explicit VR Little Endian", "(0010,0010) PN PatientName",
-          "[Phantom^Quorvex]", "[Nodule, 12 mm]", "    item 1\n"})
+          "[Phantom^Quorvex]", "[Nodule, 12 mm]", "    item 1\n",
+          "Nodule, 12 mm, anchorUnits PIXEL",
+          "CIRCLE, units PIXEL, points 2, filled N, data 123 289 123 303"})
         EXPECT_NE(result.output.find(part), std::string::npos) << part;
     EXPECT_TRUE(result.complaints.empty());
 }
