@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "file_builder.h"
+#include "parser/thumbnail_pixels.h"
 #include "parser/thumbnail_window.h"
 #include "quorvex/CxDcmParser.h"
 
@@ -194,14 +195,40 @@ TEST(Thumbnail, IsCodedWhereAsked) {
     }
 }
 
+TEST(ThumbnailPixels, TakeEveryDepth) {
+    const struct {
+        const char* what;
+        std::uint16_t bitsAllocated;
+        std::uint16_t samples;
+        Bytes frame;
+        Bytes bytes;
+    } cases[] = {
+        // one row of two pixels
+        {"bits", 1, 1, {0b10}, {0, 255}},
+        {"bytes, cut", 8, 1, {7}, {7, 0}},
+        {"32-bit grey", 32, 1, {0, 0, 0, 64, 0, 0, 0, 192}, {0, 255}},
+        {"16-bit colour", 16, 3, {9, 1, 9, 2, 9, 3, 9, 4, 9, 5, 9, 6}, {1, 2, 3, 4, 5, 6}},
+        {"four samples", 8, 4, {1, 2, 3, 4, 5, 6, 7, 8}, {1, 2, 3, 4, 5, 6, 7, 8}},
+    };
+    for (const auto& c : cases) {
+        CDcmObject header;
+        FrameShape shape;
+        shape.rows = 1;
+        shape.columns = 2;
+        shape.samplesPerPixel = c.samples;
+        shape.bitsAllocated = c.bitsAllocated;
+        EXPECT_EQ(ReduceToBytes(header, shape, c.frame, false).bytes, c.bytes) << c.what;
+    }
+}
+
 TEST(Thumbnail, SaysWhyThereIsNone) {
     const Bytes file = test::NativeFile(test::kUidExplicit, {}, Bytes(8, 1));
     EXPECT_EQ(Make(file, {50, 4}).code, QVM_ERROR_INVALID_OUTPUT_SIZE);
     EXPECT_EQ(Make(file, {4, 0}).code, QVM_ERROR_INVALID_OUTPUT_SIZE);
     EXPECT_EQ(Make(file, {4, 4}, 6).code, QVM_ERROR_INVALID_TARGET_SYNTAX);
     EXPECT_EQ(Make(file, {4, 4}, 1, 1, 1).code, QVM_ERROR_INVALID_FRAME_INDEX);
-    const test::ImageFacts wide{.bits = 32};
-    EXPECT_EQ(Make(test::NativeFile(test::kUidExplicit, wide, Bytes(16, 1)), {4, 4}).code,
+    const test::ImageFacts odd{.bits = 12};
+    EXPECT_EQ(Make(test::NativeFile(test::kUidExplicit, odd, Bytes(6, 1)), {4, 4}).code,
               QVM_ERROR_INVALID_BITS_ALLOCATED);
     const test::ImageFacts palette{.bits = 8, .photometric = "PALETTE COLOR"};
     EXPECT_EQ(Make(test::NativeFile(test::kUidExplicit, palette, Bytes(4, 1)), {4, 4}).code,

@@ -1,0 +1,187 @@
+#include "parser/thumbnail_pixels.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "foundation/types/saturate.h"
+#include "parser/palette_image.h"
+#include "parser/thumbnail_window.h"
+
+namespace quorvex {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+constexpr std::uint32_t kBitsStored = 0x00280101;
+constexpr std::uint32_t kHighBit = 0x00280102;
+constexpr std::uint32_t kPaddingValue = 0x00280120;
+constexpr std::uint32_t kRescaleIntercept = 0x00281052;
+constexpr std::uint32_t kRescaleSlope = 0x00281053;
+
+int ReadInt(const CDcmObject& header, std::uint32_t tag) {
+    int value = 0;
+    return header.GetValue(tag, value) == kDcmSuccess ? value : 0;
+}
+
+double ReadNumber(const CDcmObject& header, std::uint32_t tag, double absent) {
+    double value = absent;
+    const bool isRead = header.GetValue(tag, value) == kDcmSuccess;
+    return isRead && std::isfinite(value) ? value : absent;
+}
+
+int Low16(std::int64_t value, bool isSigned) {
+    const auto word = static_cast<std::uint16_t>(value & 0xFFFF);
+    return isSigned ? static_cast<std::int16_t>(word) : word;
+}
+
+/// What turns a stored value into a place of the window's table.
+struct ValueRule {
+    bool isSigned = false;
+    double slope = 1.0;
+    double intercept = 0.0;
+    unsigned mask = 0xFFFF;
+    int full = 0;  ///< one above the highest stored value
+    int half = 0;
+    int offset = 0;  ///< the intercept in stored values
+};
+
+ValueRule ReadRule(const CDcmObject& header, bool isSigned) {
+    ValueRule rule{.isSigned = isSigned,
+                   .slope = ReadNumber(header, kRescaleSlope, 1.0),
+                   .intercept = ReadNumber(header, kRescaleIntercept, 0.0)};
+    const int highBit = std::clamp(ReadInt(header, kHighBit), 0, 15);
+    rule.mask = (2U << static_cast<unsigned>(highBit)) - 1;
+    rule.full = 1 << std::clamp(ReadInt(header, kBitsStored), 0, 16);
+    rule.half = Low16(rule.full, true) / 2;
+    rule.offset = rule.slope == 0.0 ? 0 : TruncateToInt(rule.intercept / rule.slope);
+    return rule;
+}
+
+/// By the range of the data: the table is over stored values, its index is rescaled.
+int PlaceInDataWindow(const ValueRule& rule, std::uint16_t pixel) {
+    const unsigned value = pixel & rule.mask;
+    return Low16(TruncateToInt((value + rule.intercept) * rule.slope), rule.isSigned);
+}
+
+int PlaceInHeaderWindow(const ValueRule& rule, std::uint16_t pixel) {
+    if (!rule.isSigned) {
+        const auto value = static_cast<int>(pixel & rule.mask);
+        return Low16(std::int64_t{value} + rule.offset, value + rule.intercept <= 0.0);
+    }
+    int value = static_cast<std::int16_t>(pixel);
+    if (value >= rule.half) value = Low16(std::int64_t{value} - rule.full, true);
+    return Low16(TruncateToInt(value + rule.intercept), true);
+}
+
+using Words = std::span<const std::uint16_t>;
+
+/// A frame of more pixels than a word has values asks for each value once.
+template <class Place>
+Bytes Windowed(Words pixels, const ThumbnailWindow& window, Place place) {
+    constexpr std::size_t kValues = 65536;
+    const auto byteOf = [&](std::uint16_t pixel) { return window.At(place(pixel)); };
+    Bytes bytes(pixels.size());
+    if (pixels.size() <= kValues) {
+        std::ranges::transform(pixels, bytes.begin(), byteOf);
+        return bytes;
+    }
+    Bytes ofValue(kValues);
+    for (std::size_t value = 0; value < kValues; ++value) {
+        ofValue[value] = byteOf(static_cast<std::uint16_t>(value));
+    }
+    std::ranges::transform(pixels, bytes.begin(),
+                           [&](std::uint16_t pixel) { return ofValue[pixel]; });
+    return bytes;
+}
+
+Bytes WindowGrey(const CDcmObject& header, Words pixels, bool isSigned, bool useDataRange) {
+    const ValueRule rule = ReadRule(header, isSigned);
+    if (!useDataRange) {
+        return Windowed(pixels, WindowOfHeader(header),
+                        [&](std::uint16_t pixel) { return PlaceInHeaderWindow(rule, pixel); });
+    }
+    const int padding = Low16(ReadInt(header, kPaddingValue), isSigned);
+    return Windowed(pixels, WindowOfData(pixels, isSigned, padding),
+                    [&](std::uint16_t pixel) { return PlaceInDataWindow(rule, pixel); });
+}
+
+SmallPixels ColourPalette(CDcmObject& header, std::span<const unsigned char> frame,
+                          std::size_t pixels, unsigned bits) {
+    const auto palette = LoadPalette(header);
+    if (!palette) return {.result = QVM_ERROR_INVALID_PHOTOMETRIC, .bytes = {}};
+    SmallPixels small{.bytes = Bytes(3 * pixels), .samples = 3};
+    ColourByPalette(*palette, frame, PaletteIndexBytes(bits), small.bytes);
+    return small;
+}
+
+/// One bit a pixel, the first in the lowest bit, to black and white.
+Bytes SpreadBits(std::span<const unsigned char> frame, std::size_t pixels) {
+    Bytes bytes(pixels);
+    for (std::size_t i = 0; i < std::min(pixels, 8 * frame.size()); ++i) {
+        bytes[i] = ((frame[i / 8] >> (i % 8)) & 1U) != 0 ? 255 : 0;
+    }
+    return bytes;
+}
+
+/// The high byte of every sample of `sampleBytes`, least significant byte first.
+Bytes HighBytes(std::span<const unsigned char> frame, std::size_t samples,
+                std::size_t sampleBytes) {
+    Bytes bytes(samples);
+    for (std::size_t i = 0; i < std::min(samples, frame.size() / sampleBytes); ++i) {
+        bytes[i] = frame[sampleBytes * (i + 1) - 1];
+    }
+    return bytes;
+}
+
+/// Values of 32 bits by the range that they span.
+template <class Value>
+Bytes SpreadRange(std::span<const unsigned char> frame, std::size_t pixels) {
+    std::vector<Value> values(pixels);
+    std::memcpy(values.data(), frame.data(), std::min(frame.size(), pixels * sizeof(Value)));
+    Bytes bytes(pixels);
+    if (pixels == 0) return bytes;
+    const auto [low, high] = std::ranges::minmax(values);
+    const double scale = high > low ? 255.0 / (static_cast<double>(high) - low) : 0.0;
+    std::ranges::transform(values, bytes.begin(), [&, low = low](Value value) {
+        return static_cast<unsigned char>((static_cast<double>(value) - low) * scale);
+    });
+    return bytes;
+}
+
+Bytes WindowWords(const CDcmObject& header, const FrameShape& shape,
+                  std::span<const unsigned char> frame, std::size_t pixels, bool useDataRange) {
+    // A frame comes as a block of its own, which is aligned for words.
+    const void* const begin = frame.data();
+    const Words words(static_cast<const std::uint16_t*>(begin), frame.size() / 2);
+    Bytes bytes = WindowGrey(header, words.first(std::min(words.size(), pixels)),
+                             shape.pixelRepresentation != 0, useDataRange);
+    bytes.resize(pixels);
+    return bytes;
+}
+
+}  // namespace
+
+SmallPixels ReduceToBytes(CDcmObject& header, const FrameShape& shape,
+                          std::span<const unsigned char> frame, bool useDataRange) {
+    const std::size_t pixels = std::size_t{shape.rows} * shape.columns;
+    const unsigned bits = unsigned{shape.bitsAllocated} * shape.samplesPerPixel;
+    if (shape.photometric.Find("PALETTE") >= 0) return ColourPalette(header, frame, pixels, bits);
+    SmallPixels small{.bytes = {}, .samples = shape.samplesPerPixel};
+    const std::size_t samples = pixels * small.samples;
+    if (bits == 1) {
+        small.bytes = SpreadBits(frame, pixels);
+    } else if (bits == 16 && small.samples == 1) {
+        small.bytes = WindowWords(header, shape, frame, pixels, useDataRange);
+    } else if (bits == 32 && small.samples == 1) {
+        small.bytes = shape.pixelRepresentation != 0 ? SpreadRange<std::int32_t>(frame, pixels)
+                                                     : SpreadRange<std::uint32_t>(frame, pixels);
+    } else if (shape.bitsAllocated % 8 == 0 && shape.bitsAllocated != 0) {
+        small.bytes = HighBytes(frame, samples, shape.bitsAllocated / 8U);
+    } else {
+        small.result = QVM_ERROR_INVALID_BITS_ALLOCATED;
+    }
+    return small;
+}
+
+}  // namespace quorvex
