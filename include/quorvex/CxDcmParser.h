@@ -133,7 +133,7 @@ public:
     ///         QVM_ERROR_INVALID_OUTPUT_SIZE     below 1, or a width that is not a multiple of 4
     ///         QVM_ERROR_INVALID_TARGET_SYNTAX   a format other than 1, 5 and 7
     ///         QVM_ERROR_INVALID_PHOTOMETRIC     palette colour without its tables
-    ///         QVM_ERROR_INVALID_BITS_ALLOCATED  pixels of other than 8, 16 and 24 bits
+    ///         QVM_ERROR_INVALID_BITS_ALLOCATED  a depth that is neither 1 bit nor whole bytes
     ///         or a failure of CxImageProcessor::CompressFrameData()
     QUORVEX_MESSAGE MakeThumbNail(int frame, CSize size, QUORVEX_XFERSYNTAX format,
                                   int useDataRange, unsigned char*& image, unsigned long& imageSize,
