@@ -13,7 +13,7 @@ constexpr std::int32_t kLosslessForms[] = {kXferUncompressedImplicit, kXferUncom
                                            kXferJpegLossless, kXferJpeg2000Lossless};
 
 /// Slow with every form: larger files are left to the command's own check.
-constexpr std::uintmax_t kLargestFile = 700'000;
+constexpr std::uintmax_t kLargestFile = 300'000;
 
 struct Tally {
     int made = 0;
