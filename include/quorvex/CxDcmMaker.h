@@ -101,7 +101,9 @@ struct _DCM_MAKER_PARAM {  // NOLINT(bugprone-reserved-identifier): given name
 ///     5     JPEG Baseline                   9  JPEG 2000 Lossless Only
 /// Lossy Image Compression becomes "01" for 5, 6 and 8 and "00" for 7 and 9, whatever it was.
 /// Palette colour is written as 8-bit "RGB"; its palette attributes stay. Colour of JPEG Baseline is
-/// coded as the R, G, B that its Photometric Interpretation says, not as YCbCr.
+/// coded as the R, G, B that its Photometric Interpretation says, not as YCbCr. A host's pixel of 32
+/// bits is written, uncompressed only, with Samples per Pixel 3 and its bytes as they are; a converted
+/// sample of 32 bits stays one.
 ///
 /// "Quorvex.INI" in the directory of the host's executable, read anew for every object, names the
 /// prefix of new UIDs and the manufacturer: pairs of lines, a tag and its value. Without the file
@@ -191,9 +193,10 @@ public:
     /// then applies the settings. An object in that form already keeps its Pixel Data. UIDs stay
     /// unless the settings change them.
     ///
-    /// Holds, beside the object, one decoded frame and the new frames (of coded ones two copies, while they
-    /// are put into the object). Frames of one sample stay
-    /// what they are; three samples become "RGB" by pixel.
+    /// Holds, beside the object, one decoded frame and the new frames (of coded ones two copies, while
+    /// they are put into the object). Frames of one sample stay what they are; three samples become
+    /// "RGB" by pixel. Refused are frames that would come out changed: of other sample counts, of
+    /// colour that the parser cannot read, of samples that bytes do not hold.
     ///
     /// @param settings  null: to uncompressed. `compressionType` 0 is no form: nothing is converted
     /// @return QVM_SUCCESS, also where a frame could not be decoded or coded: the Pixel Data and
