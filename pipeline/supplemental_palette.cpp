@@ -1,11 +1,15 @@
 #include "pipeline/supplemental_palette.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 
 namespace quorvex {
 
 namespace {
+
+constexpr std::array<unsigned char, 3> kBlack{0, 0, 0};
+constexpr std::array<unsigned char, 3> kDarkestGrey{1, 1, 1};
 
 int ValueOf(std::size_t index, std::size_t indexBytes, const SupplementalRules& rules) {
     const bool isSigned = rules.hasSignedWords && indexBytes == 2;
@@ -43,6 +47,7 @@ PaletteColours SupplementalColours(const Palette& palette, std::size_t indexByte
         for (std::size_t s = 0; s < palette.size(); ++s) {
             colours[index][s] = ByteOf(palette[s], value, rules);
         }
+        if (rules.liftsBlack && colours[index] == kBlack) colours[index] = kDarkestGrey;
     }
     return colours;
 }
@@ -51,7 +56,8 @@ SupplementalRules RulesForDisplay(const Palette& palette, bool isSigned) {
     return {.hasSignedWords = isSigned,
             .factor = PaletteFactor(palette),
             .readsStraight = false,
-            .hasUnsignedEnd = false};
+            .hasUnsignedEnd = false,
+            .liftsBlack = true};
 }
 
 }  // namespace quorvex

@@ -13,6 +13,8 @@ struct SupplementalRules {
     /// The end of a table is compared as an unsigned number: a negative value lies behind every
     /// table that reaches up to 0, and no other value behind one that ends below it.
     bool hasUnsignedEnd = true;
+    /// Black means that there is no colour; a table's own black becomes the darkest grey.
+    bool liftsBlack = false;
 };
 
 /// The colour of every value of `indexBytes` bytes; black where one of the tables has no entry.

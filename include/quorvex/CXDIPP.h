@@ -120,8 +120,8 @@ public:
     /// 2          one byte or word a pixel in the colours of the object's palette, as grey where it
     ///            has no whole one; without an object the volume has three bytes a pixel
     /// 3          the object's supplemental palette in colour over grey: like `MakeSPCOverlay`, but
-    ///            with 16-bit entries scaled to bytes and words as signed as the volume says;
-    ///            without an object the layer that is there
+    ///            with 16-bit entries scaled to bytes, words as signed as the volume says, and
+    ///            black entries shown as such; without an object the layer that is there
     /// 5          the object's overlays burnt in, in their colours on a colour image
     /// other      the volume alone
     ///
