@@ -13,7 +13,7 @@ constexpr std::array kTargets = {
                   nullptr},
     ConvertTarget{"explicit", kXferUncompressedExplicit, kExplicitLittleEndian, true, 0, 0, 0,
                   nullptr},
-    ConvertTarget{"jpeg", kXferJpegBaseline, kJpegBaseline, false, 97, 1, 100, "YBR_FULL_422"},
+    ConvertTarget{"jpeg", kXferJpegBaseline, kJpegBaseline, false, 97, 1, 100, nullptr},
     ConvertTarget{"jpeg12", kXferJpegExtended, kJpegExtended, false, 1, 1000, 1, nullptr},
     ConvertTarget{"jpeg-lossless", kXferJpegLossless, kJpegLosslessFirstOrder, true, 0, 0, 0,
                   nullptr},

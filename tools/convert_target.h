@@ -23,7 +23,7 @@ struct ConvertTarget {
 const ConvertTarget& ConvertTargetOf(const std::string& name);
 
 /// Says of an object that was coded as RGB how its colours lie in the coded frames, as readers expect
-/// it: coders turn them into luminance and differences.
+/// it: JPEG 2000 turns them into luminance and differences.
 void NameColoursOf(CDcmObject& object, const ConvertTarget& target);
 
 }  // namespace quorvex::tools

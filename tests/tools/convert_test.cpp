@@ -124,7 +124,7 @@ TEST(ConvertCommand, WritesTheSyntaxThatWasAskedFor) {
 }
 
 TEST(ConvertCommand, SaysHowColourIsCoded) {
-    const char* const kinds[][2] = {{"jpeg", "[YBR_FULL_422]"},
+    const char* const kinds[][2] = {{"jpeg", "[RGB]"},
                                     {"jpeg-lossless", "[RGB]"},
                                     {"j2k", "[YBR_ICT]"},
                                     {"j2k-lossless", "[YBR_RCT]"}};
