@@ -29,7 +29,7 @@ else
         render "$file" "$name"
     done
     render samples/ct.dcm ct_bone_turned.png --window 300,1500 --rotate 90 --view 768x768 --zoom 1.5
-    render samples/ct.dcm ct_state.png --state samples/ct_state.dcm
+    render samples/ct.dcm ct_state.png --state samples/ct_state.dcm --annotations
 fi
 echo "Pictures:"
 for picture in $written; do echo "  $picture"; done

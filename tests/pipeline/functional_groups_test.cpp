@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -186,6 +187,29 @@ TEST(FunctionalGroups, BringVOITables) {
     twin.SetValue(0x00283010, &table);
     EXPECT_EQ(See(enhanced, 2), See(twin, 2));
     EXPECT_NE(See(enhanced, 2), See(plain, 2));
+}
+
+// Shared groups of a real enhanced CT: rescale -1024, window 49 and 102, spacing 0.388672.
+TEST(FunctionalGroups, OfARealFile) {
+    namespace fs = std::filesystem;
+    const char* const name = "shared/corpus/files/CT0012.fragmented_no_bot_jpeg_lossless.70.dcm";
+    fs::path folder = QUORVEX_SOURCE_DIR;
+    while (!fs::exists(folder / name) && folder.has_relative_path()) folder = folder.parent_path();
+    if (!fs::exists(folder / name)) GTEST_SKIP() << "no corpus";
+    CDcmApp app;
+    CXDIPP dipp;
+    ASSERT_EQ(dipp.Initialize(&app, (folder / name).string(), {512, 512}, 1), QVM_SUCCESS);
+    int width = 0;
+    int level = 0;
+    dipp.GetWindowingFactor(width, level);
+    EXPECT_EQ(width, 102);
+    EXPECT_EQ(level, 49);
+    double x = 0.0;
+    double y = 0.0;
+    dipp.GetPixelSpace(x, y);
+    EXPECT_EQ(x, 0.388672);
+    EXPECT_EQ(y, 0.388672);
+    EXPECT_LE(CXDIPPInspector{dipp}.MinValue(), -1000);  // air, in modality values
 }
 
 }  // namespace
