@@ -1,13 +1,13 @@
 #include "codec/colour.h"
 
+#include "codec/full_range.h"
+#include "foundation/raster/raster.h"
+#include "foundation/types/block.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
-
-#include "codec/full_range.h"
-#include "foundation/raster/raster.h"
-#include "foundation/types/block.h"
 
 namespace quorvex {
 namespace {

@@ -1,10 +1,10 @@
 /// Three-sample frames in every stored form, brought to interleaved R, G, B.
 #pragma once
 
+#include "quorvex/Types.h"
+
 #include <cstddef>
 #include <span>
-
-#include "quorvex/Types.h"
 
 namespace quorvex {
 

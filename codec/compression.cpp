@@ -1,12 +1,12 @@
-#include <algorithm>
-#include <cstring>
-#include <optional>
-
 #include "codec/jpeg_coding.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
 
 namespace quorvex {
 namespace {

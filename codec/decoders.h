@@ -1,11 +1,11 @@
 /// Which transfer syntaxes are decoded here.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex {
 

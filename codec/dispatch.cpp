@@ -1,7 +1,3 @@
-#include <algorithm>
-#include <cstring>
-#include <optional>
-
 #include "codec/colour.h"
 #include "codec/decoders.h"
 #include "codec/frame_block.h"
@@ -10,6 +6,10 @@
 #include "foundation/types/checked_size.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
 
 namespace quorvex {
 namespace {

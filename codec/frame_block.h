@@ -1,11 +1,11 @@
 /// The block that a frame is decoded into: the caller's own, or one made here for the caller.
 #pragma once
 
-#include <cstddef>
-#include <span>
-
 #include "foundation/platform/pages.h"
 #include "foundation/types/block.h"
+
+#include <cstddef>
+#include <span>
 
 namespace quorvex {
 

@@ -1,10 +1,10 @@
-#include <algorithm>
-#include <atomic>
-#include <vector>
-
 #include "foundation/engines/jpeg2000_engine.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
+
+#include <algorithm>
+#include <atomic>
+#include <vector>
 
 namespace quorvex {
 namespace {

@@ -1,8 +1,3 @@
-#include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <span>
-
 #include "codec/colour.h"
 #include "foundation/engines/jpeg2000_engine.h"
 #include "foundation/types/answer.h"
@@ -10,6 +5,11 @@
 #include "foundation/types/checked_size.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <span>
 
 namespace quorvex {
 namespace {

@@ -1,12 +1,12 @@
 #include "codec/jpeg_coding.h"
 
-#include <algorithm>
-#include <span>
-#include <vector>
-
 #include "foundation/engines/jpeg_engine.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
+
+#include <algorithm>
+#include <span>
+#include <vector>
 
 namespace quorvex {
 namespace {

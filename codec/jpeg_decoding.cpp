@@ -1,13 +1,13 @@
-#include <algorithm>
-#include <cstring>
-#include <optional>
-#include <span>
-
 #include "codec/colour.h"
 #include "foundation/engines/jpeg_engine.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "quorvex/CxImageProcessor.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <span>
 
 namespace quorvex {
 namespace {

@@ -1,10 +1,10 @@
 #include "codec/rle.h"
 
-#include <algorithm>
-#include <vector>
-
 #include "codec/rle_planes.h"
 #include "foundation/platform/pages.h"
+
+#include <algorithm>
+#include <vector>
 
 namespace quorvex {
 namespace {

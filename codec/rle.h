@@ -1,10 +1,10 @@
 /// RLE frames (DICOM PS3.5 Annex G): the segments, and where the bytes of each belong.
 #pragma once
 
+#include "codec/colour.h"
+
 #include <cstddef>
 #include <span>
-
-#include "codec/colour.h"
 
 namespace quorvex {
 

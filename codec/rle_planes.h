@@ -1,13 +1,13 @@
 /// The planes of an RLE frame, read side by side in bands that stay in the cache.
 #pragma once
 
+#include "codec/rle_header.h"
+#include "codec/rle_segment.h"
+
 #include <array>
 #include <cstddef>
 #include <span>
 #include <vector>
-
-#include "codec/rle_header.h"
-#include "codec/rle_segment.h"
 
 namespace quorvex {
 

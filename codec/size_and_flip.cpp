@@ -1,13 +1,13 @@
-#include <algorithm>
-#include <cstdint>
-#include <new>
-#include <utility>
-
 #include "foundation/raster/raster.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
 #include "quorvex/CxImageProcessor.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <new>
+#include <utility>
 
 namespace quorvex {
 namespace {

@@ -1,10 +1,10 @@
 #include "maker/configuration.h"
 
-#include <optional>
-#include <string>
-
 #include "foundation/platform/file_reader.h"
 #include "foundation/platform/host.h"
+
+#include <optional>
+#include <string>
 
 namespace quorvex {
 namespace {

@@ -1,9 +1,9 @@
 /// What "Quorvex.INI" beside the host's executable says of the maker of new objects.
 #pragma once
 
-#include <string_view>
-
 #include "quorvex/Types.h"
+
+#include <string_view>
 
 namespace quorvex {
 

@@ -1,12 +1,12 @@
-#include <algorithm>
-#include <iterator>
-#include <utility>
-
 #include "foundation/types/answer.h"
 #include "maker/frame_supply.h"
 #include "maker/pixel_attributes.h"
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace quorvex {
 namespace {

@@ -1,9 +1,9 @@
-#include <utility>
-
 #include "foundation/types/answer.h"
 #include "maker/frame_supply.h"
 #include "maker/pixel_attributes.h"
 #include "quorvex/CxDcmMaker.h"
+
+#include <utility>
 
 namespace quorvex {
 namespace {

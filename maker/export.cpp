@@ -1,12 +1,12 @@
-#include <algorithm>
-#include <memory>
-#include <utility>
-#include <vector>
-
 #include "maker/frame_supply.h"
 #include "maker/pixel_attributes.h"
 #include "maker/pixel_draft.h"
 #include "quorvex/CxDcmMaker.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+#include <vector>
 
 namespace quorvex {
 namespace {

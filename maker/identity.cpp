@@ -1,9 +1,9 @@
-#include <algorithm>
-#include <string>
-
 #include "foundation/platform/clock.h"
 #include "foundation/platform/host.h"
 #include "quorvex/CxDcmMaker.h"
+
+#include <algorithm>
+#include <string>
 
 namespace quorvex {
 namespace {

@@ -1,9 +1,9 @@
 #include "maker/pixel_attributes.h"
 
+#include "foundation/types/checked_size.h"
+
 #include <algorithm>
 #include <string>
-
-#include "foundation/types/checked_size.h"
 
 namespace quorvex {
 namespace {

@@ -1,11 +1,11 @@
 /// The attributes that describe Pixel Data, on their way from a record into an object.
 #pragma once
 
+#include "quorvex/CxDcmMaker.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-
-#include "quorvex/CxDcmMaker.h"
 
 namespace quorvex {
 

@@ -1,14 +1,14 @@
-#include <algorithm>
-#include <iterator>
-#include <memory>
-#include <utility>
-
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "maker/pixel_attributes.h"
 #include "maker/pixel_draft.h"
 #include "parser/palette_image.h"
 #include "quorvex/CxDcmMaker.h"
+
+#include <algorithm>
+#include <iterator>
+#include <memory>
+#include <utility>
 
 namespace quorvex {
 namespace {

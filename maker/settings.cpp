@@ -1,9 +1,9 @@
-#include <cstdint>
-
 #include "foundation/types/answer.h"
 #include "maker/storage_classes.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CxDcmMaker.h"
+
+#include <cstdint>
 
 namespace quorvex {
 namespace {

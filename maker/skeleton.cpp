@@ -1,9 +1,9 @@
-#include <cstdint>
-#include <memory>
-
 #include "foundation/types/answer.h"
 #include "maker/configuration.h"
 #include "quorvex/CxDcmMaker.h"
+
+#include <cstdint>
+#include <memory>
 
 namespace quorvex {
 namespace {

@@ -1,14 +1,14 @@
-#include <algorithm>
-#include <array>
-#include <cstring>
-#include <optional>
-#include <string>
-
 #include "foundation/platform/diagnostics.h"
 #include "foundation/platform/file_reader.h"
 #include "foundation/platform/pages.h"
 #include "foundation/types/answer.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <optional>
+#include <string>
 
 namespace quorvex {
 namespace {

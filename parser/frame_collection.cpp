@@ -1,12 +1,12 @@
-#include <algorithm>
-#include <array>
-#include <cstdint>
-
 #include "codec/decoders.h"
 #include "foundation/dicom/encapsulated_items.h"
 #include "parser/frame_shape.h"
 #include "parser/stored_frame.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
 
 namespace quorvex {
 namespace {

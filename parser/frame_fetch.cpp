@@ -1,7 +1,3 @@
-#include <algorithm>
-#include <memory>
-#include <utility>
-
 #include "codec/decoders.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
@@ -9,6 +5,10 @@
 #include "parser/frame_shape.h"
 #include "parser/stored_frame.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
 
 namespace quorvex {
 namespace {

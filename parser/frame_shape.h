@@ -1,12 +1,12 @@
 /// What a header says about the pixels of a frame.
 #pragma once
 
+#include "quorvex/CxImageProcessor.h"
+#include "quorvex/DicomObject.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-
-#include "quorvex/CxImageProcessor.h"
-#include "quorvex/DicomObject.h"
 
 namespace quorvex {
 

@@ -1,9 +1,9 @@
-#include <algorithm>
-#include <string>
-
 #include "foundation/dicom/resynchronise.h"
 #include "foundation/platform/diagnostics.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <algorithm>
+#include <string>
 
 namespace quorvex {
 namespace {

@@ -1,8 +1,8 @@
-#include <string>
-
 #include "foundation/platform/clock.h"
 #include "foundation/platform/host.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <string>
 
 namespace quorvex {
 namespace {

@@ -1,14 +1,14 @@
 #include "parser/palette_image.h"
 
-#include <algorithm>
-#include <cstdint>
-#include <cstring>
-#include <vector>
-
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <vector>
 
 namespace quorvex {
 namespace {

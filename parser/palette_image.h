@@ -1,14 +1,14 @@
 /// A frame of palette indices, made an 8-bit colour image.
 #pragma once
 
+#include "quorvex/CxPaletteLUT.h"
+#include "quorvex/DicomObject.h"
+
 #include <array>
 #include <cstddef>
 #include <optional>
 #include <span>
 #include <vector>
-
-#include "quorvex/CxPaletteLUT.h"
-#include "quorvex/DicomObject.h"
 
 namespace quorvex {
 

@@ -1,9 +1,9 @@
-#include <algorithm>
-#include <cstring>
-
 #include "foundation/types/answer.h"
 #include "parser/palette_segments.h"
 #include "quorvex/CxPaletteLUT.h"
+
+#include <algorithm>
+#include <cstring>
 
 namespace quorvex {
 namespace {

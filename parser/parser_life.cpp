@@ -1,9 +1,9 @@
-#include <algorithm>
-#include <atomic>
-
 #include "foundation/platform/pages.h"
 #include "parser/frame_events.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <algorithm>
+#include <atomic>
 
 namespace quorvex {
 namespace {

@@ -1,3 +1,6 @@
+#include "foundation/types/answer.h"
+#include "quorvex/CxDcmParser.h"
+
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -5,9 +8,6 @@
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "foundation/types/answer.h"
-#include "quorvex/CxDcmParser.h"
 
 namespace quorvex {
 namespace {

@@ -1,12 +1,12 @@
 /// The stored bytes of one frame: its pieces as a walk over Pixel Data shows them, joined.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <cstddef>
 #include <memory>
 #include <span>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex {
 

@@ -1,11 +1,11 @@
-#include <cstring>
-#include <memory>
-
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "parser/frame_shape.h"
 #include "parser/thumbnail_pixels.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <cstring>
+#include <memory>
 
 namespace quorvex {
 namespace {

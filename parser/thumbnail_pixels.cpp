@@ -1,12 +1,12 @@
 #include "parser/thumbnail_pixels.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstring>
-
 #include "foundation/types/saturate.h"
 #include "parser/palette_image.h"
 #include "parser/thumbnail_window.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
 
 namespace quorvex {
 namespace {

@@ -1,13 +1,13 @@
 /// A frame of any kind as bytes at its full size, for thumbnails.
 #pragma once
 
-#include <cstdint>
-#include <span>
-#include <vector>
-
 #include "parser/frame_shape.h"
 #include "quorvex/DicomObject.h"
 #include "quorvex/ResultCodes.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
 
 namespace quorvex {
 

@@ -1,10 +1,10 @@
 #include "parser/thumbnail_window.h"
 
+#include "foundation/types/saturate.h"
+
 #include <cmath>
 #include <limits>
 #include <utility>
-
-#include "foundation/types/saturate.h"
 
 namespace quorvex {
 namespace {

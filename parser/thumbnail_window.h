@@ -1,12 +1,12 @@
 /// From 16-bit values to 8 bits for a thumbnail.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <span>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex {
 

@@ -1,12 +1,12 @@
-#include <algorithm>
-#include <cmath>
-#include <tuple>
-
 #include "foundation/platform/canvas.h"
 #include "pipeline/annotation_geometry.h"
 #include "pipeline/annotation_text.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
+
+#include <algorithm>
+#include <cmath>
+#include <tuple>
 
 namespace quorvex {
 

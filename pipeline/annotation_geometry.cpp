@@ -1,5 +1,7 @@
 #include "pipeline/annotation_geometry.h"
 
+#include "quorvex/CXGSPSInfo.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -7,8 +9,6 @@
 #include <numbers>
 #include <span>
 #include <utility>
-
-#include "quorvex/CXGSPSInfo.h"
 
 namespace quorvex {
 

@@ -1,12 +1,12 @@
 /// Where annotations lie on a surface, and what lines they are.
 #pragma once
 
-#include <optional>
-#include <vector>
-
 #include "foundation/platform/canvas.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/Types.h"
+
+#include <optional>
+#include <vector>
 
 namespace quorvex {
 

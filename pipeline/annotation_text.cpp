@@ -1,11 +1,11 @@
 #include "pipeline/annotation_text.h"
 
+#include "quorvex/CXGSPSInfo.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <string_view>
-
-#include "quorvex/CXGSPSInfo.h"
 
 namespace quorvex {
 

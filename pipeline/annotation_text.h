@@ -1,11 +1,11 @@
 /// Where the lines of an annotation's text stand.
 #pragma once
 
+#include "pipeline/annotation_geometry.h"
+
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "pipeline/annotation_geometry.h"
 
 namespace quorvex {
 

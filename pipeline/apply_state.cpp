@@ -1,13 +1,13 @@
-#include <cstdint>
-#include <memory>
-#include <utility>
-
 #include "foundation/types/answer.h"
 #include "pipeline/presentation_record.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <cstdint>
+#include <memory>
+#include <utility>
 
 namespace quorvex {
 

@@ -1,15 +1,15 @@
 #include "pipeline/callers_frame.h"
 
+#include "foundation/types/checked_size.h"
+#include "pipeline/incoming_image.h"
+#include "pipeline/modality_stage.h"
+#include "pipeline/pixel_header.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <utility>
-
-#include "foundation/types/checked_size.h"
-#include "pipeline/incoming_image.h"
-#include "pipeline/modality_stage.h"
-#include "pipeline/pixel_header.h"
 
 namespace quorvex {
 

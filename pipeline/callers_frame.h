@@ -1,11 +1,11 @@
 /// Frames that a caller holds, on their way into a `CXDIPP`.
 #pragma once
 
+#include "pipeline/stored_elements.h"
+
 #include <cstddef>
 #include <optional>
 #include <span>
-
-#include "pipeline/stored_elements.h"
 
 namespace quorvex {
 

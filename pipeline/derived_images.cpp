@@ -1,8 +1,3 @@
-#include <algorithm>
-#include <cstdint>
-#include <cstring>
-#include <limits>
-
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
@@ -10,6 +5,11 @@
 #include "pipeline/supplemental_palette.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/DicomObject.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <limits>
 
 namespace quorvex {
 

@@ -1,12 +1,12 @@
 /// A device-independent bitmap that lives for one `Draw`.
 #pragma once
 
+#include "foundation/platform/surface.h"
+#include "quorvex/Types.h"
+
 #include <cstdint>
 #include <span>
 #include <vector>
-
-#include "foundation/platform/surface.h"
-#include "quorvex/Types.h"
 
 namespace quorvex {
 

@@ -1,10 +1,10 @@
 #include "pipeline/display_table.h"
 
+#include "quorvex/CXWindowing.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-
-#include "quorvex/CXWindowing.h"
 
 namespace quorvex {
 

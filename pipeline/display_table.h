@@ -1,9 +1,9 @@
 /// The table that a render job gets: a display value for every element that a pixel can hold.
 #pragma once
 
-#include <vector>
-
 #include "quorvex/CXDIPP.h"
+
+#include <vector>
 
 namespace quorvex {
 

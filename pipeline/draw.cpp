@@ -1,11 +1,11 @@
-#include <cstdint>
-#include <span>
-
 #include "foundation/platform/surface.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/saturate.h"
 #include "pipeline/dib.h"
 #include "quorvex/CXDIPP.h"
+
+#include <cstdint>
+#include <span>
 
 namespace quorvex {
 

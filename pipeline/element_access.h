@@ -1,11 +1,11 @@
 /// Typed access to elements that lie in a block of bytes.
 #pragma once
 
+#include "pipeline/stored_elements.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-
-#include "pipeline/stored_elements.h"
 
 namespace quorvex {
 

@@ -1,15 +1,15 @@
 #include "pipeline/embedded_overlay.h"
 
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "pipeline/element_access.h"
 #include "pipeline/overlay_planes.h"
 #include "pipeline/pixel_header.h"
 #include "quorvex/CLData.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
 
 namespace quorvex {
 

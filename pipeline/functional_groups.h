@@ -1,9 +1,9 @@
 /// Frames with settings of their own: the functional groups of an enhanced multi-frame object.
 #pragma once
 
-#include <optional>
-
 #include "quorvex/DicomObject.h"
+
+#include <optional>
 
 namespace quorvex {
 

@@ -1,15 +1,15 @@
 #include "pipeline/incoming_image.h"
 
-#include <algorithm>
-#include <cmath>
-#include <utility>
-
 #include "foundation/types/saturate.h"
 #include "pipeline/pixel_header.h"
 #include "pipeline/presentation_record.h"
 #include "pipeline/rgb_frame.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace quorvex {
 

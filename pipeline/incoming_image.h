@@ -2,12 +2,12 @@
 /// fail, so that the image on show survives every failure.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-
 #include "pipeline/modality_stage.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/Types.h"
+
+#include <cstdint>
+#include <memory>
 
 namespace quorvex {
 

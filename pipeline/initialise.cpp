@@ -1,6 +1,3 @@
-#include <memory>
-#include <utility>
-
 #include "foundation/types/answer.h"
 #include "pipeline/functional_groups.h"
 #include "pipeline/incoming_image.h"
@@ -11,6 +8,9 @@
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <memory>
+#include <utility>
 
 namespace quorvex {
 

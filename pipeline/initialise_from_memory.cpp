@@ -1,5 +1,3 @@
-#include <optional>
-
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "pipeline/callers_frame.h"
@@ -10,6 +8,8 @@
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
+
+#include <optional>
 
 namespace quorvex {
 

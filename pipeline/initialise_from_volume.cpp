@@ -1,10 +1,3 @@
-#include <algorithm>
-#include <cstddef>
-#include <memory>
-#include <optional>
-#include <span>
-#include <utility>
-
 #include "foundation/types/answer.h"
 #include "parser/palette_image.h"
 #include "pipeline/callers_frame.h"
@@ -18,6 +11,13 @@
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXImageCreator.h"
 #include "quorvex/CXWindowing.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+#include <utility>
 
 namespace quorvex {
 

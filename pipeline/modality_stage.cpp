@@ -1,11 +1,11 @@
 #include "pipeline/modality_stage.h"
 
+#include "pipeline/element_access.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
 #include <vector>
-
-#include "pipeline/element_access.h"
 
 namespace quorvex {
 

@@ -1,11 +1,11 @@
 /// The modality stage: a grey frame as stored becomes one of modality values, once for each frame.
 #pragma once
 
-#include <cstdint>
-
 #include "pipeline/modality_transform.h"
 #include "pipeline/stored_elements.h"
 #include "quorvex/CXDIPP.h"
+
+#include <cstdint>
 
 namespace quorvex {
 

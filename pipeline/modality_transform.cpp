@@ -1,11 +1,11 @@
 #include "pipeline/modality_transform.h"
 
+#include "foundation/types/saturate.h"
+#include "quorvex/CXGSPSInfo.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-
-#include "foundation/types/saturate.h"
-#include "quorvex/CXGSPSInfo.h"
 
 namespace quorvex {
 

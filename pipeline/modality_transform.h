@@ -1,11 +1,11 @@
 /// From stored values to modality values.
 #pragma once
 
+#include "pipeline/stored_elements.h"
+
 #include <cstdint>
 #include <optional>
 #include <span>
-
-#include "pipeline/stored_elements.h"
 
 namespace quorvex {
 

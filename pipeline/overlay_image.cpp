@@ -1,15 +1,15 @@
 #include "pipeline/overlay_image.h"
 
-#include <algorithm>
-#include <cstdint>
-#include <vector>
-
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "pipeline/overlay_planes.h"
 #include "quorvex/CLData.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/DicomObject.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
 
 namespace quorvex {
 

@@ -1,11 +1,11 @@
 /// Overlay planes drawn into an overlay image: a byte image of the size of the picture.
 #pragma once
 
+#include "pipeline/bit_planes.h"
+
 #include <cstddef>
 #include <optional>
 #include <span>
-
-#include "pipeline/bit_planes.h"
 
 namespace quorvex {
 

@@ -1,16 +1,16 @@
 #include "pipeline/overlay_layer.h"
 
-#include <algorithm>
-#include <cstring>
-#include <limits>
-#include <new>
-#include <utility>
-
 #include "foundation/types/checked_size.h"
 #include "pipeline/embedded_overlay.h"
 #include "pipeline/overlay_image.h"
 #include "pipeline/overlay_planes.h"
 #include "pipeline/stored_elements.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <new>
+#include <utility>
 
 namespace quorvex {
 

@@ -1,10 +1,10 @@
 /// Overlays as a render job takes them.
 #pragma once
 
-#include <span>
-
 #include "quorvex/CXDIPP.h"
 #include "quorvex/Types.h"
+
+#include <span>
 
 namespace quorvex {
 

@@ -1,9 +1,9 @@
 #include "pipeline/overlay_planes.h"
 
+#include "quorvex/DicomObject.h"
+
 #include <algorithm>
 #include <cstddef>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex {
 

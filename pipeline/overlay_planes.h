@@ -1,12 +1,12 @@
 /// The overlay planes of a data set: groups (6000,xxxx) to (601E,xxxx).
 #pragma once
 
+#include "pipeline/bit_planes.h"
+
 #include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
-
-#include "pipeline/bit_planes.h"
 
 namespace quorvex {
 

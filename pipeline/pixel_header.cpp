@@ -1,10 +1,10 @@
 #include "pipeline/pixel_header.h"
 
-#include <cstdint>
-#include <limits>
-
 #include "foundation/types/checked_size.h"
 #include "quorvex/DicomObject.h"
+
+#include <cstdint>
+#include <limits>
 
 namespace quorvex {
 

@@ -1,11 +1,11 @@
 /// What a header says about the pixels of its frames.
 #pragma once
 
-#include <cstddef>
-#include <optional>
-
 #include "pipeline/stored_elements.h"
 #include "quorvex/Types.h"
+
+#include <cstddef>
+#include <optional>
 
 namespace quorvex {
 

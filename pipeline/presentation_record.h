@@ -1,9 +1,9 @@
 /// Presentation records as `CXDIPP` holds them.
 #pragma once
 
-#include <memory>
-
 #include "quorvex/Types.h"
+
+#include <memory>
 
 namespace quorvex {
 

@@ -1,10 +1,3 @@
-#include <algorithm>
-#include <cmath>
-#include <cstring>
-#include <limits>
-#include <optional>
-#include <utility>
-
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "pipeline/display_table.h"
@@ -13,6 +6,13 @@
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXImageCreator.h"
 #include "quorvex/CXWindowing.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <optional>
+#include <utility>
 
 namespace quorvex {
 

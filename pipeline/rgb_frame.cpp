@@ -1,12 +1,12 @@
 #include "pipeline/rgb_frame.h"
 
+#include "pipeline/pixel_header.h"
+#include "pipeline/stored_elements.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <utility>
-
-#include "pipeline/pixel_header.h"
-#include "pipeline/stored_elements.h"
 
 namespace quorvex {
 

@@ -1,15 +1,15 @@
 #include "pipeline/shown_shutter.h"
 
+#include "foundation/types/checked_size.h"
+#include "pipeline/stored_elements.h"
+#include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CXImageCreator.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <numeric>
 #include <span>
-
-#include "foundation/types/checked_size.h"
-#include "pipeline/stored_elements.h"
-#include "quorvex/CXGSPSInfo.h"
-#include "quorvex/CXImageCreator.h"
 
 namespace quorvex {
 

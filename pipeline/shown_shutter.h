@@ -1,9 +1,9 @@
 /// A shutter on the way into a render job.
 #pragma once
 
-#include <array>
-
 #include "quorvex/CXDIPP.h"
+
+#include <array>
 
 namespace quorvex {
 

@@ -1,13 +1,13 @@
-#include <cstring>
-#include <memory>
-#include <tuple>
-#include <utility>
-
 #include "pipeline/stored_elements.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <cstring>
+#include <memory>
+#include <tuple>
+#include <utility>
 
 namespace quorvex {
 

@@ -1,5 +1,9 @@
 #include "pipeline/stored_elements.h"
 
+#include "foundation/types/block.h"
+#include "foundation/types/checked_size.h"
+#include "pipeline/element_access.h"
+
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -7,10 +11,6 @@
 #include <span>
 #include <type_traits>
 #include <utility>
-
-#include "foundation/types/block.h"
-#include "foundation/types/checked_size.h"
-#include "pipeline/element_access.h"
 
 namespace quorvex {
 
@@ -73,7 +73,7 @@ ValueSpan SpanOf(const unsigned char* elements, std::size_t count) {
     // Words are compared as signed numbers, which every vector unit can do.
     constexpr bool isTurned = std::is_same_v<Element, std::uint16_t>;
     using Compared = std::conditional_t<isTurned, std::int16_t, Element>;
-    constexpr Element kTurn = isTurned ? 0x8000 : 0;
+    constexpr auto kTurn = static_cast<Element>(isTurned ? 0x8000U : 0U);
     Compared low = std::numeric_limits<Compared>::max();
     Compared high = std::numeric_limits<Compared>::lowest();
     for (std::size_t i = 0; i < count; ++i) {

@@ -1,10 +1,10 @@
 /// The pixels of a grey frame as whole numbers of 1, 2 or 4 bytes that hold their stored values.
 #pragma once
 
+#include "quorvex/CXDIPP.h"
+
 #include <cstddef>
 #include <cstdint>
-
-#include "quorvex/CXDIPP.h"
 
 namespace quorvex {
 

@@ -1,10 +1,10 @@
-#include <algorithm>
-#include <cmath>
-
 #include "foundation/types/saturate.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace quorvex {
 

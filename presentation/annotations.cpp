@@ -1,9 +1,9 @@
-#include <memory>
-
 #include "presentation/attributes.h"
 #include "presentation/reference_matching.h"
 #include "presentation/tags.h"
 #include "quorvex/CXGSPSObject.h"
+
+#include <memory>
 
 namespace quorvex {
 namespace {
@@ -34,7 +34,7 @@ void ReadWord(const CDcmItem& item, std::uint32_t wordTag, const Word (&words)[N
 }
 
 double* NewCoordinates(const ValuePair<float>& pair) {
-    return new double[2]{double{pair.first}, double{pair.second}};
+    return new double[2]{static_cast<double>(pair.first), static_cast<double>(pair.second)};
 }
 
 void ReadBoundingBox(const CDcmItem& item, GSPSTextObject& text) {
@@ -99,7 +99,7 @@ int CXGSPSObject::ProcessAnnotationGraphic(CDcmItem item, CXGSPSInfo* info) {
     ReadWord(item, tag::kGraphicType, kGraphicTypes, kEllipse, graphic->graphicType);
     graphic->filled = TextIs(item, tag::kGraphicFilled, "Y") ? 1 : 0;
     ForEachPair<float>(item, tag::kGraphicData, [&](const ValuePair<float>& pair) {
-        const GSPSPoint point{double{pair.first}, double{pair.second}};
+        const GSPSPoint point{static_cast<double>(pair.first), static_cast<double>(pair.second)};
         AddOwned(graphic->points, std::make_unique<GSPSPoint>(point));
     });
     AddOwned(info->graphicObjects, std::move(graphic));

@@ -1,9 +1,9 @@
 #include "presentation/attribute_writing.h"
 
+#include "presentation/tags.h"
+
 #include <cstddef>
 #include <string>
-
-#include "presentation/tags.h"
 
 namespace quorvex {
 namespace {

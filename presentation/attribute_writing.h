@@ -1,11 +1,11 @@
 /// Writes of attributes as the presentation modules want them: pairs, items, words for numbers.
 #pragma once
 
-#include <cstdint>
-#include <utility>
-
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/DicomObject.h"
+
+#include <cstdint>
+#include <utility>
 
 namespace quorvex {
 

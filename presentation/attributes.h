@@ -1,10 +1,10 @@
 /// Reads of attributes as the presentation readers want them: there, or not there.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <cstdint>
 #include <optional>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex {
 

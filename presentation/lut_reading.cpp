@@ -1,12 +1,12 @@
+#include "presentation/attributes.h"
+#include "presentation/tags.h"
+#include "quorvex/CXGSPSObject.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <optional>
 #include <span>
-
-#include "presentation/attributes.h"
-#include "presentation/tags.h"
-#include "quorvex/CXGSPSObject.h"
 
 namespace quorvex {
 namespace {

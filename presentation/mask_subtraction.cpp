@@ -1,12 +1,12 @@
 #include "presentation/mask_subtraction.h"
 
-#include <algorithm>
-#include <cstddef>
-#include <memory>
-
 #include "presentation/attributes.h"
 #include "presentation/tags.h"
 #include "quorvex/CXGSPSObject.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
 
 namespace quorvex {
 namespace {

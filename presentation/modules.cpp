@@ -1,8 +1,8 @@
-#include <iterator>
-#include <utility>
-
 #include "foundation/types/answer.h"
 #include "quorvex/CXGSPSObject.h"
+
+#include <iterator>
+#include <utility>
 
 namespace quorvex {
 

@@ -1,6 +1,6 @@
-#include <memory>
-
 #include "quorvex/CXGSPSInfo.h"
+
+#include <memory>
 
 namespace quorvex {
 namespace {

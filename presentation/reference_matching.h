@@ -1,9 +1,9 @@
 /// Which parts of a presentation state apply to which image.
 #pragma once
 
-#include <cstdint>
-
 #include "quorvex/DicomObject.h"
+
+#include <cstdint>
 
 namespace quorvex {
 

@@ -1,7 +1,3 @@
-#include <algorithm>
-#include <cstddef>
-#include <span>
-
 #include "foundation/platform/region.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
@@ -10,6 +6,10 @@
 #include "presentation/shutter_size.h"
 #include "presentation/tags.h"
 #include "quorvex/CXGSPSObject.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <span>
 
 namespace quorvex {
 namespace {

@@ -1,12 +1,12 @@
-#include <algorithm>
-#include <memory>
-#include <string_view>
-
 #include "foundation/types/saturate.h"
 #include "presentation/attributes.h"
 #include "presentation/reference_matching.h"
 #include "presentation/tags.h"
 #include "quorvex/CXGSPSObject.h"
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
 
 namespace quorvex {
 namespace {

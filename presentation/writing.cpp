@@ -1,14 +1,14 @@
-#include <algorithm>
-#include <cstdint>
-#include <memory>
-#include <span>
-
 #include "foundation/types/answer.h"
 #include "presentation/attribute_writing.h"
 #include "presentation/attributes.h"
 #include "presentation/tags.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmMaker.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <span>
 
 namespace quorvex {
 namespace {

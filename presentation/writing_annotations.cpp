@@ -1,11 +1,11 @@
+#include "presentation/attribute_writing.h"
+#include "presentation/tags.h"
+#include "quorvex/CXGSPSObject.h"
+
 #include <array>
 #include <span>
 #include <string>
 #include <utility>
-
-#include "presentation/attribute_writing.h"
-#include "presentation/tags.h"
-#include "quorvex/CXGSPSObject.h"
 
 namespace quorvex {
 namespace {

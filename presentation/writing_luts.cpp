@@ -1,8 +1,8 @@
-#include <span>
-
 #include "presentation/attribute_writing.h"
 #include "presentation/tags.h"
 #include "quorvex/CXGSPSObject.h"
+
+#include <span>
 
 namespace quorvex {
 namespace {

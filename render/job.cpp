@@ -1,10 +1,10 @@
-#include <cstdint>
-#include <cstring>
-
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "quorvex/CXWindowing.h"
 #include "render/job_rules.h"
+
+#include <cstdint>
+#include <cstring>
 
 namespace quorvex {
 namespace {

@@ -1,11 +1,11 @@
 /// What the stages of a render job agree on.
 #pragma once
 
+#include "quorvex/CXImageCreator.h"
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
-
-#include "quorvex/CXImageCreator.h"
 
 namespace quorvex {
 

@@ -1,11 +1,11 @@
-#include <cstdint>
-#include <cstring>
-#include <vector>
-
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "quorvex/CXWindowing.h"
 #include "render/job_rules.h"
+
+#include <cstdint>
+#include <cstring>
+#include <vector>
 
 namespace quorvex {
 namespace {

@@ -1,7 +1,7 @@
+#include "render/job_rules.h"
+
 #include <cstdint>
 #include <cstring>
-
-#include "render/job_rules.h"
 
 namespace quorvex {
 namespace {

@@ -1,6 +1,6 @@
-#include <array>
-
 #include "render/job_rules.h"
+
+#include <array>
 
 namespace quorvex {
 namespace {

@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include "quorvex/ResultCodes.h"
 #include "quorvex/Types.h"
+
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

@@ -1,10 +1,10 @@
 /// Argument texts as values. Every text that does not fit is a WrongUsage.
 #pragma once
 
-#include <string>
-
 #include "quorvex/Types.h"
 #include "verbs.h"
+
+#include <string>
 
 namespace quorvex::tools {
 

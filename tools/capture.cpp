@@ -1,13 +1,13 @@
 // quorvex capture: pictures as an object of a patient's study.
-#include <algorithm>
-#include <memory>
-
 #include "convert_target.h"
 #include "object_output.h"
 #include "png_reader.h"
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
 #include "verbs.h"
+
+#include <algorithm>
+#include <memory>
 
 namespace quorvex::tools {
 namespace {

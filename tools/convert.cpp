@@ -1,13 +1,4 @@
 // quorvex convert: files, folders and lists into another transfer syntax.
-#include <signal.h>
-
-#include <algorithm>
-#include <chrono>
-#include <exception>
-#include <memory>
-#include <mutex>
-#include <thread>
-
 #include "convert_job.h"
 #include "convert_summary.h"
 #include "object_output.h"
@@ -15,6 +6,14 @@
 #include "progress.h"
 #include "verbs.h"
 #include "work_folder.h"
+
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <signal.h>
+#include <thread>
 
 namespace quorvex::tools {
 namespace {

@@ -1,14 +1,5 @@
 #include "convert_job.h"
 
-#include <unistd.h>
-
-#include <array>
-#include <chrono>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <new>
-
 #include "object_output.h"
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
@@ -16,6 +7,14 @@
 #include "source_checks.h"
 #include "verify.h"
 #include "work_folder.h"
+
+#include <array>
+#include <chrono>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <unistd.h>
 
 namespace quorvex::tools {
 namespace {

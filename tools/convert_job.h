@@ -1,11 +1,11 @@
 /// One file on its way into another transfer syntax.
 #pragma once
 
-#include <string>
-
 #include "convert_target.h"
 #include "file_list.h"
 #include "manifest.h"
+
+#include <string>
 
 namespace quorvex::tools {
 

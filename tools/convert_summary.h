@@ -1,13 +1,13 @@
 /// What a conversion came to.
 #pragma once
 
+#include "manifest.h"
+#include "report.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
-
-#include "manifest.h"
-#include "report.h"
 
 namespace quorvex::tools {
 

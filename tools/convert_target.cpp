@@ -1,9 +1,9 @@
 #include "convert_target.h"
 
+#include "report.h"
+
 #include <algorithm>
 #include <array>
-
-#include "report.h"
 
 namespace quorvex::tools {
 namespace {

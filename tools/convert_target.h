@@ -1,10 +1,10 @@
 /// The transfer syntaxes that images can be brought into.
 #pragma once
 
-#include <string>
-
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
+
+#include <string>
 
 namespace quorvex::tools {
 

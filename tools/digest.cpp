@@ -1,13 +1,12 @@
 #include "digest.h"
 
-#include <openssl/evp.h>
+#include "report.h"
 
 #include <array>
 #include <cstdio>
 #include <memory>
+#include <openssl/evp.h>
 #include <vector>
-
-#include "report.h"
 
 namespace quorvex::tools {
 namespace {

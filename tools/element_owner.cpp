@@ -1,8 +1,8 @@
 #include "element_owner.h"
 
-#include <string_view>
-
 #include "element_value.h"
+
+#include <string_view>
 
 namespace quorvex::tools {
 namespace {

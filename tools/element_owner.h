@@ -1,12 +1,12 @@
 /// Which item holds the element that a walk has reached, so that its text can be decoded there.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::tools {
 

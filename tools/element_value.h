@@ -1,10 +1,10 @@
 /// The value of one element, as text for a reader and as JSON for a program.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <string>
 #include <string_view>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::tools {
 

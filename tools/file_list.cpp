@@ -1,10 +1,10 @@
 #include "file_list.h"
 
+#include "report.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
-
-#include "report.h"
 
 namespace quorvex::tools {
 namespace {

@@ -1,9 +1,9 @@
 #include "flat_json.h"
 
+#include "quorvex/Types.h"
+
 #include <array>
 #include <charconv>
-
-#include "quorvex/Types.h"
 
 namespace quorvex::tools {
 namespace {

@@ -1,10 +1,10 @@
 // quorvex frame: decoded frames as raw pixels.
-#include <memory>
-#include <span>
-
 #include "output_file.h"
 #include "quorvex/CxDcmParser.h"
 #include "verbs.h"
+
+#include <memory>
+#include <span>
 
 namespace quorvex::tools {
 namespace {

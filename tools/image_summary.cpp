@@ -1,9 +1,9 @@
 #include "image_summary.h"
 
+#include "preamble.h"
+
 #include <algorithm>
 #include <array>
-
-#include "preamble.h"
 
 namespace quorvex::tools {
 namespace {

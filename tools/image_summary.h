@@ -1,12 +1,12 @@
 /// What an object says about its image, in one place.
 #pragma once
 
+#include "named_facts.h"
+#include "quorvex/CxDcmParser.h"
+
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "named_facts.h"
-#include "quorvex/CxDcmParser.h"
 
 namespace quorvex::tools {
 

@@ -1,10 +1,10 @@
 // What `quorvex info --json` gives to a program.
-#include <array>
-#include <cstdio>
-
 #include "element_owner.h"
 #include "element_value.h"
 #include "info_report.h"
+
+#include <array>
+#include <cstdio>
 
 namespace quorvex::tools {
 namespace {

@@ -1,9 +1,9 @@
 /// The two forms in which `quorvex info` shows a file.
 #pragma once
 
-#include <string>
-
 #include "image_summary.h"
+
+#include <string>
 
 namespace quorvex::tools {
 

@@ -1,13 +1,13 @@
 // What `quorvex info` shows to a reader.
-#include <algorithm>
-#include <array>
-#include <cstdio>
-#include <string_view>
-
 #include "element_owner.h"
 #include "element_value.h"
 #include "info_report.h"
 #include "report.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <string_view>
 
 namespace quorvex::tools {
 namespace {

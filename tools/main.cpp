@@ -1,10 +1,10 @@
 // The quorvex command: its verbs and their arguments.
+#include "arguments.h"
+#include "verbs.h"
+
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <new>
-
-#include "arguments.h"
-#include "verbs.h"
 
 namespace quorvex::tools {
 namespace {

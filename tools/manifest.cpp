@@ -1,21 +1,20 @@
 #include "manifest.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "element_value.h"
+#include "flat_json.h"
+#include "quorvex/Types.h"
+#include "report.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <fcntl.h>
 #include <fstream>
 #include <map>
-
-#include "element_value.h"
-#include "flat_json.h"
-#include "quorvex/Types.h"
-#include "report.h"
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace quorvex::tools {
 namespace {

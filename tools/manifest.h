@@ -1,12 +1,12 @@
 /// What became of every input, one JSON object a line: the memory of a long conversion.
 #pragma once
 
+#include "digest.h"
+
 #include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
-
-#include "digest.h"
 
 namespace quorvex::tools {
 

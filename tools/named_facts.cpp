@@ -1,9 +1,9 @@
 #include "named_facts.h"
 
-#include <span>
-
 #include "element_value.h"
 #include "report.h"
+
+#include <span>
 
 namespace quorvex::tools {
 namespace {

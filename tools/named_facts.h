@@ -1,11 +1,11 @@
 /// What an object says about its shutters, annotations and masks, attribute by attribute.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::tools {
 

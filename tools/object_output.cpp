@@ -1,16 +1,15 @@
 #include "object_output.h"
 
-#include <sys/stat.h>
-
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
-#include <vector>
-
 #include "output_file.h"
 #include "output_place.h"
 #include "report.h"
 #include "work_folder.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <sys/stat.h>
+#include <vector>
 
 namespace quorvex::tools {
 namespace {

@@ -1,11 +1,11 @@
 /// Objects on their way to where they are wanted.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <cstdio>
 #include <stdexcept>
 #include <string>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::tools {
 

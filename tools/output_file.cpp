@@ -1,18 +1,17 @@
 #include "output_file.h"
 
-#include <fcntl.h>
-#include <signal.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "report.h"
 
 #include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
-
-#include "report.h"
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace quorvex::tools {
 namespace {

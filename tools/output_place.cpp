@@ -1,12 +1,11 @@
 #include "output_place.h"
 
-#include <sys/stat.h>
+#include "report.h"
 
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-
-#include "report.h"
+#include <sys/stat.h>
 
 namespace quorvex::tools {
 namespace {

@@ -1,8 +1,8 @@
 // quorvex phantom: sample objects for trying things out.
-#include <filesystem>
-
 #include "phantom_objects.h"
 #include "verbs.h"
+
+#include <filesystem>
 
 namespace quorvex::tools {
 namespace {

@@ -1,10 +1,10 @@
 /// The pictures of the sample objects.
 #pragma once
 
+#include "quorvex/Types.h"
+
 #include <cstdint>
 #include <vector>
-
-#include "quorvex/Types.h"
 
 namespace quorvex::tools {
 

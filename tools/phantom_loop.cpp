@@ -1,11 +1,11 @@
 // The ultrasound-like loop: a beating chamber in a fan of speckle, with coloured flow.
+#include "phantom_images.h"
+#include "phantom_shapes.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
-
-#include "phantom_images.h"
-#include "phantom_shapes.h"
 
 namespace quorvex::tools {
 namespace {

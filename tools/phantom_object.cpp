@@ -1,8 +1,8 @@
 #include "phantom_object.h"
 
-#include <algorithm>
-
 #include "report.h"
+
+#include <algorithm>
 
 namespace quorvex::tools {
 namespace {

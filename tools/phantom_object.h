@@ -1,12 +1,12 @@
 /// Sample objects under construction: attributes from tables, pixels from memory.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <cstdint>
 #include <span>
 #include <string>
 #include <variant>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::tools {
 

@@ -1,10 +1,10 @@
 /// The sample objects themselves.
 #pragma once
 
-#include <memory>
-
 #include "phantom_object.h"
 #include "quorvex/Types.h"
+
+#include <memory>
 
 namespace quorvex::tools {
 

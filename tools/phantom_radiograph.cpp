@@ -1,11 +1,11 @@
 // The radiograph-like view: how much radiation passes through a chest of ellipsoids.
+#include "phantom_images.h"
+#include "phantom_shapes.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <span>
-
-#include "phantom_images.h"
-#include "phantom_shapes.h"
 
 namespace quorvex::tools {
 namespace {

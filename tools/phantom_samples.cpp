@@ -1,10 +1,10 @@
 // The three images among the sample objects.
+#include "phantom_images.h"
+#include "phantom_objects.h"
+
 #include <array>
 #include <bit>
 #include <vector>
-
-#include "phantom_images.h"
-#include "phantom_objects.h"
 
 namespace quorvex::tools {
 namespace {

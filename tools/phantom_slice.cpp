@@ -1,10 +1,10 @@
 // The CT-like slice: overlaid ellipses in Hounsfield units, with noise.
+#include "phantom_images.h"
+#include "phantom_shapes.h"
+
 #include <cmath>
 #include <numbers>
 #include <span>
-
-#include "phantom_images.h"
-#include "phantom_shapes.h"
 
 namespace quorvex::tools {
 namespace {

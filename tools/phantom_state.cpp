@@ -1,7 +1,7 @@
 // The presentation state that goes with the slice.
-#include <array>
-
 #include "phantom_objects.h"
+
+#include <array>
 
 namespace quorvex::tools {
 namespace {

@@ -1,8 +1,7 @@
 #include "png_reader.h"
 
-#include <png.h>
-
 #include <memory>
+#include <png.h>
 
 namespace quorvex::tools {
 

@@ -1,9 +1,9 @@
 /// Pictures from PNG files.
 #pragma once
 
-#include <string>
-
 #include "png_writer.h"
+
+#include <string>
 
 namespace quorvex::tools {
 

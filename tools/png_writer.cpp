@@ -1,12 +1,11 @@
 #include "png_writer.h"
 
-#include <png.h>
+#include "output_file.h"
+#include "report.h"
 
 #include <csetjmp>
 #include <exception>
-
-#include "output_file.h"
-#include "report.h"
+#include <png.h>
 
 namespace quorvex::tools {
 namespace {

@@ -1,12 +1,11 @@
 #include "progress.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
 #include <string>
+#include <unistd.h>
 
 namespace quorvex::tools {
 namespace {

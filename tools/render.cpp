@@ -1,11 +1,4 @@
 // quorvex render: an image as a viewer would show it.
-#include <algorithm>
-#include <cmath>
-#include <cstdint>
-#include <memory>
-#include <tuple>
-#include <utility>
-
 #include "output_file.h"
 #include "png_writer.h"
 #include "quorvex/CLData.h"
@@ -13,6 +6,13 @@
 #include "quorvex/CxDcmParser.h"
 #include "state_file.h"
 #include "verbs.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <memory>
+#include <tuple>
+#include <utility>
 
 namespace quorvex::tools {
 namespace {

@@ -1,12 +1,12 @@
 #include "report.h"
 
+#include "progress.h"
+#include "quorvex/Types.h"
+
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-
-#include "progress.h"
-#include "quorvex/Types.h"
 
 namespace quorvex::tools {
 namespace {

@@ -1,11 +1,11 @@
 /// How the command tells its user what went wrong, and what it answers the shell.
 #pragma once
 
+#include "quorvex/ResultCodes.h"
+
 #include <stdexcept>
 #include <string>
 #include <string_view>
-
-#include "quorvex/ResultCodes.h"
 
 namespace quorvex::tools {
 

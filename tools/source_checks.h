@@ -1,11 +1,11 @@
 /// What keeps an object from being converted.
 #pragma once
 
-#include <string>
-
 #include "convert_target.h"
 #include "manifest.h"
 #include "quorvex/ResultCodes.h"
+
+#include <string>
 
 namespace quorvex::tools {
 

@@ -1,11 +1,11 @@
 // quorvex state: how images are to be shown, as an object of its own.
-#include <memory>
-
 #include "object_output.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmParser.h"
 #include "state_record.h"
 #include "verbs.h"
+
+#include <memory>
 
 namespace quorvex::tools {
 namespace {

@@ -1,10 +1,10 @@
 // What `quorvex state` is to put into a state.
+#include "arguments.h"
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string_view>
-
-#include "arguments.h"
 
 namespace quorvex::tools {
 namespace {

@@ -1,10 +1,10 @@
 /// A presentation state, checked against the image that it is for.
 #pragma once
 
-#include <string>
-
 #include "quorvex/CxDcmParser.h"
 #include "report.h"
+
+#include <string>
 
 namespace quorvex::tools {
 

@@ -1,10 +1,10 @@
 #include "state_record.h"
 
+#include "quorvex/CXGSPSObject.h"
+
 #include <algorithm>
 #include <cmath>
 #include <memory>
-
-#include "quorvex/CXGSPSObject.h"
 
 namespace quorvex::tools {
 namespace {

@@ -1,9 +1,4 @@
 // quorvex thumbnail: small pictures of images.
-#include <algorithm>
-#include <cmath>
-#include <memory>
-#include <span>
-
 #include "file_list.h"
 #include "output_file.h"
 #include "output_place.h"
@@ -11,6 +6,11 @@
 #include "progress.h"
 #include "quorvex/CxDcmParser.h"
 #include "verbs.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <span>
 
 namespace quorvex::tools {
 namespace {

@@ -4,13 +4,13 @@
 /// EnvironmentFailure for the rest.
 #pragma once
 
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "file_list.h"
 #include "quorvex/Types.h"
 #include "report.h"
+
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace quorvex::tools {
 

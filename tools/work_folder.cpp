@@ -1,7 +1,6 @@
 #include "work_folder.h"
 
-#include <signal.h>
-#include <unistd.h>
+#include "report.h"
 
 #include <array>
 #include <cerrno>
@@ -9,8 +8,8 @@
 #include <filesystem>
 #include <fstream>
 #include <optional>
-
-#include "report.h"
+#include <signal.h>
+#include <unistd.h>
 
 namespace quorvex::tools {
 namespace {

@@ -1,13 +1,13 @@
-#include <algorithm>
-#include <limits>
-#include <span>
-#include <utility>
-
 #include "foundation/types/answer.h"
 #include "foundation/types/saturate.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
 #include "windowing/window_arithmetic.h"
+
+#include <algorithm>
+#include <limits>
+#include <span>
+#include <utility>
 
 namespace quorvex {
 namespace {

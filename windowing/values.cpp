@@ -1,9 +1,9 @@
-#include <algorithm>
-
 #include "foundation/types/answer.h"
 #include "foundation/types/saturate.h"
 #include "quorvex/CXWindowing.h"
 #include "windowing/window_arithmetic.h"
+
+#include <algorithm>
 
 namespace quorvex {
 namespace {

@@ -1,9 +1,9 @@
 #include "windowing/window_arithmetic.h"
 
+#include "foundation/types/saturate.h"
+
 #include <algorithm>
 #include <cstddef>
-
-#include "foundation/types/saturate.h"
 
 namespace quorvex {
 namespace {

@@ -1,8 +1,8 @@
-#include <algorithm>
-#include <span>
-
 #include "quorvex/CXWindowing.h"
 #include "windowing/window_arithmetic.h"
+
+#include <algorithm>
+#include <span>
 
 namespace quorvex {
 namespace {

@@ -1,10 +1,10 @@
 /// The bytes of a file or stream, pulled piece by piece into one growing buffer.
 #pragma once
 
+#include "foundation/dicom/element.h"
+
 #include <cstddef>
 #include <memory>
-
-#include "foundation/dicom/element.h"
 
 namespace quorvex::dicom {
 

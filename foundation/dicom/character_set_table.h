@@ -1,10 +1,10 @@
 /// The coded character sets: their names in (0008,0005), their escapes, their encodings.
 #pragma once
 
+#include "foundation/dicom/text_codec.h"
+
 #include <cstdint>
 #include <string_view>
-
-#include "foundation/dicom/text_codec.h"
 
 namespace quorvex::dicom {
 

@@ -1,9 +1,9 @@
 #include "foundation/dicom/cursors.h"
 
-#include <algorithm>
-
 #include "foundation/dicom/byte_order.h"
 #include "foundation/dicom/element_values.h"
+
+#include <algorithm>
 
 namespace quorvex::dicom {
 namespace {

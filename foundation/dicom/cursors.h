@@ -1,16 +1,16 @@
 /// Going from value to value through an attribute.
 #pragma once
 
+#include "foundation/dicom/data_set.h"
+#include "foundation/dicom/numbers.h"
+#include "quorvex/DicomObject.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "foundation/dicom/data_set.h"
-#include "foundation/dicom/numbers.h"
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::dicom {
 

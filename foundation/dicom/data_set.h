@@ -2,6 +2,8 @@
 /// owned by the elements.
 #pragma once
 
+#include "foundation/dicom/element.h"
+
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -9,8 +11,6 @@
 #include <string_view>
 #include <utility>
 #include <vector>
-
-#include "foundation/dicom/element.h"
 
 namespace quorvex::dicom {
 

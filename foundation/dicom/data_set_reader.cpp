@@ -1,13 +1,13 @@
 #include "foundation/dicom/data_set_reader.h"
 
+#include "foundation/dicom/element_reader.h"
+#include "foundation/dicom/inflate.h"
+#include "foundation/dicom/transfer_syntax.h"
+
 #include <algorithm>
 #include <cstring>
 #include <optional>
 #include <string>
-
-#include "foundation/dicom/element_reader.h"
-#include "foundation/dicom/inflate.h"
-#include "foundation/dicom/transfer_syntax.h"
 
 namespace quorvex::dicom {
 namespace {

@@ -1,12 +1,12 @@
 /// Whole data sets: Part 10 files and bare streams, in whatever way their bytes are really written.
 #pragma once
 
+#include "foundation/dicom/byte_feed.h"
+#include "foundation/dicom/data_set.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-
-#include "foundation/dicom/byte_feed.h"
-#include "foundation/dicom/data_set.h"
 
 namespace quorvex::dicom {
 

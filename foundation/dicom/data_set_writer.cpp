@@ -1,13 +1,13 @@
 #include "foundation/dicom/data_set_writer.h"
 
-#include <algorithm>
-
 #include "foundation/dicom/byte_order.h"
 #include "foundation/dicom/element_header.h"
 #include "foundation/dicom/encapsulated_items.h"
 #include "foundation/dicom/native_frames.h"
 #include "foundation/dicom/text_target.h"
 #include "foundation/dicom/value_representation.h"
+
+#include <algorithm>
 
 namespace quorvex::dicom {
 namespace {

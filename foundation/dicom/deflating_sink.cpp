@@ -1,10 +1,9 @@
 #include "foundation/dicom/deflating_sink.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <array>
 #include <new>
+#include <zlib.h>
 
 namespace quorvex::dicom {
 namespace {

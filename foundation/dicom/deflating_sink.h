@@ -1,10 +1,10 @@
 /// Deflates what is put, as Deflated Explicit VR Little Endian has it: without any header.
 #pragma once
 
+#include "foundation/dicom/byte_sink.h"
+
 #include <memory>
 #include <vector>
-
-#include "foundation/dicom/byte_sink.h"
 
 namespace quorvex::dicom {
 

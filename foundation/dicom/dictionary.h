@@ -1,9 +1,9 @@
 /// The standard's data elements.
 #pragma once
 
-#include <cstdint>
-
 #include "quorvex/DicomObject.h"
+
+#include <cstdint>
 
 namespace quorvex::dicom {
 

@@ -1,14 +1,14 @@
 /// One element of a data set: its tag, and where its value lies.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <variant>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::dicom {
 

@@ -1,11 +1,11 @@
 /// The header of an element as a file writes it: tag, VR, length.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-
 #include "foundation/dicom/byte_order.h"
 #include "foundation/dicom/data_set.h"
+
+#include <cstddef>
+#include <cstdint>
 
 namespace quorvex::dicom {
 

@@ -1,11 +1,11 @@
 #include "foundation/dicom/element_reader.h"
 
+#include "foundation/dicom/dictionary.h"
+#include "foundation/dicom/value_representation.h"
+
 #include <algorithm>
 #include <iterator>
 #include <utility>
-
-#include "foundation/dicom/dictionary.h"
-#include "foundation/dicom/value_representation.h"
 
 namespace quorvex::dicom {
 namespace {

@@ -4,15 +4,15 @@
 /// is cut. Nesting ends at `kDeepestNesting`, so that the reading may recurse.
 #pragma once
 
+#include "foundation/dicom/byte_feed.h"
+#include "foundation/dicom/element_header.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "foundation/dicom/byte_feed.h"
-#include "foundation/dicom/element_header.h"
 
 namespace quorvex::dicom {
 

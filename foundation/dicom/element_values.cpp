@@ -1,12 +1,12 @@
 #include "foundation/dicom/element_values.h"
 
-#include <algorithm>
-#include <bit>
-
 #include "foundation/dicom/byte_order.h"
 #include "foundation/dicom/dictionary.h"
 #include "foundation/dicom/text_codec.h"
 #include "foundation/types/utf.h"
+
+#include <algorithm>
+#include <bit>
 
 namespace quorvex::dicom {
 namespace {

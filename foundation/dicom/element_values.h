@@ -1,15 +1,15 @@
 /// The values of one element: how many, how long, and each as a number or as text.
 #pragma once
 
+#include "foundation/dicom/data_set.h"
+#include "foundation/dicom/numbers.h"
+#include "foundation/dicom/value_representation.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include "foundation/dicom/data_set.h"
-#include "foundation/dicom/numbers.h"
-#include "foundation/dicom/value_representation.h"
 
 namespace quorvex::dicom {
 

@@ -1,10 +1,10 @@
 /// Encapsulated Pixel Data that lies in a buffer: its items, found by their lengths.
 #pragma once
 
-#include <vector>
-
 #include "foundation/dicom/element.h"
 #include "foundation/dicom/frame_boundaries.h"
+
+#include <vector>
 
 namespace quorvex::dicom {
 

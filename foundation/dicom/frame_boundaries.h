@@ -1,12 +1,12 @@
 /// Which fragments of encapsulated Pixel Data make up which frame.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::dicom {
 

@@ -1,10 +1,9 @@
 #include "foundation/dicom/inflate.h"
 
-#include <zlib.h>
+#include "foundation/types/checked_size.h"
 
 #include <algorithm>
-
-#include "foundation/types/checked_size.h"
+#include <zlib.h>
 
 namespace quorvex::dicom {
 namespace {

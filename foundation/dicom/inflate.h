@@ -1,9 +1,9 @@
 /// Deflated data sets.
 #pragma once
 
-#include <optional>
-
 #include "foundation/dicom/element.h"
+
+#include <optional>
 
 namespace quorvex::dicom {
 

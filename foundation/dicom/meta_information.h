@@ -1,9 +1,9 @@
 /// The file meta information of an object that is written.
 #pragma once
 
-#include <string_view>
-
 #include "foundation/dicom/data_set.h"
+
+#include <string_view>
 
 namespace quorvex::dicom {
 

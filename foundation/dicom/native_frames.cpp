@@ -1,8 +1,8 @@
 #include "foundation/dicom/native_frames.h"
 
-#include <algorithm>
-
 #include "foundation/types/checked_size.h"
+
+#include <algorithm>
 
 namespace quorvex::dicom {
 namespace {

@@ -1,12 +1,12 @@
 /// Native Pixel Data, cut into frames and put into the byte order that a frame fetch expects.
 #pragma once
 
+#include "foundation/dicom/element.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
-
-#include "foundation/dicom/element.h"
 
 namespace quorvex::dicom {
 

@@ -1,6 +1,3 @@
-#include <string>
-#include <utility>
-
 #include "foundation/dicom/data_set_reader.h"
 #include "foundation/dicom/element_header.h"
 #include "foundation/dicom/element_reader.h"
@@ -8,6 +5,9 @@
 #include "foundation/dicom/transfer_syntax.h"
 #include "foundation/types/answer.h"
 #include "quorvex/DicomObject.h"
+
+#include <string>
+#include <utility>
 
 namespace quorvex {
 

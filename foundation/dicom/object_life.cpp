@@ -1,9 +1,9 @@
-#include <utility>
-
 #include "foundation/dicom/cursors.h"
 #include "foundation/dicom/data_set.h"
 #include "foundation/types/answer.h"
 #include "quorvex/DicomObject.h"
+
+#include <utility>
 
 namespace quorvex {
 

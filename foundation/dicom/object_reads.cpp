@@ -1,12 +1,12 @@
-#include <algorithm>
-#include <array>
-#include <memory>
-
 #include "foundation/dicom/byte_order.h"
 #include "foundation/dicom/cursors.h"
 #include "foundation/dicom/element_values.h"
 #include "foundation/types/answer.h"
 #include "quorvex/DicomObject.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
 
 namespace quorvex {
 namespace {

@@ -1,9 +1,9 @@
-#include <atomic>
-
 #include "foundation/dicom/cursors.h"
 #include "foundation/dicom/value_setting.h"
 #include "foundation/types/answer.h"
 #include "quorvex/DicomObject.h"
+
+#include <atomic>
 
 namespace quorvex {
 namespace {

@@ -1,10 +1,10 @@
 /// The offset tables of encapsulated Pixel Data that has one fragment a frame.
 #pragma once
 
+#include "foundation/dicom/element.h"
+
 #include <cstdint>
 #include <span>
-
-#include "foundation/dicom/element.h"
 
 namespace quorvex::dicom {
 

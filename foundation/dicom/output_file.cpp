@@ -1,8 +1,7 @@
 #include "foundation/dicom/output_file.h"
 
-#include <unistd.h>
-
 #include <atomic>
+#include <unistd.h>
 #include <utility>
 
 namespace quorvex::dicom {

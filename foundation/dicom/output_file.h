@@ -1,11 +1,11 @@
 /// A file that is there whole, or not at all.
 #pragma once
 
+#include "foundation/dicom/byte_sink.h"
+
 #include <cstdio>
 #include <memory>
 #include <string>
-
-#include "foundation/dicom/byte_sink.h"
 
 namespace quorvex::dicom {
 

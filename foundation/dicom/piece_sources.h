@@ -1,11 +1,11 @@
 /// The callbacks and files that bytes are read from, as sources of pieces.
 #pragma once
 
+#include "foundation/dicom/byte_feed.h"
+
 #include <cstdio>
 #include <memory>
 #include <string>
-
-#include "foundation/dicom/byte_feed.h"
 
 namespace quorvex::dicom {
 

@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include "foundation/dicom/byte_order.h"
 #include "foundation/dicom/data_set.h"
 #include "foundation/dicom/dictionary.h"
@@ -8,6 +6,8 @@
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "quorvex/DicomObject.h"
+
+#include <algorithm>
 
 namespace quorvex {
 namespace {

@@ -1,10 +1,10 @@
 #include "foundation/dicom/resynchronise.h"
 
-#include <algorithm>
-#include <optional>
-
 #include "foundation/dicom/element_header.h"
 #include "foundation/dicom/value_representation.h"
+
+#include <algorithm>
+#include <optional>
 
 namespace quorvex::dicom {
 

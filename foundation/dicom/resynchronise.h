@@ -6,11 +6,11 @@
 /// elements must end exactly at the end of the data, at Pixel Data or at the trailing padding.
 #pragma once
 
+#include "foundation/dicom/data_set.h"
+
 #include <array>
 #include <cstddef>
 #include <vector>
-
-#include "foundation/dicom/data_set.h"
 
 namespace quorvex::dicom {
 

@@ -1,13 +1,12 @@
 #include "foundation/dicom/text_conversion.h"
 
-#include <iconv.h>
+#include "foundation/dicom/character_set_table.h"
+#include "foundation/types/utf.h"
 
 #include <array>
 #include <bit>
 #include <cerrno>
-
-#include "foundation/dicom/character_set_table.h"
-#include "foundation/types/utf.h"
+#include <iconv.h>
 
 namespace quorvex::dicom {
 namespace {

@@ -2,11 +2,11 @@
 /// itself.
 #pragma once
 
+#include "foundation/dicom/text_codec.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
-
-#include "foundation/dicom/text_codec.h"
 
 namespace quorvex::dicom {
 

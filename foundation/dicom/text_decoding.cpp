@@ -1,8 +1,8 @@
-#include <algorithm>
-
 #include "foundation/dicom/character_set_table.h"
 #include "foundation/dicom/text_codec.h"
 #include "foundation/dicom/text_conversion.h"
+
+#include <algorithm>
 
 namespace quorvex::dicom {
 namespace {

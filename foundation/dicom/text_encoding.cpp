@@ -1,9 +1,9 @@
-#include <algorithm>
-
 #include "foundation/dicom/character_set_table.h"
 #include "foundation/dicom/text_codec.h"
 #include "foundation/dicom/text_conversion.h"
 #include "foundation/types/utf.h"
+
+#include <algorithm>
 
 namespace quorvex::dicom {
 namespace {

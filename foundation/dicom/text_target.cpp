@@ -1,9 +1,9 @@
 #include "foundation/dicom/text_target.h"
 
-#include <algorithm>
-
 #include "foundation/dicom/value_representation.h"
 #include "foundation/types/utf.h"
+
+#include <algorithm>
 
 namespace quorvex::dicom {
 namespace {

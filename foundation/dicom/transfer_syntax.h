@@ -1,9 +1,9 @@
 /// The transfer syntaxes that are known, and how each writes a data set down.
 #pragma once
 
-#include <string_view>
-
 #include "quorvex/DicomObject.h"
+
+#include <string_view>
 
 namespace quorvex::dicom {
 

@@ -1,11 +1,11 @@
 /// The value representations as a table: letters, how they are written, what their values are.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::dicom {
 

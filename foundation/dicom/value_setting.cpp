@@ -1,14 +1,14 @@
 #include "foundation/dicom/value_setting.h"
 
-#include <array>
-#include <bit>
-#include <optional>
-#include <utility>
-
 #include "foundation/dicom/byte_order.h"
 #include "foundation/dicom/dictionary.h"
 #include "foundation/dicom/element_values.h"
 #include "foundation/types/utf.h"
+
+#include <array>
+#include <bit>
+#include <optional>
+#include <utility>
 
 namespace quorvex::dicom {
 namespace {

@@ -1,11 +1,11 @@
 /// Values on their way into a data set, in the VR that the attribute has there.
 #pragma once
 
-#include <cstdint>
-#include <string>
-
 #include "foundation/dicom/data_set.h"
 #include "foundation/dicom/numbers.h"
+
+#include <cstdint>
+#include <string>
 
 namespace quorvex::dicom {
 

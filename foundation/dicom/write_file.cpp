@@ -1,6 +1,3 @@
-#include <array>
-#include <optional>
-
 #include "foundation/dicom/data_set_writer.h"
 #include "foundation/dicom/deflating_sink.h"
 #include "foundation/dicom/meta_information.h"
@@ -11,6 +8,9 @@
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "quorvex/DicomObject.h"
+
+#include <array>
+#include <optional>
 
 namespace quorvex {
 namespace {

@@ -1,12 +1,12 @@
-#include <algorithm>
-#include <bit>
-#include <cstring>
-#include <optional>
-
 #include "foundation/engines/jpeg2000_coders.h"
 #include "foundation/engines/jpeg2000_header.h"
 #include "foundation/engines/jpeg2000_stream.h"
 #include "foundation/types/checked_size.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <optional>
 
 namespace quorvex {
 namespace {

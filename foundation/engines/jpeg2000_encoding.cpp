@@ -1,9 +1,9 @@
-#include <algorithm>
-#include <array>
-
 #include "foundation/engines/jpeg2000_coders.h"
 #include "foundation/engines/jpeg2000_stream.h"
 #include "foundation/types/checked_size.h"
+
+#include <algorithm>
+#include <array>
 
 namespace quorvex {
 namespace {

@@ -1,9 +1,9 @@
 #include "foundation/engines/jpeg2000_engine.h"
 
-#include <atomic>
-
 #include "foundation/engines/jpeg2000_coders.h"
 #include "foundation/types/answer.h"
+
+#include <atomic>
 
 namespace quorvex {
 

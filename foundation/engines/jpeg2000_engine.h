@@ -5,13 +5,13 @@
 /// work at once. No operation throws.
 #pragma once
 
+#include "quorvex/Types.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <vector>
-
-#include "quorvex/Types.h"
 
 namespace quorvex {
 

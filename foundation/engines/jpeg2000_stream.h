@@ -1,11 +1,10 @@
 /// Codestreams in memory, as OpenJPEG reads and writes them.
 #pragma once
 
-#include <openjpeg.h>
-
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <openjpeg.h>
 #include <span>
 #include <vector>
 

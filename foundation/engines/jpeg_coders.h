@@ -1,12 +1,12 @@
 /// The libraries behind the JPEG engine: each makes decoders and coders of its own kind.
 #pragma once
 
+#include "foundation/engines/jpeg_engine.h"
+#include "foundation/engines/jpeg_input.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-
-#include "foundation/engines/jpeg_engine.h"
-#include "foundation/engines/jpeg_input.h"
 
 namespace quorvex {
 

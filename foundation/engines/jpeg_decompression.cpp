@@ -1,9 +1,9 @@
-#include <algorithm>
-#include <optional>
-
 #include "foundation/engines/jpeg_coders.h"
 #include "foundation/engines/jpeg_engine.h"
 #include "foundation/types/answer.h"
+
+#include <algorithm>
+#include <optional>
 
 namespace quorvex {
 

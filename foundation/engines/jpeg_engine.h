@@ -5,12 +5,12 @@
 /// on its own. No operation throws.
 #pragma once
 
+#include "foundation/engines/jpeg_header.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-
-#include "foundation/engines/jpeg_header.h"
 
 namespace quorvex {
 

@@ -2,11 +2,11 @@
 /// looked at first.
 #pragma once
 
+#include "foundation/engines/jpeg_engine.h"
+
 #include <cstddef>
 #include <span>
 #include <vector>
-
-#include "foundation/engines/jpeg_engine.h"
 
 namespace quorvex {
 

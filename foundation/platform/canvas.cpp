@@ -1,15 +1,14 @@
 #include "foundation/platform/canvas.h"
 
-#include <cairo.h>
+#include "foundation/platform/canvas_font.h"
 
 #include <algorithm>
+#include <cairo.h>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <numbers>
-
-#include "foundation/platform/canvas_font.h"
 
 namespace quorvex {
 

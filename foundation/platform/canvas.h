@@ -1,11 +1,11 @@
 /// Lines, areas and text laid over a host's pixels, with soft edges.
 #pragma once
 
+#include "quorvex/Types.h"
+
 #include <memory>
 #include <span>
 #include <string>
-
-#include "quorvex/Types.h"
 
 namespace quorvex {
 

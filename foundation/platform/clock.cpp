@@ -1,8 +1,7 @@
 #include "foundation/platform/clock.h"
 
-#include <time.h>
-
 #include <atomic>
+#include <time.h>
 
 namespace quorvex {
 namespace {

@@ -1,12 +1,11 @@
 #include "foundation/platform/diagnostics.h"
 
-#include <syslog.h>
+#include "foundation/types/answer.h"
+#include "quorvex/Types.h"
 
 #include <mutex>
 #include <string>
-
-#include "foundation/types/answer.h"
-#include "quorvex/Types.h"
+#include <syslog.h>
 
 namespace quorvex {
 namespace {

@@ -1,10 +1,9 @@
 #include "foundation/platform/file_reader.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <cerrno>
 
 namespace quorvex {
 

@@ -1,6 +1,6 @@
 #include "foundation/platform/host.h"
 
-#include <unistd.h>
+#include "foundation/types/answer.h"
 
 #include <array>
 #include <atomic>
@@ -10,9 +10,8 @@
 #include <mutex>
 #include <random>
 #include <string_view>
+#include <unistd.h>
 #include <utility>
-
-#include "foundation/types/answer.h"
 
 namespace quorvex {
 namespace {

@@ -1,10 +1,9 @@
 #include "foundation/platform/pages.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <cstring>
 #include <new>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace quorvex {
 namespace {

@@ -1,10 +1,10 @@
 /// The page allocator: blocks taken from the operating system and given back whole.
 #pragma once
 
-#include <cstddef>
-
 #include "foundation/types/block.h"
 #include "quorvex/Types.h"
+
+#include <cstddef>
 
 namespace quorvex {
 

@@ -5,11 +5,11 @@
 /// are written, and the work goes by its rows, not by the shape's size.
 #pragma once
 
+#include "quorvex/Types.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
-
-#include "quorvex/Types.h"
 
 namespace quorvex {
 

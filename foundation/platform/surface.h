@@ -1,10 +1,10 @@
 /// The drawing surface of this platform: bitmaps put one to one onto a host's pixel memory.
 #pragma once
 
+#include "quorvex/Types.h"
+
 #include <cstdint>
 #include <span>
-
-#include "quorvex/Types.h"
 
 namespace quorvex {
 

@@ -1,8 +1,8 @@
+#include "foundation/raster/pixel_grid.h"
+
 #include <algorithm>
 #include <cstring>
 #include <functional>
-
-#include "foundation/raster/pixel_grid.h"
 
 namespace quorvex {
 namespace {

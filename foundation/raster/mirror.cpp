@@ -1,6 +1,6 @@
-#include <algorithm>
-
 #include "foundation/raster/turn_kernels.h"
+
+#include <algorithm>
 
 namespace quorvex {
 namespace {

@@ -1,14 +1,14 @@
 /// Rows of pixels in someone else's buffer.
 #pragma once
 
+#include "foundation/raster/raster.h"
+#include "quorvex/Types.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <utility>
-
-#include "foundation/raster/raster.h"
-#include "quorvex/Types.h"
 
 namespace quorvex {
 

@@ -6,10 +6,10 @@
 /// buffer, a size below 1, a step shorter than a row, a factor that is no positive number.
 #pragma once
 
+#include "quorvex/Types.h"
+
 #include <cstddef>
 #include <cstdint>
-
-#include "quorvex/Types.h"
 
 namespace quorvex {
 

@@ -1,8 +1,8 @@
+#include "foundation/raster/resize_rows.h"
+
 #include <span>
 #include <utility>
 #include <vector>
-
-#include "foundation/raster/resize_rows.h"
 
 namespace quorvex {
 namespace {

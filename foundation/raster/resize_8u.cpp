@@ -1,7 +1,7 @@
+#include "foundation/raster/resize_rows.h"
+
 #include <algorithm>
 #include <cstring>
-
-#include "foundation/raster/resize_rows.h"
 
 namespace quorvex {
 namespace {

@@ -1,15 +1,15 @@
 /// Linear resizing of an image that is handed over row by row.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <functional>
-#include <vector>
-
 #include "foundation/raster/pixel_grid.h"
 #include "foundation/raster/resize_kernels.h"
 #include "foundation/raster/resize_taps.h"
 #include "quorvex/Types.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <vector>
 
 namespace quorvex {
 

@@ -1,9 +1,9 @@
+#include "foundation/raster/turn_kernels.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <optional>
-
-#include "foundation/raster/turn_kernels.h"
 
 namespace quorvex {
 namespace {

@@ -1,9 +1,9 @@
 /// Exact rearrangements of 8-bit pixels, for whatever instructions the machine has.
 #pragma once
 
-#include <cstddef>
-
 #include "foundation/raster/pixel_grid.h"
+
+#include <cstddef>
 
 namespace quorvex {
 

@@ -1,6 +1,6 @@
-#include <algorithm>
-
 #include "foundation/raster/pixel_grid.h"
+
+#include <algorithm>
 
 namespace quorvex {
 namespace {

@@ -2,13 +2,13 @@
 /// has here apart: HeapBlock, and PageBlock of foundation/platform/pages.h.
 #pragma once
 
+#include "foundation/types/checked_size.h"
+
 #include <cstddef>
 #include <memory>
 #include <new>
 #include <span>
 #include <utility>
-
-#include "foundation/types/checked_size.h"
 
 namespace quorvex {
 

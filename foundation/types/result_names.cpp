@@ -1,7 +1,7 @@
+#include "quorvex/ResultCodes.h"
+
 #include <algorithm>
 #include <array>
-
-#include "quorvex/ResultCodes.h"
 
 namespace quorvex {
 namespace {
@@ -12,7 +12,10 @@ struct ResultText {
     const char* sentence;
 };
 
-#define QUORVEX_RESULT(code, sentence) ResultText { code, #code, sentence }
+#define QUORVEX_RESULT(code, sentence) \
+    ResultText {                       \
+        code, #code, sentence          \
+    }
 constexpr std::array kResults = {
     QUORVEX_RESULT(QVM_SUCCESS, "done"),
     QUORVEX_RESULT(QVM_ERROR_FAILED_TO_DECOMPRESS, "the frame could not be decoded"),
@@ -69,7 +72,11 @@ const ResultText& TextOf(QUORVEX_MESSAGE result) noexcept {
 
 }  // namespace
 
-const char* ResultName(QUORVEX_MESSAGE result) noexcept { return TextOf(result).name; }
-const char* ResultSentence(QUORVEX_MESSAGE result) noexcept { return TextOf(result).sentence; }
+const char* ResultName(QUORVEX_MESSAGE result) noexcept {
+    return TextOf(result).name;
+}
+const char* ResultSentence(QUORVEX_MESSAGE result) noexcept {
+    return TextOf(result).sentence;
+}
 
 }  // namespace quorvex

@@ -1,7 +1,7 @@
-#include <algorithm>
-
 #include "foundation/types/utf.h"
 #include "quorvex/Types.h"
+
+#include <algorithm>
 
 namespace quorvex {
 namespace {
@@ -22,7 +22,9 @@ CString::CString(const std::string& utf8) : CString(std::string_view(utf8)) {}
 CString::CString(const char16_t* text) : text_(text == nullptr ? u"" : text) {}
 CString::CString(std::u16string_view text) : text_(text) {}
 
-std::string CString::ToUtf8() const { return Utf8FromUtf16(text_); }
+std::string CString::ToUtf8() const {
+    return Utf8FromUtf16(text_);
+}
 
 int CString::Find(const CString& part, int start) const noexcept {
     if (start < 0 || start > GetLength()) return -1;
@@ -30,7 +32,9 @@ int CString::Find(const CString& part, int start) const noexcept {
     return place == std::u16string::npos ? -1 : static_cast<int>(place);
 }
 
-CString CString::Left(int count) const { return Mid(0, std::max(count, 0)); }
+CString CString::Left(int count) const {
+    return Mid(0, std::max(count, 0));
+}
 
 CString CString::Right(int count) const {
     return Mid(GetLength() - static_cast<int>(Clamped(count, text_.size())));
@@ -42,7 +46,9 @@ CString CString::Mid(int first, int count) const {
     return std::u16string_view(text_).substr(from, count < 0 ? most : Clamped(count, most));
 }
 
-int CString::Compare(const CString& other) const noexcept { return text_.compare(other.text_); }
+int CString::Compare(const CString& other) const noexcept {
+    return text_.compare(other.text_);
+}
 
 int CString::CompareNoCase(const CString& other) const noexcept {
     const auto order = std::lexicographical_compare_three_way(

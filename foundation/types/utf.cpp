@@ -7,8 +7,12 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-constexpr bool IsSurrogate(char32_t c) { return c >= 0xD800 && c <= 0xDFFF; }
-constexpr bool IsContinuation(unsigned char c) { return (c & 0xC0U) == 0x80; }
+constexpr bool IsSurrogate(char32_t c) {
+    return c >= 0xD800 && c <= 0xDFFF;
+}
+constexpr bool IsContinuation(unsigned char c) {
+    return (c & 0xC0U) == 0x80;
+}
 
 /// How many bytes the sequence that `lead` begins should have; 0 for no lead byte.
 constexpr std::size_t SequenceLength(unsigned char lead) {
@@ -50,8 +54,8 @@ char32_t TakeUtf16(std::u16string_view& text) {
     const char32_t first = text.front();
     text.remove_prefix(1);
     if (!IsSurrogate(first)) return first;
-    const bool isPair = first < 0xDC00 && !text.empty() && text.front() >= 0xDC00 &&
-                        text.front() <= 0xDFFF;
+    const bool isPair =
+        first < 0xDC00 && !text.empty() && text.front() >= 0xDC00 && text.front() <= 0xDFFF;
     if (!isPair) return kReplacement;
     const char32_t second = text.front();
     text.remove_prefix(1);

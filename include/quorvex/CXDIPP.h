@@ -1,14 +1,14 @@
 /// The object that a viewer keeps for one displayed image.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-
 #include "quorvex/DicomObject.h"
 #include "quorvex/Export.h"
 #include "quorvex/ResultCodes.h"
 #include "quorvex/Types.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
 
 namespace quorvex {
 

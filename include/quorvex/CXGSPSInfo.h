@@ -2,11 +2,11 @@
 /// turned, which area is shown and which annotations lie on it.
 #pragma once
 
-#include <cstdint>
-#include <vector>
-
 #include "quorvex/Export.h"
 #include "quorvex/Types.h"
+
+#include <cstdint>
+#include <vector>
 
 namespace quorvex {
 

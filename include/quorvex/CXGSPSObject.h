@@ -2,12 +2,12 @@
 /// such objects.
 #pragma once
 
-#include <cstdint>
-
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/DicomObject.h"
 #include "quorvex/Export.h"
 #include "quorvex/Types.h"
+
+#include <cstdint>
 
 namespace quorvex {
 

@@ -1,10 +1,10 @@
 /// One stored frame made into one finished 8-bit grey or 24-bit colour image of a requested size.
 #pragma once
 
-#include <memory>
-
 #include "quorvex/Export.h"
 #include "quorvex/Types.h"
+
+#include <memory>
 
 namespace quorvex {
 

@@ -1,11 +1,11 @@
 /// From stored or modality values to 8-bit display values, by one table.
 #pragma once
 
+#include "quorvex/Export.h"
+
 #include <cstdint>
 #include <mutex>
 #include <vector>
-
-#include "quorvex/Export.h"
 
 namespace quorvex {
 

@@ -1,15 +1,15 @@
 /// Makes new DICOM objects: from frames of a host's own, or from an object in another compression.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <vector>
-
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
 #include "quorvex/Export.h"
 #include "quorvex/ResultCodes.h"
 #include "quorvex/Types.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
 
 namespace quorvex {
 

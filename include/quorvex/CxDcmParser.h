@@ -1,15 +1,15 @@
 /// A DICOM file or object: its header, and its frames as plain pixels.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <span>
-
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
 #include "quorvex/Export.h"
 #include "quorvex/ResultCodes.h"
 #include "quorvex/Types.h"
+
+#include <cstdint>
+#include <memory>
+#include <span>
 
 namespace quorvex {
 

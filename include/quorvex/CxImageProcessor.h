@@ -1,16 +1,16 @@
 /// From stored frame bytes to plain pixels: every decoder, colour and size behind one class.
 #pragma once
 
+#include "quorvex/Export.h"
+#include "quorvex/ResultCodes.h"
+#include "quorvex/Types.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <vector>
-
-#include "quorvex/Export.h"
-#include "quorvex/ResultCodes.h"
-#include "quorvex/Types.h"
 
 namespace quorvex {
 

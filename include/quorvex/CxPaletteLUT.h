@@ -1,12 +1,12 @@
 /// One colour of a palette: a look-up table of a DICOM object.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+#include "quorvex/Export.h"
+
 #include <cstdint>
 #include <span>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
-#include "quorvex/Export.h"
 
 namespace quorvex {
 

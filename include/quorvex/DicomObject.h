@@ -4,11 +4,11 @@
 /// `kDcmSuccess` (1) or a failure; an absent attribute is a failure too, and a normal one.
 #pragma once
 
-#include <cstdint>
-#include <memory>
-
 #include "quorvex/Export.h"
 #include "quorvex/Types.h"
+
+#include <cstdint>
+#include <memory>
 
 namespace quorvex {
 
@@ -31,11 +31,40 @@ inline constexpr MC_STATUS kMcRefuse = 4011;
 
 /// Value representations.
 enum MC_VR : std::int32_t {
-    MC_VR_AE = 1, MC_VR_AS, MC_VR_AT, MC_VR_CS, MC_VR_DA, MC_VR_DS, MC_VR_DT, MC_VR_IS,
-    MC_VR_LO, MC_VR_LT, MC_VR_PN, MC_VR_SH, MC_VR_ST, MC_VR_TM, MC_VR_UC, MC_VR_UI,
-    MC_VR_UR, MC_VR_UT, MC_VR_SQ, MC_VR_UN,
-    MC_VR_OB = 21, MC_VR_OF, MC_VR_OD, MC_VR_OW = 24, MC_VR_OL, MC_VR_OV,
-    MC_VR_FL, MC_VR_FD, MC_VR_SL, MC_VR_SS, MC_VR_SV, MC_VR_UL, MC_VR_US, MC_VR_UV,
+    MC_VR_AE = 1,
+    MC_VR_AS,
+    MC_VR_AT,
+    MC_VR_CS,
+    MC_VR_DA,
+    MC_VR_DS,
+    MC_VR_DT,
+    MC_VR_IS,
+    MC_VR_LO,
+    MC_VR_LT,
+    MC_VR_PN,
+    MC_VR_SH,
+    MC_VR_ST,
+    MC_VR_TM,
+    MC_VR_UC,
+    MC_VR_UI,
+    MC_VR_UR,
+    MC_VR_UT,
+    MC_VR_SQ,
+    MC_VR_UN,
+    MC_VR_OB = 21,
+    MC_VR_OF,
+    MC_VR_OD,
+    MC_VR_OW = 24,
+    MC_VR_OL,
+    MC_VR_OV,
+    MC_VR_FL,
+    MC_VR_FD,
+    MC_VR_SL,
+    MC_VR_SS,
+    MC_VR_SV,
+    MC_VR_UL,
+    MC_VR_US,
+    MC_VR_UV,
 };
 
 /// Transfer syntaxes by number. 106 to 123 follow the order of the JPEG UIDs

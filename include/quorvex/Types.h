@@ -1,13 +1,13 @@
 /// The small types that the public operations of QuorvexU take and give.
 #pragma once
 
+#include "quorvex/Export.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "quorvex/Export.h"
 
 namespace quorvex {
 
@@ -17,11 +17,11 @@ namespace quorvex {
 class QUORVEX_API CString {
 public:
     CString() = default;
-    CString(const char* utf8);  // NOLINT(google-explicit-constructor): text converts freely
-    CString(std::string_view utf8);            // NOLINT(google-explicit-constructor)
-    CString(const std::string& utf8);          // NOLINT(google-explicit-constructor)
-    CString(const char16_t* text);             // NOLINT(google-explicit-constructor)
-    CString(std::u16string_view text);         // NOLINT(google-explicit-constructor)
+    CString(const char* utf8);          // NOLINT(google-explicit-constructor): text converts freely
+    CString(std::string_view utf8);     // NOLINT(google-explicit-constructor)
+    CString(const std::string& utf8);   // NOLINT(google-explicit-constructor)
+    CString(const char16_t* text);      // NOLINT(google-explicit-constructor)
+    CString(std::u16string_view text);  // NOLINT(google-explicit-constructor)
 
     [[nodiscard]] int GetLength() const noexcept { return static_cast<int>(text_.size()); }
     [[nodiscard]] bool IsEmpty() const noexcept { return text_.empty(); }
@@ -45,8 +45,12 @@ public:
 
     CString& operator+=(const CString& tail);
     friend CString operator+(CString head, const CString& tail) { return head += tail; }
-    friend bool operator==(const CString& a, const CString& b) noexcept { return a.text_ == b.text_; }
-    friend auto operator<=>(const CString& a, const CString& b) noexcept { return a.text_ <=> b.text_; }
+    friend bool operator==(const CString& a, const CString& b) noexcept {
+        return a.text_ == b.text_;
+    }
+    friend auto operator<=>(const CString& a, const CString& b) noexcept {
+        return a.text_ <=> b.text_;
+    }
 
 private:
     std::u16string text_;
@@ -82,7 +86,9 @@ struct CRect {
 class CPtrArray {
 public:
     [[nodiscard]] int GetSize() const noexcept { return static_cast<int>(items_.size()); }
-    [[nodiscard]] void* GetAt(int index) const { return items_.at(static_cast<std::size_t>(index)); }
+    [[nodiscard]] void* GetAt(int index) const {
+        return items_.at(static_cast<std::size_t>(index));
+    }
     [[nodiscard]] void* operator[](int index) const { return GetAt(index); }
     /// Adds at the end and gives the new element's index.
     int Add(void* item) {

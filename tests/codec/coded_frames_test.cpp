@@ -1,13 +1,12 @@
 // JPEG and JPEG 2000 frames through CxImageProcessor: what fits, what does not, what breaks off.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string_view>
-
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
 #include "tests/engines/jpeg2000_test_streams.h"
 #include "tests/engines/jpeg_test_streams.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <string_view>
 
 namespace quorvex {
 namespace {

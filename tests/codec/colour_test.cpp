@@ -1,12 +1,11 @@
 #include "codec/colour.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <vector>
-
 #include "codec/full_range.h"
 #include "quorvex/CxImageProcessor.h"
+
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <vector>
 
 namespace quorvex {
 namespace {

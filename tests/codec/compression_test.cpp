@@ -1,10 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
 #include "tests/engines/jpeg_test_streams.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

@@ -1,14 +1,13 @@
-#include <gtest/gtest.h>
+#include "quorvex/CxImageProcessor.h"
+#include "quorvex/DicomObject.h"
+#include "rle_frames.h"
 
 #include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <gtest/gtest.h>
 #include <numeric>
 #include <vector>
-
-#include "quorvex/CxImageProcessor.h"
-#include "quorvex/DicomObject.h"
-#include "rle_frames.h"
 
 namespace quorvex {
 namespace {

@@ -1,12 +1,11 @@
 #include "codec/rle.h"
 
-#include <gtest/gtest.h>
+#include "rle_frames.h"
 
 #include <algorithm>
 #include <cstring>
+#include <gtest/gtest.h>
 #include <memory>
-
-#include "rle_frames.h"
 
 namespace quorvex {
 namespace {

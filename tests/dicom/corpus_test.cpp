@@ -1,20 +1,19 @@
 /// Every real file, read whole, against what pydicom makes of it.
 #include "tests/support/corpus.h"
 
-#include <gtest/gtest.h>
-#include <zlib.h>
+#include "quorvex/DicomObject.h"
+#include "tests/support/memory_file.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <map>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
-#include "tests/support/memory_file.h"
+#include <zlib.h>
 
 namespace quorvex {
 namespace {

@@ -1,7 +1,6 @@
 #include "foundation/dicom/frame_boundaries.h"
 
 #include <gtest/gtest.h>
-
 #include <string>
 
 namespace quorvex::dicom {

@@ -1,14 +1,13 @@
-#include <gtest/gtest.h>
+#include "quorvex/DicomObject.h"
+#include "tests/dicom/fetch_swaps.h"
+#include "tests/support/corpus.h"
 
 #include <fstream>
+#include <gtest/gtest.h>
 #include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
-#include "tests/dicom/fetch_swaps.h"
-#include "tests/support/corpus.h"
 
 namespace quorvex {
 namespace {

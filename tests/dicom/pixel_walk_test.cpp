@@ -1,10 +1,9 @@
 #include "foundation/dicom/pixel_walk.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "tests/dicom/fetch_swaps.h"
+
+#include <gtest/gtest.h>
+#include <string>
 
 namespace quorvex::dicom {
 namespace {

@@ -1,11 +1,10 @@
 /// How data sets are read: encodings, labels that lie, stops, and damage.
-#include <gtest/gtest.h>
-#include <zlib.h>
-
-#include <string>
-
 #include "quorvex/DicomObject.h"
 #include "tests/support/dicom_builder.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <zlib.h>
 
 namespace quorvex {
 namespace {

@@ -1,11 +1,10 @@
 #include "foundation/dicom/resynchronise.h"
 
-#include <gtest/gtest.h>
+#include "tests/support/dicom_builder.h"
 
 #include <chrono>
+#include <gtest/gtest.h>
 #include <random>
-
-#include "tests/support/dicom_builder.h"
 
 namespace quorvex::dicom {
 namespace {
@@ -59,7 +58,10 @@ TEST(DataSetFinder, WantsAWholeChainOfElements) {
 
 TEST(DataSetFinder, GivesCreditAtTheBeginning) {
     auto odd = SmallDataSet(true, false);
-    odd.Add(0x00100020, "LO", "odd").Add(0x00080005, "CS", "late").Header(0x00100030, "DA", 8).Raw("2020");
+    odd.Add(0x00100020, "LO", "odd")
+        .Add(0x00080005, "CS", "late")
+        .Header(0x00100030, "DA", 8)
+        .Raw("2020");
     EXPECT_EQ(FirstPlace(Behind(0, odd)), 0);
     EXPECT_EQ(FirstPlace(Behind(10, odd)), -1);
     DicomBuilder meta;

@@ -1,8 +1,8 @@
 #include "foundation/dicom/text_codec.h"
 
-#include <gtest/gtest.h>
-
 #include "foundation/types/utf.h"
+
+#include <gtest/gtest.h>
 
 namespace quorvex::dicom {
 namespace {

@@ -1,12 +1,11 @@
 /// Attributes: what every read makes of every stored form, and what setting one leaves behind.
-#include <gtest/gtest.h>
+#include "quorvex/DicomObject.h"
+#include "tests/support/dicom_builder.h"
 
+#include <gtest/gtest.h>
 #include <optional>
 #include <string>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
-#include "tests/support/dicom_builder.h"
 
 namespace quorvex {
 namespace {

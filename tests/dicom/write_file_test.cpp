@@ -1,18 +1,17 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <set>
-#include <string>
-
 #include "foundation/dicom/byte_order.h"
 #include "foundation/dicom/native_frames.h"
 #include "foundation/dicom/offset_tables.h"
 #include "foundation/dicom/value_representation.h"
 #include "quorvex/DicomObject.h"
 #include "tests/support/corpus.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <set>
+#include <string>
 
 namespace quorvex {
 namespace {

@@ -1,14 +1,13 @@
 #include "foundation/engines/jpeg2000_engine.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <random>
-#include <thread>
-
 #include "foundation/engines/jpeg2000_header.h"
 #include "tests/engines/jpeg2000_test_streams.h"
 #include "tests/engines/jpeg_test_streams.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <random>
+#include <thread>
 
 namespace quorvex {
 namespace {

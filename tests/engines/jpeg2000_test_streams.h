@@ -1,9 +1,9 @@
 /// Codestreams for the tests of the JPEG 2000 engine.
 #pragma once
 
-#include <vector>
-
 #include "foundation/engines/jpeg2000_engine.h"
+
+#include <vector>
 
 namespace quorvex::testing {
 

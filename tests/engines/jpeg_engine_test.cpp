@@ -1,14 +1,13 @@
 #include "foundation/engines/jpeg_engine.h"
 
-#include <gtest/gtest.h>
-#include <jpeglib.h>
+#include "tests/engines/jpeg_test_streams.h"
 
 #include <atomic>
 #include <cstdio>
+#include <gtest/gtest.h>
+#include <jpeglib.h>
 #include <string_view>
 #include <thread>
-
-#include "tests/engines/jpeg_test_streams.h"
 
 namespace quorvex {
 namespace {

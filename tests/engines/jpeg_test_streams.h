@@ -1,14 +1,14 @@
 /// Pictures, and JPEG streams made of them, for the tests of the engines.
 #pragma once
 
+#include "foundation/engines/jpeg_engine.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <random>
 #include <vector>
-
-#include "foundation/engines/jpeg_engine.h"
 
 namespace quorvex::testing {
 

@@ -1,7 +1,7 @@
-#include <gtest/gtest.h>
-
 #include "maker_objects.h"
 #include "tests/support/corpus.h"
+
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

@@ -1,8 +1,8 @@
 /// Real files, brought into each lossless form and read back.
-#include <gtest/gtest.h>
-
 #include "maker_objects.h"
 #include "tests/support/corpus.h"
+
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

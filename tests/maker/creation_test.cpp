@@ -1,8 +1,7 @@
-#include <gtest/gtest.h>
-
-#include <thread>
-
 #include "maker_objects.h"
+
+#include <gtest/gtest.h>
+#include <thread>
 
 namespace quorvex {
 namespace {

@@ -1,15 +1,14 @@
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <ctime>
-#include <fstream>
-#include <set>
-#include <thread>
-
 #include "foundation/platform/clock.h"
 #include "foundation/platform/host.h"
 #include "maker/configuration.h"
 #include "quorvex/CxDcmMaker.h"
+
+#include <atomic>
+#include <ctime>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <set>
+#include <thread>
 
 namespace quorvex {
 namespace {

@@ -1,18 +1,17 @@
 /// Source objects and frames for maker tests, and the frames of what was made.
 #pragma once
 
-#include <unistd.h>
+#include "quorvex/CxDcmMaker.h"
+#include "quorvex/CxDcmParser.h"
+#include "tests/pipeline/test_objects.h"
+#include "tests/support/memory_file.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <unistd.h>
 #include <vector>
-
-#include "quorvex/CxDcmMaker.h"
-#include "quorvex/CxDcmParser.h"
-#include "tests/pipeline/test_objects.h"
-#include "tests/support/memory_file.h"
 
 namespace quorvex::test {
 

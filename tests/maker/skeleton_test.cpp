@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-
 #include "foundation/platform/host.h"
 #include "maker_objects.h"
 #include "quorvex/CXGSPSInfo.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

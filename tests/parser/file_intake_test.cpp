@@ -1,10 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-
 #include "file_builder.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
 
 namespace quorvex {
 namespace {

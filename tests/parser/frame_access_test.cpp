@@ -1,15 +1,14 @@
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <filesystem>
-#include <map>
-#include <string>
-#include <thread>
-
 #include "file_builder.h"
 #include "quorvex/CxDcmParser.h"
 #include "tests/codec/rle_frames.h"
 #include "tests/support/corpus.h"
+
+#include <chrono>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <map>
+#include <string>
+#include <thread>
 
 namespace quorvex {
 namespace {

@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
 #include "file_builder.h"
 #include "parser/palette_image.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/CxPaletteLUT.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

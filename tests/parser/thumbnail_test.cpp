@@ -1,13 +1,12 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstring>
-#include <memory>
-
 #include "file_builder.h"
 #include "parser/thumbnail_pixels.h"
 #include "parser/thumbnail_window.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <algorithm>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <memory>
 
 namespace quorvex {
 namespace {

@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <vector>
-
 #include "quorvex/CXDIPP.h"
 #include "tests/pipeline/inspector.h"
 #include "tests/pipeline/test_objects.h"
+
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <vector>
 
 namespace quorvex {
 namespace {

@@ -1,18 +1,17 @@
-#include <gtest/gtest.h>
+#include "quorvex/CXDIPP.h"
+#include "quorvex/CXGSPSInfo.h"
+#include "tests/pipeline/inspector.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <gtest/gtest.h>
 #include <memory>
 #include <numeric>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include "quorvex/CXDIPP.h"
-#include "quorvex/CXGSPSInfo.h"
-#include "tests/pipeline/inspector.h"
 
 namespace quorvex {
 namespace {

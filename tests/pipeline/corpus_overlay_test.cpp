@@ -1,20 +1,19 @@
 // Overlay planes of real files, against what other readers found in them.
-#include <gtest/gtest.h>
+#include "pipeline/embedded_overlay.h"
+#include "pipeline/overlay_planes.h"
+#include "quorvex/CxDcmParser.h"
+#include "tests/support/corpus.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
-
-#include "pipeline/embedded_overlay.h"
-#include "pipeline/overlay_planes.h"
-#include "quorvex/CxDcmParser.h"
-#include "tests/support/corpus.h"
 
 namespace quorvex {
 namespace {

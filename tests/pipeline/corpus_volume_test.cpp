@@ -1,14 +1,13 @@
 // A real blood flow map: grey values of which a supplemental palette colours a part.
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <memory>
-#include <vector>
-
 #include "quorvex/CLData.h"
 #include "quorvex/CxDcmParser.h"
 #include "tests/pipeline/inspector.h"
 #include "tests/support/corpus.h"
+
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <memory>
+#include <vector>
 
 namespace quorvex {
 namespace {

@@ -1,10 +1,9 @@
 // Frames in the colours of a palette, of all their pixels or of some.
-#include <gtest/gtest.h>
-
-#include <memory>
-
 #include "quorvex/CXDIPP.h"
 #include "tests/pipeline/overlay_objects.h"
+
+#include <gtest/gtest.h>
+#include <memory>
 
 namespace quorvex {
 namespace {

@@ -1,10 +1,9 @@
-#include <gtest/gtest.h>
-
-#include <vector>
-
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "tests/pipeline/inspector.h"
+
+#include <gtest/gtest.h>
+#include <vector>
 
 namespace quorvex {
 namespace {

@@ -1,12 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <string>
-#include <vector>
-
 #include "quorvex/CXDIPP.h"
 #include "tests/pipeline/inspector.h"
 #include "tests/pipeline/test_objects.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 namespace quorvex {
 namespace {

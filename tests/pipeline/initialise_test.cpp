@@ -1,13 +1,12 @@
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <limits>
-#include <vector>
-
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "tests/pipeline/inspector.h"
 #include "tests/pipeline/test_objects.h"
+
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <limits>
+#include <vector>
 
 namespace quorvex {
 namespace {

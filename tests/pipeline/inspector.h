@@ -1,12 +1,13 @@
 /// What the pipeline's tests share: a look at the members, and small images to show.
 #pragma once
 
-#include <cstring>
-#include <initializer_list>
-#include <vector>
-
 #include "quorvex/CXDIPP.h"
 #include "quorvex/DicomObject.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <initializer_list>
+#include <vector>
 
 namespace quorvex {
 

@@ -1,14 +1,13 @@
 #include "pipeline/modality_stage.h"
 
-#include <gtest/gtest.h>
+#include "pipeline/element_access.h"
+#include "quorvex/CXGSPSInfo.h"
 
 #include <cstdint>
 #include <cstring>
+#include <gtest/gtest.h>
 #include <limits>
 #include <vector>
-
-#include "pipeline/element_access.h"
-#include "quorvex/CXGSPSInfo.h"
 
 namespace quorvex {
 namespace {

@@ -1,15 +1,15 @@
 /// Overlay planes and palettes for hand-made data sets, and what they should look like.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+#include "tests/pipeline/test_objects.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <optional>
 #include <random>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
-#include "tests/pipeline/test_objects.h"
 
 namespace quorvex::pipeline_test {
 

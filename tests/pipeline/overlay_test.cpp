@@ -1,14 +1,13 @@
 // Overlay planes in an overlay image, against a look at every single pixel.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <limits>
-
 #include "pipeline/bit_planes.h"
 #include "pipeline/embedded_overlay.h"
 #include "quorvex/CLData.h"
 #include "quorvex/CXDIPP.h"
 #include "tests/pipeline/overlay_objects.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <limits>
 
 namespace quorvex {
 namespace {

@@ -1,12 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstdint>
-#include <cstring>
-#include <limits>
-#include <numeric>
-#include <vector>
-
 #include "pipeline/display_table.h"
 #include "pipeline/stored_elements.h"
 #include "quorvex/CXDIPP.h"
@@ -14,6 +5,14 @@
 #include "quorvex/CXImageCreator.h"
 #include "quorvex/CXWindowing.h"
 #include "tests/pipeline/inspector.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <limits>
+#include <numeric>
+#include <vector>
 
 namespace quorvex {
 namespace {

@@ -1,17 +1,16 @@
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <cmath>
-#include <limits>
-#include <memory>
-#include <string>
-#include <vector>
-
 #include "foundation/platform/canvas.h"
 #include "pipeline/annotation_geometry.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "tests/pipeline/inspector.h"
+
+#include <chrono>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace quorvex {
 namespace {

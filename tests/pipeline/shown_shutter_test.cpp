@@ -1,13 +1,12 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <vector>
-
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXImageCreator.h"
 #include "tests/pipeline/inspector.h"
 #include "tests/pipeline/test_objects.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <vector>
 
 namespace quorvex {
 namespace {

@@ -1,11 +1,11 @@
 /// Data sets made by hand: images and presentation states.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <cstdint>
 #include <cstring>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::pipeline_test {
 

@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
-
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "tests/pipeline/inspector.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
+#include <limits>
 
 namespace quorvex {
 namespace {

@@ -1,14 +1,13 @@
 // Images of a loaded volume: palettes, colours over grey, overlays burnt in.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
 #include "quorvex/CLData.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXImageCreator.h"
 #include "tests/pipeline/inspector.h"
 #include "tests/pipeline/overlay_objects.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

@@ -1,11 +1,10 @@
 // Which pixels lie in a shape.
 #include "foundation/platform/region.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <random>
 #include <string>
 #include <vector>

@@ -1,7 +1,6 @@
 #include "foundation/platform/surface.h"
 
 #include <gtest/gtest.h>
-
 #include <vector>
 
 namespace quorvex {

@@ -1,7 +1,7 @@
 // A shutter that is drawn in an overlay.
-#include <gtest/gtest.h>
-
 #include "tests/presentation/presentation_objects.h"
+
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

@@ -1,7 +1,7 @@
 // What applies to which image, the displayed area, and the annotations.
-#include <gtest/gtest.h>
-
 #include "tests/presentation/presentation_objects.h"
+
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

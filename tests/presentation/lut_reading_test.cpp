@@ -1,7 +1,7 @@
 // Modality, VOI and presentation data of images and of presentation states.
-#include <gtest/gtest.h>
-
 #include "tests/presentation/presentation_objects.h"
+
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

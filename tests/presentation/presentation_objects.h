@@ -1,14 +1,14 @@
 /// Objects for the presentation tests, built in memory, and a record that cleans up after itself.
 #pragma once
 
+#include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CXGSPSObject.h"
+#include "quorvex/DicomObject.h"
+
 #include <cstdint>
 #include <initializer_list>
 #include <utility>
 #include <vector>
-
-#include "quorvex/CXGSPSInfo.h"
-#include "quorvex/CXGSPSObject.h"
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::test {
 

@@ -1,11 +1,10 @@
 // Real presentation states: what other tools read out of them.
-#include <gtest/gtest.h>
-
-#include <numeric>
-#include <string>
-
 #include "tests/presentation/presentation_objects.h"
 #include "tests/support/corpus.h"
+
+#include <gtest/gtest.h>
+#include <numeric>
+#include <string>
 
 namespace quorvex {
 namespace {

@@ -1,11 +1,10 @@
 // Display shutters, and the mask of mask subtraction.
-#include <gtest/gtest.h>
+#include "presentation/mask_subtraction.h"
+#include "tests/presentation/presentation_objects.h"
 
 #include <algorithm>
 #include <cmath>
-
-#include "presentation/mask_subtraction.h"
-#include "tests/presentation/presentation_objects.h"
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

@@ -1,11 +1,10 @@
 /// Presentation states made from records, read back into records.
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <string>
-
 #include "presentation_objects.h"
 #include "quorvex/CxDcmMaker.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
 
 namespace quorvex {
 namespace {

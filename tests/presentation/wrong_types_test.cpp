@@ -1,9 +1,8 @@
 // Attributes that are not what their tags promise.
-#include <gtest/gtest.h>
-
-#include <iterator>
-
 #include "tests/presentation/presentation_objects.h"
+
+#include <gtest/gtest.h>
+#include <iterator>
 
 namespace quorvex {
 namespace {

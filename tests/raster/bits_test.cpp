@@ -1,9 +1,8 @@
-#include <gtest/gtest.h>
+#include "foundation/raster/raster.h"
 
 #include <algorithm>
+#include <gtest/gtest.h>
 #include <vector>
-
-#include "foundation/raster/raster.h"
 
 namespace quorvex {
 namespace {

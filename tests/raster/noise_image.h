@@ -1,12 +1,12 @@
 /// Small images with known content for the raster and render tests.
 #pragma once
 
+#include "quorvex/Types.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <random>
 #include <vector>
-
-#include "quorvex/Types.h"
 
 namespace quorvex {
 

@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
+#include "foundation/raster/raster.h"
+#include "tests/raster/noise_image.h"
 
 #include <algorithm>
 #include <cmath>
+#include <gtest/gtest.h>
 #include <limits>
-
-#include "foundation/raster/raster.h"
-#include "tests/raster/noise_image.h"
 
 namespace quorvex {
 namespace {

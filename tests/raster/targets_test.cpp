@@ -1,10 +1,9 @@
-#include <gtest/gtest.h>
-#include <hwy/targets.h>
-
-#include <vector>
-
 #include "foundation/raster/raster.h"
 #include "tests/raster/noise_image.h"
+
+#include <gtest/gtest.h>
+#include <hwy/targets.h>
+#include <vector>
 
 namespace quorvex {
 namespace {

@@ -1,9 +1,8 @@
-#include <gtest/gtest.h>
-
-#include <cmath>
-
 #include "foundation/raster/raster.h"
 #include "tests/raster/noise_image.h"
+
+#include <cmath>
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

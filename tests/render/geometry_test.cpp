@@ -1,9 +1,8 @@
-#include <gtest/gtest.h>
+#include "quorvex/CXImageCreator.h"
 
 #include <climits>
 #include <cmath>
-
-#include "quorvex/CXImageCreator.h"
+#include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {

@@ -1,17 +1,16 @@
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <climits>
-#include <cmath>
-#include <cstring>
-#include <tuple>
-#include <utility>
-
 #include "foundation/raster/raster.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXImageCreator.h"
 #include "quorvex/CXWindowing.h"
 #include "tests/raster/noise_image.h"
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <tuple>
+#include <utility>
 
 namespace quorvex {
 namespace {

@@ -1,13 +1,13 @@
 /// Writes DICOM bytes by hand, good ones and bad ones, independently of our own writer.
 #pragma once
 
+#include "tests/support/memory_file.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "tests/support/memory_file.h"
 
 namespace quorvex::test {
 

@@ -1,6 +1,8 @@
 /// Bytes in memory, given to the object library in pieces as a parser gives them.
 #pragma once
 
+#include "quorvex/DicomObject.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
@@ -8,8 +10,6 @@
 #include <iterator>
 #include <string>
 #include <vector>
-
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::test {
 

@@ -1,9 +1,8 @@
 // What the command does with inputs that are no use.
-#include <gtest/gtest.h>
+#include "run_command.h"
 
 #include <algorithm>
-
-#include "run_command.h"
+#include <gtest/gtest.h>
 
 namespace quorvex::test {
 namespace {

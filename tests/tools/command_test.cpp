@@ -1,11 +1,10 @@
 // What the command makes of good inputs, and of wrong arguments.
-#include <gtest/gtest.h>
+#include "run_command.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-
-#include "run_command.h"
+#include <gtest/gtest.h>
 
 namespace quorvex::test {
 namespace {

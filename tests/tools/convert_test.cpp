@@ -1,13 +1,12 @@
 // Files into another transfer syntax: what comes out, what is refused, what happens to many.
-#include <gtest/gtest.h>
-#include <sys/wait.h>
+#include "run_command.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <set>
-
-#include "run_command.h"
+#include <sys/wait.h>
 
 namespace quorvex::test {
 namespace {

@@ -1,11 +1,10 @@
 // New objects from pictures, and presentation states.
-#include <gtest/gtest.h>
-#include <png.h>
+#include "run_command.h"
 
 #include <algorithm>
 #include <cstdlib>
-
-#include "run_command.h"
+#include <gtest/gtest.h>
+#include <png.h>
 
 namespace quorvex::test {
 namespace {

@@ -1,7 +1,7 @@
 // Overlays and palettes as the command shows them.
-#include <gtest/gtest.h>
-
 #include "run_command.h"
+
+#include <gtest/gtest.h>
 
 namespace quorvex::test {
 namespace {

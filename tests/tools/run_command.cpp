@@ -1,15 +1,14 @@
 #include "run_command.h"
 
+#include <chrono>
 #include <fcntl.h>
+#include <fstream>
 #include <png.h>
 #include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace quorvex::test {
 namespace {

@@ -1,9 +1,8 @@
 // Small pictures, and what the command does with many inputs.
-#include <gtest/gtest.h>
+#include "run_command.h"
 
 #include <algorithm>
-
-#include "run_command.h"
+#include <gtest/gtest.h>
 
 namespace quorvex::test {
 namespace {

@@ -1,14 +1,13 @@
 // The tables that a presentation record asks for.
-#include <gtest/gtest.h>
+#include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CXWindowing.h"
 
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <initializer_list>
 #include <vector>
-
-#include "quorvex/CXGSPSInfo.h"
-#include "quorvex/CXWindowing.h"
 
 namespace quorvex {
 namespace {

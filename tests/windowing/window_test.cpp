@@ -1,16 +1,15 @@
 // The window: level, width, inversion, and the table they give.
-#include <gtest/gtest.h>
+#include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CXWindowing.h"
 
 #include <algorithm>
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <gtest/gtest.h>
 #include <random>
 #include <thread>
 #include <vector>
-
-#include "quorvex/CXGSPSInfo.h"
-#include "quorvex/CXWindowing.h"
 
 namespace quorvex {
 namespace {
