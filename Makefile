@@ -7,7 +7,7 @@ FILE ?=
 # ON makes every warning an error.
 WERROR ?= OFF
 
-.PHONY: run test bench asan format install clean build
+.PHONY: run test bench fuzz asan format install clean build
 
 build:
 	@cmake --preset $(PRESET) -DCMAKE_COMPILE_WARNING_AS_ERROR=$(WERROR) $(CMAKE_ARGS) >/dev/null
@@ -32,6 +32,13 @@ bench:
 	@scripts/install_packages.sh bench
 	@$(MAKE) --no-print-directory build CMAKE_ARGS="-DQUORVEX_BENCH=ON"
 	@scripts/run_benches.sh $(BUILD)
+
+# Each fuzz target for FUZZ_SECONDS, beginning with the samples.
+FUZZ_SECONDS ?= 60
+fuzz:
+	@scripts/install_packages.sh fuzz
+	@$(MAKE) --no-print-directory build PRESET=fuzz
+	@scripts/run_fuzzers.sh build/fuzz $(FUZZ_SECONDS)
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs the Debian packages that a job needs and that are missing. Usage: install_packages.sh run|test|bench
+# Installs the Debian packages that a job needs and that are missing. Usage: install_packages.sh run|test|bench|fuzz
 set -eu
 job=${1:-run}
 
@@ -9,10 +9,13 @@ build="g++ cmake ninja-build make ccache pkg-config zlib1g-dev libpng-dev libcli
 tests="libgtest-dev python3 python3-pydicom dcmtk dicom3tools"
 benches="libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev"
 
+fuzzers="clang libclang-rt-14-dev"
+
 case $job in
     run) packages=$build ;;
     test) packages="$build $tests" ;;
     bench) packages="$build $tests $benches" ;;
+    fuzz) packages="$build $fuzzers" ;;
     *) echo "install_packages.sh: unknown job '$job'" >&2; exit 2 ;;
 esac
 
