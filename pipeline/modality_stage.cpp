@@ -51,7 +51,7 @@ ValueSpan SpanThrough(const unsigned char* elements, const StoredLayout& layout,
 }
 
 // A table's entries need not rise or fall with the stored value: only those that occur count.
-ValueSpan ModalitySpan(const StoredFrame& stored, const StoredLayout& layout,
+ValueSpan ModalitySpan(const ElementFrame& stored, const StoredLayout& layout,
                        const ModalityTransform& transform) {
     if (transform.IsIdentity()) return stored.span;
     if (!transform.IsTable()) return transform.SpanOfRescaled(stored.span);
@@ -89,7 +89,7 @@ PixelBlock Rewritten(PixelBlock stored, const StoredLayout& layout, const Map& m
 }
 
 template <class To, class Entry>
-PixelBlock Mapped(StoredFrame stored, const StoredLayout& layout, const Entry& entry) {
+PixelBlock Mapped(ElementFrame stored, const StoredLayout& layout, const Entry& entry) {
     const auto map = [&](const unsigned char* from, unsigned char* to) {
         WithElementType(layout, [&](auto element) {
             using From = decltype(element);
@@ -106,7 +106,7 @@ PixelBlock Mapped(StoredFrame stored, const StoredLayout& layout, const Entry& e
 
 // Adding needs no table. Arithmetic in the width of the result is what vectorises.
 template <class To>
-PixelBlock Moved(StoredFrame stored, const StoredLayout& layout, std::int64_t offset) {
+PixelBlock Moved(ElementFrame stored, const StoredLayout& layout, std::int64_t offset) {
     const auto step = static_cast<To>(offset);
     const auto map = [&](const unsigned char* from, unsigned char* to) {
         WithElementType(layout, [&](auto element) {
@@ -120,7 +120,7 @@ PixelBlock Moved(StoredFrame stored, const StoredLayout& layout, std::int64_t of
 }
 
 template <class To>
-PixelBlock Transformed(StoredFrame stored, const StoredLayout& layout,
+PixelBlock Transformed(ElementFrame stored, const StoredLayout& layout,
                        const ModalityTransform& transform) {
     if (const auto offset = transform.Offset()) {
         return Moved<To>(std::move(stored), layout, *offset);
@@ -128,7 +128,7 @@ PixelBlock Transformed(StoredFrame stored, const StoredLayout& layout,
     return Mapped<To>(std::move(stored), layout, transform);
 }
 
-PixelBlock Scaled(StoredFrame stored, const StoredLayout& layout,
+PixelBlock Scaled(ElementFrame stored, const StoredLayout& layout,
                   const ModalityTransform& transform, const ValueScale& scale) {
     return Mapped<std::uint16_t>(std::move(stored), layout, [&](std::int64_t value) {
         return ScaledElement(transform(value), scale);
@@ -148,7 +148,7 @@ std::int64_t ScaledElement(std::int64_t value, const ValueScale& scale) noexcept
 
 ModalityFrame ApplyModalityStage(PixelBlock frame, const StoredLayout& layout,
                                  const ModalityTransform& transform, ValueSpan met) {
-    StoredFrame stored = StoredElements(std::move(frame), layout);
+    ElementFrame stored = StoredElements(std::move(frame), layout);
     ModalityFrame result;
     result.values = ModalitySpan(stored, layout, transform);
     result.elements = result.values;

@@ -115,7 +115,7 @@ PixelBlock NewPixelBlock(std::size_t size) {
     return {std::unique_ptr<unsigned char[]>(new unsigned char[size]), size};
 }
 
-StoredFrame StoredElements(PixelBlock frame, const StoredLayout& layout) {
+ElementFrame StoredElements(PixelBlock frame, const StoredLayout& layout) {
     const auto size = CheckedProduct(layout.pixelCount, layout.ElementBytes());
     if (!size) throw std::bad_alloc();
     PixelBlock elements = WholeElements(std::move(frame), layout, *size);
@@ -128,7 +128,7 @@ StoredFrame StoredElements(PixelBlock frame, const StoredLayout& layout) {
             KeepStoredBits<Element>(data, layout.pixelCount, place);
             span = SpanOf<Element>(data, layout.pixelCount);
         }
-        return StoredFrame{std::move(elements), span};
+        return ElementFrame{std::move(elements), span};
     });
 }
 

@@ -28,7 +28,7 @@ struct ValueSpan {
 };
 
 /// A frame as elements, with its lowest and highest one.
-struct StoredFrame {
+struct ElementFrame {
     PixelBlock elements;
     ValueSpan span;
 };
@@ -36,7 +36,7 @@ struct StoredFrame {
 /// Makes elements of a frame: whole bytes for every pixel, unused bits cleared or filled with the
 /// sign. A frame that is too short ends in zeros. Where the frame is laid out that way already, it
 /// becomes the elements itself.
-[[nodiscard]] StoredFrame StoredElements(PixelBlock frame, const StoredLayout& layout);
+[[nodiscard]] ElementFrame StoredElements(PixelBlock frame, const StoredLayout& layout);
 
 /// A block of `size` bytes, undefined. Throws std::bad_alloc, also above the largest block.
 [[nodiscard]] PixelBlock NewPixelBlock(std::size_t size);
