@@ -13,5 +13,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/QuorvexUConfigVersion.cma
     COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/QuorvexUConfig.cmake
               ${PROJECT_BINARY_DIR}/QuorvexUConfigVersion.cmake DESTINATION ${QUORVEX_CMAKE_DIR})
+# Relative, so that it holds wherever `cmake --install --prefix` puts the files.
+file(RELATIVE_PATH QUORVEX_PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/quorvexu.pc.in ${PROJECT_BINARY_DIR}/quorvexu.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/quorvexu.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
