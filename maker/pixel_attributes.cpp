@@ -1,5 +1,6 @@
 #include "maker/pixel_attributes.h"
 
+#include "foundation/dicom/image_tags.h"
 #include "foundation/types/checked_size.h"
 
 #include <algorithm>
@@ -8,21 +9,8 @@
 namespace quorvex {
 namespace {
 
-constexpr std::uint32_t kSamplesPerPixel = 0x00280002;
-constexpr std::uint32_t kPhotometricInterpretation = 0x00280004;
-constexpr std::uint32_t kPlanarConfiguration = 0x00280006;
-constexpr std::uint32_t kNumberOfFrames = 0x00280008;
-constexpr std::uint32_t kRows = 0x00280010;
-constexpr std::uint32_t kColumns = 0x00280011;
-constexpr std::uint32_t kPixelSpacing = 0x00280030;
-constexpr std::uint32_t kBitsAllocated = 0x00280100;
-constexpr std::uint32_t kBitsStored = 0x00280101;
-constexpr std::uint32_t kHighBit = 0x00280102;
-constexpr std::uint32_t kPixelRepresentation = 0x00280103;
-constexpr std::uint32_t kWindowCenter = 0x00281050;
-constexpr std::uint32_t kWindowWidth = 0x00281051;
-constexpr std::uint32_t kRescaleIntercept = 0x00281052;
-constexpr std::uint32_t kRescaleSlope = 0x00281053;
+using namespace tag;
+
 constexpr std::uint32_t kLossyImageCompression = 0x00282110;
 
 constexpr ExportForm kForms[] = {

@@ -1,4 +1,5 @@
 #include "codec/decoders.h"
+#include "foundation/dicom/image_tags.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "parser/frame_events.h"
@@ -13,7 +14,7 @@
 namespace quorvex {
 namespace {
 
-constexpr std::uint32_t kNumberOfFrames = 0x00280008;
+using namespace tag;
 
 struct Pixels {
     QUORVEX_MESSAGE result = QVM_ERROR_FAILED_TO_DECOMPRESS;

@@ -1,17 +1,12 @@
 #include "parser/frame_shape.h"
 
+#include "foundation/dicom/image_tags.h"
 #include "foundation/types/checked_size.h"
 
 namespace quorvex {
 namespace {
 
-constexpr std::uint32_t kSamplesPerPixel = 0x00280002;
-constexpr std::uint32_t kPhotometricInterpretation = 0x00280004;
-constexpr std::uint32_t kPlanarConfiguration = 0x00280006;
-constexpr std::uint32_t kRows = 0x00280010;
-constexpr std::uint32_t kColumns = 0x00280011;
-constexpr std::uint32_t kBitsAllocated = 0x00280100;
-constexpr std::uint32_t kPixelRepresentation = 0x00280103;
+using namespace tag;
 
 std::uint16_t ReadWord(const CDcmObject& header, std::uint32_t tag, std::uint16_t absent) {
     unsigned short value = 0;

@@ -1,5 +1,6 @@
 #include "parser/palette_image.h"
 
+#include "foundation/dicom/image_tags.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
@@ -13,7 +14,7 @@
 namespace quorvex {
 namespace {
 
-constexpr std::uint32_t kPixelRepresentation = 0x00280103;
+using namespace tag;
 
 struct ColourTags {
     std::uint32_t descriptor;

@@ -1,5 +1,6 @@
 #include "parser/thumbnail_pixels.h"
 
+#include "foundation/dicom/image_tags.h"
 #include "foundation/types/saturate.h"
 #include "parser/palette_image.h"
 #include "parser/thumbnail_window.h"
@@ -11,13 +12,9 @@
 namespace quorvex {
 namespace {
 
-using Bytes = std::vector<unsigned char>;
+using namespace tag;
 
-constexpr std::uint32_t kBitsStored = 0x00280101;
-constexpr std::uint32_t kHighBit = 0x00280102;
-constexpr std::uint32_t kPaddingValue = 0x00280120;
-constexpr std::uint32_t kRescaleIntercept = 0x00281052;
-constexpr std::uint32_t kRescaleSlope = 0x00281053;
+using Bytes = std::vector<unsigned char>;
 
 int ReadInt(const CDcmObject& header, std::uint32_t tag) {
     int value = 0;

@@ -1,5 +1,6 @@
 #include "parser/thumbnail_window.h"
 
+#include "foundation/dicom/image_tags.h"
 #include "foundation/types/saturate.h"
 
 #include <cmath>
@@ -9,12 +10,7 @@
 namespace quorvex {
 namespace {
 
-constexpr std::uint32_t kPhotometricInterpretation = 0x00280004;
-constexpr std::uint32_t kBitsStored = 0x00280101;
-constexpr std::uint32_t kPaddingValue = 0x00280120;
-constexpr std::uint32_t kWindowCenter = 0x00281050;
-constexpr std::uint32_t kWindowWidth = 0x00281051;
-constexpr std::uint32_t kRescaleSlope = 0x00281053;
+using namespace tag;
 
 constexpr int kWidestRange = 3000;
 

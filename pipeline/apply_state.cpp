@@ -1,3 +1,4 @@
+#include "foundation/dicom/image_tags.h"
 #include "foundation/types/answer.h"
 #include "pipeline/presentation_record.h"
 #include "quorvex/CXDIPP.h"
@@ -13,9 +14,9 @@ namespace quorvex {
 
 namespace {
 
+using namespace tag;
+
 constexpr std::uint32_t kSOPInstanceUID = 0x00080018;
-constexpr std::uint32_t kSamplesPerPixel = 0x00280002;
-constexpr std::uint32_t kBitsAllocated = 0x00280100;
 
 }  // namespace
 

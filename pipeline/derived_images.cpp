@@ -1,3 +1,4 @@
+#include "foundation/dicom/image_tags.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
@@ -15,10 +16,7 @@ namespace quorvex {
 
 namespace {
 
-constexpr std::uint32_t kSamplesPerPixel = 0x00280002;
-constexpr std::uint32_t kRows = 0x00280010;
-constexpr std::uint32_t kColumns = 0x00280011;
-constexpr std::uint32_t kBitsAllocated = 0x00280100;
+using namespace tag;
 
 constexpr std::size_t kChannels = 3;
 constexpr std::size_t kMostColumns = std::numeric_limits<unsigned short>::max();

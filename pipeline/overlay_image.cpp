@@ -1,5 +1,6 @@
 #include "pipeline/overlay_image.h"
 
+#include "foundation/dicom/image_tags.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "pipeline/overlay_planes.h"
@@ -15,10 +16,7 @@ namespace quorvex {
 
 namespace {
 
-constexpr std::uint32_t kSamplesPerPixel = 0x00280002;
-constexpr std::uint32_t kRows = 0x00280010;
-constexpr std::uint32_t kColumns = 0x00280011;
-constexpr std::uint32_t kBitsAllocated = 0x00280100;
+using namespace tag;
 
 constexpr OverlayColour kWhite{255, 255, 255};
 

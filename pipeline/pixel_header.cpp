@@ -1,5 +1,6 @@
 #include "pipeline/pixel_header.h"
 
+#include "foundation/dicom/image_tags.h"
 #include "foundation/types/checked_size.h"
 #include "quorvex/DicomObject.h"
 
@@ -10,13 +11,7 @@ namespace quorvex {
 
 namespace {
 
-constexpr std::uint32_t kSamplesPerPixel = 0x00280002;
-constexpr std::uint32_t kRows = 0x00280010;
-constexpr std::uint32_t kColumns = 0x00280011;
-constexpr std::uint32_t kBitsAllocated = 0x00280100;
-constexpr std::uint32_t kBitsStored = 0x00280101;
-constexpr std::uint32_t kHighBit = 0x00280102;
-constexpr std::uint32_t kPixelRepresentation = 0x00280103;
+using namespace tag;
 
 constexpr int kWidestSample = 32;
 constexpr unsigned kLargestSide = std::numeric_limits<std::int32_t>::max();

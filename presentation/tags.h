@@ -1,6 +1,8 @@
 /// The attributes that presentation data is read from.
 #pragma once
 
+#include "foundation/dicom/image_tags.h"
+
 #include <cstdint>
 
 namespace quorvex::tag {
@@ -24,19 +26,8 @@ inline constexpr std::uint32_t kShutterOverlayGroup = 0x00181623;
 
 inline constexpr std::uint32_t kSeriesInstanceUID = 0x0020000E;
 
-inline constexpr std::uint32_t kPhotometricInterpretation = 0x00280004;
-inline constexpr std::uint32_t kRows = 0x00280010;
-inline constexpr std::uint32_t kColumns = 0x00280011;
-inline constexpr std::uint32_t kPixelSpacing = 0x00280030;
 inline constexpr std::uint32_t kPixelAspectRatio = 0x00280034;
-inline constexpr std::uint32_t kBitsAllocated = 0x00280100;
-inline constexpr std::uint32_t kBitsStored = 0x00280101;
-inline constexpr std::uint32_t kPixelRepresentation = 0x00280103;
 inline constexpr std::uint32_t kRecommendedViewingMode = 0x00281090;
-inline constexpr std::uint32_t kWindowCenter = 0x00281050;
-inline constexpr std::uint32_t kWindowWidth = 0x00281051;
-inline constexpr std::uint32_t kRescaleIntercept = 0x00281052;
-inline constexpr std::uint32_t kRescaleSlope = 0x00281053;
 inline constexpr std::uint32_t kRescaleType = 0x00281054;
 inline constexpr std::uint32_t kModalityLUTSequence = 0x00283000;
 inline constexpr std::uint32_t kLUTDescriptor = 0x00283002;

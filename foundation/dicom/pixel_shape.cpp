@@ -1,16 +1,13 @@
 #include "foundation/dicom/pixel_shape.h"
 
+#include "foundation/dicom/image_tags.h"
 #include "foundation/dicom/transfer_syntax.h"
 
 namespace quorvex::dicom {
 namespace {
 
-constexpr std::uint32_t kSamplesPerPixel = 0x00280002;
-constexpr std::uint32_t kPhotometricInterpretation = 0x00280004;
-constexpr std::uint32_t kNumberOfFrames = 0x00280008;
-constexpr std::uint32_t kRows = 0x00280010;
-constexpr std::uint32_t kColumns = 0x00280011;
-constexpr std::uint32_t kBitsAllocated = 0x00280100;
+using namespace tag;
+
 std::uint32_t NumberOr(const CDcmObject& object, std::uint32_t tag, std::uint32_t otherwise) {
     int number = 0;
     if (object.GetValue(tag, number) != kDcmSuccess || number < 0) return otherwise;
