@@ -31,7 +31,7 @@ asan:
 bench:
 	@scripts/install_packages.sh bench
 	@$(MAKE) --no-print-directory build CMAKE_ARGS="-DQUORVEX_BENCH=ON"
-	@scripts/run_benches.sh $(BUILD)
+	@scripts/run_benches.sh $(BUILD) build/bench
 
 # Each fuzz target for FUZZ_SECONDS, beginning with the samples.
 FUZZ_SECONDS ?= 60

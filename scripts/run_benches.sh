@@ -1,9 +1,19 @@
 #!/bin/sh
-# Runs every bench of a build, one thread, and prints medians. Usage: run_benches.sh BUILD
+# Runs every bench of a build on one core beside its peers, then whole processes, and writes the
+# report. Usage: run_benches.sh BUILD RESULTS
 set -eu
-for bench in "$1"/bin/*_bench; do
-    echo "== $(basename "$bench")"
-    "$bench" --benchmark_repetitions=9 --benchmark_report_aggregates_only=true \
-        --benchmark_enable_random_interleaving=true --benchmark_min_time=0.05 2>/dev/null |
-        grep -E '_median|^Benchmark' | sed 's/_median//'
+build=$1
+results=$2
+mkdir -p "$results"
+rm -f "$results"/*.json
+one_core=
+if command -v taskset >/dev/null; then one_core="taskset -c $(($(nproc) - 1))"; fi
+for bench in "$build"/bin/*_bench; do
+    name=$(basename "$bench")
+    echo "== $name"
+    $one_core "$bench" --benchmark_repetitions=9 --benchmark_report_aggregates_only=true \
+        --benchmark_enable_random_interleaving=true --benchmark_min_time=0.05 \
+        --benchmark_out="$results/$name.json" --benchmark_out_format=json >/dev/null 2>&1
 done
+python3 bench/whole_process.py "$build/bin/quorvex" "$results/whole_process.json"
+python3 bench/report.py "$results"
