@@ -84,7 +84,7 @@ QUORVEX_MESSAGE CxImageProcessor::CopyColourFrame(const unsigned char* source,
     const std::size_t sampleBytes =
         result == nullptr ? SampleBytesFor(sourceLength) : SampleBytesFor(resultSize);
     const auto frameBytes = FrameBytes(sampleBytes);
-    if (!frameBytes || !IsPlausibleFrame(*frameBytes, sourceLength) ||
+    if (!IsPlausiblePicture(frameBytes, sourceLength) ||
         IsTooShort(result, resultSize, *frameBytes)) {
         return QVM_ERROR_FAILED_TO_DECOMPRESS;
     }
@@ -98,7 +98,7 @@ QUORVEX_MESSAGE CxImageProcessor::CopyColourFrame(const unsigned char* source,
 QUORVEX_MESSAGE CxImageProcessor::CopyFrame(unsigned char* source, unsigned long sourceLength,
                                             unsigned char*& result, unsigned long& resultSize) {
     const auto frameBytes = FrameBytes(SampleBytesFor(sourceLength));
-    if (!frameBytes || !IsPlausibleFrame(*frameBytes, sourceLength)) {
+    if (!IsPlausiblePicture(frameBytes, sourceLength)) {
         return QVM_ERROR_FAILED_TO_DECOMPRESS;
     }
     std::size_t size = std::max<std::size_t>(*frameBytes, sourceLength);
@@ -119,7 +119,7 @@ QUORVEX_MESSAGE CxImageProcessor::DecodeFrame(unsigned char* source, unsigned lo
     const std::size_t sampleBytes =
         isWide && (result == nullptr || SampleBytesFor(resultSize) == 4) ? 4 : BytesPerSample();
     const auto frameBytes = FrameBytes(sampleBytes);
-    if (!frameBytes || !IsPlausibleFrame(*frameBytes, sourceLength) ||
+    if (!IsPlausiblePicture(frameBytes, sourceLength) ||
         IsTooShort(result, resultSize, *frameBytes)) {
         return QVM_ERROR_FAILED_TO_DECOMPRESS;
     }

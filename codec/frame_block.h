@@ -3,21 +3,20 @@
 
 #include "foundation/platform/pages.h"
 #include "foundation/types/block.h"
+#include "foundation/types/limits.h"
 
 #include <cstddef>
+#include <optional>
 #include <span>
 
 namespace quorvex {
 
-/// Whether a source of `sourceBytes` may ask for a frame of `frameBytes`.
-///
-/// A header of a few bytes can claim gigabytes. Up to 64 MiB are given to anybody; beyond, the
-/// source has to hold at least one byte for 4,096 of the frame, which every real coding does at
-/// such sizes.
-[[nodiscard]] constexpr bool IsPlausibleFrame(std::size_t frameBytes,
-                                              std::size_t sourceBytes) noexcept {
-    constexpr std::size_t kGivenToAnybody = std::size_t{64} << 20;
-    return frameBytes <= kGivenToAnybody || sourceBytes >= frameBytes / 4096;
+/// Whether a source of `sourceBytes` may ask for a picture of `pictureBytes`, a checked product.
+[[nodiscard]] inline bool IsPlausiblePicture(std::optional<std::size_t> pictureBytes,
+                                             std::size_t sourceBytes) noexcept {
+    if (!pictureBytes) return RefuseBy(Limit::kLargestBlock);
+    return *pictureBytes <= kPictureForAnybody ||
+           sourceBytes >= *pictureBytes / kMostPicturePerByte || RefuseBy(Limit::kLargestPicture);
 }
 
 /// A result block. One made here is handed to the caller at once, who owns it on failure too.

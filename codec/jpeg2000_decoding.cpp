@@ -68,9 +68,8 @@ const BlindForm* BlindFormOf(const PegasusParameters& parameters) noexcept {
 
 /// Nothing but the stream's own word speaks for its size: a short one must not ask for much.
 bool IsWorthItsMemory(std::size_t frameBytes, unsigned long sourceLength) noexcept {
-    constexpr std::size_t kFreeBytes = std::size_t{16} << 20;
-    constexpr std::size_t kBytesPerByte = 1024;
-    return frameBytes <= kFreeBytes || frameBytes / kBytesPerByte <= sourceLength;
+    return frameBytes <= kBarePictureForAnybody ||
+           frameBytes / kMostBarePicturePerByte <= sourceLength || RefuseBy(Limit::kLargestPicture);
 }
 
 }  // namespace

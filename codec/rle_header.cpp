@@ -26,7 +26,10 @@ RleSegment SegmentBetween(std::span<const unsigned char> source, std::size_t beg
 std::optional<RleHeader> ReadRleHeader(std::span<const unsigned char> source) noexcept {
     if (source.size() < kHeaderBytes) return std::nullopt;
     RleHeader header{.count = ReadWord(source, 0), .segments = {}};
-    if (header.count > kMostRleSegments) return std::nullopt;
+    if (header.count > kMostRleSegments) {
+        RefuseBy(Limit::kMostSegments);
+        return std::nullopt;
+    }
     for (std::size_t i = 0; i < header.count; ++i) {
         const bool isLast = i + 1 == header.count;
         const std::size_t end = isLast ? source.size() : ReadWord(source, i + 2);

@@ -1,14 +1,14 @@
 /// The header of an RLE frame: how many segments there are, and where each lies.
 #pragma once
 
+#include "foundation/types/limits.h"
+
 #include <array>
 #include <cstddef>
 #include <optional>
 #include <span>
 
 namespace quorvex {
-
-inline constexpr std::size_t kMostRleSegments = 15;
 
 /// One segment's bytes, as far as the source has them.
 struct RleSegment {

@@ -2,6 +2,7 @@
 
 #include "foundation/platform/file_reader.h"
 #include "foundation/platform/host.h"
+#include "foundation/types/limits.h"
 
 #include <optional>
 #include <string>
@@ -10,7 +11,6 @@ namespace quorvex {
 namespace {
 
 constexpr std::string_view kFileName = "Quorvex.INI";
-constexpr std::size_t kLargestFile = 1 << 20;
 
 struct Setting {
     std::string_view tagLine;
@@ -36,7 +36,7 @@ std::optional<std::string_view> TakeLine(std::string_view& text) {
 
 std::optional<std::string> ContentOf(const std::string& path) {
     const FileReader file(path);
-    if (!file.IsOpen() || file.Size() > kLargestFile) return std::nullopt;
+    if (!file.IsOpen() || file.Size() > kLargestConfiguration) return std::nullopt;
     std::string text(file.Size(), '\0');
     if (!file.Read({reinterpret_cast<unsigned char*>(text.data()), text.size()}))
         return std::nullopt;

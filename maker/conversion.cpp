@@ -1,4 +1,5 @@
 #include "foundation/types/answer.h"
+#include "foundation/types/limits.h"
 #include "maker/frame_supply.h"
 #include "maker/pixel_attributes.h"
 #include "quorvex/CxDcmMaker.h"
@@ -112,7 +113,9 @@ QUORVEX_MESSAGE CxDcmMaker::ConvertPixels(CxDcmParser& parser, CDcmObject& targe
         if (settings != nullptr) format.compressionType = settings->compressionType;
         format.quality = quality == 0 ? kConversionQuality : quality;
         if (IsInForm(syntax, format.compressionType)) return QVM_FRAME_COPIED;
-        if (parser.GetFrameCount() < 1) return QVM_ERROR_INVALID_IMAGE_FORMAT;
+        const int count = parser.GetFrameCount();
+        if (count < 1 || (count > kMostFrames && !RefuseBy(Limit::kMostFrames)))
+            return QVM_ERROR_INVALID_IMAGE_FORMAT;
         const auto result = DescribeDecoded(*parser.GetHeader(), syntax, format);
         if (result != QVM_SUCCESS) return result;
         FetchedFrames frames(parser, FrameBytes(format).value_or(0));

@@ -1,5 +1,6 @@
 #include "codec/decoders.h"
 #include "foundation/dicom/encapsulated_items.h"
+#include "foundation/types/limits.h"
 #include "parser/frame_shape.h"
 #include "parser/stored_frame.h"
 #include "quorvex/CxDcmParser.h"
@@ -75,6 +76,7 @@ QUORVEX_MESSAGE CxDcmParser::CollectFromFile(const FrameShape& shape, StoredFram
     frame.isEncoded = IsEncodedImage(value, IsBigEndian(shape.syntax) ? 0 : 1) != 0 &&
                       (!IsNative(shape.syntax) || AreItemsChained(value, shape.syntax));
     const auto frameBytes = frame.isEncoded ? std::size_t{0} : shape.NativeFrameBytes();
+    if (!frameBytes) RefuseBy(Limit::kLargestBlock);
     if (value.empty() || !frameBytes) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     auto record = UserRecord(header, frame);
     const DCMRESULT result =

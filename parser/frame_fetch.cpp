@@ -2,6 +2,7 @@
 #include "foundation/dicom/image_tags.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
+#include "foundation/types/limits.h"
 #include "parser/frame_events.h"
 #include "parser/frame_shape.h"
 #include "parser/stored_frame.h"
@@ -57,6 +58,8 @@ QUORVEX_MESSAGE CxDcmParser::CheckFrame(int frameIndex, TRANSFER_SYNTAX& syntax)
     ShowFrameEvents(0);
     if (header == nullptr) return QVM_ERROR_FAILED_TO_PARSE_DICOM;
     if (frameIndex < 0 || frameIndex >= GetFrameCount()) return QVM_ERROR_INVALID_FRAME_INDEX;
+    if (frameIndex >= kMostFrames && !RefuseBy(Limit::kMostFrames))
+        return QVM_ERROR_INVALID_FRAME_INDEX;
     const bool isKnown = header->GetTransferSyntax(syntax) == kDcmSuccess;
     return isKnown ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_PARSE_DICOM;
 }

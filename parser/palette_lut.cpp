@@ -1,4 +1,5 @@
 #include "foundation/types/answer.h"
+#include "foundation/types/limits.h"
 #include "parser/palette_segments.h"
 #include "quorvex/CxPaletteLUT.h"
 
@@ -8,8 +9,7 @@
 namespace quorvex {
 namespace {
 
-constexpr std::uint32_t kMostEntries = 65536;
-constexpr std::size_t kMostBytes = kMostEntries * 2;
+constexpr std::size_t kMostBytes = kMostPaletteEntries * 2;
 constexpr int kTwelveBitEnd = 4096;
 
 std::int32_t AsSigned16(std::int32_t value) noexcept {
@@ -61,9 +61,9 @@ bool CxPaletteLUT::ReadDescriptor(const CDcmObject& object, std::uint32_t tag) {
         object.GetNextValue(tag, entryBits) != kDcmSuccess) {
         return false;
     }
-    if (entryCount == 0) entryCount = kMostEntries;
+    if (entryCount == 0) entryCount = kMostPaletteEntries;
     if (pixelRepresentation == 1) firstValue = AsSigned16(firstValue);
-    return entryCount <= kMostEntries;
+    return entryCount <= kMostPaletteEntries;
 }
 
 int CxPaletteLUT::LoadLUT(CDcmObject* object, unsigned long descriptorTag, unsigned long dataTag,

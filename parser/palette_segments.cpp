@@ -1,5 +1,7 @@
 #include "parser/palette_segments.h"
 
+#include "foundation/types/limits.h"
+
 #include <algorithm>
 #include <cstddef>
 
@@ -10,9 +12,6 @@ constexpr std::uint16_t kDiscrete = 0;
 constexpr std::uint16_t kLinear = 1;
 constexpr std::uint16_t kIndirect = 2;
 
-/// Segments that give nothing and point at each other would never end; a real table has far fewer.
-constexpr int kMostSegments = 1 << 18;
-
 class SegmentExpansion {
 public:
     SegmentExpansion(std::span<const std::uint16_t> words, std::span<std::uint16_t> table) noexcept
@@ -20,7 +19,8 @@ public:
 
     bool Run() noexcept {
         for (int i = 0; at_ < words_.size() && index_ < table_.size(); ++i) {
-            if (i == kMostSegments || !Segment()) return false;
+            if (i == kMostPaletteSegments) return RefuseBy(Limit::kPaletteSegments);
+            if (!Segment()) return false;
         }
         return at_ == words_.size() && index_ == table_.size();
     }

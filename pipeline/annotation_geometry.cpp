@@ -1,5 +1,6 @@
 #include "pipeline/annotation_geometry.h"
 
+#include "foundation/types/limits.h"
 #include "quorvex/CXGSPSInfo.h"
 
 #include <algorithm>
@@ -17,7 +18,6 @@ namespace {
 enum GraphicType { kPoint = 1, kPolyline, kInterpolated, kCircle, kEllipse };
 constexpr int kPixelUnits = 0;
 constexpr int kMagnify = 2;
-constexpr std::size_t kMostPoints = 65535;  // Number of Graphic Points has 16 bits
 
 using Points = std::vector<CanvasPoint>;
 
@@ -47,7 +47,7 @@ bool LiesOnItsSide(const RenderedView& view) {
 Points PlacedPoints(const GSPSGraphicObject& graphic, const AnnotationPlace& place) {
     const auto there = static_cast<std::size_t>(graphic.points.GetSize());
     Points points;
-    for (std::size_t i = 0; i < std::min(there, kMostPoints); ++i) {
+    for (std::size_t i = 0; i < std::min(there, kMostGraphicPoints); ++i) {
         const auto& stored =
             *static_cast<const GSPSPoint*>(graphic.points.GetAt(static_cast<int>(i)));
         const CanvasPoint point = place({stored.x, stored.y}, graphic.annotationUnits);
@@ -100,7 +100,7 @@ Points Curve(const Points& points) {
     const std::size_t last = points.size() - 1;
     if (points.size() < 3) return points;
     const bool isClosed = IsSame(points.front(), points.back());
-    const std::size_t most = std::clamp<std::size_t>(kMostPoints / last, 1, 64);
+    const std::size_t most = std::clamp<std::size_t>(kMostGraphicPoints / last, 1, 64);
     Points line{points.front()};
     for (std::size_t i = 0; i < last; ++i) {
         const CanvasPoint before = i > 0 ? points[i - 1] : points[isClosed ? last - 1 : 0];

@@ -1,5 +1,6 @@
 #include "pipeline/annotation_text.h"
 
+#include "foundation/types/limits.h"
 #include "quorvex/CXGSPSInfo.h"
 
 #include <algorithm>
@@ -17,14 +18,12 @@ constexpr double kLargestFont = 24.0;
 constexpr double kLineHeight = 1.2;  // of the font size
 constexpr double kAscent = 0.95;     // likewise
 constexpr double kGapToAnchor = 16.0;
-constexpr std::size_t kMostLines = 64;
-constexpr std::size_t kLongestLine = 1024;  // bytes: no text value has more characters
 
 enum Justification { kLeft = 0, kRight = 1, kCentre = 2 };
 
 std::string Printable(std::string_view line) {
     std::string printable;
-    for (const char c : line.substr(0, kLongestLine)) {
+    for (const char c : line.substr(0, kLongestTextLine)) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte >= 0x20 && byte != 0x7F) printable += c;
         if (c == '\t') printable += ' ';
@@ -36,7 +35,7 @@ std::vector<std::string> LinesOf(const CString& text) {
     const std::string whole = text.ToUtf8();
     std::vector<std::string> lines;
     std::string_view rest = whole;
-    while (lines.size() < kMostLines) {
+    while (lines.size() < kMostTextLines) {
         const std::size_t end = std::min(rest.find_first_of("\r\n\f"), rest.size());
         lines.push_back(Printable(rest.substr(0, end)));
         if (end == rest.size()) break;

@@ -1,5 +1,6 @@
 #include "pipeline/incoming_image.h"
 
+#include "foundation/types/limits.h"
 #include "foundation/types/saturate.h"
 #include "pipeline/pixel_header.h"
 #include "pipeline/presentation_record.h"
@@ -17,8 +18,6 @@ namespace {
 
 constexpr int kColourBytes = 3;
 constexpr int kHighestColour = 255;
-/// More values than any frame has, and still a small table.
-constexpr std::int64_t kLargestDomain = std::int64_t{1} << 24;
 
 // Over a range of two values the usual full-range window shows both white.
 void ShowBitsBlackAndWhite(CXGSPSInfo& record) {

@@ -40,8 +40,8 @@ bool IsUsable(const PixelHeader& pixels) {
     if (pixels.size.cx < 1 || pixels.size.cy < 1 || pixels.samplesPerPixel < 1) return false;
     if (pixels.bitsAllocated < 1 || pixels.bitsAllocated > kWidestSample) return false;
     const int bytes = (pixels.bitsAllocated + 7) / 8;
-    return CheckedProduct(pixels.size.cx, pixels.size.cy, pixels.samplesPerPixel, bytes)
-        .has_value();
+    return CheckedProduct(pixels.size.cx, pixels.size.cy, pixels.samplesPerPixel, bytes) ||
+           RefuseBy(Limit::kLargestBlock);
 }
 
 std::optional<PixelHeader> ReadPixelHeader(const CDcmObject& header) {

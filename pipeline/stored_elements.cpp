@@ -111,7 +111,10 @@ int StoredLayout::ElementBytes() const noexcept {
 }
 
 PixelBlock NewPixelBlock(std::size_t size) {
-    if (size > kLargestBlock) throw std::bad_alloc();
+    if (size > kLargestBlock) {
+        RefuseBy(Limit::kLargestBlock);
+        throw std::bad_alloc();
+    }
     return {std::unique_ptr<unsigned char[]>(new unsigned char[size]), size};
 }
 

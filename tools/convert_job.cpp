@@ -3,6 +3,7 @@
 #include "object_output.h"
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
+#include "quorvex/Limits.h"
 #include "report.h"
 #include "source_checks.h"
 #include "verify.h"
@@ -133,6 +134,7 @@ bool ConvertFile(ConvertRecord& record, const InputFile& input, const ConvertWis
         record.result = {};
     };
     bool isHopeless = false;
+    ForgetLimit();
     try {
         const WorkFile written(workFolder.NewPath());
         ConvertInto(written.path, record, input, wish, workFolder);

@@ -2,12 +2,14 @@
 #include "info_report.h"
 #include "progress.h"
 #include "quorvex/CxDcmParser.h"
+#include "quorvex/Limits.h"
 #include "verbs.h"
 
 namespace quorvex::tools {
 namespace {
 
 ExitStatus ShowFile(const std::string& path, bool asJson) {
+    ForgetLimit();
     CDcmApp app;
     CxDcmParser parser;
     const auto result = parser.Initialize(&app, path, 0);

@@ -2,6 +2,7 @@
 #include "element_owner.h"
 #include "element_value.h"
 #include "info_report.h"
+#include "report.h"
 
 #include <array>
 #include <cstdio>
@@ -181,7 +182,7 @@ std::string InfoAsJson(const std::string& path, const ImageSummary& summary,
 std::string ErrorAsJson(const std::string& path, QUORVEX_MESSAGE result) {
     return "{\"file\":" + JsonString(path) + ",\"error\":{\"code\":" + std::to_string(result) +
            Field("name", JsonString(ResultName(result))) +
-           Field("sentence", JsonString(ResultSentence(result))) + "}}\n";
+           Field("sentence", JsonString(SentenceOf(result))) + "}}\n";
 }
 
 }  // namespace quorvex::tools

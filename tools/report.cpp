@@ -1,6 +1,7 @@
 #include "report.h"
 
 #include "progress.h"
+#include "quorvex/Limits.h"
 #include "quorvex/Types.h"
 
 #include <array>
@@ -43,9 +44,18 @@ void Complain(std::string_view name, std::string_view sentence) {
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
+const char* SentenceOf(QUORVEX_MESSAGE result) {
+    const auto limit = LatestLimit();
+    return limit == Limit::kNone ? ResultSentence(result) : LimitSentence(limit);
+}
+
+std::string NamedSentenceOf(QUORVEX_MESSAGE result) {
+    return std::string(ResultName(result)) + " (" + std::to_string(result) +
+           "): " + SentenceOf(result);
+}
+
 ExitStatus ReportBadInput(std::string_view name, QUORVEX_MESSAGE result) {
-    Complain(name, std::string(ResultName(result)) + " (" + std::to_string(result) +
-                       "): " + ResultSentence(result));
+    Complain(name, NamedSentenceOf(result));
     return kBadInput;
 }
 

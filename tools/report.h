@@ -36,6 +36,11 @@ EnvironmentFailure SystemFailure(std::string_view what);
 /// never sent.
 void Complain(std::string_view name, std::string_view sentence);
 
+/// Why an operation failed: the sentence of the limit that this thread's input met, or the code's.
+const char* SentenceOf(QUORVEX_MESSAGE result);
+/// "NAME (NUMBER): sentence".
+std::string NamedSentenceOf(QUORVEX_MESSAGE result);
+
 /// One line with the code's name, number and sentence; answers kBadInput.
 ExitStatus ReportBadInput(std::string_view name, QUORVEX_MESSAGE result);
 

@@ -1,5 +1,6 @@
 #include "source_checks.h"
 
+#include "report.h"
 #include "verify.h"
 
 namespace quorvex::tools {
@@ -81,9 +82,7 @@ void RefuseWhatTheCoderCannotHold(CDcmObject& source, const ConvertTarget& targe
 }  // namespace
 
 Refusal BadInput(QUORVEX_MESSAGE code) {
-    return {
-        Outcome::kBad, code,
-        std::string(ResultName(code)) + " (" + std::to_string(code) + "): " + ResultSentence(code)};
+    return {Outcome::kBad, code, NamedSentenceOf(code)};
 }
 
 Refusal BadInput(QUORVEX_MESSAGE code, const std::string& sentence) {

@@ -5,6 +5,7 @@
 #include "png_writer.h"
 #include "progress.h"
 #include "quorvex/CxDcmParser.h"
+#include "quorvex/Limits.h"
 #include "verbs.h"
 
 #include <algorithm>
@@ -106,6 +107,7 @@ ExitStatus MakeOne(const InputFile& input, OutputPlace& place, const Format& for
                    const ThumbnailArguments& arguments) {
     const auto path = place.For(input.path, WithExtension(input.name, format.extension));
     if (!path) return kBadInput;
+    ForgetLimit();
     CDcmApp app;
     CxDcmParser parser;
     auto result = parser.Initialize(&app, input.path, 0);

@@ -1,4 +1,5 @@
 #include "foundation/types/answer.h"
+#include "foundation/types/limits.h"
 #include "foundation/types/saturate.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
@@ -15,7 +16,6 @@ namespace {
 constexpr std::int32_t kFallbackWidth = 400;
 constexpr std::int32_t kFallbackLevel = 0;
 constexpr std::size_t kPresentationEntries = 256;
-constexpr std::int64_t kLargestTable = std::int64_t{1} << 28;
 constexpr std::int32_t kMostPixelBits = 24;
 constexpr std::int64_t kAllInts = std::int64_t{1} << 32;
 
@@ -121,7 +121,7 @@ std::vector<std::int32_t> TableFromRescale(const CXGSPSInfo& info, std::int32_t 
 /// Entries of a table from minimum to maximum; 0 where there can be none.
 std::int32_t TableSizeOf(std::int64_t minimum, std::int64_t maximum) noexcept {
     const std::int64_t size = maximum - minimum + 1;
-    return size < 0 || size > kLargestTable ? 0 : static_cast<std::int32_t>(size);
+    return size < 0 || size > kLargestWindowingTable ? 0 : static_cast<std::int32_t>(size);
 }
 
 }  // namespace

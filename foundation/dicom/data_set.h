@@ -3,6 +3,7 @@
 #pragma once
 
 #include "foundation/dicom/element.h"
+#include "foundation/types/limits.h"
 
 #include <cstdint>
 #include <memory>
@@ -13,10 +14,6 @@
 #include <vector>
 
 namespace quorvex::dicom {
-
-/// Sequences nest this deep at most, wherever they come from: every walk over a data set may
-/// recurse.
-inline constexpr int kDeepestNesting = 64;
 
 inline constexpr std::uint32_t kTransferSyntaxUid = 0x00020010;
 inline constexpr std::uint32_t kSpecificCharacterSet = 0x00080005;

@@ -8,6 +8,7 @@
 #include "foundation/dicom/value_representation.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace quorvex::dicom {
 namespace {
@@ -69,6 +70,10 @@ private:
     }
 
     void PutHeader(std::uint32_t tag, MC_VR vr, std::size_t length) {
+        if (length > kLongestValue && length != kUndefinedLength) {
+            RefuseBy(Limit::kLongestValue);
+            throw std::length_error(LimitSentence(Limit::kLongestValue));
+        }
         PutTag(tag);
         if (!rules_.encoding.isExplicit) return Put32(length);
         const bool isTooLong = !Describe(vr).hasLongLength && length > kLongestShortLength;

@@ -36,6 +36,11 @@ bool ElementReader::Fail(const char* why) noexcept {
     return false;
 }
 
+bool ElementReader::Fail(Limit limit) noexcept {
+    failure_ = LimitSentence(limit);
+    return RefuseBy(limit);
+}
+
 bool ElementReader::ReadMeta(Encoding encoding) {
     Level level{.encoding = encoding, .isMeta = true};
     return ReadElements(level);
@@ -129,6 +134,7 @@ bool ElementReader::ReadElement(Level& level) {
         !header.IsUndefined()) {
         return PassJunk(level);
     }
+    if (!CountPart()) return false;
     position_ += header.bytes;
     Element element{.tag = header.tag, .vr = header.vr, .offset = position_};
     if (header.isUsOrSs && level.isSigned) element.vr = MC_VR_SS;
@@ -172,9 +178,9 @@ bool ElementReader::ReadUndefined(const ElementHeader& header, Element element,
     Level inner = level;
     if (header.vr == MC_VR_UN && level.encoding.isExplicit) inner.encoding = {false, false};
     const bool isPixels = header.tag == kPixelData || (IsRaw(header.vr) && header.vr != MC_VR_UN);
+    if (isPixels && IsAt(kItemTag, level)) return ReadFragments(std::move(element), level);
     if (isPixels) {
-        IsAt(kItemTag, level) ? ReadFragments(std::move(element), level)
-                              : ReadOpenValue(std::move(element), level);
+        ReadOpenValue(std::move(element), level);
         return true;
     }
     const bool isSequence =
@@ -186,7 +192,7 @@ bool ElementReader::ReadUndefined(const ElementHeader& header, Element element,
 /// Reads items up to the delimiter or `end`, whatever comes first.
 bool ElementReader::ReadSequence(Element element, const Level& level, std::size_t end,
                                  bool isUndefined) {
-    if (level.depth == kDeepestNesting) return Fail("the sequences are nested too deeply");
+    if (level.depth == kDeepestNesting) return Fail(Limit::kDeepestNesting);
     Items items;
     bool isClosed = false;
     while (HasWithin(end, kShortHeader)) {
@@ -207,6 +213,7 @@ bool ElementReader::ReadSequence(Element element, const Level& level, std::size_
 
 bool ElementReader::ReadItem(Items& items, const Level& level, std::size_t end) {
     const auto length = Load<std::uint32_t>(feed_.At(position_) + 4, level.encoding.isBigEndian);
+    if (!CountPart()) return false;
     position_ += kShortHeader;
     Level inner = level;
     inner.depth += 1;
@@ -220,13 +227,14 @@ bool ElementReader::ReadItem(Items& items, const Level& level, std::size_t end) 
     return true;
 }
 
-void ElementReader::ReadFragments(Element element, const Level& level) {
+bool ElementReader::ReadFragments(Element element, const Level& level) {
     Fragments fragments;
     bool isClosed = false;
     while (HasWithin(level.end, kShortHeader)) {
         const std::uint32_t tag = TagHere(level.encoding.isBigEndian);
         isClosed = tag == kSequenceDelimiter;
         if (tag != kItemTag) break;
+        if (!CountPart()) return false;
         const auto length =
             Load<std::uint32_t>(feed_.At(position_) + 4, level.encoding.isBigEndian);
         position_ += kShortHeader;
@@ -239,6 +247,7 @@ void ElementReader::ReadFragments(Element element, const Level& level) {
     if (isClosed) position_ += kShortHeader;
     element.content = std::make_shared<Content>(std::move(fragments));
     pending_.push_back(std::move(element));
+    return true;
 }
 
 /// Native data of undefined length: all that is left, without a delimiter that may close it.

@@ -20,8 +20,8 @@ inline constexpr std::uint32_t kNoStopTag = 0xFFFFFFFF;
 
 class ElementReader {
 public:
-    ElementReader(ByteFeed& feed, std::size_t position) noexcept
-        : feed_(feed), position_(position) {}
+    ElementReader(ByteFeed& feed, std::size_t position, std::size_t mostParts = kMostParts) noexcept
+        : feed_(feed), position_(position), mostParts_(mostParts) {}
 
     /// Reads elements of group 0002, up to the first one of another group.
     [[nodiscard]] bool ReadMeta(Encoding encoding);
@@ -75,14 +75,21 @@ private:
     [[nodiscard]] bool ReadSequence(Element element, const Level& level, std::size_t end,
                                     bool isUndefined);
     [[nodiscard]] bool ReadItem(Items& items, const Level& level, std::size_t end);
-    void ReadFragments(Element element, const Level& level);
+    [[nodiscard]] bool ReadFragments(Element element, const Level& level);
     void ReadOpenValue(Element element, const Level& level);
     [[nodiscard]] std::shared_ptr<DataSet> MakeDataSet(std::size_t first, Encoding encoding);
     [[nodiscard]] bool Fail(const char* why) noexcept;
+    [[nodiscard]] bool Fail(Limit limit) noexcept;
+    /// One more element, item or fragment; false where that is one too many.
+    [[nodiscard]] bool CountPart() noexcept {
+        return ++parts_ <= mostParts_ || Fail(Limit::kMostParts);
+    }
 
     ByteFeed& feed_;
     std::size_t position_;
     std::vector<Element> pending_;  ///< of all open levels, the innermost last
+    std::size_t mostParts_;
+    std::size_t parts_ = 0;
     const char* failure_ = "";
 };
 

@@ -1,5 +1,7 @@
 #include "foundation/dicom/frame_boundaries.h"
 
+#include "foundation/types/limits.h"
+
 #include <algorithm>
 #include <array>
 #include <optional>
@@ -9,7 +11,6 @@ namespace {
 
 constexpr std::size_t kItemHeaderBytes = 8;
 constexpr std::size_t kRleHeaderBytes = 64;
-constexpr std::uint32_t kMostRleSegments = 15;
 
 constexpr std::array<unsigned char, 3> kJpegStart = {0xFF, 0xD8, 0xFF};  // JPEG-LS too
 constexpr std::array<unsigned char, 4> kJpeg2000Start = {0xFF, 0x4F, 0xFF, 0x51};

@@ -23,7 +23,7 @@ public:
     /// Appends what the input gives; false where that would pass `limit` bytes.
     bool Run(Bytes input, ByteBuffer& output, std::size_t limit) {
         while (isGood_ && Step(input, output)) {
-            if (output.size() > limit) return false;
+            if (output.size() > limit) return RefuseBy(Limit::kMostInflated);
         }
         return true;
     }
@@ -51,10 +51,10 @@ private:
 }  // namespace
 
 std::optional<ByteBuffer> Inflate(Bytes deflated) {
-    const std::size_t limit =
-        std::min(kLargestBlock,
-                 std::max(kInflatedAnyway,
-                          CheckedProduct(deflated.size(), kInflatedRatio).value_or(kLargestBlock)));
+    const std::size_t limit = std::min(
+        kLargestBlock,
+        std::max(kInflatedForAnybody,
+                 CheckedProduct(deflated.size(), kMostInflatedPerByte).value_or(kLargestBlock)));
     for (const int windowBits : {kRawStream, kWrappedStream}) {
         ByteBuffer output;
         if (!Inflater(windowBits).Run(deflated, output, limit)) return std::nullopt;

@@ -4,7 +4,7 @@
 #include "foundation/dicom/offset_tables.h"
 #include "foundation/dicom/value_representation.h"
 #include "foundation/types/answer.h"
-#include "foundation/types/checked_size.h"
+#include "foundation/types/limits.h"
 #include "quorvex/DicomObject.h"
 
 #include <algorithm>
@@ -16,9 +16,12 @@ using namespace dicom;
 
 constexpr std::uint32_t kExtendedOffsetTable = 0x7FE00001;
 constexpr std::uint32_t kExtendedOffsetTableLengths = 0x7FE00002;
-constexpr std::size_t kLongestItem = 0xFFFFFFFE;
 
 using Buffers = std::vector<Bytes>;
+
+bool IsTooLong(std::size_t bytes) {
+    return bytes > kLongestValue && !RefuseBy(Limit::kLongestValue);
+}
 
 /// The caller's buffers; nothing when one is unusable.
 std::optional<Buffers> BuffersOf(int count, const unsigned long* lengths,
@@ -26,7 +29,7 @@ std::optional<Buffers> BuffersOf(int count, const unsigned long* lengths,
     if (count < 1 || lengths == nullptr || buffers == nullptr) return std::nullopt;
     Buffers frames;
     for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-        if (buffers[i] == nullptr || lengths[i] >= kLongestItem) return std::nullopt;
+        if (buffers[i] == nullptr || IsTooLong(lengths[i])) return std::nullopt;
         frames.emplace_back(buffers[i], lengths[i]);
     }
     return frames;
@@ -83,7 +86,7 @@ std::optional<ByteBuffer> Pulled(std::uint32_t tag, void* user, ValueWriteCallba
         if (length < 0 || (length > 0 && data == nullptr)) return std::nullopt;
         const Bytes piece(static_cast<const unsigned char*>(data),
                           static_cast<std::size_t>(length));
-        if (piece.size() > kLargestBlock - value.size()) return std::nullopt;
+        if (IsTooLong(value.size() + piece.size())) return std::nullopt;
         value.insert(value.end(), piece.begin(), piece.end());
         if (isLast != 0) return value;
         if (length == 0) return std::nullopt;  // or it could go on like that for ever

@@ -11,7 +11,6 @@ namespace quorvex::dicom {
 namespace {
 
 constexpr std::uint32_t kFirstGroup = 0x0008;
-constexpr std::uint32_t kLongestFirstValue = std::uint32_t{64} << 10;
 constexpr int kFewestElements = 2;
 constexpr std::uint32_t kFloatPixelData = 0x7FE00008;
 constexpr std::uint32_t kDoubleFloatPixelData = 0x7FE00009;
@@ -115,7 +114,7 @@ private:
 
     /// Items up to the delimiter; depth is that of the data set that holds the sequence.
     bool PassItems(int depth, bool areFragments) {
-        if (depth == kDeepestNesting) return false;
+        if (depth == kDeepestNesting) return RefuseBy(Limit::kDeepestNesting);
         while (Left() >= kShortHeader) {
             const ElementHeader item = ReadHeader(data_.data() + at_, encoding_);
             if (!Pass(&DataSetFinder::FailedPlaces::items)) return false;

@@ -21,12 +21,11 @@ public:
     explicit DataSetFinder(Bytes data) noexcept : data_(data) {}
 
     /// True where a data set can begin. At position 0 a file is given more credit: group 0002 may
-    /// stand ahead, lengths may be odd, tags in any order and the last value cut. Past `kMostPlaces` positive
+    /// stand ahead, lengths may be odd, tags in any order and the last value cut. Past `kMostBeginnings` positive
     /// answers, which only data made for the purpose gives, all others are negative.
     [[nodiscard]] bool CanBeginAt(std::size_t position);
 
 private:
-    static constexpr int kMostPlaces = 16;
     friend class ChainWalk;
 
     /// Places from where a chain is known to fail: of elements of the main data set, of elements of
@@ -44,7 +43,7 @@ private:
 
     Bytes data_;
     std::array<FailedPlaces, 4> failed_;
-    int placesLeft_ = kMostPlaces;
+    int placesLeft_ = kMostBeginnings;
 };
 
 }  // namespace quorvex::dicom

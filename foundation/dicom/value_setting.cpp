@@ -185,7 +185,7 @@ bool SetText(DataSet& dataSet, std::uint32_t tag, const std::string& text, bool 
 }
 
 bool SetItem(DataSet& dataSet, std::uint32_t tag, std::shared_ptr<DataSet> item, bool isNext) {
-    if (item->Depth() >= kDeepestNesting) return false;
+    if (item->Depth() >= kDeepestNesting) return RefuseBy(Limit::kDeepestNesting);
     Element* element = isNext ? dataSet.FindMutable(tag) : nullptr;
     if (element == nullptr || ItemsOf(*element) == nullptr) {
         dataSet.PutItems(tag, {std::move(item)});

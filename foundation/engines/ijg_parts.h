@@ -1,6 +1,11 @@
 /// What the shared bodies in *.inc need, included ahead of a library's own namespace.
 #pragma once
 
+#include "foundation/engines/jpeg_coders.h"
+#include "foundation/engines/jpeg_samples.h"
+#include "foundation/engines/zigzag.h"
+#include "foundation/types/limits.h"
+
 #include <algorithm>
 #include <array>
 #include <csetjmp>
@@ -12,7 +17,3 @@
 #include <memory>
 #include <span>
 #include <vector>
-
-#include "foundation/engines/jpeg_coders.h"
-#include "foundation/engines/jpeg_samples.h"
-#include "foundation/engines/zigzag.h"

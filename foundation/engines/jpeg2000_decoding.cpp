@@ -2,6 +2,7 @@
 #include "foundation/engines/jpeg2000_header.h"
 #include "foundation/engines/jpeg2000_stream.h"
 #include "foundation/types/checked_size.h"
+#include "foundation/types/limits.h"
 
 #include <algorithm>
 #include <bit>
@@ -16,29 +17,19 @@ using Bytes = std::span<const unsigned char>;
 constexpr unsigned char kEndOfCodestream[] = {0xFF, 0xD9};
 constexpr int kMostBits = 16;
 
-// A tile costs at least its tile-part's markers, a packet at least a byte. Broken-off streams keep
-// some of what they were: the slack is for those.
-constexpr std::uint64_t kTileBytes = 14;
-constexpr std::uint64_t kSlackTiles = 1024;
-constexpr std::uint64_t kSlackPackets = 1 << 17;
-constexpr std::uint64_t kPacketsPerByte = 4;
-// The decoder takes four bytes and more for a sample: beyond this much, the stream must pay for it.
-constexpr std::uint64_t kFreeSamples = std::uint64_t{1} << 27;
-constexpr std::uint64_t kSamplesPerByte = 4096;
-
 bool IsJustified(const Jpeg2000Header& header, std::uint64_t length) noexcept {
     const std::uint64_t samples =
         std::uint64_t{header.width} * header.height * static_cast<std::uint64_t>(header.components);
-    return header.tiles <= kSlackTiles + length / kTileBytes &&
-           header.packets <= kSlackPackets + length * kPacketsPerByte &&
-           samples <= kFreeSamples + length * kSamplesPerByte;
+    const bool isJustified = header.tiles <= kTilesForAnybody + length / kLeastBytesOfTile &&
+                             header.packets <= kPacketsForAnybody + length * kMostPacketsPerByte &&
+                             samples <= kSamplesForAnybody + length * kMostSamplesPerByte;
+    return isJustified || RefuseBy(Limit::kJpeg2000Work);
 }
 
 bool IsDecodable(const Jpeg2000Header& header) noexcept {
-    constexpr std::uint32_t kLargestSide = 65535;
     return (header.components == 1 || header.components == 3 || header.components == 4) &&
-           header.precision <= kMostBits && header.width <= kLargestSide &&
-           header.height <= kLargestSide;
+           header.precision <= kMostBits && header.width <= kLongestCodedSide &&
+           header.height <= kLongestCodedSide;
 }
 
 OpjImage Decode(Bytes codestream, Bytes tail, bool isStrict) noexcept {

@@ -1,6 +1,7 @@
 #include "foundation/engines/jpeg_coders.h"
 #include "foundation/engines/jpeg_engine.h"
 #include "foundation/types/answer.h"
+#include "foundation/types/limits.h"
 
 #include <algorithm>
 #include <optional>
@@ -20,13 +21,12 @@ public:
 
 namespace {
 
-constexpr std::size_t kLongestHead = std::size_t{16} << 20;
 constexpr int kFailure = -1;
 
 JpegHeaderScanner::State ReadHeader(JpegInput& input, JpegHeaderScanner& scanner) {
     auto state = JpegHeaderScanner::State::kNeedsMore;
     while (state == JpegHeaderScanner::State::kNeedsMore) {
-        if (input.Head().size() > kLongestHead || !input.GrowHead()) return state;
+        if (input.Head().size() > kLongestJpegHead || !input.GrowHead()) return state;
         state = scanner.Scan(input.Head());
     }
     return state;
@@ -67,7 +67,9 @@ JpegDescription Describe(const JpegHeader& header, std::uint64_t length) noexcep
 
 // A decoder of several scans holds coefficients for every pixel that the header claims.
 bool IsWorthDecoding(const JpegHeader& header, std::uint64_t length) noexcept {
-    return header.IsDecodable() && (!header.NeedsWholePicture() || header.LeastBytes() <= length);
+    if (!header.IsDecodable()) return false;
+    const bool isPlausible = !header.NeedsWholePicture() || header.LeastBytes() <= length;
+    return isPlausible || RefuseBy(Limit::kLargestPicture);
 }
 
 MakeJpegDecoder DecoderFor(const JpegHeader& header) noexcept {

@@ -1,6 +1,7 @@
 #include "foundation/platform/canvas.h"
 
 #include "foundation/platform/canvas_font.h"
+#include "foundation/types/limits.h"
 
 #include <algorithm>
 #include <cairo.h>
@@ -14,7 +15,7 @@ namespace quorvex {
 
 namespace {
 
-constexpr int kLongestSide = 32767;
+constexpr int kLongestCanvasSide = 32767;
 constexpr double kFarthest = 1e6;
 constexpr double kLineWidth = 1.5;
 constexpr double kRimWidth = 3.5;
@@ -23,10 +24,8 @@ constexpr double kRimOpacity = 0.7;
 constexpr double kTint = 0.35;
 constexpr double kLargestFont = 1000.0;
 
-// What may be drawn on one canvas, in pixels of line: about a second's work.
-constexpr double kBudget = 1e6;
+// What things cost, in pixels of line.
 constexpr std::size_t kPiece = 128;  // bends of a line that are drawn at once
-constexpr std::size_t kMostCorners = 4096;
 constexpr double kCostOfBend = 8.0;
 constexpr double kCostOfDot = 20.0;
 constexpr double kCostOfCharacter = 2.0;  // times the font size
@@ -116,7 +115,7 @@ struct Canvas::Sheet {
     std::unique_ptr<cairo_t, Release> context;
 
     CSize extent;
-    double budget = kBudget;
+    double budget = kMostDrawnPixels;
 
     [[nodiscard]] bool Spend(double cost) {
         if (cost > budget) return false;
@@ -144,7 +143,8 @@ bool Canvas::IsAvailable() noexcept {
 }
 
 Canvas::Canvas(CSize size) {
-    if (size.cx < 1 || size.cy < 1 || size.cx > kLongestSide || size.cy > kLongestSide) return;
+    if (size.cx < 1 || size.cy < 1 || size.cx > kLongestCanvasSide || size.cy > kLongestCanvasSide)
+        return;
     auto sheet = std::make_unique<Sheet>();
     sheet->extent = size;
     sheet->surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, size.cx, size.cy));
@@ -167,7 +167,7 @@ void Canvas::Line(std::span<const CanvasPoint> points) {
 }
 
 void Canvas::Area(std::span<const CanvasPoint> points) {
-    if (!sheet_ || points.size() > kMostCorners) return;
+    if (!sheet_ || points.size() > kMostAreaCorners) return;
     if (sheet_->Affordable(points).size() < points.size()) return;
     cairo_t* const context = sheet_->context.get();
     Trace(context, points);

@@ -50,7 +50,10 @@ public:
 
 private:
     static unsigned char* Checked(std::size_t size) {
-        if (size > kLargestBlock) throw std::bad_alloc();
+        if (size > kLargestBlock) {
+            RefuseBy(Limit::kLargestBlock);
+            throw std::bad_alloc();
+        }
         return Allocator::Take(size);
     }
     struct Give {

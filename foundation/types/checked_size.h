@@ -1,14 +1,13 @@
 /// Sizes that come from a header: multiplied only with a check, never above one limit.
 #pragma once
 
+#include "foundation/types/limits.h"
+
 #include <concepts>
 #include <cstddef>
 #include <optional>
 
 namespace quorvex {
-
-/// The largest block that the library ever asks for.
-inline constexpr std::size_t kLargestBlock = std::size_t{4} << 30;
 
 /// Product of sizes from a header; nothing when it is more than we would ever allocate.
 template <std::integral... Sizes>
