@@ -1,87 +1,68 @@
-// A file in memory: header, every element, some frames, a thumbnail and a picture.
-#include "quorvex/CXDIPP.h"
-#include "quorvex/CxDcmParser.h"
-
-#include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <memory>
-#include <span>
-#include <vector>
+// An object that its host has read, with its file's image in memory and without.
+#include "fuzz/drawing.h"
+#include "fuzz/elements.h"
+#include "fuzz/frames.h"
+#include "fuzz/memory_feed.h"
+#include "fuzz/options.h"
 
 namespace {
 
 using namespace quorvex;
 
-constexpr std::size_t kLargestInput = 1 << 20;
-
-struct Feed {
-    std::vector<unsigned char> bytes;
-    std::size_t given = 0;
-};
-
-MC_STATUS Give(const char* /*name*/, void* user, int* length, void** data, int first, int* last) {
-    auto& feed = *static_cast<Feed*>(user);
-    if (first != 0) feed.given = 0;
-    const std::size_t count = std::min<std::size_t>(feed.bytes.size() - feed.given, 16384);
-    *data = feed.bytes.data() + feed.given;
-    *length = static_cast<int>(count);
-    feed.given += count;
-    *last = feed.given == feed.bytes.size() ? 1 : 0;
+MC_STATUS Count(int /*messageId*/, std::uint32_t /*tag*/, void* user, int /*item*/,
+                unsigned long length, unsigned char* data, int /*first*/, int /*last*/) {
+    auto& sum = *static_cast<unsigned long*>(user);
+    if (length > 0) sum += data[0] + data[length - 1];
     return kMcContinue;
 }
 
-MC_STATUS Touch(const DcmElementView& element, void* user) {
-    auto& sum = *static_cast<unsigned*>(user);
-    if (element.data != nullptr && element.length > 0) sum += element.data[element.length - 1];
-    return kMcContinue;
-}
-
-void FetchFrames(CxDcmParser& parser) {
-    for (int i = 0; i < std::min(parser.GetFrameCount(), 3); ++i) {
-        unsigned char* frame = nullptr;
-        unsigned long size = 0;
-        (void)parser.GetAFrame(i, frame, size, 0);
-        delete[] frame;
+/// The header alone, its pixels in the image of the file; sometimes the place of them is wrong.
+void ReadWithImage(std::vector<unsigned char> bytes, fuzz::Options& options) {
+    CDcmApp app;
+    fuzz::MemoryFeed feed(bytes);
+    CDcmObject object;
+    unsigned long offset = 0;
+    if (object.ReadFileUptoTag(&app, 0x7FE0000F, &offset, &feed, fuzz::MemoryFeed::GiveFile) !=
+        kDcmSuccess) {
+        return;
     }
-    unsigned char* image = nullptr;
-    unsigned long imageSize = 0;
-    tagBITMAPINFOHEADER* header = nullptr;
-    unsigned long headerSize = 0;
-    (void)parser.MakeThumbNail(0, {32, 32}, kXferUncompressed, 1, image, imageSize, header,
-                               headerSize, 0);
-    delete[] image;
-    delete[] static_cast<unsigned char*>(static_cast<void*>(header));
+    if (options.Below(8) == 1) offset = options.Word();
+    CxDcmParser parser;
+    if (parser.Initialize(&app, &object, bytes.data(), bytes.size(), offset) != QVM_SUCCESS) return;
+    fuzz::FetchFrames(parser, options);
+    fuzz::MakeThumbnail(parser, options);
+    CxDcmParser copy(parser);
+    fuzz::FetchFrames(copy, options);
 }
 
-void Show(CDcmApp& app, CDcmObject& object) {
+/// The whole object, and what a walk over its pixels gives.
+void ReadWhole(const std::vector<unsigned char>& bytes, fuzz::Options& options) {
+    CDcmApp app;
+    fuzz::MemoryFeed feed(bytes);
+    CDcmObject object;
+    if (object.ReadFile(&app, &feed, fuzz::MemoryFeed::GiveFile) != kDcmSuccess) return;
+    unsigned long sum = fuzz::Fingerprint(object);
+    (void)object.GetValueEx(0x7FE00010, &sum, Count);
+    CxDcmParser parser;
+    if (parser.Initialize(&app, &object, nullptr, 0, 0) != QVM_SUCCESS) return;
+    fuzz::FetchFrames(parser, options);
+    double location = 0.0;
+    (void)CxDcmParser::GetSliceLocation(&object, location);
     CXDIPP image;
-    if (image.Initialize(&app, &object, CSize{64, 64}, 0) != QVM_SUCCESS) return;
-    image.ShowShutter(1);
-    image.ShowOverlays(1);
-    if (image.GetZoomFactor() > 4) image.UpdateZoom_ABS(4);
-    (void)image.Render();
+    if (image.Initialize(&app, &object, fuzz::DrawViewSize(options), 0) != QVM_SUCCESS) return;
+    CXDIPP copy(image);
+    fuzz::ShowAsDrawn(copy, options);
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    constexpr std::size_t kLargestInput = 1 << 17;
+    constexpr std::size_t kOptions = 40;
     if (size > kLargestInput) return 0;
-    CDcmApp app;
-    Feed feed{{data, data + size}};
-    unsigned long offset = 0;
-    CDcmObject object;
-    if (object.ReadFileUptoTag(&app, 0x7FE0000F, &offset, &feed, Give) != kDcmSuccess) {
-        (void)object.ReadFile(&app, &feed, Give);
-    }
-    unsigned sum = 0;
-    (void)object.WalkElements(&sum, Touch);
-    CxDcmParser parser;
-    if (parser.Initialize(&app, &object, feed.bytes.data(), size, offset) == QVM_SUCCESS) {
-        FetchFrames(parser);
-    }
-    CDcmObject whole;
-    if (whole.ReadFile(&app, &feed, Give) == kDcmSuccess) Show(app, whole);
+    fuzz::Options options(data, size, kOptions);
+    const std::vector<unsigned char> bytes = options.Front();
+    ReadWithImage(bytes, options);
+    ReadWhole(bytes, options);
     return 0;
 }

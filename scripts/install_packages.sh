@@ -9,7 +9,7 @@ build="g++ cmake ninja-build make ccache pkg-config zlib1g-dev libpng-dev libcli
 tests="libgtest-dev python3 python3-pydicom dcmtk dicom3tools"
 benches="time libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev"
 
-fuzzers="clang libclang-rt-14-dev"
+fuzzers="clang libclang-rt-14-dev python3 python3-pydicom"
 
 case $job in
     run) packages=$build ;;

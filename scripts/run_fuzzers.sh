@@ -1,19 +1,41 @@
 #!/bin/sh
-# Runs every fuzz target of a build for some seconds, beginning with the samples; a find is left in
-# the build folder. Usage: run_fuzzers.sh BUILD SECONDS
+# Runs fuzz targets of a build for some seconds each, beginning with real files, the samples and the
+# saved finds. A find is left in BUILD/finds, a line of figures in BUILD/fuzz_figures.txt.
+# Usage: run_fuzzers.sh BUILD SECONDS [TARGET...]
 set -eu
 build=$1
 seconds=$2
-for fuzzer in "$build"/bin/*_fuzz; do
-    name=$(basename "$fuzzer")
-    inputs=$build/inputs/$name
-    mkdir -p "$inputs"
+shift 2
+seeds=$build/seeds
+mkdir -p "$build/finds"
+if [ ! -d "$seeds" ]; then
+    folders="samples /usr/lib/python3/dist-packages/pydicom/data"
+    for corpus in ../shared/corpus/files ../../shared/corpus/files; do
+        [ ! -d $corpus ] || folders="$folders $corpus"
+    done
+    # shellcheck disable=SC2086  # a word list
+    /usr/bin/python3 scripts/make_fuzz_seeds.py "$seeds" $folders
+fi
+# shellcheck disable=SC2046  # a word list
+[ $# -gt 0 ] || set -- $(cd "$build/bin" && ls -d *_fuzz)
+
+for name in "$@"; do
+    log=$build/$name.log
+    mkdir -p "$build/inputs/$name" "$seeds/$name"
+    saved=tests/data/$name
+    [ -d "$saved" ] || saved=
     echo "== $name, $seconds s"
-    "$fuzzer" "$inputs" samples -max_total_time="$seconds" -timeout=10 -rss_limit_mb=4096 \
-        -max_len=1048576 -artifact_prefix="$build/" -print_final_stats=1 2>&1 |
-        grep -E 'ERROR|SUMMARY|stat::(number_of_executed|peak_rss)|Test unit written' || true
-    if ls "$build"/crash-* "$build"/timeout-* "$build"/oom-* >/dev/null 2>&1; then
-        echo "$name has found something: see $build" >&2
+    found=0
+    "$build/bin/$name" "$build/inputs/$name" "$seeds/$name" $saved -max_total_time="$seconds" \
+        -dict="$seeds/dicom.dict" -timeout=10 -rss_limit_mb=1024 -malloc_limit_mb=512 -max_len=131072 \
+        -artifact_prefix="$build/finds/$name-" -print_final_stats=1 >"$log" 2>&1 || found=$?
+    awk -v name="$name" '/ cov: / { coverage = $4 } /^stat::number_of_executed/ { runs = $2 }
+        /^stat::peak_rss/ { peak = $2 } /^Done/ { seconds = $5 }
+        END { printf "%s: %d executions, %d s, peak %d MiB, %d places covered\n", name, runs, seconds,
+              peak, coverage }' "$log" | tee -a "$build/fuzz_figures.txt"
+    [ $found -eq 0 ] || {
+        grep -E 'ERROR|SUMMARY|Test unit written' "$log" >&2 || true
+        echo "$name has found something: see $log and $build/finds" >&2
         exit 1
-    fi
+    }
 done

@@ -1,5 +1,6 @@
 #include "foundation/dicom/data_set_writer.h"
 #include "foundation/dicom/deflating_sink.h"
+#include "foundation/dicom/dictionary.h"
 #include "foundation/dicom/meta_information.h"
 #include "foundation/dicom/output_file.h"
 #include "foundation/dicom/pixel_shape.h"
@@ -9,6 +10,7 @@
 #include "foundation/types/checked_size.h"
 #include "quorvex/DicomObject.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -54,10 +56,25 @@ bool HoldsNativePixels(const FragmentView& fragments, const PixelShape& shape) {
     return all && there >= *all && there - *all < 2;
 }
 
+/// In implicit VR a value under the tag of a sequence would be taken for items, and what follows for junk.
+bool HoldsValueForItems(const DataSet& dataSet) {
+    return std::ranges::any_of(dataSet.Elements(), [&](const Element& element) {
+        if (const Items* items = ItemsOf(element)) {
+            return std::ranges::any_of(*items,
+                                       [](const auto& item) { return HoldsValueForItems(*item); });
+        }
+        return LookUp(element.tag).vr == MC_VR_SQ && !dataSet.ValueOf(element).empty();
+    });
+}
+
 void PlanPixelData(WritingPlan& plan, const DataSet& main, const PixelShape& shape,
                    bool isEncapsulated) {
     const Element* pixels = main.Find(kPixelData);
     if (pixels == nullptr) return;
+    if (ItemsOf(*pixels) != nullptr) {
+        plan.obstacle = "Pixel Data is a sequence";
+        return;
+    }
     const FragmentView fragments = main.FragmentsOf(*pixels);
     if (fragments.IsEmpty() == !isEncapsulated) return;
     plan.rules.joinsPixelData = !isEncapsulated && HoldsNativePixels(fragments, shape);
@@ -75,6 +92,8 @@ WritingPlan PlanOf(const DataSet& main, const PixelShape& shape) {
                                   .bitsAllocated = shape.bitsAllocated},
                         .isDeflated = syntax->isDeflated};
     PlanPixelData(plan, main, shape, syntax->isEncapsulated);
+    if (!syntax->isExplicit && HoldsValueForItems(main))
+        plan.obstacle = "a value stands where implicit VR wants a sequence";
     return plan;
 }
 

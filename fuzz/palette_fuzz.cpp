@@ -1,0 +1,87 @@
+// Palettes, plain and segmented: the input is their data, its end their descriptors and the image.
+#include "fuzz/drawing.h"
+#include "fuzz/elements.h"
+#include "fuzz/options.h"
+#include "quorvex/CxDcmParser.h"
+#include "quorvex/CxPaletteLUT.h"
+
+namespace {
+
+using namespace quorvex;
+
+std::vector<unsigned char> Part(const std::vector<unsigned char>& data, unsigned third) {
+    const std::size_t length = data.size() / 3;
+    const auto begin = data.begin() + static_cast<std::ptrdiff_t>(third * length);
+    return {begin, begin + static_cast<std::ptrdiff_t>(length)};
+}
+
+void AddColour(CDcmObject& object, unsigned colour, const std::vector<unsigned char>& data,
+               fuzz::Options& options) {
+    constexpr MC_VR kTypes[] = {MC_VR_OW, MC_VR_OB, MC_VR_US, MC_VR_UN};
+    constexpr int kBits[] = {8, 16, 12, 0, 10, 255};
+    const bool isSegmented = options.Flag();
+    int first = options.Word();
+    if (options.Flag()) first = static_cast<std::int16_t>(first);
+    const int count = options.Flag() ? options.Word() : static_cast<int>(data.size() / 2);
+    fuzz::PutNumbers(object, 0x00281101 + colour, {count, first, options.OneOf(kBits)});
+    fuzz::PutBytes(object, (isSegmented ? 0x00281221 : 0x00281201) + colour, data,
+                   options.OneOf(kTypes));
+}
+
+void Load(CDcmObject& object, int representation) {
+    for (const int segmented : {0, 1}) {
+        CxPaletteLUT table(representation);
+        if (table.LoadLUT(&object, 0x00281101, segmented != 0 ? 0x00281221 : 0x00281201,
+                          segmented) == 0) {
+            continue;
+        }
+        for (int value = -40000; value < 70000; value += 97) (void)table.Lookup(value);
+    }
+}
+
+/// Each of them makes a picture of the same pixels.
+void Colour(CDcmObject& object, std::vector<unsigned char> pixels, const fuzz::Shape& shape) {
+    CDcmApp app;
+    CxDcmParser parser;
+    if (parser.Initialize(&app, &object, nullptr, 0, 0) != QVM_SUCCESS) return;
+    unsigned short bits = shape.bits;
+    unsigned short samples = 1;
+    CString photometric;
+    unsigned char* rgb[4] = {};
+    unsigned long length = 0;
+    unsigned short padded = 0;
+    const CXDIPP image;
+    (void)parser.GetRGBBufferFromPaletteImage(pixels.data(), shape.columns, shape.rows, bits,
+                                              samples, photometric, rgb[0], 0);
+    (void)image.MakePaletteColorImage(&object, pixels.data(), rgb[1], length, padded);
+    (void)image.MakeSPCOverlay(&object, pixels.data(), rgb[2], length);
+    (void)image.MakeSPCOverlayForMPR(&object, pixels.data(), shape.columns, shape.rows, rgb[3],
+                                     length);
+    for (unsigned char* block : rgb) delete[] block;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    constexpr std::size_t kLargestInput = 1 << 14;
+    constexpr std::size_t kOptions = 64;
+    if (size > kLargestInput) return 0;
+    fuzz::Options options(data, size, kOptions);
+    const std::vector<unsigned char> tables = options.Front();
+    const fuzz::Shape shape{.bits = static_cast<unsigned short>(options.Flag() ? 16 : 8),
+                            .isSigned = static_cast<unsigned short>(options.Below(2))};
+    CDcmObject object;
+    fuzz::FillImage(object, shape, "PALETTE COLOR");
+    for (unsigned colour = 0; colour < 3; ++colour) {
+        AddColour(object, colour, Part(tables, colour), options);
+    }
+    Load(object, shape.isSigned);
+    std::vector<unsigned char> pixels(shape.FrameBytes());
+    for (auto& byte : pixels) byte = static_cast<unsigned char>(options.Byte());
+    Colour(object, std::move(pixels), shape);
+    CDcmApp app;
+    CXDIPP image;
+    if (image.Initialize(&app, &object, {32, 32}, 0) == QVM_SUCCESS)
+        fuzz::RenderAndDraw(image, options);
+    return 0;
+}

@@ -1,0 +1,100 @@
+// The fuzz targets without a fuzzer: every input that once found something, whole and cut, and some
+// mutations of them. A target answers a fault by ending the process.
+#include "tests/support/memory_file.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <random>
+#include <string>
+#include <vector>
+
+#define QUORVEX_FUZZ_TARGET(name) \
+    extern "C" int quorvex_##name(const std::uint8_t* data, std::size_t size);
+#include "fuzz_targets.inc"
+#undef QUORVEX_FUZZ_TARGET
+
+namespace quorvex::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Target {
+    const char* name;
+    int (*run)(const std::uint8_t* data, std::size_t size);
+};
+
+constexpr Target kTargets[] = {
+#define QUORVEX_FUZZ_TARGET(name) {#name, quorvex_##name},
+#include "fuzz_targets.inc"
+#undef QUORVEX_FUZZ_TARGET
+};
+
+std::vector<fs::path> InputsOf(const char* target) {
+    std::vector<fs::path> inputs;
+    const fs::path folder = fs::path(QUORVEX_SOURCE_DIR) / "tests/data" / target;
+    if (!fs::is_directory(folder)) return inputs;
+    for (const auto& entry : fs::directory_iterator(folder)) inputs.push_back(entry.path());
+    std::sort(inputs.begin(), inputs.end());
+    return inputs;
+}
+
+struct SavedInput {
+    Target target;
+    fs::path path;
+};
+
+std::vector<SavedInput> AllSavedInputs() {
+    std::vector<SavedInput> all;
+    for (const Target& target : kTargets) {
+        for (const auto& path : InputsOf(target.name)) all.push_back({target, path});
+    }
+    return all;
+}
+
+class SavedInputs : public testing::TestWithParam<SavedInput> {};
+
+TEST_P(SavedInputs, Hold) {
+    constexpr std::size_t kCuts = 6;
+    const auto bytes = BytesOfFile(GetParam().path);
+    for (std::size_t cut = 0; cut < kCuts; ++cut) {
+        const std::vector<std::uint8_t> input(
+            bytes.begin(), bytes.end() - static_cast<std::ptrdiff_t>(bytes.size() * cut / kCuts));
+        EXPECT_EQ(GetParam().target.run(input.data(), input.size()), 0);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Finds, SavedInputs, testing::ValuesIn(AllSavedInputs()),
+                         [](const auto& test) {
+                             return std::string(test.param.target.name) + "_" +
+                                    test.param.path.stem().string();
+                         });
+
+void Change(std::vector<unsigned char>& bytes, std::mt19937& random) {
+    if (bytes.empty()) bytes.resize(64);
+    for (unsigned i = random() % 8; i > 0; --i) {
+        bytes[random() % bytes.size()] = static_cast<unsigned char>(random());
+    }
+    if (random() % 4 == 0) bytes.insert(bytes.end(), random() % 32, 0x55);
+}
+
+class FuzzTargets : public testing::TestWithParam<Target> {};
+
+TEST_P(FuzzTargets, BearMutations) {
+    constexpr int kRounds = 120;
+    std::vector<std::vector<unsigned char>> inputs = {{}};
+    inputs.push_back(BytesOfFile(QUORVEX_SOURCE_DIR "/samples/ct_state.dcm"));
+    for (const auto& path : InputsOf(GetParam().name)) inputs.push_back(BytesOfFile(path));
+    std::mt19937 random(20260);
+    for (int i = 0; i < kRounds; ++i) {
+        auto input = inputs[random() % inputs.size()];
+        Change(input, random);
+        EXPECT_EQ(GetParam().run(input.data(), input.size()), 0);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FuzzTargets, testing::ValuesIn(kTargets),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+}  // namespace
+}  // namespace quorvex::test
