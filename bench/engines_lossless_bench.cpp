@@ -1,9 +1,19 @@
-// Lossless 16-bit JPEG through CxImageProcessor, beside the IJG library built for 16 bits.
+// Lossless pictures of 9 to 16 bits: our engine beside the IJG library built for 16 bits.
+#include "bench/engine_pictures.h"
+#include "foundation/engines/jpeg_engine.h"
+
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
 #include <memory>
-
-#include "bench/engine_pictures.h"
+#include <optional>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
 
 namespace quorvex::bench {
 namespace {
@@ -13,34 +23,16 @@ extern "C" {
 }
 
 #include "bench/ijg_direct.inc"
-
-constexpr Picture kSlice{.columns = 512, .rows = 512, .precision = 16};
-
-void LosslessDecodeOurs(benchmark::State& state) {
-    DecodeOurs(state, kSlice, kXferJpegLossless, 1, kJpegLosslessFirstOrder);
-}
-void LosslessDecodeDirectly(benchmark::State& state) {
-    DecodeDirectly(state, kSlice, kXferJpegLossless, 1);
-}
-void LosslessEncodeOurs(benchmark::State& state) {
-    EncodeOurs(state, kSlice, kXferJpegLossless, 1);
-}
-void LosslessEncodeDirectly(benchmark::State& state) {
-    const Bytes pixels = Pixels(kSlice);
-    for (auto _ : state) {
-        const Bytes stream = DirectEncode(
-            pixels, kSlice.columns, kSlice.rows, 1,
-            [](jpeg_compress_struct& codec) { jpeg_simple_lossless(&codec, 1, 0); },
-            [](jpeg_compress_struct&) {});
-        benchmark::DoNotOptimize(stream.data());
-    }
-    CountBytes(state, kSlice);
-}
-
-BENCHMARK(LosslessDecodeOurs);
-BENCHMARK(LosslessDecodeDirectly);
-BENCHMARK(LosslessEncodeOurs);
-BENCHMARK(LosslessEncodeDirectly);
+// Behind what it builds on.
+#include "bench/lossless_jobs.inc"
 
 }  // namespace
 }  // namespace quorvex::bench
+
+int main(int argc, char** argv) {
+    using namespace quorvex::bench;
+    return Run(argc, argv,
+               {Made("grey12", 3000, 3000, 1, 12, 4), Made("grey16", 3000, 3000, 1, 16, 4),
+                Made("noisy16", 1024, 1024, 1, 16, 11), Made("rgb16", 1024, 768, 3, 16, 4),
+                FromSample("ct.dcm", 512, 512, 16), FromSample("radiograph.dcm", 480, 586, 12)});
+}

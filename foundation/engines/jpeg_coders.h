@@ -37,6 +37,8 @@ public:
     /// The stream ended ahead of the picture, though every line may have been delivered.
     [[nodiscard]] virtual bool BrokeOff() const noexcept = 0;
     [[nodiscard]] virtual long Warnings() const noexcept = 0;
+    /// No library has taken part so far.
+    [[nodiscard]] virtual bool IsOurs() const noexcept { return false; }
 };
 
 /// Codes lines in their order.
@@ -61,7 +63,9 @@ std::unique_ptr<JpegLineCoder> MakeTurboCoder(const JpegCodingBlock& coding);
 // 12-bit lossy streams.
 std::unique_ptr<JpegLineDecoder> Make12BitDecoder(JpegInput& input);
 std::unique_ptr<JpegLineCoder> Make12BitCoder(const JpegCodingBlock& coding);
-// Lossless streams of up to 8 bits, and of up to 16.
+// Lossless streams: our own coder, which hands on what it does not take.
+std::unique_ptr<JpegLineDecoder> MakeLosslessDecoder(JpegInput& input);
+// Lossless streams of up to 8 bits, and of up to 16, of every kind.
 std::unique_ptr<JpegLineDecoder> Make8BitLosslessDecoder(JpegInput& input);
 std::unique_ptr<JpegLineCoder> Make8BitLosslessCoder(const JpegCodingBlock& coding);
 std::unique_ptr<JpegLineDecoder> Make16BitLosslessDecoder(JpegInput& input);

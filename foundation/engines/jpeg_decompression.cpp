@@ -73,11 +73,8 @@ bool IsWorthDecoding(const JpegHeader& header, std::uint64_t length) noexcept {
 }
 
 MakeJpegDecoder DecoderFor(const JpegHeader& header) noexcept {
-    const bool isWide = header.precision > 8;
-    if (header.Process() == JpegProcess::kLossless) {
-        return isWide ? Make16BitLosslessDecoder : Make8BitLosslessDecoder;
-    }
-    return isWide ? Make12BitDecoder : MakeTurboDecoder;
+    if (header.Process() == JpegProcess::kLossless) return MakeLosslessDecoder;
+    return header.precision > 8 ? Make12BitDecoder : MakeTurboDecoder;
 }
 
 struct FormOfPixels {

@@ -1,0 +1,50 @@
+// Lossless JPEG through our own decoder and through the library beside it: they must agree on every
+// sample, line, warning and break.
+#include "tests/engines/lossless_test_streams.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+using namespace quorvex;
+using testing::ByteVector;
+
+constexpr std::size_t kFacts = 8;
+constexpr std::size_t kMostSamples = 1 << 16;
+
+/// A header drawn from the first bytes, or none: then the input is a whole stream.
+ByteVector HeadFrom(const std::uint8_t* facts) {
+    if (facts[0] % 4 == 0) return {};
+    std::minstd_rand random(facts[1]);
+    testing::LosslessShape shape{.columns = 1 + facts[2],
+                                 .rows = 1 + facts[3] % 64,
+                                 .samples = facts[0] % 4 == 1 ? 3 : 1,
+                                 .precision = 2 + facts[4] % 15};
+    shape.pointTransform = facts[5] % 4 == 0 ? facts[5] / 4 % shape.precision : 0;
+    shape.rowsInInterval = facts[6] % 8;
+    shape.tablesFirst = facts[7] % 2 == 0;
+    for (auto& table : shape.tables) table = testing::RandomTable(random);
+    return testing::LosslessWriter(shape).Head();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    if (size < kFacts || size > 1 << 16) return 0;
+    ByteVector stream = HeadFrom(data);
+    stream.insert(stream.end(), data + kFacts, data + size);
+    const auto header = testing::LosslessHeader(stream);
+    if (!header) return 0;
+    const std::size_t samples =
+        std::size_t{header->width} * header->height * header->componentCount;
+    if (samples > kMostSamples || header->NeedsWholePicture()) return 0;
+    const testing::LosslessDecoding how{
+        .bytesPerSample = header->precision > 8 || data[7] % 4 < 2 ? 2 : 1,
+        .stripe = 1 + data[7] % 5,
+        .block = data[7] % 3 == 0 ? std::size_t{7} : kJpegBufferBytes};
+    const auto ours = testing::Decode(stream, *header, how);
+    if (!ours.IsLike(testing::DecodeByLibrary(stream, *header, how))) std::abort();
+    return 0;
+}
