@@ -1,5 +1,5 @@
-// Lossless JPEG through our own decoder and through the library beside it: they must agree on every
-// sample, line, warning and break.
+// Lossless JPEG through our own coder and through the library beside it: they must agree on every
+// sample, line, warning and break, and on every byte that is written.
 #include "tests/engines/lossless_test_streams.h"
 
 #include <cstddef>
@@ -29,22 +29,44 @@ ByteVector HeadFrom(const std::uint8_t* facts) {
     return testing::LosslessWriter(shape).Head();
 }
 
+/// The input as a picture.
+void Encode(const std::uint8_t* facts, const std::uint8_t* pixels, std::size_t size) {
+    auto coding =
+        testing::LosslessCoding(1 + facts[2], 0, facts[1] % 2 == 0 ? 1 : 3, 2 + facts[4] % 15);
+    if (facts[5] % 4 == 0) coding.bytesPerSample = 2;
+    const auto rowBytes = std::size_t{coding.columns} * coding.samples * coding.bytesPerSample;
+    coding.rows = static_cast<std::uint16_t>(size / rowBytes);
+    if (coding.rows == 0) return;
+    const ByteVector rows(pixels, pixels + rowBytes * coding.rows);
+    const ByteVector ours = testing::Encode(MakeLosslessCoder, coding, rows.data());
+    if (ours != testing::EncodeByLibrary(coding, rows.data())) std::abort();
+    if (ours.empty()) return;
+    const auto header = testing::LosslessHeader(ours);
+    const auto decoded = testing::Decode(ours, *header, {.bytesPerSample = coding.bytesPerSample});
+    if (!decoded.isOurs || decoded.pixels != rows) std::abort();
+}
+
+void Decode(const std::uint8_t* facts, const std::uint8_t* coded, std::size_t size) {
+    ByteVector stream = HeadFrom(facts);
+    stream.insert(stream.end(), coded, coded + size);
+    const auto header = testing::LosslessHeader(stream);
+    if (!header) return;
+    const std::size_t samples =
+        std::size_t{header->width} * header->height * header->componentCount;
+    if (samples > kMostSamples || header->NeedsWholePicture()) return;
+    const testing::LosslessDecoding how{
+        .bytesPerSample = header->precision > 8 || facts[7] % 4 < 2 ? 2 : 1,
+        .stripe = 1 + facts[7] % 5,
+        .block = facts[7] % 3 == 0 ? std::size_t{7} : kJpegBufferBytes};
+    const auto ours = testing::Decode(stream, *header, how);
+    if (!ours.IsLike(testing::DecodeByLibrary(stream, *header, how))) std::abort();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size < kFacts || size > 1 << 16) return 0;
-    ByteVector stream = HeadFrom(data);
-    stream.insert(stream.end(), data + kFacts, data + size);
-    const auto header = testing::LosslessHeader(stream);
-    if (!header) return 0;
-    const std::size_t samples =
-        std::size_t{header->width} * header->height * header->componentCount;
-    if (samples > kMostSamples || header->NeedsWholePicture()) return 0;
-    const testing::LosslessDecoding how{
-        .bytesPerSample = header->precision > 8 || data[7] % 4 < 2 ? 2 : 1,
-        .stripe = 1 + data[7] % 5,
-        .block = data[7] % 3 == 0 ? std::size_t{7} : kJpegBufferBytes};
-    const auto ours = testing::Decode(stream, *header, how);
-    if (!ours.IsLike(testing::DecodeByLibrary(stream, *header, how))) std::abort();
+    const bool isPicture = data[0] % 8 == 7;
+    (isPicture ? Encode : Decode)(data, data + kFacts, size - kFacts);
     return 0;
 }

@@ -51,7 +51,8 @@ public:
 
     [[nodiscard]] virtual bool Start() = 0;
     [[nodiscard]] virtual bool Write(const unsigned char* rows, int lines) noexcept = 0;
-    [[nodiscard]] virtual bool Finish() noexcept = 0;
+    /// Of a lossless picture, goes through the same lines once more.
+    [[nodiscard]] virtual bool Finish(const unsigned char* rows, int lines) noexcept = 0;
 };
 
 using MakeJpegDecoder = std::unique_ptr<JpegLineDecoder> (*)(JpegInput& input);
@@ -65,6 +66,7 @@ std::unique_ptr<JpegLineDecoder> Make12BitDecoder(JpegInput& input);
 std::unique_ptr<JpegLineCoder> Make12BitCoder(const JpegCodingBlock& coding);
 // Lossless streams: our own coder, which hands on what it does not take.
 std::unique_ptr<JpegLineDecoder> MakeLosslessDecoder(JpegInput& input);
+std::unique_ptr<JpegLineCoder> MakeLosslessCoder(const JpegCodingBlock& coding);
 // Lossless streams of up to 8 bits, and of up to 16, of every kind.
 std::unique_ptr<JpegLineDecoder> Make8BitLosslessDecoder(JpegInput& input);
 std::unique_ptr<JpegLineCoder> Make8BitLosslessCoder(const JpegCodingBlock& coding);

@@ -39,7 +39,7 @@ bool IsCodable(const JpegCodingBlock& coding) noexcept {
 MakeJpegCoder CoderFor(const JpegCodingBlock& coding) noexcept {
     if (coding.process == JpegProcess::kBaseline) return MakeTurboCoder;
     if (coding.process == JpegProcess::kExtended) return Make12BitCoder;
-    return coding.bytesPerSample > 1 ? Make16BitLosslessCoder : Make8BitLosslessCoder;
+    return MakeLosslessCoder;
 }
 
 int Open(JpegCompressionHandle& handle, const JpegCodingBlock& coding) {
@@ -77,9 +77,8 @@ int icompress(const JpegCompressionHandle& handle, const unsigned char* source, 
     const int last = Passes(work.isLossless);
     if (work.passes >= last) return kFailure;
     ++work.passes;
-    // The coder keeps what the first pass has seen.
     if (work.passes == 1 && !work.coder->Write(source, rows)) return kFailure;
-    if (work.passes == last && !work.coder->Finish()) return kFailure;
+    if (work.passes == last && !work.coder->Finish(source, rows)) return kFailure;
     return kSuccess;
 }
 

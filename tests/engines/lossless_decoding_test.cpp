@@ -1,4 +1,3 @@
-#include "foundation/engines/jpeg_coders.h"
 #include "tests/engines/lossless_test_streams.h"
 
 #include <gtest/gtest.h>

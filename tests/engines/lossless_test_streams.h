@@ -2,6 +2,7 @@
 /// than our own coder writes.
 #pragma once
 
+#include "foundation/engines/jpeg_coders.h"
 #include "foundation/engines/lossless_scan.h"
 #include "tests/engines/jpeg_test_streams.h"
 
@@ -233,6 +234,33 @@ inline LosslessOutcome DecodeByLibrary(const ByteVector& stream, const JpegHeade
                                        LosslessDecoding how) {
     how.make = header.precision > 8 ? Make16BitLosslessDecoder : Make8BitLosslessDecoder;
     return Decode(stream, header, how);
+}
+
+using MakeLosslessStream = std::unique_ptr<JpegLineCoder> (*)(const JpegCodingBlock& coding);
+
+inline JpegCodingBlock LosslessCoding(int columns, int rows, int samples, int precision) {
+    return {.columns = static_cast<std::uint16_t>(columns),
+            .rows = static_cast<std::uint16_t>(rows),
+            .samples = static_cast<std::uint8_t>(samples),
+            .bytesPerSample = static_cast<std::uint8_t>(precision > 8 ? 2 : 1),
+            .process = JpegProcess::kLossless,
+            .precision = static_cast<std::uint8_t>(precision)};
+}
+
+/// The stream of one coder; empty where it refuses.
+inline ByteVector Encode(MakeLosslessStream make, JpegCodingBlock coding,
+                         const unsigned char* rows) {
+    CodedOutput output;
+    coding.write = TakeCoded;
+    coding.writeContext = &output;
+    const auto coder = make(coding);
+    const bool isCoded =
+        coder->Start() && coder->Write(rows, coding.rows) && coder->Finish(rows, coding.rows);
+    return isCoded ? output.bytes : ByteVector{};
+}
+inline ByteVector EncodeByLibrary(const JpegCodingBlock& coding, const unsigned char* rows) {
+    return Encode(coding.bytesPerSample > 1 ? Make16BitLosslessCoder : Make8BitLosslessCoder,
+                  coding, rows);
 }
 
 }  // namespace quorvex::testing
