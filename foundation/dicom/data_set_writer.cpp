@@ -21,9 +21,11 @@ void PadToEven(ByteBuffer& value, MC_VR vr) {
     if (value.size() % 2 != 0) value.push_back(Describe(vr).pad);
 }
 
+/// A value under the tag of an item or delimiter would be taken for one.
 bool IsWritten(std::uint32_t tag, bool isMain) {
     const bool isGroupLength = (tag & 0xFFFFU) == 0;
-    return !isGroupLength && !(isMain && IsMetaTag(tag));
+    const bool isDelimiter = GroupOf(tag) == kDelimiterGroup;
+    return !isGroupLength && !isDelimiter && !(isMain && IsMetaTag(tag));
 }
 
 class Writer {
