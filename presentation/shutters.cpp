@@ -1,6 +1,8 @@
 #include "foundation/platform/region.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
+#include "foundation/types/checked_size.h"
+#include "foundation/types/limits.h"
 #include "foundation/types/saturate.h"
 #include "presentation/attributes.h"
 #include "presentation/shutter_size.h"
@@ -9,6 +11,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <new>
 #include <span>
 
 namespace quorvex {
@@ -24,8 +27,17 @@ struct MaskBlock {
     ByteMask mask;
 };
 
+/// A state of a few bytes can claim any size; a mask that large is made only for an image of that size.
+bool IsPlausibleMask(CSize size, const CXGSPSInfo& info) {
+    const auto bytes = CheckedProduct(size.cx, size.cy);
+    return size == CSize{info.imageColumns, info.imageRows} ||
+           (bytes && *bytes <= kPictureForAnybody) || RefuseBy(Limit::kLargestPicture);
+}
+
+/// Throws std::bad_alloc where there is no memory for a mask, or the mask is not plausible.
 MaskBlock NewMask(const CDcmObject& object, const CXGSPSInfo& info) {
     const CSize size = ShutterMaskSize(object, info);
+    if (!IsPlausibleMask(size, info)) throw std::bad_alloc();
     HeapBlock block(static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy));
     const ByteMask mask{block.Bytes(), size.cx, size.cy};
     std::ranges::fill(mask.bytes, kShuttered);

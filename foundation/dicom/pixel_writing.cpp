@@ -93,11 +93,13 @@ std::optional<ByteBuffer> Pulled(std::uint32_t tag, void* user, ValueWriteCallba
     }
 }
 
+/// Bytes under the tag of a sequence are no items, and must not be written as if they were.
 MC_VR VrForNew(const DataSet& dataSet, std::uint32_t tag) {
     const Element* present = dataSet.Find(tag);
     if (present != nullptr && present->vr != MC_VR_SQ) return present->vr;
     const DictionaryEntry& entry = LookUp(tag);
-    return entry.choice == VrChoice::kObOrOw ? MC_VR_OB : entry.vr;
+    const bool isBytes = entry.choice == VrChoice::kObOrOw || entry.vr == MC_VR_SQ;
+    return isBytes ? MC_VR_OB : entry.vr;
 }
 
 /// The same value, owned and little endian, so that another VR may read it.
