@@ -32,12 +32,6 @@ std::uint32_t ReadLength(Bytes bytes, bool isBigEndian) noexcept {
     return high << 16 | low;
 }
 
-/// True when the items of an encapsulated value chain up to its end: plain pixels may begin with the
-/// bytes of an item tag too.
-bool AreItemsChained(Bytes value, TRANSFER_SYNTAX syntax) {
-    return dicom::ItemsIn(value, syntax).isChained;
-}
-
 /// The six words that a walk hands to its callback.
 std::array<void*, 6> UserRecord(CDcmObject* header, StoredFrame& frame) noexcept {
     return {nullptr, nullptr, header, nullptr, nullptr, &frame};
@@ -73,8 +67,9 @@ std::span<unsigned char> CxDcmParser::PixelDataValue(TRANSFER_SYNTAX syntax) con
 
 QUORVEX_MESSAGE CxDcmParser::CollectFromFile(const FrameShape& shape, StoredFrame& frame) const {
     const auto value = PixelDataValue(shape.syntax);
-    frame.isEncoded = IsEncodedImage(value, IsBigEndian(shape.syntax) ? 0 : 1) != 0 &&
-                      (!IsNative(shape.syntax) || AreItemsChained(value, shape.syntax));
+    // Plain pixels may begin with the bytes of an item tag too.
+    frame.isEncoded =
+        IsNative(shape.syntax) ? dicom::IsChainOfItems(value) : IsEncodedImage(value, 1) != 0;
     const auto frameBytes = frame.isEncoded ? std::size_t{0} : shape.NativeFrameBytes();
     if (!frameBytes) RefuseBy(Limit::kLargestBlock);
     if (value.empty() || !frameBytes) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;

@@ -42,7 +42,10 @@ MC_STATUS StoredFrame::CollectFromObject(int /*messageId*/, std::uint32_t /*tag*
                                          int item, unsigned long length, unsigned char* data,
                                          int first, int last) {
     auto& frame = *static_cast<StoredFrame*>(static_cast<void**>(user)[kContextWord]);
-    if (item == 0 && first == 0 && last == 0) return kMcContinue;  // the offset table
+    if (item == 0 && first == 0 && last == 0) {  // the offset table, which only items have
+        frame.isEncoded = true;
+        return kMcContinue;
+    }
     if (item != frame.frameIndex_ + 1) return kMcContinue;
     frame.joined_.insert(frame.joined_.end(), data, data + length);
     frame.length_ += length;

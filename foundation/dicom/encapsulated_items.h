@@ -25,7 +25,11 @@ struct EncapsulatedItems {
 /// begins an image is a fragment, and the offset table is empty.
 [[nodiscard]] EncapsulatedItems ItemsIn(Bytes value, TRANSFER_SYNTAX syntax);
 
-/// The same of a value that the reader has taken apart already.
+/// True for a value of nothing but items, in either byte order: a writer that names a native big-endian
+/// syntax over fragments may have turned their item headers too.
+[[nodiscard]] bool IsChainOfItems(Bytes value) noexcept;
+
+/// The items of a value that the reader has taken apart already.
 [[nodiscard]] EncapsulatedItems ItemsIn(const FragmentView& view);
 
 }  // namespace quorvex::dicom

@@ -6,6 +6,8 @@
 #include "foundation/types/block.h"
 #include "quorvex/DicomObject.h"
 
+#include <optional>
+
 namespace quorvex {
 namespace {
 
@@ -79,6 +81,16 @@ DCMRESULT ResultOf(bool isWalkWhole) {
     return isWalkWhole ? kDcmSuccess : kDcmFailure;
 }
 
+/// The items of a value that was not taken apart when it was read, none where their headers are big
+/// endian. Nothing for native pixels, which may begin with the bytes of an item tag.
+std::optional<EncapsulatedItems> ItemsOf(const DataSet& dataSet, Bytes stored) {
+    const bool beginsWithItem = BeginsWithItem(stored);
+    const bool areItems =
+        (beginsWithItem && IsEncapsulated(dataSet.syntax)) || IsChainOfItems(stored);
+    if (!areItems) return std::nullopt;
+    return beginsWithItem ? ItemsIn(stored, dataSet.syntax) : EncapsulatedItems();
+}
+
 DCMRESULT WalkItems(const DataSet& dataSet, const EncapsulatedItems& items, const PixelShape& shape,
                     FrameSink& sink) {
     if (items.fragments.empty()) return kDcmNotFound;
@@ -112,11 +124,8 @@ DCMRESULT CDcmObject::GetValueEx(unsigned char** scratch, unsigned long remainin
         const Bytes stored(value, remaining);
         const PixelShape shape = ShapeOf(*this);
         BufferSink sink(callback, user);
-        if (BeginsWithItem(stored)) {
-            const auto items = ItemsIn(stored, dataSet_->syntax);
-            if (IsEncapsulated(dataSet_->syntax) || items.isChained)
-                return WalkItems(*dataSet_, items, shape, sink);
-        }
+        if (const auto items = ItemsOf(*dataSet_, stored))
+            return WalkItems(*dataSet_, *items, shape, sink);
         const bool isInPlace = scratch == nullptr || reserved != 0;
         const auto order = isInPlace ? NativeOrder() : OrderInBuffer(*dataSet_, shape);
         return WalkInBlock(CutNative(stored, shape, frameSize, order), sink, scratch);
@@ -131,9 +140,12 @@ DCMRESULT CDcmObject::GetValueEx(std::uint32_t tag, void* user, PixelItemCallbac
         ObjectSink sink(tag, callback, user);
         const FragmentView view = dataSet_->FragmentsOf(*element);
         if (!view.IsEmpty()) return WalkItems(*dataSet_, ItemsIn(view), shape, sink);
+        const Bytes stored = dataSet_->ValueOf(*element);
+        if (const auto items = ItemsOf(*dataSet_, stored))
+            return WalkItems(*dataSet_, *items, shape, sink);
         const bool swapsFollow = IsBigEndian(dataSet_->syntax);
         const auto order = NativeOrder::Of(element->isBigEndian, element->vr, swapsFollow, shape);
-        const auto frames = CutNative(dataSet_->ValueOf(*element), shape, 0, order);
+        const auto frames = CutNative(stored, shape, 0, order);
         return WalkInBlock(frames, sink, nullptr);
     });
 }
