@@ -1,0 +1,317 @@
+// A look-up table or palette indexed unchecked: every value that a pixel can hold meets tables that
+// are short, shifted, empty, or described wrongly.
+#include "quorvex/CXDIPP.h"
+#include "quorvex/CXWindowing.h"
+#include "quorvex/CxDcmParser.h"
+#include "quorvex/CxPaletteLUT.h"
+#include "tests/pipeline/test_objects.h"
+#include "tests/presentation/presentation_objects.h"
+#include "tests/reliability/guarded_bytes.h"
+
+#include <algorithm>
+#include <array>
+#include <gtest/gtest.h>
+#include <memory>
+#include <numeric>
+#include <set>
+#include <string>
+
+namespace quorvex::test {
+namespace {
+
+using Words = std::vector<std::uint16_t>;
+
+/// What a descriptor says, and how many entries there really are.
+struct Table {
+    int count;
+    int first;
+    int bits;
+    int there;
+
+    [[nodiscard]] std::string Text() const {
+        return std::to_string(count) + " from " + std::to_string(first) + ", " +
+               std::to_string(bits) + " bits, " + std::to_string(there) + " there";
+    }
+};
+
+constexpr Table kTables[] = {
+    {256, 0, 16, 256},
+    {256, 0, 8, 256},
+    {256, 0, 8, 128},
+    {1, 0, 16, 1},
+    {2, 65535, 16, 2},
+    {2, -1, 16, 2},
+    {256, -128, 16, 256},
+    {100, 200, 16, 100},
+    {300, -32768, 12, 300},
+    {256, 32767, 16, 256},
+    {0, 0, 16, 65536},
+    {0, -32768, 16, 65536},
+    {0, 1, 8, 65536},
+    {65535, 65535, 16, 65535},
+    // described wrongly
+    {0, 0, 16, 256},
+    {256, 0, 16, 0},
+    {256, 0, 16, 1},
+    {65535, -32768, 16, 2},
+    {1, 0, 16, 65536},
+    {256, 0, 0, 256},
+    {256, 0, 1, 256},
+    {256, 0, 17, 256},
+    {256, 0, 255, 256},
+    {256, 0, 65535, 256},
+    {255, 0, 9, 256},
+    {257, 0, 7, 256},
+};
+
+Words EntriesOf(const Table& table) {
+    Words entries(static_cast<std::size_t>(table.there));
+    for (std::size_t i = 0; i < entries.size(); ++i)
+        entries[i] = static_cast<std::uint16_t>(i * 40503 + 257);
+    return entries;
+}
+
+void SetWords(CDcmObjectCommon& object, std::uint32_t tag, const Words& words) {
+    pipeline_test::detail::Bytes bytes;
+    bytes.data.resize(words.size() * 2);
+    std::memcpy(bytes.data.data(), words.data(), bytes.data.size());
+    object.SetValue(tag, &bytes, pipeline_test::detail::Bytes::Give);
+    object.SetValueRepresentation(tag, MC_VR_OW);
+}
+
+void SetDescriptor(CDcmObjectCommon& object, std::uint32_t tag, const Table& table) {
+    Put(object, tag,
+        {static_cast<unsigned short>(table.count), static_cast<unsigned short>(table.first),
+         static_cast<unsigned short>(table.bits)});
+}
+
+/// An image that holds every value of its pixels once, in their order.
+CDcmObject AllValues(int bits, int representation, const char* photometric) {
+    CDcmObject object;
+    const pipeline_test::ImageShape shape{
+        .size = bits == 8 ? CSize{16, 16} : CSize{256, 256},
+        .bitsAllocated = static_cast<unsigned short>(bits),
+        .bitsStored = static_cast<unsigned short>(bits),
+        .pixelRepresentation = static_cast<unsigned short>(representation),
+        .photometric = photometric};
+    if (bits == 8) {
+        std::vector<unsigned char> values(256);
+        std::iota(values.begin(), values.end(), static_cast<unsigned char>(0));
+        pipeline_test::FillImage(object, shape, values);
+    } else {
+        Words values(65536);
+        std::iota(values.begin(), values.end(), std::uint16_t{0});
+        pipeline_test::FillImage(object, shape, values);
+    }
+    return object;
+}
+
+TEST(TableIndices, APaletteTableTakesItsNearestEnd) {
+    for (const Table& table : kTables) {
+        for (const int representation : {0, 1}) {
+            CDcmObject object;
+            SetDescriptor(object, 0x00281101, table);
+            SetWords(object, 0x00281201, EntriesOf(table));
+            CxPaletteLUT lut(representation);
+            const int count = table.count == 0 ? 65536 : table.count;
+            const bool isLoaded = lut.LoadLUT(&object, 0x00281101, 0x00281201, 0) != 0;
+            EXPECT_TRUE(isLoaded || table.there < count) << table.Text();
+            EXPECT_TRUE(isLoaded || (lut.GetEntries().empty() && lut.Lookup(0) == 0));
+            if (!isLoaded) continue;
+            const int first = lut.GetFirstValue();
+            for (int value = -70000; value <= 140000; value += 7) {
+                const int seen = representation == 1 ? static_cast<std::int16_t>(value) : value;
+                const int nearest = std::clamp(seen, first, first + count - 1);
+                const bool wraps = representation == 1 && nearest > 32767;
+                ASSERT_TRUE(wraps || lut.Lookup(value) == lut.Lookup(nearest))
+                    << table.Text() << ": " << value;
+            }
+        }
+    }
+}
+
+struct ColouredImage {
+    QUORVEX_MESSAGE code = QVM_SUCCESS;
+    std::unique_ptr<unsigned char[]> rgb;
+    unsigned long size = 0;
+};
+
+/// Every way that colours an image by its object's palettes.
+std::vector<ColouredImage> Colourings(CDcmObject& object, int bits) {
+    CDcmApp app;
+    CxDcmParser parser;
+    parser.Initialize(&app, &object, nullptr, 0, 0);
+    unsigned char* frame = nullptr;
+    unsigned long size = 0;
+    EXPECT_EQ(parser.GetAFrame(0, frame, size, 0), QVM_SUCCESS);
+    const std::unique_ptr<unsigned char[]> owner(frame);
+    const GuardedBytes pixels(std::span<const unsigned char>(frame, size));
+    const auto side = static_cast<unsigned short>(bits == 8 ? 16 : 256);
+
+    std::vector<ColouredImage> images(4);
+    CXDIPP viewer;
+    auto take = [](ColouredImage& image, auto colour) {
+        unsigned char* rgb = nullptr;
+        image.code = colour(rgb, image.size);
+        image.rgb.reset(rgb);
+    };
+    take(images[0], [&](unsigned char*& rgb, unsigned long& length) {
+        auto depth = static_cast<unsigned short>(bits);
+        unsigned short samples = 1;
+        CString photometric("PALETTE COLOR");
+        length = std::size_t{side} * side * 3;
+        return parser.GetRGBBufferFromPaletteImage(pixels.Data(), side, side, depth, samples,
+                                                   photometric, rgb, 0);
+    });
+    take(images[1], [&](unsigned char*& rgb, unsigned long& length) {
+        unsigned short padded = 0;
+        return viewer.MakePaletteColorImage(&object, pixels.Data(), rgb, length, padded);
+    });
+    take(images[2], [&](unsigned char*& rgb, unsigned long& length) {
+        return viewer.MakeSPCOverlay(&object, pixels.Data(), rgb, length);
+    });
+    take(images[3], [&](unsigned char*& rgb, unsigned long& length) {
+        return viewer.MakeSPCOverlayForMPR(&object, pixels.Data(), side, side, rgb, length);
+    });
+    return images;
+}
+
+int FirstOf(const Table& table, int representation) {
+    const auto word = static_cast<std::uint16_t>(table.first);
+    return representation == 1 ? static_cast<std::int16_t>(word) : word;
+}
+
+std::span<const unsigned char> ColourAt(const ColouredImage& image, std::size_t pixel) {
+    return {&image.rgb[3 * pixel], 3};
+}
+
+/// Unsigned pixels outside the table have the colour of its nearest end.
+void ExpectEnds(const ColouredImage& image, const Table& table, int pixels) {
+    const int count = table.count == 0 ? 65536 : table.count;
+    const int first = FirstOf(table, 0);
+    for (int value = 0; value < pixels; ++value) {
+        const int nearest = std::clamp(value, first, first + count - 1);
+        if (nearest >= pixels) continue;
+        ASSERT_TRUE(std::ranges::equal(ColourAt(image, static_cast<std::size_t>(value)),
+                                       ColourAt(image, static_cast<std::size_t>(nearest))))
+            << table.Text() << ": " << value;
+    }
+}
+
+/// The supplemental palette colours nothing below its first value; words count as signed.
+void ExpectNothingBelow(const ColouredImage& image, int first) {
+    constexpr std::array<unsigned char, 3> kBlack{};
+    for (std::size_t p = 0; p < 65536; ++p) {
+        if (static_cast<std::int16_t>(p) >= first) continue;
+        ASSERT_TRUE(std::ranges::equal(ColourAt(image, p), kBlack)) << first << ": " << p;
+    }
+}
+
+TEST(TableIndices, EveryRouteColoursEveryValue) {
+    for (const int bits : {8, 16}) {
+        for (const int representation : {0, 1}) {
+            CDcmObject object = AllValues(bits, representation, "PALETTE COLOR");
+            for (const Table& table : kTables) {
+                for (const unsigned colour : {0U, 1U, 2U}) {
+                    SetDescriptor(object, 0x00281101 + colour, table);
+                    SetWords(object, 0x00281201 + colour, EntriesOf(table));
+                }
+                const auto images = Colourings(object, bits);
+                EXPECT_EQ(images[0].code == QVM_SUCCESS, images[1].code == QVM_SUCCESS);
+                if (images[0].code != QVM_SUCCESS) continue;
+                ASSERT_TRUE(std::equal(images[0].rgb.get(), images[0].rgb.get() + images[0].size,
+                                       images[1].rgb.get()))
+                    << table.Text();
+                if (representation == 0) ExpectEnds(images[0], table, bits == 8 ? 256 : 65536);
+                if (images[2].code == QVM_SUCCESS && bits == 16)
+                    ExpectNothingBelow(images[2], FirstOf(table, representation));
+            }
+        }
+    }
+}
+
+constexpr std::uint32_t kVoiSequence = 0x00283010;
+constexpr std::uint32_t kStages[] = {0x00283000, kVoiSequence, 0x20500010};
+
+CDcmItem LutItemOf(const Table& table) {
+    CDcmItem item;
+    SetDescriptor(item, 0x00283002, table);
+    SetWords(item, 0x00283006, EntriesOf(table));
+    item.SetValue(0x00283004, "HU");
+    return item;
+}
+
+/// The rendered image, one byte for each value in the order of the pixels; empty for a code.
+std::vector<unsigned char> Displayed(CDcmObject& object, CSize size) {
+    CDcmApp app;
+    CXDIPP viewer;
+    if (viewer.Initialize(&app, &object, size, 0) != QVM_SUCCESS) return {};
+    EXPECT_EQ(viewer.UpdateZoom_ABS(1.0), QVM_SUCCESS);
+    if (viewer.Render() != QVM_SUCCESS) return {};
+    std::vector<unsigned char> upsideDown(static_cast<std::size_t>(size.cx * size.cy));
+    unsigned char* block = upsideDown.data();
+    viewer.GetResultImage(block, size.cx * size.cy);
+    std::vector<unsigned char> image;
+    for (auto row = upsideDown.end(); row != upsideDown.begin(); row -= size.cx)
+        image.insert(image.end(), row - size.cx, row);
+    return image;
+}
+
+TEST(TableIndices, EveryStoredValueHasADisplayValueUnderEveryTable) {
+    for (const int bits : {8, 16}) {
+        for (const int representation : {0, 1}) {
+            for (const std::uint32_t stage : kStages) {
+                for (const Table& table : kTables) {
+                    CDcmObject object = AllValues(bits, representation, "MONOCHROME2");
+                    CDcmItem item = LutItemOf(table);
+                    object.SetValue(stage, &item);
+                    const CSize size = bits == 8 ? CSize{16, 16} : CSize{256, 256};
+                    const auto shown = Displayed(object, size);
+                    ASSERT_FALSE(shown.empty()) << stage << ": " << table.Text();
+                    EXPECT_EQ(Displayed(object, size), shown) << "not the same twice";
+                    if (stage != kVoiSequence || table.there == 0) continue;
+                    std::set<unsigned char> wanted;
+                    for (const auto entry : EntriesOf(table))
+                        wanted.insert(
+                            static_cast<unsigned char>(entry >> std::clamp(table.bits - 8, 0, 16)));
+                    for (const unsigned char byte : shown)
+                        ASSERT_TRUE(wanted.contains(byte)) << table.Text() << ": " << int{byte};
+                }
+            }
+        }
+    }
+}
+
+/// Segments of a palette that lead out of their data, or out of the table.
+TEST(TableIndices, SegmentsStayInsideTheirDataAndTheirTable) {
+    const Words kBad[] = {
+        {},
+        {0},
+        {0, 2, 1},
+        {0, 300},
+        {1, 4},
+        {1, 300, 5},
+        {1, 65535, 65535},
+        {2, 1, 0},
+        {2, 1, 0, 0},
+        {2, 65535, 65534, 65535},
+        {2, 1, 1, 0},
+        {0, 1, 7, 2, 1, 6, 0},
+        {0, 255, 1},
+        {3, 1, 1},
+        {0, 0, 0, 0},
+        {2, 2, 0, 0, 2, 2, 8, 0},
+    };
+    for (const Words& words : kBad) {
+        CDcmObject object;
+        SetDescriptor(object, 0x00281101, {256, 0, 16, 0});
+        SetWords(object, 0x00281221, words);
+        CxPaletteLUT lut(0);
+        EXPECT_EQ(lut.LoadLUT(&object, 0x00281101, 0x00281221, 1), 0)
+            << testing::PrintToString(words);
+        EXPECT_TRUE(lut.GetEntries().empty());
+    }
+}
+
+}  // namespace
+}  // namespace quorvex::test
