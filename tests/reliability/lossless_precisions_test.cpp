@@ -1,0 +1,183 @@
+// High-bit lossless paths reached by code for 8 bits: every precision of lossless JPEG meets every
+// option that comes after the decoder.
+#include "quorvex/CXDIPP.h"
+#include "tests/reliability/coded_frames.h"
+#include "tests/reliability/everything.h"
+#include "tests/reliability/guarded_bytes.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace quorvex::test {
+namespace {
+
+constexpr unsigned kColumns = 19;
+constexpr unsigned kRows = 11;
+
+struct LosslessStream {
+    unsigned precision;
+    unsigned samples;
+    Bytes picture;  ///< samples as wide as the precision needs
+    Bytes stream;
+};
+
+LosslessStream MakeStream(unsigned precision, unsigned samples, unsigned predictor) {
+    const FrameForm form{kColumns, kRows, samples, precision};
+    const Bytes picture = PictureOf(form, precision);
+    return {precision, samples, picture,
+            testing::Code({.columns = kColumns,
+                           .rows = kRows,
+                           .samples = static_cast<std::uint8_t>(samples),
+                           .bytesPerSample = static_cast<std::uint8_t>(form.SampleBytes()),
+                           .process = JpegProcess::kLossless,
+                           .precision = static_cast<std::uint8_t>(precision),
+                           .predictor = static_cast<std::uint8_t>(predictor)},
+                          picture)};
+}
+
+template <class Check>
+void ForEachStream(Check check) {
+    for (unsigned precision = 2; precision <= 16; ++precision) {
+        for (const unsigned samples : {1U, 3U}) {
+            const auto made = MakeStream(precision, samples, 1 + precision % 7);
+            ASSERT_FALSE(made.stream.empty());
+            SCOPED_TRACE(std::to_string(precision) + " bits, " + std::to_string(samples));
+            check(made);
+        }
+    }
+}
+
+/// The stream without its word that the components are R, G and B.
+Bytes Unmarked(Bytes stream) {
+    constexpr unsigned char kAdobe[] = {0xFF, 0xEE};
+    constexpr unsigned char kComment = 0xFE;
+    constexpr unsigned char kFrame[] = {0xFF, 0xC3};
+    constexpr unsigned char kScan[] = {0xFF, 0xDA};
+    if (const auto adobe = std::ranges::search(stream, kAdobe)) adobe.begin()[1] = kComment;
+    const auto frame = std::ranges::search(stream, kFrame).begin();
+    const auto scan = std::ranges::search(stream, kScan).begin();
+    for (unsigned char i = 0; i < 3; ++i) frame[10 + 3 * i] = scan[5 + 2 * i] = i + 1U;
+    return stream;
+}
+
+/// The picture in samples of that width.
+Bytes Widened(const LosslessStream& made, unsigned sampleBytes) {
+    if (sampleBytes == 1 || made.precision > 8) return made.picture;
+    Bytes wide;
+    for (const unsigned char sample : made.picture) wide.insert(wide.end(), {sample, 0});
+    return wide;
+}
+
+/// Unmarked lossless samples are whatever the header says: bytes that it calls full-range YBR become
+/// R, G, B.
+Bytes Expected(const LosslessStream& made, bool isMarked, _IMAGE_PROCESS_PARAM param) {
+    Bytes samples = Widened(made, param.bitsAllocated > 8 ? 2 : 1);
+    const bool isYbr = param.photometric == "YBR_FULL" || param.photometric == "YBR_FULL_422";
+    if (!isYbr || isMarked || param.bitsAllocated > 8) return samples;
+    Bytes rgb(samples.size());
+    unsigned char* result = rgb.data();
+    param.photometric = "YBR_FULL";
+    param.planarConfiguration = 0;
+    EXPECT_EQ(CxImageProcessor().ConvertYBRToRGB(&param, samples.data(), result), QVM_SUCCESS);
+    return rgb;
+}
+
+void ExpectDecoded(const LosslessStream& made, bool isMarked, _IMAGE_PROCESS_PARAM param) {
+    const bool isWide = param.bitsAllocated > 8;
+    const GuardedBytes source(isMarked ? made.stream : Unmarked(made.stream));
+    const GuardedBytes block(std::size_t{kColumns} * kRows * made.samples * (isWide ? 2 : 1));
+    unsigned char* result = block.Data();
+    unsigned long length = block.Size();
+    const auto code = CxImageProcessor().DecompressFrameData(&param, source.Data(), source.Size(),
+                                                             result, length, 0);
+    const bool fits = made.precision <= 8 || isWide;
+    ASSERT_EQ(code, fits ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_DECOMPRESS);
+    if (!fits) return;
+    ASSERT_TRUE(std::ranges::equal(block.Bytes(), Expected(made, isMarked, param)));
+}
+
+constexpr const char* kPhotometrics[] = {"MONOCHROME1",  "PALETTE COLOR", "RGB", "YBR_FULL",
+                                         "YBR_FULL_422", "YBR_ICT",       ""};
+
+TEST(LosslessPrecisions, MeetEveryHeader) {
+    ForEachStream([](const LosslessStream& made) {
+        _IMAGE_PROCESS_PARAM param;
+        param.samplesPerPixel = static_cast<std::uint16_t>(made.samples);
+        param.rows = kRows;
+        param.columns = kColumns;
+        for (const char* photometric : kPhotometrics) {
+            for (const unsigned bits : {8U, 12U, 16U}) {
+                for (unsigned option = 0; option < 8; ++option) {
+                    const bool isMarked = made.samples == 1 || option < 4;
+                    param.transferSyntax = option == 3 ? kJpegBaseline : kJpegLosslessFirstOrder;
+                    param.bitsAllocated = static_cast<std::uint16_t>(bits);
+                    param.photometric = photometric;
+                    param.planarConfiguration = option & 1U;
+                    param.pixelRepresentation = option >> 1U & 1U;
+                    SCOPED_TRACE(std::string(photometric) + ", " + std::to_string(bits) +
+                                 " allocated, option " + std::to_string(option));
+                    ExpectDecoded(made, isMarked, param);
+                }
+            }
+        }
+    });
+}
+
+/// The rendered image of a file, its pixels in rows from the bottom.
+struct Picture {
+    CSize size;
+    int pixelSize = 0;
+    Bytes pixels;
+};
+
+Picture Render(const CString& path, int rotation, bool isFlipped, bool isInverse) {
+    CDcmApp app;
+    CXDIPP viewer;
+    Picture picture;
+    EXPECT_EQ(viewer.Initialize(&app, path, {20, 12}, 0), QVM_SUCCESS);
+    viewer.UpdateZoom_ABS(4.0);
+    viewer.UpdateRotate_ABS(rotation);
+    if (isFlipped) viewer.UpdateHFlip_Toggle();
+    if (isInverse) viewer.Inverse();
+    EXPECT_EQ(viewer.Render(), QVM_SUCCESS);
+    EXPECT_EQ(viewer.GetResultImageInfo(picture.size, picture.pixelSize), QVM_SUCCESS);
+    picture.pixels.resize(
+        static_cast<std::size_t>(picture.size.cx * picture.size.cy * picture.pixelSize));
+    unsigned char* destination = picture.pixels.data();
+    viewer.GetResultImage(destination, static_cast<int>(picture.pixels.size()));
+    return picture;
+}
+
+Bytes Reversed(const Picture& picture) {
+    Bytes reversed;
+    const auto step = static_cast<std::size_t>(picture.pixelSize);
+    for (std::size_t at = picture.pixels.size(); at != 0; at -= step)
+        for (std::size_t s = 0; s < step; ++s) reversed.push_back(picture.pixels[at - step + s]);
+    return reversed;
+}
+
+TEST(LosslessPrecisions, MeetEveryViewOption) {
+    const Coding& lossless = kCodings[4];
+    ForEachStream([&](const LosslessStream& made) {
+        const FrameForm header{kColumns, kRows, made.samples, made.precision};
+        const TemporaryFile file(FileOf(lossless, header, made.stream));
+        const TemporaryFile native(FileOf(kCodings[0], header, made.picture));
+        for (const int rotation : {0, 90, 180, 270}) {
+            for (const bool isFlipped : {false, true}) {
+                for (const bool isInverse : {false, true}) {
+                    const auto shown = Render(file.Path(), rotation, isFlipped, isInverse);
+                    EXPECT_EQ(shown.pixels,
+                              Render(native.Path(), rotation, isFlipped, isInverse).pixels);
+                    const auto turned = Render(file.Path(), rotation + 180, isFlipped, isInverse);
+                    EXPECT_EQ(turned.pixels, Reversed(shown)) << rotation;
+                }
+            }
+        }
+        const auto answers = AskEverything(FileOf(lossless, header, made.stream));
+        const auto plain = AskEverything(FileOf(kCodings[0], header, made.picture));
+        for (std::size_t i = 0; i + 2 < plain.size(); ++i) EXPECT_EQ(answers[i], plain[i]) << i;
+    });
+}
+
+}  // namespace
+}  // namespace quorvex::test
