@@ -2,6 +2,7 @@
 #include "fuzz/drawing.h"
 #include "fuzz/elements.h"
 #include "fuzz/options.h"
+#include "quorvex/CLData.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/CxPaletteLUT.h"
 
@@ -60,6 +61,28 @@ void Colour(CDcmObject& object, std::vector<unsigned char> pixels, const fuzz::S
     for (unsigned char* block : rgb) delete[] block;
 }
 
+/// The pixels as a volume of the host's, with the object's palette as colours or as a layer.
+void ShowVolume(CDcmObject& object, std::vector<unsigned char> pixels, const fuzz::Shape& shape,
+                fuzz::Options& options) {
+    CLData data;
+    data.pixels = pixels.data();
+    data.width = shape.columns;
+    data.height = shape.rows;
+    data.bitsAllocated = shape.bits;
+    data.bitsStored = static_cast<unsigned short>(options.Below(20));
+    data.photometricInterpretation = "PALETTE COLOR";
+    data.pixelRepresentation = shape.isSigned;
+    data.windowWidth = static_cast<int>(options.Byte());
+    CXDIPP image;
+    const int highest = options.Word();
+    const int lowest = static_cast<std::int16_t>(options.Word());
+    for (const int kind : {2, 3, 5}) {
+        if (image.Initialize(&object, &data, {40, 40}, highest, lowest, kind) == QVM_SUCCESS) {
+            fuzz::RenderAndDraw(image, options);
+        }
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -78,7 +101,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Load(object, shape.isSigned);
     std::vector<unsigned char> pixels(shape.FrameBytes());
     for (auto& byte : pixels) byte = static_cast<unsigned char>(options.Byte());
-    Colour(object, std::move(pixels), shape);
+    Colour(object, pixels, shape);
+    ShowVolume(object, std::move(pixels), shape, options);
     CDcmApp app;
     CXDIPP image;
     if (image.Initialize(&app, &object, {32, 32}, 0) == QVM_SUCCESS)

@@ -6,6 +6,7 @@
 #include "foundation/dicom/pixel_shape.h"
 #include "foundation/dicom/text_target.h"
 #include "foundation/dicom/transfer_syntax.h"
+#include "foundation/dicom/value_representation.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "quorvex/DicomObject.h"
@@ -56,14 +57,16 @@ bool HoldsNativePixels(const FragmentView& fragments, const PixelShape& shape) {
     return all && there >= *all && there - *all < 2;
 }
 
-/// In implicit VR a value under the tag of a sequence would be taken for items, and what follows for junk.
-bool HoldsValueForItems(const DataSet& dataSet) {
+/// In implicit VR the tag alone tells items from values, and what is not what it says would be taken for
+/// the other, or for fragments.
+bool BeliesItsTag(const DataSet& dataSet) {
     return std::ranges::any_of(dataSet.Elements(), [&](const Element& element) {
-        if (const Items* items = ItemsOf(element)) {
-            return std::ranges::any_of(*items,
-                                       [](const auto& item) { return HoldsValueForItems(*item); });
-        }
-        return LookUp(element.tag).vr == MC_VR_SQ && !dataSet.ValueOf(element).empty();
+        const MC_VR expected = LookUp(element.tag).vr;
+        const Items* items = ItemsOf(element);
+        if (items == nullptr) return expected == MC_VR_SQ && !dataSet.ValueOf(element).empty();
+        const bool isRaw = expected != MC_VR_UN && Describe(expected).kind == ValueKind::kRaw;
+        return (isRaw && !items->empty()) ||
+               std::ranges::any_of(*items, [](const auto& item) { return BeliesItsTag(*item); });
     });
 }
 
@@ -92,8 +95,9 @@ WritingPlan PlanOf(const DataSet& main, const PixelShape& shape) {
                                   .bitsAllocated = shape.bitsAllocated},
                         .isDeflated = syntax->isDeflated};
     PlanPixelData(plan, main, shape, syntax->isEncapsulated);
-    if (!syntax->isExplicit && HoldsValueForItems(main))
-        plan.obstacle = "a value stands where implicit VR wants a sequence";
+    if (!syntax->isExplicit && BeliesItsTag(main))
+        plan.obstacle =
+            "an attribute is of another kind than its tag, which implicit VR cannot tell";
     return plan;
 }
 
