@@ -10,7 +10,8 @@ namespace quorvex {
 
 class JpegDecompression {
 public:
-    JpegDecompression(void* context, JpegReadCallback read) : input(context, read) {}
+    JpegDecompression(void* context, JpegReadCallback read, std::uint64_t streamLength)
+        : input(context, read, streamLength) {}
 
     JpegHeader header;
     JpegPixelLayout layout;
@@ -113,7 +114,7 @@ std::optional<FormOfPixels> FormFor(const JpegHeader& header, JpegColour colour)
 
 int Open(JpegDecompressionHandle& handle, JpegDescription& description, std::uint64_t streamLength,
          void* context, JpegReadCallback read) {
-    auto opened = std::make_unique<JpegDecompression>(context, read);
+    auto opened = std::make_unique<JpegDecompression>(context, read, streamLength);
     JpegHeaderScanner scanner;
     const auto state = ReadHeader(opened->input, scanner);
     const bool hasNoStart = opened->input.Head().size() < 2;

@@ -7,7 +7,8 @@ namespace quorvex {
 namespace {
 
 constexpr std::size_t kStretch = std::size_t{32} << 10;  // stays in the first cache
-constexpr std::size_t kReadAhead = 16;                   // by whole words, past a row's last bit
+constexpr std::size_t kMostReserved = std::size_t{64} << 20;
+constexpr std::size_t kReadAhead = 16;  // by whole words, past a row's last bit
 
 }  // namespace
 
@@ -16,7 +17,9 @@ LosslessBytes::LosslessBytes(JpegInput& input, std::size_t dataPlace, std::size_
       place_(dataPlace),
       rowBytes_(rowBytes + kReadAhead),
       capacity_(rowBytes_ + kStretch),
-      window_(capacity_ + rowBytes_ + kReadAhead) {}
+      window_(capacity_ + rowBytes_ + kReadAhead) {
+    stream_.reserve(std::min<std::uint64_t>(input.ExpectedBytes(), kMostReserved));
+}
 
 const unsigned char* LosslessBytes::First() {
     while (stream_.size() < place_ && PullMore()) continue;

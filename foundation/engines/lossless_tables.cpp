@@ -49,11 +49,10 @@ void LosslessTable::Enter(std::uint32_t code, unsigned length, unsigned category
     }
 }
 
-std::optional<std::uint32_t> LosslessTable::ReadOne(LosslessBits& reader) const noexcept {
-    reader.Refill();
+std::optional<std::uint32_t> LosslessTable::ReadLong(LosslessBits& reader) const noexcept {
     const std::uint64_t bits = reader.bits;
     const auto top = static_cast<std::uint32_t>(bits >> (64 - kLongestCode));
-    for (unsigned length = 1; length <= kLongestCode; ++length) {
+    for (unsigned length = kBits + 1; length <= kLongestCode; ++length) {
         if (top >= limits_[length]) continue;
         const std::uint32_t code = top >> (kLongestCode - length);
         const auto place = firstPlaces_[length] + code - firstCodes_[length];

@@ -68,9 +68,17 @@ public:
     }
 
     /// Reads one difference, however long; nothing where the bits are no code.
-    [[nodiscard]] std::optional<std::uint32_t> ReadOne(LosslessBits& reader) const noexcept;
+    [[nodiscard]] std::optional<std::uint32_t> ReadOne(LosslessBits& reader) const noexcept {
+        reader.Refill();
+        const std::uint64_t bits = reader.bits;
+        const std::uint32_t code = Code(bits);
+        if ((code & kMiss) != 0) return ReadLong(reader);
+        reader.Drop(code & kLengthMask);
+        return Difference(bits, code);
+    }
 
 private:
+    [[nodiscard]] std::optional<std::uint32_t> ReadLong(LosslessBits& reader) const noexcept;
     void Enter(std::uint32_t code, unsigned length, unsigned category) noexcept;
 
     std::array<std::uint32_t, std::size_t{1} << kBits> wholes_;
