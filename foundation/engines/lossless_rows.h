@@ -37,7 +37,7 @@ public:
     [[nodiscard]] bool Read(LosslessBits& reader, LosslessPixel& first,
                             unsigned char* row) noexcept override {
         const bool isWhole =
-            rowsByCode_ == 0 ? ReadByWhole(reader, first, row) : ReadByCode(reader, first, row);
+            rowsByCode_ == 0 ? ReadShort(reader, first, row) : ReadLong(reader, first, row);
         for (std::size_t i = 0; i < Components; ++i) first[i] = Load(row, i);
         return isWhole;
     }
@@ -47,7 +47,7 @@ private:
 
     // Differences that are often too long for one look-up cost less by their codes: for a while.
     static constexpr int kRowsByCode = 16;
-    static constexpr std::size_t kSymbolsPerMiss = 16;
+    static constexpr std::size_t kSymbolsPerMiss = 12;
     static constexpr std::size_t kGroupPixels = Components == 1 ? 4 : 1;
     static constexpr std::size_t kGroup = kGroupPixels * Components;
     static_assert(kGroup * LosslessTable::kBits <= 56);
@@ -62,15 +62,34 @@ private:
         std::memcpy(row + place * sizeof(Sample), &sample, sizeof sample);
     }
 
-    [[nodiscard]] bool ReadByWhole(LosslessBits& given, Values values,
-                                   unsigned char* row) noexcept {
-        LosslessBits reader = given;
-        std::size_t misses = 0;
+    /// Where a row's reading stands.
+    struct Progress {
+        LosslessBits reader;
+        Values values;
         std::size_t place = 0;
+        std::size_t misses = 0;
+    };
+
+    [[nodiscard]] bool ReadShort(LosslessBits& given, const Values& values,
+                                 unsigned char* row) noexcept {
+        Progress now{.reader = given, .values = values};
+        const bool mayPair = Components == 1 && tables_[0]->HasPairs();
+        if (mayPair && !ReadPairs(now, row)) return false;
+        if (!ReadWholes(now, row)) return false;
         const std::size_t samples = pixels_ * Components;
-        for (; place + kGroup <= samples; place += kGroup) {
-            reader.Refill();
-            std::uint64_t bits = reader.bits;
+        if (now.misses * kSymbolsPerMiss > samples) rowsByCode_ = kRowsByCode;
+        const bool isWhole =
+            ReadOneByOne(now.reader, now.values, row, now.place, samples - now.place);
+        given = now.reader;
+        return isWhole;
+    }
+
+    [[nodiscard]] bool ReadWholes(Progress& given, unsigned char* row) const noexcept {
+        Progress now = given;
+        const std::size_t samples = pixels_ * Components;
+        for (; now.place + kGroup <= samples;) {
+            now.reader.Refill();
+            std::uint64_t bits = now.reader.bits;
             std::array<std::uint32_t, kGroup> entries;
             std::uint32_t sum = 0;
             std::uint32_t any = 0;
@@ -83,26 +102,58 @@ private:
                 any |= entry;
             }
             if ((any & LosslessTable::kMiss) != 0) {
-                ++misses;
-                if (!ReadOneByOne(reader, values, row, place, kGroup)) return false;
+                Progress slow = now;
+                if (!ReadMissed(slow, row, kGroup)) return false;
+                now = slow;
                 continue;
             }
-            reader.bits = bits;
-            reader.held -= sum & LosslessTable::kLengthMask;
+            now.reader.bits = bits;
+            now.reader.held -= sum & LosslessTable::kLengthMask;
 #pragma GCC unroll 4
             for (std::size_t i = 0; i < kGroup; ++i) {
-                auto& value = values[i % Components];
+                auto& value = now.values[i % Components];
                 value += entries[i] >> 16;
-                Store(row, place + i, value);
+                Store(row, now.place + i, value);
             }
+            now.place += kGroup;
         }
-        if (misses * kSymbolsPerMiss > samples) rowsByCode_ = kRowsByCode;
-        const bool isWhole = ReadOneByOne(reader, values, row, place, samples - place);
-        given = reader;
-        return isWhole;
+        given = now;
+        return true;
     }
 
-    [[nodiscard]] bool ReadByCode(LosslessBits& given, Values values, unsigned char* row) noexcept {
+    /// All but the last samples of a row of grey.
+    [[nodiscard]] bool ReadPairs(Progress& given, unsigned char* row) const noexcept {
+        Progress now = given;
+        const LosslessTable& table = *tables_[0];
+        std::uint32_t& value = now.values[0];
+        while (now.place + 2 * kGroup <= pixels_) {
+            now.reader.Refill();
+            std::uint32_t sum = 0;
+            std::uint32_t pair = 0;
+#pragma GCC unroll 4
+            for (std::size_t i = 0; i < kGroup; ++i) {
+                pair = table.Pair(now.reader.bits);
+                now.reader.bits <<= pair & LosslessTable::kLengthMask;
+                sum += pair;
+                value += LosslessTable::FirstOf(pair);
+                Store(row, now.place, value);
+                value += LosslessTable::SecondOf(pair);
+                Store(row, now.place + 1, value);
+                now.place += LosslessTable::CountOf(pair);
+            }
+            now.reader.held -= sum & LosslessTable::kLengthMask;
+            // What does not fit stays, and so do all look-ups behind it.
+            if (pair == 0) {
+                Progress slow = now;
+                if (!ReadMissed(slow, row, 1)) return false;
+                now = slow;
+            }
+        }
+        given = now;
+        return true;
+    }
+
+    [[nodiscard]] bool ReadLong(LosslessBits& given, Values values, unsigned char* row) noexcept {
         --rowsByCode_;
         LosslessBits reader = given;
         std::size_t place = 0;
@@ -128,6 +179,15 @@ private:
         }
         const bool isWhole = ReadOneByOne(reader, values, row, place, samples - place);
         given = reader;
+        return isWhole;
+    }
+
+    // Of a copy: what has an address does not stay in registers.
+    [[nodiscard]] bool ReadMissed(Progress& now, unsigned char* row,
+                                  std::size_t count) const noexcept {
+        ++now.misses;
+        const bool isWhole = ReadOneByOne(now.reader, now.values, row, now.place, count);
+        now.place += count;
         return isWhole;
     }
 

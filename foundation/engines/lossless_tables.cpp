@@ -33,7 +33,28 @@ bool LosslessTable::Build(const LosslessTableSegment& segment, unsigned pointTra
         }
         limits_[length] = code << (kLongestCode - length);
     }
+    EnterPairs();
     return place > 0;
+}
+
+void LosslessTable::EnterPairs() noexcept {
+    constexpr std::uint32_t kAll = (1U << kBits) - 1;
+    constexpr std::uint32_t kOne = 1U << 6;
+    constexpr std::uint32_t kTwo = 2U << 6;
+    for (std::uint32_t i = 0; i <= kAll; ++i) {
+        pairs_[i] = 0;
+        if ((wholes_[i] & kMiss) != 0) continue;
+        const unsigned length = wholes_[i] & kLengthMask;
+        const std::uint32_t first = wholes_[i] >> 16 << 20 >> 10;
+        if (FirstOf(first) << 16 != wholes_[i] >> 16 << 16) continue;
+        pairs_[i] = first | kOne | length;
+        const std::uint32_t next = wholes_[(i << length) & kAll];
+        const unsigned both = length + (next & kLengthMask);
+        const std::uint32_t second = next >> 16 << 22;
+        const bool isNarrow = SecondOf(second) << 16 == next >> 16 << 16;
+        if ((next & kMiss) != 0 || both > kBits || !isNarrow) continue;
+        pairs_[i] = second | first | kTwo | both;
+    }
 }
 
 void LosslessTable::Enter(std::uint32_t code, unsigned length, unsigned category) noexcept {

@@ -35,8 +35,9 @@ struct LosslessBits {
 
 /// One table's codes, and the differences behind them shifted by the point transform.
 ///
-/// Two ways through the same codes: Whole() is fastest where a code and its difference are short
-/// together; Code() does not mind long differences.
+/// Three ways through the same codes: Whole() is fast where a code and its difference are short
+/// together, Pair() faster still where no component comes between two differences, and Code() does
+/// not mind long differences.
 class LosslessTable {
 public:
     static constexpr unsigned kBits = 12;         ///< looked up at once
@@ -50,6 +51,23 @@ public:
     [[nodiscard]] std::uint32_t Whole(std::uint64_t bits) const noexcept {
         return wholes_[bits >> (64 - kBits)];
     }
+
+    /// One difference or two, as many as fit together: the number of bits of all, that of the
+    /// differences times 64, and both differences in 12 and 10 bits on top; 0 where none fits. Of
+    /// tables without a point transform.
+    [[nodiscard]] std::uint32_t Pair(std::uint64_t bits) const noexcept {
+        return pairs_[bits >> (64 - kBits)];
+    }
+    [[nodiscard]] static std::uint32_t CountOf(std::uint32_t pair) noexcept {
+        return pair >> 6 & 3;
+    }
+    [[nodiscard]] static std::uint32_t FirstOf(std::uint32_t pair) noexcept {
+        return static_cast<std::uint32_t>(static_cast<std::int32_t>(pair << 10) >> 20);
+    }
+    [[nodiscard]] static std::uint32_t SecondOf(std::uint32_t pair) noexcept {
+        return static_cast<std::uint32_t>(static_cast<std::int32_t>(pair) >> 22);
+    }
+    [[nodiscard]] bool HasPairs() const noexcept { return pointTransform_ == 0; }
 
     /// The bits of code and difference together, those of the code times 256, those of the
     /// difference times 65536, and a difference that has none in the top byte's highest bit.
@@ -79,10 +97,12 @@ public:
 
 private:
     [[nodiscard]] std::optional<std::uint32_t> ReadLong(LosslessBits& reader) const noexcept;
+    void EnterPairs() noexcept;
     void Enter(std::uint32_t code, unsigned length, unsigned category) noexcept;
 
     std::array<std::uint32_t, std::size_t{1} << kBits> wholes_;
     std::array<std::uint32_t, std::size_t{1} << kBits> codes_;
+    std::array<std::uint32_t, std::size_t{1} << kBits> pairs_;
     // By code length: the first 16 bits behind its codes, its first code, and that one's place.
     std::array<std::uint32_t, 17> limits_;
     std::array<std::uint32_t, 17> firstCodes_;
