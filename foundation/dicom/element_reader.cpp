@@ -177,7 +177,8 @@ bool ElementReader::ReadUndefined(const ElementHeader& header, Element element,
                                   const Level& level) {
     Level inner = level;
     if (header.vr == MC_VR_UN && level.encoding.isExplicit) inner.encoding = {false, false};
-    const bool isPixels = header.tag == kPixelData || (IsRaw(header.vr) && header.vr != MC_VR_UN);
+    const bool isTaggedPixels = header.tag == kPixelData && header.vr != MC_VR_SQ;
+    const bool isPixels = isTaggedPixels || (IsRaw(header.vr) && header.vr != MC_VR_UN);
     if (isPixels && IsAt(kItemTag, level)) return ReadFragments(std::move(element), level);
     if (isPixels) {
         ReadOpenValue(std::move(element), level);
