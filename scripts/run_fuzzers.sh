@@ -14,7 +14,7 @@ if [ ! -d "$seeds" ]; then
         [ ! -d $corpus ] || folders="$folders $corpus"
     done
     # shellcheck disable=SC2086  # a word list
-    /usr/bin/python3 scripts/make_fuzz_seeds.py "$seeds" $folders
+    /usr/bin/python3 -B scripts/make_fuzz_seeds.py "$seeds" $folders
 fi
 # shellcheck disable=SC2046  # a word list
 [ $# -gt 0 ] || set -- $(cd "$build/bin" && ls -d *_fuzz)
