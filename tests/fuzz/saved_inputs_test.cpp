@@ -81,7 +81,7 @@ void Change(std::vector<unsigned char>& bytes, std::mt19937& random) {
 class FuzzTargets : public testing::TestWithParam<Target> {};
 
 TEST_P(FuzzTargets, BearMutations) {
-    constexpr int kRounds = 120;
+    constexpr int kRounds = 400;
     std::vector<std::vector<unsigned char>> inputs = {{}};
     inputs.push_back(BytesOfFile(QUORVEX_SOURCE_DIR "/samples/ct_state.dcm"));
     for (const auto& path : InputsOf(GetParam().name)) inputs.push_back(BytesOfFile(path));
