@@ -17,8 +17,9 @@ if [ ! -d "$seeds" ]; then
     /usr/bin/python3 -B scripts/make_fuzz_seeds.py "$seeds" $folders
 fi
 # shellcheck disable=SC2046  # a word list
-[ $# -gt 0 ] || set -- $(cd "$build/bin" && ls -d *_fuzz)
+[ $# -gt 0 ] || set -- $(cd "$build/bin" && ls -d -- *_fuzz)
 
+failed=0
 for name in "$@"; do
     log=$build/$name.log
     mkdir -p "$build/inputs/$name" "$seeds/$name"
@@ -26,6 +27,7 @@ for name in "$@"; do
     [ -d "$saved" ] || saved=
     echo "== $name, $seconds s"
     found=0
+    # shellcheck disable=SC2086  # an empty word is none
     "$build/bin/$name" "$build/inputs/$name" "$seeds/$name" $saved -max_total_time="$seconds" \
         -dict="$seeds/dicom.dict" -timeout=10 -rss_limit_mb=1024 -malloc_limit_mb=512 -max_len=131072 \
         -artifact_prefix="$build/finds/$name-" -print_final_stats=1 >"$log" 2>&1 || found=$?
@@ -36,6 +38,7 @@ for name in "$@"; do
     [ $found -eq 0 ] || {
         grep -E 'ERROR|SUMMARY|Test unit written' "$log" >&2 || true
         echo "$name has found something: see $log and $build/finds" >&2
-        exit 1
+        failed=1
     }
 done
+exit $failed

@@ -1,5 +1,6 @@
 // Display shutters, and the mask of mask subtraction.
 #include "presentation/mask_subtraction.h"
+#include "quorvex/Limits.h"
 #include "tests/presentation/presentation_objects.h"
 
 #include <algorithm>
@@ -44,6 +45,21 @@ TEST(Shutters, RectangleEdgesCountAsTheyStand) {
     EXPECT_EQ(mask.at(512 + 1), 0);
     EXPECT_EQ(mask.at(512), 255);
     EXPECT_EQ(info.shutterPresentationValue, 0x1234);
+}
+
+TEST(Shutters, AFewBytesMakeNoMaskOfGigabytes) {
+    CDcmObject state = ShutteredImage("RECTANGULAR", 65535, 65535);
+    Record info;
+    ForgetLimit();
+    ReadImage(state, info);
+    EXPECT_EQ(info.shutterMask, nullptr);
+    EXPECT_EQ(LatestLimit(), Limit::kLargestPicture);
+    CDcmObject large = ShutteredImage("RECTANGULAR", 65535, 1200);
+    Record known;
+    known.imageColumns = 65535;
+    known.imageRows = 1200;
+    ReadImage(large, known);
+    EXPECT_NE(known.shutterMask, nullptr) << "an image that is there";
 }
 
 TEST(Shutters, WithoutAShapeOrWithTwoThereIsNone) {
