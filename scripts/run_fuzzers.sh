@@ -29,7 +29,7 @@ for name in "$@"; do
     found=0
     # shellcheck disable=SC2086  # an empty word is none
     "$build/bin/$name" "$build/inputs/$name" "$seeds/$name" $saved -max_total_time="$seconds" \
-        -dict="$seeds/dicom.dict" -timeout=10 -rss_limit_mb=1024 -malloc_limit_mb=512 -max_len=131072 \
+        -dict="$seeds/dicom.dict" -timeout=25 -rss_limit_mb=1024 -malloc_limit_mb=512 -max_len=131072 \
         -artifact_prefix="$build/finds/$name-" -print_final_stats=1 >"$log" 2>&1 || found=$?
     awk -v name="$name" '/ cov: / { coverage = $4 } /^stat::number_of_executed/ { runs = $2 }
         /^stat::peak_rss/ { peak = $2 } /^Done/ { seconds = $5 }
