@@ -1,13 +1,13 @@
 #include "codec/colour.h"
 
 #include "codec/full_range.h"
+#include "foundation/raster/interleave.h"
 #include "foundation/raster/raster.h"
 #include "foundation/types/block.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
 
 namespace quorvex {
 namespace {
@@ -33,42 +33,11 @@ bool IsRgb(ColourForm form) noexcept {
     return form == ColourForm::kRgbPlanes || form == ColourForm::kRgbInterleaved;
 }
 
-/// Interleaves three planes. Each pixel is stored as one Word, whose last sample the next
-/// overwrites.
-template <class Sample, class Word>
-void InterleavePlanes(std::span<const unsigned char> source, std::size_t pixels,
-                      unsigned char* out) {
-    constexpr std::size_t kBytes = sizeof(Sample);
-    constexpr unsigned kBits = 8 * kBytes;
-    const unsigned char* planes[3] = {source.data(), source.data() + pixels * kBytes,
-                                      source.data() + 2 * pixels * kBytes};
-    const auto sampleAt = [&](std::size_t plane, std::size_t pixel) {
-        Sample sample;
-        std::memcpy(&sample, planes[plane] + pixel * kBytes, kBytes);
-        return sample;
-    };
-    for (std::size_t p = 0; p + 1 < pixels; ++p, out += 3 * kBytes) {
-        const Word word = Word{sampleAt(0, p)} | Word{sampleAt(1, p)} << kBits |
-                          Word{sampleAt(2, p)} << (2 * kBits);
-        std::memcpy(out, &word, sizeof word);
-    }
-    for (std::size_t plane = 0; pixels != 0 && plane < 3; ++plane) {
-        std::memcpy(out + plane * kBytes, planes[plane] + (pixels - 1) * kBytes, kBytes);
-    }
-}
-
-__extension__ using WideWord = unsigned __int128;
-
 void InterleaveRgb(const ColourFrame& frame, std::span<const unsigned char> source,
                    unsigned char* rgb) {
-    const std::size_t pixels = frame.Pixels();
-    if (frame.bytesPerSample == 1) {
-        InterleavePlanes<std::uint8_t, std::uint32_t>(source, pixels, rgb);
-    } else if (frame.bytesPerSample == 2) {
-        InterleavePlanes<std::uint16_t, std::uint64_t>(source, pixels, rgb);
-    } else {
-        InterleavePlanes<std::uint32_t, WideWord>(source, pixels, rgb);
-    }
+    const std::size_t plane = frame.Pixels() * frame.bytesPerSample;
+    const std::array planes{source.data(), source.data() + plane, source.data() + 2 * plane};
+    InterleavePlanes(planes, frame.Pixels(), frame.bytesPerSample, rgb);
 }
 
 void ConvertPartial422(const ColourFrame& frame, const unsigned char* source, unsigned char* rgb) {

@@ -1,28 +1,10 @@
 #include "codec/rle_planes.h"
 
+#include "foundation/raster/interleave.h"
+
 #include <algorithm>
 
 namespace quorvex {
-namespace {
-
-/// Byte i of each place comes from plane Width - 1 - i.
-template <std::size_t Width>
-void InterleaveFixed(const unsigned char* planes, std::size_t places, unsigned char* out) {
-    for (std::size_t p = 0; p < places; ++p) {
-        for (std::size_t i = 0; i < Width; ++i) {
-            out[p * Width + i] = planes[(Width - 1 - i) * RlePlaneReader::kBandPlaces + p];
-        }
-    }
-}
-
-void InterleaveAny(const unsigned char* planes, std::size_t width, std::span<unsigned char> out) {
-    for (std::size_t i = 0; i < width; ++i) {
-        const unsigned char* plane = planes + (width - 1 - i) * RlePlaneReader::kBandPlaces;
-        for (std::size_t at = i; at < out.size(); at += width) out[at] = *plane++;
-    }
-}
-
-}  // namespace
 
 RlePlaneReader::RlePlaneReader(const RleHeader& header, std::size_t width, std::size_t active)
     : header_(header), width_(width), active_(active), band_(width > 1 ? width * kBandPlaces : 0) {
@@ -42,7 +24,7 @@ void RlePlaneReader::Read(std::size_t group, std::span<unsigned char> bytes) {
     for (std::size_t i = 0; i < width_; ++i) {
         given = ReadSegment(first + i, std::span(band_).subspan(i * kBandPlaces, places));
     }
-    Interleave(places, bytes);
+    Interleave(bytes);
     isLastPastEnd_ = given * width_ > bytes.size();
 }
 
@@ -52,14 +34,16 @@ std::size_t RlePlaneReader::ReadSegment(std::size_t index, std::span<unsigned ch
     return 0;
 }
 
-void RlePlaneReader::Interleave(std::size_t places, std::span<unsigned char> bytes) const {
-    const bool isEven = bytes.size() % width_ == 0;
-    if (width_ == 2 && isEven) {
-        InterleaveFixed<2>(band_.data(), places, bytes.data());
-    } else if (width_ == 4 && isEven) {
-        InterleaveFixed<4>(band_.data(), places, bytes.data());
-    } else {
-        InterleaveAny(band_.data(), width_, bytes);
+/// Byte i of each place comes from plane width - 1 - i; a last place may be cut.
+void RlePlaneReader::Interleave(std::span<unsigned char> bytes) const {
+    std::array<const unsigned char*, kMostRleSegments> planes{};
+    for (std::size_t i = 0; i < width_; ++i) {
+        planes[i] = band_.data() + (width_ - 1 - i) * kBandPlaces;
+    }
+    const std::size_t whole = bytes.size() / width_;
+    InterleavePlanes(std::span(planes).first(width_), whole, 1, bytes.data());
+    for (std::size_t i = whole * width_; i < bytes.size(); ++i) {
+        bytes[i] = planes[i - whole * width_][whole];
     }
 }
 

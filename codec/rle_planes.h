@@ -33,7 +33,7 @@ public:
 
 private:
     std::size_t ReadSegment(std::size_t index, std::span<unsigned char> plane);
-    void Interleave(std::size_t places, std::span<unsigned char> bytes) const;
+    void Interleave(std::span<unsigned char> bytes) const;
 
     const RleHeader& header_;
     std::size_t width_;

@@ -12,6 +12,20 @@ constexpr std::size_t kStride = 16;
 constexpr std::size_t kFastRoom = kLongestRun + kStride;
 constexpr unsigned kNoOperation = 128;
 
+inline void CopyStrides(const unsigned char* from, unsigned char* to, std::size_t count) noexcept {
+    std::memcpy(to, from, kStride);
+    for (std::size_t done = kStride; done < count; done += kStride) {
+        std::memcpy(to + done, from + done, kStride);
+    }
+}
+
+inline void FillStrides(int value, unsigned char* to, std::size_t count) noexcept {
+    std::memset(to, value, kStride);
+    for (std::size_t done = kStride; done < count; done += kStride) {
+        std::memset(to + done, value, kStride);
+    }
+}
+
 }  // namespace
 
 std::size_t RleSegmentReader::Read(std::span<unsigned char> plane) noexcept {
@@ -30,32 +44,25 @@ std::size_t RleSegmentReader::Read(std::span<unsigned char> plane) noexcept {
 /// Runs far from either end, in strides that may write past the run: the next run, or the clearing
 /// at the end, puts that right.
 void RleSegmentReader::ReadFast() noexcept {
-    while (Stored() > kFastRoom && Room() >= kFastRoom) {
-        const unsigned control = *read_++;
+    if (Stored() <= kFastRoom || Room() < kFastRoom) return;
+    const unsigned char* const lastRead = readEnd_ - kFastRoom;
+    const unsigned char* const lastWrite = writeEnd_ - kFastRoom;
+    // Places of its own: a byte written might otherwise be one of this object's.
+    const unsigned char* read = read_;
+    unsigned char* write = write_;
+    while (read < lastRead && write <= lastWrite) {
+        const unsigned control = *read++;
         if (control < kNoOperation) {
-            CopyStrides(control + 1);
+            CopyStrides(read, write, control + 1);
+            read += control + 1;
+            write += control + 1;
         } else if (control > kNoOperation) {
-            FillStrides(257 - control);
+            FillStrides(*read++, write, 257 - control);
+            write += 257 - control;
         }
     }
-}
-
-void RleSegmentReader::CopyStrides(std::size_t count) noexcept {
-    std::memcpy(write_, read_, kStride);
-    for (std::size_t done = kStride; done < count; done += kStride) {
-        std::memcpy(write_ + done, read_ + done, kStride);
-    }
-    read_ += count;
-    write_ += count;
-}
-
-void RleSegmentReader::FillStrides(std::size_t count) noexcept {
-    const int value = *read_++;
-    std::memset(write_, value, kStride);
-    for (std::size_t done = kStride; done < count; done += kStride) {
-        std::memset(write_ + done, value, kStride);
-    }
-    write_ += count;
+    read_ = read;
+    write_ = write;
 }
 
 /// Takes the next control byte, near one of the ends.

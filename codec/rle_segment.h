@@ -33,8 +33,6 @@ private:
         return static_cast<std::size_t>(writeEnd_ - write_);
     }
     void ReadFast() noexcept;
-    void CopyStrides(std::size_t count) noexcept;
-    void FillStrides(std::size_t count) noexcept;
     void BeginRun() noexcept;
     void GoOn() noexcept;
 
