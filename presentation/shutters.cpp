@@ -17,11 +17,10 @@
 namespace quorvex {
 namespace {
 
-constexpr std::uint8_t kShuttered = 255;
-constexpr std::uint8_t kShown = 0;
+constexpr ShapePaint kShown{.inside = 0, .outside = 255};
 constexpr std::uint32_t kOverlayDataElement = 0x3000;
 
-/// A mask in the making: its block, and the picture that it is.
+/// A mask in the making: its block, still undefined, and the picture that it is.
 struct MaskBlock {
     HeapBlock block;
     ByteMask mask;
@@ -40,8 +39,11 @@ MaskBlock NewMask(const CDcmObject& object, const CXGSPSInfo& info) {
     if (!IsPlausibleMask(size, info)) throw std::bad_alloc();
     HeapBlock block(static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy));
     const ByteMask mask{block.Bytes(), size.cx, size.cy};
-    std::ranges::fill(mask.bytes, kShuttered);
     return {std::move(block), mask};
+}
+
+void ShutAll(const ByteMask& mask) {
+    std::ranges::fill(mask.bytes, kShown.outside);
 }
 
 /// Stores the value of an attribute where it is there, and tells whether it is.
@@ -117,7 +119,9 @@ int CXGSPSObject::MakeRectangleShutter(CDcmObject* object, CXGSPSInfo* info) {
     if (TakeInt(*object, tag::kShutterUpper, info->shutterUpper)) open.top = info->shutterUpper;
     if (TakeInt(*object, tag::kShutterLower, info->shutterLower)) {
         open.bottom = info->shutterLower;
-        FillRectangle(shutter.mask, open, kShown);
+        PaintRectangle(shutter.mask, open, kShown);
+    } else {
+        ShutAll(shutter.mask);
     }
     info->shutterMask = shutter.block.Release();
     return 1;
@@ -135,7 +139,9 @@ int CXGSPSObject::MakeCircularShutter(CDcmObject* object, CXGSPSInfo* info) {
         const CRect box{SaturateToInt(center->second - reach), SaturateToInt(center->first - reach),
                         SaturateToInt(center->second + reach),
                         SaturateToInt(center->first + reach)};
-        FillEllipse(shutter.mask, box, kShown);
+        PaintEllipse(shutter.mask, box, kShown);
+    } else {
+        ShutAll(shutter.mask);
     }
     info->shutterMask = shutter.block.Release();
     return 1;
@@ -146,7 +152,7 @@ int CXGSPSObject::MakePolygonalShutter(CDcmObject* object, CXGSPSInfo* info) {
     ForEachPair<int>(*object, tag::kShutterVertices, [&](const ValuePair<int>& vertex) {
         info->shutterVertices.push_back({.x = vertex.second, .y = vertex.first});
     });
-    FillPolygon(shutter.mask, info->shutterVertices, kShown);
+    PaintPolygon(shutter.mask, info->shutterVertices, kShown);
     info->shutterMask = shutter.block.Release();
     return 1;
 }

@@ -2,7 +2,8 @@
 ///
 /// A pixel is the point (x, y), counted from 0; of what bounds a shape, the left and upper edges lie
 /// inside and the right and lower ones outside. Whatever the coordinates, only pixels of the picture
-/// are written, and the work goes by its rows, not by the shape's size.
+/// are written, and all of them; the work goes by its rows, and by the rows that edges cross, not by
+/// the shape's size.
 #pragma once
 
 #include "quorvex/Types.h"
@@ -23,14 +24,20 @@ struct ByteMask {
     void FillRow(std::int64_t row, std::int64_t begin, std::int64_t end, std::uint8_t value) const;
 };
 
-void FillRectangle(const ByteMask& mask, const CRect& rectangle, std::uint8_t value);
+/// What a shape makes of every pixel of a picture.
+struct ShapePaint {
+    std::uint8_t inside = 0;
+    std::uint8_t outside = 0;
+};
+
+void PaintRectangle(const ByteMask& mask, const CRect& rectangle, const ShapePaint& paint);
 
 /// The ellipse in a box whose last column and row do not count either: a box 10 wide holds an ellipse
 /// 9 wide. Corners may be given in any order; a box less than 3 wide or high is filled whole.
-void FillEllipse(const ByteMask& mask, const CRect& box, std::uint8_t value);
+void PaintEllipse(const ByteMask& mask, const CRect& box, const ShapePaint& paint);
 
 /// The polygon through the points, closed from the last to the first: where edges enclose a pixel an
 /// even number of times, it lies outside.
-void FillPolygon(const ByteMask& mask, std::span<const CPoint> points, std::uint8_t value);
+void PaintPolygon(const ByteMask& mask, std::span<const CPoint> points, const ShapePaint& paint);
 
 }  // namespace quorvex

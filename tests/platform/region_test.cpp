@@ -32,13 +32,13 @@ struct Picture {
 
 TEST(Region, RectanglesLeaveOutTheirRightAndLowerEdges) {
     Picture picture(6, 4);
-    FillRectangle(picture.mask, {1, 1, 4, 3}, 255);
+    PaintRectangle(picture.mask, {1, 1, 4, 3}, {255, 0});
     EXPECT_EQ(picture.Drawing(), "......\n.###..\n.###..\n......\n");
 }
 
 TEST(Region, EllipsesAreSymmetric) {
     Picture picture(10, 9);
-    FillEllipse(picture.mask, {1, 1, 9, 9}, 1);
+    PaintEllipse(picture.mask, {1, 1, 9, 9}, {1, 0});
     EXPECT_EQ(picture.Drawing(),
               "..........\n"
               "...###....\n"
@@ -54,12 +54,12 @@ TEST(Region, EllipsesAreSymmetric) {
 TEST(Region, APolygonThatCrossesItselfHasHoles) {
     constexpr CPoint kBowTie[] = {{0, 0}, {8, 0}, {0, 4}, {8, 4}};
     Picture picture(9, 5);
-    FillPolygon(picture.mask, kBowTie, 1);
+    PaintPolygon(picture.mask, kBowTie, {1, 0});
     EXPECT_EQ(picture.Drawing(), "########.\n..####...\n.........\n..####...\n.........\n");
     constexpr CPoint kTwiceRound[] = {{1, 1}, {5, 1}, {5, 4}, {1, 4},
                                       {1, 1}, {5, 1}, {5, 4}, {1, 4}};
     Picture empty(6, 5);
-    FillPolygon(empty.mask, kTwiceRound, 1);
+    PaintPolygon(empty.mask, kTwiceRound, {1, 0});
     EXPECT_EQ(empty.Drawing().find('#'), std::string::npos);
 }
 
@@ -79,14 +79,17 @@ bool CrossesOddly(const std::vector<CPoint>& points, int x, int y) {
 
 TEST(Region, PolygonsFollowTheRayRule) {
     std::mt19937 random(5);
-    std::uniform_int_distribution<int> place(-10, 40);
+    constexpr int kColumns = 150;  // not whole words of pixels
+    std::uniform_int_distribution<int> row(-10, 40);
+    std::uniform_int_distribution<int> column(-30, kColumns + 30);
     for (int round = 0; round < 200; ++round) {
-        std::vector<CPoint> points(static_cast<std::size_t>(3 + round % 9));
-        for (CPoint& point : points) point = {place(random), place(random)};
-        Picture picture(30, 30);
-        FillPolygon(picture.mask, points, 1);
+        // Up to so many crossings in a row that they lie side by side.
+        std::vector<CPoint> points(static_cast<std::size_t>(3 + round % 9 * (round % 10)));
+        for (CPoint& point : points) point = {column(random), row(random)};
+        Picture picture(kColumns, 30);
+        PaintPolygon(picture.mask, points, {1, 0});
         for (int y = 0; y < 30; ++y) {
-            for (int x = 0; x < 30; ++x) {
+            for (int x = 0; x < kColumns; ++x) {
                 ASSERT_EQ(picture(x, y), CrossesOddly(points, x, y))
                     << "round " << round << " pixel " << x << "," << y;
             }
@@ -101,19 +104,19 @@ TEST(Region, AnyCoordinatesStayInThePicture) {
             for (const int right : kEnds) {
                 for (const int bottom : kEnds) {
                     Picture picture(5, 5);
-                    FillRectangle(picture.mask, {left, top, right, bottom}, 1);
-                    FillEllipse(picture.mask, {left, top, right, bottom}, 1);
+                    PaintRectangle(picture.mask, {left, top, right, bottom}, {1, 0});
+                    PaintEllipse(picture.mask, {left, top, right, bottom}, {1, 0});
                     const CPoint points[] = {{left, top}, {right, bottom}, {right, top}, {0, 0}};
-                    FillPolygon(picture.mask, points, 1);
+                    PaintPolygon(picture.mask, points, {1, 0});
                 }
             }
         }
     }
     Picture whole(5, 5);
-    FillEllipse(whole.mask, {INT_MIN, INT_MIN, INT_MAX, INT_MAX}, 1);
+    PaintEllipse(whole.mask, {INT_MIN, INT_MIN, INT_MAX, INT_MAX}, {1, 0});
     EXPECT_TRUE(whole(0, 0));
-    FillPolygon(ByteMask{}, {}, 1);
-    FillEllipse(ByteMask{}, {0, 0, 10, 10}, 1);
+    PaintPolygon(ByteMask{}, {}, {1, 0});
+    PaintEllipse(ByteMask{}, {0, 0, 10, 10}, {1, 0});
 }
 
 }  // namespace
