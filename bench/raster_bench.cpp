@@ -119,6 +119,7 @@ QUORVEX_BENCH_PAIR(Turn, ViewLeft1, kView, 1, 90);
 QUORVEX_BENCH_PAIR(Turn, ViewRight1, kView, 1, 270);
 QUORVEX_BENCH_PAIR(Turn, ViewHalf1, kView, 1, 180);
 QUORVEX_BENCH_PAIR(Turn, ViewLeft3, kView, 3, 90);
+QUORVEX_BENCH_PAIR(Turn, ViewRight3, kView, 3, 270);
 QUORVEX_BENCH_PAIR(Turn, ViewHalf3, kView, 3, 180);
 
 }  // namespace

