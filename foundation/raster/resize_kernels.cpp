@@ -18,16 +18,25 @@ std::uint16_t HighHalf(std::uint32_t a, std::uint32_t b) {
     return static_cast<std::uint16_t>((a * b) >> 16);
 }
 
-/// Brings the two bytes of each pair together in the row itself. Bytes that lie side by side are
-/// read at once, as the compiler sees.
+/// Brings the two bytes of each pair together in the row itself, the left one in the low half. Bytes
+/// that lie side by side are read at once, as the compiler sees.
 template <class Distance>
 void GatherPairs(const HorizontalPlan& plan, const unsigned char* bytes, Distance toRight,
                  std::uint16_t* row) {
     const std::uint32_t* const lefts = plan.lefts.data();
-    for (std::size_t i = 0; i < plan.lefts.size(); ++i) {
+    const auto gather = [=](std::size_t i) {
         const unsigned char* const left = bytes + lefts[i];
-        row[i] = static_cast<std::uint16_t>(left[0] << 8 | left[toRight]);
+        row[i] = static_cast<std::uint16_t>(left[0] | left[toRight] << 8);
+    };
+    const std::size_t count = plan.lefts.size();
+    std::size_t i = 0;
+    for (; i + 4 <= count; i += 4) {
+        gather(i);
+        gather(i + 1);
+        gather(i + 2);
+        gather(i + 3);
     }
+    for (; i < count; ++i) gather(i);
 }
 
 void PairsOneByOne(const HorizontalPlan& plan, const unsigned char* bytes, std::uint16_t* row) {
@@ -42,8 +51,8 @@ void PairsOneByOne(const HorizontalPlan& plan, const unsigned char* bytes, std::
     for (std::size_t i = 0; i < plan.lefts.size(); i += hn::Lanes(words)) {
         const auto pairs = hn::LoadU(words, row + i);
         const auto weights = hn::LoadU(words, plan.leftWeights.data() + i);
-        const auto left = hn::MulHigh(hn::And(pairs, highBytes), weights);
-        const auto right = hn::MulHigh(hn::ShiftLeft<8>(pairs), hn::Sub(whole, weights));
+        const auto left = hn::MulHigh(hn::ShiftLeft<8>(pairs), weights);
+        const auto right = hn::MulHigh(hn::And(pairs, highBytes), hn::Sub(whole, weights));
         hn::StoreU(hn::Add(left, right), words, row + i);
     }
 }
