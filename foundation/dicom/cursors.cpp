@@ -32,13 +32,12 @@ CString TakeTrimmed(Text text, ValueKind kind, Cursor& cursor) {
 
 }  // namespace
 
-std::optional<Number> TakeNumber(const DataSet& dataSet, const Element& element, Cursor& cursor) {
-    const ValueRepresentation& vr = MeaningOf(element);
-    if (!IsText(vr)) return BinaryNumber(dataSet, element, cursor.index++);
-    if (cursor.position == kBehindLastValue) return std::nullopt;
+std::optional<Number> TakeWrittenNumber(const DataSet& dataSet, const Element& element,
+                                        Place& place) {
+    if (place.position == kBehindLastValue) return std::nullopt;
     const Bytes value = dataSet.ValueOf(element);
-    const auto number = LeadingNumber(TakeValue(CharactersOf(value), cursor.position));
-    return number || vr.vr != MC_VR_UN ? number : UnknownNumber(value);
+    const auto number = LeadingNumber(TakeValue(CharactersOf(value), place.position));
+    return number || MeaningOf(element).vr != MC_VR_UN ? number : UnknownNumber(value);
 }
 
 std::optional<CString> TakeText(const DataSet& dataSet, const Element& element, Cursor& cursor) {
@@ -57,10 +56,10 @@ std::optional<CString> TakeText(const DataSet& dataSet, const Element& element, 
     return TakeTrimmed(CharactersOf(dataSet.ValueOf(element)), kind, cursor);
 }
 
-std::shared_ptr<DataSet> TakeItem(const Element& element, Cursor& cursor) {
+std::shared_ptr<DataSet> TakeItem(const Element& element, Place& place) {
     const Items* items = ItemsOf(element);
-    if (items == nullptr || cursor.index >= items->size()) return nullptr;
-    return (*items)[cursor.index++];
+    if (items == nullptr || place.index >= items->size()) return nullptr;
+    return (*items)[place.index++];
 }
 
 }  // namespace quorvex::dicom

@@ -17,11 +17,6 @@ std::string_view AsText(Bytes bytes) {
 
 }  // namespace
 
-const Element* DataSet::Find(std::uint32_t tag) const noexcept {
-    const auto place = LowerBound(elements_.begin(), elements_.end(), tag);
-    return place != elements_.end() && place->tag == tag ? &*place : nullptr;
-}
-
 Element* DataSet::FindMutable(std::uint32_t tag) noexcept {
     const auto place = LowerBound(elements_.begin(), elements_.end(), tag);
     return place != elements_.end() && place->tag == tag ? &*place : nullptr;
@@ -54,12 +49,6 @@ Element& DataSet::PutFragments(std::uint32_t tag, MC_VR vr, ByteBuffer bytes,
 void DataSet::Remove(std::uint32_t tag) noexcept {
     const auto place = LowerBound(elements_.begin(), elements_.end(), tag);
     if (place != elements_.end() && place->tag == tag) elements_.erase(place);
-}
-
-Bytes DataSet::ValueOf(const Element& element) const noexcept {
-    if (const auto* bytes = std::get_if<ByteBuffer>(element.content.get())) return *bytes;
-    if (source_ == nullptr) return {};
-    return Bytes(*source_).subspan(element.offset, element.length);
 }
 
 FragmentView DataSet::FragmentsOf(const Element& element) const noexcept {

@@ -5,6 +5,7 @@
 #include "foundation/dicom/element.h"
 #include "foundation/types/limits.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -44,7 +45,17 @@ public:
 
     [[nodiscard]] std::span<const Element> Elements() const noexcept { return elements_; }
     /// Null where there is no such element.
-    [[nodiscard]] const Element* Find(std::uint32_t tag) const noexcept;
+    [[nodiscard]] const Element* Find(std::uint32_t tag) const noexcept {
+        const Element* first = elements_.data();
+        for (std::size_t count = elements_.size(); count != 0; count /= 2) {
+            const Element* const middle = first + count / 2;
+            if (middle->tag == tag) return middle;
+            if (middle->tag > tag) continue;
+            first = middle + 1;
+            --count;
+        }
+        return nullptr;
+    }
 
     /// Puts an element in its place; one of the same tag goes.
     Element& Put(Element element);
@@ -60,7 +71,11 @@ public:
 
     /// The stored bytes of a value; of a sequence or encapsulated data that were read, everything
     /// up to their delimiter. Valid until the data set changes.
-    [[nodiscard]] Bytes ValueOf(const Element& element) const noexcept;
+    [[nodiscard]] Bytes ValueOf(const Element& element) const noexcept {
+        if (const auto* bytes = std::get_if<ByteBuffer>(element.content.get())) return *bytes;
+        if (source_ == nullptr) return {};
+        return Bytes(*source_).subspan(element.offset, element.length);
+    }
     /// Empty for a value that is not encapsulated.
     [[nodiscard]] FragmentView FragmentsOf(const Element& element) const noexcept;
 

@@ -40,11 +40,27 @@ struct ElementHeader {
 /// True for two letters that name a VR.
 [[nodiscard]] bool IsVr(const unsigned char* letters) noexcept;
 
-/// How many bytes the header takes that begins with these eight.
-[[nodiscard]] std::size_t HeaderBytes(const unsigned char* eight, Encoding encoding) noexcept;
+enum class HeaderForm : std::uint8_t { kImplicit, kShort, kLong };
+
+/// How the header is written that begins with these eight bytes.
+[[nodiscard]] HeaderForm HeaderFormOf(const unsigned char* eight, Encoding encoding) noexcept;
+
+/// How many bytes a header takes.
+[[nodiscard]] constexpr std::size_t HeaderBytes(HeaderForm form) noexcept {
+    return form == HeaderForm::kLong ? kLongHeader : kShortHeader;
+}
+[[nodiscard]] inline std::size_t HeaderBytes(const unsigned char* eight,
+                                             Encoding encoding) noexcept {
+    return HeaderBytes(HeaderFormOf(eight, encoding));
+}
 
 /// The header at `bytes`, of which `HeaderBytes` must be there. Implicit VR takes its VR from the
 /// dictionary; delimiters and items have none in either encoding.
-[[nodiscard]] ElementHeader ReadHeader(const unsigned char* bytes, Encoding encoding) noexcept;
+[[nodiscard]] ElementHeader ReadHeader(const unsigned char* bytes, Encoding encoding,
+                                       HeaderForm form) noexcept;
+[[nodiscard]] inline ElementHeader ReadHeader(const unsigned char* bytes,
+                                              Encoding encoding) noexcept {
+    return ReadHeader(bytes, encoding, HeaderFormOf(bytes, encoding));
+}
 
 }  // namespace quorvex::dicom

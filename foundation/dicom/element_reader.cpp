@@ -10,7 +10,7 @@
 namespace quorvex::dicom {
 namespace {
 
-constexpr std::size_t kTypicalElements = 128;
+constexpr std::size_t kTypicalElements = 384;
 
 bool IsRaw(MC_VR vr) {
     return Describe(vr).kind == ValueKind::kRaw;
@@ -124,12 +124,13 @@ bool ElementReader::PassJunk(const Level& level) {
 }
 
 bool ElementReader::ReadElement(Level& level) {
-    const std::size_t headerBytes = HeaderBytes(feed_.At(position_), level.encoding);
+    const HeaderForm form = HeaderFormOf(feed_.At(position_), level.encoding);
+    const std::size_t headerBytes = HeaderBytes(form);
     if (!HasWithin(level.end, headerBytes)) {
         position_ += Available(headerBytes, level.end);
         return true;
     }
-    const ElementHeader header = ReadHeader(feed_.At(position_), level.encoding);
+    const ElementHeader header = ReadHeader(feed_.At(position_), level.encoding, form);
     if (header.isGuessed && !feed_.Has(position_ + header.bytes, header.length) &&
         !header.IsUndefined()) {
         return PassJunk(level);

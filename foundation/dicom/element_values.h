@@ -1,6 +1,7 @@
 /// The values of one element: how many, how long, and each as a number or as text.
 #pragma once
 
+#include "foundation/dicom/binary_number.h"
 #include "foundation/dicom/data_set.h"
 #include "foundation/dicom/numbers.h"
 #include "foundation/dicom/value_representation.h"
@@ -12,10 +13,6 @@
 #include <string_view>
 
 namespace quorvex::dicom {
-
-/// How the value of an element is to be understood: an element of VR UN whose tag is known is read
-/// as what its tag says.
-[[nodiscard]] const ValueRepresentation& MeaningOf(const Element& element) noexcept;
 
 /// Where a text value ends, so that the next one is found without starting over.
 inline constexpr std::size_t kBehindLastValue = static_cast<std::size_t>(-1);
@@ -36,10 +33,7 @@ template <class Text>
 [[nodiscard]] std::optional<std::size_t> ValueLength(const DataSet& dataSet, const Element& element,
                                                      std::size_t index);
 
-/// A value that is not stored as text. Words of OW and entries of LUT Data count as unsigned.
-[[nodiscard]] std::optional<Number> BinaryNumber(const DataSet& dataSet, const Element& element,
-                                                 std::size_t index) noexcept;
-/// The same as text; attribute tags as "(gggg,eeee)".
+/// A number that is not stored as text, as text; attribute tags as "(gggg,eeee)".
 [[nodiscard]] std::optional<std::string> BinaryText(const DataSet& dataSet, const Element& element,
                                                     std::size_t index);
 

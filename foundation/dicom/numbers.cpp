@@ -28,9 +28,8 @@ bool BeginsNumber(std::string_view text) {
 
 }  // namespace
 
-std::int64_t Number::AsWhole() const noexcept {
+std::int64_t CutTowardsZero(double real) noexcept {
     constexpr double kLimit = 9223372036854775808.0;
-    if (!isReal) return whole;
     if (std::isnan(real)) return 0;
     if (real >= kLimit) return std::numeric_limits<std::int64_t>::max();
     if (real < -kLimit) return std::numeric_limits<std::int64_t>::min();

@@ -11,6 +11,9 @@
 
 namespace quorvex::dicom {
 
+/// A whole number: what does not fit becomes the nearest that does, and what is no number 0.
+[[nodiscard]] std::int64_t CutTowardsZero(double real) noexcept;
+
 /// A value on its way: a whole number where the stored form is one, so that 64 bits pass unhurt.
 struct Number {
     bool isReal = false;
@@ -22,8 +25,9 @@ struct Number {
     [[nodiscard]] double AsReal() const noexcept {
         return isReal ? real : static_cast<double>(whole);
     }
-    /// Cut towards zero; what does not fit becomes the nearest that does.
-    [[nodiscard]] std::int64_t AsWhole() const noexcept;
+    [[nodiscard]] std::int64_t AsWhole() const noexcept {
+        return isReal ? CutTowardsZero(real) : whole;
+    }
 
     /// As a type of the language: whole numbers keep their low bits, as a cast does.
     template <class Type>

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <type_traits>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -15,28 +17,29 @@ using dicom::Bytes;
 using dicom::Cursor;
 using dicom::DataSet;
 using dicom::Element;
+using dicom::Place;
 
 /// A multiple of every unit that bytes are turned by.
 constexpr std::size_t kValuePiece = std::size_t{1} << 16;
 
 template <class Type>
-DCMRESULT Take(const DataSet& dataSet, const Element& element, Cursor& cursor, Type& value) {
-    const auto number = dicom::TakeNumber(dataSet, element, cursor);
+DCMRESULT Take(const DataSet& dataSet, const Element& element, Place& place, Type& value) {
+    const auto number = dicom::TakeNumber(dataSet, element, place);
     if (!number) return kDcmNotFound;
     value = number->As<Type>();
     return kDcmSuccess;
 }
 
 DCMRESULT Take(const DataSet& dataSet, const Element& element, Cursor& cursor, CString& value) {
-    const auto text = dicom::TakeText(dataSet, element, cursor);
+    auto text = dicom::TakeText(dataSet, element, cursor);
     if (!text) return kDcmNotFound;
-    value = *text;
+    value = std::move(*text);
     return kDcmSuccess;
 }
 
-DCMRESULT Take(const DataSet&, const Element& element, Cursor& cursor,
+DCMRESULT Take(const DataSet&, const Element& element, Place& place,
                std::shared_ptr<DataSet>& value) {
-    value = dicom::TakeItem(element, cursor);
+    value = dicom::TakeItem(element, place);
     return value != nullptr ? kDcmSuccess : kDcmNotFound;
 }
 
@@ -91,8 +94,8 @@ DCMRESULT CDcmObjectCommon::ReadFirst(std::uint32_t tag, Value& value) const {
         if (cursors_ != nullptr) cursors_->Forget(tag);
         const Element* element = dataSet_->Find(tag);
         if (element == nullptr) return Missing();
-        Cursor cursor;
-        return Take(*dataSet_, *element, cursor, value);
+        std::conditional_t<std::is_same_v<Value, CString>, Cursor, Place> first;
+        return Take(*dataSet_, *element, first, value);
     });
 }
 
@@ -104,7 +107,8 @@ DCMRESULT CDcmObjectCommon::ReadNext(std::uint32_t tag, Value& value) const {
         if (cursors_ == nullptr) cursors_ = std::make_unique<Cursors>();
         Cursor* cursor = cursors_->Find(tag);
         if (cursor == nullptr) {
-            cursor = &cursors_->all.emplace_back(Cursor{.tag = tag});
+            cursor = &cursors_->all.emplace_back();
+            cursor->tag = tag;
             PassFirst(*dataSet_, *element, *cursor);
         }
         return Take(*dataSet_, *element, *cursor, value);

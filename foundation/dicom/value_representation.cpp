@@ -6,6 +6,8 @@
 namespace quorvex::dicom {
 namespace {
 
+using detail::LetterPlace;
+
 constexpr ValueRepresentation Text(MC_VR vr, const char (&letters)[3], bool hasCharacterSet,
                                    bool hasLongLength = false, std::uint8_t pad = ' ') {
     return {
@@ -35,7 +37,7 @@ constexpr ValueRepresentation Raw(MC_VR vr, const char (&letters)[3], std::uint8
     return {vr, {letters[0], letters[1], 0}, kind, false, true, false, unit, 0};
 }
 
-constexpr std::array kRows = {
+constexpr std::array<ValueRepresentation, detail::kVrCount> kRows = {
     // in the order of their numbers
     Text(MC_VR_AE, "AE", false),
     Text(MC_VR_AS, "AS", false),
@@ -81,13 +83,8 @@ constexpr bool IsInOrder() {
 }
 static_assert(IsInOrder());
 
-constexpr std::size_t LetterPlace(unsigned char first, unsigned char second) {
-    return static_cast<std::size_t>(first - 'A') * 26 + static_cast<std::size_t>(second - 'A');
-}
-
-/// Number of the VR that two letters name; 0 for none.
-constexpr auto kByLetters = [] {
-    std::array<std::uint8_t, std::size_t{26} * 26> numbers{};
+constexpr auto kNumbers = [] {
+    std::array<std::uint8_t, detail::kLetterPairs> numbers{};
     for (const auto& row : kRows) {
         numbers[LetterPlace(static_cast<unsigned char>(row.letters[0]),
                             static_cast<unsigned char>(row.letters[1]))] =
@@ -96,21 +93,12 @@ constexpr auto kByLetters = [] {
     return numbers;
 }();
 
-constexpr bool IsCapital(unsigned char c) {
-    return c >= 'A' && c <= 'Z';
-}
-
 }  // namespace
 
-const ValueRepresentation& Describe(MC_VR vr) noexcept {
-    const auto index = static_cast<std::size_t>(vr) - 1;
-    return index < kRows.size() ? kRows[index] : kRows[MC_VR_UN - 1];
-}
+namespace detail {
 
-const ValueRepresentation* VrOfLetters(unsigned char first, unsigned char second) noexcept {
-    if (!IsCapital(first) || !IsCapital(second)) return nullptr;
-    const std::uint8_t number = kByLetters[LetterPlace(first, second)];
-    return number == 0 ? nullptr : &kRows[number - std::size_t{1}];
-}
+constinit const std::array<ValueRepresentation, kVrCount> kVrRows = kRows;
+constinit const std::array<std::uint8_t, kLetterPairs> kVrByLetters = kNumbers;
 
+}  // namespace detail
 }  // namespace quorvex::dicom

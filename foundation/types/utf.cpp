@@ -1,5 +1,6 @@
 #include "foundation/types/utf.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace quorvex {
@@ -41,6 +42,13 @@ char32_t TakeUtf8(std::string_view& text) {
     return isGood ? c : kReplacement;
 }
 
+/// Characters at the beginning that are one byte each, as nearly all are.
+std::size_t PlainLength(std::string_view utf8) {
+    const auto isPlain = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    return static_cast<std::size_t>(std::find_if_not(utf8.begin(), utf8.end(), isPlain) -
+                                    utf8.begin());
+}
+
 void AppendUtf16(std::u16string& text, char32_t c) {
     if (c < 0x10000) {
         text += static_cast<char16_t>(c);
@@ -78,8 +86,11 @@ void AppendUtf8(std::string& text, char32_t c) {
 }  // namespace
 
 std::u16string Utf16FromUtf8(std::string_view utf8) {
-    std::u16string text;
-    text.reserve(utf8.size());
+    const auto* const begin = reinterpret_cast<const unsigned char*>(utf8.data());
+    const std::size_t plain = PlainLength(utf8);
+    std::u16string text(begin, begin + plain);
+    utf8.remove_prefix(plain);
+    text.reserve(plain + utf8.size());
     while (!utf8.empty()) AppendUtf16(text, TakeUtf8(utf8));
     return text;
 }
