@@ -1,4 +1,5 @@
 #include "foundation/raster/raster.h"
+#include "foundation/raster/word_ramp.h"
 #include "tests/raster/noise_image.h"
 
 #include <gtest/gtest.h>
@@ -35,14 +36,30 @@ std::vector<Image8> AllResults(int channels) {
     return results;
 }
 
+/// Words of noise through ramps up and down.
+Image8 RampResult() {
+    const CSize size{317, 4};
+    const auto words = NoiseImage(CSize{2 * size.cx, size.cy}, 1, 52);
+    Image8 result(size, 1);
+    for (int y = 0; y < size.cy; ++y) {
+        const unsigned char* const row = words.samples.data() + y * words.Step();
+        WordRamp ramp{500, 1000, 60000, 900, 0, 1000000, y % 2 != 0, 3, 0xFF};
+        ramp.turn = y / 2 != 0 ? 0xFF : 0;
+        MapByRamp(ramp, row, row, result.samples.data() + y * result.Step(), 317);
+    }
+    return result;
+}
+
 TEST(InstructionSets, AllGiveTheSamePixels) {
     for (const int channels : {1, 3}) {
         const auto expected = AllResults(channels);
+        const auto expectedRamp = RampResult();
         for (const auto target : hwy::SupportedAndGeneratedTargets()) {
             SCOPED_TRACE(hwy::TargetName(target));
             hwy::SetSupportedTargetsForTest(target);
             hwy::GetChosenTarget().Update(hwy::SupportedTargets());
             const auto results = AllResults(channels);
+            EXPECT_EQ(RampResult(), expectedRamp);
             hwy::SetSupportedTargetsForTest(0);
             hwy::GetChosenTarget().Update(hwy::SupportedTargets());
             for (std::size_t i = 0; i < results.size(); ++i) {

@@ -1,0 +1,43 @@
+/// A window's table of bytes for 16-bit words, worked out instead of looked up.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace quorvex {
+
+inline constexpr std::size_t kWords = 65536;
+
+/// Words counted from `origin` on, modulo 65,536, are places. From `floor` to `top` the byte is
+/// 255 x (place - start) / width, cut; before and behind it stays as it is there. `top` may have a
+/// byte of its own.
+///
+/// The quotient is worked out as 1 + (steps << shift) x factor / 2^16, cut, over 2^16, with a factor
+/// just below 255 x 2^32 / (width << shift). That is above the exact quotient by less than 2^-16,
+/// or below by nothing that would reach the next whole number, and the exact one lies 1 / width or
+/// more below that: equal for every width up to 65,536.
+struct WordRamp {
+    std::uint16_t origin = 0;
+    std::uint16_t floor = 0;
+    std::uint16_t top = 0;
+    std::uint16_t start = 0;  ///< modulo 65,536: a window may begin ahead of the words
+    int shift = 0;
+    std::uint32_t factor = 0;
+    bool leapsAtTop = false;
+    std::uint8_t topByte = 0;
+    std::uint8_t turn = 0;  ///< 0xFF for a ramp that falls: bits to turn in every byte
+};
+
+/// The ramp that gives all 65,536 bytes of a table as they are; nothing where none does.
+/// @param table      entry i belongs to the word firstWord + i, modulo 65,536
+[[nodiscard]] std::optional<WordRamp> RampOfTable(std::span<const std::uint8_t, kWords> table,
+                                                  std::uint16_t firstWord);
+
+/// The bytes of `count` words, which lie least significant byte first at any address.
+/// @param soon  as many words that are needed a little later: they are fetched into the cache
+void MapByRamp(const WordRamp& ramp, const unsigned char* words, const unsigned char* soon,
+               unsigned char* to, std::size_t count);
+
+}  // namespace quorvex
