@@ -16,7 +16,7 @@ bool Resize8u(const PixelGrid<const unsigned char>& source, const RasterRect& re
     const auto part = Part(source, cut);
     RowResizer resizer({part.size, destination.size, xFactor, yFactor, source.channels});
     if (!resizer.IsUsable()) return false;
-    resizer.Run([&part](int y) { return part.Row(y).data(); }, destination);
+    resizer.Run([&part](int y, int /*soon*/) { return part.Row(y).data(); }, destination);
     return true;
 }
 

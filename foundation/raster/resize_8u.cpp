@@ -29,18 +29,18 @@ void AddPairs(HorizontalPlan& plan, const std::vector<ResizeTap>& taps, int widt
     }
 }
 
-PairWindow MakeWindow(const HorizontalPlan& plan, std::size_t first, std::size_t end,
-                      std::uint32_t start) {
-    PairWindow window{};
-    std::ranges::fill(window.shuffle, kZeroByte);
+void FillWindow(WindowGroup& group, std::size_t place, const HorizontalPlan& plan,
+                std::size_t first, std::size_t end) {
+    std::uint8_t* const shuffle = group.shuffle[place];
+    std::uint16_t* const weights = group.weights[place];
+    const std::uint32_t start = group.starts[place];
+    std::fill_n(shuffle, kWindowBytes, kZeroByte);
     for (std::size_t i = first, lane = 0; i < end; ++i, ++lane) {
-        window.shuffle[2 * lane + 1] = static_cast<std::uint8_t>(plan.lefts[i] - start);
-        window.shuffle[2 * lane + 9] =
-            static_cast<std::uint8_t>(plan.lefts[i] + plan.toRight - start);
-        window.weights[lane] = plan.leftWeights[i];
-        window.weights[lane + 4] = static_cast<std::uint16_t>(kWholeWeight - plan.leftWeights[i]);
+        shuffle[2 * lane + 1] = static_cast<std::uint8_t>(plan.lefts[i] - start);
+        shuffle[2 * lane + 9] = static_cast<std::uint8_t>(plan.lefts[i] + plan.toRight - start);
+        weights[lane] = plan.leftWeights[i];
+        weights[lane + 4] = static_cast<std::uint16_t>(kWholeWeight - plan.leftWeights[i]);
     }
-    return window;
 }
 
 /// Adds a window for the samples from `first`; false where their bytes spread too far.
@@ -53,25 +53,20 @@ bool AddWindow(HorizontalPlan& plan, std::size_t first, std::size_t rowBytes) {
         last = std::max<std::size_t>(last, plan.lefts[i] + plan.toRight);
     }
     if (last - start >= kWindowBytes) return false;
-    plan.windowStarts.push_back(static_cast<std::uint32_t>(start));
-    plan.windows.push_back(MakeWindow(plan, first, end, plan.windowStarts.back()));
+    const std::size_t window = first / kWindowSamples % WindowGroup::kWindows;
+    if (window == 0) plan.groups.push_back({});
+    const std::size_t place = WindowGroup::Place(window);
+    plan.groups.back().starts[place] = static_cast<std::uint32_t>(start);
+    FillWindow(plan.groups.back(), place, plan, first, end);
     return true;
 }
 
 void AddWindows(HorizontalPlan& plan, std::size_t rowBytes) {
     if (rowBytes < kWindowBytes) return;
-    plan.windows.reserve(plan.leftWeights.size() / kWindowSamples);
-    plan.windowStarts.reserve(plan.leftWeights.size() / kWindowSamples);
-    bool fits = true;
-    for (std::size_t i = 0; fits && i < plan.lefts.size(); i += kWindowSamples) {
-        fits = AddWindow(plan, i, rowBytes);
-    }
-    if (!fits) {
-        plan.windows.clear();
-        plan.windowStarts.clear();
-    } else if (plan.windows.size() % 2 != 0) {
-        plan.windows.push_back({});
-        plan.windowStarts.push_back(0);
+    constexpr std::size_t kGroupSamples = kWindowSamples * WindowGroup::kWindows;
+    plan.groups.reserve((plan.lefts.size() + kGroupSamples - 1) / kGroupSamples);
+    for (std::size_t i = 0; i < plan.lefts.size(); i += kWindowSamples) {
+        if (!AddWindow(plan, i, rowBytes)) return plan.groups.clear();
     }
 }
 
@@ -110,40 +105,43 @@ void RowResizer::Run(const RowSource& rowAt, const PixelGrid<unsigned char>& des
     if (isCopy_) return CopyRows(rowAt, destination);
     if (isHalf_) return HalveAll(rowAt, destination);
     upper_.y = lower_.y = -1;
-    int y = 0;
-    for (const ResizeTap& tap : rows_) {
-        Cache(tap, rowAt);
+    for (std::size_t y = 0; y < rows_.size(); ++y) {
+        const ResizeTap& tap = rows_[y];
+        Cache(tap, rows_[std::min(y + 1, rows_.size() - 1)], rowAt);
         const auto& lower = tap.weight != 0 ? lower_ : upper_;
         ResizeVertically(upper_.samples, lower.samples, static_cast<std::uint16_t>(tap.weight),
-                         destination.Row(y++));
+                         destination.Row(static_cast<int>(y)));
     }
 }
 
 void RowResizer::CopyRows(const RowSource& rowAt,
                           const PixelGrid<unsigned char>& destination) const {
-    for (int y = 0; y < destination.size.cy; ++y) {
-        std::memcpy(destination.Row(y).data(), rowAt(y), destination.RowSamples());
+    const int last = destination.size.cy - 1;
+    for (int y = 0; y <= last; ++y) {
+        const unsigned char* const row = rowAt(y, std::min(y + 2, last));
+        std::memcpy(destination.Row(y).data(), row, destination.RowSamples());
     }
 }
 
 void RowResizer::HalveAll(const RowSource& rowAt,
                           const PixelGrid<unsigned char>& destination) const {
-    for (int y = 0; y < destination.size.cy; ++y) {
-        const unsigned char* const upper = rowAt(2 * y);
-        HalveRows(upper, rowAt(2 * y + 1), static_cast<std::size_t>(destination.channels),
-                  destination.Row(y));
+    const int last = 2 * destination.size.cy - 1;
+    for (int y = 0; y < last; y += 2) {
+        const unsigned char* const upper = rowAt(y, std::min(y + 2, last));
+        HalveRows(upper, rowAt(y + 1, std::min(y + 3, last)),
+                  static_cast<std::size_t>(destination.channels), destination.Row(y / 2));
     }
 }
 
-void RowResizer::Cache(const ResizeTap& tap, const RowSource& rowAt) {
+void RowResizer::Cache(const ResizeTap& tap, const ResizeTap& next, const RowSource& rowAt) {
     if (lower_.y == tap.first) std::swap(upper_, lower_);
-    Fill(upper_, tap.first, rowAt);
-    if (tap.weight != 0) Fill(lower_, tap.first + 1, rowAt);
+    Fill(upper_, tap.first, next.first, rowAt);
+    if (tap.weight != 0) Fill(lower_, tap.first + 1, next.Second(), rowAt);
 }
 
-void RowResizer::Fill(CachedRow& row, int y, const RowSource& rowAt) const {
+void RowResizer::Fill(CachedRow& row, int y, int soon, const RowSource& rowAt) const {
     if (row.y == y) return;
-    ResizeHorizontally(plan_, rowAt(y), row.samples);
+    ResizeHorizontally(plan_, rowAt(y, soon), row.samples);
     row.y = y;
 }
 

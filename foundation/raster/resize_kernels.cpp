@@ -58,25 +58,53 @@ void PairsOneByOne(const HorizontalPlan& plan, const unsigned char* bytes, std::
 }
 
 #if HWY_TARGET != HWY_SCALAR
-/// 4 left products in the lower half, their 4 partners in the upper one.
+/// Of each window 4 left products, their 4 partners behind them.
 template <class Words>
-hn::Vec<Words> WindowProducts(Words words, const PairWindow& window, const unsigned char* bytes) {
+hn::Vec<Words> WindowProducts(Words words, hn::Vec<hn::Repartition<std::uint8_t, Words>> bytes,
+                              const WindowGroup& group, std::size_t place) {
     const hn::Repartition<std::uint8_t, Words> octets;
-    const auto chosen =
-        hn::TableLookupBytesOr0(hn::LoadU(octets, bytes), hn::LoadU(octets, window.shuffle));
-    return hn::MulHigh(hn::BitCast(words, chosen), hn::LoadU(words, window.weights));
+    const auto chosen = hn::TableLookupBytesOr0(bytes, hn::LoadU(octets, group.shuffle[place]));
+    return hn::MulHigh(hn::BitCast(words, chosen), hn::LoadU(words, group.weights[place]));
 }
 
+#if HWY_CAP_GE256
+using WindowWords = hn::FixedTag<std::uint16_t, 16>;
+
+/// Two windows side by side.
+inline hn::Vec<hn::Repartition<std::uint8_t, WindowWords>> WindowBytes(const unsigned char* bytes,
+                                                                       const WindowGroup& group,
+                                                                       std::size_t place) {
+    const hn::FixedTag<std::uint8_t, 16> octets;
+    return hn::Combine(hn::Repartition<std::uint8_t, WindowWords>(),
+                       hn::LoadU(octets, bytes + group.starts[place + 1]),
+                       hn::LoadU(octets, bytes + group.starts[place]));
+}
+#else
+using WindowWords = hn::FixedTag<std::uint16_t, 8>;
+
+inline hn::Vec<hn::Repartition<std::uint8_t, WindowWords>> WindowBytes(const unsigned char* bytes,
+                                                                       const WindowGroup& group,
+                                                                       std::size_t place) {
+    return hn::LoadU(hn::Repartition<std::uint8_t, WindowWords>(), bytes + group.starts[place]);
+}
+#endif
+
 void PairsByWindow(const HorizontalPlan& plan, const unsigned char* bytes, std::uint16_t* row) {
-    const hn::FixedTag<std::uint16_t, 8> words;
-    const PairWindow* windows = plan.windows.data();
-    const std::uint32_t* starts = plan.windowStarts.data();
-    for (std::size_t i = 0; i < plan.windows.size(); i += 2, row += 8) {
-        const auto first = WindowProducts(words, windows[i], bytes + starts[i]);
-        const auto second = WindowProducts(words, windows[i + 1], bytes + starts[i + 1]);
-        hn::StoreU(hn::Add(hn::ConcatLowerLower(words, second, first),
-                           hn::ConcatUpperUpper(words, second, first)),
-                   words, row);
+    const WindowWords words;
+    const hn::Repartition<std::uint64_t, WindowWords> fours;
+    constexpr std::size_t kAtOnce = hn::MaxLanes(WindowWords()) / 8;
+    const auto productsAt = [&](const WindowGroup& group, std::size_t place) HWY_ATTR {
+        const auto products = WindowProducts(words, WindowBytes(bytes, group, place), group, place);
+        return hn::BitCast(fours, products);
+    };
+    for (const WindowGroup& group : plan.groups) {
+        for (std::size_t i = 0; i < 2; i += kAtOnce, row += 8 * kAtOnce) {
+            const auto first = productsAt(group, i);
+            const auto second = productsAt(group, i + 2);
+            const auto lefts = hn::InterleaveLower(fours, first, second);
+            const auto rights = hn::InterleaveUpper(fours, first, second);
+            hn::StoreU(hn::Add(hn::BitCast(words, lefts), hn::BitCast(words, rights)), words, row);
+        }
     }
 }
 #else
@@ -86,7 +114,7 @@ void PairsByWindow(const HorizontalPlan& plan, const unsigned char* bytes, std::
 #endif
 
 void Horizontal(const HorizontalPlan& plan, const unsigned char* bytes, std::uint16_t* row) {
-    plan.windows.empty() ? PairsOneByOne(plan, bytes, row) : PairsByWindow(plan, bytes, row);
+    plan.groups.empty() ? PairsOneByOne(plan, bytes, row) : PairsByWindow(plan, bytes, row);
 }
 
 void Vertical(const std::uint16_t* upper, const std::uint16_t* lower, std::uint16_t lowerWeight,

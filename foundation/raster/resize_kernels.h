@@ -16,11 +16,20 @@ namespace quorvex {
 inline constexpr int kResizeWeightBits = 15;
 inline constexpr std::uint16_t kWholeWeight = 1U << kResizeWeightBits;
 
-/// Four destination samples whose source bytes lie in one window of 16 bytes.
-struct PairWindow {
-    std::uint8_t
-        shuffle[16];  ///< bytes of the window as the high halves of 8 words: 4 left, 4 right
-    std::uint16_t weights[8];
+/// Sixteen destination samples: four each from four windows of 16 source bytes.
+///
+/// Windows 0 and 2 lie side by side, as do 1 and 3, so that halves of two wide vectors put together
+/// have their samples in order.
+struct WindowGroup {
+    static constexpr std::size_t kWindows = 4;
+    /// Where a group keeps window `i`.
+    [[nodiscard]] static constexpr std::size_t Place(std::size_t i) noexcept {
+        return i % 2 * 2 + i / 2;
+    }
+    /// Bytes of a window as the high halves of 8 words: 4 left, 4 right.
+    std::uint8_t shuffle[kWindows][16];
+    std::uint16_t weights[kWindows][8];
+    std::uint32_t starts[kWindows];  ///< of the windows in the row
 };
 
 /// What the horizontal pass of one image reads, row for row: for each destination sample two source
@@ -29,9 +38,7 @@ struct HorizontalPlan {
     std::vector<std::uint32_t> lefts;
     std::uint32_t toRight = 0;               ///< from the first byte to the second, in every pair
     std::vector<std::uint16_t> leftWeights;  ///< padded as rows are
-    /// Empty where some four samples do not fit a window; else two for each eight of them.
-    std::vector<PairWindow> windows;
-    std::vector<std::uint32_t> windowStarts;
+    std::vector<WindowGroup> groups;         ///< empty where some four samples do not fit a window
 };
 
 /// Numbers that a row between the passes must have room for: whole vectors are written.
