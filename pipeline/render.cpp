@@ -105,15 +105,18 @@ QUORVEX_MESSAGE CXDIPP::Render() {
             DisplayTable(*windowing, valueRange, WidthToRead(bytesPerPixel, job.bitsStored));
         if (table.empty()) return QVM_ERROR_NO_IMAGE;
         if (inverse != 0) Complement(table);
-        PixelBlock result = NewPixelBlock(*bytes);
+        // A job that fails has left its output as it was.
+        const bool isAgain = resultImage.data && resultImage.size == *bytes;
+        PixelBlock fresh = isAgain ? PixelBlock{} : NewPixelBlock(*bytes);
         job.lut = table.data();
-        job.output = result.data.get();
+        job.lutCount = static_cast<int>(table.size());
+        job.output = (isAgain ? resultImage : fresh).data.get();
         std::unique_ptr<ShutteredLayers> shuttered;
         if (shutterShown != 0 && presentation) shuttered = PutShutter(job, *presentation);
         if (!IsEmpty(*size) && CXImageCreator().GetImageWithInfo(job) != 0) {
             return QVM_ERROR_NO_IMAGE;
         }
-        resultImage = std::move(result);
+        if (!isAgain) resultImage = std::move(fresh);
         resultSize = *size;
         renderedPixelSize = pixelSize;
         renderedView = {imageSize, EffectiveAspectRatio(), QuarterTurns(), horizontalFlip != 0};

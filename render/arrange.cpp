@@ -48,8 +48,10 @@ void CXImageCreator::ResizeInto(const _IMAGE_INFO& info, unsigned char* destinat
                         UsableAspectRatio(info.aspectRatio) * scale,
                         outputPixelSize});
     if (!resizer.IsUsable()) return Blacken(destination, size, outputPixelSize);
-    resizer.Run([this, &info](int y) { return Render(info, workRoi.top + y); },
-                {destination, RowStep(size, outputPixelSize), size, outputPixelSize});
+    const auto rowAt = [this, &info](int y, int soon) {
+        return Render(info, workRoi.top + y, workRoi.top + soon);
+    };
+    resizer.Run(rowAt, {destination, RowStep(size, outputPixelSize), size, outputPixelSize});
 }
 
 void CXImageCreator::ApplyOverlay(const _IMAGE_INFO& info, int row) {

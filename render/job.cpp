@@ -1,3 +1,4 @@
+#include "foundation/raster/word_ramp.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "quorvex/CXWindowing.h"
@@ -5,6 +6,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <span>
 
 namespace quorvex {
 namespace {
@@ -12,6 +14,9 @@ namespace {
 constexpr unsigned int kDisplayTable = 0;
 constexpr unsigned int kDisplayCount = 2;
 constexpr unsigned int kDisplayFirst = 4;
+
+/// A job of fewer pixels is done before a ramp is found.
+constexpr std::int64_t kFewPixels = 65536;
 
 bool HasUsableSizes(const _IMAGE_INFO& info) {
     if (info.imageWidth < 1 || info.imageHeight < 1) return false;
@@ -66,6 +71,8 @@ std::size_t RowBytes(const _IMAGE_INFO& info, int pixelSize) {
 
 }  // namespace
 
+CXImageCreator::CXImageCreator() = default;
+
 // Between jobs there is no buffer, and nobody copies an object in the middle of one.
 CXImageCreator::CXImageCreator(const CXImageCreator& other) noexcept
     : workPixelSize(other.workPixelSize), scale(other.scale) {}
@@ -94,6 +101,7 @@ void CXImageCreator::ReleaseBuffers() noexcept {
     workLut.reset();
     compositeImage.reset();
     valueTable = nullptr;
+    ramp.reset();
 }
 
 int CXImageCreator::PrepareRender(_IMAGE_INFO& info) {
@@ -106,7 +114,10 @@ int CXImageCreator::PrepareRender(_IMAGE_INFO& info) {
     if (IsComposite(info)) compositeImage = ZeroedBlock(2 * RowBytes(info, kColourBytes));
     valueTable = info.lut;
     valueTableStart = info.lutOffset;
-    return IsColour(info) || info.lut != nullptr ? kJobDone : FetchLut(info);
+    if (IsColour(info)) return kJobDone;
+    if (info.lut == nullptr) return FetchLut(info);
+    FindRamp(info, info.lutCount);
+    return kJobDone;
 }
 
 /// Takes the table as it stands and widens it to every value that a pixel can have: those outside
@@ -132,7 +143,18 @@ int CXImageCreator::FetchLut(_IMAGE_INFO& info) {
     info.lut = workLut.get();
     valueTable = workLut.get();
     valueTableStart = lowest;
+    FindRamp(info, highest - lowest + 1);
     return kJobDone;
+}
+
+void CXImageCreator::FindRamp(const _IMAGE_INFO& info, int tableCount) {
+    const bool hasEveryWord = tableCount >= static_cast<int>(kWords) &&
+                              (valueTableStart == 0 || valueTableStart == INT16_MIN);
+    if (info.bytesPerPixel != 2 || info.bitsStored == 8 || !hasEveryWord) return;
+    if (std::int64_t{workRoi.Width()} * workRoi.Height() < kFewPixels) return;
+    const auto found = RampOfTable(std::span<const std::uint8_t, kWords>(valueTable, kWords),
+                                   static_cast<std::uint16_t>(valueTableStart));
+    if (found) ramp = std::make_unique<const WordRamp>(*found);
 }
 
 unsigned char* CXImageCreator::WorkRow(const _IMAGE_INFO& info, int row) const noexcept {
@@ -144,15 +166,15 @@ unsigned char* CXImageCreator::CompositeRow(const _IMAGE_INFO& info, int row) co
 }
 
 /// Makes one row of the image that is to be resized, and gives its first pixel inside the region.
-const unsigned char* CXImageCreator::Render(const _IMAGE_INFO& info, int row) {
+const unsigned char* CXImageCreator::Render(const _IMAGE_INFO& info, int row, int soon) {
     if (IsColour(info)) {
-        RenderColorImage(info, row);
+        RenderColorImage(info, row, soon);
     } else if (info.bytesPerPixel == 1) {
-        RawImg2PValue(info, row);
+        RawImg2PValue(info, row, soon);
     } else if (info.bitsStored == 8) {
-        RawImg2PValue16Half(info, row);
+        RawImg2PValue16Half(info, row, soon);
     } else {
-        RawImg2PValue16(info, row);
+        RawImg2PValue16(info, row, soon);
     }
     if (info.renderMode == kRenderOverlay) ApplyOverlay(info, row);
     if (IsComposite(info)) RenderSuppPal(info, row);

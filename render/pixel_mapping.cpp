@@ -1,3 +1,4 @@
+#include "foundation/raster/word_ramp.h"
 #include "render/job_rules.h"
 
 #include <cstdint>
@@ -41,11 +42,18 @@ struct ByteTable {
     [[nodiscard]] unsigned char Of(int value) const { return entries[value - first]; }
 };
 
-// Most of a job's time is spent here.
+// Most of a job's time is spent here. The memory would keep it waiting for every row if that were
+// not asked for ahead of its time.
 template <class Reader>
-void MapPlain(const unsigned char* source, ByteTable table, unsigned char* to, std::size_t count) {
+void MapPlain(const unsigned char* source, const unsigned char* soon, ByteTable table,
+              unsigned char* to, std::size_t count) {
+    constexpr std::size_t kLine = 64 / Reader::kBytes;
+    for (std::size_t i = 0; i < count;) {
+        const std::size_t end = std::min(i + kLine, count);
+        __builtin_prefetch(soon + i * Reader::kBytes);
 #pragma GCC unroll 8
-    for (std::size_t i = 0; i < count; ++i) to[i] = table.Of(Reader::At(source, i));
+        for (; i < end; ++i) to[i] = table.Of(Reader::At(source, i));
+    }
 }
 
 template <class Reader>
@@ -56,39 +64,55 @@ void MapMasked(const unsigned char* source, ByteTable table, unsigned char* to, 
     }
 }
 
+void Hide(const unsigned char* mask, unsigned char hidden, unsigned char* to, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) to[i] = mask[i] != 0 ? hidden : to[i];
+}
+
 }  // namespace
 
 template <class Reader>
-void CXImageCreator::MapRow(const _IMAGE_INFO& info, int row) {
+void CXImageCreator::MapRow(const _IMAGE_INFO& info, int row, int soon) {
     const std::size_t pixel = SourcePixel(info, row, workRoi.left);
     const unsigned char* const source = info.pixels + pixel * Reader::kBytes;
     const auto count = static_cast<std::size_t>(workRoi.Width());
     const ByteTable table{valueTable, valueTableStart};
     unsigned char* const to = WorkRow(info, row) + workRoi.left;
     if (info.shutterMask == nullptr) {
-        MapPlain<Reader>(source, table, to, count);
+        const std::size_t next = SourcePixel(info, soon, workRoi.left);
+        MapPlain<Reader>(source, info.pixels + next * Reader::kBytes, table, to, count);
     } else {
         MapMasked<Reader>(source, table, to, count, info.shutterMask + pixel,
                           static_cast<unsigned char>(info.shutterValue));
     }
 }
 
-void CXImageCreator::RawImg2PValue(const _IMAGE_INFO& info, int row) {
-    MapRow<Byte>(info, row);
+void CXImageCreator::MapRowByRamp(const _IMAGE_INFO& info, int row, int soon) {
+    const std::size_t pixel = SourcePixel(info, row, workRoi.left);
+    const std::size_t next = SourcePixel(info, soon, workRoi.left);
+    const auto count = static_cast<std::size_t>(workRoi.Width());
+    unsigned char* const to = WorkRow(info, row) + workRoi.left;
+    MapByRamp(*ramp, info.pixels + 2 * pixel, info.pixels + 2 * next, to, count);
+    if (info.shutterMask == nullptr) return;
+    Hide(info.shutterMask + pixel, static_cast<unsigned char>(info.shutterValue), to, count);
 }
 
-void CXImageCreator::RawImg2PValue16(const _IMAGE_INFO& info, int row) {
-    info.lutOffset < 0 ? MapRow<WordOf<std::int16_t>>(info, row)
-                       : MapRow<WordOf<std::uint16_t>>(info, row);
+void CXImageCreator::RawImg2PValue(const _IMAGE_INFO& info, int row, int soon) {
+    MapRow<Byte>(info, row, soon);
 }
 
-void CXImageCreator::RawImg2PValue16Half(const _IMAGE_INFO& info, int row) {
-    info.lutOffset < 0 ? MapRow<LowByteOf<std::int8_t>>(info, row)
-                       : MapRow<LowByteOf<std::uint8_t>>(info, row);
+void CXImageCreator::RawImg2PValue16(const _IMAGE_INFO& info, int row, int soon) {
+    if (ramp) return MapRowByRamp(info, row, soon);
+    info.lutOffset < 0 ? MapRow<WordOf<std::int16_t>>(info, row, soon)
+                       : MapRow<WordOf<std::uint16_t>>(info, row, soon);
+}
+
+void CXImageCreator::RawImg2PValue16Half(const _IMAGE_INFO& info, int row, int soon) {
+    info.lutOffset < 0 ? MapRow<LowByteOf<std::int8_t>>(info, row, soon)
+                       : MapRow<LowByteOf<std::uint8_t>>(info, row, soon);
 }
 
 /// Red, green, blue become blue, green, red, as bitmaps have them. Without a table all stays black.
-void CXImageCreator::RenderColorImage(const _IMAGE_INFO& info, int row) {
+void CXImageCreator::RenderColorImage(const _IMAGE_INFO& info, int row, int /*soon*/) {
     if (info.lut == nullptr) return;
     const unsigned char* from = info.pixels + SourcePixel(info, row, workRoi.left) * kColourBytes;
     unsigned char* to = WorkRow(info, row) + std::ptrdiff_t{workRoi.left} * kColourBytes;

@@ -9,6 +9,7 @@
 namespace quorvex {
 
 class CXWindowing;
+struct WordRamp;
 
 /// Values of `_IMAGE_INFO::renderMode`.
 inline constexpr int kRenderPlain = 0;
@@ -62,6 +63,9 @@ struct _IMAGE_INFO {
     CXWindowing* windowing = nullptr;  ///< read only when `lut` is null
     double aspectRatio = 1.0;          ///< height of one pixel over its width; 0 counts as 1
     unsigned short bitsStored = 8;     ///< 8: only the low byte of a 2-byte pixel is its value
+    /// Entries of `lut`, or 0. Not needed; a job that knows that the table has an entry for every
+    /// word (65,536 from 0, or from -32,768) works out a plain window faster than it looks it up.
+    int lutCount = 0;
 };
 
 /// Question of `CXImageCreator::GetOutputSize`.
@@ -91,7 +95,7 @@ struct _ROI_INFO {
 /// destination pixel i samples the source at (i + 0.5) / factor - 0.5, held inside `roi`.
 class QUORVEX_API CXImageCreator {
 public:
-    CXImageCreator() = default;
+    CXImageCreator();
     CXImageCreator(const CXImageCreator& other) noexcept;
     CXImageCreator& operator=(const CXImageCreator& other) noexcept;
     virtual ~CXImageCreator();
@@ -134,16 +138,18 @@ private:
     int RunStages(_IMAGE_INFO& info);
     int PrepareRender(_IMAGE_INFO& info);
     int FetchLut(_IMAGE_INFO& info);
-    const unsigned char* Render(const _IMAGE_INFO& info, int row);
+    void FindRamp(const _IMAGE_INFO& info, int tableCount);
+    const unsigned char* Render(const _IMAGE_INFO& info, int row, int soon);
     void ReleaseBuffers() noexcept;
 
-    void RawImg2PValue(const _IMAGE_INFO& info, int row);
-    void RawImg2PValue16(const _IMAGE_INFO& info, int row);
-    void RawImg2PValue16Half(const _IMAGE_INFO& info, int row);
-    void RenderColorImage(const _IMAGE_INFO& info, int row);
+    void RawImg2PValue(const _IMAGE_INFO& info, int row, int soon);
+    void RawImg2PValue16(const _IMAGE_INFO& info, int row, int soon);
+    void RawImg2PValue16Half(const _IMAGE_INFO& info, int row, int soon);
+    void RenderColorImage(const _IMAGE_INFO& info, int row, int soon);
     void RenderSuppPal(const _IMAGE_INFO& info, int row);
     template <class Reader>
-    void MapRow(const _IMAGE_INFO& info, int row);
+    void MapRow(const _IMAGE_INFO& info, int row, int soon);
+    void MapRowByRamp(const _IMAGE_INFO& info, int row, int soon);
     unsigned char* WorkRow(const _IMAGE_INFO& info, int row) const noexcept;
     unsigned char* CompositeRow(const _IMAGE_INFO& info, int row) const noexcept;
 
@@ -166,6 +172,7 @@ private:
     CRect workRoi;                              ///< the record's `roi`, cut to the image
     const unsigned char* valueTable = nullptr;  ///< `workLut` or the record's `lut`
     int valueTableStart = 0;                    ///< stored value of its first entry
+    std::unique_ptr<const WordRamp> ramp;       ///< `valueTable` worked out, where that can be
 };
 
 }  // namespace quorvex

@@ -136,6 +136,30 @@ TEST(RenderJob, IsMapResizeMirrorTurn) {
     }
 }
 
+// A window in a table whose length is told, as for a caller who does not tell.
+TEST(RenderJob, KnowingTheTableMakesNoDifference) {
+    auto words = NoiseImage<std::uint16_t>({300, 250}, 1, 41);
+    auto mask = NoiseImage({300, 250}, 1, 42);
+    Bytes table(65536);
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        table[i] = static_cast<unsigned char>(std::clamp((int(i) - 9000) * 255 / 40000, 0, 255));
+    }
+    for (const int lutOffset : {0, -32768}) {
+        for (unsigned char* const hidden :
+             {static_cast<unsigned char*>(nullptr), mask.samples.data()}) {
+            Job plain(words, {200, 100}, 1, table.data());
+            plain.info.lutOffset = lutOffset;
+            plain.info.shutterMask = hidden;
+            plain.info.shutterValue = 7;
+            Job told = plain;
+            told.info.lutCount = 65536;
+            ASSERT_EQ(plain.Run(), 0);
+            ASSERT_EQ(told.Run(), 0);
+            EXPECT_EQ(told.output, plain.output) << lutOffset;
+        }
+    }
+}
+
 TEST(RenderJob, ReadsWordsAsTheTableSays) {
     Image16 image({4, 3}, 1, 0);
     image.samples = {0xFFFF, 0x1280, 0x0003, 0x7F7F, 0, 0, 0, 0, 1, 2, 3, 4};
