@@ -8,7 +8,10 @@ namespace {
 constexpr int kGeneralAllocator = 1;
 
 unsigned char* TakeBlock(std::size_t size, int allocMode) {
-    return allocMode == kGeneralAllocator ? HeapBlock(size).Release() : PageBlock(size).Release();
+    if (allocMode != kGeneralAllocator) return PageBlock(size).Release();
+    HeapBlock block(size);
+    WillBeFilled(block.Data(), size);
+    return block.Release();
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "pipeline/stored_elements.h"
 
+#include "foundation/platform/pages.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
 #include "pipeline/element_access.h"
@@ -115,7 +116,9 @@ PixelBlock NewPixelBlock(std::size_t size) {
         RefuseBy(Limit::kLargestBlock);
         throw std::bad_alloc();
     }
-    return {std::unique_ptr<unsigned char[]>(new unsigned char[size]), size};
+    PixelBlock block{std::unique_ptr<unsigned char[]>(new unsigned char[size]), size};
+    WillBeFilled(block.data.get(), size);
+    return block;
 }
 
 ElementFrame StoredElements(PixelBlock frame, const StoredLayout& layout) {

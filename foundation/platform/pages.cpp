@@ -1,5 +1,6 @@
 #include "foundation/platform/pages.h"
 
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <sys/mman.h>
@@ -14,7 +15,17 @@ std::size_t PageBytes() noexcept {
     return bytes;
 }
 
+constexpr std::uintptr_t kLargePageBytes = std::uintptr_t{1} << 21;
+
 }  // namespace
+
+void WillBeFilled(unsigned char* block, std::size_t size) noexcept {
+    const auto start = reinterpret_cast<std::uintptr_t>(block);
+    const std::uintptr_t first = (start + kLargePageBytes - 1) & ~(kLargePageBytes - 1);
+    const std::uintptr_t end = (start + size) & ~(kLargePageBytes - 1);
+    // Without large pages small ones do: a refusal is no failure.
+    if (first < end) madvise(block + (first - start), end - first, MADV_HUGEPAGE);
+}
 
 unsigned char* TakePages(std::size_t size) {
     const std::size_t page = PageBytes();
@@ -23,6 +34,7 @@ unsigned char* TakePages(std::size_t size) {
     void* mapping =
         mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapping == MAP_FAILED) throw std::bad_alloc();
+    WillBeFilled(static_cast<unsigned char*>(mapping), length);
     std::memcpy(mapping, &length, sizeof length);
     return static_cast<unsigned char*>(mapping) + page;
 }

@@ -12,6 +12,10 @@ namespace quorvex {
 /// Throws std::bad_alloc. Give it back with ReleasePages().
 [[nodiscard]] unsigned char* TakePages(std::size_t size);
 
+/// Tells the system that a new block will be filled from end to end. It may come in large pages
+/// then, as pages of TakePages() do: one fault for 2 MiB instead of one for every 4 KiB.
+void WillBeFilled(unsigned char* block, std::size_t size) noexcept;
+
 /// Blocks that a caller releases with ReleasePages(). Their bytes start at 0.
 struct PageAllocator {
     static unsigned char* Take(std::size_t size) { return TakePages(size); }
