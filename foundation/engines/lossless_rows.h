@@ -3,6 +3,7 @@
 
 #include "foundation/engines/lossless_tables.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -32,14 +33,19 @@ public:
     using Tables = std::array<const LosslessTable*, 3>;
 
     LosslessRows(const Tables& tables, std::size_t pixels) noexcept
-        : tables_(tables), pixels_(pixels) {}
+        : tables_(tables),
+          samples_(pixels * Components),
+          mayPair_(tables[0]->HasPairs() &&
+                   std::all_of(tables.begin(), tables.begin() + Components,
+                               [&](const auto* table) { return table == tables[0]; })) {}
 
     [[nodiscard]] bool Read(LosslessBits& reader, LosslessPixel& first,
                             unsigned char* row) noexcept override {
         const bool isWhole =
             rowsByCode_ == 0 ? ReadShort(reader, first, row) : ReadLong(reader, first, row);
+        if (!isWhole) return false;
         for (std::size_t i = 0; i < Components; ++i) first[i] = Load(row, i);
-        return isWhole;
+        return true;
     }
 
 private:
@@ -73,21 +79,16 @@ private:
     [[nodiscard]] bool ReadShort(LosslessBits& given, const Values& values,
                                  unsigned char* row) noexcept {
         Progress now{.reader = given, .values = values};
-        const bool mayPair = Components == 1 && tables_[0]->HasPairs();
-        if (mayPair && !ReadPairs(now, row)) return false;
-        if (!ReadWholes(now, row)) return false;
-        const std::size_t samples = pixels_ * Components;
-        if (now.misses * kSymbolsPerMiss > samples) rowsByCode_ = kRowsByCode;
-        const bool isWhole =
-            ReadOneByOne(now.reader, now.values, row, now.place, samples - now.place);
+        const bool isWhole = mayPair_ ? ReadPairs(now, row) : ReadWholes(now, row);
+        if (now.misses * kSymbolsPerMiss > samples_) rowsByCode_ = kRowsByCode;
         given = now.reader;
+        if (isWhole && mayPair_ && Components > 1) AddUp(values, row);
         return isWhole;
     }
 
     [[nodiscard]] bool ReadWholes(Progress& given, unsigned char* row) const noexcept {
         Progress now = given;
-        const std::size_t samples = pixels_ * Components;
-        for (; now.place + kGroup <= samples;) {
+        for (; now.place + kGroup <= samples_;) {
             now.reader.Refill();
             std::uint64_t bits = now.reader.bits;
             std::array<std::uint32_t, kGroup> entries;
@@ -118,47 +119,78 @@ private:
             now.place += kGroup;
         }
         given = now;
-        return true;
+        return ReadOneByOne(given.reader, given.values, row, now.place, samples_ - now.place);
     }
 
-    /// All but the last samples of a row of grey.
-    [[nodiscard]] bool ReadPairs(Progress& given, unsigned char* row) const noexcept {
+    /// A row of one table. Of colours, differences alone: a pair has two of three.
+    [[nodiscard]] bool ReadPairs(Progress& now, unsigned char* row) const noexcept {
+        return ReadPairsBy<4>(now, row) && ReadPairsBy<1>(now, row) &&
+               ReadAlone(now, row, samples_ - now.place);
+    }
+
+    /// As far as there is room for all of `LookUps` pairs.
+    template <std::size_t LookUps>
+    [[nodiscard]] bool ReadPairsBy(Progress& given, unsigned char* row) const noexcept {
+        static_assert(LookUps * LosslessTable::kBits <= 56);
         Progress now = given;
         const LosslessTable& table = *tables_[0];
-        std::uint32_t& value = now.values[0];
-        while (now.place + 2 * kGroup <= pixels_) {
+        const auto put = [&now, row](std::size_t place, std::uint32_t difference) {
+            now.values[0] = (Components == 1 ? now.values[0] : 0) + difference;
+            Store(row, place, now.values[0]);
+        };
+        while (now.place + 2 * LookUps <= samples_) {
             now.reader.Refill();
             std::uint32_t sum = 0;
             std::uint32_t pair = 0;
 #pragma GCC unroll 4
-            for (std::size_t i = 0; i < kGroup; ++i) {
+            for (std::size_t i = 0; i < LookUps; ++i) {
                 pair = table.Pair(now.reader.bits);
                 now.reader.bits <<= pair & LosslessTable::kLengthMask;
                 sum += pair;
-                value += LosslessTable::FirstOf(pair);
-                Store(row, now.place, value);
-                value += LosslessTable::SecondOf(pair);
-                Store(row, now.place + 1, value);
+                put(now.place, LosslessTable::FirstOf(pair));
+                put(now.place + 1, LosslessTable::SecondOf(pair));
                 now.place += LosslessTable::CountOf(pair);
             }
             now.reader.held -= sum & LosslessTable::kLengthMask;
             // What does not fit stays, and so do all look-ups behind it.
             if (pair == 0) {
                 Progress slow = now;
-                if (!ReadMissed(slow, row, 1)) return false;
+                if (!ReadAlone(slow, row, 1)) return false;
                 now = slow;
+                ++now.misses;
             }
         }
         given = now;
         return true;
     }
 
+    /// As pairs are read, but one by one.
+    [[nodiscard]] bool ReadAlone(Progress& now, unsigned char* row,
+                                 std::size_t count) const noexcept {
+        for (; count > 0; --count, ++now.place) {
+            const auto difference = tables_[0]->ReadOne(now.reader);
+            if (!difference) return false;
+            now.values[0] = (Components == 1 ? now.values[0] : 0) + *difference;
+            Store(row, now.place, now.values[0]);
+        }
+        return true;
+    }
+
+    void AddUp(Values values, unsigned char* row) const noexcept {
+        for (std::size_t place = 0; place < samples_; place += Components) {
+#pragma GCC unroll 4
+            for (std::size_t i = 0; i < Components; ++i) {
+                values[i] += Load(row, place + i);
+                Store(row, place + i, values[i]);
+            }
+        }
+    }
+
     [[nodiscard]] bool ReadLong(LosslessBits& given, Values values, unsigned char* row) noexcept {
         --rowsByCode_;
         LosslessBits reader = given;
         std::size_t place = 0;
-        const std::size_t samples = pixels_ * Components;
-        for (; place + kGroup <= samples; place += kGroup) {
+        for (; place + kGroup <= samples_; place += kGroup) {
 #pragma GCC unroll 4
             for (std::size_t i = 0; i < kGroup; ++i) {
                 if (i % 2 == 0) reader.Refill();
@@ -177,7 +209,7 @@ private:
                 Store(row, place + i, value);
             }
         }
-        const bool isWhole = ReadOneByOne(reader, values, row, place, samples - place);
+        const bool isWhole = ReadOneByOne(reader, values, row, place, samples_ - place);
         given = reader;
         return isWhole;
     }
@@ -204,7 +236,8 @@ private:
     }
 
     Tables tables_;
-    std::size_t pixels_;
+    std::size_t samples_;
+    bool mayPair_;
     int rowsByCode_ = 0;
 };
 

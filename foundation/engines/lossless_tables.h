@@ -40,7 +40,7 @@ struct LosslessBits {
 /// not mind long differences.
 class LosslessTable {
 public:
-    static constexpr unsigned kBits = 12;         ///< looked up at once
+    static constexpr unsigned kBits = 13;         ///< looked up at once
     static constexpr std::uint32_t kMiss = 0x80;  ///< in an entry's low byte: does not fit
     static constexpr unsigned kLengthMask = 63;
 
