@@ -25,6 +25,7 @@ ByteVector HeadFrom(const std::uint8_t* facts) {
     shape.pointTransform = facts[5] % 4 == 0 ? facts[5] / 4 % shape.precision : 0;
     shape.rowsInInterval = facts[6] % 8;
     shape.tablesFirst = facts[7] % 2 == 0;
+    shape.oneTable = facts[6] % 64 < 48;
     for (auto& table : shape.tables) table = testing::RandomTable(random);
     return testing::LosslessWriter(shape).Head();
 }

@@ -30,6 +30,7 @@ LosslessShape RandomShape(std::minstd_rand& random) {
     if (pick(3) == 0) shape.pointTransform = pick(shape.precision);
     if (pick(2) == 0) shape.rowsInInterval = 1 + pick(5);
     shape.tablesFirst = pick(2) == 0;
+    shape.oneTable = pick(2) == 0;
     shape.fillsPerMarker = static_cast<unsigned>(pick(3));
     for (auto& table : shape.tables) table = testing::RandomTable(random);
     return shape;

@@ -18,6 +18,7 @@ struct LosslessShape {
     int pointTransform = 0;
     int rowsInInterval = 0;
     bool tablesFirst = false;                      ///< ahead of the frame header
+    bool oneTable = false;                         ///< the first serves all components
     unsigned fillsPerMarker = 0;                   ///< bytes of 0xFF ahead of a restart marker
     std::array<LosslessTableSegment, 3> tables{};  ///< of the components
 };
@@ -87,7 +88,7 @@ private:
     }
 
     void PutTables() {
-        for (int i = 0; i < shape_.samples; ++i) {
+        for (int i = 0; i < (shape_.oneTable ? 1 : shape_.samples); ++i) {
             const auto& table = shape_.tables[static_cast<std::size_t>(i)];
             int codes = 0;
             for (const int count : table.counts) codes += count;
@@ -105,7 +106,9 @@ private:
     }
     void PutScan() {
         Put({0xFF, 0xDA, 0, Low(6 + 2 * shape_.samples), Low(shape_.samples)});
-        for (int i = 0; i < shape_.samples; ++i) Put({Low(i + 1), Low(i << 4)});
+        for (int i = 0; i < shape_.samples; ++i) {
+            Put({Low(i + 1), Low(shape_.oneTable ? 0 : i << 4)});
+        }
         Put({1, 0, Low(shape_.pointTransform)});
     }
 
@@ -124,7 +127,7 @@ private:
         const auto bits = static_cast<std::int16_t>(difference);
         const unsigned category =
             static_cast<unsigned>(std::bit_width(static_cast<unsigned>(std::abs(bits))));
-        PutCode(shape_.tables[component], category);
+        PutCode(shape_.tables[shape_.oneTable ? 0 : component], category);
         if (category == 0 || category == 16) return;
         PutBits(static_cast<unsigned>(bits < 0 ? bits - 1 : bits) & ((1U << category) - 1),
                 category);
