@@ -7,11 +7,11 @@ FILE ?=
 # ON makes every warning an error.
 WERROR ?= OFF
 
-.PHONY: run test bench fuzz asan format install clean build
+.PHONY: run test bench fuzz asan tsan soak corpus-asan memcheck format install clean build
 
 build:
 	@cmake --preset $(PRESET) -DCMAKE_COMPILE_WARNING_AS_ERROR=$(WERROR) $(CMAKE_ARGS) >/dev/null
-	@cmake --build --preset $(PRESET)
+	@cmake --build --preset $(PRESET) $(BUILD_ARGS)
 
 # Renders the samples, and larger ones that it makes, or FILE=...
 run:
@@ -27,6 +27,32 @@ test:
 # The same tests under the address and undefined-behaviour sanitizers.
 asan:
 	@$(MAKE) --no-print-directory test PRESET=asan
+
+# Eight threads on every real file under the thread sanitizer.
+tsan:
+	@scripts/install_packages.sh test
+	@$(MAKE) --no-print-directory build PRESET=tsan BUILD_ARGS="--target quorvex_threads"
+	@scripts/run_stress.sh threads build/tsan
+
+# Opens, renders, converts and drops so many objects, and ends with the memory it began with.
+SOAK_OBJECTS ?= 20000
+soak:
+	@scripts/install_packages.sh test
+	@$(MAKE) --no-print-directory build BUILD_ARGS="--target quorvex_soak"
+	@scripts/run_stress.sh soak $(BUILD) $(SOAK_OBJECTS)
+
+# Every real file through every verb of the command under sanitizers; SHARE=1/8 takes an eighth of them.
+SHARE ?= 1/1
+corpus-asan:
+	@scripts/install_packages.sh test
+	@$(MAKE) --no-print-directory build PRESET=asan BUILD_ARGS="--target quorvex"
+	@scripts/run_stress.sh verbs build/asan $(SHARE)
+
+# No output depends on uninitialised memory: two fillings of the heap, and valgrind on a small set.
+memcheck:
+	@scripts/install_packages.sh memcheck
+	@$(MAKE) --no-print-directory build BUILD_ARGS="--target quorvex"
+	@scripts/run_stress.sh memcheck $(BUILD) $(SHARE)
 
 bench:
 	@scripts/install_packages.sh bench

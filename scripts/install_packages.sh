@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs the Debian packages that a job needs and that are missing. Usage: install_packages.sh run|test|bench|fuzz
+# Installs the Debian packages that a job needs and that are missing. Usage: install_packages.sh run|test|bench|fuzz|memcheck
 set -eu
 job=${1:-run}
 
@@ -15,6 +15,7 @@ case $job in
     run) packages=$build ;;
     test) packages="$build $tests" ;;
     bench) packages="$build $tests $benches" ;;
+    memcheck) packages="$build $tests valgrind" ;;
     fuzz) packages="$build $fuzzers" ;;
     *) echo "install_packages.sh: unknown job '$job'" >&2; exit 2 ;;
 esac

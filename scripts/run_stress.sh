@@ -1,0 +1,48 @@
+#!/bin/sh
+# Long checks on the samples and on the real files that are there.
+# Usage: run_stress.sh threads|soak|verbs|memcheck BUILD [SHARE, as in 1/8 | OBJECTS]
+set -eu
+job=$1
+build=$2
+pydicom=/usr/lib/python3/dist-packages/pydicom/data
+corpus=../shared/corpus
+
+places=samples
+for folder in "$pydicom" "$corpus/files"; do
+    if [ -d "$folder" ]; then places="$places $folder"; fi
+done
+manifest=
+if [ -f "$corpus/MANIFEST.json" ]; then manifest="--manifest $corpus/MANIFEST.json"; fi
+
+# One and more of each transfer syntax, of each depth and colour, and some that end too soon.
+memcheck_files() {
+    for name in CT_small MR_small_implicit MR_small_bigendian MR_truncated rtdose_1frame liver_1frame \
+        SC_ybr_full_422_uncompressed SC_rgb_small_odd image_dfl MR_small_RLE SC_rgb_rle_16bit \
+        rtdose_rle_1frame SC_rgb_jpeg_dcmtk SC_rgb_dcmtk_+eb+cy+s2 JPEG-lossy SC_rgb_jpeg_gdcm \
+        693_J2KI SC_rgb_gdcm_KY MR_small_jp2klossless; do
+        echo "$pydicom/test_files/$name.dcm"
+    done
+}
+
+every_verb() {
+    python3 tests/stress/every_verb.py "$build/bin/quorvex" "$@"
+}
+
+# shellcheck disable=SC2046,SC2086  # lists of paths without blanks
+case $job in
+    threads) "$build/bin/quorvex_threads" $places ;;
+    soak) GLIBC_TUNABLES=glibc.malloc.tcache_count=0 "$build/bin/quorvex_soak" "${3:-20000}" $places ;;
+    verbs) every_verb $places $manifest --share "${3:-1/1}" ;;
+    memcheck)
+        echo "-- every output the same, whatever fresh heap memory holds"
+        every_verb $places --share "${3:-1/1}" --twice
+        echo "-- valgrind"
+        every_verb samples $(memcheck_files) --share "${3:-1/1}" --cuts 85 \
+            --verbs frame,render,thumbnail,convert --limit 600 \
+            --under "valgrind --quiet --error-exitcode=99"
+        ;;
+    *)
+        echo "run_stress.sh: unknown job '$job'" >&2
+        exit 2
+        ;;
+esac
