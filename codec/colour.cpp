@@ -63,7 +63,7 @@ void ConvertWhole(const ColourFrame& frame, std::span<const unsigned char> sourc
         case ColourForm::kRgbPlanes:
             return InterleaveRgb(frame, source, rgb.data());
         case ColourForm::kRgbInterleaved:
-            std::ranges::copy(source.first(rgb.size()), rgb.begin());
+            std::copy_n(source.data(), rgb.size(), rgb.data());
             return;
         case ColourForm::kUnknown:
             return;

@@ -1,3 +1,4 @@
+#include "foundation/raster/byte_table.h"
 #include "foundation/raster/word_ramp.h"
 #include "render/job_rules.h"
 
@@ -114,13 +115,11 @@ void CXImageCreator::RawImg2PValue16Half(const _IMAGE_INFO& info, int row, int s
 /// Red, green, blue become blue, green, red, as bitmaps have them. Without a table all stays black.
 void CXImageCreator::RenderColorImage(const _IMAGE_INFO& info, int row, int /*soon*/) {
     if (info.lut == nullptr) return;
-    const unsigned char* from = info.pixels + SourcePixel(info, row, workRoi.left) * kColourBytes;
-    unsigned char* to = WorkRow(info, row) + std::ptrdiff_t{workRoi.left} * kColourBytes;
-    for (int x = workRoi.left; x < workRoi.right; ++x, from += kColourBytes, to += kColourBytes) {
-        to[0] = info.lut[from[2]];
-        to[1] = info.lut[from[1]];
-        to[2] = info.lut[from[0]];
-    }
+    const unsigned char* const from =
+        info.pixels + SourcePixel(info, row, workRoi.left) * kColourBytes;
+    unsigned char* const to = WorkRow(info, row) + std::ptrdiff_t{workRoi.left} * kColourBytes;
+    MapColoursTurned(ByteTable256(info.lut, 256), from, to,
+                     static_cast<std::size_t>(workRoi.Width()));
 }
 
 void CXImageCreator::RenderSuppPal(const _IMAGE_INFO& info, int row) {

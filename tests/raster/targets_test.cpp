@@ -1,3 +1,4 @@
+#include "foundation/raster/byte_table.h"
 #include "foundation/raster/raster.h"
 #include "foundation/raster/word_ramp.h"
 #include "tests/raster/noise_image.h"
@@ -36,6 +37,16 @@ std::vector<Image8> AllResults(int channels) {
     return results;
 }
 
+/// Every byte in every place of a pixel, through tables of noise.
+Image8 ColourResult() {
+    const auto image = NoiseImage(CSize{211, 5}, 3, 53);
+    const auto table = NoiseImage(CSize{256, 1}, 1, 54);
+    Image8 result(image.size, 3);
+    MapColoursTurned(ByteTable256(table.samples.data(), 256), image.samples.data(),
+                     result.samples.data(), image.samples.size() / 3);
+    return result;
+}
+
 /// Words of noise through ramps up and down.
 Image8 RampResult() {
     const CSize size{317, 4};
@@ -54,12 +65,14 @@ TEST(InstructionSets, AllGiveTheSamePixels) {
     for (const int channels : {1, 3}) {
         const auto expected = AllResults(channels);
         const auto expectedRamp = RampResult();
+        const auto expectedColours = ColourResult();
         for (const auto target : hwy::SupportedAndGeneratedTargets()) {
             SCOPED_TRACE(hwy::TargetName(target));
             hwy::SetSupportedTargetsForTest(target);
             hwy::GetChosenTarget().Update(hwy::SupportedTargets());
             const auto results = AllResults(channels);
             EXPECT_EQ(RampResult(), expectedRamp);
+            EXPECT_EQ(ColourResult(), expectedColours);
             hwy::SetSupportedTargetsForTest(0);
             hwy::GetChosenTarget().Update(hwy::SupportedTargets());
             for (std::size_t i = 0; i < results.size(); ++i) {

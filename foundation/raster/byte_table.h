@@ -1,0 +1,17 @@
+/// Bytes looked up in a table of 256, for whatever instructions the machine has.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace quorvex {
+
+using ByteTable256 = std::span<const std::uint8_t, 256>;
+
+/// Looks up all bytes of pixels of three bytes, and lets the first and the last one change places.
+/// The two blocks do not overlap.
+void MapColoursTurned(ByteTable256 table, const unsigned char* from, unsigned char* to,
+                      std::size_t pixels);
+
+}  // namespace quorvex
