@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace quorvex {
 
@@ -18,9 +19,17 @@ struct WindowingTable {
     std::vector<unsigned char> entries;
     std::int64_t first = 0;
 
-    [[nodiscard]] unsigned char At(std::int64_t value) const {
-        const auto last = static_cast<std::int64_t>(entries.size()) - 1;
-        return entries[static_cast<std::size_t>(std::clamp<std::int64_t>(value - first, 0, last))];
+    /// The display values of `low` and those that follow it.
+    void PutValues(std::int64_t low, std::span<unsigned char> to) const {
+        const auto size = static_cast<std::int64_t>(to.size());
+        const auto count = static_cast<std::int64_t>(entries.size());
+        const std::int64_t below = std::clamp<std::int64_t>(first - low, 0, size);
+        const std::int64_t known = std::clamp<std::int64_t>(first + count - low, below, size);
+        std::fill_n(to.begin(), below, entries.front());
+        if (known > below) {
+            std::copy_n(entries.begin() + (low + below - first), known - below, &to[0] + below);
+        }
+        std::fill(to.begin() + known, to.end(), entries.back());
     }
 };
 
@@ -34,6 +43,17 @@ WindowingTable TableOf(CXWindowing& windowing) {
     return table;
 }
 
+/// Elements are as many low bits of the values as count the table.
+void PutElements(const WindowingTable& source, std::int64_t low, std::int64_t values,
+                 std::span<unsigned char> table) {
+    const auto count = static_cast<std::int64_t>(table.size());
+    const std::int64_t element = low & (count - 1);
+    const std::int64_t ahead = std::min(values, count - element);
+    const auto places = [](std::int64_t number) { return static_cast<std::size_t>(number); };
+    source.PutValues(low, table.subspan(places(element), places(ahead)));
+    source.PutValues(low + ahead, table.first(places(values - ahead)));
+}
+
 }  // namespace
 
 std::vector<unsigned char> DisplayTable(CXWindowing& windowing, const ValueRange& range,
@@ -41,19 +61,11 @@ std::vector<unsigned char> DisplayTable(CXWindowing& windowing, const ValueRange
     const WindowingTable source = TableOf(windowing);
     if (source.entries.empty()) return {};
     const std::int64_t count = width == ElementWidth::kByte ? 256 : 65536;
-    const std::int64_t lowestAsItStands = source.first < 0 ? -count / 2 : 0;
     std::vector<unsigned char> table(static_cast<std::size_t>(count));
-    const auto elementOf = [&](std::int64_t value) {
-        return static_cast<std::size_t>(value & (count - 1));
-    };
-    for (std::int64_t i = 0; i < count; ++i) {
-        const std::int64_t value = lowestAsItStands + i;
-        table[elementOf(value)] = source.At(value);
-    }
-    const std::int64_t valuesOfFrame = std::min(range.high - range.low + 1, count);
-    for (std::int64_t i = 0; i < valuesOfFrame; ++i) {
-        table[elementOf(range.low + i)] = source.At(range.low + i);
-    }
+    PutElements(source, source.first < 0 ? -count / 2 : 0, count, table);
+    const std::int64_t valuesOfFrame =
+        std::clamp<std::int64_t>(range.high - range.low + 1, 0, count);
+    PutElements(source, range.low, valuesOfFrame, table);
     return table;
 }
 
