@@ -46,7 +46,10 @@ ConvertWish WishOf(const ConvertArguments& arguments) {
         throw WrongUsage(least == most ? "--quality has no meaning for " + arguments.target
                                        : "the quality of " + arguments.target + " is from " +
                                              std::to_string(least) + " to " + std::to_string(most));
-    return {.target = &target, .quality = quality, .isVerified = !arguments.isUnverified};
+    return {.target = &target,
+            .quality = quality,
+            .isVerified = !arguments.isUnverified,
+            .hasManifest = !arguments.manifest.empty()};
 }
 
 std::optional<std::size_t> TotalToShow(const ConvertArguments& arguments) {

@@ -104,7 +104,8 @@ void Verify(CDcmObject& source, const std::string& written, const ConvertTarget&
 void ConvertInto(const std::string& written, ConvertRecord& record, const InputFile& input,
                  const ConvertWish& wish, WorkFolder& workFolder) {
     CDcmObject source = ReadSource(input, workFolder);
-    record.source = DigestOfFile(input.path);
+    const auto describe = wish.hasManifest ? DigestOfFile : LengthOfFile;
+    record.source = describe(input.path);
     Describe(source, record);
     RefuseUnfitSource(source, *wish.target);
     {
@@ -115,7 +116,7 @@ void ConvertInto(const std::string& written, ConvertRecord& record, const InputF
     }
     record.verification = Verification::kOff;
     if (wish.isVerified) Verify(source, written, *wish.target, record);
-    record.result = DigestOfFile(written);
+    record.result = describe(written);
 }
 
 bool IsHopeless(int systemError) {

@@ -16,6 +16,7 @@ struct ConvertWish {
     const ConvertTarget* target = nullptr;
     int quality = 0;
     bool isVerified = true;
+    bool hasManifest = false;  ///< which names the digests of all files
 };
 
 /// Converts one file.

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <memory>
 #include <openssl/evp.h>
+#include <sys/stat.h>
 #include <vector>
 
 namespace quorvex::tools {
@@ -63,6 +64,12 @@ FileDigest DigestOfFile(const std::string& path) {
     if (std::ferror(file.get()) != 0) throw SystemFailure(path);
     digest.sha256 = AsHexadecimal(sha.Finish());
     return digest;
+}
+
+FileDigest LengthOfFile(const std::string& path) {
+    struct stat facts {};
+    if (stat(path.c_str(), &facts) != 0) throw SystemFailure(path);
+    return {.sha256 = {}, .bytes = static_cast<std::uint64_t>(facts.st_size)};
 }
 
 std::string DigestOfText(std::string_view text) {

@@ -8,12 +8,15 @@
 namespace quorvex::tools {
 
 struct FileDigest {
-    std::string sha256;  ///< 64 hexadecimal digits
+    std::string sha256;  ///< 64 hexadecimal digits, or none
     std::uint64_t bytes = 0;
 };
 
 /// An EnvironmentFailure where the file cannot be read to its end.
 FileDigest DigestOfFile(const std::string& path);
+
+/// The same without the digest, which reads the whole file.
+FileDigest LengthOfFile(const std::string& path);
 
 /// The 32 bytes of a text's SHA-256.
 std::string DigestOfText(std::string_view text);

@@ -4,6 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <span>
 
 namespace quorvex {
 namespace {
@@ -37,29 +41,42 @@ OpjImage MakeImage(const PegasusParameters& p) noexcept {
     return image;
 }
 
-std::int32_t Sample(const unsigned char* place, const PegasusParameters& p) noexcept {
-    if (p.bytesPerSample == 1) {
-        return p.isSigned ? static_cast<std::int8_t>(*place) : std::int32_t{*place};
-    }
-    const unsigned low = place[p.isBigEndian ? 1 : 0];
-    const unsigned high = place[p.isBigEndian ? 0 : 1];
-    const auto word = static_cast<std::uint16_t>((high << 8) | low);
-    return p.isSigned ? static_cast<std::int16_t>(word) : std::int32_t{word};
+template <class Stored>
+Stored SampleAt(const unsigned char* place, bool isBigEndian) noexcept {
+    if constexpr (sizeof(Stored) == 1) return static_cast<Stored>(*place);
+    std::uint16_t word;
+    std::memcpy(&word, place, sizeof word);
+    return static_cast<Stored>(isBigEndian ? __builtin_bswap16(word) : word);
 }
 
 // False when a sample needs more bits than are coded: it would come back as another.
-bool FillImage(opj_image_t& image, const PegasusParameters& p) noexcept {
+template <class Stored>
+bool FillComponent(std::span<OPJ_INT32> data, const unsigned char* place,
+                   const PegasusParameters& p) noexcept {
+    const std::size_t step = static_cast<std::size_t>(p.samples) * sizeof(Stored);
+    std::int32_t least = 0;
+    std::int32_t greatest = 0;
+    for (OPJ_INT32& value : data) {
+        value = SampleAt<Stored>(place, p.isBigEndian);
+        least = std::min(least, value);
+        greatest = std::max(greatest, value);
+        place += step;
+    }
     const std::int32_t span = std::int32_t{1} << p.bitDepth;
-    const std::int32_t least = p.isSigned ? -span / 2 : 0;
+    const std::int32_t lowest = p.isSigned ? -span / 2 : 0;
+    return least >= lowest && greatest < lowest + span;
+}
+
+bool FillImage(opj_image_t& image, const PegasusParameters& p) noexcept {
+    static_assert(std::endian::native == std::endian::little);
     const auto pixels = static_cast<std::size_t>(p.columns) * static_cast<std::size_t>(p.rows);
+    constexpr auto kFills = std::array{FillComponent<std::uint8_t>, FillComponent<std::int8_t>,
+                                       FillComponent<std::uint16_t>, FillComponent<std::int16_t>};
+    const auto fill = kFills[(p.bytesPerSample == 2 ? 2U : 0U) + (p.isSigned ? 1U : 0U)];
     const unsigned char* place = p.input.data();
     bool fits = true;
-    for (std::size_t pixel = 0; pixel < pixels; ++pixel) {
-        for (int c = 0; c < p.samples; ++c, place += p.bytesPerSample) {
-            const std::int32_t value = Sample(place, p);
-            fits = fits && value >= least && value < least + span;
-            image.comps[c].data[pixel] = value;
-        }
+    for (int c = 0; c < p.samples; ++c, place += p.bytesPerSample) {
+        fits = fill({image.comps[c].data, pixels}, place, p) && fits;
     }
     return fits;
 }
