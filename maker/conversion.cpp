@@ -84,6 +84,22 @@ bool EndsWithAByte(const _DCM_PIXEL_INFO& format) {
     return pixels % 8 * format.samplesPerPixel % 8 * format.bitsAllocated % 8 == 0;
 }
 
+MC_STATUS CountBytes(int, std::uint32_t, void* user, int, unsigned long length, unsigned char*, int,
+                     int) {
+    *static_cast<std::size_t*>(user) += length;
+    return kMcContinue;
+}
+
+/// Coded frames may be far smaller than pictures, but not beyond belief.
+bool ArePlausible(const CDcmObject& object, TRANSFER_SYNTAX syntax, std::size_t frameBytes,
+                  int count) {
+    const std::size_t all = frameBytes * static_cast<std::size_t>(count);
+    if (syntax < kRle || all <= kObjectForAnybody) return true;
+    std::size_t stored = 0;
+    object.GetValueEx(kPixelData, &stored, CountBytes);
+    return all / kMostObjectPerByte <= stored || RefuseBy(Limit::kLargestObject);
+}
+
 /// What a frame of the object is when it has been decoded; what we would spoil is refused.
 QUORVEX_MESSAGE DescribeDecoded(const CDcmObject& object, TRANSFER_SYNTAX syntax,
                                 _DCM_PIXEL_INFO& format) {
@@ -118,7 +134,10 @@ QUORVEX_MESSAGE CxDcmMaker::ConvertPixels(CxDcmParser& parser, CDcmObject& targe
             return QVM_ERROR_INVALID_IMAGE_FORMAT;
         const auto result = DescribeDecoded(*parser.GetHeader(), syntax, format);
         if (result != QVM_SUCCESS) return result;
-        FetchedFrames frames(parser, FrameBytes(format).value_or(0));
+        const std::size_t frameBytes = FrameBytes(format).value_or(0);
+        if (!ArePlausible(*parser.GetHeader(), syntax, frameBytes, count))
+            return QVM_ERROR_FAILED_TO_SET_PIXEL_DATA;
+        FetchedFrames frames(parser, frameBytes);
         return MakePixels(format, frames, target);
     });
 }

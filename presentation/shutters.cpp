@@ -46,6 +46,16 @@ void ShutAll(const ByteMask& mask) {
     std::ranges::fill(mask.bytes, kShown.outside);
 }
 
+bool HasFewCrossings(const ByteMask& mask, std::span<const CPoint> polygon) {
+    std::int64_t crossings = 0;
+    for (std::size_t i = 0; i < polygon.size(); ++i) {
+        const auto [top, bottom] = std::minmax(polygon[i].y, polygon[(i + 1) % polygon.size()].y);
+        crossings += std::clamp<std::int64_t>(bottom, 0, mask.rows) -
+                     std::clamp<std::int64_t>(top, 0, mask.rows);
+    }
+    return crossings <= kMostPolygonCrossings || RefuseBy(Limit::kPolygonCrossings);
+}
+
 /// Stores the value of an attribute where it is there, and tells whether it is.
 bool TakeInt(const CDcmObject& object, std::uint32_t valueTag, std::int32_t& value) {
     const auto read = Read<int>(object, valueTag);
@@ -152,6 +162,7 @@ int CXGSPSObject::MakePolygonalShutter(CDcmObject* object, CXGSPSInfo* info) {
     ForEachPair<int>(*object, tag::kShutterVertices, [&](const ValuePair<int>& vertex) {
         info->shutterVertices.push_back({.x = vertex.second, .y = vertex.first});
     });
+    if (!HasFewCrossings(shutter.mask, info->shutterVertices)) return 0;
     PaintPolygon(shutter.mask, info->shutterVertices, kShown);
     info->shutterMask = shutter.block.Release();
     return 1;

@@ -17,6 +17,8 @@ constexpr std::array kRows = {
     LimitRow{Limit::kLargestBlock, kLargestBlock, "it asks for more than 4 GiB of memory at once"},
     LimitRow{Limit::kLargestPicture, kMostPicturePerByte,
              "it claims a picture of more than 64 MiB that its few bytes cannot hold"},
+    LimitRow{Limit::kLargestObject, kMostObjectPerByte,
+             "its frames would take more than 512 MiB, which its few bytes cannot hold"},
     LimitRow{Limit::kDeepestNesting, kDeepestNesting,
              "its sequences are nested deeper than 64 levels"},
     LimitRow{Limit::kMostParts, kMostParts,
@@ -30,6 +32,8 @@ constexpr std::array kRows = {
     LimitRow{Limit::kJpeg2000Work, kMostPacketsPerByte,
              "its JPEG 2000 stream announces more than its few bytes can hold"},
     LimitRow{Limit::kMostSegments, kMostRleSegments, "its RLE frame has more than 15 segments"},
+    LimitRow{Limit::kPolygonCrossings, kMostPolygonCrossings,
+             "its polygon crosses the rows of the image more than 67,108,864 times"},
     LimitRow{Limit::kPaletteSegments, kMostPaletteSegments,
              "its palette is expanded from more than 262,144 segments"},
 };

@@ -20,6 +20,9 @@ inline constexpr std::size_t kLargestBlock = std::size_t{4} << 30;
 /// beyond, the source has to hold a byte for so many, which every real coding does at such sizes.
 inline constexpr std::size_t kPictureForAnybody = std::size_t{64} << 20;
 inline constexpr std::size_t kMostPicturePerByte = 4096;
+/// The same for all pictures of an object that is converted.
+inline constexpr std::size_t kObjectForAnybody = std::size_t{512} << 20;
+inline constexpr std::size_t kMostObjectPerByte = 4096;
 /// The same for a bare stream, for whose size nothing but its own word speaks.
 inline constexpr std::size_t kBarePictureForAnybody = std::size_t{16} << 20;
 inline constexpr std::size_t kMostBarePicturePerByte = 1024;
@@ -71,6 +74,10 @@ inline constexpr int kMostPaletteSegments = 1 << 18;
 /// Entries of a windowing table, and values of the domain that a frame gives it.
 inline constexpr std::int64_t kLargestWindowingTable = std::int64_t{1} << 28;
 inline constexpr std::int64_t kLargestDomain = std::int64_t{1} << 24;
+
+/// Crossings of the rows of a mask with the sides of a polygon, about a second's work: a real
+/// shutter has a few in each row.
+inline constexpr std::int64_t kMostPolygonCrossings = std::int64_t{1} << 26;
 
 // Annotations. What lies beyond is not drawn.
 

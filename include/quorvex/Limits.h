@@ -11,17 +11,19 @@ namespace quorvex {
 /// in SECURITY.md.
 enum class Limit : std::int32_t {
     kNone,
-    kLargestBlock,     ///< bytes of one block of memory
-    kLargestPicture,   ///< bytes of a picture for each byte that it is decoded from
-    kDeepestNesting,   ///< levels of sequences
-    kMostParts,        ///< elements, items and fragments of one data set
-    kMostFrames,       ///< frames of one object
-    kLongestValue,     ///< bytes of one value that is written
-    kMostInflated,     ///< bytes of a data set for each byte that it is inflated from
-    kMostScans,        ///< scans of one JPEG stream
-    kJpeg2000Work,     ///< packets of a JPEG 2000 stream for each of its bytes
-    kMostSegments,     ///< segments of an RLE frame
-    kPaletteSegments,  ///< segments that a segmented palette is expanded from
+    kLargestBlock,      ///< bytes of one block of memory
+    kLargestPicture,    ///< bytes of a picture for each byte that it is decoded from
+    kLargestObject,     ///< bytes of all pictures of an object for each byte that is stored of them
+    kDeepestNesting,    ///< levels of sequences
+    kMostParts,         ///< elements, items and fragments of one data set
+    kMostFrames,        ///< frames of one object
+    kLongestValue,      ///< bytes of one value that is written
+    kMostInflated,      ///< bytes of a data set for each byte that it is inflated from
+    kMostScans,         ///< scans of one JPEG stream
+    kJpeg2000Work,      ///< packets of a JPEG 2000 stream for each of its bytes
+    kMostSegments,      ///< segments of an RLE frame
+    kPolygonCrossings,  ///< crossings of the rows of a mask with the sides of a polygon
+    kPaletteSegments,   ///< segments that a segmented palette is expanded from
 };
 
 /// The limit that an operation in this thread met last, since `ForgetLimit`. An operation that
