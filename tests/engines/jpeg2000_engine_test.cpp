@@ -1,6 +1,7 @@
 #include "foundation/engines/jpeg2000_engine.h"
 
 #include "foundation/engines/jpeg2000_header.h"
+#include "quorvex/Limits.h"
 #include "tests/engines/jpeg2000_test_streams.h"
 #include "tests/engines/jpeg_test_streams.h"
 
@@ -155,7 +156,9 @@ TEST(Jpeg2000Engine, HeadersThatAskForMoreThanTheirStreamHoldsAreRefused) {
     EXPECT_EQ(query(BareHeader(60000, 60000, 1, {})), 0) << "samples";
     EXPECT_EQ(query(BareHeader(4000, 10, 1, {})), 0) << "tiles";
     EXPECT_EQ(query(BareHeader(4000, 4000, 1, {0x00})), 0) << "precincts";
+    ForgetLimit();
     EXPECT_EQ(query(BareHeader(512, 64, 65535, {})), 0) << "layers";
+    EXPECT_EQ(LatestLimit(), Limit::kJpeg2000Work);
     // A component's or a tile's own style counts as much as the common one.
     const ByteVector ownStyle = {0xFF, 0x53, 0, 10, 0, 1, 0, 4, 4, 0, 1, 0x00};
     for (const int behind : {16, 4}) {  // the tile-part, and the data in it

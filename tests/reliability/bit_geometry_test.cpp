@@ -1,0 +1,121 @@
+// Bits Allocated, Bits Stored and High Bit of every odd value.
+#include "quorvex/CXDIPP.h"
+#include "quorvex/CxDcmParser.h"
+#include "quorvex/DicomObject.h"
+#include "tests/pipeline/test_objects.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+
+namespace quorvex::test {
+namespace {
+
+constexpr unsigned short kBits[] = {0,  1,  2,  3,  4,   5,   7,   8,   9,   10,   11,    12,
+                                    13, 14, 15, 16, 17,  23,  24,  25,  31,  32,   33,    40,
+                                    48, 63, 64, 65, 127, 128, 255, 256, 257, 2048, 32768, 65535};
+
+struct BitTriple {
+    unsigned short allocated = 0;
+    unsigned short stored = 0;
+    unsigned short high = 0;
+
+    [[nodiscard]] std::string Text() const {
+        return std::to_string(allocated) + " allocated, " + std::to_string(stored) +
+               " stored, high bit " + std::to_string(high);
+    }
+};
+
+/// An image of 3 x 2 pixels with an overlay in each of its groups' bits.
+void FillOdd(CDcmObject& object, const BitTriple& bits, unsigned short isSigned,
+             unsigned short samples) {
+    pipeline_test::FillImage<std::uint32_t>(
+        object,
+        {.size = {3, 2}, .samples = samples, .photometric = samples == 3 ? "RGB" : "MONOCHROME2"},
+        std::vector<std::uint32_t>(6UL * samples, 0xA5C3'96F0));
+    object.SetValue(0x00280100, bits.allocated);
+    object.SetValue(0x00280101, bits.stored);
+    object.SetValue(0x00280102, bits.high);
+    object.SetValue(0x00280103, isSigned);
+    constexpr unsigned short kPositions[] = {0, 11, 15, 31, 32, 65535};
+    std::uint32_t group = 0x6000;
+    for (const unsigned short position : kPositions) {
+        object.SetValue(group << 16 | 0x10, static_cast<unsigned short>(2));
+        object.SetValue(group << 16 | 0x11, static_cast<unsigned short>(3));
+        object.SetValue(group << 16 | 0x50, 1);
+        object.SetNextValue(group << 16 | 0x50, 1);
+        object.SetValue(group << 16 | 0x100, bits.allocated);
+        object.SetValue(group << 16 | 0x102, position);
+        group += 2;
+    }
+}
+
+void Decode(CDcmApp& app, CDcmObject& object, const BitTriple& bits) {
+    CxDcmParser parser;
+    ASSERT_EQ(parser.Initialize(&app, &object, nullptr, 0, 0), QVM_SUCCESS) << bits.Text();
+    unsigned char* data = nullptr;
+    unsigned long size = 0;
+    const auto result = parser.GetAFrame(0, data, size, 0);
+    EXPECT_EQ(result == QVM_SUCCESS, data != nullptr) << bits.Text();
+    const std::unique_ptr<unsigned char[]> owner(data);
+    tagBITMAPINFOHEADER* bitmap = nullptr;
+    unsigned char* small = nullptr;
+    unsigned long bitmapSize = 0;
+    (void)parser.MakeThumbNail(0, {4, 4}, kXferUncompressed, 0, small, size, bitmap, bitmapSize,
+                               85);
+    delete[] small;
+    delete[] static_cast<unsigned char*>(static_cast<void*>(bitmap));
+}
+
+/// Whatever is refused, nothing is undefined: the sanitizers watch.
+void ThroughAll(const BitTriple& bits, unsigned short isSigned, unsigned short samples) {
+    CDcmApp app;
+    CDcmObject object;
+    FillOdd(object, bits, isSigned, samples);
+    Decode(app, object, bits);
+    CXDIPP image;
+    image.ShowOverlays(1);
+    if (image.Initialize(&app, &object, {8, 8}, 0) == QVM_SUCCESS) (void)image.Render();
+    std::vector<unsigned char> overlay(6UL * 8);
+    unsigned long length = 0;
+    unsigned short width = 0;
+    (void)image.MakeOverlayImage2(&object, nullptr, overlay.data(), length, width, 0,
+                                  bits.allocated, samples, 3, 2, isSigned);
+}
+
+TEST(BitGeometry, EveryTripleIsShownOrRefused) {
+    for (const unsigned short allocated : kBits) {
+        for (const unsigned short stored : kBits) {
+            for (const unsigned short high : kBits) {
+                const BitTriple bits{allocated, stored, high};
+                const unsigned sum = allocated + stored + high;
+                ThroughAll(bits, sum % 2, sum % 5 == 0 ? 3 : 1);
+            }
+        }
+    }
+}
+
+/// A small triple in order shows its values, wherever they lie in the pixel.
+TEST(BitGeometry, StoredBitsAreTheOnlyOnesThatCount) {
+    for (unsigned short stored = 2; stored <= 16; ++stored) {
+        CDcmApp app;
+        CDcmObject object;
+        const auto top = static_cast<unsigned short>((1U << stored) - 1);
+        pipeline_test::FillImage<unsigned short>(
+            object, {.size = {4, 1}, .bitsStored = stored},
+            {0, top, static_cast<unsigned short>(top | ~unsigned{top}), 0});
+        CXDIPP image;
+        ASSERT_EQ(image.Initialize(&app, &object, {4, 1}, 0), QVM_SUCCESS) << stored;
+        ASSERT_EQ(image.Render(), QVM_SUCCESS) << stored;
+        std::vector<unsigned char> shown(4);
+        unsigned char* block = shown.data();
+        (void)image.GetResultImage(block, 4);
+        EXPECT_EQ(shown[0], shown[3]) << stored;
+        EXPECT_EQ(shown[1], shown[2]) << stored;
+        EXPECT_GT(shown[1], shown[0]) << stored;
+    }
+}
+
+}  // namespace
+}  // namespace quorvex::test

@@ -1,0 +1,179 @@
+// Each limit is met by an input of its own, refused by a code, and told by its name.
+#include "foundation/types/limits.h"
+
+#include "foundation/dicom/element_reader.h"
+#include "foundation/dicom/piece_sources.h"
+#include "parser/palette_segments.h"
+#include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CXGSPSObject.h"
+#include "quorvex/CxDcmMaker.h"
+#include "quorvex/CxDcmParser.h"
+#include "tests/reliability/hostile_image.h"
+#include "tests/tools/run_command.h"
+
+#include <array>
+#include <functional>
+#include <gtest/gtest.h>
+
+namespace quorvex::test {
+namespace {
+
+int FrameOf(const DicomBuilder& file, int frame) {
+    const TemporaryImage image(file);
+    CDcmApp app;
+    CxDcmParser parser;
+    EXPECT_EQ(parser.Initialize(&app, image.Path(), 0), QVM_SUCCESS);
+    unsigned char* data = nullptr;
+    unsigned long size = 0;
+    const auto result = parser.GetAFrame(frame, data, size, 0);
+    delete[] data;
+    return result;
+}
+
+DicomBuilder ManyFrames() {
+    return HostileImage({.rows = "8192", .columns = "8192", .bits = "8", .frames = "500"}, kRle,
+                        500);
+}
+
+int Convert(const DicomBuilder& file) {
+    auto memory = file.File();
+    CDcmObject object;
+    EXPECT_EQ(ReadUpTo(object, memory, kToTheEnd), kDcmSuccess);
+    CDcmApp app;
+    CxDcmMaker maker;
+    _USER_SETTING_INFO settings;
+    settings.compressionType = kXferUncompressedExplicit;
+    EXPECT_EQ(maker.MakeDcmObject(&app, &object, &settings), QVM_SUCCESS);
+    return maker.GetOutcome();
+}
+
+int Read(const std::vector<unsigned char>& bytes) {
+    MemoryFile file{.bytes = bytes};
+    CDcmObject object;
+    return ReadUpTo(object, file, kToTheEnd);
+}
+
+std::vector<unsigned char> Nested() {
+    auto file = DicomBuilder::Part10(kExplicitUid);
+    for (int level = 0; level <= kDeepestNesting; ++level) file.Sequence(0x00081140).Item();
+    return file.Bytes();
+}
+
+int ReadWithFewParts(const DicomBuilder& dataSet, std::size_t most) {
+    auto file = dataSet.File();
+    dicom::StreamCallbackSource source(&file, MemoryFile::GiveStream);
+    dicom::ByteFeed feed(source);
+    dicom::ElementReader reader(feed, 0, most);
+    return reader.ReadMain({true, false}, dicom::kNoStopTag) ? kDcmSuccess : kDcmFailure;
+}
+
+DicomBuilder SixParts() {
+    DicomBuilder dataSet;
+    dataSet.Sequence(0x00081140).Item(0).Item(8).Add(0x00100010, "PN", "").EndSequence();
+    return std::move(dataSet.Header(0x7FE00010, "OB", 0xFFFFFFFF).Item(0).EndSequence());
+}
+
+int SetLongValue() {
+    unsigned char byte = 0;
+    unsigned char* frames[] = {&byte};
+    const unsigned long lengths[] = {kLongestValue + 1};
+    return CDcmObject().SetValueEx(0x7FE00010, 1, lengths, frames);
+}
+
+int ExpandPalette() {
+    constexpr std::array<std::uint16_t, 6> kSelf = {0, 0, 2, 2, 0, 0};
+    std::array<std::uint16_t, 16> table{};
+    return ExpandPaletteSegments(kSelf, table) ? 1 : 0;
+}
+
+int RleOfManySegments() {
+    std::string frame(64, '\0');
+    frame[0] = kMostRleSegments + 1;
+    auto file = HostileImage({}, nullptr);
+    auto coded = DicomBuilder::Part10(kRle);
+    coded.Raw(
+        {reinterpret_cast<const char*>(file.Bytes().data()) + 132 + 28, file.Size() - 132 - 28});
+    coded.Header(0x7FE00010, "OB", 0xFFFFFFFF).Item(0).Item(64).Raw(frame).EndSequence();
+    return FrameOf(coded, 0);
+}
+
+int MakePolygonMask() {
+    CDcmObject object;
+    object.SetValue(0x00280010, static_cast<unsigned short>(65535));
+    object.SetValue(0x00280011, static_cast<unsigned short>(1));
+    object.SetValue(0x00181600, "POLYGONAL");
+    std::string vertices = "1\\1";
+    for (int i = 0; i < 600; ++i) vertices += "\\65535\\1\\1\\1";
+    object.SetValue(0x00181620, vertices.c_str());
+    CXGSPSInfo info;
+    CXGSPSObject().GSPSApplier(&object, &info, "", -1);
+    return info.shutterMask != nullptr ? 1 : 0;
+}
+
+TEST(Limits, AreEachRefusedByACodeAndToldByName) {
+    struct Case {
+        Limit limit;
+        int code;
+        std::function<int()> run;
+    };
+    const ImageClaim huge{.rows = "65535", .columns = "65535", .samples = "4"};
+    const ImageClaim large{.rows = "32768", .columns = "32768"};
+    const ImageClaim many{.frames = "2147483647"};
+    const Case cases[] = {
+        {Limit::kLargestBlock, QVM_ERROR_FAILED_TO_GET_PIXEL_DATA,
+         [&] { return FrameOf(HostileImage(huge, kExplicitLittle), 0); }},
+        {Limit::kLargestPicture, QVM_ERROR_FAILED_TO_DECOMPRESS,
+         [&] { return FrameOf(HostileImage(large, kRle), 0); }},
+        {Limit::kLargestObject, QVM_ERROR_FAILED_TO_SET_PIXEL_DATA,
+         [] { return Convert(ManyFrames()); }},
+        {Limit::kDeepestNesting, kDcmFailure, [] { return Read(Nested()); }},
+        {Limit::kMostParts, kDcmFailure, [] { return ReadWithFewParts(SixParts(), 5); }},
+        {Limit::kMostFrames, QVM_ERROR_INVALID_FRAME_INDEX,
+         [&] { return FrameOf(HostileImage(many, kExplicitLittle), kMostFrames); }},
+        {Limit::kLongestValue, kDcmFailure, SetLongValue},
+        {Limit::kMostInflated, kDcmFailure,
+         [] { return Read(DeflatedZeros(kInflatedForAnybody * 2)); }},
+        {Limit::kMostSegments, QVM_ERROR_FAILED_TO_DECOMPRESS, RleOfManySegments},
+        {Limit::kPolygonCrossings, 0, MakePolygonMask},
+        {Limit::kPaletteSegments, 0, ExpandPalette},
+    };
+    for (const auto& c : cases) {
+        ForgetLimit();
+        EXPECT_EQ(c.run(), c.code) << LimitSentence(c.limit);
+        EXPECT_EQ(LatestLimit(), c.limit) << LimitSentence(c.limit);
+    }
+    EXPECT_EQ(ReadWithFewParts(SixParts(), 6), kDcmSuccess);
+    EXPECT_STREQ(LimitSentence(Limit::kNone), "");
+}
+
+TEST(Limits, AreWrittenDownForHosts) {
+    const auto written = ReadAll(QUORVEX_SOURCE_DIR "/SECURITY.md");
+    for (int i = 1; LimitValue(static_cast<Limit>(i)) != 0; ++i) {
+        const std::string sentence = LimitSentence(static_cast<Limit>(i));
+        EXPECT_NE(written.find(sentence), std::string::npos) << sentence;
+    }
+}
+
+TEST(Limits, AreToldByTheCommandInASentence) {
+    const ScratchFolder folder;
+    const auto path = folder.Path("bad.dcm");
+    const auto expect = [&](const std::vector<unsigned char>& bytes, Limit limit,
+                            std::vector<std::string> command) {
+        folder.Write("bad.dcm", {bytes.begin(), bytes.end()});
+        const auto result = RunCommand(command);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.complaints.find(std::string("): ") + LimitSentence(limit) + "\n"),
+                  std::string::npos)
+            << result.complaints;
+    };
+    expect(Nested(), Limit::kDeepestNesting, {"info", path});
+    expect(Nested(), Limit::kDeepestNesting,
+           {"convert", path, "-o", folder.Path("out"), "--to", "explicit"});
+    expect(HostileImage({.rows = "32768", .columns = "32768"}, kRle).Bytes(),
+           Limit::kLargestPicture, {"render", path, "-o", folder.Path("out")});
+    expect(ManyFrames().Bytes(), Limit::kLargestObject,
+           {"convert", path, "-o", folder.Path("out"), "--to", "explicit"});
+}
+
+}  // namespace
+}  // namespace quorvex::test

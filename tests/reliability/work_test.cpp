@@ -1,0 +1,208 @@
+// Files that ask for endless work, or for work that grows faster than they do.
+#include "foundation/types/limits.h"
+#include "quorvex/CxDcmParser.h"
+#include "quorvex/CxImageProcessor.h"
+#include "tests/reliability/every_way.h"
+#include "tests/reliability/hostile_image.h"
+#include "tests/reliability/measured_child.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+namespace quorvex::test {
+namespace {
+
+constexpr std::uint32_t kAnnotations = 0x00700001;
+
+std::string Repeated(std::string_view text, std::size_t count) {
+    std::string all;
+    all.reserve(text.size() * count);
+    for (std::size_t i = 0; i < count; ++i) all += text;
+    return all;
+}
+
+DicomBuilder Image() {
+    return HostileImage({.rows = "16", .columns = "16"}, nullptr);
+}
+
+DicomBuilder& AddPixels(DicomBuilder& file) {
+    return file.Add(0x7FE00010, "OW", std::string(512, 'x'));
+}
+
+DicomBuilder DescendingElements() {
+    auto file = DicomBuilder::Part10(kExplicitUid);
+    for (std::uint32_t tag = 0x00420000; tag > 0x00100000; tag -= 12) file.Add(tag, "LO", "x ");
+    return file;
+}
+
+DicomBuilder EmptyItems() {
+    auto file = Image();
+    file.Sequence(0x00081140);
+    for (int i = 0; i < 200'000; ++i) file.Item(0);
+    file.EndSequence();
+    return std::move(AddPixels(file));
+}
+
+/// Each text has to be decoded, by a list of character sets that is long.
+DicomBuilder TextsUnderALongCharacterSet() {
+    auto file = DicomBuilder::Part10(kExplicitUid);
+    file.Header(0x00080005, "UN", 1'000'000).Raw(Repeated("ISO 2022 IR 100\\", 62'500));
+    file.Sequence(0x00081140);
+    for (int i = 0; i < 20'000; ++i) file.Item(10).Add(0x00100010, "LO", "\xE4 ");
+    file.EndSequence();
+    return file;
+}
+
+DicomBuilder ManyValues() {
+    auto file = Image();
+    file.Header(0x00281050, "UN", 2'000'000).Raw(Repeated("1\\", 1'000'000));
+    file.Header(0x00281051, "UN", 2'000'000).Raw(Repeated("\\\\", 1'000'000));
+    return std::move(AddPixels(file));
+}
+
+DicomBuilder EmptyFragments() {
+    auto file = HostileImage({.frames = "300000"}, nullptr);
+    file.Header(0x7FE00010, "OB", 0xFFFFFFFF);
+    for (int i = 0; i < 300'000; ++i) file.Item(0);
+    file.EndSequence();
+    return file;
+}
+
+/// Every side crosses every one of 8,192 rows.
+DicomBuilder Polygon(std::size_t sides) {
+    auto file = HostileImage({.rows = "8192", .columns = "64", .bits = "8"}, nullptr);
+    file.Add(0x00181600, "CS", "POLYGONAL ");
+    const std::string zigzag = Repeated("1\\1\\8192\\64\\", sides / 2);
+    file.Header(0x00181620, "UN", static_cast<std::uint32_t>(zigzag.size())).Raw(zigzag);
+    return std::move(file.Add(0x7FE00010, "OB", std::string(64, 'x')));
+}
+
+DicomBuilder PaletteThatPointsAtItself() {
+    auto file = Image();
+    for (const std::uint32_t tag : {0x00281101U, 0x00281102U, 0x00281103U}) {
+        file.Header(tag, "US", 6).Number(0, 2).Number(0, 2).Number(16, 2);
+    }
+    file.Header(0x00281221, "OW", 12);
+    for (const unsigned word : {0U, 0U, 2U, 2U, 0U, 0U}) file.Number(word, 2);
+    return std::move(AddPixels(file));
+}
+
+DicomBuilder Annotations(int objects, int points) {
+    auto file = Image();
+    file.Sequence(kAnnotations).Item().Sequence(0x00700008);
+    for (int i = 0; i < objects; ++i) {
+        file.Item(32).Add(0x00700006, "ST", "text");
+        file.Header(0x00700014, "FL", 8).Number(0, 8).Raw("    ");
+    }
+    file.EndSequence().Sequence(0x00700009);
+    for (int i = 0; i < objects; ++i) {
+        file.Item().Add(0x00700005, "CS", "PIXEL ").Us(0x00700020, 2);
+        file.Header(0x00700022, "UN", static_cast<std::uint32_t>(8 * points));
+        for (int p = 0; p < points; ++p) {
+            file.Number(p % 2 == 0 ? 0x00000000 : 0x41700000, 4).Number(0x41000000, 4);
+        }
+        file.Add(0x00700023, "CS", i % 2 == 0 ? "POLYLINE" : "INTERPOLATED");
+        file.Add(0x00700024, "CS", "Y ").EndItem();
+    }
+    file.EndSequence().EndItem().EndSequence();
+    return std::move(AddPixels(file));
+}
+
+/// Beginnings of data sets all over, each of which leads on for long and then breaks off.
+DicomBuilder Junk() {
+    DicomBuilder file(false);
+    file.Raw(std::string(200, 'j'));
+    for (std::uint32_t i = 0; i < 300'000; ++i) file.Add(0x00080000 + i, "", "12");
+    return std::move(file.Raw("jj"));
+}
+
+TEST(Work, GrowsWithTheFileAndNoFaster) {
+    struct Case {
+        const char* what;
+        DicomBuilder file;
+    };
+    const Case cases[] = {
+        {"elements in falling order", DescendingElements()},
+        {"empty items", EmptyItems()},
+        {"texts under a long character set", TextsUnderALongCharacterSet()},
+        {"values of one attribute", ManyValues()},
+        {"empty fragments", EmptyFragments()},
+        {"a polygon of the most crossings", Polygon(8'000)},
+        {"a polygon of more", Polygon(80'000)},
+        {"a palette that points at itself", PaletteThatPointsAtItself()},
+        {"texts and graphics", Annotations(10'000, 2)},
+        {"points of a graphic", Annotations(2, 500'000)},
+        {"beginnings of data sets", Junk()},
+    };
+    for (const auto& c : cases) {
+        const double megabytes = static_cast<double>(c.file.Size()) / 1e6;
+        const Cost cost = CostOf([&] { ThroughEverything(c.file.Bytes()); });
+        EXPECT_TRUE(cost.hasEnded) << c.what << ": " << cost;
+        EXPECT_LT(cost.seconds, (1.0 + megabytes) * kSlowness) << c.what << ": " << cost;
+    }
+}
+
+/// A thousand scans of a byte each over a quarter of a million blocks.
+std::vector<unsigned char> ManyScans() {
+    DicomBuilder stream(true, true);
+    stream.Number(0xFFD8, 2);
+    stream.Number(0xFFDB, 2).Number(67, 2).Number(0, 1).Raw(std::string(64, '\1'));
+    stream.Number(0xFFC2, 2).Number(11, 2).Number(8, 1).Number(4096, 2).Number(4096, 2);
+    stream.Number(0x01011100, 4);
+    for (const unsigned table : {0x00U, 0x10U}) {  // one code of one bit: nothing follows
+        stream.Number(0xFFC4, 2).Number(20, 2).Number(table, 1).Number(1, 1);
+        stream.Raw(std::string(15, '\0')).Number(table == 0 ? 0 : 0xE0, 1);
+    }
+    for (int scan = 0; scan < 4000; ++scan) {
+        stream.Number(0xFFDA, 2).Number(8, 2).Number(0x010100, 3);
+        stream.Number(scan == 0 ? 0x000000 : 0x010100, 3).Number(0, 1);
+    }
+    return stream.Raw(std::string(40'000, '\0')).Bytes();
+}
+
+TEST(Work, ScansOfAJpegStreamAreCounted) {
+    const auto stream = ManyScans();
+    const Cost cost = CostOf([&] {
+        auto source = stream;
+        _IMAGE_PROCESS_PARAM param;
+        param.transferSyntax = kJpegBaseline;
+        param.photometric = "MONOCHROME2";
+        param.rows = param.columns = 4096;
+        param.samplesPerPixel = 1;
+        param.bitsAllocated = 8;
+        unsigned char* frame = nullptr;
+        unsigned long size = 0;
+        ForgetLimit();
+        (void)CxImageProcessor().DecompressFrameData(&param, source.data(), source.size(), frame,
+                                                     size, 0);
+        delete[] frame;
+        if (LatestLimit() != Limit::kMostScans) std::abort();
+    });
+    EXPECT_TRUE(cost.hasEnded) << cost;
+    EXPECT_LT(cost.seconds, 3 * kSlowness) << cost;
+}
+
+/// A fetch walks along the fragments ahead of its frame.
+TEST(Work, AFrameCostsNoMoreThanItsFileIsLong) {
+    constexpr int kFrames = 300'000;
+    const ImageClaim claim{.rows = "4", .columns = "4", .bits = "8", .frames = "300000"};
+    for (const char* syntax : {kRle, kExplicitLittle}) {
+        const TemporaryImage file(HostileImage(claim, syntax, kFrames));
+        const Cost cost = CostOf([&] {
+            CDcmApp app;
+            CxDcmParser parser;
+            (void)parser.Initialize(&app, file.Path(), 0);
+            for (int i = kFrames - 50; i < kFrames; ++i) {
+                unsigned char* data = nullptr;
+                unsigned long size = 0;
+                (void)parser.GetAFrame(i, data, size, 0);
+                delete[] data;
+            }
+        });
+        EXPECT_TRUE(cost.hasEnded) << cost;
+        EXPECT_LT(cost.seconds, 2.0 * kSlowness) << syntax << ": " << cost;
+    }
+}
+
+}  // namespace
+}  // namespace quorvex::test

@@ -1,0 +1,156 @@
+// Every attribute that the code reads, in a representation that its tag does not promise.
+#include "foundation/dicom/dictionary.h"
+#include "tests/reliability/every_way.h"
+#include "tests/reliability/measured_child.h"
+#include "tests/support/dicom_builder.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+
+namespace quorvex::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string ContentOf(const fs::path& path) {
+    std::ostringstream content;
+    content << std::ifstream(path).rdbuf();
+    return content.str();
+}
+
+bool IsSource(const fs::path& path) {
+    return path.extension() == ".cpp" || path.extension() == ".h";
+}
+
+bool IsOfADataSet(std::uint32_t tag) {
+    const std::uint32_t group = tag >> 16;
+    return group > 2 && group < 0x7FE0 && tag % 0x10000 != 0;
+}
+
+/// The tags that stand in the sources, so that none is forgotten.
+std::vector<std::uint32_t> TagsThatAreRead() {
+    const std::regex literal("0x([0-9A-F]{8})\\b");
+    std::set<std::uint32_t> tags = {0x60000010, 0x60000011, 0x60000050, 0x60000100,
+                                    0x60000102, 0x60001201, 0x60003000};
+    for (const char* room : {"foundation/dicom", "codec", "parser", "presentation", "windowing",
+                             "render", "maker", "pipeline", "tools"}) {
+        for (const auto& entry :
+             fs::recursive_directory_iterator(fs::path(QUORVEX_SOURCE_DIR) / room)) {
+            if (!IsSource(entry.path())) continue;
+            const auto text = ContentOf(entry.path());
+            for (std::sregex_iterator hit(text.begin(), text.end(), literal), end; hit != end;
+                 ++hit) {
+                const auto tag = static_cast<std::uint32_t>(std::stoul((*hit)[1], nullptr, 16));
+                if (IsOfADataSet(tag)) tags.insert(tag);
+            }
+        }
+    }
+    return {tags.begin(), tags.end()};
+}
+
+bool IsSequence(std::uint32_t tag) {
+    return dicom::LookUp(tag).vr == MC_VR_SQ;
+}
+
+/// How an attribute is spoiled: under a representation of its own choice.
+struct Spoiler {
+    const char* what;
+    const char* vr;
+    std::string_view value;
+};
+
+using namespace std::string_view_literals;
+constexpr Spoiler kSpoilers[] = {
+    {"a sequence", "SQ", "\xFE\xFF\x00\xE0\x00\x00\x00\x00"sv},
+    {"a sequence of junk", "SQ", "\xFE\xFF\x00\xE0\xFF\xFF\xFF\xFFjunkjunk"sv},
+    {"bytes", "OB", "\x01\x02\x03"sv},
+    {"nothing", "UN", ""sv},
+    {"two numbers", "US", "\xFF\xFF\xFE\xFF"sv},
+    {"a large number", "FD", "\xFF\xFF\xFF\xFF\xFF\xFF\xEF\x7F"sv},
+    {"no number", "FD", "\x00\x00\x00\x00\x00\x00\xF8\x7F"sv},
+    {"text", "LT", "-1.5e9\\\xC3\xBC\\\\x"sv},
+};
+
+void AddGood(DicomBuilder& out, std::uint32_t tag) {
+    static const std::map<std::uint32_t, const char*> kValues = {
+        {0x00080005, "ISO_IR 100"},   {0x00181600, "POLYGONAL "}, {0x00280002, "1 "},
+        {0x00280004, "MONOCHROME2 "}, {0x00280006, "0 "},         {0x00280008, "1 "},
+        {0x00280102, "15"},           {0x00280103, "0 "},         {0x60000100, "1 "},
+        {0x60000102, "0 "},           {0x00700023, "POLYLINE"},
+    };
+    const auto found = kValues.find(tag);
+    // Numbers as text: any of our readers takes them.
+    out.Add(tag, "LT", found != kValues.end() ? found->second : "16\\16");
+}
+
+void AddAll(DicomBuilder& out, const std::vector<std::uint32_t>& tags, std::uint32_t spoiled,
+            const Spoiler& spoiler, int depth);
+
+void AddSequence(DicomBuilder& out, std::uint32_t tag, const std::vector<std::uint32_t>& tags,
+                 std::uint32_t spoiled, const Spoiler& spoiler, int depth) {
+    constexpr std::uint32_t kHolders[] = {0x00081115, 0x00283110, 0x00700001, 0x52009229,
+                                          0x52009230};
+    const bool holdsMore = std::ranges::find(kHolders, tag) != std::end(kHolders);
+    if (depth == 2 || (depth == 1 && holdsMore)) return;
+    out.Sequence(tag).Item();
+    AddAll(out, tags, spoiled, spoiler, holdsMore ? depth + 1 : 2);
+    out.EndItem().EndSequence();
+}
+
+void AddAll(DicomBuilder& out, const std::vector<std::uint32_t>& tags, std::uint32_t spoiled,
+            const Spoiler& spoiler, int depth) {
+    for (const std::uint32_t tag : tags) {
+        if (tag == spoiled) {
+            out.Add(tag, spoiler.vr, spoiler.value);
+        } else if (IsSequence(tag)) {
+            AddSequence(out, tag, tags, spoiled, spoiler, depth);
+        } else {
+            AddGood(out, tag);
+        }
+    }
+}
+
+DicomBuilder SpoiltFile(const std::vector<std::uint32_t>& tags, std::uint32_t spoiled,
+                        const Spoiler& spoiler) {
+    auto file = DicomBuilder::Part10(kExplicitUid);
+    AddAll(file, tags, spoiled, spoiler, 0);
+    if (spoiled == 0x7FE00010) return std::move(file.Add(spoiled, spoiler.vr, spoiler.value));
+    return std::move(file.Add(0x7FE00010, "OW", std::string(512, 'x')));
+}
+
+TEST(WrongType, NoAttributeThatIsReadDoesHarm) {
+    const auto tags = TagsThatAreRead();
+    ASSERT_GT(tags.size(), 100U);
+    for (const auto& spoiler : kSpoilers) {
+        auto spoiled = tags;
+        spoiled.push_back(0x7FE00010);
+        for (const std::uint32_t tag : spoiled) {
+            const auto file = SpoiltFile(tags, tag, spoiler);
+            const auto work = [&] { ThroughEverything(file.Bytes()); };
+            EXPECT_NO_FATAL_FAILURE(work()) << std::hex << tag << " is " << spoiler.what;
+        }
+    }
+}
+
+/// The file that all of these are made from is itself shown.
+TEST(WrongType, TheFileThatIsSpoiltIsGood) {
+    const auto tags = TagsThatAreRead();
+    auto memory = SpoiltFile(tags, 0, kSpoilers[0]).File();
+    CDcmObject object;
+    ASSERT_EQ(ReadUpTo(object, memory, kToTheEnd), kDcmSuccess);
+    CDcmItem item;
+    EXPECT_EQ(object.GetValue(0x00700001, item), kDcmSuccess);
+    EXPECT_EQ(item.GetValue(0x00700009, item), kDcmSuccess);
+    int rows = 0;
+    EXPECT_EQ(object.GetValue(0x00280010, rows), kDcmSuccess);
+    EXPECT_EQ(rows, 16);
+}
+
+}  // namespace
+}  // namespace quorvex::test
