@@ -12,15 +12,18 @@ int NearOrFar(fuzz::Options& options) {
     return options.Flag() ? options.Between(-40, 80) : static_cast<std::int16_t>(options.Word());
 }
 
-unsigned short SideLength(fuzz::Options& options) {
-    return static_cast<unsigned short>(options.Below(8) == 1 ? options.Word() : options.Below(40));
+unsigned short SideLength(fuzz::Options& options, unsigned short ofImage) {
+    const unsigned kind = options.Below(8);
+    if (kind == 1) return options.Word();
+    return kind < 4 ? ofImage : static_cast<unsigned short>(options.Below(40));
 }
 
 void AddOverlay(CDcmObject& object, std::uint32_t group, const std::vector<unsigned char>& data,
                 fuzz::Options& options) {
+    const fuzz::Shape image;
     const unsigned missing = options.Byte();
-    if (missing % 16 != 1) object.SetValue(group | 0x10, SideLength(options));
-    if (missing % 16 != 2) object.SetValue(group | 0x11, SideLength(options));
+    if (missing % 16 != 1) object.SetValue(group | 0x10, SideLength(options, image.rows));
+    if (missing % 16 != 2) object.SetValue(group | 0x11, SideLength(options, image.columns));
     if (missing % 16 != 3) {
         fuzz::PutNumbers(object, group | 0x50, {NearOrFar(options), NearOrFar(options)});
     }
@@ -66,6 +69,20 @@ void MakePlanes(CDcmObject& object, std::vector<unsigned char> bits) {
     delete[] embedded;
 }
 
+/// The same header over pixels of the host's.
+void ShowHostsPixels(CDcmObject& object, fuzz::Options& options) {
+    const fuzz::Shape largest;
+    std::vector<unsigned char> pixels(std::size_t{largest.rows} * largest.columns * 3);
+    for (auto& byte : pixels) byte = static_cast<unsigned char>(options.Byte());
+    CDcmApp app;
+    CXDIPP image;
+    const int highest = options.Word();
+    if (image.Initialize(&app, &object, pixels.data(), {30, 30}, highest, -highest, 0) ==
+        QVM_SUCCESS) {
+        fuzz::ShowAsDrawn(image, options);
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -89,5 +106,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     image.ShowOverlays(1);
     fuzz::RenderAndDraw(image, options);
     fuzz::ShowAsDrawn(image, options);
+    ShowHostsPixels(object, options);
     return 0;
 }

@@ -4,6 +4,7 @@
 #include "fuzz/memory_feed.h"
 #include "fuzz/options.h"
 #include "fuzz/records.h"
+#include "presentation/mask_subtraction.h"
 #include "quorvex/CXGSPSObject.h"
 
 namespace {
@@ -56,12 +57,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     record.imageRows = options.Between(0, 80);
     record.imageColumns = options.Between(0, 80);
     (void)CXGSPSObject().GSPSApplier(&state, &record, uid, options.Between(-1, 3));
+    ReadMaskSubtraction(state, record);
     CDcmObject object;
     fuzz::DrawImage(object, options);
     object.SetValue(0x00080018, uid);
     CDcmApp app;
     CXDIPP image;
-    if (image.Initialize(&app, &object, fuzz::DrawViewSize(options), 0) != QVM_SUCCESS) return 0;
+    if (image.Initialize(&app, &object, {50, 40}, 0) != QVM_SUCCESS) return 0;
     (void)image.ApllyGSPSObject(&app, &state);
     FollowState(image, options);
     return 0;

@@ -93,6 +93,13 @@ def presented():
             PresentationPixelSpacing=[1, 1])])
 
 
+def odd_bits(ds):
+    """Frames of one bit a pixel that do not end with a byte."""
+    pixels_of(1, 1, 3)(ds)
+    ds.Rows = 5
+    ds.Columns = 7
+
+
 def pixels_of(bits, samples=1, frames=1):
     def change(ds):
         ds.BitsAllocated = bits
@@ -108,7 +115,8 @@ def pixels_of(bits, samples=1, frames=1):
 
 def images():
     yield from presented()
-    yield from (overlay, groups, lambda ds: palette(ds, False), lambda ds: palette(ds, True))
+    yield from (overlay, groups, odd_bits)
+    yield from (lambda ds: palette(ds, False), lambda ds: palette(ds, True))
     for shape in ((1, 1, 2), (8, 3, 1), (16, 1, 2), (16, 3, 1), (32, 1, 1), (12, 1, 1)):
         yield pixels_of(*shape)
 
