@@ -9,8 +9,10 @@
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
 #include "tests/reliability/hostile_image.h"
+#include "tests/support/corpus.h"
 #include "tests/tools/run_command.h"
 
+#include <algorithm>
 #include <array>
 #include <functional>
 #include <gtest/gtest.h>
@@ -144,6 +146,27 @@ TEST(Limits, AreEachRefusedByACodeAndToldByName) {
     }
     EXPECT_EQ(ReadWithFewParts(SixParts(), 6), kDcmSuccess);
     EXPECT_STREQ(LimitSentence(Limit::kNone), "");
+}
+
+/// Damaged ones among them are refused or shown for other reasons.
+TEST(Limits, NoRealFileMeetsOne) {
+    constexpr const char* kMadeToMeetOne = "2026-05-26-oob-monochrome-65535.dcm";
+    const auto files = RealFiles();
+    if (files.empty()) GTEST_SKIP() << "no corpus";
+    for (const auto& path : files) {
+        CDcmApp app;
+        CxDcmParser parser;
+        ForgetLimit();
+        if (parser.Initialize(&app, path.string(), 0) != QVM_SUCCESS) continue;
+        for (int i = 0; i < std::min(parser.GetFrameCount(), 3); ++i) {
+            unsigned char* data = nullptr;
+            unsigned long size = 0;
+            if (parser.GetAFrame(i, data, size, 0) == QVM_SUCCESS) delete[] data;
+        }
+        const bool isMade = path.filename() == kMadeToMeetOne;
+        EXPECT_EQ(LatestLimit(), isMade ? Limit::kLargestBlock : Limit::kNone)
+            << path << ": " << LimitSentence(LatestLimit());
+    }
 }
 
 TEST(Limits, AreWrittenDownForHosts) {
