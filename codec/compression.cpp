@@ -141,7 +141,7 @@ int CxImageProcessor::Interleave_RGB_Data(unsigned char* data, unsigned long len
 int CxImageProcessor::FrameDataConvertProc(void* state, unsigned int /*tag*/, unsigned char* data,
                                            unsigned long length, CL_CONVERT_ACT action) noexcept {
     auto& output = *static_cast<CompressOutputState*>(state);
-    return Answer(0, [&] {
+    return Contain(0, [&] {
         if (action == kConvertStart) output.startPosition = output.written;
         if (action == kConvertBlock) {
             output.coded.insert(output.coded.end(), data, data + length);

@@ -4,12 +4,14 @@
 #include "codec/rle.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
+#include "foundation/types/undo.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
 
 #include <algorithm>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -57,16 +59,30 @@ QUORVEX_MESSAGE CxImageProcessor::DecompressFrameData(_IMAGE_PROCESS_PARAM* para
         if (param == nullptr || (source == nullptr && sourceLength != 0)) {
             return QVM_ERROR_NULL_SOURCE;
         }
-        InitializeMembers(param);
-        if (transferSyntax == kSyntaxNone) return QVM_ERROR_INVALID_SOURCE_SYNTAX;
-        if (!HasDecoder(transferSyntax)) {
-            return samplesPerPixel == kColourSamples
-                       ? CopyColourFrame(source, sourceLength, result, resultSize)
-                       : CopyFrame(source, sourceLength, result, resultSize);
-        }
-        if (!IsDecodable()) return QVM_ERROR_INVALID_IMAGE_FORMAT;
-        return DecodeFrame(source, sourceLength, result, resultSize, unsignedOnly);
+        // Where memory runs out, an operation that calls this one never sees the block.
+        UndoUnlessKept block([&, former = result] {
+            if (former == nullptr) GiveBackBlock(std::exchange(result, nullptr), allocMode);
+        });
+        const auto answer =
+            Decompress(*param, source, sourceLength, result, resultSize, unsignedOnly);
+        block.Keep();
+        return answer;
     });
+}
+
+QUORVEX_MESSAGE CxImageProcessor::Decompress(const _IMAGE_PROCESS_PARAM& param,
+                                             unsigned char* source, unsigned long sourceLength,
+                                             unsigned char*& result, unsigned long& resultSize,
+                                             int unsignedOnly) {
+    InitializeMembers(&param);
+    if (transferSyntax == kSyntaxNone) return QVM_ERROR_INVALID_SOURCE_SYNTAX;
+    if (!HasDecoder(transferSyntax)) {
+        return samplesPerPixel == kColourSamples
+                   ? CopyColourFrame(source, sourceLength, result, resultSize)
+                   : CopyFrame(source, sourceLength, result, resultSize);
+    }
+    if (!IsDecodable()) return QVM_ERROR_INVALID_IMAGE_FORMAT;
+    return DecodeFrame(source, sourceLength, result, resultSize, unsignedOnly);
 }
 
 /// Samples of 32 bits count as two bytes wherever a caller's block or a source of that size says

@@ -16,6 +16,14 @@ unsigned char* TakeBlock(std::size_t size, int allocMode) {
 
 }  // namespace
 
+void GiveBackBlock(unsigned char* block, int allocMode) noexcept {
+    if (allocMode == kGeneralAllocator) {
+        delete[] block;
+    } else {
+        ReleasePages(block);
+    }
+}
+
 FrameBlock::FrameBlock(unsigned char*& result, std::size_t size, int allocMode)
     : isNew_(result == nullptr), isZero_(isNew_ && allocMode != kGeneralAllocator) {
     if (isNew_) result = TakeBlock(size, allocMode);

@@ -19,6 +19,9 @@ namespace quorvex {
            sourceBytes >= *pictureBytes / kMostPicturePerByte || RefuseBy(Limit::kLargestPicture);
 }
 
+/// Releases a block that a FrameBlock made; null is passed over.
+void GiveBackBlock(unsigned char* block, int allocMode) noexcept;
+
 /// A result block. One made here is handed to the caller at once, who owns it on failure too.
 class FrameBlock {
 public:

@@ -1,6 +1,7 @@
 #include "foundation/types/answer.h"
 #include "foundation/types/limits.h"
 #include "maker/frame_supply.h"
+#include "maker/object_change.h"
 #include "maker/pixel_attributes.h"
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
@@ -152,14 +153,17 @@ QUORVEX_MESSAGE CxDcmMaker::MakeDcmObject(CDcmApp* app, CDcmObject* converted,
         CDcmObject source = *converted;  // a parser corrects the header that it is given
         CxDcmParser parser;
         const auto result = parser.Initialize(app, &source, nullptr, 0, 0);
-        if (result == QVM_SUCCESS) outcome = ConvertPixels(parser, *converted, syntax, settings);
-        return result;
+        if (result != QVM_SUCCESS) return result;
+        ObjectChange change(*converted);
+        const auto ofPixels = ConvertPixels(parser, *converted, syntax, settings);
+        UpdateUserSettingInfo(settings, converted);
+        if (settings != nullptr && !settings->fileName.IsEmpty())
+            converted->RenameFile(settings->fileName);
+        change.Keep();
+        outcome = ofPixels;
+        return QVM_SUCCESS;
     });
-    if (refusal != QVM_SUCCESS) return outcome = refusal;
-    UpdateUserSettingInfo(settings, converted);
-    if (settings != nullptr && !settings->fileName.IsEmpty())
-        converted->RenameFile(settings->fileName);
-    return QVM_SUCCESS;
+    return refusal == QVM_SUCCESS ? refusal : outcome = refusal;
 }
 
 }  // namespace quorvex

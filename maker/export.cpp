@@ -188,7 +188,8 @@ QUORVEX_MESSAGE CxDcmMaker::MakePixels(const _DCM_PIXEL_INFO& format, FrameSuppl
     PixelDraft draft(format, target);
     auto result = Describe(draft, frames);
     if (result == QVM_SUCCESS) result = CreateDICOMExportObject(draft, frames);
-    if (result == QVM_SUCCESS) target = draft.object;
+    // The name is the same; to copy it could fail between the two.
+    if (result == QVM_SUCCESS) static_cast<CDcmObjectCommon&>(target) = draft.object;
     return result;
 }
 

@@ -1,5 +1,6 @@
 #include "foundation/platform/clock.h"
 #include "foundation/platform/host.h"
+#include "foundation/types/answer.h"
 #include "quorvex/CxDcmMaker.h"
 
 #include <algorithm>
@@ -28,21 +29,25 @@ CString MakeUid(const CString& prefix, const CString& time) {
 
 CString CxDcmMaker::GetTime() {
     const CalendarTime now = LocalTime();
-    return Digits(now.hour, 2) + Digits(now.minute, 2) + Digits(now.second, 2) + "." +
-           Digits(now.millisecond, 6);
+    return Answer(CString(), [&]() -> CString {
+        return Digits(now.hour, 2) + Digits(now.minute, 2) + Digits(now.second, 2) + "." +
+               Digits(now.millisecond, 6);
+    });
 }
 
 CString CxDcmMaker::GetDate() {
     const CalendarTime now = LocalTime();
-    return Digits(now.year, 4) + Digits(now.month, 2) + Digits(now.day, 2);
+    return Answer(CString(), [&]() -> CString {
+        return Digits(now.year, 4) + Digits(now.month, 2) + Digits(now.day, 2);
+    });
 }
 
 CString CxDcmMaker::GetSeriesUID(CString prefix) {
-    return MakeUid(prefix, GetTime().Left(kShortTime));
+    return Answer(CString(), [&] { return MakeUid(prefix, GetTime().Left(kShortTime)); });
 }
 
 CString CxDcmMaker::GetSOPInstanceUID(CString prefix) {
-    return MakeUid(prefix, GetTime());
+    return Answer(CString(), [&] { return MakeUid(prefix, GetTime()); });
 }
 
 }  // namespace quorvex

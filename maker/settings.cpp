@@ -1,4 +1,5 @@
 #include "foundation/types/answer.h"
+#include "maker/object_change.h"
 #include "maker/storage_classes.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CxDcmMaker.h"
@@ -56,18 +57,21 @@ bool IsChosen(const StorageClass& row, const _USER_SETTING_INFO& settings) {
 
 int CxDcmMaker::UpdateUserSettingInfo(_USER_SETTING_INFO* settings, CDcmObject* target) {
     if (settings == nullptr || target == nullptr) return 0;
-    return Answer(1, [&] {
+    return Answer(0, [&] {
+        ObjectChange change(*target);
         SetTexts(kUserTexts, *settings, *target);
         for (const StorageClass& row : kStorageClasses) {
             if (IsChosen(row, *settings)) target->SetValue(kSopClassUid, CString(row.sopClassUid));
         }
+        change.Keep();
         return 1;
     });
 }
 
 int CxDcmMaker::UpdateUserSettingInfo(CXGSPSInfo* info, CDcmObject* target) {
     if (info == nullptr || target == nullptr) return 1;
-    return Answer(1, [&] {
+    return Answer(0, [&] {
+        ObjectChange change(*target);
         for (const StorageClass& row : kStorageClasses) {
             if (row.objectKind != info->objectKind) continue;
             target->SetValue(kModality, CString(row.modality));
@@ -76,6 +80,7 @@ int CxDcmMaker::UpdateUserSettingInfo(CXGSPSInfo* info, CDcmObject* target) {
         target->SetValue(kSeriesNumber, info->seriesNumber, -1);
         target->SetValue(kInstanceNumber, info->instanceNumber, -1);
         SetTexts(kStateTexts, *info, *target);
+        change.Keep();
         return 1;
     });
 }

@@ -1,5 +1,6 @@
 #include "foundation/types/answer.h"
 #include "maker/configuration.h"
+#include "maker/object_change.h"
 #include "quorvex/CxDcmMaker.h"
 
 #include <cstdint>
@@ -157,10 +158,12 @@ private:
 
 int CxDcmMaker::MakeDcmSkeleton(CDcmObject* source, CDcmObject* target) {
     if (source == nullptr || target == nullptr) return 1;
-    return Answer(1, [&] {
+    return Answer(0, [&] {
+        ObjectChange change(*target);
         const Skeleton skeleton(*source, *target);
         target->SetTransferSyntax(kExplicitLittleEndian);
         for (const Step& step : kSteps) skeleton.Run(step);
+        change.Keep();
         return 1;
     });
 }

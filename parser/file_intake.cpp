@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <new>
 #include <optional>
 #include <string>
 
@@ -33,7 +34,7 @@ std::optional<std::int32_t> Classify(const unsigned char* bytes, std::size_t siz
     return std::nullopt;
 }
 
-bool HasOneSample(const CString& photometric) noexcept {
+bool HasOneSample(const CString& photometric) {
     constexpr std::array kOneSample = {"MONOCHROME1", "MONOCHROME2", "PALETTE COLOR"};
     return std::ranges::any_of(kOneSample,
                                [&](const char* name) { return photometric.Find(name) >= 0; });
@@ -41,7 +42,15 @@ bool HasOneSample(const CString& photometric) noexcept {
 
 /// Pages, or null where the system has none.
 unsigned char* TryTakePages(std::size_t size) noexcept {
-    return Answer(static_cast<unsigned char*>(nullptr), [&] { return TakePages(size); });
+    return Contain(static_cast<unsigned char*>(nullptr), [&] { return TakePages(size); });
+}
+
+/// Frame sizes and the colour path go by Samples per Pixel, so it must never contradict the colours.
+void CorrectSamplesPerPixel(CDcmObject& header) {
+    CString photometric;
+    if (header.GetValue(kPhotometricTag, photometric, -1) != kDcmSuccess) return;
+    const auto samples = static_cast<unsigned short>(HasOneSample(photometric) ? 1 : 3);
+    header.SetValue(kSamplesPerPixelTag, samples);
 }
 
 int Fail(const std::string& line) {
@@ -69,9 +78,9 @@ QUORVEX_MESSAGE CxDcmParser::ReadAndParse(const CString& path, int readWholeFile
         isPart10 != 0
             ? ParseDicomHeaderOfPart10File(object, pixelDataOffset, path, readWholeFile)
             : ParseDicomHeaderOfNonPart10File(object, pixelDataOffset, path, readWholeFile);
+    if (object) CorrectSamplesPerPixel(*object);
     SetOwnHeader(std::move(object));
     headerHoldsPixels = readWholeFile != 0;
-    CorrectSamplesPerPixel();
     if (isParsed != 0) return QVM_SUCCESS;
     WriteDebugLine("QVM_ERROR_FAILED_TO_PARSE_DICOM error\n");
     return QVM_ERROR_FAILED_TO_PARSE_DICOM;
@@ -93,7 +102,10 @@ int CxDcmParser::ReadDicomFileToBuffer(const CString& path) {
     }
     fileSize = file.Size();
     fileBuffer.reset(TryTakePages(fileSize));
-    if (!fileBuffer) return Fail("ReadDicomFileToBuffer VirtualAlloc error\n");
+    if (!fileBuffer) {
+        WriteDebugLine("ReadDicomFileToBuffer VirtualAlloc error\n");
+        throw std::bad_alloc();
+    }
     if (file.Read({fileBuffer.get(), fileSize})) return 1;
     fileBuffer.reset();
     return Fail("ReadDicomFileToBuffer file size error\n");
@@ -129,6 +141,7 @@ bool CxDcmParser::TakeFileImage(const unsigned char* fileBytes, unsigned long si
 }
 
 void CxDcmParser::TakeCallersHeader(CDcmApp* newApp, CDcmObject& object) {
+    CorrectSamplesPerPixel(object);
     app = newApp;
     // GetHeader() of this very parser may come back in: that one stays its own.
     if (ownHeader.get() != &object) {
@@ -137,16 +150,6 @@ void CxDcmParser::TakeCallersHeader(CDcmApp* newApp, CDcmObject& object) {
         ownsHeader = 0;
     }
     headerHoldsPixels = false;
-    CorrectSamplesPerPixel();
-}
-
-/// Frame sizes and the colour path go by Samples per Pixel, so it must never contradict the colours.
-void CxDcmParser::CorrectSamplesPerPixel() {
-    CString photometric;
-    if (header == nullptr) return;
-    if (header->GetValue(kPhotometricTag, photometric, -1) != kDcmSuccess) return;
-    const auto samples = static_cast<unsigned short>(HasOneSample(photometric) ? 1 : 3);
-    header->SetValue(kSamplesPerPixelTag, samples);
 }
 
 }  // namespace quorvex

@@ -71,7 +71,7 @@ int CxDcmParser::ParseDicomHeaderOfPart10File(std::unique_ptr<CDcmObject>& objec
     object = MakeObject(path);
     const DCMRESULT result =
         readWholeFile != 0
-            ? object->ReadFile(app, nullptr, nullptr)
+            ? object->ReadFile(app, &context, ReadFromFile)  // what it holds now may be another
             : object->ReadFileUptoTag(app, kJustBelowPixelData, &offset, &context, ReadFromFile);
     if (result == kDcmSuccess) {
         WriteDebugLine("ParseDicomHeaderOfPart10File success(" + path.ToUtf8() + ")");

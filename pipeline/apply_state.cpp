@@ -43,7 +43,7 @@ void CXDIPP::ApplyState(CDcmObject* state) {
 }
 
 QUORVEX_MESSAGE CXDIPP::ApllyGSPSObject(CDcmApp* app, CString path) {
-    return Answer(QVM_SUCCESS, [&] {
+    return Answer(QVM_ERROR_NO_IMAGE, [&] {
         CxDcmParser state;
         state.Initialize(app, std::move(path), 0);
         ApplyState(state.GetHeader());
@@ -52,7 +52,7 @@ QUORVEX_MESSAGE CXDIPP::ApllyGSPSObject(CDcmApp* app, CString path) {
 }
 
 QUORVEX_MESSAGE CXDIPP::ApllyGSPSObject(CDcmApp*, CDcmObject* object) {
-    return Answer(QVM_SUCCESS, [&] {
+    return Answer(QVM_ERROR_NO_IMAGE, [&] {
         ApplyState(object);
         return QVM_SUCCESS;
     });

@@ -119,7 +119,7 @@ void BurnOverlays(const CDcmObject& object, Bits embedded, const OverlayPicture&
 QUORVEX_MESSAGE CXDIPP::MakeOverlayImage(CDcmObject* object, unsigned char* /*pixels*/,
                                          unsigned char* overlay, unsigned long& length,
                                          unsigned short& /*outWidth*/, int /*reserved*/) const {
-    return Answer(QVM_SUCCESS, [&] {
+    return Answer(QVM_ERROR_NO_IMAGE, [&] {
         if (object == nullptr) return QVM_SUCCESS;
         const OverlayPicture picture = PictureOf(*object);
         length = picture.size.BitCount();
@@ -135,7 +135,7 @@ QUORVEX_MESSAGE CXDIPP::MakeOverlayImage2(CDcmObject* object, CLData* data, unsi
                                           unsigned short samplesPerPixel, unsigned short columns,
                                           unsigned short rows,
                                           unsigned short /*pixelRepresentation*/) const {
-    return Answer(QVM_SUCCESS, [&] {
+    return Answer(QVM_ERROR_NO_IMAGE, [&] {
         if (object == nullptr) return QVM_SUCCESS;
         const bool isTold = bitsAllocated != 0 || samplesPerPixel != 0;
         const OverlayPicture picture =

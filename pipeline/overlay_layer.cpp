@@ -1,5 +1,6 @@
 #include "pipeline/overlay_layer.h"
 
+#include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
 #include "pipeline/embedded_overlay.h"
 #include "pipeline/overlay_image.h"
@@ -20,7 +21,7 @@ constexpr int kMostPixels = std::numeric_limits<unsigned short>::max();
 
 PixelBlock ClearedLayer(CSize size, std::size_t pixelBytes) {
     const auto bytes = CheckedProduct(size.cx, size.cy, pixelBytes);
-    if (!bytes) throw std::bad_alloc();
+    if (!bytes) throw BlockTooLarge();
     PixelBlock layer = NewPixelBlock(*bytes);
     std::memset(layer.data.get(), 0, layer.size);
     return layer;

@@ -1,5 +1,6 @@
 #include "pipeline/shown_shutter.h"
 
+#include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
 #include "pipeline/stored_elements.h"
 #include "quorvex/CXGSPSInfo.h"
@@ -26,7 +27,7 @@ std::span<const std::uint8_t> MaskOf(const _IMAGE_INFO& job, const CXGSPSInfo& r
 
 PixelBlock ColourBlock(std::size_t pixelCount) {
     const auto size = CheckedProduct(pixelCount, kChannels);
-    if (!size) throw std::bad_alloc();
+    if (!size) throw BlockTooLarge();
     return NewPixelBlock(*size);
 }
 

@@ -114,7 +114,7 @@ int StoredLayout::ElementBytes() const noexcept {
 PixelBlock NewPixelBlock(std::size_t size) {
     if (size > kLargestBlock) {
         RefuseBy(Limit::kLargestBlock);
-        throw std::bad_alloc();
+        throw BlockTooLarge();
     }
     PixelBlock block{std::unique_ptr<unsigned char[]>(new unsigned char[size]), size};
     WillBeFilled(block.data.get(), size);
@@ -123,7 +123,7 @@ PixelBlock NewPixelBlock(std::size_t size) {
 
 ElementFrame StoredElements(PixelBlock frame, const StoredLayout& layout) {
     const auto size = CheckedProduct(layout.pixelCount, layout.ElementBytes());
-    if (!size) throw std::bad_alloc();
+    if (!size) throw BlockTooLarge();
     PixelBlock elements = WholeElements(std::move(frame), layout, *size);
     const BitPlace place = StoredBits(layout);
     return WithElementType(layout, [&](auto element) {

@@ -38,7 +38,7 @@ struct ElementFrame {
 /// becomes the elements itself.
 [[nodiscard]] ElementFrame StoredElements(PixelBlock frame, const StoredLayout& layout);
 
-/// A block of `size` bytes, undefined. Throws std::bad_alloc, also above the largest block.
+/// A block of `size` bytes, undefined. Throws std::bad_alloc, BlockTooLarge.
 [[nodiscard]] PixelBlock NewPixelBlock(std::size_t size);
 
 }  // namespace quorvex

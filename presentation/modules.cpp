@@ -41,7 +41,7 @@ int CXGSPSObject::GetGSPSModule(unsigned int selector, CDcmObject* object, CXGSP
     if (object == nullptr || info == nullptr) return 1;
     const Reader reader = selector < std::size(kReaders) ? kReaders[selector] : nullptr;
     if (reader == nullptr) return 1;
-    return Answer(1, [&] {
+    return Answer(0, [&] {
         (this->*reader)(object, info);
         return 1;
     });

@@ -110,7 +110,7 @@ int CXGSPSObject::GetShutter(CDcmObject* object, CXGSPSInfo* info) {
     int shapeCount = 0;
     object->GetValueCount(tag::kShutterShape, shapeCount);
     for (const auto& maker : kMakers) {
-        // Without the memory for a mask there is none, and the reading goes on.
+        // A mask larger than any block is none, and the reading goes on.
         if (shapeCount == 1 && *shape == CString(maker.shape)) {
             static_cast<void>(Answer(0, [&] { return (this->*maker.make)(object, info); }));
         }

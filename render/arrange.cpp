@@ -19,7 +19,7 @@ void Blacken(unsigned char* image, CSize size, int pixelSize) {
 
 HeapBlock ImageBlock(CSize size, int pixelSize) {
     const auto bytes = CheckedProduct(size.cx, size.cy, pixelSize);
-    if (!bytes) throw std::bad_alloc();
+    if (!bytes) throw BlockTooLarge();
     return HeapBlock(*bytes);
 }
 

@@ -1,6 +1,7 @@
 #include "foundation/raster/word_ramp.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
+#include "foundation/types/undo.h"
 #include "quorvex/CXWindowing.h"
 #include "render/job_rules.h"
 
@@ -86,9 +87,10 @@ CXImageCreator& CXImageCreator::operator=(const CXImageCreator& other) noexcept 
 CXImageCreator::~CXImageCreator() = default;
 
 int CXImageCreator::GetImageWithInfo(_IMAGE_INFO& info) {
-    const int result = Answer(kJobWithoutTable, [&] { return RunStages(info); });
-    ReleaseBuffers();
-    return result;
+    return Answer(kJobWithoutTable, [&] {
+        const UndoUnlessKept buffers([this] { ReleaseBuffers(); });
+        return RunStages(info);
+    });
 }
 
 int CXImageCreator::RunStages(_IMAGE_INFO& info) {

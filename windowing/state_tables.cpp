@@ -1,6 +1,7 @@
 #include "foundation/types/answer.h"
 #include "foundation/types/limits.h"
 #include "foundation/types/saturate.h"
+#include "foundation/types/undo.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
 #include "windowing/window_arithmetic.h"
@@ -131,15 +132,15 @@ int CXWindowing::Prepare(Steps steps) {
     const std::lock_guard lock(tableLock);
     const Settings settingsBefore = settings;
     Tables tablesBefore = std::exchange(tables, Tables{});
-    const bool isDone = Answer(false, [&] {
+    return Answer(0, [&] {
+        UndoUnlessKept undo([&] {
+            settings = settingsBefore;
+            tables = std::move(tablesBefore);
+        });
         steps();
-        return true;
+        undo.Keep();
+        return 0;
     });
-    if (!isDone) {
-        settings = settingsBefore;
-        tables = std::move(tablesBefore);
-    }
-    return 0;
 }
 
 int CXWindowing::PrepareGSPSProcessing(CXGSPSInfo* info) {

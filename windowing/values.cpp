@@ -1,5 +1,6 @@
 #include "foundation/types/answer.h"
 #include "foundation/types/saturate.h"
+#include "foundation/types/undo.h"
 #include "quorvex/CXWindowing.h"
 #include "windowing/window_arithmetic.h"
 
@@ -124,14 +125,13 @@ int CXWindowing::MoveWidth(std::int64_t steps) {
 template <class Change>
 int CXWindowing::ChangeSettings(Change change) {
     const std::lock_guard lock(tableLock);
-    const Settings before = settings;
-    change(settings);
-    const int result = Answer(kNoChange, [this] {
+    return Answer(kNoChange, [&] {
+        UndoUnlessKept undo([this, before = settings] { settings = before; });
+        change(settings);
         UpdateWindowingTable();
+        undo.Keep();
         return kDone;
     });
-    if (result != kDone) settings = before;
-    return result;
 }
 
 }  // namespace quorvex

@@ -28,7 +28,7 @@ protected:
 /// Never asks for more than what somebody wants to look at, and never allocates ahead of what came.
 class ByteFeed {
 public:
-    explicit ByteFeed(PieceSource& source) noexcept : source_(source) {}
+    explicit ByteFeed(PieceSource& source) : source_(source) {}
 
     /// Pulls until `count` bytes from `position` on are there; false where the data end before.
     [[nodiscard]] bool Has(std::size_t position, std::size_t count) {

@@ -17,10 +17,9 @@ std::optional<Number> UnknownNumber(Bytes value) {
 
 void LookAtText(const DataSet& dataSet, const Element& element, Cursor& cursor) {
     if (cursor.textForm != Cursor::TextForm::kUnknown) return;
-    cursor.textForm = Cursor::TextForm::kPlain;
-    if (IsPlainText(CharactersOf(dataSet.ValueOf(element)))) return;
-    cursor.decoded = DecodedText(dataSet, element);
-    cursor.textForm = Cursor::TextForm::kDecoded;
+    const bool isPlain = IsPlainText(CharactersOf(dataSet.ValueOf(element)));
+    if (!isPlain) cursor.decoded = DecodedText(dataSet, element);
+    cursor.textForm = isPlain ? Cursor::TextForm::kPlain : Cursor::TextForm::kDecoded;
 }
 
 template <class Text>

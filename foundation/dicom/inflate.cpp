@@ -3,6 +3,7 @@
 #include "foundation/types/checked_size.h"
 
 #include <algorithm>
+#include <new>
 #include <zlib.h>
 
 namespace quorvex::dicom {
@@ -15,7 +16,8 @@ constexpr int kWrappedStream = MAX_WBITS;
 
 class Inflater {
 public:
-    explicit Inflater(int windowBits) : isGood_(inflateInit2(&stream_, windowBits) == Z_OK) {}
+    explicit Inflater(int windowBits)
+        : isGood_(HadMemory(inflateInit2(&stream_, windowBits)) == Z_OK) {}
     Inflater(const Inflater&) = delete;
     Inflater& operator=(const Inflater&) = delete;
     ~Inflater() { inflateEnd(&stream_); }
@@ -29,6 +31,11 @@ public:
     }
 
 private:
+    static int HadMemory(int status) {
+        if (status == Z_MEM_ERROR) throw std::bad_alloc();
+        return status;
+    }
+
     /// One piece of output; false at the end of the stream, of the input or of sense.
     bool Step(Bytes& input, ByteBuffer& output) {
         const std::size_t given = std::min(input.size(), kMostInput);
@@ -38,7 +45,7 @@ private:
         stream_.avail_in = static_cast<uInt>(given);
         stream_.next_out = output.data() + before;
         stream_.avail_out = static_cast<uInt>(kInflatePiece);
-        const int status = inflate(&stream_, Z_NO_FLUSH);
+        const int status = HadMemory(inflate(&stream_, Z_NO_FLUSH));
         output.resize(before + kInflatePiece - stream_.avail_out);
         input = input.subspan(given - stream_.avail_in);
         return status == Z_OK;

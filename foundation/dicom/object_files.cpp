@@ -17,9 +17,17 @@ using dicom::ReadOutcome;
 
 CDcmObject::CDcmObject() = default;
 
+CDcmObject& CDcmObject::operator=(const CDcmObject& other) {
+    CString name = other.name_;  // all that can fail
+    CDcmObjectCommon::operator=(other);
+    std::swap(name_, name);
+    return *this;
+}
+
 DCMRESULT CDcmObject::Open(const CString& name) {
     return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
-        name_ = name;
+        CString copy = name;
+        std::swap(name_, copy);
         return kDcmSuccess;
     });
 }
@@ -33,7 +41,7 @@ DCMRESULT CDcmObject::RenameFile(const CString& name) {
 }
 
 CString CDcmObject::GetFileName() const {
-    return name_;
+    return Answer(CString(), [&] { return name_; });
 }
 
 DCMRESULT CDcmObject::Close() {

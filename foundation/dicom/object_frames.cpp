@@ -25,16 +25,18 @@ public:
     BufferSink(PixelWalkCallback callback, void* user) : callback_(callback), user_(user) {}
 
     MC_STATUS Begin() override { return Event(2); }
-    MC_STATUS OffsetTable(Bytes table) override {
-        return callback_(0, table.size(), Data(table), 0, 0, user_);
-    }
+    MC_STATUS OffsetTable(Bytes table) override { return Give(0, table, 0); }
     MC_STATUS Piece(std::size_t, Bytes piece, bool, bool) override {
-        return callback_(++item_, piece.size(), Data(piece), 0, 0, user_);
+        return Give(++item_, piece, 0);
     }
     MC_STATUS EndFrame() override { return Event(1); }
 
 private:
-    MC_STATUS Event(int event) { return callback_(item_, 0, nullptr, 0, event, user_); }
+    MC_STATUS Event(int event) { return Give(item_, {}, event); }
+    MC_STATUS Give(int item, Bytes piece, int event) {
+        const HostCode host;
+        return callback_(item, piece.size(), Data(piece), 0, event, user_);
+    }
 
     PixelWalkCallback callback_;
     void* user_;
@@ -53,6 +55,7 @@ public:
 
 private:
     MC_STATUS Give(int item, Bytes piece, bool isFirst, bool isLast) {
+        const HostCode host;
         return callback_(0, tag_, user_, item, piece.size(), Data(piece), isFirst ? 1 : 0,
                          isLast ? 1 : 0);
     }

@@ -10,7 +10,7 @@ namespace quorvex {
 CDcmCommon::~CDcmCommon() = default;
 
 CString CDcmCommon::GetErrorMessage() const {
-    return errorMessage_;
+    return Answer(CString(), [&] { return CString(errorMessage_); });
 }
 
 void CDcmCommon::SetErrorMessage(const char* sentence) const noexcept {

@@ -2,6 +2,7 @@
 #include "foundation/dicom/cursors.h"
 #include "foundation/dicom/element_values.h"
 #include "foundation/types/answer.h"
+#include "foundation/types/undo.h"
 #include "quorvex/DicomObject.h"
 
 #include <algorithm>
@@ -71,6 +72,7 @@ public:
         piece_.assign(piece.begin(), piece.end());
         dicom::TurnBytes(piece_.data(), piece_.size(), turnedUnit);
         left_ -= piece.size();
+        const HostCode host;
         const MC_STATUS status = callback_(0, tag_, user_, static_cast<int>(piece.size()),
                                            piece_.data(), isFirst_ ? 1 : 0, left_ == 0 ? 1 : 0);
         isFirst_ = false;
@@ -107,11 +109,17 @@ DCMRESULT CDcmObjectCommon::ReadNext(std::uint32_t tag, Value& value) const {
         if (cursors_ == nullptr) cursors_ = std::make_unique<Cursors>();
         Cursor* cursor = cursors_->Find(tag);
         if (cursor == nullptr) {
-            cursor = &cursors_->all.emplace_back();
-            cursor->tag = tag;
-            PassFirst(*dataSet_, *element, *cursor);
+            Cursor behindFirst;
+            behindFirst.tag = tag;
+            PassFirst(*dataSet_, *element, behindFirst);
+            cursor = &cursors_->all.emplace_back(std::move(behindFirst));
         }
-        return Take(*dataSet_, *element, *cursor, value);
+        UndoUnlessKept stay([cursor, place = dicom::Place(*cursor)] {
+            static_cast<dicom::Place&>(*cursor) = place;
+        });
+        const DCMRESULT result = Take(*dataSet_, *element, *cursor, value);
+        stay.Keep();
+        return result;
     });
 }
 

@@ -23,10 +23,16 @@ DcmElementView ViewOf(const DataSet& dataSet, const Element& element, int depth,
             .isCut = element.isCut};
 }
 
+MC_STATUS Visit(const DcmElementView& view, void* user, ElementVisitor visitor) {
+    const HostCode host;
+    return visitor(view, user);
+}
+
 /// Data sets nest `kDeepestNesting` levels at most, so the walk may recurse.
 bool Walk(const DataSet& dataSet, int depth, int itemIndex, void* user, ElementVisitor visitor) {
     for (const Element& element : dataSet.Elements()) {
-        if (visitor(ViewOf(dataSet, element, depth, itemIndex), user) != kMcContinue) return false;
+        if (Visit(ViewOf(dataSet, element, depth, itemIndex), user, visitor) != kMcContinue)
+            return false;
         const dicom::Items* items = dicom::ItemsOf(element);
         if (items == nullptr) continue;
         int index = 0;

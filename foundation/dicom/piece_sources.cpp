@@ -1,5 +1,10 @@
 #include "foundation/dicom/piece_sources.h"
 
+#include "foundation/types/answer.h"
+
+#include <cerrno>
+#include <new>
+
 namespace quorvex::dicom {
 namespace {
 
@@ -18,6 +23,7 @@ PieceSource::Piece FileCallbackSource::Next(bool isFirst) {
     int length = 0;
     int last = 0;
     void* data = nullptr;
+    const HostCode host;
     const MC_STATUS status =
         callback_(fileName_.c_str(), user_, &length, &data, isFirst ? 1 : 0, &last);
     return PieceOf(status, length, data, last);
@@ -27,12 +33,15 @@ PieceSource::Piece StreamCallbackSource::Next(bool isFirst) {
     int length = 0;
     int last = 0;
     void* data = nullptr;
+    const HostCode host;
     const MC_STATUS status = callback_(0, user_, isFirst ? 1 : 0, &length, &data, &last);
     return PieceOf(status, length, data, last);
 }
 
 NamedFileSource::NamedFileSource(const std::string& path)
-    : file_(std::fopen(path.c_str(), "rb")), piece_(kFilePiece) {}
+    : piece_(kFilePiece), file_(std::fopen(path.c_str(), "rb")) {
+    if (file_ == nullptr && errno == ENOMEM) throw std::bad_alloc();
+}
 
 PieceSource::Piece NamedFileSource::Next(bool) {
     if (file_ == nullptr) return {.isRefused = true};

@@ -42,8 +42,8 @@ private:
     struct Close {
         void operator()(std::FILE* file) const noexcept { std::fclose(file); }
     };
-    std::unique_ptr<std::FILE, Close> file_;
     ByteBuffer piece_;
+    std::unique_ptr<std::FILE, Close> file_;
 };
 
 }  // namespace quorvex::dicom

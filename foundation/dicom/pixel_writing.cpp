@@ -67,11 +67,13 @@ void PutFrames(DataSet& dataSet, std::uint32_t tag, const Buffers& frames) {
     buffer.reserve(TotalOf(frames, tables.basic.size()));
     std::vector<ByteRange> ranges = {Append(buffer, tables.basic)};
     for (const Bytes frame : frames) ranges.push_back(Append(buffer, frame));
+    DataSet changed = dataSet;
     if (tag == kPixelData) {
-        PutOrRemove(dataSet, kExtendedOffsetTable, std::move(tables.extendedOffsets));
-        PutOrRemove(dataSet, kExtendedOffsetTableLengths, std::move(tables.extendedLengths));
+        PutOrRemove(changed, kExtendedOffsetTable, std::move(tables.extendedOffsets));
+        PutOrRemove(changed, kExtendedOffsetTableLengths, std::move(tables.extendedLengths));
     }
-    dataSet.PutFragments(tag, MC_VR_OB, std::move(buffer), std::move(ranges));
+    changed.PutFragments(tag, MC_VR_OB, std::move(buffer), std::move(ranges));
+    dataSet = std::move(changed);
 }
 
 /// The pieces that a callback supplies, as one; nothing when it refuses, or gives what is none.
@@ -81,6 +83,7 @@ std::optional<ByteBuffer> Pulled(std::uint32_t tag, void* user, ValueWriteCallba
         int length = 0;
         void* data = nullptr;
         int isLast = 0;
+        const HostCode host;
         if (callback(0, tag, user, isFirst ? 1 : 0, &length, &data, &isLast) != kMcContinue)
             return std::nullopt;
         if (length < 0 || (length > 0 && data == nullptr)) return std::nullopt;

@@ -7,6 +7,7 @@
 #include <bit>
 #include <cerrno>
 #include <iconv.h>
+#include <new>
 
 namespace quorvex::dicom {
 namespace {
@@ -26,8 +27,9 @@ public:
     }
 
     /// False where this system does not know the encoding.
-    bool Open(const char* to, const char* from) noexcept {
+    bool Open(const char* to, const char* from) {
         if (!IsOpen()) handle_ = iconv_open(to, from);
+        if (!IsOpen() && errno == ENOMEM) throw std::bad_alloc();
         if (IsOpen()) iconv(handle_, nullptr, nullptr, nullptr, nullptr);
         return IsOpen();
     }

@@ -76,18 +76,19 @@ Element& Extensible(DataSet& dataSet, Element& element) {
     if (std::get_if<ByteBuffer>(element.content.get()) != nullptr) return element;
     ByteBuffer value;
     const Bytes stored = dataSet.ValueOf(element);
-    if (IsText(MeaningOf(element))) {
+    const bool isText = IsText(MeaningOf(element));
+    if (isText) {
         const std::string text = Utf8FromUtf16(DecodedText(dataSet, element));
         value.assign(text.begin(), text.end());
         while (!value.empty() && (value.back() == ' ' || value.back() == 0)) value.pop_back();
-        element.isUtf8 = true;
     } else {
         value.assign(stored.begin(), stored.end());
         if (element.isBigEndian) TurnBytes(value.data(), value.size(), Describe(element.vr).unit);
     }
+    element.content = std::make_shared<Content>(std::move(value));  // nothing fails from here on
+    if (isText) element.isUtf8 = true;
     element.isBigEndian = false;
     element.isCut = false;
-    element.content = std::make_shared<Content>(std::move(value));
     return element;
 }
 
@@ -102,31 +103,53 @@ void KeepMeaningOfText(DataSet& dataSet) {
     }
 }
 
-/// The value of an element to add to; nothing when there is none and the attribute must be set.
-ByteBuffer* ValueToExtend(DataSet& dataSet, std::uint32_t tag) {
+bool OwnsBytes(const Element& element) {
+    return std::get_if<ByteBuffer>(element.content.get()) != nullptr;
+}
+
+/// Adds to the value of an element; false when there is none and the attribute must be set.
+bool Extend(DataSet& dataSet, std::uint32_t tag, Bytes added) {
     Element* element = dataSet.FindMutable(tag);
     const bool isBytes = element != nullptr && ItemsOf(*element) == nullptr &&
                          dataSet.FragmentsOf(*element).IsEmpty();
-    return isBytes ? &Unshared<ByteBuffer>(Extensible(dataSet, *element)) : nullptr;
+    if (!isBytes) return false;
+    if (OwnsBytes(*element)) {
+        ByteBuffer& value = Unshared<ByteBuffer>(*element);
+        value.insert(value.end(), added.begin(), added.end());
+        return true;
+    }
+    Element owned = *element;
+    ByteBuffer& value = Unshared<ByteBuffer>(Extensible(dataSet, owned));
+    value.insert(value.end(), added.begin(), added.end());
+    *element = std::move(owned);
+    return true;
+}
+
+void PutTextAlone(DataSet& dataSet, std::uint32_t tag, MC_VR vr, const std::string& text,
+                  bool isNext) {
+    ByteBuffer value(text.begin(), text.end());
+    if (isNext) {
+        value.insert(value.begin(), '\\');
+        if (Extend(dataSet, tag, value)) {
+            dataSet.FindMutable(tag)->isUtf8 = true;
+            return;
+        }
+        value.erase(value.begin());
+    }
+    dataSet.PutBytes(tag, vr, std::move(value)).isUtf8 = true;
 }
 
 void PutText(DataSet& dataSet, std::uint32_t tag, MC_VR vr, const std::string& text, bool isNext) {
-    if (tag == kSpecificCharacterSet) KeepMeaningOfText(dataSet);
-    if (ByteBuffer* value = isNext ? ValueToExtend(dataSet, tag) : nullptr) {
-        value->push_back('\\');
-        value->insert(value->end(), text.begin(), text.end());
-        dataSet.FindMutable(tag)->isUtf8 = true;
-        return;
-    }
-    dataSet.PutBytes(tag, vr, ByteBuffer(text.begin(), text.end())).isUtf8 = true;
+    if (tag != kSpecificCharacterSet) return PutTextAlone(dataSet, tag, vr, text, isNext);
+    DataSet changed = dataSet;
+    KeepMeaningOfText(changed);
+    PutTextAlone(changed, tag, vr, text, isNext);
+    dataSet = std::move(changed);
 }
 
 void PutBinary(DataSet& dataSet, std::uint32_t tag, MC_VR vr, const ByteBuffer& bytes,
                bool isNext) {
-    if (ByteBuffer* value = isNext ? ValueToExtend(dataSet, tag) : nullptr) {
-        value->insert(value->end(), bytes.begin(), bytes.end());
-        return;
-    }
+    if (isNext && Extend(dataSet, tag, bytes)) return;
     dataSet.PutBytes(tag, vr, bytes);
 }
 

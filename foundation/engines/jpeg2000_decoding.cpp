@@ -7,7 +7,9 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <new>
 #include <optional>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -32,24 +34,34 @@ bool IsDecodable(const Jpeg2000Header& header) noexcept {
            header.height <= kLongestCodedSide;
 }
 
-OpjImage Decode(Bytes codestream, Bytes tail, bool isStrict) noexcept {
+/// The library goes on with an image that it had no memory to describe, and would fall over it.
+bool IsDescribed(const OpjImage& image) noexcept {
+    return image && image->comps != nullptr && image->numcomps > 0;
+}
+
+/// Throws std::bad_alloc where the library had no memory: what it has then is no broken stream, and
+/// a more lenient try would pass for one.
+OpjImage Decode(Bytes codestream, Bytes tail, bool isStrict) {
     OpjSource source{.parts = {codestream, tail}};
+    bool ranOut = false;
     const OpjStream stream = OpenForReading(source);
-    const OpjCodec codec = MakeOpjDecoder();
+    const OpjCodec codec = MakeOpjDecoder(ranOut);
     opj_dparameters_t settings{};
     opj_set_default_decoder_parameters(&settings);
-    if (!stream || !codec || !opj_setup_decoder(codec.get(), &settings)) return nullptr;
+    if (!stream || !codec || !opj_setup_decoder(codec.get(), &settings)) throw std::bad_alloc();
     if (!opj_decoder_set_strict_mode(codec.get(), isStrict ? OPJ_TRUE : OPJ_FALSE)) return nullptr;
     opj_image_t* read = nullptr;
     const bool hasHeader = opj_read_header(stream.get(), codec.get(), &read) != 0;
     OpjImage image(read);
-    if (!hasHeader || !image || !opj_decode(codec.get(), stream.get(), image.get())) return nullptr;
-    return image;
+    if (hasHeader && !IsDescribed(image)) throw std::bad_alloc();
+    const bool isDecoded = hasHeader && opj_decode(codec.get(), stream.get(), image.get()) != 0;
+    if (ranOut) throw std::bad_alloc();
+    return isDecoded ? std::move(image) : nullptr;
 }
 
 // Strictly first. Then without what follows the last whole tile-part, since some writers leave junk
 // there. Then as far as a stream that breaks off goes.
-OpjImage DecodeAsFarAsPossible(Bytes codestream, bool& isIncomplete) noexcept {
+OpjImage DecodeAsFarAsPossible(Bytes codestream, bool& isIncomplete) {
     if (OpjImage image = Decode(codestream, {}, true)) return image;
     const auto whole = WholeTileParts(codestream);
     if (whole) {

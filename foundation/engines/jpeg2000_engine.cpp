@@ -67,7 +67,7 @@ int PegasusQuery(PegasusParameters& parameters) noexcept {
 }
 
 int Pegasus(PegasusParameters& parameters, int request) noexcept {
-    return Answer(kPegasusFailed, [&] {
+    return Contain(kPegasusFailed, [&] {
         switch (request) {
             case kPegasusBegin:
                 return Begin(parameters);

@@ -77,6 +77,11 @@ OPJ_OFF_T SkipTarget(OPJ_OFF_T count, void* user) noexcept {
 
 void SayNothing(const char*, void*) noexcept {}
 
+/// The library tells only in words that it had no memory.
+void NoteMissingMemory(const char* sentence, void* user) noexcept {
+    if (std::strstr(sentence, "memory") != nullptr) *static_cast<bool*>(user) = true;
+}
+
 OpjCodec Silent(opj_codec_t* codec) noexcept {
     if (codec == nullptr) return nullptr;
     opj_set_info_handler(codec, SayNothing, nullptr);
@@ -110,8 +115,10 @@ OpjStream OpenForWriting(OpjTarget& target) noexcept {
     return stream;
 }
 
-OpjCodec MakeOpjDecoder() noexcept {
-    return Silent(opj_create_decompress(OPJ_CODEC_J2K));
+OpjCodec MakeOpjDecoder(bool& ranOut) noexcept {
+    OpjCodec codec = Silent(opj_create_decompress(OPJ_CODEC_J2K));
+    if (codec) opj_set_error_handler(codec.get(), NoteMissingMemory, &ranOut);
+    return codec;
 }
 OpjCodec MakeOpjEncoder() noexcept {
     return Silent(opj_create_compress(OPJ_CODEC_J2K));

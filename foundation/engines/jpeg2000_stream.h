@@ -41,8 +41,9 @@ struct OpjTarget {
 [[nodiscard]] OpjStream OpenForReading(OpjSource& source) noexcept;
 [[nodiscard]] OpjStream OpenForWriting(OpjTarget& target) noexcept;
 
-/// A codec that prints nothing; null without memory.
-[[nodiscard]] OpjCodec MakeOpjDecoder() noexcept;
+/// A codec that prints nothing; null without memory. The decoder notes in `ranOut`, which must
+/// outlive it, that it had no memory later on.
+[[nodiscard]] OpjCodec MakeOpjDecoder(bool& ranOut) noexcept;
 [[nodiscard]] OpjCodec MakeOpjEncoder() noexcept;
 
 }  // namespace quorvex

@@ -68,7 +68,7 @@ int init_compression(JpegCompressionHandle& handle, const JpegCodingBlock& codin
     JpegCodingBlock withOutput = coding;
     withOutput.writeContext = writeContext;
     withOutput.write = write;
-    return Answer(kFailure, [&] { return Open(handle, withOutput); });
+    return Contain(kFailure, [&] { return Open(handle, withOutput); });
 }
 
 int icompress(const JpegCompressionHandle& handle, const unsigned char* source, int rows) noexcept {

@@ -162,8 +162,8 @@ int init_decompression(JpegDecompressionHandle& handle, JpegDescription& descrip
                        std::uint64_t streamLength, void* readContext,
                        JpegReadCallback read) noexcept {
     handle.reset();
-    return Answer(kFailure,
-                  [&] { return Open(handle, description, streamLength, readContext, read); });
+    return Contain(kFailure,
+                   [&] { return Open(handle, description, streamLength, readContext, read); });
 }
 
 int pix_layout(const JpegDecompressionHandle& handle, JpegPixelLayout& layout, int bytesPerSample,
@@ -172,8 +172,8 @@ int pix_layout(const JpegDecompressionHandle& handle, JpegPixelLayout& layout, i
                             (interleave == 1 || interleave == 3) &&
                             (bytesPerSample == 1 || bytesPerSample == 2);
     if (!isPossible) return kFailure;
-    return Answer(kFailure,
-                  [&] { return LayOut(*handle, layout, bytesPerSample, colour, subsampled); });
+    return Contain(kFailure,
+                   [&] { return LayOut(*handle, layout, bytesPerSample, colour, subsampled); });
 }
 
 int decompress(const JpegDecompressionHandle& handle, unsigned char*& rows, int lines) noexcept {

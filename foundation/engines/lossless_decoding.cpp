@@ -63,7 +63,7 @@ public:
 
     [[nodiscard]] int Read(unsigned char* rows, int lines) noexcept override {
         int read = 0;
-        const bool isDone = Answer(false, [&] {
+        const bool isDone = Contain(false, [&] {
             while (library_ == nullptr && read < lines && ReadLine(rows)) {
                 rows += rowBytes_;
                 ++read;

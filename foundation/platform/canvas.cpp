@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <numbers>
 
 namespace quorvex {
@@ -34,6 +35,11 @@ struct Release {
     void operator()(cairo_t* context) const noexcept { cairo_destroy(context); }
     void operator()(cairo_surface_t* surface) const noexcept { cairo_surface_destroy(surface); }
 };
+
+/// The library remembers the first trouble and draws nothing more.
+void ThrowWithoutMemory(cairo_t* context) {
+    if (cairo_status(context) == CAIRO_STATUS_NO_MEMORY) throw std::bad_alloc();
+}
 
 bool IsPlace(CanvasPoint point) {
     return !std::isnan(point.x) && !std::isnan(point.y);
@@ -149,6 +155,7 @@ Canvas::Canvas(CSize size) {
     sheet->extent = size;
     sheet->surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, size.cx, size.cy));
     sheet->context.reset(cairo_create(sheet->surface.get()));
+    ThrowWithoutMemory(sheet->context.get());
     if (cairo_status(sheet->context.get()) != CAIRO_STATUS_SUCCESS) return;
     cairo_set_line_join(sheet->context.get(), CAIRO_LINE_JOIN_ROUND);
     cairo_set_line_cap(sheet->context.get(), CAIRO_LINE_CAP_ROUND);
@@ -205,6 +212,7 @@ double Canvas::TextWidth(const std::string& utf8, double size) {
 
 void Canvas::PutOnto(const DrawingSurface& surface) {
     if (!sheet_ || !IsUsable(surface)) return;
+    ThrowWithoutMemory(sheet_->context.get());
     cairo_surface_t* const sheet = sheet_->surface.get();
     cairo_surface_flush(sheet);
     const unsigned char* const drawn = cairo_image_surface_get_data(sheet);

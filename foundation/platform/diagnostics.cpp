@@ -31,7 +31,7 @@ void SetDebugOutput(DebugSink sink, void* user) noexcept {
 }
 
 void WriteDebugLine(std::string_view line) noexcept {
-    (void)Answer(false, [&] {
+    (void)Contain(false, [&] {
         const std::string text(line);
         const Sink sink = CurrentSink();
         if (sink.call != nullptr) {

@@ -2,13 +2,15 @@
 
 #include "foundation/types/answer.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
-#include <fstream>
 #include <mutex>
 #include <random>
+#include <span>
 #include <string_view>
 #include <unistd.h>
 #include <utility>
@@ -25,22 +27,25 @@ std::uint32_t HashOf(std::string_view text) noexcept {
     return hash;
 }
 
-std::string HostName() {
-    std::array<char, 256> name{};
-    return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+std::size_t ReadStart(const char* path, std::span<char> text) noexcept {
+    const int file = open(path, O_RDONLY | O_CLOEXEC);
+    if (file < 0) return 0;
+    const ssize_t count = read(file, text.data(), text.size());
+    close(file);
+    return static_cast<std::size_t>(std::max<ssize_t>(count, 0));
 }
 
+/// Asked once and kept for the life of the process, so nothing here may want for memory.
 std::uint32_t OwnMachineNumber() noexcept {
-    return Answer(std::uint32_t{0}, [] {
-        std::string name;
-        std::getline(std::ifstream("/etc/machine-id"), name);
-        if (name.empty()) name = HostName();
-        return name.empty() ? 0 : HashOf(name);
-    });
+    std::array<char, 256> text{};
+    std::string_view name(text.data(), ReadStart("/etc/machine-id", text));
+    name = name.substr(0, name.find('\n'));
+    if (name.empty() && gethostname(text.data(), text.size() - 1) == 0) name = text.data();
+    return name.empty() ? 0 : HashOf(name);
 }
 
 unsigned RandomStart() noexcept {
-    return Answer(static_cast<unsigned>(getpid()), [] { return std::random_device()(); });
+    return Contain(static_cast<unsigned>(getpid()), [] { return std::random_device()(); });
 }
 
 /// Steps through all six-digit numbers: the stride has no factor in common with their count.

@@ -5,6 +5,7 @@
 #include "foundation/types/checked_size.h"
 
 #include <cstddef>
+#include <exception>
 #include <memory>
 #include <new>
 #include <span>
@@ -18,8 +19,11 @@ struct GeneralAllocator {
     static void Give(unsigned char* data) noexcept { delete[] data; }
 };
 
+/// More than `kLargestBlock` was asked for: the header's fault, and not that of the memory.
+struct BlockTooLarge : std::exception {};
+
 /// A block from one allocator; goes back to the same one unless it is released.
-/// Throws std::bad_alloc where there is no memory, or for more than `kLargestBlock`.
+/// Throws std::bad_alloc where there is no memory, BlockTooLarge for more than `kLargestBlock`.
 template <class Allocator>
 class Block {
 public:
@@ -52,7 +56,7 @@ private:
     static unsigned char* Checked(std::size_t size) {
         if (size > kLargestBlock) {
             RefuseBy(Limit::kLargestBlock);
-            throw std::bad_alloc();
+            throw BlockTooLarge();
         }
         return Allocator::Take(size);
     }

@@ -147,7 +147,8 @@ public:
     /// annotations are where the host asks for them. A state that cannot be read leaves the image
     /// without presentation.
     ///
-    /// @return QVM_SUCCESS always; without an open image nothing happens
+    /// @return QVM_SUCCESS, also without an open image, where nothing happens; QVM_ERROR_NO_IMAGE
+    ///         without memory, nothing changed
     QUORVEX_MESSAGE ApllyGSPSObject(CDcmApp* app, CString path);
     /// The same from a data set, which stays the caller's.
     QUORVEX_MESSAGE ApllyGSPSObject(CDcmApp* app, CDcmObject* object);
@@ -257,7 +258,7 @@ public:
     /// @param length   receives Rows x Columns
     /// @param outWidth has no effect
     /// @param reserved has no effect
-    /// @return QVM_SUCCESS always
+    /// @return QVM_SUCCESS; QVM_ERROR_NO_IMAGE without memory, part of `overlay` drawn perhaps
     QUORVEX_MESSAGE MakeOverlayImage(CDcmObject* object, unsigned char* pixels,
                                      unsigned char* overlay, unsigned long& length,
                                      unsigned short& outWidth, int reserved) const;

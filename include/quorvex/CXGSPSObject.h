@@ -49,7 +49,7 @@ public:
     ///
     /// @param selector  0 modality, 1 shutter, 2 VOI, 3 presentation LUT, 5 rotation and flip,
     ///                  6 displayed area; any other does nothing
-    /// @return always 1
+    /// @return 1; or 0 without memory, and then the record holds what was read so far
     int GetGSPSModule(unsigned int selector, CDcmObject* object, CXGSPSInfo* info);
 
     /// Makes a presentation state for images of one series.

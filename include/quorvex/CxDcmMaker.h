@@ -115,7 +115,7 @@ public:
     CxDcmMaker& operator=(const CxDcmMaker&) = delete;
     virtual ~CxDcmMaker();
 
-    // Identity.
+    // Identity. Each text is empty without memory.
 
     /// Local time as HHMMSS.mmmmmm, the milliseconds unscaled in the last three digits.
     [[nodiscard]] static CString GetTime();
@@ -131,13 +131,13 @@ public:
     /// Fills `target` with everything but pixel attributes: patient and study of `source`, new
     /// series and instance UIDs, new dates, the manufacturer.
     /// @param target  already opened
-    /// @return always 1
+    /// @return 1; or 0 without memory, and then `target` is as it was
     int MakeDcmSkeleton(CDcmObject* source, CDcmObject* target);
 
     /// Puts the choices of a presentation record over what the source gave: for `objectKind` 1 to 7
     /// modality and SOP Class; series and instance number also where they are empty; patient name,
     /// series description and institution only where they are not.
-    /// @return always 1
+    /// @return 1; or 0 without memory, and then `target` is as it was
     int UpdateUserSettingInfo(CXGSPSInfo* info, CDcmObject* target);
 
     // A new object, frame by frame: DcmMakerInit, AddFrame as often as needed, MakeDcmObject.
@@ -204,6 +204,7 @@ public:
     ///         and GetOutcome() says why. Or, with nothing changed,
     ///         QVM_ERROR_INVALID_DCMAPP           no `app`, no `object`
     ///         QVM_ERROR_INVALID_TRANSFER_SYNTAX  the object has none that we know of
+    ///         QVM_ERROR_FAILED_TO_SET_PIXEL_DATA no memory
     QUORVEX_MESSAGE MakeDcmObject(CDcmApp* app, CDcmObject* object, _USER_SETTING_INFO* settings);
 
     /// What became of the Pixel Data in this maker's latest MakeDcmObject(): QVM_SUCCESS for made,

@@ -171,7 +171,6 @@ private:
     bool TakeFileImage(const unsigned char* fileBytes, unsigned long size);
     void TakeCallersHeader(CDcmApp* newApp, CDcmObject& object);
     void SetOwnHeader(std::unique_ptr<CDcmObject> object) noexcept;
-    void CorrectSamplesPerPixel();
 
     [[nodiscard]] static int IsEncodedImage(std::span<const unsigned char> value,
                                             int littleEndian) noexcept;

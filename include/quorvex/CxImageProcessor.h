@@ -78,7 +78,7 @@ public:
     /// @param source       the frame's bytes, fragments joined. Big-endian ones (102, 103) of other
     ///                     than three samples are byte-swapped in place
     /// @param result       null: receives a new block from the allocator that the allocation mode
-    ///                     names, yours also on failure. Otherwise your block, of the frame's size;
+    ///                     names, yours also on failure (null without memory). Otherwise your block, of the frame's size;
     ///                     it is never written past `resultSize`, unless that is 0
     /// @param resultSize   in: the length of your block, or 0 for just the frame's size; out: bytes
     ///                     of the frame (of a plain copy, only when the block was made here)
@@ -204,6 +204,9 @@ public:
 private:
     int InitializeMembers(const _IMAGE_PROCESS_PARAM* param);
     [[nodiscard]] bool IsDecodable() const noexcept;
+    QUORVEX_MESSAGE Decompress(const _IMAGE_PROCESS_PARAM& param, unsigned char* source,
+                               unsigned long sourceLength, unsigned char*& result,
+                               unsigned long& resultSize, int unsignedOnly);
     [[nodiscard]] std::size_t BytesPerSample() const noexcept { return bitsAllocated > 8 ? 2 : 1; }
     [[nodiscard]] std::size_t SampleBytesFor(std::size_t available) const noexcept;
     [[nodiscard]] RleLayout DescribeRle(std::size_t frameBytes) const noexcept;

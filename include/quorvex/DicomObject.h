@@ -269,6 +269,9 @@ private:
 class QUORVEX_API CDcmObject : public CDcmObjectCommon {
 public:
     CDcmObject();
+    CDcmObject(const CDcmObject& other) = default;
+    CDcmObject& operator=(const CDcmObject& other);
+    ~CDcmObject() override = default;
 
     /// Names the object; nothing is read. `ReadFile` later reads the file of that name.
     DCMRESULT Open(const CString& name);

@@ -86,10 +86,11 @@ struct CRect {
 class CPtrArray {
 public:
     [[nodiscard]] int GetSize() const noexcept { return static_cast<int>(items_.size()); }
-    [[nodiscard]] void* GetAt(int index) const {
-        return items_.at(static_cast<std::size_t>(index));
+    /// Null outside the array.
+    [[nodiscard]] void* GetAt(int index) const noexcept {
+        return index < 0 || index >= GetSize() ? nullptr : items_[static_cast<std::size_t>(index)];
     }
-    [[nodiscard]] void* operator[](int index) const { return GetAt(index); }
+    [[nodiscard]] void* operator[](int index) const noexcept { return GetAt(index); }
     /// Adds at the end and gives the new element's index.
     int Add(void* item) {
         items_.push_back(item);
