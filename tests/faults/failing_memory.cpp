@@ -1,0 +1,249 @@
+#include "tests/faults/failing_memory.h"
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <link.h>
+#include <new>
+#include <sys/mman.h>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define QUORVEX_OWN_MALLOC 0
+#else
+#define QUORVEX_OWN_MALLOC 1
+#endif
+
+namespace quorvex::test {
+namespace {
+
+struct Range {
+    std::uintptr_t begin = 0;
+    std::uintptr_t end = 0;
+};
+
+constexpr std::array kFrailLibraries = {"libopenjp2", "libcairo", "libpixman", "libfreetype"};
+using Ranges = std::array<Range, kFrailLibraries.size()>;
+
+int NoteRange(dl_phdr_info* library, std::size_t, void* user) {
+    for (std::size_t frail = 0; frail < kFrailLibraries.size(); ++frail) {
+        if (std::strstr(library->dlpi_name, kFrailLibraries[frail]) == nullptr) continue;
+        for (int i = 0; i < library->dlpi_phnum; ++i) {
+            const auto& part = library->dlpi_phdr[i];
+            if (part.p_type != PT_LOAD || (part.p_flags & PF_X) == 0) continue;
+            const std::uintptr_t begin = library->dlpi_addr + part.p_vaddr;
+            (*static_cast<Ranges*>(user))[frail] = {begin, begin + part.p_memsz};
+        }
+    }
+    return 0;
+}
+
+/// Where the code of those libraries lies.
+Ranges FrailRanges() noexcept {
+    Ranges ranges;
+    dl_iterate_phdr(NoteRange, &ranges);
+    return ranges;
+}
+
+struct Watch {
+    long failAt = 0;  // 0: nothing fails
+    bool failsOn = false;
+    long asked = 0;
+    long refused = 0;
+    long live = 0;
+    Ranges spared = {};
+};
+constinit thread_local Watch watch;
+
+bool MustFail(const void* caller) noexcept {
+    if (watch.failAt == 0) return false;
+    const auto place = reinterpret_cast<std::uintptr_t>(caller);
+    for (const Range& spared : watch.spared) {
+        if (place >= spared.begin && place < spared.end) return false;
+    }
+    const long now = ++watch.asked;
+    if (now != watch.failAt && !(watch.failsOn && now > watch.failAt)) return false;
+    ++watch.refused;
+    return true;
+}
+
+void* Counted(void* block) noexcept {
+    if (block != nullptr) ++watch.live;
+    return block;
+}
+
+}  // namespace
+
+FailingMemory::FailingMemory(long n, Failing how, Spares spares) noexcept {
+    static const Ranges frail = FrailRanges();
+    const long live = watch.live;
+    watch = {.failAt = n,
+             .failsOn = how == Failing::kFromThenOn,
+             .live = live,
+             .spared = spares == Spares::kFrailLibraries ? frail : Ranges{}};
+}
+
+long FailingMemory::Stop() noexcept {
+    watch.failAt = 0;
+    return watch.refused;
+}
+
+long LiveBlocks() noexcept {
+    return watch.live;
+}
+
+}  // namespace quorvex::test
+
+// Seen by the shared libraries too, which is the point.
+#pragma GCC visibility push(default)
+
+using quorvex::test::Counted;
+using quorvex::test::MustFail;
+using quorvex::test::watch;
+
+extern "C" {
+
+#if QUORVEX_OWN_MALLOC
+
+void* __libc_malloc(std::size_t);
+void* __libc_calloc(std::size_t, std::size_t);
+void* __libc_realloc(void*, std::size_t);
+void* __libc_memalign(std::size_t, std::size_t);
+void __libc_free(void*);
+
+namespace {
+void* Refused() noexcept {
+    errno = ENOMEM;
+    return nullptr;
+}
+void* Aligned(std::size_t alignment, std::size_t size, const void* caller) noexcept {
+    return MustFail(caller) ? Refused() : Counted(__libc_memalign(alignment, size));
+}
+}  // namespace
+
+void* malloc(std::size_t size) noexcept {
+    return MustFail(__builtin_return_address(0)) ? Refused() : Counted(__libc_malloc(size));
+}
+void* calloc(std::size_t count, std::size_t size) noexcept {
+    return MustFail(__builtin_return_address(0)) ? Refused() : Counted(__libc_calloc(count, size));
+}
+void* realloc(void* block, std::size_t size) noexcept {
+    if (block == nullptr) return malloc(size);
+    if (size == 0) {
+        free(block);
+        return nullptr;
+    }
+    return MustFail(__builtin_return_address(0)) ? Refused() : __libc_realloc(block, size);
+}
+void free(void* block) noexcept {
+    if (block != nullptr) --watch.live;
+    __libc_free(block);
+}
+void* memalign(std::size_t alignment, std::size_t size) noexcept {
+    return Aligned(alignment, size, __builtin_return_address(0));
+}
+void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept {
+    return Aligned(alignment, size, __builtin_return_address(0));
+}
+int posix_memalign(void** block, std::size_t alignment, std::size_t size) noexcept {
+    void* taken = Aligned(alignment, size, __builtin_return_address(0));
+    if (taken == nullptr) return ENOMEM;
+    *block = taken;
+    return 0;
+}
+
+#endif
+
+// The linker sends the library's calls here.
+void* __real_mmap(void*, std::size_t, int, int, int, off_t);
+int __real_munmap(void*, std::size_t);
+void* __wrap_mmap(void* place, std::size_t size, int protection, int flags, int file, off_t at) {
+    if (MustFail(__builtin_return_address(0))) {
+        errno = ENOMEM;
+        return MAP_FAILED;
+    }
+    return Counted(__real_mmap(place, size, protection, flags, file, at));
+}
+int __wrap_munmap(void* block, std::size_t size) {
+    --watch.live;
+    return __real_munmap(block, size);
+}
+
+}  // extern "C"
+
+namespace {
+
+#if QUORVEX_OWN_MALLOC
+void* Take(std::size_t size, std::size_t alignment) noexcept {
+    return alignment == 0 ? malloc(size) : memalign(alignment, size);
+}
+void Give(void* block) noexcept {
+    free(block);
+}
+#else
+void* Take(std::size_t size, std::size_t alignment) noexcept {
+    if (MustFail(__builtin_return_address(0))) return nullptr;
+    const std::size_t whole =
+        alignment == 0 ? size : (size + alignment - 1) / alignment * alignment;
+    return Counted(alignment == 0 ? std::malloc(size) : std::aligned_alloc(alignment, whole));
+}
+void Give(void* block) noexcept {
+    if (block != nullptr) --watch.live;
+    std::free(block);
+}
+#endif
+
+void* TakeOrThrow(std::size_t size, std::align_val_t alignment = {}) {
+    void* block = Take(size == 0 ? 1 : size, static_cast<std::size_t>(alignment));
+    if (block == nullptr) throw std::bad_alloc();
+    return block;
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    return TakeOrThrow(size);
+}
+void* operator new[](std::size_t size) {
+    return TakeOrThrow(size);
+}
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    return TakeOrThrow(size, alignment);
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    return TakeOrThrow(size, alignment);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return Take(size == 0 ? 1 : size, 0);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return Take(size == 0 ? 1 : size, 0);
+}
+void operator delete(void* block) noexcept {
+    Give(block);
+}
+void operator delete[](void* block) noexcept {
+    Give(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    Give(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+    Give(block);
+}
+void operator delete(void* block, std::align_val_t) noexcept {
+    Give(block);
+}
+void operator delete[](void* block, std::align_val_t) noexcept {
+    Give(block);
+}
+void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
+    Give(block);
+}
+void operator delete[](void* block, std::size_t, std::align_val_t) noexcept {
+    Give(block);
+}
+
+#pragma GCC visibility pop

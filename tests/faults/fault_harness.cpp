@@ -1,0 +1,118 @@
+#include "tests/faults/fault_harness.h"
+
+#include "tests/faults/failing_memory.h"
+
+#include <cstdio>
+#include <optional>
+
+namespace quorvex::test {
+namespace {
+
+constexpr long kDense = 200;
+constexpr int kMostComplaints = 4;
+
+/// All n up to `kDense`, then ever fewer.
+long Following(long n) {
+    return n < kDense ? n + 1 : n + 1 + n / 40;
+}
+
+/// As a host calls it: an exception counts as "thrown".
+enum class Answered { kDone, kRefused, kThrown };
+
+Answered Run(const Subject& subject) {
+    try {
+        return subject.work() ? Answered::kDone : Answered::kRefused;
+    } catch (const std::bad_alloc&) {
+        return Answered::kThrown;
+    }
+}
+
+class Examination {
+public:
+    Examination(const Operation& operation, const Kind& kind) : operation_(operation), kind_(kind) {
+        Subject subject = operation_.make(kind_);
+        if (!subject.work) return;
+        isPossible_ = true;
+        before_ = subject.look();
+        EXPECT_TRUE(subject.work()) << Name() << ": cannot be done at all";
+        after_ = subject.look();
+        // What the first run makes for the whole process is made by now.
+        Subject(operation_.make(kind_)).work();
+    }
+
+    [[nodiscard]] bool IsPossible() const { return isPossible_; }
+    [[nodiscard]] long Refusals() const { return refusals_; }
+
+    void Run(Failing how) {
+        for (long n = 1; complaints_ < kMostComplaints; n = Following(n)) {
+            const long live = LiveBlocks();
+            const int complaints = complaints_;
+            if (!Try(n, how)) return;
+            const long leaked = LiveBlocks() - live;
+            // What a complaint keeps is no leak.
+            if (complaints_ == complaints && leaked != 0) Complain(n) << leaked << " blocks leak\n";
+        }
+    }
+
+private:
+    [[nodiscard]] std::string Name() const {
+        return std::string(operation_.name) + " on " + kind_.name;
+    }
+    std::ostream& Complain(long n) {
+        ++complaints_;
+        ADD_FAILURE() << Name() << ", allocation " << n;
+        return std::cerr << "    " << Name() << ", allocation " << n << ": ";
+    }
+
+    /// False when the operation needs fewer than n allocations.
+    bool Try(long n, Failing how) {
+        Subject subject = operation_.make(kind_);
+        FailingMemory memory(n, how);
+        const Answered answered = test::Run(subject);
+        if (memory.Stop() == 0) return false;
+        ++refusals_;
+        Judge(n, answered, subject.look());
+        if (answered != Answered::kDone && !subject.work()) Complain(n) << "not usable any more\n";
+        if (answered == Answered::kDone && operation_.tells == Tells::kNothing) return true;
+        if (subject.look() != after_) Complain(n) << "another result afterwards\n";
+        return true;
+    }
+
+    void Judge(long n, Answered answered, const std::string& seen) {
+        if (answered == Answered::kThrown && operation_.tells != Tells::kException)
+            Complain(n) << "an exception gets out\n";
+        const bool isAfter = seen == after_;
+        const bool isBefore = operation_.leaves == Leaves::kUsable || seen == before_;
+        if (answered == Answered::kDone && !isAfter && operation_.tells != Tells::kNothing)
+            Complain(n) << "success with a wrong result\n";
+        if (answered == Answered::kDone && !isAfter && operation_.tells == Tells::kNothing &&
+            !isBefore)
+            Complain(n) << "half done\n";
+        if (answered != Answered::kDone && !isBefore) Complain(n) << "half changed\n";
+    }
+
+    const Operation& operation_;
+    const Kind& kind_;
+    std::string before_;
+    std::string after_;
+    bool isPossible_ = false;
+    long refusals_ = 0;
+    int complaints_ = 0;
+};
+
+}  // namespace
+
+void FailEveryAllocation(const Operation& operation) {
+    long refusals = 0;
+    int kinds = 0;
+    for (const Kind& kind : AllKinds()) {
+        Examination examination(operation, kind);
+        if (!examination.IsPossible()) continue;
+        for (const auto how : {Failing::kOnce, Failing::kFromThenOn}) examination.Run(how);
+        ++kinds;
+        refusals += examination.Refusals();
+    }
+    std::printf("    %-45s %3d kinds %8ld allocations failed\n", operation.name, kinds, refusals);
+}
+
+}  // namespace quorvex::test
