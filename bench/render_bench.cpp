@@ -54,6 +54,7 @@ void WindowChangeOurs(benchmark::State& state, int bits, int rotation) {
         info.roi = {0, 0, kPlate.cx, kPlate.cy};
         info.rotation = rotation;
         info.lut = table.data();
+        info.lutCount = static_cast<int>(table.size());
         benchmark::DoNotOptimize(CXImageCreator().GetImageWithInfo(info));
         benchmark::ClobberMemory();
     }
