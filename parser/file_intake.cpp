@@ -66,6 +66,7 @@ QUORVEX_MESSAGE CxDcmParser::Initialize(CDcmApp* newApp, CString path, int readW
         return QVM_ERROR_INVALID_DCMAPP;
     }
     fileBuffer.reset();
+    frameTable.reset();
     SetOwnHeader(nullptr);
     app = newApp;
     return Answer(QVM_ERROR_FAILED_TO_READ_FILE, [&] { return ReadAndParse(path, readWholeFile); });
@@ -121,6 +122,7 @@ QUORVEX_MESSAGE CxDcmParser::Initialize(CDcmApp* newApp, CDcmObject* object,
     if (newApp == nullptr || object == nullptr) return QVM_ERROR_INVALID_DCMAPP;
     return Answer(QVM_ERROR_INVALID_DCMAPP, [&] {
         fileBuffer.reset();
+        frameTable.reset();
         if (fileBytes != nullptr) {
             if (!TakeFileImage(fileBytes, size)) return QVM_ERROR_INVALID_DCMAPP;
             fileSize = size;

@@ -1,6 +1,7 @@
 #include "codec/decoders.h"
 #include "foundation/dicom/encapsulated_items.h"
 #include "foundation/types/limits.h"
+#include "parser/frame_index.h"
 #include "parser/frame_shape.h"
 #include "parser/stored_frame.h"
 #include "quorvex/CxDcmParser.h"
@@ -13,6 +14,7 @@ namespace quorvex {
 namespace {
 
 constexpr std::uint32_t kPixelData = 0x7FE00010;
+constexpr std::uint32_t kExtendedOffsetTable = 0x7FE00001;
 constexpr std::size_t kTagBytes = 4;
 constexpr std::uint32_t kUndefinedLength = 0xFFFFFFFF;
 
@@ -33,8 +35,8 @@ std::uint32_t ReadLength(Bytes bytes, bool isBigEndian) noexcept {
 }
 
 /// The six words that a walk hands to its callback.
-std::array<void*, 6> UserRecord(CDcmObject* header, StoredFrame& frame) noexcept {
-    return {nullptr, nullptr, header, nullptr, nullptr, &frame};
+std::array<void*, 6> UserRecord(CDcmObject* header, void* context) noexcept {
+    return {nullptr, nullptr, header, nullptr, nullptr, context};
 }
 
 }  // namespace
@@ -65,6 +67,29 @@ std::span<unsigned char> CxDcmParser::PixelDataValue(TRANSFER_SYNTAX syntax) con
     return isTold ? value.first(std::min<std::size_t>(value.size(), length)) : value;
 }
 
+/// Null where nothing is gained by an index, or where it would be too large. Extended offsets may
+/// change in the header from fetch to fetch, so they go without.
+const FrameIndex* CxDcmParser::IndexOf(std::span<unsigned char> value, TRANSFER_SYNTAX syntax,
+                                       std::size_t frameBytes) const {
+    const FrameIndex::Source source{value.data(), value.size(), frameBytes, GetFrameCount(),
+                                    syntax};
+    int extendedOffsets = 0;
+    if (source.frameCount <= 1 ||
+        header->GetValueCount(kExtendedOffsetTable, extendedOffsets) == kDcmSuccess) {
+        return nullptr;
+    }
+    if (frameTable == nullptr || !frameTable->IsFrom(source)) {
+        frameTable = std::make_shared<FrameIndex>(source);
+        auto record = UserRecord(header, frameTable.get());
+        unsigned char* scratch = nullptr;
+        const DCMRESULT result = header->GetValueEx(&scratch, value.size(), value.data(), 1, 0,
+                                                    frameBytes, record.data(), FrameIndex::Collect);
+        const std::unique_ptr<unsigned char[]> owner(scratch);
+        frameTable->Close(result == kDcmSuccess);
+    }
+    return frameTable->IsUsable() ? frameTable.get() : nullptr;
+}
+
 QUORVEX_MESSAGE CxDcmParser::CollectFromFile(const FrameShape& shape, StoredFrame& frame) const {
     const auto value = PixelDataValue(shape.syntax);
     // Plain pixels may begin with the bytes of an item tag too.
@@ -73,7 +98,11 @@ QUORVEX_MESSAGE CxDcmParser::CollectFromFile(const FrameShape& shape, StoredFram
     const auto frameBytes = frame.isEncoded ? std::size_t{0} : shape.NativeFrameBytes();
     if (!frameBytes) RefuseBy(Limit::kLargestBlock);
     if (value.empty() || !frameBytes) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-    auto record = UserRecord(header, frame);
+    if (const FrameIndex* index = IndexOf(value, shape.syntax, *frameBytes)) {
+        frame.TakeFrom(*index);
+        return frame.Length() != 0 ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    }
+    auto record = UserRecord(header, &frame);
     const DCMRESULT result =
         header->GetValueEx(&frame.scratch.block, value.size(), value.data(), 1, 0, *frameBytes,
                            record.data(), StoredFrame::CollectFromBuffer);
@@ -83,7 +112,7 @@ QUORVEX_MESSAGE CxDcmParser::CollectFromFile(const FrameShape& shape, StoredFram
 
 QUORVEX_MESSAGE CxDcmParser::CollectFromObject(const FrameShape& shape, StoredFrame& frame) const {
     frame.isEncoded = !IsNative(shape.syntax);
-    auto record = UserRecord(header, frame);
+    auto record = UserRecord(header, &frame);
     const DCMRESULT result =
         header->GetValueEx(kPixelData, record.data(), StoredFrame::CollectFromObject);
     return result == kDcmSuccess && frame.Length() != 0 ? QVM_SUCCESS

@@ -42,6 +42,7 @@ CxDcmParser& CxDcmParser::operator=(const CxDcmParser& other) {
     CxDcmParser copy(other);
     isPart10 = copy.isPart10;
     fileBuffer = std::move(copy.fileBuffer);
+    frameTable.reset();
     fileSize = copy.fileSize;
     pixelDataOffset = copy.pixelDataOffset;
     app = copy.app;

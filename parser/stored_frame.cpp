@@ -1,6 +1,7 @@
 #include "parser/stored_frame.h"
 
 #include "parser/frame_events.h"
+#include "parser/frame_index.h"
 
 namespace quorvex {
 namespace {
@@ -50,6 +51,15 @@ MC_STATUS StoredFrame::CollectFromObject(int /*messageId*/, std::uint32_t /*tag*
     frame.joined_.insert(frame.joined_.end(), data, data + length);
     frame.length_ += length;
     return kMcContinue;
+}
+
+void StoredFrame::TakeFrom(const FrameIndex& index) {
+    const auto place = static_cast<std::size_t>(frameIndex_);
+    for (const auto piece : index.PiecesOf(place)) Take(piece);
+    lengthAhead_ = index.LengthAhead(place);
+    isWhole_ = !pieces_.empty();
+    events_ = isWhole_ ? frameIndex_ + 1 : static_cast<int>(index.FrameCount());
+    ShowFrameEvents(events_);
 }
 
 const unsigned char* StoredFrame::FirstPiece() const noexcept {

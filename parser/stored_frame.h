@@ -10,6 +10,8 @@
 
 namespace quorvex {
 
+class FrameIndex;
+
 /// Collects the wanted frame's pieces from a walk, by their frame events or by their item number.
 class StoredFrame {
 public:
@@ -23,6 +25,9 @@ public:
     static MC_STATUS CollectFromObject(int messageId, std::uint32_t tag, void* user, int item,
                                        unsigned long length, unsigned char* data, int first,
                                        int last);
+
+    /// Takes the pieces from an index, as the walk that it was made by would have shown them.
+    void TakeFrom(const FrameIndex& index);
 
     /// The frame's end has been seen, so that the walk was ended before its own end.
     [[nodiscard]] bool IsWhole() const noexcept { return isWhole_; }

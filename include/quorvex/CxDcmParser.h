@@ -17,6 +17,7 @@ namespace dicom {
 class DataSetFinder;
 }
 struct FrameShape;
+class FrameIndex;
 class StoredFrame;
 
 /// One DICOM file or object: its header, and its frames as plain pixels.
@@ -177,6 +178,8 @@ private:
     [[nodiscard]] QUORVEX_MESSAGE CheckFrame(int frameIndex, TRANSFER_SYNTAX& syntax) const;
     [[nodiscard]] bool FramesLieInFile(TRANSFER_SYNTAX syntax) const noexcept;
     [[nodiscard]] std::span<unsigned char> PixelDataValue(TRANSFER_SYNTAX syntax) const noexcept;
+    const FrameIndex* IndexOf(std::span<unsigned char> value, TRANSFER_SYNTAX syntax,
+                              std::size_t frameBytes) const;
     QUORVEX_MESSAGE CollectFromFile(const FrameShape& shape, StoredFrame& frame) const;
     QUORVEX_MESSAGE CollectFromObject(const FrameShape& shape, StoredFrame& frame) const;
     QUORVEX_MESSAGE FetchFrame(int frameIndex, unsigned char*& data, unsigned long& size,
@@ -185,6 +188,7 @@ private:
 
     std::int32_t isPart10 = 0;
     FileBuffer fileBuffer;
+    mutable std::shared_ptr<FrameIndex> frameTable;  ///< of the latest fetch, or none
     unsigned long fileSize = 0;
     unsigned long pixelDataOffset = 0;
     CDcmObject* header = nullptr;
