@@ -9,6 +9,7 @@
 #include "quorvex/CxDcmParser.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <utility>
 
@@ -97,6 +98,37 @@ QUORVEX_MESSAGE CxDcmParser::FetchFrame(int frameIndex, unsigned char*& data, un
     size = pixels.size;
     data = pixels.block.release();
     return QVM_SUCCESS;
+}
+
+/// A frame of 16-bit grey that is its own decoded form; empty for any other, and for one that cannot
+/// be fetched.
+std::span<const unsigned char> CxDcmParser::WordsInFile(int frameIndex) const {
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    if (CheckFrame(frameIndex, syntax) != QVM_SUCCESS || !IsNative(syntax) || IsBigEndian(syntax) ||
+        !FramesLieInFile(syntax)) {
+        return {};
+    }
+    const auto shape = ReadFrameShape(*header, syntax);
+    if (!shape || shape->bitsAllocated != 16 || shape->samplesPerPixel != 1) return {};
+    StoredFrame frame(frameIndex);
+    if (CollectFromFile(*shape, frame) != QVM_SUCCESS || frame.isEncoded) return {};
+    const unsigned char* const begin = frame.FirstPiece();
+    const bool liesReady = frame.scratch.block == nullptr && frame.Join(false).data() == begin;
+    const bool isAligned = reinterpret_cast<std::uintptr_t>(begin) % 2 == 0;
+    if (!liesReady || !isAligned || frame.Length() != shape->DecodedFrameBytes()) return {};
+    return {begin, frame.Length()};
+}
+
+QUORVEX_MESSAGE CxDcmParser::ViewFrame(int frameIndex, std::unique_ptr<unsigned char[]>& owner,
+                                       std::span<const unsigned char>& frame) const {
+    frame = WordsInFile(frameIndex);
+    if (!frame.empty()) return QVM_SUCCESS;
+    unsigned char* data = nullptr;
+    unsigned long size = 0;
+    const QUORVEX_MESSAGE fetched = FetchFrame(frameIndex, data, size, 0);
+    owner.reset(data);
+    frame = {data, size};
+    return fetched;
 }
 
 QUORVEX_MESSAGE CxDcmParser::GetAFrame(unsigned long offset, unsigned long size,

@@ -48,7 +48,7 @@ ThumbnailImage Scale(SmallPixels& small, const FrameShape& shape, CSize size) {
     ThumbnailImage scaled;
     unsigned char* block = nullptr;
     CxImageProcessor processor;
-    scaled.result = processor.ResizeImage(&param, small.bytes.data(), block, scaled.size, size);
+    scaled.result = processor.ResizeImage(&param, small.Data(), block, scaled.size, size);
     scaled.block.reset(block);
     return scaled;
 }
@@ -96,14 +96,13 @@ QUORVEX_MESSAGE CxDcmParser::MakeThumbNail(int frame, CSize size, QUORVEX_XFERSY
     return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
         if (size.cx < 1 || size.cy < 1) return QVM_ERROR_INVALID_OUTPUT_SIZE;
         if (!IsThumbnailFormat(format)) return QVM_ERROR_INVALID_TARGET_SYNTAX;
-        unsigned char* pixels = nullptr;
-        unsigned long length = 0;
-        const QUORVEX_MESSAGE fetched = GetAFrame(frame, pixels, length, 0);
-        const std::unique_ptr<unsigned char[]> owner(pixels);
+        std::unique_ptr<unsigned char[]> owner;
+        std::span<const unsigned char> pixels;
+        const QUORVEX_MESSAGE fetched = ViewFrame(frame, owner, pixels);
         if (fetched != QVM_SUCCESS) return fetched;
         const auto shape = ReadFrameShape(*header, kSyntaxNone);
         if (!shape) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-        SmallPixels small = ReduceToBytes(*header, *shape, {pixels, length}, useDataRange != 0);
+        SmallPixels small = ReduceToBytes(*header, *shape, pixels, useDataRange != 0, size.cy);
         if (small.result != QVM_SUCCESS) return small.result;
         ThumbnailImage made = Scale(small, *shape, size);
         if (made.result != QVM_SUCCESS) return made.result;

@@ -1,6 +1,8 @@
 #include "parser/thumbnail_pixels.h"
 
 #include "foundation/dicom/image_tags.h"
+#include "foundation/raster/resize_kernels.h"
+#include "foundation/raster/resize_taps.h"
 #include "foundation/types/saturate.h"
 #include "parser/palette_image.h"
 #include "parser/thumbnail_window.h"
@@ -73,34 +75,58 @@ int PlaceInHeaderWindow(const ValueRule& rule, std::uint16_t pixel) {
 
 using Words = std::span<const std::uint16_t>;
 
-/// A frame of more pixels than a word has values asks for each value once.
+/// The rows of a frame that come to `height` rows by CxImageProcessor::ResizeImage, which leaves out
+/// the first one.
+std::vector<std::size_t> RowsRead(std::size_t rows, int height) {
+    const double factor = static_cast<double>(height) / static_cast<double>(rows);
+    std::vector<std::size_t> read;
+    for (const ResizeTap& tap :
+         ResizeTaps(static_cast<int>(rows) - 1, height, factor, kResizeWeightBits)) {
+        read.push_back(static_cast<std::size_t>(tap.first) + 1);
+        read.push_back(static_cast<std::size_t>(tap.Second()) + 1);
+    }
+    read.erase(std::unique(read.begin(), read.end()), read.end());
+    return read;
+}
+
+/// What is mapped, and where to: `bytes` is as long as `words`, and of both only `rows` count.
+struct WindowJob {
+    Words words;
+    std::size_t columns;
+    std::vector<std::size_t> rows;
+    unsigned char* bytes;
+
+    template <class ByteOf>
+    void Run(ByteOf byteOf) const {
+        for (const std::size_t row : rows) {
+            std::ranges::transform(words.subspan(row * columns, columns), bytes + row * columns,
+                                   byteOf);
+        }
+    }
+};
+
+/// More pixels than a word has values ask for each value once.
 template <class Place>
-Bytes Windowed(Words pixels, const ThumbnailWindow& window, Place place) {
+void MapWindow(const WindowJob& job, const ThumbnailWindow& window, Place place) {
     constexpr std::size_t kValues = 65536;
     const auto byteOf = [&](std::uint16_t pixel) { return window.At(place(pixel)); };
-    Bytes bytes(pixels.size());
-    if (pixels.size() <= kValues) {
-        std::ranges::transform(pixels, bytes.begin(), byteOf);
-        return bytes;
-    }
+    if (job.rows.size() * job.columns <= kValues) return job.Run(byteOf);
     Bytes ofValue(kValues);
     for (std::size_t value = 0; value < kValues; ++value) {
         ofValue[value] = byteOf(static_cast<std::uint16_t>(value));
     }
-    std::ranges::transform(pixels, bytes.begin(),
-                           [&](std::uint16_t pixel) { return ofValue[pixel]; });
-    return bytes;
+    job.Run([&](std::uint16_t pixel) { return ofValue[pixel]; });
 }
 
-Bytes WindowGrey(const CDcmObject& header, Words pixels, bool isSigned, bool useDataRange) {
+void WindowGrey(const CDcmObject& header, const WindowJob& job, bool isSigned, bool useDataRange) {
     const ValueRule rule = ReadRule(header, isSigned);
     if (!useDataRange) {
-        return Windowed(pixels, WindowOfHeader(header),
-                        [&](std::uint16_t pixel) { return PlaceInHeaderWindow(rule, pixel); });
+        return MapWindow(job, WindowOfHeader(header),
+                         [&](std::uint16_t pixel) { return PlaceInHeaderWindow(rule, pixel); });
     }
     const int padding = Low16(ReadInt(header, kPaddingValue), isSigned);
-    return Windowed(pixels, WindowOfData(pixels, isSigned, padding),
-                    [&](std::uint16_t pixel) { return PlaceInDataWindow(rule, pixel); });
+    MapWindow(job, WindowOfData(job.words, isSigned, padding),
+              [&](std::uint16_t pixel) { return PlaceInDataWindow(rule, pixel); });
 }
 
 SmallPixels ColourPalette(CDcmObject& header, std::span<const unsigned char> frame,
@@ -146,21 +172,29 @@ Bytes SpreadRange(std::span<const unsigned char> frame, std::size_t pixels) {
     return bytes;
 }
 
-Bytes WindowWords(const CDcmObject& header, const FrameShape& shape,
-                  std::span<const unsigned char> frame, std::size_t pixels, bool useDataRange) {
-    // A frame comes as a block of its own, which is aligned for words.
+/// A frame that lacks pixels is mapped as one row of those that it has.
+void WindowWords(const CDcmObject& header, const FrameShape& shape,
+                 std::span<const unsigned char> frame, bool useDataRange, int height,
+                 SmallPixels& small) {
+    const std::size_t pixels = std::size_t{shape.rows} * shape.columns;
+    // A frame lies where words may lie.
     const void* const begin = frame.data();
-    const Words words(static_cast<const std::uint16_t*>(begin), frame.size() / 2);
-    Bytes bytes = WindowGrey(header, words.first(std::min(words.size(), pixels)),
-                             shape.pixelRepresentation != 0, useDataRange);
-    bytes.resize(pixels);
-    return bytes;
+    const Words words(static_cast<const std::uint16_t*>(begin), std::min(frame.size() / 2, pixels));
+    WindowJob job{words, words.size(), {0}, nullptr};
+    if (words.size() == pixels) {
+        small.someRows = std::make_unique_for_overwrite<unsigned char[]>(pixels);
+        job = {words, shape.columns, RowsRead(shape.rows, height), small.someRows.get()};
+    } else {
+        small.bytes.resize(pixels);
+        job.bytes = small.bytes.data();
+    }
+    WindowGrey(header, job, shape.pixelRepresentation != 0, useDataRange);
 }
 
 }  // namespace
 
 SmallPixels ReduceToBytes(CDcmObject& header, const FrameShape& shape,
-                          std::span<const unsigned char> frame, bool useDataRange) {
+                          std::span<const unsigned char> frame, bool useDataRange, int height) {
     const std::size_t pixels = std::size_t{shape.rows} * shape.columns;
     const unsigned bits = unsigned{shape.bitsAllocated} * shape.samplesPerPixel;
     if (shape.photometric.Find("PALETTE") >= 0) return ColourPalette(header, frame, pixels, bits);
@@ -169,7 +203,7 @@ SmallPixels ReduceToBytes(CDcmObject& header, const FrameShape& shape,
     if (bits == 1) {
         small.bytes = SpreadBits(frame, pixels);
     } else if (bits == 16 && small.samples == 1) {
-        small.bytes = WindowWords(header, shape, frame, pixels, useDataRange);
+        WindowWords(header, shape, frame, useDataRange, height, small);
     } else if (bits == 32 && small.samples == 1) {
         small.bytes = shape.pixelRepresentation != 0 ? SpreadRange<std::int32_t>(frame, pixels)
                                                      : SpreadRange<std::uint32_t>(frame, pixels);

@@ -25,9 +25,9 @@ public:
     }
     /// From `first` to the highest value.
     void SetFrom(std::int64_t first, unsigned char byte) noexcept {
-        for (auto i = std::max<std::int64_t>(first, kLowest); i <= kHighest; ++i) {
-            Set(static_cast<int>(i), byte);
-        }
+        if (first > kHighest) return;
+        const auto from = static_cast<int>(std::max<std::int64_t>(first, kLowest));
+        std::fill(table_.begin() + (from - kLowest), table_.end(), byte);
     }
 
 private:

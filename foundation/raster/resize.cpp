@@ -9,6 +9,12 @@ bool AreUsable(const PixelGrid<const Sample>& source, const PixelGrid<Sample>& d
     return source.IsUsable() && destination.IsUsable() && cut.width > 0 && cut.height > 0;
 }
 
+/// Rows that count lie apart, so that the machine does not see what comes next.
+void FetchAhead(std::span<const unsigned char> row) noexcept {
+    constexpr std::size_t kLine = 64;
+    for (std::size_t at = 0; at < row.size(); at += kLine) __builtin_prefetch(&row[at]);
+}
+
 bool Resize8u(const PixelGrid<const unsigned char>& source, const RasterRect& rect,
               const PixelGrid<unsigned char>& destination, double xFactor, double yFactor) {
     const RasterRect cut = CutToSize(rect, source.size);
@@ -16,7 +22,11 @@ bool Resize8u(const PixelGrid<const unsigned char>& source, const RasterRect& re
     const auto part = Part(source, cut);
     RowResizer resizer({part.size, destination.size, xFactor, yFactor, source.channels});
     if (!resizer.IsUsable()) return false;
-    resizer.Run([&part](int y, int /*soon*/) { return part.Row(y).data(); }, destination);
+    const auto rowAt = [&part](int y, int soon) {
+        if (soon > y) FetchAhead(part.Row(soon));
+        return part.Row(y).data();
+    };
+    resizer.Run(rowAt, destination);
     return true;
 }
 

@@ -184,6 +184,10 @@ private:
     QUORVEX_MESSAGE CollectFromObject(const FrameShape& shape, StoredFrame& frame) const;
     QUORVEX_MESSAGE FetchFrame(int frameIndex, unsigned char*& data, unsigned long& size,
                                unsigned long sourceLength) const;
+    /// A frame to look at: where it lies in the file, or in a new block that `owner` receives.
+    QUORVEX_MESSAGE ViewFrame(int frameIndex, std::unique_ptr<unsigned char[]>& owner,
+                              std::span<const unsigned char>& frame) const;
+    [[nodiscard]] std::span<const unsigned char> WordsInFile(int frameIndex) const;
     QUORVEX_MESSAGE FindFrame(int frameIndex, unsigned long& offset, unsigned long& size) const;
 
     std::int32_t isPart10 = 0;
