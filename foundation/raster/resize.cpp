@@ -9,6 +9,8 @@ bool AreUsable(const PixelGrid<const Sample>& source, const PixelGrid<Sample>& d
     return source.IsUsable() && destination.IsUsable() && cut.width > 0 && cut.height > 0;
 }
 
+constexpr int kFewestRead = 8;  ///< one pixel of so many
+
 /// Rows that count lie apart, so that the machine does not see what comes next.
 void FetchAhead(std::span<const unsigned char> row) noexcept {
     constexpr std::size_t kLine = 64;
@@ -22,8 +24,10 @@ bool Resize8u(const PixelGrid<const unsigned char>& source, const RasterRect& re
     const auto part = Part(source, cut);
     RowResizer resizer({part.size, destination.size, xFactor, yFactor, source.channels});
     if (!resizer.IsUsable()) return false;
-    const auto rowAt = [&part](int y, int soon) {
-        if (soon > y) FetchAhead(part.Row(soon));
+    // Of rows that are shrunk to a few pixels too little is read.
+    const bool readsMost = part.size.cx / kFewestRead <= destination.size.cx;
+    const auto rowAt = [&part, readsMost](int y, int soon) {
+        if (readsMost && soon > y) FetchAhead(part.Row(soon));
         return part.Row(y).data();
     };
     resizer.Run(rowAt, destination);
