@@ -28,11 +28,12 @@ test:
 asan:
 	@$(MAKE) --no-print-directory test PRESET=asan
 
-# Eight threads on every real file under the thread sanitizer.
+# Eight threads on every real file, up to LARGEST KiB, under the thread sanitizer.
+LARGEST ?= 100000
 tsan:
 	@scripts/install_packages.sh test
 	@$(MAKE) --no-print-directory build PRESET=tsan BUILD_ARGS="--target quorvex_threads"
-	@scripts/run_stress.sh threads build/tsan
+	@scripts/run_stress.sh threads build/tsan $(LARGEST)
 
 # Opens, renders, converts and drops so many objects, and ends with the memory it began with.
 SOAK_OBJECTS ?= 20000

@@ -1,6 +1,8 @@
 #!/bin/sh
 # Long checks on the samples and on the real files that are there.
-# Usage: run_stress.sh threads|soak|verbs|memcheck BUILD [SHARE, as in 1/8 | OBJECTS]
+# Usage: run_stress.sh threads BUILD [LARGEST FILE IN KiB]
+#        run_stress.sh soak BUILD [OBJECTS]
+#        run_stress.sh verbs|memcheck BUILD [SHARE, as in 1/8]
 set -eu
 job=$1
 build=$2
@@ -30,7 +32,7 @@ every_verb() {
 
 # shellcheck disable=SC2046,SC2086  # lists of paths without blanks
 case $job in
-    threads) "$build/bin/quorvex_threads" $places ;;
+    threads) "$build/bin/quorvex_threads" $(find $places -type f -size "-${3:-100000}k") ;;
     soak) GLIBC_TUNABLES=glibc.malloc.tcache_count=0 "$build/bin/quorvex_soak" "${3:-20000}" $places ;;
     verbs) every_verb $places $manifest --share "${3:-1/1}" ;;
     memcheck)
