@@ -60,7 +60,7 @@ bench:
 	@$(MAKE) --no-print-directory build CMAKE_ARGS="-DQUORVEX_BENCH=ON"
 	@scripts/run_benches.sh $(BUILD) build/bench
 
-# Each fuzz target for FUZZ_SECONDS, beginning with the samples.
+# Each fuzz target for FUZZ_SECONDS, beginning with real files and saved finds.
 FUZZ_SECONDS ?= 60
 fuzz:
 	@scripts/install_packages.sh fuzz
