@@ -22,6 +22,16 @@ void Store(const Lanes& lanes, std::uint16_t* to) noexcept {
     std::memcpy(to, &lanes, sizeof lanes);
 }
 
+void Widen(std::span<const unsigned char> row, std::uint16_t* samples) noexcept {
+    using Narrow = std::uint8_t __attribute__((vector_size(kLanes)));
+    for (; row.size() >= kLanes; row = row.subspan(kLanes), samples += kLanes) {
+        Narrow narrow;
+        std::memcpy(&narrow, row.data(), sizeof narrow);
+        Store(__builtin_convertvector(narrow, Lanes), samples);
+    }
+    std::ranges::copy(row, samples);
+}
+
 /// Every bit at and below the highest one that is set.
 Lanes Smear(Lanes value) noexcept {
     value |= value >> 1;
@@ -58,7 +68,7 @@ bool LosslessDifferences::Take(const unsigned char* row) noexcept {
     if (bytesPerSample_ == 2) {
         std::memcpy(samples.data(), row, samples.size_bytes());
     } else {
-        std::copy_n(row, samples.size(), samples.begin());
+        Widen({row, samples.size()}, samples.data());
     }
     return FitPrecision<std::uint16_t>(samples, static_cast<int>(precision_));
 }
