@@ -74,7 +74,7 @@ Words EntriesOf(const Table& table) {
 void SetWords(CDcmObjectCommon& object, std::uint32_t tag, const Words& words) {
     pipeline_test::detail::Bytes bytes;
     bytes.data.resize(words.size() * 2);
-    std::memcpy(bytes.data.data(), words.data(), bytes.data.size());
+    if (!words.empty()) std::memcpy(bytes.data.data(), words.data(), bytes.data.size());
     object.SetValue(tag, &bytes, pipeline_test::detail::Bytes::Give);
     object.SetValueRepresentation(tag, MC_VR_OW);
 }
