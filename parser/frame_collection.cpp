@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -79,13 +80,15 @@ const FrameIndex* CxDcmParser::IndexOf(std::span<unsigned char> value, TRANSFER_
         return nullptr;
     }
     if (frameTable == nullptr || !frameTable->IsFrom(source)) {
-        frameTable = std::make_shared<FrameIndex>(source);
-        auto record = UserRecord(header, frameTable.get());
+        // Kept when it is whole: what is thrown in the middle leaves none behind.
+        auto made = std::make_shared<FrameIndex>(source);
+        auto record = UserRecord(header, made.get());
         unsigned char* scratch = nullptr;
         const DCMRESULT result = header->GetValueEx(&scratch, value.size(), value.data(), 1, 0,
                                                     frameBytes, record.data(), FrameIndex::Collect);
         const std::unique_ptr<unsigned char[]> owner(scratch);
-        frameTable->Close(result == kDcmSuccess);
+        made->Close(result == kDcmSuccess);
+        frameTable = std::move(made);
     }
     return frameTable->IsUsable() ? frameTable.get() : nullptr;
 }
