@@ -1,18 +1,19 @@
-/// Parsing a CT header and reading an attribute, beside dcmdata.
+/// Parsing a CT header and reading an attribute, beside dcmdata and GDCM.
 #include <benchmark/benchmark.h>
 #include <dcmtk/config/osconfig.h>
 // dcmdata wants its own configuration first.
-#include <dcmtk/dcmdata/dcistrmb.h>
-#include <dcmtk/dcmdata/dctk.h>
+#include "foundation/dicom/resynchronise.h"
+#include "quorvex/DicomObject.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <dcmtk/dcmdata/dcistrmb.h>
+#include <dcmtk/dcmdata/dctk.h>
+#include <gdcm-3.0/gdcmReader.h>
+#include <sstream>
 #include <string>
 #include <vector>
-
-#include "foundation/dicom/resynchronise.h"
-#include "quorvex/DicomObject.h"
 
 namespace {
 
@@ -110,6 +111,18 @@ void HeaderDcmdata(benchmark::State& state) {
     }
 }
 BENCHMARK(HeaderDcmdata)->Unit(benchmark::kMicrosecond);
+
+void HeaderGdcm(benchmark::State& state) {
+    const auto bytes = MakeHeader();
+    const std::string text(bytes.begin(), bytes.end());
+    for (auto _ : state) {
+        std::istringstream stream(text);
+        gdcm::Reader reader;
+        reader.SetStream(stream);
+        if (!reader.Read()) state.SkipWithError("unread");
+    }
+}
+BENCHMARK(HeaderGdcm)->Unit(benchmark::kMicrosecond);
 
 void WholeNumberOurs(benchmark::State& state) {
     quorvex::CDcmObject object;

@@ -52,7 +52,8 @@ void BaselineEncodeTurbo(benchmark::State& state) {
 void OpenJpegFrame(const Bytes& stream, const Picture& picture, unsigned char* out) {
     OpjSource source{.parts = {stream, {}}};
     const OpjStream opened = OpenForReading(source);
-    const OpjCodec codec = MakeOpjDecoder();
+    bool ranOut = false;
+    const OpjCodec codec = MakeOpjDecoder(ranOut);
     opj_dparameters_t settings{};
     opj_set_default_decoder_parameters(&settings);
     opj_setup_decoder(codec.get(), &settings);

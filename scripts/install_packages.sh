@@ -7,7 +7,7 @@ build="g++ cmake ninja-build make ccache pkg-config zlib1g-dev libpng-dev libcli
        libjpeg62-turbo-dev libopenjp2-7-dev libgdcm-dev libhwy-dev libssl-dev
        libcairo2-dev libfreetype-dev fonts-dejavu-core"
 tests="libgtest-dev python3 python3-pydicom dcmtk dicom3tools"
-benches="time libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev"
+benches="libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev"
 
 fuzzers="clang libclang-rt-14-dev python3 python3-pydicom"
 
