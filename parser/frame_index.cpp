@@ -1,12 +1,15 @@
 #include "parser/frame_index.h"
 
+#include <algorithm>
+
 namespace quorvex {
 namespace {
 
 constexpr int kFrameEnded = 1;
 constexpr std::size_t kContextWord = 5;
-/// An index takes at most this part of what it tells of.
+/// An index takes at most this part of what it tells of, or so many bytes for anybody.
 constexpr std::size_t kLargestPart = 8;
+constexpr std::size_t kIndexForAnybody = std::size_t{16} << 20;
 
 }  // namespace
 
@@ -23,7 +26,8 @@ MC_STATUS FrameIndex::Collect(int item, unsigned long length, unsigned char* dat
 void FrameIndex::Close(bool isWalkWhole) {
     const std::size_t bytes =
         pieces_.size() * sizeof pieces_.front() + ends_.size() * sizeof ends_.front();
-    if (isWalkWhole && bytes <= source_.bytes / kLargestPart) return;
+    const std::size_t most = std::max(kIndexForAnybody, source_.bytes / kLargestPart);
+    if (isWalkWhole && bytes <= most) return;
     pieces_ = {};
     ends_ = {};
 }

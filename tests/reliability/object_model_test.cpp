@@ -84,7 +84,8 @@ public:
                                                             &Walker::Clear};
         step_ = Below(std::size(kSteps) * 4);
         if (step_ >= std::size(kSteps)) step_ %= 5;  // most steps fill the object
-        (this->*kSteps[step_])(pair);
+        const auto step = kSteps[step_];
+        (this->*step)(pair);
         for (const Pair& each : pairs_)
             ASSERT_TRUE(Agrees(each.object, each.model)) << "after step " << step_;
     }
