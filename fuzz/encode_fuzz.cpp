@@ -58,8 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (size > kLargestInput) return 0;
     fuzz::Options options(data, size, fuzz::kFactBytes + 4);
     _IMAGE_PROCESS_PARAM param = fuzz::DrawFacts(options, kSyntaxes);
-    param.rows %= kMostSide;
-    param.columns %= kMostSide;
+    param.rows = static_cast<std::uint16_t>(param.rows % kMostSide);
+    param.columns = static_cast<std::uint16_t>(param.columns % kMostSide);
     param.quality = options.Word();
     const CodedForm& form = options.OneOf(kForms);
     param.targetSyntax = form.form;
