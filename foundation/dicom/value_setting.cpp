@@ -5,6 +5,7 @@
 #include "foundation/dicom/element_values.h"
 #include "foundation/types/utf.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <optional>
@@ -92,14 +93,18 @@ Element& Extensible(DataSet& dataSet, Element& element) {
     return element;
 }
 
+/// Whether the element's text is told by the data set's character set.
+bool DependsOnCharacterSet(const DataSet& dataSet, const Element& element) {
+    return MeaningOf(element).hasCharacterSet && !element.isUtf8 &&
+           !IsPlainText(CharactersOf(dataSet.ValueOf(element)));
+}
+
 /// Text that was read keeps its meaning when the character set that told it is about to change.
 void KeepMeaningOfText(DataSet& dataSet) {
     for (std::size_t i = 0; i < dataSet.Elements().size(); ++i) {
         const std::uint32_t tag = dataSet.Elements()[i].tag;
         Element& element = *dataSet.FindMutable(tag);
-        const bool isAffected = MeaningOf(element).hasCharacterSet && !element.isUtf8 &&
-                                !IsPlainText(CharactersOf(dataSet.ValueOf(element)));
-        if (isAffected) Extensible(dataSet, element);
+        if (DependsOnCharacterSet(dataSet, element)) Extensible(dataSet, element);
     }
 }
 
@@ -140,7 +145,12 @@ void PutTextAlone(DataSet& dataSet, std::uint32_t tag, MC_VR vr, const std::stri
 }
 
 void PutText(DataSet& dataSet, std::uint32_t tag, MC_VR vr, const std::string& text, bool isNext) {
-    if (tag != kSpecificCharacterSet) return PutTextAlone(dataSet, tag, vr, text, isNext);
+    const bool changesMeaning =
+        tag == kSpecificCharacterSet &&
+        std::ranges::any_of(dataSet.Elements(), [&](const Element& element) {
+            return DependsOnCharacterSet(dataSet, element);
+        });
+    if (!changesMeaning) return PutTextAlone(dataSet, tag, vr, text, isNext);
     DataSet changed = dataSet;
     KeepMeaningOfText(changed);
     PutTextAlone(changed, tag, vr, text, isNext);
