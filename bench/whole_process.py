@@ -71,7 +71,7 @@ def plan(quorvex, folder, count):
     for index in range(count):
         shutil.copy(SAMPLE, slices / f"{index}.dcm")
     plate(plates / "0.dcm")
-    few = max(1, count // 25)
+    few = max(16, count // 25)
     for index in range(1, few):
         shutil.copy(plates / "0.dcm", plates / f"{index}.dcm")
     slice_files, plate_files = sorted(slices.iterdir()), sorted(plates.iterdir())
