@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
+#include <unistd.h>
 
 namespace quorvex {
 namespace {
@@ -27,7 +28,7 @@ class Folder {
 public:
     Folder()
         : path_(fs::temp_directory_path() /
-                ("quorvex-write-" + std::to_string(++count_) + "-" + std::to_string(std::rand()))) {
+                ("quorvex-write-" + std::to_string(getpid()) + "-" + std::to_string(++count_))) {
         fs::create_directories(path_);
     }
     Folder(const Folder&) = delete;

@@ -6,6 +6,7 @@
 #include "tests/codec/rle_frames.h"
 #include "tests/engines/jpeg_test_streams.h"
 #include "tests/parser/file_builder.h"
+#include "tests/reliability/guarded_bytes.h"
 
 #include <cstdint>
 #include <memory>
@@ -139,6 +140,24 @@ inline Bytes FileOf(const char* uid, bool isEncapsulated, const FrameForm& heade
 
 inline Bytes FileOf(const Coding& coding, const FrameForm& header, const Bytes& frame) {
     return FileOf(coding.uid, coding.target != kXferUncompressed, header, frame);
+}
+
+struct DecodedFrame {
+    QUORVEX_MESSAGE code;
+    Bytes frame;  ///< empty where the code is no success
+};
+
+/// Decodes with the stream and the caller's block between guard pages.
+inline DecodedFrame DecodeGuarded(_IMAGE_PROCESS_PARAM param, const Bytes& stream,
+                                  std::size_t frameBytes) {
+    const GuardedBytes source(stream);
+    const GuardedBytes block(frameBytes);
+    unsigned char* result = block.Data();
+    unsigned long size = frameBytes;
+    const auto code = CxImageProcessor().DecompressFrameData(&param, source.Data(), source.Size(),
+                                                             result, size, 0);
+    const bool isDone = code == QVM_SUCCESS || code == QVM_FRAME_COPIED;
+    return {code, isDone ? Bytes(result, result + frameBytes) : Bytes()};
 }
 
 }  // namespace quorvex::test

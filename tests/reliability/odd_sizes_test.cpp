@@ -1,7 +1,6 @@
 // Subsampled chroma and odd sizes: every picture of 1 to 17 pixels a side, with every subsampling.
 #include "tests/reliability/coded_frames.h"
 #include "tests/reliability/everything.h"
-#include "tests/reliability/guarded_bytes.h"
 
 // The library's header wants the standard's first.
 #include <cstdio>
@@ -78,19 +77,6 @@ Bytes DecodeDirectly(const FrameForm& form, const Bytes& stream) {
     return rgb;
 }
 
-/// Between guard pages; what is no success is an empty frame.
-Bytes DecodeFrame(_IMAGE_PROCESS_PARAM param, const Bytes& stream, std::size_t frameBytes) {
-    const GuardedBytes source(stream);
-    const GuardedBytes block(frameBytes);
-    unsigned char* result = block.Data();
-    unsigned long size = frameBytes;
-    CxImageProcessor processor;
-    const auto code =
-        processor.DecompressFrameData(&param, source.Data(), stream.size(), result, size, 0);
-    const bool isDone = code == QVM_SUCCESS || code == QVM_FRAME_COPIED;
-    return isDone ? Bytes(result, result + frameBytes) : Bytes();
-}
-
 Bytes Flat(const FrameForm& form, std::array<unsigned char, 3> colour) {
     Bytes rgb;
     for (unsigned i = 0; i < form.columns * form.rows; ++i)
@@ -114,13 +100,14 @@ TEST(OddSizes, SubsampledJpegIsWhatItsLibraryDecodes) {
             const Bytes stream = CodeSubsampled(form, PictureOf(form), subsampling);
             _IMAGE_PROCESS_PARAM ybr = param;
             ybr.photometric = "YBR_FULL_422";
-            EXPECT_EQ(DecodeFrame(ybr, stream, form.Bytes()), DecodeDirectly(form, stream))
+            EXPECT_EQ(DecodeGuarded(ybr, stream, form.Bytes()).frame, DecodeDirectly(form, stream))
                 << subsampling.name;
-            EXPECT_EQ(DecodeFrame(param, stream, form.Bytes()), DecodeDirectly(form, stream))
+            EXPECT_EQ(DecodeGuarded(param, stream, form.Bytes()).frame,
+                      DecodeDirectly(form, stream))
                 << subsampling.name;
             // An edge that takes its colour from elsewhere shows in a flat picture.
             const Bytes shown =
-                DecodeFrame(param, CodeSubsampled(form, flat, subsampling), form.Bytes());
+                DecodeGuarded(param, CodeSubsampled(form, flat, subsampling), form.Bytes()).frame;
             EXPECT_LE(GreatestError(shown, flat), 3) << subsampling.name;
         }
     });
@@ -141,7 +128,7 @@ TEST(OddSizes, NativeHalfChromaIsFlatWhereItsSourceIs) {
             }
             _IMAGE_PROCESS_PARAM param = DecodingParam(kCodings[0], form);
             param.photometric = photometric;
-            const Bytes rgb = DecodeFrame(param, stored, form.Bytes());
+            const Bytes rgb = DecodeGuarded(param, stored, form.Bytes()).frame;
             ASSERT_EQ(rgb.size(), form.Bytes());
             // A pixel without its red difference: the last of an odd number, or a row of one.
             const bool lacksLast = isFull && pixels % 2 == 1;
@@ -248,7 +235,7 @@ TEST(OddSizes, SubsampledJpeg2000IsSpreadOverItsPixels) {
                 const Bytes stream = CodeComponents(*source.image);
                 ASSERT_FALSE(stream.empty());
                 const auto param = DecodingParam(lossless, form);
-                const Bytes rgb = DecodeFrame(param, stream, form.Bytes());
+                const Bytes rgb = DecodeGuarded(param, stream, form.Bytes()).frame;
                 EXPECT_TRUE(origin != 0 || rgb == wanted) << dx << ' ' << dy;
                 ++coded;
             }

@@ -46,16 +46,10 @@ Bytes Coded(_IMAGE_PROCESS_PARAM param, const Bytes& pixels, QUORVEX_MESSAGE& co
     return coded == nullptr ? Bytes() : Bytes(coded, coded + size);
 }
 
-Bytes Decoded(_IMAGE_PROCESS_PARAM param, const Bytes& coded, std::size_t frameBytes) {
-    const GuardedBytes source(coded);
-    const GuardedBytes block(frameBytes);
-    unsigned char* result = block.Data();
-    unsigned long size = frameBytes;
-    CxImageProcessor processor;
-    const auto code =
-        processor.DecompressFrameData(&param, source.Data(), source.Size(), result, size, 0);
-    EXPECT_EQ(code, QVM_SUCCESS);
-    return {result, result + frameBytes};
+Bytes Decoded(const _IMAGE_PROCESS_PARAM& param, const Bytes& coded, std::size_t frameBytes) {
+    const auto decoded = DecodeGuarded(param, coded, frameBytes);
+    EXPECT_EQ(decoded.code, QVM_SUCCESS);
+    return decoded.frame;
 }
 
 int SampleAt(const Bytes& bytes, std::size_t index, const Samples& kind) {
