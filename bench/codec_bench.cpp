@@ -1,17 +1,16 @@
 // RLE frames and full-range colour, ours beside dcmdata's decoder, decoded bytes a second.
-#include <benchmark/benchmark.h>
-#include <dcmtk/config/osconfig.h>
-#include <dcmtk/dcmdata/dcrledec.h>
+#include "quorvex/CxImageProcessor.h"
+#include "quorvex/DicomObject.h"
 
 #include <array>
+#include <benchmark/benchmark.h>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <dcmtk/config/osconfig.h>
+#include <dcmtk/dcmdata/dcrledec.h>
 #include <random>
 #include <vector>
-
-#include "quorvex/CxImageProcessor.h"
-#include "quorvex/DicomObject.h"
 
 namespace {
 

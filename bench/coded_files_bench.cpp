@@ -3,12 +3,11 @@
 #include <benchmark/benchmark.h>
 #include <dcmtk/config/osconfig.h>
 // dcmdata wants its own configuration first.
+#include "quorvex/CxDcmParser.h"
+
 #include <dcmtk/dcmdata/dctk.h>
 #include <dcmtk/dcmjpeg/djdecode.h>
-
 #include <string>
-
-#include "quorvex/CxDcmParser.h"
 
 namespace quorvex::bench {
 namespace {

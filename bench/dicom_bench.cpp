@@ -2,7 +2,7 @@
 #include <benchmark/benchmark.h>
 #include <dcmtk/config/osconfig.h>
 // dcmdata wants its own configuration first.
-#include "foundation/dicom/resynchronise.h"
+#include "foundation/dicom/reading/resynchronise.h"
 #include "quorvex/DicomObject.h"
 
 #include <algorithm>

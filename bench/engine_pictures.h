@@ -1,14 +1,13 @@
 /// Pictures for the benches of the engines, and our side of each comparison.
 #pragma once
 
-#include <benchmark/benchmark.h>
+#include "quorvex/CxImageProcessor.h"
+#include "quorvex/DicomObject.h"
 
+#include <benchmark/benchmark.h>
 #include <cstdint>
 #include <random>
 #include <vector>
-
-#include "quorvex/CxImageProcessor.h"
-#include "quorvex/DicomObject.h"
 
 namespace quorvex::bench {
 

@@ -1,9 +1,9 @@
 // 12-bit JPEG through CxImageProcessor, beside the IJG library built for 12 bits.
+#include "bench/engine_pictures.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-
-#include "bench/engine_pictures.h"
 
 namespace quorvex::bench {
 namespace {

@@ -1,7 +1,7 @@
 // 8-bit lossy JPEG and JPEG 2000 through CxImageProcessor, beside libjpeg-turbo and OpenJPEG called
 // with nothing of ours around them.
 #include "bench/engine_pictures.h"
-#include "foundation/engines/jpeg2000_stream.h"
+#include "foundation/engines/jpeg2000/jpeg2000_stream.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,6 +1,6 @@
 // Lossless pictures of up to 8 bits: our engine beside the IJG library built for 8 bits.
 #include "bench/engine_pictures.h"
-#include "foundation/engines/jpeg_engine.h"
+#include "foundation/engines/jpeg/jpeg_engine.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,6 +1,6 @@
 // Lossless pictures of 9 to 16 bits: our engine beside the IJG library built for 16 bits.
 #include "bench/engine_pictures.h"
-#include "foundation/engines/jpeg_engine.h"
+#include "foundation/engines/jpeg/jpeg_engine.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -1,19 +1,18 @@
 // Two overlays of a radiograph drawn into an overlay image, and a palette frame expanded, beside
 // DCMTK's DicomImage.
+#include "quorvex/CXDIPP.h"
+#include "quorvex/CxDcmParser.h"
+
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <dcmtk/config/osconfig.h>
 #include <dcmtk/dcmdata/dctk.h>
 #include <dcmtk/dcmimage/diregist.h>
 #include <dcmtk/dcmimgle/dcmimage.h>
-
-#include <algorithm>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include "quorvex/CXDIPP.h"
-#include "quorvex/CxDcmParser.h"
 
 namespace {
 

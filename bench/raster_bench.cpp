@@ -1,11 +1,10 @@
-#include <benchmark/benchmark.h>
+#include "foundation/raster/raster.h"
 
+#include <benchmark/benchmark.h>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 #include <random>
 #include <vector>
-
-#include "foundation/raster/raster.h"
 
 namespace quorvex {
 namespace {

@@ -1,13 +1,12 @@
 // A window change on a digital plate: a new table, then the picture for a view. The peer maps the
 // whole plate through the same table and lets OpenCV resize it.
-#include <benchmark/benchmark.h>
+#include "quorvex/CXImageCreator.h"
 
+#include <benchmark/benchmark.h>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 #include <random>
 #include <vector>
-
-#include "quorvex/CXImageCreator.h"
 
 namespace quorvex {
 namespace {

@@ -1,11 +1,10 @@
 // From a file to its thumbnail, beside DCMTK's DicomImage scaled to the same size.
-#include <benchmark/benchmark.h>
-
-#include <memory>
-#include <string>
-
 #include "bench/picture_file.h"
 #include "quorvex/CxDcmParser.h"
+
+#include <benchmark/benchmark.h>
+#include <memory>
+#include <string>
 // DCMTK's image classes build on its data classes.
 #include <dcmtk/dcmimgle/dcmimage.h>
 

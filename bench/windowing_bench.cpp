@@ -1,11 +1,10 @@
 // The display table of 65,536 entries: rebuilt, copied, and as a division for each entry makes it.
-#include <benchmark/benchmark.h>
-
-#include <cstdint>
-#include <vector>
-
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
+
+#include <benchmark/benchmark.h>
+#include <cstdint>
+#include <vector>
 
 namespace quorvex {
 namespace {

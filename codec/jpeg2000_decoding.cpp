@@ -1,5 +1,5 @@
 #include "codec/colour.h"
-#include "foundation/engines/jpeg2000_engine.h"
+#include "foundation/engines/jpeg2000/jpeg2000_engine.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"

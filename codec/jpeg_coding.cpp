@@ -1,6 +1,6 @@
 #include "codec/jpeg_coding.h"
 
-#include "foundation/engines/jpeg_engine.h"
+#include "foundation/engines/jpeg/jpeg_engine.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
 

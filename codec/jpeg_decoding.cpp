@@ -1,5 +1,5 @@
 #include "codec/colour.h"
-#include "foundation/engines/jpeg_engine.h"
+#include "foundation/engines/jpeg/jpeg_engine.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "quorvex/CxImageProcessor.h"

@@ -1,4 +1,4 @@
-#include "foundation/engines/jpeg2000_engine.h"
+#include "foundation/engines/jpeg2000/jpeg2000_engine.h"
 #include "quorvex/CxImageProcessor.h"
 
 namespace quorvex {

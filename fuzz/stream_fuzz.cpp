@@ -1,5 +1,5 @@
 // A bare data set in every encoding, and the search for one behind other bytes.
-#include "foundation/dicom/resynchronise.h"
+#include "foundation/dicom/reading/resynchronise.h"
 #include "fuzz/elements.h"
 #include "fuzz/frames.h"
 #include "fuzz/memory_feed.h"

@@ -1,6 +1,6 @@
 #include "maker/pixel_attributes.h"
 
-#include "foundation/dicom/image_tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/checked_size.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 #include "foundation/types/block.h"
 #include "maker/pixel_attributes.h"
 #include "maker/pixel_draft.h"
-#include "parser/palette_image.h"
+#include "parser/palette/palette_image.h"
 #include "quorvex/CxDcmMaker.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 #include "foundation/platform/pages.h"
-#include "parser/frame_events.h"
+#include "parser/frames/frame_events.h"
 #include "quorvex/CxDcmParser.h"
 
 #include <algorithm>

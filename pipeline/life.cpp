@@ -1,4 +1,4 @@
-#include "pipeline/stored_elements.h"
+#include "pipeline/intake/stored_elements.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"

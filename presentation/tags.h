@@ -1,7 +1,7 @@
 /// The attributes that presentation data is read from.
 #pragma once
 
-#include "foundation/dicom/image_tags.h"
+#include "foundation/dicom/model/tags.h"
 
 #include <cstdint>
 

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Writes foundation/dicom/dictionary_table.inc: the standard's data elements, sorted by tag.
+"""Writes foundation/dicom/model/dictionary_table.inc: the standard's data elements, sorted by tag.
 
 The list comes from the installed pydicom, which generates it from DICOM PS3.6 and PS3.7. Run it by
 hand when that list has grown, and commit the result:
 
-    scripts/make_dictionary.py > foundation/dicom/dictionary_table.inc
+    scripts/make_dictionary.py > foundation/dicom/model/dictionary_table.inc
 """
 
 from pydicom._dicom_dict import DicomDictionary, RepeatersDictionary

@@ -1,4 +1,4 @@
-#include "presentation/attribute_writing.h"
+#include "states/attribute_writing.h"
 
 #include "presentation/tags.h"
 

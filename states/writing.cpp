@@ -1,9 +1,9 @@
 #include "foundation/types/answer.h"
-#include "presentation/attribute_writing.h"
 #include "presentation/attributes.h"
 #include "presentation/tags.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmMaker.h"
+#include "states/attribute_writing.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,6 @@
-#include "presentation/attribute_writing.h"
 #include "presentation/tags.h"
 #include "quorvex/CXGSPSObject.h"
+#include "states/attribute_writing.h"
 
 #include <array>
 #include <span>

@@ -1,4 +1,4 @@
-#include "arguments.h"
+#include "tools/arguments.h"
 
 #include <charconv>
 #include <cmath>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "quorvex/Types.h"
-#include "verbs.h"
+#include "tools/verbs.h"
 
 #include <string>
 

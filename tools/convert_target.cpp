@@ -1,6 +1,6 @@
-#include "convert_target.h"
+#include "tools/convert_target.h"
 
-#include "report.h"
+#include "tools/report.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include "file_list.h"
+#include "tools/file_list.h"
 
-#include "report.h"
+#include "tools/report.h"
 
 #include <algorithm>
 #include <charconv>

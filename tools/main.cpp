@@ -1,6 +1,6 @@
 // The quorvex command: its verbs and their arguments.
-#include "arguments.h"
-#include "verbs.h"
+#include "tools/arguments.h"
+#include "tools/verbs.h"
 
 #include <CLI/CLI.hpp>
 #include <functional>

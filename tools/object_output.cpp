@@ -1,9 +1,9 @@
-#include "object_output.h"
+#include "tools/object_output.h"
 
-#include "output_file.h"
-#include "output_place.h"
-#include "report.h"
-#include "work_folder.h"
+#include "tools/output_file.h"
+#include "tools/output_place.h"
+#include "tools/report.h"
+#include "tools/work_folder.h"
 
 #include <cerrno>
 #include <filesystem>

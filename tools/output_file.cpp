@@ -1,6 +1,6 @@
-#include "output_file.h"
+#include "tools/output_file.h"
 
-#include "report.h"
+#include "tools/report.h"
 
 #include <array>
 #include <cerrno>

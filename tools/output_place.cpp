@@ -1,6 +1,6 @@
-#include "output_place.h"
+#include "tools/output_place.h"
 
-#include "report.h"
+#include "tools/report.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,7 +1,7 @@
-#include "png_writer.h"
+#include "tools/png_writer.h"
 
-#include "output_file.h"
-#include "report.h"
+#include "tools/output_file.h"
+#include "tools/report.h"
 
 #include <csetjmp>
 #include <exception>

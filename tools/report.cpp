@@ -1,8 +1,8 @@
-#include "report.h"
+#include "tools/report.h"
 
-#include "progress.h"
 #include "quorvex/Limits.h"
 #include "quorvex/Types.h"
+#include "tools/progress.h"
 
 #include <array>
 #include <cerrno>

@@ -4,9 +4,9 @@
 /// EnvironmentFailure for the rest.
 #pragma once
 
-#include "file_list.h"
 #include "quorvex/Types.h"
-#include "report.h"
+#include "tools/file_list.h"
+#include "tools/report.h"
 
 #include <optional>
 #include <string>

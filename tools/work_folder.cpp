@@ -1,6 +1,6 @@
-#include "work_folder.h"
+#include "tools/work_folder.h"
 
-#include "report.h"
+#include "tools/report.h"
 
 #include <array>
 #include <cerrno>

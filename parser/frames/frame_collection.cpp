@@ -1,9 +1,9 @@
 #include "codec/decoders.h"
-#include "foundation/dicom/encapsulated_items.h"
+#include "foundation/dicom/frames/encapsulated_items.h"
 #include "foundation/types/limits.h"
-#include "parser/frame_index.h"
-#include "parser/frame_shape.h"
-#include "parser/stored_frame.h"
+#include "parser/frames/frame_index.h"
+#include "parser/frames/frame_shape.h"
+#include "parser/frames/stored_frame.h"
 #include "quorvex/CxDcmParser.h"
 
 #include <algorithm>

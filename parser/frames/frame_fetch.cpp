@@ -1,11 +1,11 @@
 #include "codec/decoders.h"
-#include "foundation/dicom/image_tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "foundation/types/limits.h"
-#include "parser/frame_events.h"
-#include "parser/frame_shape.h"
-#include "parser/stored_frame.h"
+#include "parser/frames/frame_events.h"
+#include "parser/frames/frame_shape.h"
+#include "parser/frames/stored_frame.h"
 #include "quorvex/CxDcmParser.h"
 
 #include <algorithm>

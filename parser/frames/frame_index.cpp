@@ -1,4 +1,4 @@
-#include "parser/frame_index.h"
+#include "parser/frames/frame_index.h"
 
 #include <algorithm>
 

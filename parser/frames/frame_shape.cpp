@@ -1,6 +1,6 @@
-#include "parser/frame_shape.h"
+#include "parser/frames/frame_shape.h"
 
-#include "foundation/dicom/image_tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/checked_size.h"
 
 namespace quorvex {

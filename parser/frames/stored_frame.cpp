@@ -1,7 +1,7 @@
-#include "parser/stored_frame.h"
+#include "parser/frames/stored_frame.h"
 
-#include "parser/frame_events.h"
-#include "parser/frame_index.h"
+#include "parser/frames/frame_events.h"
+#include "parser/frames/frame_index.h"
 
 namespace quorvex {
 namespace {

@@ -1,6 +1,6 @@
-#include "parser/palette_image.h"
+#include "parser/palette/palette_image.h"
 
-#include "foundation/dicom/image_tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"

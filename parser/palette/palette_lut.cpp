@@ -1,6 +1,6 @@
 #include "foundation/types/answer.h"
 #include "foundation/types/limits.h"
-#include "parser/palette_segments.h"
+#include "parser/palette/palette_segments.h"
 #include "quorvex/CxPaletteLUT.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "parser/palette_segments.h"
+#include "parser/palette/palette_segments.h"
 
 #include "foundation/types/limits.h"
 

@@ -1,7 +1,7 @@
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
-#include "parser/frame_shape.h"
-#include "parser/thumbnail_pixels.h"
+#include "parser/frames/frame_shape.h"
+#include "parser/thumbnail/thumbnail_pixels.h"
 #include "quorvex/CxDcmParser.h"
 
 #include <cstring>

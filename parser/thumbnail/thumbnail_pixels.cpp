@@ -1,11 +1,11 @@
-#include "parser/thumbnail_pixels.h"
+#include "parser/thumbnail/thumbnail_pixels.h"
 
-#include "foundation/dicom/image_tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/raster/resize_kernels.h"
 #include "foundation/raster/resize_taps.h"
 #include "foundation/types/saturate.h"
-#include "parser/palette_image.h"
-#include "parser/thumbnail_window.h"
+#include "parser/palette/palette_image.h"
+#include "parser/thumbnail/thumbnail_window.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 /// A frame of any kind as bytes at its full size, for thumbnails.
 #pragma once
 
-#include "parser/frame_shape.h"
+#include "parser/frames/frame_shape.h"
 #include "quorvex/DicomObject.h"
 #include "quorvex/ResultCodes.h"
 

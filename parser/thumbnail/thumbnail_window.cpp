@@ -1,6 +1,6 @@
-#include "parser/thumbnail_window.h"
+#include "parser/thumbnail/thumbnail_window.h"
 
-#include "foundation/dicom/image_tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/saturate.h"
 
 #include <cmath>

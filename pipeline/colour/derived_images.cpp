@@ -1,9 +1,9 @@
-#include "foundation/dicom/image_tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
-#include "parser/palette_image.h"
-#include "pipeline/supplemental_palette.h"
+#include "parser/palette/palette_image.h"
+#include "pipeline/colour/supplemental_palette.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/DicomObject.h"
 

@@ -1,4 +1,4 @@
-#include "pipeline/supplemental_palette.h"
+#include "pipeline/colour/supplemental_palette.h"
 
 #include <algorithm>
 #include <array>

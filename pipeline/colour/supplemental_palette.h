@@ -1,7 +1,7 @@
 /// Supplemental palettes: colours for a part of the values of a grey image.
 #pragma once
 
-#include "parser/palette_image.h"
+#include "parser/palette/palette_image.h"
 
 namespace quorvex {
 

@@ -1,6 +1,6 @@
-#include "foundation/dicom/image_tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
-#include "pipeline/presentation_record.h"
+#include "pipeline/intake/presentation_record.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"

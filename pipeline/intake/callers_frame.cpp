@@ -1,9 +1,9 @@
-#include "pipeline/callers_frame.h"
+#include "pipeline/intake/callers_frame.h"
 
 #include "foundation/types/checked_size.h"
-#include "pipeline/incoming_image.h"
-#include "pipeline/modality_stage.h"
-#include "pipeline/pixel_header.h"
+#include "pipeline/intake/incoming_image.h"
+#include "pipeline/intake/modality_stage.h"
+#include "pipeline/intake/pixel_header.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,7 +1,7 @@
 /// Frames that a caller holds, on their way into a `CXDIPP`.
 #pragma once
 
-#include "pipeline/stored_elements.h"
+#include "pipeline/intake/stored_elements.h"
 
 #include <cstddef>
 #include <optional>

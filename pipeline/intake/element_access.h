@@ -1,7 +1,7 @@
 /// Typed access to elements that lie in a block of bytes.
 #pragma once
 
-#include "pipeline/stored_elements.h"
+#include "pipeline/intake/stored_elements.h"
 
 #include <cstddef>
 #include <cstdint>

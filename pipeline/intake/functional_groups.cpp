@@ -1,4 +1,4 @@
-#include "pipeline/functional_groups.h"
+#include "pipeline/intake/functional_groups.h"
 
 #include <algorithm>
 #include <array>

@@ -1,10 +1,10 @@
-#include "pipeline/incoming_image.h"
+#include "pipeline/intake/incoming_image.h"
 
 #include "foundation/types/limits.h"
 #include "foundation/types/saturate.h"
-#include "pipeline/pixel_header.h"
-#include "pipeline/presentation_record.h"
-#include "pipeline/rgb_frame.h"
+#include "pipeline/intake/pixel_header.h"
+#include "pipeline/intake/presentation_record.h"
+#include "pipeline/intake/rgb_frame.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
 

@@ -2,7 +2,7 @@
 /// fail, so that the image on show survives every failure.
 #pragma once
 
-#include "pipeline/modality_stage.h"
+#include "pipeline/intake/modality_stage.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/Types.h"
 

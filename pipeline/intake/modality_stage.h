@@ -1,8 +1,8 @@
 /// The modality stage: a grey frame as stored becomes one of modality values, once for each frame.
 #pragma once
 
-#include "pipeline/modality_transform.h"
-#include "pipeline/stored_elements.h"
+#include "pipeline/intake/modality_transform.h"
+#include "pipeline/intake/stored_elements.h"
 #include "quorvex/CXDIPP.h"
 
 #include <cstdint>

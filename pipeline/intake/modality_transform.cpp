@@ -1,4 +1,4 @@
-#include "pipeline/modality_transform.h"
+#include "pipeline/intake/modality_transform.h"
 
 #include "foundation/types/saturate.h"
 #include "quorvex/CXGSPSInfo.h"

@@ -1,7 +1,7 @@
 /// From stored values to modality values.
 #pragma once
 
-#include "pipeline/stored_elements.h"
+#include "pipeline/intake/stored_elements.h"
 
 #include <cstdint>
 #include <optional>

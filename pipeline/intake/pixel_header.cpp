@@ -1,6 +1,6 @@
-#include "pipeline/pixel_header.h"
+#include "pipeline/intake/pixel_header.h"
 
-#include "foundation/dicom/image_tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/checked_size.h"
 #include "quorvex/DicomObject.h"
 

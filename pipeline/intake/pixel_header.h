@@ -1,7 +1,7 @@
 /// What a header says about the pixels of its frames.
 #pragma once
 
-#include "pipeline/stored_elements.h"
+#include "pipeline/intake/stored_elements.h"
 #include "quorvex/Types.h"
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "pipeline/presentation_record.h"
+#include "pipeline/intake/presentation_record.h"
 
 #include "presentation/shutter_size.h"
 #include "quorvex/CXGSPSInfo.h"

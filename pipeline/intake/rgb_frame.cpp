@@ -1,7 +1,7 @@
-#include "pipeline/rgb_frame.h"
+#include "pipeline/intake/rgb_frame.h"
 
-#include "pipeline/pixel_header.h"
-#include "pipeline/stored_elements.h"
+#include "pipeline/intake/pixel_header.h"
+#include "pipeline/intake/stored_elements.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,9 +1,9 @@
-#include "pipeline/stored_elements.h"
+#include "pipeline/intake/stored_elements.h"
 
 #include "foundation/platform/pages.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
-#include "pipeline/element_access.h"
+#include "pipeline/intake/element_access.h"
 
 #include <algorithm>
 #include <cstring>

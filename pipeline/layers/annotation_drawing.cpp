@@ -1,6 +1,6 @@
 #include "foundation/platform/canvas.h"
-#include "pipeline/annotation_geometry.h"
-#include "pipeline/annotation_text.h"
+#include "pipeline/layers/annotation_geometry.h"
+#include "pipeline/layers/annotation_text.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 

@@ -1,4 +1,4 @@
-#include "pipeline/annotation_geometry.h"
+#include "pipeline/layers/annotation_geometry.h"
 
 #include "foundation/types/limits.h"
 #include "quorvex/CXGSPSInfo.h"

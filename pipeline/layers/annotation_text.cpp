@@ -1,4 +1,4 @@
-#include "pipeline/annotation_text.h"
+#include "pipeline/layers/annotation_text.h"
 
 #include "foundation/types/limits.h"
 #include "quorvex/CXGSPSInfo.h"

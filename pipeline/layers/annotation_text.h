@@ -1,7 +1,7 @@
 /// Where the lines of an annotation's text stand.
 #pragma once
 
-#include "pipeline/annotation_geometry.h"
+#include "pipeline/layers/annotation_geometry.h"
 
 #include <optional>
 #include <string>

@@ -1,4 +1,4 @@
-#include "pipeline/bit_planes.h"
+#include "pipeline/layers/bit_planes.h"
 
 namespace quorvex {
 

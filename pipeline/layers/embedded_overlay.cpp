@@ -1,10 +1,10 @@
-#include "pipeline/embedded_overlay.h"
+#include "pipeline/layers/embedded_overlay.h"
 
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
-#include "pipeline/element_access.h"
-#include "pipeline/overlay_planes.h"
-#include "pipeline/pixel_header.h"
+#include "pipeline/intake/element_access.h"
+#include "pipeline/intake/pixel_header.h"
+#include "pipeline/layers/overlay_planes.h"
 #include "quorvex/CLData.h"
 
 #include <algorithm>

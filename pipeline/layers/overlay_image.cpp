@@ -1,9 +1,9 @@
-#include "pipeline/overlay_image.h"
+#include "pipeline/layers/overlay_image.h"
 
-#include "foundation/dicom/image_tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
-#include "pipeline/overlay_planes.h"
+#include "pipeline/layers/overlay_planes.h"
 #include "quorvex/CLData.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/DicomObject.h"

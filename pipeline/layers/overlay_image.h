@@ -1,7 +1,7 @@
 /// Overlay planes drawn into an overlay image: a byte image of the size of the picture.
 #pragma once
 
-#include "pipeline/bit_planes.h"
+#include "pipeline/layers/bit_planes.h"
 
 #include <cstddef>
 #include <optional>

@@ -1,11 +1,11 @@
-#include "pipeline/overlay_layer.h"
+#include "pipeline/layers/overlay_layer.h"
 
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
-#include "pipeline/embedded_overlay.h"
-#include "pipeline/overlay_image.h"
-#include "pipeline/overlay_planes.h"
-#include "pipeline/stored_elements.h"
+#include "pipeline/intake/stored_elements.h"
+#include "pipeline/layers/embedded_overlay.h"
+#include "pipeline/layers/overlay_image.h"
+#include "pipeline/layers/overlay_planes.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "pipeline/overlay_planes.h"
+#include "pipeline/layers/overlay_planes.h"
 
 #include "quorvex/DicomObject.h"
 

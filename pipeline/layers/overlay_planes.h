@@ -1,7 +1,7 @@
 /// The overlay planes of a data set: groups (6000,xxxx) to (601E,xxxx).
 #pragma once
 
-#include "pipeline/bit_planes.h"
+#include "pipeline/layers/bit_planes.h"
 
 #include <array>
 #include <cstdint>

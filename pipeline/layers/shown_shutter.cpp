@@ -1,8 +1,8 @@
-#include "pipeline/shown_shutter.h"
+#include "pipeline/layers/shown_shutter.h"
 
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
-#include "pipeline/stored_elements.h"
+#include "pipeline/intake/stored_elements.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXImageCreator.h"
 

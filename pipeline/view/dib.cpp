@@ -1,4 +1,4 @@
-#include "pipeline/dib.h"
+#include "pipeline/view/dib.h"
 
 namespace quorvex {
 

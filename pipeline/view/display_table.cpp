@@ -1,4 +1,4 @@
-#include "pipeline/display_table.h"
+#include "pipeline/view/display_table.h"
 
 #include "quorvex/CXWindowing.h"
 

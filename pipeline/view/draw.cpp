@@ -1,7 +1,7 @@
 #include "foundation/platform/surface.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/saturate.h"
-#include "pipeline/dib.h"
+#include "pipeline/view/dib.h"
 #include "quorvex/CXDIPP.h"
 
 #include <cstdint>

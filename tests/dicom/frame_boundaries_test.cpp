@@ -1,4 +1,4 @@
-#include "foundation/dicom/frame_boundaries.h"
+#include "foundation/dicom/frames/frame_boundaries.h"
 
 #include <gtest/gtest.h>
 #include <string>

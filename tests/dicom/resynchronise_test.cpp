@@ -1,4 +1,4 @@
-#include "foundation/dicom/resynchronise.h"
+#include "foundation/dicom/reading/resynchronise.h"
 
 #include "tests/support/dicom_builder.h"
 

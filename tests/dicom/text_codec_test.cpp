@@ -1,4 +1,4 @@
-#include "foundation/dicom/text_codec.h"
+#include "foundation/dicom/text/text_codec.h"
 
 #include "foundation/types/utf.h"
 

@@ -1,7 +1,7 @@
-#include "foundation/dicom/byte_order.h"
-#include "foundation/dicom/native_frames.h"
-#include "foundation/dicom/offset_tables.h"
-#include "foundation/dicom/value_representation.h"
+#include "foundation/dicom/frames/native_frames.h"
+#include "foundation/dicom/frames/offset_tables.h"
+#include "foundation/dicom/model/byte_order.h"
+#include "foundation/dicom/model/value_representation.h"
 #include "quorvex/DicomObject.h"
 #include "tests/support/corpus.h"
 

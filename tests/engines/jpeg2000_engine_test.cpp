@@ -1,6 +1,6 @@
-#include "foundation/engines/jpeg2000_engine.h"
+#include "foundation/engines/jpeg2000/jpeg2000_engine.h"
 
-#include "foundation/engines/jpeg2000_header.h"
+#include "foundation/engines/jpeg2000/jpeg2000_header.h"
 #include "quorvex/Limits.h"
 #include "tests/engines/jpeg2000_test_streams.h"
 #include "tests/engines/jpeg_test_streams.h"

@@ -1,4 +1,4 @@
-#include "foundation/engines/jpeg_engine.h"
+#include "foundation/engines/jpeg/jpeg_engine.h"
 
 #include "tests/engines/jpeg_test_streams.h"
 

@@ -1,7 +1,7 @@
 /// Pictures, and JPEG streams made of them, for the tests of the engines.
 #pragma once
 
-#include "foundation/engines/jpeg_engine.h"
+#include "foundation/engines/jpeg/jpeg_engine.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "foundation/engines/lossless_codes.h"
+#include "foundation/engines/lossless/lossless_codes.h"
 #include "tests/engines/lossless_test_streams.h"
 
 #include <gtest/gtest.h>

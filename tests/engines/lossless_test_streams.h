@@ -2,8 +2,8 @@
 /// than our own coder writes.
 #pragma once
 
-#include "foundation/engines/jpeg_coders.h"
-#include "foundation/engines/lossless_scan.h"
+#include "foundation/engines/jpeg/jpeg_coders.h"
+#include "foundation/engines/lossless/lossless_scan.h"
 #include "tests/engines/jpeg_test_streams.h"
 
 #include <bit>

@@ -1,5 +1,5 @@
 #include "file_builder.h"
-#include "parser/palette_image.h"
+#include "parser/palette/palette_image.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/CxPaletteLUT.h"
 

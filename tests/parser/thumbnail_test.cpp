@@ -1,6 +1,6 @@
 #include "file_builder.h"
-#include "parser/thumbnail_pixels.h"
-#include "parser/thumbnail_window.h"
+#include "parser/thumbnail/thumbnail_pixels.h"
+#include "parser/thumbnail/thumbnail_window.h"
 #include "quorvex/CxDcmParser.h"
 
 #include <algorithm>

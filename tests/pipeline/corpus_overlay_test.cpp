@@ -1,6 +1,6 @@
 // Overlay planes of real files, against what other readers found in them.
-#include "pipeline/embedded_overlay.h"
-#include "pipeline/overlay_planes.h"
+#include "pipeline/layers/embedded_overlay.h"
+#include "pipeline/layers/overlay_planes.h"
 #include "quorvex/CxDcmParser.h"
 #include "tests/support/corpus.h"
 

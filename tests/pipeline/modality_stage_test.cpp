@@ -1,6 +1,6 @@
-#include "pipeline/modality_stage.h"
+#include "pipeline/intake/modality_stage.h"
 
-#include "pipeline/element_access.h"
+#include "pipeline/intake/element_access.h"
 #include "quorvex/CXGSPSInfo.h"
 
 #include <cstdint>

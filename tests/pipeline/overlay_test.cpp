@@ -1,6 +1,6 @@
 // Overlay planes in an overlay image, against a look at every single pixel.
-#include "pipeline/bit_planes.h"
-#include "pipeline/embedded_overlay.h"
+#include "pipeline/layers/bit_planes.h"
+#include "pipeline/layers/embedded_overlay.h"
 #include "quorvex/CLData.h"
 #include "quorvex/CXDIPP.h"
 #include "tests/pipeline/overlay_objects.h"

@@ -1,5 +1,5 @@
-#include "pipeline/display_table.h"
-#include "pipeline/stored_elements.h"
+#include "pipeline/intake/stored_elements.h"
+#include "pipeline/view/display_table.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXImageCreator.h"

@@ -1,5 +1,5 @@
 #include "foundation/platform/canvas.h"
-#include "pipeline/annotation_geometry.h"
+#include "pipeline/layers/annotation_geometry.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "tests/pipeline/inspector.h"

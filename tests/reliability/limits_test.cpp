@@ -1,9 +1,9 @@
 // Each limit is met by an input of its own, refused by a code, and told by its name.
 #include "foundation/types/limits.h"
 
-#include "foundation/dicom/element_reader.h"
-#include "foundation/dicom/piece_sources.h"
-#include "parser/palette_segments.h"
+#include "foundation/dicom/reading/element_reader.h"
+#include "foundation/dicom/reading/piece_sources.h"
+#include "parser/palette/palette_segments.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmMaker.h"

@@ -1,5 +1,5 @@
 // Every attribute that the code reads, in a representation that its tag does not promise.
-#include "foundation/dicom/dictionary.h"
+#include "foundation/dicom/model/dictionary.h"
 #include "tests/reliability/every_way.h"
 #include "tests/reliability/measured_child.h"
 #include "tests/support/dicom_builder.h"

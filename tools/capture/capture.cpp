@@ -1,10 +1,10 @@
 // quorvex capture: pictures as an object of a patient's study.
-#include "convert_target.h"
-#include "object_output.h"
-#include "png_reader.h"
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
-#include "verbs.h"
+#include "tools/capture/png_reader.h"
+#include "tools/convert_target.h"
+#include "tools/object_output.h"
+#include "tools/verbs.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "png_reader.h"
+#include "tools/capture/png_reader.h"
 
 #include <algorithm>
 #include <cmath>

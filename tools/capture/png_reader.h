@@ -1,7 +1,7 @@
 /// Pictures from PNG files.
 #pragma once
 
-#include "png_writer.h"
+#include "tools/png_writer.h"
 
 #include <string>
 

@@ -1,11 +1,11 @@
 // quorvex convert: files, folders and lists into another transfer syntax.
-#include "convert_job.h"
-#include "convert_summary.h"
-#include "object_output.h"
-#include "output_place.h"
-#include "progress.h"
-#include "verbs.h"
-#include "work_folder.h"
+#include "tools/convert/convert_job.h"
+#include "tools/convert/convert_summary.h"
+#include "tools/object_output.h"
+#include "tools/output_place.h"
+#include "tools/progress.h"
+#include "tools/verbs.h"
+#include "tools/work_folder.h"
 
 #include <algorithm>
 #include <chrono>

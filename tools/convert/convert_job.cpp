@@ -1,13 +1,13 @@
-#include "convert_job.h"
+#include "tools/convert/convert_job.h"
 
-#include "object_output.h"
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/Limits.h"
-#include "report.h"
-#include "source_checks.h"
-#include "verify.h"
-#include "work_folder.h"
+#include "tools/convert/source_checks.h"
+#include "tools/convert/verify.h"
+#include "tools/object_output.h"
+#include "tools/report.h"
+#include "tools/work_folder.h"
 
 #include <array>
 #include <chrono>

@@ -1,9 +1,9 @@
 /// One file on its way into another transfer syntax.
 #pragma once
 
-#include "convert_target.h"
-#include "file_list.h"
-#include "manifest.h"
+#include "tools/convert/manifest.h"
+#include "tools/convert_target.h"
+#include "tools/file_list.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "convert_summary.h"
+#include "tools/convert/convert_summary.h"
 
 #include <cstdio>
 

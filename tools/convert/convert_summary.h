@@ -1,8 +1,8 @@
 /// What a conversion came to.
 #pragma once
 
-#include "manifest.h"
-#include "report.h"
+#include "tools/convert/manifest.h"
+#include "tools/report.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
-#include "digest.h"
+#include "tools/convert/digest.h"
 
-#include "report.h"
+#include "tools/report.h"
 
 #include <array>
 #include <cstdio>

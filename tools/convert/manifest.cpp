@@ -1,9 +1,9 @@
-#include "manifest.h"
+#include "tools/convert/manifest.h"
 
-#include "element_value.h"
-#include "flat_json.h"
 #include "quorvex/Types.h"
-#include "report.h"
+#include "tools/convert/flat_json.h"
+#include "tools/info/element_value.h"
+#include "tools/report.h"
 
 #include <algorithm>
 #include <cerrno>

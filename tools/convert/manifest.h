@@ -1,7 +1,7 @@
 /// What became of every input, one JSON object a line: the memory of a long conversion.
 #pragma once
 
-#include "digest.h"
+#include "tools/convert/digest.h"
 
 #include <array>
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "source_checks.h"
+#include "tools/convert/source_checks.h"
 
-#include "report.h"
-#include "verify.h"
+#include "tools/convert/verify.h"
+#include "tools/report.h"
 
 namespace quorvex::tools {
 namespace {

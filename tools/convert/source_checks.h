@@ -1,9 +1,9 @@
 /// What keeps an object from being converted.
 #pragma once
 
-#include "convert_target.h"
-#include "manifest.h"
 #include "quorvex/ResultCodes.h"
+#include "tools/convert/manifest.h"
+#include "tools/convert_target.h"
 
 #include <string>
 

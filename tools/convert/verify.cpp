@@ -1,4 +1,4 @@
-#include "verify.h"
+#include "tools/convert/verify.h"
 
 #include <algorithm>
 #include <cmath>

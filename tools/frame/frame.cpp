@@ -1,7 +1,7 @@
 // quorvex frame: decoded frames as raw pixels.
-#include "output_file.h"
 #include "quorvex/CxDcmParser.h"
-#include "verbs.h"
+#include "tools/output_file.h"
+#include "tools/verbs.h"
 
 #include <memory>
 #include <span>

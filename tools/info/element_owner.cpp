@@ -1,6 +1,6 @@
-#include "element_owner.h"
+#include "tools/info/element_owner.h"
 
-#include "element_value.h"
+#include "tools/info/element_value.h"
 
 #include <string_view>
 

@@ -1,4 +1,4 @@
-#include "element_value.h"
+#include "tools/info/element_value.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include "image_summary.h"
+#include "tools/info/image_summary.h"
 
-#include "preamble.h"
+#include "tools/info/preamble.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 /// What an object says about its image, in one place.
 #pragma once
 
-#include "named_facts.h"
 #include "quorvex/CxDcmParser.h"
+#include "tools/info/named_facts.h"
 
 #include <optional>
 #include <string>

@@ -1,8 +1,8 @@
 // What `quorvex info --json` gives to a program.
-#include "element_owner.h"
-#include "element_value.h"
-#include "info_report.h"
-#include "report.h"
+#include "tools/info/element_owner.h"
+#include "tools/info/element_value.h"
+#include "tools/info/info_report.h"
+#include "tools/report.h"
 
 #include <array>
 #include <cstdio>

@@ -1,7 +1,7 @@
 /// The two forms in which `quorvex info` shows a file.
 #pragma once
 
-#include "image_summary.h"
+#include "tools/info/image_summary.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
-#include "named_facts.h"
+#include "tools/info/named_facts.h"
 
-#include "element_value.h"
-#include "report.h"
+#include "tools/info/element_value.h"
+#include "tools/report.h"
 
 #include <span>
 

@@ -1,4 +1,4 @@
-#include "preamble.h"
+#include "tools/info/preamble.h"
 
 #include <array>
 #include <fstream>

@@ -1,6 +1,6 @@
 // quorvex phantom: sample objects for trying things out.
-#include "phantom_objects.h"
-#include "verbs.h"
+#include "tools/phantom/phantom_objects.h"
+#include "tools/verbs.h"
 
 #include <filesystem>
 

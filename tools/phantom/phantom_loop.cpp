@@ -1,6 +1,6 @@
 // The ultrasound-like loop: a beating chamber in a fan of speckle, with coloured flow.
-#include "phantom_images.h"
-#include "phantom_shapes.h"
+#include "tools/phantom/phantom_images.h"
+#include "tools/phantom/phantom_shapes.h"
 
 #include <algorithm>
 #include <array>

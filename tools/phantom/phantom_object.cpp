@@ -1,6 +1,6 @@
-#include "phantom_object.h"
+#include "tools/phantom/phantom_object.h"
 
-#include "report.h"
+#include "tools/report.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 /// The sample objects themselves.
 #pragma once
 
-#include "phantom_object.h"
 #include "quorvex/Types.h"
+#include "tools/phantom/phantom_object.h"
 
 #include <memory>
 

@@ -1,6 +1,6 @@
 // The radiograph-like view: how much radiation passes through a chest of ellipsoids.
-#include "phantom_images.h"
-#include "phantom_shapes.h"
+#include "tools/phantom/phantom_images.h"
+#include "tools/phantom/phantom_shapes.h"
 
 #include <algorithm>
 #include <cmath>

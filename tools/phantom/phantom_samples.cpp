@@ -1,6 +1,6 @@
 // The three images among the sample objects.
-#include "phantom_images.h"
-#include "phantom_objects.h"
+#include "tools/phantom/phantom_images.h"
+#include "tools/phantom/phantom_objects.h"
 
 #include <array>
 #include <bit>

@@ -1,4 +1,4 @@
-#include "phantom_shapes.h"
+#include "tools/phantom/phantom_shapes.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
 // The CT-like slice: overlaid ellipses in Hounsfield units, with noise.
-#include "phantom_images.h"
-#include "phantom_shapes.h"
+#include "tools/phantom/phantom_images.h"
+#include "tools/phantom/phantom_shapes.h"
 
 #include <cmath>
 #include <numbers>

@@ -1,5 +1,5 @@
 // The presentation state that goes with the slice.
-#include "phantom_objects.h"
+#include "tools/phantom/phantom_objects.h"
 
 #include <array>
 

@@ -1,11 +1,11 @@
 // quorvex render: an image as a viewer would show it.
-#include "output_file.h"
-#include "png_writer.h"
 #include "quorvex/CLData.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CxDcmParser.h"
-#include "state_file.h"
-#include "verbs.h"
+#include "tools/output_file.h"
+#include "tools/png_writer.h"
+#include "tools/render/state_file.h"
+#include "tools/verbs.h"
 
 #include <algorithm>
 #include <cmath>

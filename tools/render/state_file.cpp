@@ -1,4 +1,4 @@
-#include "state_file.h"
+#include "tools/render/state_file.h"
 
 namespace quorvex::tools {
 namespace {

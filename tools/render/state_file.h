@@ -2,7 +2,7 @@
 #pragma once
 
 #include "quorvex/CxDcmParser.h"
-#include "report.h"
+#include "tools/report.h"
 
 #include <string>
 

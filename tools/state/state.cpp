@@ -1,9 +1,9 @@
 // quorvex state: how images are to be shown, as an object of its own.
-#include "object_output.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmParser.h"
-#include "state_record.h"
-#include "verbs.h"
+#include "tools/object_output.h"
+#include "tools/state/state_record.h"
+#include "tools/verbs.h"
 
 #include <memory>
 

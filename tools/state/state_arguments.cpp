@@ -1,5 +1,5 @@
 // What `quorvex state` is to put into a state.
-#include "arguments.h"
+#include "tools/arguments.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,4 +1,4 @@
-#include "state_record.h"
+#include "tools/state/state_record.h"
 
 #include "quorvex/CXGSPSObject.h"
 

@@ -3,7 +3,7 @@
 
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/DicomObject.h"
-#include "verbs.h"
+#include "tools/verbs.h"
 
 namespace quorvex::tools {
 

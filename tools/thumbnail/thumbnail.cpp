@@ -1,12 +1,12 @@
 // quorvex thumbnail: small pictures of images.
-#include "file_list.h"
-#include "output_file.h"
-#include "output_place.h"
-#include "png_writer.h"
-#include "progress.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/Limits.h"
-#include "verbs.h"
+#include "tools/file_list.h"
+#include "tools/output_file.h"
+#include "tools/output_place.h"
+#include "tools/png_writer.h"
+#include "tools/progress.h"
+#include "tools/verbs.h"
 
 #include <algorithm>
 #include <cmath>

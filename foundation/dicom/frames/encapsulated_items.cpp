@@ -1,4 +1,4 @@
-#include "foundation/dicom/encapsulated_items.h"
+#include "foundation/dicom/frames/encapsulated_items.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 /// Encapsulated Pixel Data that lies in a buffer: its items, found by their lengths.
 #pragma once
 
-#include "foundation/dicom/element.h"
-#include "foundation/dicom/frame_boundaries.h"
+#include "foundation/dicom/frames/frame_boundaries.h"
+#include "foundation/dicom/model/element.h"
 
 #include <vector>
 

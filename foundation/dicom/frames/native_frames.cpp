@@ -1,4 +1,4 @@
-#include "foundation/dicom/native_frames.h"
+#include "foundation/dicom/frames/native_frames.h"
 
 #include "foundation/types/checked_size.h"
 

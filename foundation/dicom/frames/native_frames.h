@@ -1,7 +1,7 @@
 /// Native Pixel Data, cut into frames and put into the byte order that a frame fetch expects.
 #pragma once
 
-#include "foundation/dicom/element.h"
+#include "foundation/dicom/model/element.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "foundation/dicom/offset_tables.h"
+#include "foundation/dicom/frames/offset_tables.h"
 
 #include <limits>
 #include <vector>

@@ -1,7 +1,7 @@
 /// The offset tables of encapsulated Pixel Data that has one fragment a frame.
 #pragma once
 
-#include "foundation/dicom/element.h"
+#include "foundation/dicom/model/element.h"
 
 #include <cstdint>
 #include <span>

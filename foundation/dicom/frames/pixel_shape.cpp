@@ -1,7 +1,7 @@
-#include "foundation/dicom/pixel_shape.h"
+#include "foundation/dicom/frames/pixel_shape.h"
 
-#include "foundation/dicom/image_tags.h"
-#include "foundation/dicom/transfer_syntax.h"
+#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/transfer_syntax.h"
 
 namespace quorvex::dicom {
 namespace {

@@ -1,7 +1,7 @@
 /// What an object says about the shape of its Pixel Data.
 #pragma once
 
-#include "foundation/dicom/native_frames.h"
+#include "foundation/dicom/frames/native_frames.h"
 
 namespace quorvex::dicom {
 

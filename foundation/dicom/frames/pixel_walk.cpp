@@ -1,4 +1,4 @@
-#include "foundation/dicom/pixel_walk.h"
+#include "foundation/dicom/frames/pixel_walk.h"
 
 namespace quorvex::dicom {
 namespace {

@@ -1,8 +1,8 @@
 /// The walk over Pixel Data: frames and their pieces, told to whoever collects them.
 #pragma once
 
-#include "foundation/dicom/encapsulated_items.h"
-#include "foundation/dicom/native_frames.h"
+#include "foundation/dicom/frames/encapsulated_items.h"
+#include "foundation/dicom/frames/native_frames.h"
 
 namespace quorvex::dicom {
 

@@ -1,11 +1,11 @@
 /// Values that are not stored as text, as numbers.
 #pragma once
 
-#include "foundation/dicom/byte_order.h"
-#include "foundation/dicom/data_set.h"
-#include "foundation/dicom/dictionary.h"
-#include "foundation/dicom/numbers.h"
-#include "foundation/dicom/value_representation.h"
+#include "foundation/dicom/model/byte_order.h"
+#include "foundation/dicom/model/data_set.h"
+#include "foundation/dicom/model/dictionary.h"
+#include "foundation/dicom/model/numbers.h"
+#include "foundation/dicom/model/value_representation.h"
 
 #include <algorithm>
 #include <bit>

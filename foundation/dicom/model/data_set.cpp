@@ -1,4 +1,4 @@
-#include "foundation/dicom/data_set.h"
+#include "foundation/dicom/model/data_set.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 /// owned by the elements.
 #pragma once
 
-#include "foundation/dicom/element.h"
+#include "foundation/dicom/model/element.h"
 #include "foundation/types/limits.h"
 
 #include <algorithm>

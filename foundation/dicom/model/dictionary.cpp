@@ -1,4 +1,4 @@
-#include "foundation/dicom/dictionary.h"
+#include "foundation/dicom/model/dictionary.h"
 
 #include <algorithm>
 #include <iterator>
@@ -12,7 +12,7 @@ struct RepeatingEntry {
     DictionaryEntry entry;
 };
 
-#include "foundation/dicom/dictionary_table.inc"
+#include "foundation/dicom/model/dictionary_table.inc"
 
 constexpr bool IsAscending() {
     for (std::size_t i = 1; i < std::size(kEntries); ++i) {

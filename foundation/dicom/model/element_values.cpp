@@ -1,7 +1,7 @@
-#include "foundation/dicom/element_values.h"
+#include "foundation/dicom/model/element_values.h"
 
-#include "foundation/dicom/binary_number.h"
-#include "foundation/dicom/text_codec.h"
+#include "foundation/dicom/model/binary_number.h"
+#include "foundation/dicom/text/text_codec.h"
 #include "foundation/types/utf.h"
 
 #include <algorithm>

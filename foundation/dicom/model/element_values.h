@@ -1,10 +1,10 @@
 /// The values of one element: how many, how long, and each as a number or as text.
 #pragma once
 
-#include "foundation/dicom/binary_number.h"
-#include "foundation/dicom/data_set.h"
-#include "foundation/dicom/numbers.h"
-#include "foundation/dicom/value_representation.h"
+#include "foundation/dicom/model/binary_number.h"
+#include "foundation/dicom/model/data_set.h"
+#include "foundation/dicom/model/numbers.h"
+#include "foundation/dicom/model/value_representation.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "foundation/dicom/numbers.h"
+#include "foundation/dicom/model/numbers.h"
 
 #include <array>
 #include <charconv>

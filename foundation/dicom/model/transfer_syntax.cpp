@@ -1,4 +1,4 @@
-#include "foundation/dicom/transfer_syntax.h"
+#include "foundation/dicom/model/transfer_syntax.h"
 
 #include <algorithm>
 #include <array>

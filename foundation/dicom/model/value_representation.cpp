@@ -1,4 +1,4 @@
-#include "foundation/dicom/value_representation.h"
+#include "foundation/dicom/model/value_representation.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
-#include "foundation/dicom/cursors.h"
+#include "foundation/dicom/object/cursors.h"
 
-#include "foundation/dicom/byte_order.h"
-#include "foundation/dicom/element_values.h"
+#include "foundation/dicom/model/byte_order.h"
+#include "foundation/dicom/model/element_values.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
 /// Going from value to value through an attribute.
 #pragma once
 
-#include "foundation/dicom/binary_number.h"
-#include "foundation/dicom/data_set.h"
-#include "foundation/dicom/element_values.h"
-#include "foundation/dicom/numbers.h"
+#include "foundation/dicom/model/binary_number.h"
+#include "foundation/dicom/model/data_set.h"
+#include "foundation/dicom/model/element_values.h"
+#include "foundation/dicom/model/numbers.h"
 #include "quorvex/DicomObject.h"
 
 #include <cstddef>

@@ -1,8 +1,8 @@
-#include "foundation/dicom/data_set_reader.h"
-#include "foundation/dicom/element_header.h"
-#include "foundation/dicom/element_reader.h"
-#include "foundation/dicom/piece_sources.h"
-#include "foundation/dicom/transfer_syntax.h"
+#include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/reading/data_set_reader.h"
+#include "foundation/dicom/reading/element_header.h"
+#include "foundation/dicom/reading/element_reader.h"
+#include "foundation/dicom/reading/piece_sources.h"
 #include "foundation/types/answer.h"
 #include "quorvex/DicomObject.h"
 

@@ -1,5 +1,5 @@
-#include "foundation/dicom/cursors.h"
-#include "foundation/dicom/data_set.h"
+#include "foundation/dicom/model/data_set.h"
+#include "foundation/dicom/object/cursors.h"
 #include "foundation/types/answer.h"
 #include "quorvex/DicomObject.h"
 

@@ -1,5 +1,5 @@
-#include "foundation/dicom/dictionary.h"
-#include "foundation/dicom/element_values.h"
+#include "foundation/dicom/model/dictionary.h"
+#include "foundation/dicom/model/element_values.h"
 #include "foundation/types/answer.h"
 #include "quorvex/DicomObject.h"
 

@@ -1,5 +1,5 @@
-#include "foundation/dicom/cursors.h"
-#include "foundation/dicom/value_setting.h"
+#include "foundation/dicom/object/cursors.h"
+#include "foundation/dicom/object/value_setting.h"
 #include "foundation/types/answer.h"
 #include "quorvex/DicomObject.h"
 

@@ -1,8 +1,8 @@
-#include "foundation/dicom/value_setting.h"
+#include "foundation/dicom/object/value_setting.h"
 
-#include "foundation/dicom/byte_order.h"
-#include "foundation/dicom/dictionary.h"
-#include "foundation/dicom/element_values.h"
+#include "foundation/dicom/model/byte_order.h"
+#include "foundation/dicom/model/dictionary.h"
+#include "foundation/dicom/model/element_values.h"
 #include "foundation/types/utf.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 /// Values on their way into a data set, in the VR that the attribute has there.
 #pragma once
 
-#include "foundation/dicom/data_set.h"
-#include "foundation/dicom/numbers.h"
+#include "foundation/dicom/model/data_set.h"
+#include "foundation/dicom/model/numbers.h"
 
 #include <cstdint>
 #include <string>

@@ -1,4 +1,4 @@
-#include "foundation/dicom/byte_feed.h"
+#include "foundation/dicom/reading/byte_feed.h"
 
 namespace quorvex::dicom {
 

@@ -1,7 +1,7 @@
 /// The bytes of a file or stream, pulled piece by piece into one growing buffer.
 #pragma once
 
-#include "foundation/dicom/element.h"
+#include "foundation/dicom/model/element.h"
 
 #include <cstddef>
 #include <memory>

@@ -1,8 +1,8 @@
-#include "foundation/dicom/data_set_reader.h"
+#include "foundation/dicom/reading/data_set_reader.h"
 
-#include "foundation/dicom/element_reader.h"
-#include "foundation/dicom/inflate.h"
-#include "foundation/dicom/transfer_syntax.h"
+#include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/reading/element_reader.h"
+#include "foundation/dicom/reading/inflate.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,8 +1,8 @@
 /// Whole data sets: Part 10 files and bare streams, in whatever way their bytes are really written.
 #pragma once
 
-#include "foundation/dicom/byte_feed.h"
-#include "foundation/dicom/data_set.h"
+#include "foundation/dicom/model/data_set.h"
+#include "foundation/dicom/reading/byte_feed.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "foundation/dicom/element_header.h"
+#include "foundation/dicom/reading/element_header.h"
 
-#include "foundation/dicom/dictionary.h"
-#include "foundation/dicom/value_representation.h"
+#include "foundation/dicom/model/dictionary.h"
+#include "foundation/dicom/model/value_representation.h"
 
 namespace quorvex::dicom {
 /// Letters that this table does not know may be a VR of later days, which have long lengths; the

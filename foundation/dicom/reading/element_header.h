@@ -1,8 +1,8 @@
 /// The header of an element as a file writes it: tag, VR, length.
 #pragma once
 
-#include "foundation/dicom/byte_order.h"
-#include "foundation/dicom/data_set.h"
+#include "foundation/dicom/model/byte_order.h"
+#include "foundation/dicom/model/data_set.h"
 
 #include <cstddef>
 #include <cstdint>

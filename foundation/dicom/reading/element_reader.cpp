@@ -1,7 +1,7 @@
-#include "foundation/dicom/element_reader.h"
+#include "foundation/dicom/reading/element_reader.h"
 
-#include "foundation/dicom/dictionary.h"
-#include "foundation/dicom/value_representation.h"
+#include "foundation/dicom/model/dictionary.h"
+#include "foundation/dicom/model/value_representation.h"
 
 #include <algorithm>
 #include <iterator>

@@ -4,8 +4,8 @@
 /// is cut. Nesting ends at `kDeepestNesting`, so that the reading may recurse.
 #pragma once
 
-#include "foundation/dicom/byte_feed.h"
-#include "foundation/dicom/element_header.h"
+#include "foundation/dicom/reading/byte_feed.h"
+#include "foundation/dicom/reading/element_header.h"
 
 #include <cstddef>
 #include <cstdint>

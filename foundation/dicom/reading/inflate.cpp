@@ -1,4 +1,4 @@
-#include "foundation/dicom/inflate.h"
+#include "foundation/dicom/reading/inflate.h"
 
 #include "foundation/types/checked_size.h"
 

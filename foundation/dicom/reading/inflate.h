@@ -1,7 +1,7 @@
 /// Deflated data sets.
 #pragma once
 
-#include "foundation/dicom/element.h"
+#include "foundation/dicom/model/element.h"
 
 #include <optional>
 

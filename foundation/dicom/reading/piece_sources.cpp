@@ -1,4 +1,4 @@
-#include "foundation/dicom/piece_sources.h"
+#include "foundation/dicom/reading/piece_sources.h"
 
 #include "foundation/types/answer.h"
 

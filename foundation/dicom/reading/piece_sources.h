@@ -1,7 +1,7 @@
 /// The callbacks and files that bytes are read from, as sources of pieces.
 #pragma once
 
-#include "foundation/dicom/byte_feed.h"
+#include "foundation/dicom/reading/byte_feed.h"
 
 #include <cstdio>
 #include <memory>

@@ -1,7 +1,7 @@
-#include "foundation/dicom/resynchronise.h"
+#include "foundation/dicom/reading/resynchronise.h"
 
-#include "foundation/dicom/element_header.h"
-#include "foundation/dicom/value_representation.h"
+#include "foundation/dicom/model/value_representation.h"
+#include "foundation/dicom/reading/element_header.h"
 
 #include <algorithm>
 #include <optional>

@@ -6,7 +6,7 @@
 /// elements must end exactly at the end of the data, at Pixel Data or at the trailing padding.
 #pragma once
 
-#include "foundation/dicom/data_set.h"
+#include "foundation/dicom/model/data_set.h"
 
 #include <array>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "foundation/dicom/character_set_table.h"
+#include "foundation/dicom/text/character_set_table.h"
 
 #include <algorithm>
 #include <string>

@@ -1,7 +1,7 @@
 /// The coded character sets: their names in (0008,0005), their escapes, their encodings.
 #pragma once
 
-#include "foundation/dicom/text_codec.h"
+#include "foundation/dicom/text/text_codec.h"
 
 #include <cstdint>
 #include <string_view>

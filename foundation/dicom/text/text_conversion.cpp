@@ -1,6 +1,6 @@
-#include "foundation/dicom/text_conversion.h"
+#include "foundation/dicom/text/text_conversion.h"
 
-#include "foundation/dicom/character_set_table.h"
+#include "foundation/dicom/text/character_set_table.h"
 #include "foundation/types/utf.h"
 
 #include <array>

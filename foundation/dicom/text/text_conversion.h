@@ -2,7 +2,7 @@
 /// itself.
 #pragma once
 
-#include "foundation/dicom/text_codec.h"
+#include "foundation/dicom/text/text_codec.h"
 
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 /// Where written bytes go.
 #pragma once
 
-#include "foundation/dicom/element.h"
+#include "foundation/dicom/model/element.h"
 
 namespace quorvex::dicom {
 

@@ -1,11 +1,11 @@
-#include "foundation/dicom/data_set_writer.h"
+#include "foundation/dicom/writing/data_set_writer.h"
 
-#include "foundation/dicom/byte_order.h"
-#include "foundation/dicom/element_header.h"
-#include "foundation/dicom/encapsulated_items.h"
-#include "foundation/dicom/native_frames.h"
-#include "foundation/dicom/text_target.h"
-#include "foundation/dicom/value_representation.h"
+#include "foundation/dicom/frames/encapsulated_items.h"
+#include "foundation/dicom/frames/native_frames.h"
+#include "foundation/dicom/model/byte_order.h"
+#include "foundation/dicom/model/value_representation.h"
+#include "foundation/dicom/reading/element_header.h"
+#include "foundation/dicom/writing/text_target.h"
 
 #include <algorithm>
 #include <stdexcept>

@@ -1,8 +1,8 @@
 /// Writes data sets down, in any encoding.
 #pragma once
 
-#include "foundation/dicom/byte_sink.h"
-#include "foundation/dicom/data_set.h"
+#include "foundation/dicom/model/data_set.h"
+#include "foundation/dicom/writing/byte_sink.h"
 
 namespace quorvex::dicom {
 

@@ -1,4 +1,4 @@
-#include "foundation/dicom/deflating_sink.h"
+#include "foundation/dicom/writing/deflating_sink.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 /// Deflates what is put, as Deflated Explicit VR Little Endian has it: without any header.
 #pragma once
 
-#include "foundation/dicom/byte_sink.h"
+#include "foundation/dicom/writing/byte_sink.h"
 
 #include <memory>
 #include <vector>

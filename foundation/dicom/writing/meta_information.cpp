@@ -1,4 +1,4 @@
-#include "foundation/dicom/meta_information.h"
+#include "foundation/dicom/writing/meta_information.h"
 
 namespace quorvex::dicom {
 namespace {

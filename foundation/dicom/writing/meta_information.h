@@ -1,7 +1,7 @@
 /// The file meta information of an object that is written.
 #pragma once
 
-#include "foundation/dicom/data_set.h"
+#include "foundation/dicom/model/data_set.h"
 
 #include <string_view>
 

@@ -1,4 +1,4 @@
-#include "foundation/dicom/output_file.h"
+#include "foundation/dicom/writing/output_file.h"
 
 #include <atomic>
 #include <unistd.h>

@@ -1,7 +1,7 @@
 /// A file that is there whole, or not at all.
 #pragma once
 
-#include "foundation/dicom/byte_sink.h"
+#include "foundation/dicom/writing/byte_sink.h"
 
 #include <cstdio>
 #include <memory>

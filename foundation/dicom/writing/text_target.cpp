@@ -1,6 +1,6 @@
-#include "foundation/dicom/text_target.h"
+#include "foundation/dicom/writing/text_target.h"
 
-#include "foundation/dicom/value_representation.h"
+#include "foundation/dicom/model/value_representation.h"
 #include "foundation/types/utf.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 /// Under which character sets the text of a data set is written.
 #pragma once
 
-#include "foundation/dicom/data_set.h"
-#include "foundation/dicom/text_codec.h"
+#include "foundation/dicom/model/data_set.h"
+#include "foundation/dicom/text/text_codec.h"
 
 namespace quorvex::dicom {
 

@@ -1,5 +1,5 @@
 // Lossless streams of up to 16 bits: the IJG library built for 16 bits.
-#include "foundation/engines/ijg_parts.h"
+#include "foundation/engines/ijg/ijg_parts.h"
 
 namespace quorvex {
 namespace ijg16 {
@@ -13,10 +13,10 @@ namespace {
 
 // Each body builds on the ones ahead of it.
 // clang-format off
-#include "foundation/engines/ijg_trouble.inc"
-#include "foundation/engines/ijg_lossless.inc"
-#include "foundation/engines/ijg_coder.inc"
-#include "foundation/engines/ijg_decoder.inc"
+#include "foundation/engines/ijg/ijg_trouble.inc"
+#include "foundation/engines/ijg/ijg_lossless.inc"
+#include "foundation/engines/ijg/ijg_coder.inc"
+#include "foundation/engines/ijg/ijg_decoder.inc"
 // clang-format on
 
 }  // namespace

@@ -1,9 +1,9 @@
 /// What the shared bodies in *.inc need, included ahead of a library's own namespace.
 #pragma once
 
-#include "foundation/engines/jpeg_coders.h"
-#include "foundation/engines/jpeg_samples.h"
-#include "foundation/engines/zigzag.h"
+#include "foundation/engines/jpeg/jpeg_coders.h"
+#include "foundation/engines/jpeg/jpeg_samples.h"
+#include "foundation/engines/jpeg/zigzag.h"
 #include "foundation/types/limits.h"
 
 #include <algorithm>

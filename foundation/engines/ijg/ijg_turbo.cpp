@@ -1,5 +1,5 @@
 // 8-bit lossy streams: libjpeg-turbo.
-#include "foundation/engines/ijg_parts.h"
+#include "foundation/engines/ijg/ijg_parts.h"
 
 namespace quorvex {
 namespace ijg_turbo {
@@ -11,13 +11,13 @@ extern "C" {
 
 namespace {
 
-#include "foundation/engines/ijg_trouble.inc"
+#include "foundation/engines/ijg/ijg_trouble.inc"
 
 void SetProcess(jpeg_compress_struct& codec, const JpegCodingBlock& coding);
 void SetPrecision(jpeg_compress_struct&, const JpegCodingBlock&) {}
 
-#include "foundation/engines/ijg_coder.inc"
-#include "foundation/engines/ijg_decoder.inc"
+#include "foundation/engines/ijg/ijg_coder.inc"
+#include "foundation/engines/ijg/ijg_decoder.inc"
 
 void SetProcess(jpeg_compress_struct& codec, const JpegCodingBlock& coding) {
     SetLossy(codec, coding, true);

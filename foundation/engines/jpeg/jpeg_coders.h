@@ -1,8 +1,8 @@
 /// The libraries behind the JPEG engine: each makes decoders and coders of its own kind.
 #pragma once
 
-#include "foundation/engines/jpeg_engine.h"
-#include "foundation/engines/jpeg_input.h"
+#include "foundation/engines/jpeg/jpeg_engine.h"
+#include "foundation/engines/jpeg/jpeg_input.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
-#include "foundation/engines/jpeg_coders.h"
-#include "foundation/engines/jpeg_engine.h"
+#include "foundation/engines/jpeg/jpeg_coders.h"
+#include "foundation/engines/jpeg/jpeg_engine.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/limits.h"
 

@@ -5,7 +5,7 @@
 /// on its own. No operation throws.
 #pragma once
 
-#include "foundation/engines/jpeg_header.h"
+#include "foundation/engines/jpeg/jpeg_header.h"
 
 #include <array>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "foundation/engines/jpeg_header.h"
+#include "foundation/engines/jpeg/jpeg_header.h"
 
 #include <algorithm>
 #include <string_view>

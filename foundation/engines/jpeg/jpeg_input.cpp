@@ -1,4 +1,4 @@
-#include "foundation/engines/jpeg_input.h"
+#include "foundation/engines/jpeg/jpeg_input.h"
 
 #include <algorithm>
 

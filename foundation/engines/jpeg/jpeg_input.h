@@ -2,7 +2,7 @@
 /// looked at first.
 #pragma once
 
-#include "foundation/engines/jpeg_engine.h"
+#include "foundation/engines/jpeg/jpeg_engine.h"
 
 #include <cstddef>
 #include <cstdint>

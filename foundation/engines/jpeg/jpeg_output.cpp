@@ -1,4 +1,4 @@
-#include "foundation/engines/jpeg_output.h"
+#include "foundation/engines/jpeg/jpeg_output.h"
 
 #include <algorithm>
 #include <cstring>

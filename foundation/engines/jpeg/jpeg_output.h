@@ -1,7 +1,7 @@
 /// A coded stream as a coder pushes it out: whole buffers to a write callback.
 #pragma once
 
-#include "foundation/engines/jpeg_engine.h"
+#include "foundation/engines/jpeg/jpeg_engine.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 /// The two directions of the JPEG 2000 engine.
 #pragma once
 
-#include "foundation/engines/jpeg2000_engine.h"
+#include "foundation/engines/jpeg2000/jpeg2000_engine.h"
 
 namespace quorvex {
 

@@ -1,5 +1,5 @@
-#include "foundation/engines/jpeg2000_coders.h"
-#include "foundation/engines/jpeg2000_stream.h"
+#include "foundation/engines/jpeg2000/jpeg2000_coders.h"
+#include "foundation/engines/jpeg2000/jpeg2000_stream.h"
 #include "foundation/types/checked_size.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
-#include "foundation/engines/jpeg2000_engine.h"
+#include "foundation/engines/jpeg2000/jpeg2000_engine.h"
 
-#include "foundation/engines/jpeg2000_coders.h"
+#include "foundation/engines/jpeg2000/jpeg2000_coders.h"
 #include "foundation/types/answer.h"
 
 #include <atomic>

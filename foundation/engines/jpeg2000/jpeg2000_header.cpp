@@ -1,4 +1,4 @@
-#include "foundation/engines/jpeg2000_header.h"
+#include "foundation/engines/jpeg2000/jpeg2000_header.h"
 
 #include <algorithm>
 #include <array>

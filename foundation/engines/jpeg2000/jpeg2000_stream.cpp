@@ -1,4 +1,4 @@
-#include "foundation/engines/jpeg2000_stream.h"
+#include "foundation/engines/jpeg2000/jpeg2000_stream.h"
 
 #include <algorithm>
 #include <cstring>

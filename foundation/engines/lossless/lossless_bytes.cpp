@@ -1,4 +1,4 @@
-#include "foundation/engines/lossless_bytes.h"
+#include "foundation/engines/lossless/lossless_bytes.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 /// The coded bytes of a scan without their stuffing, a stretch of them at a time.
 #pragma once
 
-#include "foundation/engines/jpeg_input.h"
+#include "foundation/engines/jpeg/jpeg_input.h"
 
 #include <cstddef>
 #include <cstdint>

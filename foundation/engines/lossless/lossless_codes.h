@@ -1,7 +1,7 @@
 /// Huffman codes made for one picture's differences.
 #pragma once
 
-#include "foundation/engines/lossless_scan.h"
+#include "foundation/engines/lossless/lossless_scan.h"
 
 #include <array>
 #include <cstdint>

@@ -1,10 +1,10 @@
 // Lossless streams of selection value 1. Other streams, and whatever is found damaged, go to the
 // library: what is made of damage is the same as it ever was.
-#include "foundation/engines/jpeg_coders.h"
-#include "foundation/engines/jpeg_samples.h"
-#include "foundation/engines/lossless_bytes.h"
-#include "foundation/engines/lossless_rows.h"
-#include "foundation/engines/lossless_scan.h"
+#include "foundation/engines/jpeg/jpeg_coders.h"
+#include "foundation/engines/jpeg/jpeg_samples.h"
+#include "foundation/engines/lossless/lossless_bytes.h"
+#include "foundation/engines/lossless/lossless_rows.h"
+#include "foundation/engines/lossless/lossless_scan.h"
 #include "foundation/types/answer.h"
 
 #include <algorithm>

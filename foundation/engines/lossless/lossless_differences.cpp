@@ -1,6 +1,6 @@
-#include "foundation/engines/lossless_differences.h"
+#include "foundation/engines/lossless/lossless_differences.h"
 
-#include "foundation/engines/jpeg_samples.h"
+#include "foundation/engines/jpeg/jpeg_samples.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 /// Rows as differences from the left neighbour, in the form that coding wants them.
 #pragma once
 
-#include "foundation/engines/lossless_codes.h"
+#include "foundation/engines/lossless/lossless_codes.h"
 
 #include <array>
 #include <cstddef>

@@ -1,9 +1,9 @@
 // Lossless streams of selection value 1, bit for bit as the library writes them; other pictures go
 // to the library.
-#include "foundation/engines/jpeg_coders.h"
-#include "foundation/engines/jpeg_output.h"
-#include "foundation/engines/lossless_codes.h"
-#include "foundation/engines/lossless_differences.h"
+#include "foundation/engines/jpeg/jpeg_coders.h"
+#include "foundation/engines/jpeg/jpeg_output.h"
+#include "foundation/engines/lossless/lossless_codes.h"
+#include "foundation/engines/lossless/lossless_differences.h"
 
 #include <algorithm>
 #include <bit>

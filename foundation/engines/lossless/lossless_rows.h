@@ -1,7 +1,7 @@
 /// One row of a lossless picture, from its bits to its samples.
 #pragma once
 
-#include "foundation/engines/lossless_tables.h"
+#include "foundation/engines/lossless/lossless_tables.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "foundation/engines/lossless_scan.h"
+#include "foundation/engines/lossless/lossless_scan.h"
 
 #include <algorithm>
 #include <numeric>

@@ -1,7 +1,7 @@
 /// What stands ahead of the samples in a lossless stream: the facts that our own decoder needs.
 #pragma once
 
-#include "foundation/engines/jpeg_header.h"
+#include "foundation/engines/jpeg/jpeg_header.h"
 
 #include <array>
 #include <cstddef>

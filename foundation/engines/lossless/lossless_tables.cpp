@@ -1,4 +1,4 @@
-#include "foundation/engines/lossless_tables.h"
+#include "foundation/engines/lossless/lossless_tables.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 /// Huffman tables as the decoder of lossless pictures looks them up.
 #pragma once
 
-#include "foundation/engines/lossless_scan.h"
+#include "foundation/engines/lossless/lossless_scan.h"
 
 #include <array>
 #include <bit>
