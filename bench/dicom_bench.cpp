@@ -19,8 +19,6 @@ namespace {
 
 constexpr std::size_t kPiece = 16'384;
 constexpr std::uint32_t kUpToPixelData = 0x7FE0000F;
-constexpr std::uint32_t kRows = 0x00280010;
-constexpr std::uint32_t kWindowCenter = 0x00281050;
 
 void AppendElement(std::vector<unsigned char>& bytes, std::uint32_t tag, const char* vr,
                    const std::string& value) {

@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/limits.h"
 #include "maker/frame_supply.h"
@@ -97,7 +98,7 @@ bool ArePlausible(const CDcmObject& object, TRANSFER_SYNTAX syntax, std::size_t 
     const std::size_t all = frameBytes * static_cast<std::size_t>(count);
     if (syntax < kRle || all <= kObjectForAnybody) return true;
     std::size_t stored = 0;
-    object.GetValueEx(kPixelData, &stored, CountBytes);
+    object.GetValueEx(tag::kPixelData, &stored, CountBytes);
     return all / kMostObjectPerByte <= stored || RefuseBy(Limit::kLargestObject);
 }
 

@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/tags.h"
 #include "maker/frame_supply.h"
 #include "maker/pixel_attributes.h"
 #include "maker/pixel_draft.h"
@@ -10,9 +11,6 @@
 
 namespace quorvex {
 namespace {
-
-constexpr std::uint32_t kExtendedOffsetTable = 0x7FE00001;
-constexpr std::uint32_t kExtendedOffsetTableLengths = 0x7FE00002;
 
 using PlainAction = QUORVEX_MESSAGE (*)(PixelDraft&, _DCM_FRAME_BUFFER&);
 
@@ -87,12 +85,12 @@ private:
 QUORVEX_MESSAGE PutNative(PixelDraft& draft, PlainFrames& frames) {
     constexpr std::uint16_t kBitsOfAByte = 8;
     NativeValue value(frames);
-    draft.object.RemoveValue(kExtendedOffsetTable);
-    draft.object.RemoveValue(kExtendedOffsetTableLengths);
-    if (draft.object.SetValue(kPixelData, &value, NativeValue::Give) != kDcmSuccess)
+    draft.object.RemoveValue(tag::kExtendedOffsetTable);
+    draft.object.RemoveValue(tag::kExtendedOffsetTableLengths);
+    if (draft.object.SetValue(tag::kPixelData, &value, NativeValue::Give) != kDcmSuccess)
         return value.Failure();
     if (draft.format.bitsStored > kBitsOfAByte)
-        draft.object.SetValueRepresentation(kPixelData, MC_VR_OW);
+        draft.object.SetValueRepresentation(tag::kPixelData, MC_VR_OW);
     return QVM_SUCCESS;
 }
 
@@ -123,7 +121,7 @@ public:
     QUORVEX_MESSAGE PutInto(CDcmObject& object) const {
         std::vector<unsigned char*> frames;
         for (const auto& block : blocks_) frames.push_back(block.get());
-        const bool isPut = object.SetValueEx(kPixelData, static_cast<int>(frames.size()),
+        const bool isPut = object.SetValueEx(tag::kPixelData, static_cast<int>(frames.size()),
                                              lengths_.data(), frames.data()) == kDcmSuccess;
         return isPut ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_SET_PIXEL_DATA;
     }

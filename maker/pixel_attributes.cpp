@@ -11,8 +11,6 @@ namespace {
 
 using namespace tag;
 
-constexpr std::uint32_t kLossyImageCompression = 0x00282110;
-
 constexpr ExportForm kForms[] = {
     {kXferUncompressed, kImplicitLittleEndian, false, nullptr},
     {kXferUncompressedImplicit, kImplicitLittleEndian, false, nullptr},
@@ -32,23 +30,23 @@ struct Word {
     QUORVEX_MESSAGE failure;
 };
 
-constexpr Word kBitsAllocatedWord = {kBitsAllocated, &_DCM_PIXEL_INFO::bitsAllocated,
+constexpr Word kBitsAllocatedWord = {tag::kBitsAllocated, &_DCM_PIXEL_INFO::bitsAllocated,
                                      &PixelLayout::bitsAllocated, QVM_ERROR_INVALID_BITS_ALLOCATED};
-constexpr Word kSamplesWord = {kSamplesPerPixel, &_DCM_PIXEL_INFO::samplesPerPixel,
+constexpr Word kSamplesWord = {tag::kSamplesPerPixel, &_DCM_PIXEL_INFO::samplesPerPixel,
                                &PixelLayout::samplesPerPixel, QVM_ERROR_INVALID_SAMPLES_PER_PIXEL};
-constexpr Word kBitsStoredWord = {kBitsStored, &_DCM_PIXEL_INFO::bitsStored,
+constexpr Word kBitsStoredWord = {tag::kBitsStored, &_DCM_PIXEL_INFO::bitsStored,
                                   &PixelLayout::bitsStored, QVM_ERROR_INVALID_BITS_STORED};
-constexpr Word kRowsWord = {kRows, &_DCM_PIXEL_INFO::rows, &PixelLayout::rows,
+constexpr Word kRowsWord = {tag::kRows, &_DCM_PIXEL_INFO::rows, &PixelLayout::rows,
                             QVM_ERROR_INVALID_ROWS};
-constexpr Word kColumnsWord = {kColumns, &_DCM_PIXEL_INFO::columns, &PixelLayout::columns,
+constexpr Word kColumnsWord = {tag::kColumns, &_DCM_PIXEL_INFO::columns, &PixelLayout::columns,
                                QVM_ERROR_INVALID_COLUMNS};
-constexpr Word kRepresentationWord = {kPixelRepresentation, &_DCM_PIXEL_INFO::pixelRepresentation,
-                                      &PixelLayout::pixelRepresentation,
-                                      QVM_ERROR_INVALID_PIXEL_REPRESENTATION};
-constexpr Word kPlanarWord = {kPlanarConfiguration, &_DCM_PIXEL_INFO::planarConfiguration,
+constexpr Word kRepresentationWord = {
+    tag::kPixelRepresentation, &_DCM_PIXEL_INFO::pixelRepresentation,
+    &PixelLayout::pixelRepresentation, QVM_ERROR_INVALID_PIXEL_REPRESENTATION};
+constexpr Word kPlanarWord = {tag::kPlanarConfiguration, &_DCM_PIXEL_INFO::planarConfiguration,
                               &PixelLayout::planarConfiguration,
                               QVM_ERROR_INVALID_PLANAR_CONFIGURATION};
-constexpr Word kHighBitWord = {kHighBit, &_DCM_PIXEL_INFO::highBit, nullptr,
+constexpr Word kHighBitWord = {tag::kHighBit, &_DCM_PIXEL_INFO::highBit, nullptr,
                                QVM_ERROR_INVALID_HIGH_BIT};
 
 struct Text {
@@ -56,10 +54,10 @@ struct Text {
     CString _DCM_PIXEL_INFO::*text;
 };
 
-constexpr Text kWindow[] = {{kWindowCenter, &_DCM_PIXEL_INFO::windowCenter},
-                            {kWindowWidth, &_DCM_PIXEL_INFO::windowWidth}};
-constexpr Text kRescale[] = {{kRescaleIntercept, &_DCM_PIXEL_INFO::rescaleIntercept},
-                             {kRescaleSlope, &_DCM_PIXEL_INFO::rescaleSlope}};
+constexpr Text kWindow[] = {{tag::kWindowCenter, &_DCM_PIXEL_INFO::windowCenter},
+                            {tag::kWindowWidth, &_DCM_PIXEL_INFO::windowWidth}};
+constexpr Text kRescale[] = {{tag::kRescaleIntercept, &_DCM_PIXEL_INFO::rescaleIntercept},
+                             {tag::kRescaleSlope, &_DCM_PIXEL_INFO::rescaleSlope}};
 
 /// Gives each step its turn until one answers with a failure.
 template <class... Steps>
@@ -82,9 +80,9 @@ public:
     }
     [[nodiscard]] QUORVEX_MESSAGE TakePhotometric() const {
         layout_.photometric = format_.photometricInterpretation;
-        const bool isThere =
-            !layout_.photometric.IsEmpty() ||
-            object_.GetValue(kPhotometricInterpretation, layout_.photometric, -1) == kDcmSuccess;
+        const bool isThere = !layout_.photometric.IsEmpty() ||
+                             object_.GetValue(tag::kPhotometricInterpretation, layout_.photometric,
+                                              -1) == kDcmSuccess;
         return isThere ? QVM_SUCCESS : QVM_ERROR_INVALID_PHOTOMETRIC;
     }
 
@@ -114,7 +112,8 @@ public:
     [[nodiscard]] QUORVEX_MESSAGE PutPhotometric() const {
         const CString& text = format_.photometricInterpretation;
         if (text.IsEmpty()) return QVM_SUCCESS;
-        const bool isPut = object_.SetValue(kPhotometricInterpretation, text, -1) == kDcmSuccess;
+        const bool isPut =
+            object_.SetValue(tag::kPhotometricInterpretation, text, -1) == kDcmSuccess;
         return isPut ? QVM_SUCCESS : QVM_ERROR_INVALID_PHOTOMETRIC;
     }
     [[nodiscard]] QUORVEX_MESSAGE PutPlanarConfiguration() const {
@@ -123,8 +122,8 @@ public:
     void PutSpacing() const {
         const auto& [first, second] = format_.pixelSpacing;
         if (first.IsEmpty()) return;
-        object_.SetValue(kPixelSpacing, first, -1);
-        object_.SetNextValue(kPixelSpacing, second.IsEmpty() ? first : second, -1);
+        object_.SetValue(tag::kPixelSpacing, first, -1);
+        object_.SetNextValue(tag::kPixelSpacing, second.IsEmpty() ? first : second, -1);
     }
     void PutWindow() const {
         constexpr int kByteCenter = 128;
@@ -132,8 +131,8 @@ public:
         if (layout_.bitsAllocated == 16) {
             PutBoth(kWindow);
         } else if (layout_.samplesPerPixel == 3 && layout_.photometric == CString("RGB")) {
-            object_.SetValue(kWindowCenter, CString(std::to_string(kByteCenter)), -1);
-            object_.SetValue(kWindowWidth, CString(std::to_string(kByteWidth)), -1);
+            object_.SetValue(tag::kWindowCenter, CString(std::to_string(kByteCenter)), -1);
+            object_.SetValue(tag::kWindowWidth, CString(std::to_string(kByteWidth)), -1);
         }
     }
     void PutRescale() const {
@@ -207,7 +206,8 @@ QUORVEX_MESSAGE ResolveLayout(const _DCM_PIXEL_INFO& format, const CDcmObject& o
 QUORVEX_MESSAGE WritePixelAttributes(const _DCM_PIXEL_INFO& format, const PixelLayout& layout,
                                      int frameCount, CDcmObject& object) {
     const AttributeWriter writer(format, layout, object);
-    if (frameCount > 1) object.SetValue(kNumberOfFrames, CString(std::to_string(frameCount)), -1);
+    if (frameCount > 1)
+        object.SetValue(tag::kNumberOfFrames, CString(std::to_string(frameCount)), -1);
     writer.PutSpacing();
     writer.PutWindow();
     writer.PutRescale();
@@ -222,10 +222,10 @@ QUORVEX_MESSAGE WritePixelAttributes(const _DCM_PIXEL_INFO& format, const PixelL
 void WriteCodingAttributes(const _DCM_PIXEL_INFO& format, const ExportForm& form,
                            CDcmObject& object) {
     constexpr int kExtendedBits = 12;
-    if (form.lossyFlag != nullptr) object.SetValue(kLossyImageCompression, form.lossyFlag);
+    if (form.lossyFlag != nullptr) object.SetValue(tag::kLossyImageCompression, form.lossyFlag);
     if (form.syntax != kJpegExtended || format.bitsStored == kExtendedBits) return;
-    object.SetValue(kBitsStored, kExtendedBits);
-    object.SetValue(kHighBit, kExtendedBits - 1);
+    object.SetValue(tag::kBitsStored, kExtendedBits);
+    object.SetValue(tag::kHighBit, kExtendedBits - 1);
 }
 
 void ReadRescale(const CDcmObject& object, _DCM_PIXEL_INFO& format) {
@@ -236,10 +236,10 @@ void ReadPixelInfo(const CDcmObject& object, _DCM_PIXEL_INFO& format) {
     for (const Word& word : {kRowsWord, kColumnsWord, kBitsAllocatedWord, kBitsStoredWord,
                              kHighBitWord, kSamplesWord, kRepresentationWord, kPlanarWord})
         object.GetValue(word.tag, format.*word.set);
-    object.GetValue(kPhotometricInterpretation, format.photometricInterpretation, -1);
+    object.GetValue(tag::kPhotometricInterpretation, format.photometricInterpretation, -1);
     for (const auto& [tag, text] : kWindow) object.GetValue(tag, format.*text, -1);
-    if (object.GetValue(kPixelSpacing, format.pixelSpacing[0], -1) == kDcmSuccess)
-        object.GetNextValue(kPixelSpacing, format.pixelSpacing[1], -1);
+    if (object.GetValue(tag::kPixelSpacing, format.pixelSpacing[0], -1) == kDcmSuccess)
+        object.GetNextValue(tag::kPixelSpacing, format.pixelSpacing[1], -1);
 }
 
 }  // namespace quorvex

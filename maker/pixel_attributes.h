@@ -11,8 +11,6 @@ namespace quorvex {
 
 inline constexpr std::uint16_t kUnset = 65535;
 
-inline constexpr std::uint32_t kPixelData = 0x7FE00010;
-
 /// The form that a `compressionType` names.
 struct ExportForm {
     std::int32_t compressionType;

@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
 #include "maker/object_change.h"
 #include "maker/storage_classes.h"
@@ -9,15 +10,6 @@
 namespace quorvex {
 namespace {
 
-constexpr std::uint32_t kSopClassUid = 0x00080016;
-constexpr std::uint32_t kModality = 0x00080060;
-constexpr std::uint32_t kInstitutionName = 0x00080080;
-constexpr std::uint32_t kSeriesDescription = 0x0008103E;
-constexpr std::uint32_t kPatientName = 0x00100010;
-constexpr std::uint32_t kSeriesInstanceUid = 0x0020000E;
-constexpr std::uint32_t kSeriesNumber = 0x00200011;
-constexpr std::uint32_t kInstanceNumber = 0x00200013;
-
 template <class Record>
 struct TextSetting {
     std::uint32_t tag;
@@ -25,19 +17,19 @@ struct TextSetting {
 };
 
 constexpr TextSetting<_USER_SETTING_INFO> kUserTexts[] = {
-    {kInstanceNumber, &_USER_SETTING_INFO::instanceNumber},
-    {kInstitutionName, &_USER_SETTING_INFO::institutionName},
-    {kPatientName, &_USER_SETTING_INFO::patientName},
-    {kSeriesDescription, &_USER_SETTING_INFO::seriesDescription},
-    {kSeriesInstanceUid, &_USER_SETTING_INFO::seriesInstanceUID},
-    {kSeriesNumber, &_USER_SETTING_INFO::seriesNumber},
-    {kModality, &_USER_SETTING_INFO::modality},
+    {tag::kInstanceNumber, &_USER_SETTING_INFO::instanceNumber},
+    {tag::kInstitutionName, &_USER_SETTING_INFO::institutionName},
+    {tag::kPatientName, &_USER_SETTING_INFO::patientName},
+    {tag::kSeriesDescription, &_USER_SETTING_INFO::seriesDescription},
+    {tag::kSeriesInstanceUID, &_USER_SETTING_INFO::seriesInstanceUID},
+    {tag::kSeriesNumber, &_USER_SETTING_INFO::seriesNumber},
+    {tag::kModality, &_USER_SETTING_INFO::modality},
 };
 
 constexpr TextSetting<CXGSPSInfo> kStateTexts[] = {
-    {kPatientName, &CXGSPSInfo::patientName},
-    {kSeriesDescription, &CXGSPSInfo::seriesDescription},
-    {kInstitutionName, &CXGSPSInfo::institutionName},
+    {tag::kPatientName, &CXGSPSInfo::patientName},
+    {tag::kSeriesDescription, &CXGSPSInfo::seriesDescription},
+    {tag::kInstitutionName, &CXGSPSInfo::institutionName},
 };
 
 template <class Record, std::size_t Count>
@@ -61,7 +53,8 @@ int CxDcmMaker::UpdateUserSettingInfo(_USER_SETTING_INFO* settings, CDcmObject* 
         ObjectChange change(*target);
         SetTexts(kUserTexts, *settings, *target);
         for (const StorageClass& row : kStorageClasses) {
-            if (IsChosen(row, *settings)) target->SetValue(kSopClassUid, CString(row.sopClassUid));
+            if (IsChosen(row, *settings))
+                target->SetValue(tag::kSOPClassUID, CString(row.sopClassUid));
         }
         change.Keep();
         return 1;
@@ -74,11 +67,11 @@ int CxDcmMaker::UpdateUserSettingInfo(CXGSPSInfo* info, CDcmObject* target) {
         ObjectChange change(*target);
         for (const StorageClass& row : kStorageClasses) {
             if (row.objectKind != info->objectKind) continue;
-            target->SetValue(kModality, CString(row.modality));
-            target->SetValue(kSopClassUid, CString(row.sopClassUid));
+            target->SetValue(tag::kModality, CString(row.modality));
+            target->SetValue(tag::kSOPClassUID, CString(row.sopClassUid));
         }
-        target->SetValue(kSeriesNumber, info->seriesNumber, -1);
-        target->SetValue(kInstanceNumber, info->instanceNumber, -1);
+        target->SetValue(tag::kSeriesNumber, info->seriesNumber, -1);
+        target->SetValue(tag::kInstanceNumber, info->instanceNumber, -1);
         SetTexts(kStateTexts, *info, *target);
         change.Keep();
         return 1;

@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
 #include "maker/configuration.h"
 #include "maker/object_change.h"
@@ -8,11 +9,6 @@
 
 namespace quorvex {
 namespace {
-
-constexpr std::uint32_t kInstitutionName = 0x00080080;
-constexpr std::uint32_t kModelName = 0x00081090;
-constexpr std::uint32_t kImagePosition = 0x00200032;
-constexpr std::uint32_t kImageOrientation = 0x00200037;
 
 /// Where the value of an attribute comes from.
 enum class From : std::uint8_t {
@@ -33,56 +29,57 @@ struct Step {
 
 /// In this order, so that no creation time lies ahead of its series' time.
 constexpr Step kSteps[] = {
-    {0x00020002, From::kSource},        // Media Storage SOP Class UID
-    {0x00020003, From::kSource},        // Media Storage SOP Instance UID
-    {0x00100010, From::kSource},        // Patient's Name
-    {0x00100020, From::kSource},        // Patient ID
-    {0x00100030, From::kSource},        // Patient's Birth Date
-    {0x00100040, From::kSource},        // Patient's Sex
-    {0x00100032, From::kSource},        // Patient's Birth Time
-    {0x00104000, From::kSource},        // Patient Comments
-    {0x0020000D, From::kSource},        // Study Instance UID
-    {0x00080020, From::kSource},        // Study Date
-    {0x00080030, From::kSource},        // Study Time
-    {0x00080090, From::kSource},        // Referring Physician's Name
-    {0x00200010, From::kSource},        // Study ID
-    {0x00080050, From::kSource},        // Accession Number
-    {0x00081030, From::kSource},        // Study Description
-    {0x00101010, From::kSource},        // Patient's Age
-    {0x00101020, From::kSource},        // Patient's Size
-    {0x00101030, From::kSource},        // Patient's Weight
-    {0x001021B0, From::kSource},        // Additional Patient History
-    {0x00080060, From::kSource},        // Modality
-    {0x0020000E, From::kSeriesUid},     // Series Instance UID
-    {0x00200060, From::kSource},        // Laterality
-    {0x00080021, From::kDate},          // Series Date
-    {0x00080031, From::kTime},          // Series Time
-    {0x0008103E, From::kSource},        // Series Description
-    {0x00180015, From::kSource},        // Body Part Examined
-    {0x00185100, From::kSource},        // Patient Position
-    {0x00280108, From::kSource},        // Smallest Pixel Value in Series
-    {0x00280109, From::kSource},        // Largest Pixel Value in Series
-    {0x00400253, From::kSource},        // Performed Procedure Step ID
-    {0x00400244, From::kSource},        // Performed Procedure Step Start Date
-    {0x00400245, From::kSource},        // Performed Procedure Step Start Time
-    {0x00400254, From::kSource},        // Performed Procedure Step Description
-    {0x00080070, From::kManufacturer},  // Manufacturer
-    {kInstitutionName, From::kInstitution},
-    {0x00280120, From::kSource},       // Pixel Padding Value
-    {0x00080016, From::kSource},       // SOP Class UID
-    {0x00080018, From::kInstanceUid},  // SOP Instance UID
-    {0x00080005, From::kSourceAll},    // Specific Character Set
-    {0x00080012, From::kDate},         // Instance Creation Date
-    {0x00080013, From::kTime},         // Instance Creation Time
+    {tag::kMediaStorageSOPClassUID, From::kSource},          // Media Storage SOP Class UID
+    {tag::kMediaStorageSOPInstanceUID, From::kSource},       // Media Storage SOP Instance UID
+    {tag::kPatientName, From::kSource},                      // Patient's Name
+    {tag::kPatientID, From::kSource},                        // Patient ID
+    {tag::kPatientBirthDate, From::kSource},                 // Patient's Birth Date
+    {tag::kPatientSex, From::kSource},                       // Patient's Sex
+    {tag::kPatientBirthTime, From::kSource},                 // Patient's Birth Time
+    {tag::kPatientComments, From::kSource},                  // Patient Comments
+    {tag::kStudyInstanceUID, From::kSource},                 // Study Instance UID
+    {tag::kStudyDate, From::kSource},                        // Study Date
+    {tag::kStudyTime, From::kSource},                        // Study Time
+    {tag::kReferringPhysicianName, From::kSource},           // Referring Physician's Name
+    {tag::kStudyID, From::kSource},                          // Study ID
+    {tag::kAccessionNumber, From::kSource},                  // Accession Number
+    {tag::kStudyDescription, From::kSource},                 // Study Description
+    {tag::kPatientAge, From::kSource},                       // Patient's Age
+    {tag::kPatientSize, From::kSource},                      // Patient's Size
+    {tag::kPatientWeight, From::kSource},                    // Patient's Weight
+    {tag::kAdditionalPatientHistory, From::kSource},         // Additional Patient History
+    {tag::kModality, From::kSource},                         // Modality
+    {tag::kSeriesInstanceUID, From::kSeriesUid},             // Series Instance UID
+    {tag::kLaterality, From::kSource},                       // Laterality
+    {tag::kSeriesDate, From::kDate},                         // Series Date
+    {tag::kSeriesTime, From::kTime},                         // Series Time
+    {tag::kSeriesDescription, From::kSource},                // Series Description
+    {tag::kBodyPartExamined, From::kSource},                 // Body Part Examined
+    {tag::kPatientPosition, From::kSource},                  // Patient Position
+    {tag::kSmallestPixelValueInSeries, From::kSource},       // Smallest Pixel Value in Series
+    {tag::kLargestPixelValueInSeries, From::kSource},        // Largest Pixel Value in Series
+    {tag::kPerformedProcedureStepID, From::kSource},         // Performed Procedure Step ID
+    {tag::kPerformedProcedureStepStartDate, From::kSource},  // Performed Procedure Step Start Date
+    {tag::kPerformedProcedureStepStartTime, From::kSource},  // Performed Procedure Step Start Time
+    {tag::kPerformedProcedureStepDescription,
+     From::kSource},                            // Performed Procedure Step Description
+    {tag::kManufacturer, From::kManufacturer},  // Manufacturer
+    {tag::kInstitutionName, From::kInstitution},
+    {tag::kPixelPaddingValue, From::kSource},        // Pixel Padding Value
+    {tag::kSOPClassUID, From::kSource},              // SOP Class UID
+    {tag::kSOPInstanceUID, From::kInstanceUid},      // SOP Instance UID
+    {tag::kSpecificCharacterSet, From::kSourceAll},  // Specific Character Set
+    {tag::kInstanceCreationDate, From::kDate},       // Instance Creation Date
+    {tag::kInstanceCreationTime, From::kTime},       // Instance Creation Time
 };
 
 /// What an image takes over besides.
 constexpr std::uint32_t kCopiedForImages[] = {
-    0x00080008,  // Image Type
-    0x00281052,  // Rescale Intercept
-    0x00281053,  // Rescale Slope
-    0x00200052,  // Frame of Reference UID
-    0x00201040,  // Position Reference Indicator
+    tag::kImageType,                   // Image Type
+    tag::kRescaleIntercept,            // Rescale Intercept
+    tag::kRescaleSlope,                // Rescale Slope
+    tag::kFrameOfReferenceUID,         // Frame of Reference UID
+    tag::kPositionReferenceIndicator,  // Position Reference Indicator
 };
 
 /// Copies the first value, where there is one; whether it reached the target.
@@ -145,8 +142,8 @@ private:
         }
     }
     void CopyInstitution() const {
-        if (CopyFirst(source_, target_, kInstitutionName))
-            target_.SetValue(kModelName, configuration_.modelName, -1);
+        if (CopyFirst(source_, target_, tag::kInstitutionName))
+            target_.SetValue(tag::kManufacturerModelName, configuration_.modelName, -1);
     }
 
     const CDcmObject& source_;
@@ -170,8 +167,8 @@ int CxDcmMaker::MakeDcmSkeleton(CDcmObject* source, CDcmObject* target) {
 
 int CxDcmMaker::SetBasicInfo(CDcmObject* source, CDcmObject* target) {
     for (const std::uint32_t tag : kCopiedForImages) CopyFirst(*source, *target, tag);
-    CopyUpTo(6, *source, *target, kImageOrientation);
-    CopyUpTo(3, *source, *target, kImagePosition);
+    CopyUpTo(6, *source, *target, tag::kImageOrientationPatient);
+    CopyUpTo(3, *source, *target, tag::kImagePositionPatient);
     return 1;
 }
 

@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/tags.h"
 #include "foundation/platform/diagnostics.h"
 #include "foundation/platform/file_reader.h"
 #include "foundation/platform/pages.h"
@@ -17,9 +18,6 @@ namespace {
 constexpr std::size_t kPreambleBytes = 128;
 constexpr std::size_t kMarkedBytes = 132;
 constexpr const char* kMarker = "DICM";
-
-constexpr std::uint32_t kSamplesPerPixelTag = 0x00280002;
-constexpr std::uint32_t kPhotometricTag = 0x00280004;
 
 bool IsMarked(const unsigned char* bytes, std::size_t size) noexcept {
     return size >= kMarkedBytes && std::memcmp(bytes + kPreambleBytes, kMarker, 4) == 0;
@@ -48,9 +46,9 @@ unsigned char* TryTakePages(std::size_t size) noexcept {
 /// Frame sizes and the colour path go by Samples per Pixel, so it must never contradict the colours.
 void CorrectSamplesPerPixel(CDcmObject& header) {
     CString photometric;
-    if (header.GetValue(kPhotometricTag, photometric, -1) != kDcmSuccess) return;
+    if (header.GetValue(tag::kPhotometricInterpretation, photometric, -1) != kDcmSuccess) return;
     const auto samples = static_cast<unsigned short>(HasOneSample(photometric) ? 1 : 3);
-    header.SetValue(kSamplesPerPixelTag, samples);
+    header.SetValue(tag::kSamplesPerPixel, samples);
 }
 
 int Fail(const std::string& line) {

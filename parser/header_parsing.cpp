@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/reading/resynchronise.h"
 #include "foundation/platform/diagnostics.h"
 #include "quorvex/CxDcmParser.h"
@@ -8,9 +9,8 @@
 namespace quorvex {
 namespace {
 
-constexpr std::uint32_t kFirstTag = 0x00080000;
-constexpr std::uint32_t kJustBelowPixelData = 0x7FE0000F;
-constexpr std::uint32_t kTrailingPadding = 0xFFFCFFFC;
+constexpr std::uint32_t kFirstTag = tag::InGroup(0x0008, 0);
+constexpr std::uint32_t kJustBelowPixelData = tag::kPixelData - 1;
 constexpr unsigned long kPieceBytes = 16384;
 
 /// What a read callback works on. Pieces are handed out where they lie.
@@ -88,7 +88,8 @@ int CxDcmParser::ParseDicomHeaderOfNonPart10File(std::unique_ptr<CDcmObject>& ob
     StreamReadContext context{.base = fileBuffer.get(), .total = fileSize};
     object = MakeObject(path);
     (void)object->Create();
-    const std::uint32_t stopTag = readWholeFile != 0 ? kTrailingPadding : kJustBelowPixelData;
+    const std::uint32_t stopTag =
+        readWholeFile != 0 ? tag::kDataSetTrailingPadding : kJustBelowPixelData;
     dicom::DataSetFinder finder({fileBuffer.get(), fileSize});
     if (!finder.CanBeginAt(0)) {
         offset = 0;

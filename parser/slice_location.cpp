@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
 #include "quorvex/CxDcmParser.h"
 
@@ -11,10 +12,6 @@
 
 namespace quorvex {
 namespace {
-
-constexpr std::uint32_t kImagePosition = 0x00200032;
-constexpr std::uint32_t kImageOrientation = 0x00200037;
-constexpr std::uint32_t kSliceLocation = 0x00201041;
 
 using Position = std::array<double, 3>;
 using Orientation = std::array<double, 6>;
@@ -70,7 +67,7 @@ std::vector<std::string> SplitAtBackslashes(const std::string& text) {
 }
 
 Orientation ReadOrientation(const CDcmObject& object) {
-    auto texts = Texts(object, kImageOrientation, 7);
+    auto texts = Texts(object, tag::kImageOrientationPatient, 7);
     if (texts.size() == 1) texts = SplitAtBackslashes(texts.front());
     return ToNumbers<6>(texts).value_or(kDefaultOrientation);
 }
@@ -89,13 +86,13 @@ std::size_t MainAxis(const Orientation& o, std::size_t first) {
 constexpr std::size_t kAcross[3][3] = {{2, 2, 1}, {2, 2, 0}, {1, 0, 2}};
 
 std::optional<double> FindLocation(const CDcmObject& object) {
-    const auto texts = Texts(object, kImagePosition, 3);
+    const auto texts = Texts(object, tag::kImagePositionPatient, 3);
     const auto position = ToNumbers<3>(texts);
     if (position) {
         const Orientation orientation = ReadOrientation(object);
         return (*position)[kAcross[MainAxis(orientation, 0)][MainAxis(orientation, 3)]];
     }
-    const auto location = Texts(object, kSliceLocation, 1);
+    const auto location = Texts(object, tag::kSliceLocation, 1);
     return location.empty() ? std::nullopt : ToNumber(location.front());
 }
 

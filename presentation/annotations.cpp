@@ -1,6 +1,6 @@
+#include "foundation/dicom/model/tags.h"
 #include "presentation/attributes.h"
 #include "presentation/reference_matching.h"
-#include "presentation/tags.h"
 #include "quorvex/CXGSPSObject.h"
 
 #include <memory>
@@ -38,15 +38,15 @@ double* NewCoordinates(const ValuePair<float>& pair) {
 }
 
 void ReadBoundingBox(const CDcmItem& item, GSPSTextObject& text) {
-    const auto bottomRight = ReadPair<float>(item, tag::kBoundingBoxBottomRight);
+    const auto bottomRight = ReadPair<float>(item, tag::kBoundingBoxBottomRightHandCorner);
     if (bottomRight) {
-        const auto topLeft = ReadPair<float>(item, tag::kBoundingBoxTopLeft);
+        const auto topLeft = ReadPair<float>(item, tag::kBoundingBoxTopLeftHandCorner);
         text.boundingBoxTopLeft = NewCoordinates(topLeft.value_or(ValuePair<float>{}));
         text.boundingBoxBottomRight = NewCoordinates(*bottomRight);
         text.hasBoundingBox = 1;
     }
     ReadWord(item, tag::kBoundingBoxAnnotationUnits, kUnits, kDisplayUnits, text.boundingBoxUnits);
-    ReadWord(item, tag::kBoundingBoxJustification, kJustifications, kCentred,
+    ReadWord(item, tag::kBoundingBoxTextHorizontalJustification, kJustifications, kCentred,
              text.horizontalJustification);
 }
 

@@ -1,6 +1,6 @@
+#include "foundation/dicom/model/tags.h"
 #include "presentation/attributes.h"
 #include "presentation/reference_matching.h"
-#include "presentation/tags.h"
 #include "quorvex/CXGSPSObject.h"
 
 namespace quorvex {
@@ -83,18 +83,18 @@ int CXGSPSObject::GetDisplayTransformation(CDcmObject* object, CXGSPSInfo* info)
 }
 
 int CXGSPSObject::ProcessDisplaySequence(CDcmItem item, CXGSPSInfo* info) {
-    if (const auto topLeft = ReadPair<int>(item, tag::kDisplayedAreaTopLeft)) {
+    if (const auto topLeft = ReadPair<int>(item, tag::kDisplayedAreaTopLeftHandCorner)) {
         info->displayedAreaLeft = topLeft->first;
         info->displayedAreaTop = topLeft->second;
     }
-    if (const auto bottomRight = ReadPair<int>(item, tag::kDisplayedAreaBottomRight)) {
+    if (const auto bottomRight = ReadPair<int>(item, tag::kDisplayedAreaBottomRightHandCorner)) {
         info->displayedAreaRight = bottomRight->first;
         info->displayedAreaBottom = bottomRight->second;
     }
     ReadSizeMode(item, *info);
     ReadSpacing(item, tag::kPresentationPixelSpacing, *info);
     ReadAspect<double>(item, tag::kPresentationPixelAspectRatio, *info);
-    if (const auto ratio = Read<double>(item, tag::kPresentationPixelMagnification)) {
+    if (const auto ratio = Read<double>(item, tag::kPresentationPixelMagnificationRatio)) {
         info->presentationMagnification = *ratio;
     }
     return 1;

@@ -1,5 +1,5 @@
 #include "presentation/attributes.h"
-#include "presentation/tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "quorvex/CXGSPSObject.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "presentation/mask_subtraction.h"
 
 #include "presentation/attributes.h"
-#include "presentation/tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "quorvex/CXGSPSObject.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "presentation/reference_matching.h"
 
 #include "presentation/attributes.h"
-#include "presentation/tags.h"
+#include "foundation/dicom/model/tags.h"
 
 namespace quorvex {
 namespace {

@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/tags.h"
 #include "foundation/platform/region.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
@@ -6,7 +7,6 @@
 #include "foundation/types/saturate.h"
 #include "presentation/attributes.h"
 #include "presentation/shutter_size.h"
-#include "presentation/tags.h"
 #include "quorvex/CXGSPSObject.h"
 
 #include <algorithm>
@@ -124,10 +124,13 @@ int CXGSPSObject::MakeRectangleShutter(CDcmObject* object, CXGSPSInfo* info) {
     MaskBlock shutter = NewMask(*object, *info);
     // An edge that is not there does not bound the rectangle.
     CRect open{0, 0, static_cast<std::int32_t>(shutter.mask.columns), 0};
-    if (TakeInt(*object, tag::kShutterLeft, info->shutterLeft)) open.left = info->shutterLeft;
-    if (TakeInt(*object, tag::kShutterRight, info->shutterRight)) open.right = info->shutterRight;
-    if (TakeInt(*object, tag::kShutterUpper, info->shutterUpper)) open.top = info->shutterUpper;
-    if (TakeInt(*object, tag::kShutterLower, info->shutterLower)) {
+    if (TakeInt(*object, tag::kShutterLeftVerticalEdge, info->shutterLeft))
+        open.left = info->shutterLeft;
+    if (TakeInt(*object, tag::kShutterRightVerticalEdge, info->shutterRight))
+        open.right = info->shutterRight;
+    if (TakeInt(*object, tag::kShutterUpperHorizontalEdge, info->shutterUpper))
+        open.top = info->shutterUpper;
+    if (TakeInt(*object, tag::kShutterLowerHorizontalEdge, info->shutterLower)) {
         open.bottom = info->shutterLower;
         PaintRectangle(shutter.mask, open, kShown);
     } else {
@@ -139,12 +142,12 @@ int CXGSPSObject::MakeRectangleShutter(CDcmObject* object, CXGSPSInfo* info) {
 
 int CXGSPSObject::MakeCircularShutter(CDcmObject* object, CXGSPSInfo* info) {
     MaskBlock shutter = NewMask(*object, *info);
-    const auto center = ReadPair<int>(*object, tag::kShutterCenter);
+    const auto center = ReadPair<int>(*object, tag::kCenterOfCircularShutter);
     if (center) {
         info->shutterCenterRow = center->first;
         info->shutterCenterColumn = center->second;
     }
-    if (TakeInt(*object, tag::kShutterRadius, info->shutterRadius) && center) {
+    if (TakeInt(*object, tag::kRadiusOfCircularShutter, info->shutterRadius) && center) {
         const std::int64_t reach = std::int64_t{info->shutterRadius} - 1;
         const CRect box{SaturateToInt(center->second - reach), SaturateToInt(center->first - reach),
                         SaturateToInt(center->second + reach),
@@ -159,9 +162,10 @@ int CXGSPSObject::MakeCircularShutter(CDcmObject* object, CXGSPSInfo* info) {
 
 int CXGSPSObject::MakePolygonalShutter(CDcmObject* object, CXGSPSInfo* info) {
     MaskBlock shutter = NewMask(*object, *info);
-    ForEachPair<int>(*object, tag::kShutterVertices, [&](const ValuePair<int>& vertex) {
-        info->shutterVertices.push_back({.x = vertex.second, .y = vertex.first});
-    });
+    ForEachPair<int>(*object, tag::kVerticesOfThePolygonalShutter,
+                     [&](const ValuePair<int>& vertex) {
+                         info->shutterVertices.push_back({.x = vertex.second, .y = vertex.first});
+                     });
     if (!HasFewCrossings(shutter.mask, info->shutterVertices)) return 0;
     PaintPolygon(shutter.mask, info->shutterVertices, kShown);
     info->shutterMask = shutter.block.Release();

@@ -1,7 +1,7 @@
 #include "foundation/types/saturate.h"
 #include "presentation/attributes.h"
 #include "presentation/reference_matching.h"
-#include "presentation/tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "quorvex/CXGSPSObject.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "states/attribute_writing.h"
 
-#include "presentation/tags.h"
+#include "foundation/dicom/model/tags.h"
 
 #include <cstddef>
 #include <string>

@@ -1,6 +1,6 @@
 #include "foundation/types/answer.h"
 #include "presentation/attributes.h"
-#include "presentation/tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmMaker.h"
 #include "states/attribute_writing.h"

@@ -1,4 +1,4 @@
-#include "presentation/tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "quorvex/CXGSPSObject.h"
 #include "states/attribute_writing.h"
 
@@ -41,9 +41,9 @@ CDcmItem TextItem(const GSPSTextObject& text) {
     }
     if (text.hasBoundingBox != 0) {
         item.SetValue(tag::kBoundingBoxAnnotationUnits, Word(kUnits, text.boundingBoxUnits));
-        WritePlace(item, tag::kBoundingBoxTopLeft, text.boundingBoxTopLeft);
-        WritePlace(item, tag::kBoundingBoxBottomRight, text.boundingBoxBottomRight);
-        item.SetValue(tag::kBoundingBoxJustification,
+        WritePlace(item, tag::kBoundingBoxTopLeftHandCorner, text.boundingBoxTopLeft);
+        WritePlace(item, tag::kBoundingBoxBottomRightHandCorner, text.boundingBoxBottomRight);
+        item.SetValue(tag::kBoundingBoxTextHorizontalJustification,
                       Word(kJustifications, text.horizontalJustification));
     }
     item.SetValue(tag::kUnformattedTextValue, text.textValue, -1);

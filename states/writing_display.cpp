@@ -1,4 +1,4 @@
-#include "presentation/tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "quorvex/CXGSPSObject.h"
 #include "states/attribute_writing.h"
 
@@ -12,28 +12,30 @@ const char* SizeModeWord(std::int32_t mode) {
 }
 
 void WriteArea(const CXGSPSInfo& info, CDcmItem& item) {
-    WritePair(item, tag::kDisplayedAreaTopLeft, info.displayedAreaLeft, info.displayedAreaTop);
-    WritePair(item, tag::kDisplayedAreaBottomRight, info.displayedAreaRight,
+    WritePair(item, tag::kDisplayedAreaTopLeftHandCorner, info.displayedAreaLeft,
+              info.displayedAreaTop);
+    WritePair(item, tag::kDisplayedAreaBottomRightHandCorner, info.displayedAreaRight,
               info.displayedAreaBottom);
     item.SetValue(tag::kPresentationSizeMode, SizeModeWord(info.presentationSizeMode));
     WritePair(item, tag::kPresentationPixelSpacing, info.pixelSpacingY, info.pixelSpacingX);
     WritePair(item, tag::kPresentationPixelAspectRatio, info.pixelAspectVertical,
               info.pixelAspectHorizontal);
-    item.SetValue(tag::kPresentationPixelMagnification, info.presentationMagnification);
+    item.SetValue(tag::kPresentationPixelMagnificationRatio, info.presentationMagnification);
 }
 
 void WriteRectangle(const CXGSPSInfo& info, CDcmObject& target) {
     target.SetValue(tag::kShutterShape, "RECTANGULAR");
-    target.SetValue(tag::kShutterLeft, info.shutterLeft);
-    target.SetValue(tag::kShutterRight, info.shutterRight);
-    target.SetValue(tag::kShutterUpper, info.shutterUpper);
-    target.SetValue(tag::kShutterLower, info.shutterLower);
+    target.SetValue(tag::kShutterLeftVerticalEdge, info.shutterLeft);
+    target.SetValue(tag::kShutterRightVerticalEdge, info.shutterRight);
+    target.SetValue(tag::kShutterUpperHorizontalEdge, info.shutterUpper);
+    target.SetValue(tag::kShutterLowerHorizontalEdge, info.shutterLower);
 }
 
 void WriteCircle(const CXGSPSInfo& info, CDcmObject& target) {
     target.SetValue(tag::kShutterShape, "CIRCULAR");
-    WritePair(target, tag::kShutterCenter, info.shutterCenterRow, info.shutterCenterColumn);
-    target.SetValue(tag::kShutterRadius, info.shutterRadius);
+    WritePair(target, tag::kCenterOfCircularShutter, info.shutterCenterRow,
+              info.shutterCenterColumn);
+    target.SetValue(tag::kRadiusOfCircularShutter, info.shutterRadius);
 }
 
 void WritePolygon(const CXGSPSInfo& info, CDcmObject& target) {
@@ -41,10 +43,10 @@ void WritePolygon(const CXGSPSInfo& info, CDcmObject& target) {
     bool isFirst = true;
     for (const CPoint& vertex : info.shutterVertices) {
         if (std::exchange(isFirst, false)) {
-            WritePair(target, tag::kShutterVertices, vertex.y, vertex.x);
+            WritePair(target, tag::kVerticesOfThePolygonalShutter, vertex.y, vertex.x);
         } else {
-            target.SetNextValue(tag::kShutterVertices, vertex.y);
-            target.SetNextValue(tag::kShutterVertices, vertex.x);
+            target.SetNextValue(tag::kVerticesOfThePolygonalShutter, vertex.y);
+            target.SetNextValue(tag::kVerticesOfThePolygonalShutter, vertex.x);
         }
     }
 }

@@ -1,4 +1,4 @@
-#include "presentation/tags.h"
+#include "foundation/dicom/model/tags.h"
 #include "quorvex/CXGSPSObject.h"
 #include "states/attribute_writing.h"
 

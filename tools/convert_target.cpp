@@ -1,5 +1,6 @@
 #include "tools/convert_target.h"
 
+#include "quorvex/Tags.h"
 #include "tools/report.h"
 
 #include <algorithm>
@@ -25,11 +26,10 @@ constexpr std::array kTargets = {
 }  // namespace
 
 void NameColoursOf(CDcmObject& object, const ConvertTarget& target) {
-    constexpr std::uint32_t kPhotometricInterpretation = 0x00280004;
     CString photometric;
-    object.GetValue(kPhotometricInterpretation, photometric);
+    object.GetValue(tag::kPhotometricInterpretation, photometric);
     if (target.codedColours != nullptr && photometric == CString("RGB"))
-        object.SetValue(kPhotometricInterpretation, target.codedColours);
+        object.SetValue(tag::kPhotometricInterpretation, target.codedColours);
 }
 
 const ConvertTarget& ConvertTargetOf(const std::string& name) {

@@ -1,5 +1,6 @@
 #include "codec/decoders.h"
 #include "foundation/dicom/frames/encapsulated_items.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/limits.h"
 #include "parser/frames/frame_index.h"
 #include "parser/frames/frame_shape.h"
@@ -14,8 +15,6 @@
 namespace quorvex {
 namespace {
 
-constexpr std::uint32_t kPixelData = 0x7FE00010;
-constexpr std::uint32_t kExtendedOffsetTable = 0x7FE00001;
 constexpr std::size_t kTagBytes = 4;
 constexpr std::uint32_t kUndefinedLength = 0xFFFFFFFF;
 
@@ -47,8 +46,7 @@ bool CxDcmParser::FramesLieInFile(TRANSFER_SYNTAX syntax) const noexcept {
 }
 
 int CxDcmParser::IsEncodedImage(std::span<const unsigned char> value, int littleEndian) noexcept {
-    constexpr std::uint32_t kItem = 0xFFFEE000;
-    return value.size() >= kTagBytes && ReadTag(value, littleEndian == 0) == kItem ? 1 : 0;
+    return value.size() >= kTagBytes && ReadTag(value, littleEndian == 0) == tag::kItem ? 1 : 0;
 }
 
 /// The bytes from Pixel Data's value on: to the value's end where the element tells it, so that what
@@ -60,7 +58,7 @@ std::span<unsigned char> CxDcmParser::PixelDataValue(TRANSFER_SYNTAX syntax) con
     if (pixelDataOffset > fileSize || headerBytes > fileSize - pixelDataOffset) return {};
     const auto element = std::span(fileBuffer.get(), fileSize).subspan(pixelDataOffset);
     const auto value = element.subspan(headerBytes);
-    if (ReadTag(element, isBigEndian) != kPixelData) {
+    if (ReadTag(element, isBigEndian) != tag::kPixelData) {
         return ownsHeader != 0 ? std::span<unsigned char>{} : value;
     }
     const auto length = ReadLength(element.subspan(headerBytes - 4), isBigEndian);
@@ -76,7 +74,7 @@ const FrameIndex* CxDcmParser::IndexOf(std::span<unsigned char> value, TRANSFER_
                                     syntax};
     int extendedOffsets = 0;
     if (source.frameCount <= 1 ||
-        header->GetValueCount(kExtendedOffsetTable, extendedOffsets) == kDcmSuccess) {
+        header->GetValueCount(tag::kExtendedOffsetTable, extendedOffsets) == kDcmSuccess) {
         return nullptr;
     }
     if (frameTable == nullptr || !frameTable->IsFrom(source)) {
@@ -117,7 +115,7 @@ QUORVEX_MESSAGE CxDcmParser::CollectFromObject(const FrameShape& shape, StoredFr
     frame.isEncoded = !IsNative(shape.syntax);
     auto record = UserRecord(header, &frame);
     const DCMRESULT result =
-        header->GetValueEx(kPixelData, record.data(), StoredFrame::CollectFromObject);
+        header->GetValueEx(tag::kPixelData, record.data(), StoredFrame::CollectFromObject);
     return result == kDcmSuccess && frame.Length() != 0 ? QVM_SUCCESS
                                                         : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
 }

@@ -52,7 +52,7 @@ bool IsDecodable(TRANSFER_SYNTAX syntax, bool isEncoded) noexcept {
 int CxDcmParser::GetFrameCount() const {
     if (header == nullptr) return 0;
     int count = 0;
-    return header->GetValue(kNumberOfFrames, count) == kDcmSuccess ? count : 1;
+    return header->GetValue(tag::kNumberOfFrames, count) == kDcmSuccess ? count : 1;
 }
 
 QUORVEX_MESSAGE CxDcmParser::CheckFrame(int frameIndex, TRANSFER_SYNTAX& syntax) const {

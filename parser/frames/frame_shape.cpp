@@ -52,16 +52,16 @@ _IMAGE_PROCESS_PARAM FrameShape::DecodingParam() const {
 
 std::optional<FrameShape> ReadFrameShape(const CDcmObject& header, TRANSFER_SYNTAX syntax) {
     FrameShape shape{.syntax = syntax,
-                     .rows = ReadWord(header, kRows, 0),
-                     .columns = ReadWord(header, kColumns, 0),
-                     .samplesPerPixel = ReadWord(header, kSamplesPerPixel, 1),
-                     .bitsAllocated = ReadWord(header, kBitsAllocated, 0),
-                     .pixelRepresentation = ReadWord(header, kPixelRepresentation, 0),
-                     .planarConfiguration = ReadWord(header, kPlanarConfiguration, 0),
+                     .rows = ReadWord(header, tag::kRows, 0),
+                     .columns = ReadWord(header, tag::kColumns, 0),
+                     .samplesPerPixel = ReadWord(header, tag::kSamplesPerPixel, 1),
+                     .bitsAllocated = ReadWord(header, tag::kBitsAllocated, 0),
+                     .pixelRepresentation = ReadWord(header, tag::kPixelRepresentation, 0),
+                     .planarConfiguration = ReadWord(header, tag::kPlanarConfiguration, 0),
                      .photometric = {}};
     if (shape.rows == 0 || shape.columns == 0) return std::nullopt;
     CString photometric;
-    if (header.GetValue(kPhotometricInterpretation, photometric, -1) == kDcmSuccess) {
+    if (header.GetValue(tag::kPhotometricInterpretation, photometric, -1) == kDcmSuccess) {
         shape.photometric = photometric;
     }
     return shape;

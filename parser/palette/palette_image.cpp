@@ -23,9 +23,12 @@ struct ColourTags {
 };
 
 constexpr ColourTags kColours[] = {
-    {0x00281101, 0x00281201, 0x00281221},
-    {0x00281102, 0x00281202, 0x00281222},
-    {0x00281103, 0x00281203, 0x00281223},
+    {tag::kRedPaletteColorLookupTableDescriptor, tag::kRedPaletteColorLookupTableData,
+     tag::kSegmentedRedPaletteColorLookupTableData},
+    {tag::kGreenPaletteColorLookupTableDescriptor, tag::kGreenPaletteColorLookupTableData,
+     tag::kSegmentedGreenPaletteColorLookupTableData},
+    {tag::kBluePaletteColorLookupTableDescriptor, tag::kBluePaletteColorLookupTableData,
+     tag::kSegmentedBluePaletteColorLookupTableData},
 };
 
 bool LoadColour(CxPaletteLUT& lut, CDcmObject& object, const ColourTags& tags) {
@@ -60,7 +63,8 @@ void Colour(const PaletteColours& colours, std::span<const unsigned char> indice
 
 std::optional<Palette> LoadPalette(CDcmObject& object) {
     int representation = 0;
-    if (object.GetValue(kPixelRepresentation, representation) != kDcmSuccess) representation = 0;
+    if (object.GetValue(tag::kPixelRepresentation, representation) != kDcmSuccess)
+        representation = 0;
     Palette palette{CxPaletteLUT(representation), CxPaletteLUT(representation),
                     CxPaletteLUT(representation)};
     for (std::size_t s = 0; s < palette.size(); ++s) {

@@ -47,11 +47,11 @@ struct ValueRule {
 
 ValueRule ReadRule(const CDcmObject& header, bool isSigned) {
     ValueRule rule{.isSigned = isSigned,
-                   .slope = ReadNumber(header, kRescaleSlope, 1.0),
-                   .intercept = ReadNumber(header, kRescaleIntercept, 0.0)};
-    const int highBit = std::clamp(ReadInt(header, kHighBit), 0, 15);
+                   .slope = ReadNumber(header, tag::kRescaleSlope, 1.0),
+                   .intercept = ReadNumber(header, tag::kRescaleIntercept, 0.0)};
+    const int highBit = std::clamp(ReadInt(header, tag::kHighBit), 0, 15);
     rule.mask = (2U << static_cast<unsigned>(highBit)) - 1;
-    rule.full = 1 << std::clamp(ReadInt(header, kBitsStored), 0, 16);
+    rule.full = 1 << std::clamp(ReadInt(header, tag::kBitsStored), 0, 16);
     rule.half = Low16(rule.full, true) / 2;
     rule.offset = rule.slope == 0.0 ? 0 : TruncateToInt(rule.intercept / rule.slope);
     return rule;
@@ -124,7 +124,7 @@ void WindowGrey(const CDcmObject& header, const WindowJob& job, bool isSigned, b
         return MapWindow(job, WindowOfHeader(header),
                          [&](std::uint16_t pixel) { return PlaceInHeaderWindow(rule, pixel); });
     }
-    const int padding = Low16(ReadInt(header, kPaddingValue), isSigned);
+    const int padding = Low16(ReadInt(header, tag::kPixelPaddingValue), isSigned);
     MapWindow(job, WindowOfData(job.words, isSigned, padding),
               [&](std::uint16_t pixel) { return PlaceInDataWindow(rule, pixel); });
 }

@@ -48,7 +48,7 @@ int ReadInt(const CDcmObject& header, std::uint32_t tag, int absent) {
 
 double ReadSlope(const CDcmObject& header) {
     double slope = 1.0;
-    const bool isRead = header.GetValue(kRescaleSlope, slope) == kDcmSuccess;
+    const bool isRead = header.GetValue(tag::kRescaleSlope, slope) == kDcmSuccess;
     return isRead && std::isfinite(slope) && slope != 0.0 ? slope : 1.0;
 }
 
@@ -58,15 +58,15 @@ struct Window {
 };
 
 Window ReadWindow(const CDcmObject& header) {
-    const bool isByte = ReadInt(header, kBitsStored, 0) == 8;
+    const bool isByte = ReadInt(header, tag::kBitsStored, 0) == 8;
     const double scale = 1.0 / ReadSlope(header);
-    return {TruncateToInt(ReadInt(header, kWindowCenter, isByte ? 255 : 1200) * scale),
-            TruncateToInt(ReadInt(header, kWindowWidth, isByte ? 511 : 2400) * scale)};
+    return {TruncateToInt(ReadInt(header, tag::kWindowCenter, isByte ? 255 : 1200) * scale),
+            TruncateToInt(ReadInt(header, tag::kWindowWidth, isByte ? 511 : 2400) * scale)};
 }
 
 bool IsInverse(const CDcmObject& header) {
     CString photometric;
-    return header.GetValue(kPhotometricInterpretation, photometric, -1) == kDcmSuccess &&
+    return header.GetValue(tag::kPhotometricInterpretation, photometric, -1) == kDcmSuccess &&
            photometric == CString("MONOCHROME1");
 }
 
@@ -105,7 +105,7 @@ ThumbnailWindow WindowOfHeader(const CDcmObject& header) {
         window.Set(static_cast<int>(i), byte);
     }
     window.SetFrom(high, isInverse ? 0 : 255);
-    const int padding = ReadInt(header, kPaddingValue, 0);
+    const int padding = ReadInt(header, tag::kPixelPaddingValue, 0);
     if (padding != 0) window.Set(padding, 0);
     return window;
 }

@@ -29,8 +29,8 @@ unsigned short WordOr0(const CDcmObject& object, std::uint32_t tag) {
 }
 
 std::size_t IndexBytesOf(const CDcmObject& object) {
-    return PaletteIndexBytes(unsigned{WordOr0(object, kBitsAllocated)} *
-                             WordOr0(object, kSamplesPerPixel));
+    return PaletteIndexBytes(unsigned{WordOr0(object, tag::kBitsAllocated)} *
+                             WordOr0(object, tag::kSamplesPerPixel));
 }
 
 struct FrameSize {
@@ -40,7 +40,7 @@ struct FrameSize {
 };
 
 FrameSize SizeOf(const CDcmObject& object) {
-    return {WordOr0(object, kColumns), WordOr0(object, kRows)};
+    return {WordOr0(object, tag::kColumns), WordOr0(object, tag::kRows)};
 }
 
 HeapBlock ClearedPixels(std::size_t pixelCount) {

@@ -16,8 +16,6 @@ namespace {
 
 using namespace tag;
 
-constexpr std::uint32_t kSOPInstanceUID = 0x00080018;
-
 }  // namespace
 
 void CXDIPP::ApplyState(CDcmObject* state) {
@@ -26,9 +24,9 @@ void CXDIPP::ApplyState(CDcmObject* state) {
     unsigned short bitsAllocated = 0;
     unsigned short samplesPerPixel = 1;
     CString imageUID;
-    image->GetValue(kBitsAllocated, bitsAllocated);
-    image->GetValue(kSamplesPerPixel, samplesPerPixel);
-    image->GetValue(kSOPInstanceUID, imageUID, -1);
+    image->GetValue(tag::kBitsAllocated, bitsAllocated);
+    image->GetValue(tag::kSamplesPerPixel, samplesPerPixel);
+    image->GetValue(tag::kSOPInstanceUID, imageUID, -1);
 
     auto record = ReadRecord(state, imageSize, imageUID);
     record->pixelBitDepth = bitsAllocated;

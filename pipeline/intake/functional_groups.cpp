@@ -1,5 +1,7 @@
 #include "pipeline/intake/functional_groups.h"
 
+#include "foundation/dicom/model/tags.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -8,9 +10,6 @@
 namespace quorvex {
 
 namespace {
-
-constexpr std::uint32_t kSharedGroups = 0x52009229;
-constexpr std::uint32_t kPerFrameGroups = 0x52009230;
 
 enum class Holds { kNumbers, kItem };
 struct Setting {
@@ -26,11 +25,13 @@ struct GroupMacro {
 constexpr std::uint32_t kNoTag = 0;
 constexpr GroupMacro kMacros[] = {
     // Pixel Value Transformation; a Modality LUT at the top level rules it out
-    {0x00289145, {{{0x00281052}, {0x00281053}, {0x00283000, Holds::kItem}}}},
+    {tag::kPixelValueTransformationSequence,
+     {{{tag::kRescaleIntercept}, {tag::kRescaleSlope}, {tag::kModalityLUTSequence, Holds::kItem}}}},
     // Frame VOI LUT
-    {0x00289132, {{{0x00281050}, {0x00281051}, {0x00283010, Holds::kItem}}}},
+    {tag::kFrameVOILUTSequence,
+     {{{tag::kWindowCenter}, {tag::kWindowWidth}, {tag::kVOILUTSequence, Holds::kItem}}}},
     // Pixel Measures
-    {0x00289110, {{{0x00280030}, {kNoTag}, {kNoTag}}}},
+    {tag::kPixelMeasuresSequence, {{{tag::kPixelSpacing}, {kNoTag}, {kNoTag}}}},
 };
 
 bool Has(const CDcmObjectCommon& object, const Setting& setting) {
@@ -91,8 +92,8 @@ struct GroupsOfFrame {
 }  // namespace
 
 std::optional<CDcmObject> HeaderOfFrame(const CDcmObject& header, int frameIndex) {
-    const GroupsOfFrame groups{ItemAt(header, kPerFrameGroups, frameIndex),
-                               ItemAt(header, kSharedGroups, 0)};
+    const GroupsOfFrame groups{ItemAt(header, tag::kPerFrameFunctionalGroupsSequence, frameIndex),
+                               ItemAt(header, tag::kSharedFunctionalGroupsSequence, 0)};
     std::optional<CDcmObject> ofFrame;
     for (const GroupMacro& macro : kMacros) {
         if (HasAny(header, macro.settings)) continue;

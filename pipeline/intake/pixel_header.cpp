@@ -46,13 +46,14 @@ bool IsUsable(const PixelHeader& pixels) {
 
 std::optional<PixelHeader> ReadPixelHeader(const CDcmObject& header) {
     PixelHeader pixels;
-    pixels.size = {static_cast<std::int32_t>(SideOr0(header, kColumns)),
-                   static_cast<std::int32_t>(SideOr0(header, kRows))};
-    pixels.samplesPerPixel = ValueOr(header, kSamplesPerPixel, 1);
-    pixels.bitsAllocated = ValueOr(header, kBitsAllocated, 0);
-    pixels.pixelRepresentation = ValueOr(header, kPixelRepresentation, 0);
-    pixels.bitsStored = ValueOr(header, kBitsStored, pixels.bitsAllocated);
-    pixels.highBit = ValueOr(header, kHighBit, static_cast<unsigned short>(pixels.bitsStored - 1));
+    pixels.size = {static_cast<std::int32_t>(SideOr0(header, tag::kColumns)),
+                   static_cast<std::int32_t>(SideOr0(header, tag::kRows))};
+    pixels.samplesPerPixel = ValueOr(header, tag::kSamplesPerPixel, 1);
+    pixels.bitsAllocated = ValueOr(header, tag::kBitsAllocated, 0);
+    pixels.pixelRepresentation = ValueOr(header, tag::kPixelRepresentation, 0);
+    pixels.bitsStored = ValueOr(header, tag::kBitsStored, pixels.bitsAllocated);
+    pixels.highBit =
+        ValueOr(header, tag::kHighBit, static_cast<unsigned short>(pixels.bitsStored - 1));
     if (!IsUsable(pixels)) return std::nullopt;
     return pixels;
 }

@@ -87,8 +87,9 @@ private:
 }  // namespace
 
 OverlayPicture PictureOf(const CDcmObject& object) {
-    return {{WordOr0(object, kRows), WordOr0(object, kColumns)},
-            OverlayPixelBytes(WordOr0(object, kBitsAllocated), WordOr0(object, kSamplesPerPixel))};
+    return {{WordOr0(object, tag::kRows), WordOr0(object, tag::kColumns)},
+            OverlayPixelBytes(WordOr0(object, tag::kBitsAllocated),
+                              WordOr0(object, tag::kSamplesPerPixel))};
 }
 
 void BurnFirstOverlay(const CDcmObject& object, const OverlayPicture& picture,

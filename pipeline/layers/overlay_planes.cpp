@@ -1,5 +1,6 @@
 #include "pipeline/layers/overlay_planes.h"
 
+#include "foundation/dicom/model/tags.h"
 #include "quorvex/DicomObject.h"
 
 #include <algorithm>
@@ -9,18 +10,7 @@ namespace quorvex {
 
 namespace {
 
-// Elements of an overlay group.
-constexpr std::uint32_t kRows = 0x0010;
-constexpr std::uint32_t kColumns = 0x0011;
-constexpr std::uint32_t kOrigin = 0x0050;
-constexpr std::uint32_t kBitsAllocated = 0x0100;
-constexpr std::uint32_t kBitPosition = 0x0102;
-constexpr std::uint32_t kColours[] = {0x1201, 0x1202, 0x1203};
-constexpr std::uint32_t kData = 0x3000;
-
-constexpr std::uint32_t TagOf(std::uint32_t group, std::uint32_t element) {
-    return group << 16 | element;
-}
+constexpr std::uint32_t kColours[] = {tag::kOverlaysRed, tag::kOverlaysGreen, tag::kOverlaysBlue};
 
 /// Values of one group; the first that is missing leaves `isComplete` false.
 struct GroupReader {
@@ -28,15 +18,15 @@ struct GroupReader {
     std::uint32_t group;
     bool isComplete = true;
 
-    unsigned short Word(std::uint32_t element) {
+    unsigned short Word(std::uint32_t tag) {
         unsigned short value = 0;
-        if (object.GetValue(TagOf(group, element), value) != kDcmSuccess) isComplete = false;
+        if (object.GetValue(tag::InGroup(group, tag), value) != kDcmSuccess) isComplete = false;
         return value;
     }
     void Origin(OverlayPlane& plane) {
         int row = 0;
         int column = 0;
-        const auto tag = TagOf(group, kOrigin);
+        const auto tag = tag::InGroup(group, tag::kOverlayOrigin);
         if (object.GetValue(tag, row) != kDcmSuccess ||
             object.GetNextValue(tag, column) != kDcmSuccess) {
             isComplete = false;
@@ -69,12 +59,12 @@ std::optional<OverlayPlane> ReadOverlayPlane(const CDcmObject& object, std::uint
     GroupReader reader{object, group};
     OverlayPlane plane;
     plane.group = group;
-    plane.size.rows = reader.Word(kRows);
+    plane.size.rows = reader.Word(tag::kOverlayRows);
     if (!reader.isComplete) return std::nullopt;
-    plane.size.columns = reader.Word(kColumns);
+    plane.size.columns = reader.Word(tag::kOverlayColumns);
     reader.Origin(plane);
-    plane.bitsAllocated = reader.Word(kBitsAllocated);
-    if (needsBitPosition) plane.bitPosition = reader.Word(kBitPosition);
+    plane.bitsAllocated = reader.Word(tag::kOverlayBitsAllocated);
+    if (needsBitPosition) plane.bitPosition = reader.Word(tag::kOverlayBitPosition);
     const bool isUsable = plane.size.BitCount() != 0 && plane.bitsAllocated != 0;
     if (!reader.isComplete || !isUsable) return std::nullopt;
     return plane;
@@ -84,7 +74,8 @@ std::optional<std::vector<unsigned char>> ReadOverlayData(const CDcmObject& obje
                                                           const OverlayPlane& plane) {
     LimitedBytes value;
     value.limit = plane.size.ByteCount();
-    if (object.GetValue(TagOf(plane.group, kData), &value, LimitedBytes::Take) != kDcmSuccess) {
+    if (object.GetValue(tag::InGroup(plane.group, tag::kOverlayData), &value, LimitedBytes::Take) !=
+        kDcmSuccess) {
         return std::nullopt;
     }
     return std::move(value.bytes);
@@ -94,7 +85,7 @@ OverlayColour ReadOverlayColour(const CDcmObject& object, std::uint32_t group) {
     OverlayColour colour{255, 255, 255};
     for (std::size_t i = 0; i < colour.size(); ++i) {
         unsigned short value = 0;
-        if (object.GetValue(TagOf(group, kColours[i]), value) == kDcmSuccess) {
+        if (object.GetValue(tag::InGroup(group, kColours[i]), value) == kDcmSuccess) {
             colour[i] = static_cast<unsigned char>(value);
         }
     }

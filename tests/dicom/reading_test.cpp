@@ -1,5 +1,6 @@
 /// How data sets are read: encodings, labels that lie, stops, and damage.
 #include "quorvex/DicomObject.h"
+#include "quorvex/Tags.h"
 #include "tests/support/dicom_builder.h"
 
 #include <gtest/gtest.h>
@@ -15,12 +16,11 @@ constexpr std::uint32_t kModality = 0x00080060;
 constexpr std::uint32_t kSequence = 0x00081140;
 constexpr std::uint32_t kUid = 0x00081155;
 constexpr std::uint32_t kName = 0x00100010;
-constexpr std::uint32_t kRows = 0x00280010;
 
 /// A small data set, the same in every encoding; ends with Pixel Data.
 void AddDataSet(DicomBuilder& to) {
     to.Add(kModality, "CS", "CT").Sequence(kSequence).Item().Add(kUid, "UI", "1.23");
-    to.EndItem().EndSequence().Add(kName, "PN", "A^B ").Us(kRows, 512).Us(0x00280100, 16);
+    to.EndItem().EndSequence().Add(kName, "PN", "A^B ").Us(tag::kRows, 512).Us(0x00280100, 16);
 }
 
 void ExpectDataSet(const CDcmObject& object, const std::string& what) {
@@ -29,7 +29,7 @@ void ExpectDataSet(const CDcmObject& object, const std::string& what) {
     CDcmItem item(1);
     EXPECT_EQ(object.GetValue(kName, text), kDcmSuccess) << what;
     EXPECT_EQ(text, CString("A^B")) << what;
-    EXPECT_EQ(object.GetValue(kRows, rows), kDcmSuccess) << what;
+    EXPECT_EQ(object.GetValue(tag::kRows, rows), kDcmSuccess) << what;
     EXPECT_EQ(rows, 512) << what;
     ASSERT_EQ(object.GetValue(kSequence, item), kDcmSuccess) << what;
     EXPECT_EQ(item.GetValue(kUid, text), kDcmSuccess) << what;
@@ -135,7 +135,7 @@ TEST(DicomReading, AsksForNoMoreThanTheStop) {
 
 TEST(DicomReading, StopsInTheMainDataSetOnly) {
     auto builder = DicomBuilder::Part10(test::kExplicitUid);
-    builder.Add(kModality, "CS", "CT").Sequence(0x00880200).Item().Us(kRows, 8);
+    builder.Add(kModality, "CS", "CT").Sequence(0x00880200).Item().Us(tag::kRows, 8);
     builder.Header(0x7FE00010, "OB", 0xFFFFFFFF).Item(0).Item(4).Raw("icon").EndSequence();
     builder.EndItem().EndSequence();
     const std::size_t end = builder.Size();
@@ -160,30 +160,33 @@ struct DamageCase {
 constexpr DamageCase kDamages[] = {
     {"no data set", [](DicomBuilder&) {}, kDcmFailure, 1, 0},
     {"a value that the file cuts",
-     [](DicomBuilder& b) { b.Us(kRows, 1).Header(0x00281050, "DS", 100).Raw("12"); }, kDcmSuccess,
-     3, 1},
-    {"a length of 4 GiB",
-     [](DicomBuilder& b) { b.Us(kRows, 1).Header(0x00281201, "OW", 0xFFFFFFF0).Raw("1234"); },
+     [](DicomBuilder& b) { b.Us(tag::kRows, 1).Header(0x00281050, "DS", 100).Raw("12"); },
      kDcmSuccess, 3, 1},
-    {"half a header", [](DicomBuilder& b) { b.Us(kRows, 1).Raw("\x28"); }, kDcmSuccess, 2, 0},
+    {"a length of 4 GiB",
+     [](DicomBuilder& b) { b.Us(tag::kRows, 1).Header(0x00281201, "OW", 0xFFFFFFF0).Raw("1234"); },
+     kDcmSuccess, 3, 1},
+    {"half a header", [](DicomBuilder& b) { b.Us(tag::kRows, 1).Raw("\x28"); }, kDcmSuccess, 2, 0},
     {"a sequence longer than the file",
      [](DicomBuilder& b) { b.Sequence(kSequence, 500).Item(4).Raw("1234"); }, kDcmSuccess, 2, 1},
     {"a sequence shorter than its item",
-     [](DicomBuilder& b) { b.Sequence(kSequence, 18).Item(90).Add(kUid, "UI", "1.").Us(kRows, 1); },
+     [](DicomBuilder& b) {
+         b.Sequence(kSequence, 18).Item(90).Add(kUid, "UI", "1.").Us(tag::kRows, 1);
+     },
      kDcmSuccess, 3, 0},
     {"a sequence without its delimiter",
      [](DicomBuilder& b) { b.Sequence(kSequence).Item().Add(kUid, "UI", "1."); }, kDcmSuccess, 2,
      1},
     {"delimiters that close nothing",
-     [](DicomBuilder& b) { b.EndItem().Us(kRows, 1).EndSequence().Us(0x00280011, 1); }, kDcmSuccess,
-     3, 0},
-    {"zeros behind the end", [](DicomBuilder& b) { b.Us(kRows, 1).Raw(std::string(64, '\0')); },
-     kDcmSuccess, 2, 0},
+     [](DicomBuilder& b) { b.EndItem().Us(tag::kRows, 1).EndSequence().Us(0x00280011, 1); },
+     kDcmSuccess, 3, 0},
+    {"zeros behind the end",
+     [](DicomBuilder& b) { b.Us(tag::kRows, 1).Raw(std::string(64, '\0')); }, kDcmSuccess, 2, 0},
     {"text where an element should begin",
-     [](DicomBuilder& b) { b.Us(kRows, 1).Raw("this is no element at all, far from it"); },
+     [](DicomBuilder& b) { b.Us(tag::kRows, 1).Raw("this is no element at all, far from it"); },
      kDcmFailure, 2, 0},
     {"tags that go down, and twice the same",
-     [](DicomBuilder& b) { b.Us(kRows, 1).Us(0x00280002, 3).Us(kRows, 2); }, kDcmSuccess, 3, 0},
+     [](DicomBuilder& b) { b.Us(tag::kRows, 1).Us(0x00280002, 3).Us(tag::kRows, 2); }, kDcmSuccess,
+     3, 0},
     {"fragments that break off",
      [](DicomBuilder& b) { b.Header(0x7FE00010, "OB", 0xFFFFFFFF).Item(0).Item(50).Raw("12"); },
      kDcmSuccess, 2, 1},
@@ -196,7 +199,7 @@ constexpr DamageCase kDamages[] = {
          implicit.Item().Add(kUid, "", "1.").EndItem().EndSequence();
          b.Header(0x00091010, "UN", 0xFFFFFFFF);
          b.Raw({reinterpret_cast<const char*>(implicit.Bytes().data()), implicit.Size()});
-         b.Us(kRows, 1);
+         b.Us(tag::kRows, 1);
      },
      kDcmSuccess, 3, 0},
 };
@@ -229,12 +232,15 @@ TEST(DicomReading, ReadsWhatIsThereOfDamagedFiles) {
 }
 
 TEST(DicomReading, TheFirstOfTwoEqualTagsWins) {
-    auto file =
-        DicomBuilder::Part10(test::kExplicitUid).Us(kRows, 1).Us(0x00280002, 3).Us(kRows, 2).File();
+    auto file = DicomBuilder::Part10(test::kExplicitUid)
+                    .Us(tag::kRows, 1)
+                    .Us(0x00280002, 3)
+                    .Us(tag::kRows, 2)
+                    .File();
     CDcmObject object;
     int rows = 0;
     ASSERT_EQ(test::ReadUpTo(object, file, test::kToTheEnd), kDcmSuccess);
-    EXPECT_EQ(object.GetValue(kRows, rows), kDcmSuccess);
+    EXPECT_EQ(object.GetValue(tag::kRows, rows), kDcmSuccess);
     EXPECT_EQ(rows, 1);
 }
 

@@ -1,5 +1,6 @@
 /// Attributes: what every read makes of every stored form, and what setting one leaves behind.
 #include "quorvex/DicomObject.h"
+#include "quorvex/Tags.h"
 #include "tests/support/dicom_builder.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +15,6 @@ using test::DicomBuilder;
 
 constexpr std::uint32_t kPrivate = 0x00291010;
 constexpr std::uint32_t kCenter = 0x00281050;
-constexpr std::uint32_t kLutData = 0x00283006;
 constexpr std::uint32_t kDescriptor = 0x00283002;
 constexpr std::uint32_t kSmallest = 0x00280106;  // US or SS
 constexpr std::uint32_t kCharacterSet = 0x00080005;
@@ -125,11 +125,11 @@ struct CountCase {
     unsigned long length;
 };
 constexpr CountCase kCounts[] = {
-    {"OW", 0x60003000, "12345678", 1, 8}, {"OB", 0x60003000, "12345678", 1, 8},
-    {"UN", 0x00281201, "12345678", 1, 8}, {"OW", kLutData, "12345678", 4, 2},
-    {"US", kLutData, "12345678", 4, 2},   {"UN", kLutData, "12345678", 4, 2},
-    {"DS", kCenter, "1\\22\\3 ", 3, 1},   {"FD", kPrivate, "12345678", 1, 8},
-    {"LT", kPrivate, "a\\b ", 1, 4},      {"UN", kPrivate, "a\\b ", 1, 4},
+    {"OW", 0x60003000, "12345678", 1, 8},    {"OB", 0x60003000, "12345678", 1, 8},
+    {"UN", 0x00281201, "12345678", 1, 8},    {"OW", tag::kLUTData, "12345678", 4, 2},
+    {"US", tag::kLUTData, "12345678", 4, 2}, {"UN", tag::kLUTData, "12345678", 4, 2},
+    {"DS", kCenter, "1\\22\\3 ", 3, 1},      {"FD", kPrivate, "12345678", 1, 8},
+    {"LT", kPrivate, "a\\b ", 1, 4},         {"UN", kPrivate, "a\\b ", 1, 4},
 };
 
 TEST(DicomValues, CountsAndLengthsAreWhatCallersRelyOn) {

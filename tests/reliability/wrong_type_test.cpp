@@ -3,55 +3,26 @@
 #include "tests/reliability/every_way.h"
 #include "tests/reliability/measured_child.h"
 #include "tests/support/dicom_builder.h"
+#include "tests/support/named_tags.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
-#include <regex>
-#include <set>
-#include <sstream>
 
 namespace quorvex::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-std::string ContentOf(const fs::path& path) {
-    std::ostringstream content;
-    content << std::ifstream(path).rdbuf();
-    return content.str();
-}
-
-bool IsSource(const fs::path& path) {
-    return path.extension() == ".cpp" || path.extension() == ".h";
-}
-
 bool IsOfADataSet(std::uint32_t tag) {
     const std::uint32_t group = tag >> 16;
-    return group > 2 && group < 0x7FE0 && tag % 0x10000 != 0;
+    return group > 2 && group < 0x7FE0;
 }
 
-/// The tags that stand in the sources, so that none is forgotten.
 std::vector<std::uint32_t> TagsThatAreRead() {
-    const std::regex literal("0x([0-9A-F]{8})\\b");
-    std::set<std::uint32_t> tags = {0x60000010, 0x60000011, 0x60000050, 0x60000100,
-                                    0x60000102, 0x60001201, 0x60003000};
-    for (const char* room : {"foundation/dicom", "codec", "parser", "presentation", "windowing",
-                             "render", "maker", "pipeline", "tools"}) {
-        for (const auto& entry :
-             fs::recursive_directory_iterator(fs::path(QUORVEX_SOURCE_DIR) / room)) {
-            if (!IsSource(entry.path())) continue;
-            const auto text = ContentOf(entry.path());
-            for (std::sregex_iterator hit(text.begin(), text.end(), literal), end; hit != end;
-                 ++hit) {
-                const auto tag = static_cast<std::uint32_t>(std::stoul((*hit)[1], nullptr, 16));
-                if (IsOfADataSet(tag)) tags.insert(tag);
-            }
-        }
+    std::vector<std::uint32_t> tags;
+    for (const auto& [name, tag] : NamedTags()) {
+        if (IsOfADataSet(tag)) tags.push_back(tag);
     }
-    return {tags.begin(), tags.end()};
+    return tags;
 }
 
 bool IsSequence(std::uint32_t tag) {

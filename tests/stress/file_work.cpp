@@ -14,7 +14,6 @@
 namespace quorvex::test {
 namespace {
 
-constexpr std::uint32_t kPixelData = 0x7FE00010;
 constexpr std::int32_t kForms[] = {kXferUncompressedImplicit, kXferUncompressedExplicit,
                                    kXferJpegBaseline,         kXferJpegExtended,
                                    kXferJpegLossless,         kXferJpeg2000,

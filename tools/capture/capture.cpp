@@ -1,6 +1,7 @@
 // quorvex capture: pictures as an object of a patient's study.
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
+#include "quorvex/Tags.h"
 #include "tools/capture/png_reader.h"
 #include "tools/convert_target.h"
 #include "tools/object_output.h"
@@ -17,9 +18,17 @@ constexpr const char* kGreyFrames = "1.2.840.10008.5.1.4.1.1.7.2";
 constexpr const char* kColourFrames = "1.2.840.10008.5.1.4.1.1.7.4";
 
 // What the source says of its own pixels and their place in the patient.
-constexpr std::uint32_t kNotOfPictures[] = {0x00200032, 0x00200037, 0x00200052, 0x00201040,
-                                            0x00280108, 0x00280109, 0x00280120, 0x00281050,
-                                            0x00281051, 0x00281052, 0x00281053};
+constexpr std::uint32_t kNotOfPictures[] = {tag::kImagePositionPatient,
+                                            tag::kImageOrientationPatient,
+                                            tag::kFrameOfReferenceUID,
+                                            tag::kPositionReferenceIndicator,
+                                            tag::kSmallestPixelValueInSeries,
+                                            tag::kLargestPixelValueInSeries,
+                                            tag::kPixelPaddingValue,
+                                            tag::kWindowCenter,
+                                            tag::kWindowWidth,
+                                            tag::kRescaleIntercept,
+                                            tag::kRescaleSlope};
 
 struct Pictures {
     std::vector<Picture> frames;
@@ -76,29 +85,28 @@ const char* ClassOf(std::size_t frames, int channels) {
 
 // Frames follow each other like the pages of a book.
 void NumberThePages(CDcmObject& object, std::size_t frames) {
-    constexpr std::uint32_t kPageNumberVector = 0x00182001;
-    constexpr std::uint32_t kFrameIncrementPointer = 0x00280009;
     if (frames == 1) return;
-    object.SetValue(kPageNumberVector, 1);
+    object.SetValue(tag::kPageNumberVector, 1);
     for (std::size_t page = 2; page <= frames; ++page)
-        object.SetNextValue(kPageNumberVector, static_cast<int>(page));
-    object.SetValue(kFrameIncrementPointer, static_cast<int>(kPageNumberVector));
+        object.SetNextValue(tag::kPageNumberVector, static_cast<int>(page));
+    object.SetValue(tag::kFrameIncrementPointer, static_cast<int>(tag::kPageNumberVector));
 }
 
 void SayThatItIsACapture(CDcmObject& object, std::size_t frames, int channels) {
     for (const auto tag : kNotOfPictures) object.RemoveValue(tag);
-    object.SetValue(0x00080016, ClassOf(frames, channels));
-    object.SetValue(0x00080008, "DERIVED");
-    object.SetNextValue(0x00080008, "SECONDARY");
-    object.SetValue(0x00080060, "OT");
-    object.SetValue(0x00080064, "WSD");
-    object.SetValue(0x00200011, "1");
-    object.SetValue(0x00200020, "");
-    object.SetValue(0x00280301, "YES");  // nobody has looked whether there is text in the picture
-    object.SetValue(0x00281050, "128");  // every byte as it is
-    object.SetValue(0x00281051, "256");
+    object.SetValue(tag::kSOPClassUID, ClassOf(frames, channels));
+    object.SetValue(tag::kImageType, "DERIVED");
+    object.SetNextValue(tag::kImageType, "SECONDARY");
+    object.SetValue(tag::kModality, "OT");
+    object.SetValue(tag::kConversionType, "WSD");
+    object.SetValue(tag::kSeriesNumber, "1");
+    object.SetValue(tag::kPatientOrientation, "");
+    object.SetValue(tag::kBurnedInAnnotation,
+                    "YES");  // nobody has looked whether there is text in the picture
+    object.SetValue(tag::kWindowCenter, "128");  // every byte as it is
+    object.SetValue(tag::kWindowWidth, "256");
     NumberThePages(object, frames);
-    object.SetValue(0x00200013, "1");
+    object.SetValue(tag::kInstanceNumber, "1");
 }
 
 QUORVEX_MESSAGE Make(CDcmObject& source, const std::vector<Picture>& frames,
@@ -133,7 +141,8 @@ ExitStatus Capture(const CaptureArguments& arguments) {
     auto result = parser.Initialize(&app, arguments.source, 0);
     if (result != QVM_SUCCESS) return ReportBadInput(arguments.source, result);
     CString study;
-    if (parser.GetHeader()->GetValue(0x0020000D, study) != kDcmSuccess || study.IsEmpty()) {
+    if (parser.GetHeader()->GetValue(tag::kStudyInstanceUID, study) != kDcmSuccess ||
+        study.IsEmpty()) {
         Complain(arguments.source, "there is no Study Instance UID to put pictures under");
         return kBadInput;
     }

@@ -3,6 +3,7 @@
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/Limits.h"
+#include "quorvex/Tags.h"
 #include "tools/convert/source_checks.h"
 #include "tools/convert/verify.h"
 #include "tools/object_output.h"
@@ -61,10 +62,10 @@ CDcmObject ReadSource(const InputFile& input, WorkFolder& workFolder) {
 }
 
 void Describe(const CDcmObject& source, ConvertRecord& record) {
-    record.studyUid = TextOf(source, 0x0020000D);
-    record.seriesUid = TextOf(source, 0x0020000E);
-    record.instanceUid = TextOf(source, 0x00080018);
-    record.syntaxIn = TextOf(source, 0x00020010);
+    record.studyUid = TextOf(source, tag::kStudyInstanceUID);
+    record.seriesUid = TextOf(source, tag::kSeriesInstanceUID);
+    record.instanceUid = TextOf(source, tag::kSOPInstanceUID);
+    record.syntaxIn = TextOf(source, tag::kTransferSyntaxUID);
     record.frames = FramesOf(source);
 }
 
@@ -112,7 +113,7 @@ void ConvertInto(const std::string& written, ConvertRecord& record, const InputF
         CDcmObject output = source;
         Convert(output, wish);
         WriteObject(output, written, record.output);
-        record.syntaxOut = TextOf(output, 0x00020010);
+        record.syntaxOut = TextOf(output, tag::kTransferSyntaxUID);
     }
     record.verification = Verification::kOff;
     if (wish.isVerified) Verify(source, written, *wish.target, record);

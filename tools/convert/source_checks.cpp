@@ -1,21 +1,19 @@
 #include "tools/convert/source_checks.h"
 
+#include "quorvex/Tags.h"
 #include "tools/convert/verify.h"
 #include "tools/report.h"
 
 namespace quorvex::tools {
 namespace {
 
-constexpr std::uint32_t kPixelData = 0x7FE00010;
-constexpr std::uint32_t kPhotometric = 0x00280004;
-
 bool HasPixels(const CDcmObject& object) {
     int count = 0;
     unsigned short rows = 0;
     unsigned short columns = 0;
-    return object.GetValueCount(kPixelData, count) == kDcmSuccess &&
-           object.GetValue(0x00280010, rows) == kDcmSuccess && rows > 0 &&
-           object.GetValue(0x00280011, columns) == kDcmSuccess && columns > 0;
+    return object.GetValueCount(tag::kPixelData, count) == kDcmSuccess &&
+           object.GetValue(tag::kRows, rows) == kDcmSuccess && rows > 0 &&
+           object.GetValue(tag::kColumns, columns) == kDcmSuccess && columns > 0;
 }
 
 MC_STATUS NoteCut(const DcmElementView& element, void* user) {
@@ -36,11 +34,13 @@ bool LacksNativePixels(const CDcmObject& source) {
     unsigned long length = 0;
     source.GetTransferSyntax(syntax);
     if (syntax > kDeflatedExplicitLittleEndian ||
-        source.GetValueLength(kPixelData, 1, length) != kDcmSuccess)
+        source.GetValueLength(tag::kPixelData, 1, length) != kDcmSuccess)
         return false;
-    const bool isSubsampled = TextOf(source, kPhotometric).find("_42") != std::string::npos;
-    double bits = isSubsampled ? 2.0 : static_cast<double>(CountOf(source, 0x00280002, 1));
-    for (const std::uint32_t tag : {0x00280010U, 0x00280011U, 0x00280100U})
+    const bool isSubsampled =
+        TextOf(source, tag::kPhotometricInterpretation).find("_42") != std::string::npos;
+    double bits =
+        isSubsampled ? 2.0 : static_cast<double>(CountOf(source, tag::kSamplesPerPixel, 1));
+    for (const std::uint32_t tag : {tag::kRows, tag::kColumns, tag::kBitsAllocated})
         bits *= static_cast<double>(CountOf(source, tag, 0));
     return static_cast<double>(length) * 8.0 < bits * FramesOf(source);
 }
@@ -60,7 +60,7 @@ void RefuseWhatTheCoderCannotHold(CDcmObject& source, const ConvertTarget& targe
     constexpr long kHighest12 = 4095;
     if (target.isLossless || target.code == kXferJpeg2000) return;
     unsigned short bits = 0;
-    source.GetValue(0x00280100, bits);
+    source.GetValue(tag::kBitsAllocated, bits);
     if (target.code == kXferJpegBaseline && bits > 8)
         throw BadInput(QVM_ERROR_INVALID_BITS_ALLOCATED,
                        "JPEG Baseline holds 8 bits, and the image has more");
@@ -68,7 +68,7 @@ void RefuseWhatTheCoderCannotHold(CDcmObject& source, const ConvertTarget& targe
         throw BadInput(QVM_ERROR_INVALID_BITS_ALLOCATED,
                        "12-bit JPEG is for more than 8 bits, and the image has no more");
     unsigned short isSigned = 0;
-    source.GetValue(0x00280103, isSigned);
+    source.GetValue(tag::kPixelRepresentation, isSigned);
     if (isSigned != 0)
         throw BadInput(QVM_ERROR_INVALID_PIXEL_REPRESENTATION,
                        "lossy JPEG cannot hold signed values");
@@ -100,7 +100,7 @@ std::string TextOf(const CDcmObject& object, std::uint32_t tag) {
 
 int FramesOf(const CDcmObject& object) {
     int frames = 1;
-    object.GetValue(0x00280008, frames);
+    object.GetValue(tag::kNumberOfFrames, frames);
     return frames;
 }
 

@@ -1,5 +1,7 @@
 #include "tools/convert/verify.h"
 
+#include "quorvex/Tags.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -30,14 +32,14 @@ struct SampleForm {
 
 SampleForm FormOf(const CDcmObject& header) {
     SampleForm form;
-    header.GetValue(0x00280010, form.rows);
-    header.GetValue(0x00280011, form.columns);
-    header.GetValue(0x00280002, form.samples);
-    header.GetValue(0x00280100, form.bitsAllocated);
+    header.GetValue(tag::kRows, form.rows);
+    header.GetValue(tag::kColumns, form.columns);
+    header.GetValue(tag::kSamplesPerPixel, form.samples);
+    header.GetValue(tag::kBitsAllocated, form.bitsAllocated);
     form.bitsStored = form.bitsAllocated;
-    header.GetValue(0x00280101, form.bitsStored);
-    header.GetValue(0x00280103, form.isSigned);
-    header.GetValue(0x00280004, form.photometric);
+    header.GetValue(tag::kBitsStored, form.bitsStored);
+    header.GetValue(tag::kPixelRepresentation, form.isSigned);
+    header.GetValue(tag::kPhotometricInterpretation, form.photometric);
     return form;
 }
 

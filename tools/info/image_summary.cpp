@@ -1,5 +1,6 @@
 #include "tools/info/image_summary.h"
 
+#include "quorvex/Tags.h"
 #include "tools/info/preamble.h"
 
 #include <algorithm>
@@ -70,31 +71,29 @@ std::string_view NameOf(TRANSFER_SYNTAX syntax) {
 }
 
 std::string ReadSyntaxName(const CDcmObject& header, TRANSFER_SYNTAX syntax) {
-    const auto uid = ReadText(header, 0x00020010);
+    const auto uid = ReadText(header, tag::kTransferSyntaxUID);
     const auto* found = std::ranges::find(kSyntaxNames, uid, &SyntaxName::uid);
     if (found != kSyntaxNames.end()) return std::string(found->name);
     return uid.empty() ? std::string(NameOf(syntax)) : uid;
 }
 
 std::vector<ImageSummary::Pair> ReadWindows(const CDcmObject& header) {
-    constexpr std::uint32_t kCentre = 0x00281050;
-    constexpr std::uint32_t kWidth = 0x00281051;
     std::vector<ImageSummary::Pair> windows;
     double centre = 0.0;
     double width = 0.0;
-    bool isThere = header.GetValue(kCentre, centre) == kDcmSuccess &&
-                   header.GetValue(kWidth, width) == kDcmSuccess;
+    bool isThere = header.GetValue(tag::kWindowCenter, centre) == kDcmSuccess &&
+                   header.GetValue(tag::kWindowWidth, width) == kDcmSuccess;
     for (int i = 0; isThere && i < kMostWindows; ++i) {
         windows.push_back({centre, width});
-        isThere = header.GetNextValue(kCentre, centre) == kDcmSuccess &&
-                  header.GetNextValue(kWidth, width) == kDcmSuccess;
+        isThere = header.GetNextValue(tag::kWindowCenter, centre) == kDcmSuccess &&
+                  header.GetNextValue(tag::kWindowWidth, width) == kDcmSuccess;
     }
     return windows;
 }
 
 std::optional<ImageSummary::Pair> ReadRescale(const CDcmObject& header) {
-    const auto slope = ReadNumber(header, 0x00281053);
-    const auto intercept = ReadNumber(header, 0x00281052);
+    const auto slope = ReadNumber(header, tag::kRescaleSlope);
+    const auto intercept = ReadNumber(header, tag::kRescaleIntercept);
     if (!slope || !intercept) return std::nullopt;
     return ImageSummary::Pair{*slope, *intercept};
 }
@@ -112,38 +111,40 @@ std::optional<ImageSummary::Table> ReadTable(const CDcmObjectCommon& source, std
 }
 
 std::vector<ImageSummary::Table> ReadVoiTables(const CDcmObject& header) {
-    constexpr std::uint32_t kVoiLutSequence = 0x00283010;
     std::vector<ImageSummary::Table> tables;
     CDcmItem item;
-    bool isThere = header.GetValue(kVoiLutSequence, item) == kDcmSuccess;
+    bool isThere = header.GetValue(tag::kVOILUTSequence, item) == kDcmSuccess;
     for (int i = 0; isThere && i < kMostWindows; ++i) {
-        if (const auto table = ReadTable(item, 0x00283002)) tables.push_back(*table);
-        isThere = header.GetNextValue(kVoiLutSequence, item) == kDcmSuccess;
+        if (const auto table = ReadTable(item, tag::kLUTDescriptor)) tables.push_back(*table);
+        isThere = header.GetNextValue(tag::kVOILUTSequence, item) == kDcmSuccess;
     }
     return tables;
 }
 
 void ReadPalette(const CDcmObject& header, ImageSummary& summary) {
     std::vector<ImageSummary::Table> colours;
-    for (const std::uint32_t tag : {0x00281101U, 0x00281102U, 0x00281103U})
+    for (const std::uint32_t tag :
+         {tag::kRedPaletteColorLookupTableDescriptor, tag::kGreenPaletteColorLookupTableDescriptor,
+          tag::kBluePaletteColorLookupTableDescriptor})
         if (const auto table = ReadTable(header, tag)) colours.push_back(*table);
     if (colours.size() != 3) return;
     summary.palette = std::move(colours);
     int count = 0;
-    summary.isPaletteSegmented = header.GetValueCount(0x00281221, count) == kDcmSuccess;
+    summary.isPaletteSegmented =
+        header.GetValueCount(tag::kSegmentedRedPaletteColorLookupTableData, count) == kDcmSuccess;
 }
 
 std::optional<ImageSummary::Overlay> ReadOverlay(const CDcmObject& header, unsigned group) {
-    const std::uint32_t base = group << 16;
-    const auto rows = ReadCount(header, base | 0x0010);
-    const auto columns = ReadCount(header, base | 0x0011);
-    const auto bits = ReadCount(header, base | 0x0100);
+    const auto of = [&](std::uint32_t tag) { return tag::InGroup(group, tag); };
+    const auto rows = ReadCount(header, of(tag::kOverlayRows));
+    const auto columns = ReadCount(header, of(tag::kOverlayColumns));
+    const auto bits = ReadCount(header, of(tag::kOverlayBitsAllocated));
     if (!rows || !columns || !bits) return std::nullopt;
     int originRow = 1;
     int originColumn = 1;
-    header.GetValue(base | 0x0050, originRow);
-    header.GetNextValue(base | 0x0050, originColumn);
-    const int bit = ReadCount(header, base | 0x0102).value_or(0);
+    header.GetValue(of(tag::kOverlayOrigin), originRow);
+    header.GetNextValue(of(tag::kOverlayOrigin), originColumn);
+    const int bit = ReadCount(header, of(tag::kOverlayBitPosition)).value_or(0);
     const bool hasOwnData = *bits == 1 && bit == 0;
     return ImageSummary::Overlay{group,
                                  *columns,
@@ -151,7 +152,7 @@ std::optional<ImageSummary::Overlay> ReadOverlay(const CDcmObject& header, unsig
                                  originColumn,
                                  originRow,
                                  hasOwnData ? std::nullopt : std::optional(bit),
-                                 ReadText(header, base | 0x0022)};
+                                 ReadText(header, of(tag::kOverlayDescription))};
 }
 
 std::vector<ImageSummary::Overlay> ReadOverlays(const CDcmObject& header) {
@@ -176,14 +177,14 @@ ImageSummary Summarise(CxDcmParser& parser, const std::string& path) {
     ImageSummary summary;
     summary.syntax = ReadSyntaxName(header, syntax);
     summary.bigEndian = syntax == kExplicitBigEndian || syntax == kImplicitBigEndian;
-    summary.columns = ReadCount(header, 0x00280011);
-    summary.rows = ReadCount(header, 0x00280010);
-    summary.samples = ReadCount(header, 0x00280002);
-    summary.bitsAllocated = ReadCount(header, 0x00280100);
-    summary.bitsStored = ReadCount(header, 0x00280101);
-    summary.isSigned = ReadCount(header, 0x00280103).value_or(0) != 0;
+    summary.columns = ReadCount(header, tag::kColumns);
+    summary.rows = ReadCount(header, tag::kRows);
+    summary.samples = ReadCount(header, tag::kSamplesPerPixel);
+    summary.bitsAllocated = ReadCount(header, tag::kBitsAllocated);
+    summary.bitsStored = ReadCount(header, tag::kBitsStored);
+    summary.isSigned = ReadCount(header, tag::kPixelRepresentation).value_or(0) != 0;
     summary.frames = summary.columns && summary.rows ? parser.GetFrameCount() : 0;
-    summary.photometric = ReadText(header, 0x00280004);
+    summary.photometric = ReadText(header, tag::kPhotometricInterpretation);
     summary.windows = ReadWindows(header);
     summary.rescale = ReadRescale(header);
     summary.voiTables = ReadVoiTables(header);

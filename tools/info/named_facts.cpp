@@ -1,5 +1,6 @@
 #include "tools/info/named_facts.h"
 
+#include "quorvex/Tags.h"
 #include "tools/info/element_value.h"
 #include "tools/report.h"
 
@@ -16,34 +17,39 @@ struct Attribute {
     bool isText = false;
 };
 constexpr Attribute kShutter[] = {
-    {"shape", 0x00181600, true},  {"left", 0x00181602},
-    {"right", 0x00181604},        {"upper", 0x00181606},
-    {"lower", 0x00181608},        {"center", 0x00181610},
-    {"radius", 0x00181612},       {"vertices", 0x00181620},
-    {"overlayGroup", 0x00181623}, {"presentationValue", 0x00181622},
+    {"shape", tag::kShutterShape, true},
+    {"left", tag::kShutterLeftVerticalEdge},
+    {"right", tag::kShutterRightVerticalEdge},
+    {"upper", tag::kShutterUpperHorizontalEdge},
+    {"lower", tag::kShutterLowerHorizontalEdge},
+    {"center", tag::kCenterOfCircularShutter},
+    {"radius", tag::kRadiusOfCircularShutter},
+    {"vertices", tag::kVerticesOfThePolygonalShutter},
+    {"overlayGroup", tag::kShutterOverlayGroup},
+    {"presentationValue", tag::kShutterPresentationValue},
 };
 constexpr Attribute kText[] = {
-    {"text", 0x00700006, true},
-    {"boxUnits", 0x00700003, true},
-    {"boxTopLeft", 0x00700010},
-    {"boxBottomRight", 0x00700011},
-    {"justification", 0x00700012, true},
-    {"anchorUnits", 0x00700004, true},
-    {"anchor", 0x00700014},
-    {"anchorVisible", 0x00700015, true},
+    {"text", tag::kUnformattedTextValue, true},
+    {"boxUnits", tag::kBoundingBoxAnnotationUnits, true},
+    {"boxTopLeft", tag::kBoundingBoxTopLeftHandCorner},
+    {"boxBottomRight", tag::kBoundingBoxBottomRightHandCorner},
+    {"justification", tag::kBoundingBoxTextHorizontalJustification, true},
+    {"anchorUnits", tag::kAnchorPointAnnotationUnits, true},
+    {"anchor", tag::kAnchorPoint},
+    {"anchorVisible", tag::kAnchorPointVisibility, true},
 };
 constexpr Attribute kGraphic[] = {
-    {"graphic", 0x00700023, true}, {"units", 0x00700005, true}, {"points", 0x00700021},
-    {"filled", 0x00700024, true},  {"data", 0x00700022},
+    {"graphic", tag::kGraphicType, true},
+    {"units", tag::kGraphicAnnotationUnits, true},
+    {"points", tag::kNumberOfGraphicPoints},
+    {"filled", tag::kGraphicFilled, true},
+    {"data", tag::kGraphicData},
 };
 constexpr Attribute kMask[] = {
-    {"operation", 0x00286101, true}, {"frames", 0x00286102}, {"maskFrames", 0x00286110},
-    {"averaging", 0x00286112},       {"shift", 0x00286114},  {"tidOffset", 0x00286120},
+    {"operation", tag::kMaskOperation, true}, {"frames", tag::kApplicableFrameRange},
+    {"maskFrames", tag::kMaskFrameNumbers},   {"averaging", tag::kContrastFrameAveraging},
+    {"shift", tag::kMaskSubPixelShift},       {"tidOffset", tag::kTIDOffset},
 };
-constexpr std::uint32_t kAnnotations = 0x00700001;
-constexpr std::uint32_t kTexts = 0x00700008;
-constexpr std::uint32_t kGraphics = 0x00700009;
-constexpr std::uint32_t kMasks = 0x00286100;
 
 std::string AsTold(const CString& value) {
     return value.ToUtf8();
@@ -112,11 +118,11 @@ PresentationFacts ReadPresentationFacts(const CDcmObject& header) {
     if (!shutter.empty() && shutter.front().name == kShutter[0].name) {
         facts.shutters.push_back(std::move(shutter));
     }
-    ForEachItem(header, kAnnotations, [&](const CDcmItem& group) {
-        AddItems(group, kTexts, kText, facts.annotations);
-        AddItems(group, kGraphics, kGraphic, facts.annotations);
+    ForEachItem(header, tag::kGraphicAnnotationSequence, [&](const CDcmItem& group) {
+        AddItems(group, tag::kTextObjectSequence, kText, facts.annotations);
+        AddItems(group, tag::kGraphicObjectSequence, kGraphic, facts.annotations);
     });
-    AddItems(header, kMasks, kMask, facts.masks);
+    AddItems(header, tag::kMaskSubtractionSequence, kMask, facts.masks);
     return facts;
 }
 

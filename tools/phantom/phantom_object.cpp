@@ -1,5 +1,6 @@
 #include "tools/phantom/phantom_object.h"
 
+#include "quorvex/Tags.h"
 #include "tools/report.h"
 
 #include <algorithm>
@@ -7,35 +8,34 @@
 namespace quorvex::tools {
 namespace {
 
-constexpr std::uint32_t kPixelData = 0x7FE00010;
 constexpr const char* kUidRoot = "2.25.32980073569858662929564197851150617";
 
 constexpr Attribute kCommon[] = {
-    {0x00080005, "ISO_IR 100"},
-    {0x00080020, "20260105"},
-    {0x00080021, "20260105"},
-    {0x00080030, "101500"},
-    {0x00080031, "101500"},
-    {0x00080050, "QX-1"},
-    {0x00080070, "QuorvexU"},
-    {0x00080080, "Phantom Hospital"},
-    {0x00080090, ""},
-    {0x00081090, "Phantom"},
-    {0x00100010, "Phantom^Quorvex"},
-    {0x00100020, "QX0001"},
-    {0x00100030, "19700101"},
-    {0x00100040, "O"},
-    {0x00180015, "CHEST"},
-    {0x00181020, "1"},
-    {0x00200010, "1"},
-    {0x00200011, "1"},
-    {0x00200013, "1"},
+    {tag::kSpecificCharacterSet, "ISO_IR 100"},
+    {tag::kStudyDate, "20260105"},
+    {tag::kSeriesDate, "20260105"},
+    {tag::kStudyTime, "101500"},
+    {tag::kSeriesTime, "101500"},
+    {tag::kAccessionNumber, "QX-1"},
+    {tag::kManufacturer, "QuorvexU"},
+    {tag::kInstitutionName, "Phantom Hospital"},
+    {tag::kReferringPhysicianName, ""},
+    {tag::kManufacturerModelName, "Phantom"},
+    {tag::kPatientName, "Phantom^Quorvex"},
+    {tag::kPatientID, "QX0001"},
+    {tag::kPatientBirthDate, "19700101"},
+    {tag::kPatientSex, "O"},
+    {tag::kBodyPartExamined, "CHEST"},
+    {tag::kSoftwareVersions, "1"},
+    {tag::kStudyID, "1"},
+    {tag::kSeriesNumber, "1"},
+    {tag::kInstanceNumber, "1"},
 };
 
 constexpr Attribute kImage[] = {
-    {0x00080023, "20260105"},
-    {0x00080033, "101500"},
-    {0x00200020, ""},
+    {tag::kContentDate, "20260105"},
+    {tag::kContentTime, "101500"},
+    {tag::kPatientOrientation, ""},
 };
 
 void Require(DCMRESULT result, std::uint32_t tag) {
@@ -103,18 +103,18 @@ void AddItem(CDcmObjectCommon& target, std::uint32_t tag, CDcmItem& item) {
 
 void SetIdentity(CDcmObject& object, const Identity& identity) {
     SetAttributes(object, kCommon);
-    SetText(object, 0x00080016, identity.sopClass);
-    SetText(object, 0x00080018, identity.instance);
-    SetText(object, 0x0020000D, identity.study);
-    SetText(object, 0x0020000E, identity.series);
-    Require(object.SetTransferSyntax(kExplicitLittleEndian), 0x00020010);
+    SetText(object, tag::kSOPClassUID, identity.sopClass);
+    SetText(object, tag::kSOPInstanceUID, identity.instance);
+    SetText(object, tag::kStudyInstanceUID, identity.study);
+    SetText(object, tag::kSeriesInstanceUID, identity.series);
+    Require(object.SetTransferSyntax(kExplicitLittleEndian), tag::kTransferSyntaxUID);
 }
 
 void SetPixels(CDcmObject& object, std::span<const unsigned char> bytes, MC_VR vr) {
     SetAttributes(object, kImage);
     Source source{bytes};
-    Require(object.SetValue(kPixelData, &source, Source::Pull), kPixelData);
-    Require(object.SetValueRepresentation(kPixelData, vr), kPixelData);
+    Require(object.SetValue(tag::kPixelData, &source, Source::Pull), tag::kPixelData);
+    Require(object.SetValueRepresentation(tag::kPixelData, vr), tag::kPixelData);
 }
 
 }  // namespace quorvex::tools

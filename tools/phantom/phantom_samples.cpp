@@ -1,4 +1,5 @@
 // The three images among the sample objects.
+#include "quorvex/Tags.h"
 #include "tools/phantom/phantom_images.h"
 #include "tools/phantom/phantom_objects.h"
 
@@ -18,51 +19,56 @@ constexpr unsigned short Number(int number) {
 }
 
 constexpr Attribute kTwelveBits[] = {
-    {0x00280002, Number(1)},  {0x00280100, Number(16)}, {0x00280101, Number(12)},
-    {0x00280102, Number(11)}, {0x00280103, Number(0)},
+    {tag::kSamplesPerPixel, Number(1)},     {tag::kBitsAllocated, Number(16)},
+    {tag::kBitsStored, Number(12)},         {tag::kHighBit, Number(11)},
+    {tag::kPixelRepresentation, Number(0)},
 };
 constexpr Attribute kSlice[] = {
-    {0x00080008, "ORIGINAL\\PRIMARY\\AXIAL"},
-    {0x00080060, "CT"},
-    {0x00180050, "5"},
-    {0x00180060, "120"},
-    {0x00185100, "HFS"},
-    {0x00200012, "1"},
-    {0x00200032, "-199.609375\\-199.609375\\0"},
-    {0x00200037, "1\\0\\0\\0\\1\\0"},
-    {0x00200052, "2.25.32980073569858662929564197851150617301"},
-    {0x00201040, ""},
-    {0x00280004, "MONOCHROME2"},
-    {0x00280030, "0.78125\\0.78125"},
-    {0x00281050, "40\\-600"},
-    {0x00281051, "400\\1500"},
-    {0x00281052, "-1024"},
-    {0x00281053, "1"},
-    {0x00281054, "HU"},
-    {0x00281055, "SOFT TISSUE\\LUNG"},
+    {tag::kImageType, "ORIGINAL\\PRIMARY\\AXIAL"},
+    {tag::kModality, "CT"},
+    {tag::kSliceThickness, "5"},
+    {tag::kKVP, "120"},
+    {tag::kPatientPosition, "HFS"},
+    {tag::kAcquisitionNumber, "1"},
+    {tag::kImagePositionPatient, "-199.609375\\-199.609375\\0"},
+    {tag::kImageOrientationPatient, "1\\0\\0\\0\\1\\0"},
+    {tag::kFrameOfReferenceUID, "2.25.32980073569858662929564197851150617301"},
+    {tag::kPositionReferenceIndicator, ""},
+    {tag::kPhotometricInterpretation, "MONOCHROME2"},
+    {tag::kPixelSpacing, "0.78125\\0.78125"},
+    {tag::kWindowCenter, "40\\-600"},
+    {tag::kWindowWidth, "400\\1500"},
+    {tag::kRescaleIntercept, "-1024"},
+    {tag::kRescaleSlope, "1"},
+    {tag::kRescaleType, "HU"},
+    {tag::kWindowCenterWidthExplanation, "SOFT TISSUE\\LUNG"},
 };
 constexpr Attribute kRadiograph[] = {
-    {0x00080008, "ORIGINAL\\PRIMARY"}, {0x00080060, "CR"},   {0x00185101, "PA"},
-    {0x00280004, "MONOCHROME1"},       {0x00281050, "2000"}, {0x00281051, "3600"},
+    {tag::kImageType, "ORIGINAL\\PRIMARY"},
+    {tag::kModality, "CR"},
+    {tag::kViewPosition, "PA"},
+    {tag::kPhotometricInterpretation, "MONOCHROME1"},
+    {tag::kWindowCenter, "2000"},
+    {tag::kWindowWidth, "3600"},
 };
 constexpr Attribute kLoop[] = {
-    {0x00080008, "ORIGINAL\\PRIMARY\\INTRACARDIAC\\0011"},
-    {0x00080060, "US"},
-    {0x00181063, "40"},
-    {0x00280002, Number(3)},
-    {0x00280004, "RGB"},
-    {0x00280006, Number(0)},
-    {0x00280014, Number(1)},
-    {0x00280100, Number(8)},
-    {0x00280101, Number(8)},
-    {0x00280102, Number(7)},
-    {0x00280103, Number(0)},
-    {0x00282110, "00"},
+    {tag::kImageType, "ORIGINAL\\PRIMARY\\INTRACARDIAC\\0011"},
+    {tag::kModality, "US"},
+    {tag::kFrameTime, "40"},
+    {tag::kSamplesPerPixel, Number(3)},
+    {tag::kPhotometricInterpretation, "RGB"},
+    {tag::kPlanarConfiguration, Number(0)},
+    {tag::kUltrasoundColorDataPresent, Number(1)},
+    {tag::kBitsAllocated, Number(8)},
+    {tag::kBitsStored, Number(8)},
+    {tag::kHighBit, Number(7)},
+    {tag::kPixelRepresentation, Number(0)},
+    {tag::kLossyImageCompression, "00"},
 };
 
 void SetSize(CDcmObject& object, CSize size) {
-    SetAttributes(object, std::array{Attribute{0x00280010, Number(size.cy)},
-                                     Attribute{0x00280011, Number(size.cx)}});
+    SetAttributes(object, std::array{Attribute{tag::kRows, Number(size.cy)},
+                                     Attribute{tag::kColumns, Number(size.cx)}});
 }
 
 void SetSamples(CDcmObject& object, const std::vector<std::uint16_t>& samples) {
@@ -94,7 +100,7 @@ std::unique_ptr<CDcmObject> MakeRadiograph(CSize size, int number) {
     SetAttributes(*object, kTwelveBits);
     SetAttributes(*object, kRadiograph);
     const auto spacing = std::to_string(kPlate / size.cx);
-    SetText(*object, 0x00181164, spacing + '\\' + spacing);
+    SetText(*object, tag::kImagerPixelSpacing, spacing + '\\' + spacing);
     SetSize(*object, size);
     SetSamples(*object, DrawRadiograph(size));
     return object;
@@ -104,8 +110,9 @@ std::unique_ptr<CDcmObject> MakeLoop(CSize size, int frames, int number) {
     auto object = std::make_unique<CDcmObject>();
     SetIdentity(*object, IdentityOf(kUltrasoundLoop, 3, number));
     SetAttributes(*object, kLoop);
-    SetWholeNumbers(*object, 0x00280009, std::array{0x00181063});  // the frames follow Frame Time
-    SetText(*object, 0x00280008, std::to_string(frames));
+    SetWholeNumbers(*object, tag::kFrameIncrementPointer,
+                    std::array{static_cast<int>(tag::kFrameTime)});
+    SetText(*object, tag::kNumberOfFrames, std::to_string(frames));
     SetSize(*object, size);
     std::vector<unsigned char> samples;
     for (int frame = 0; frame < frames; ++frame) {

@@ -2,6 +2,7 @@
 #include "quorvex/CLData.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CxDcmParser.h"
+#include "quorvex/Tags.h"
 #include "tools/output_file.h"
 #include "tools/png_writer.h"
 #include "tools/render/state_file.h"
@@ -161,7 +162,7 @@ void TurnFurther(CXDIPP& pipeline, const RenderArguments& arguments, Attitude& a
 
 bool IsPaletteColour(const CDcmObject& header) {
     CString photometric;
-    return header.GetValue(0x00280004, photometric) == kDcmSuccess &&
+    return header.GetValue(tag::kPhotometricInterpretation, photometric) == kDcmSuccess &&
            photometric.Find("PALETTE") >= 0;
 }
 
@@ -175,13 +176,14 @@ std::pair<double, double> PairOf(const CDcmObject& header, std::uint32_t tag) {
 
 CLData DescribeFrame(const CDcmObject& header) {
     CLData data;
-    header.GetValue(0x00280010, data.height);
-    header.GetValue(0x00280011, data.width);
-    header.GetValue(0x00280100, data.bitsAllocated);
-    header.GetValue(0x00280101, data.bitsStored);
-    header.GetValue(0x00280004, data.photometricInterpretation);
-    std::tie(data.pixelSpacingY, data.pixelSpacingX) = PairOf(header, 0x00280030);
-    std::tie(data.aspectRatioVertical, data.aspectRatioHorizontal) = PairOf(header, 0x00280034);
+    header.GetValue(tag::kRows, data.height);
+    header.GetValue(tag::kColumns, data.width);
+    header.GetValue(tag::kBitsAllocated, data.bitsAllocated);
+    header.GetValue(tag::kBitsStored, data.bitsStored);
+    header.GetValue(tag::kPhotometricInterpretation, data.photometricInterpretation);
+    std::tie(data.pixelSpacingY, data.pixelSpacingX) = PairOf(header, tag::kPixelSpacing);
+    std::tie(data.aspectRatioVertical, data.aspectRatioHorizontal) =
+        PairOf(header, tag::kPixelAspectRatio);
     return data;
 }
 

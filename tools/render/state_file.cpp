@@ -1,12 +1,11 @@
 #include "tools/render/state_file.h"
 
+#include "quorvex/Tags.h"
+
 namespace quorvex::tools {
 namespace {
 
-constexpr std::uint32_t kSopClassUid = 0x00080016;
 constexpr const char* kStateClasses = "1.2.840.10008.5.1.4.1.1.11.";  // all of them begin so
-constexpr std::uint32_t kSopInstanceUid = 0x00080018;
-constexpr std::uint32_t kReferencedSopInstanceUid = 0x00081155;
 
 struct Search {
     std::string uid;
@@ -22,7 +21,8 @@ std::string UidBytes(const DcmElementView& element) {
 
 MC_STATUS VisitReference(const DcmElementView& element, void* user) {
     auto& search = *static_cast<Search*>(user);
-    if (element.tag != kReferencedSopInstanceUid || element.data == nullptr) return kMcContinue;
+    if (element.tag != tag::kReferencedSOPInstanceUID || element.data == nullptr)
+        return kMcContinue;
     search.refersToImages = true;
     search.isFound = UidBytes(element) == search.uid;
     return search.isFound ? kMcRefuse : kMcContinue;
@@ -30,7 +30,7 @@ MC_STATUS VisitReference(const DcmElementView& element, void* user) {
 
 bool IsPresentationState(const CDcmObject& object) {
     CString sopClass;
-    object.GetValue(kSopClassUid, sopClass);
+    object.GetValue(tag::kSOPClassUID, sopClass);
     return sopClass.Find(kStateClasses) == 0;
 }
 
@@ -38,7 +38,7 @@ bool IsPresentationState(const CDcmObject& object) {
 bool SpeaksOf(const CDcmObject& state, const CDcmObject& image) {
     if (!IsPresentationState(state)) return false;
     CString uid;
-    image.GetValue(kSopInstanceUid, uid);
+    image.GetValue(tag::kSOPInstanceUID, uid);
     Search search{.uid = uid.ToUtf8()};
     state.WalkElements(&search, VisitReference);
     return search.isFound || !search.refersToImages;
@@ -60,15 +60,16 @@ ExitStatus StateFile::Open(CDcmApp& app, const std::string& statePath,
 
 int StateFile::Rotation() const {
     unsigned short degrees = 0;
-    Object()->GetValue(0x00700042, degrees);
+    Object()->GetValue(tag::kImageRotation, degrees);
     CString flip;  // a turn counts only beside a flip attribute
-    const bool counts = Object()->GetValue(0x00700041, flip) == kDcmSuccess;
+    const bool counts = Object()->GetValue(tag::kImageHorizontalFlip, flip) == kDcmSuccess;
     return counts ? degrees % 360 : 0;
 }
 
 bool StateFile::IsFlipped() const {
     CString flip;
-    return Object()->GetValue(0x00700041, flip) == kDcmSuccess && flip == CString("Y");
+    return Object()->GetValue(tag::kImageHorizontalFlip, flip) == kDcmSuccess &&
+           flip == CString("Y");
 }
 
 }  // namespace quorvex::tools

@@ -1,6 +1,7 @@
 // quorvex state: how images are to be shown, as an object of its own.
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmParser.h"
+#include "quorvex/Tags.h"
 #include "tools/object_output.h"
 #include "tools/state/state_record.h"
 #include "tools/verbs.h"
@@ -24,13 +25,14 @@ std::string TextOf(const CDcmObject& object, std::uint32_t tag) {
 
 // What keeps a greyscale state from referring to this image; empty where nothing does.
 std::string ObstacleOf(const CDcmObject& image, const CDcmObject& first) {
-    for (const std::uint32_t tag : {0x00080016U, 0x00080018U, 0x0020000DU, 0x0020000EU})
+    for (const std::uint32_t tag :
+         {tag::kSOPClassUID, tag::kSOPInstanceUID, tag::kStudyInstanceUID, tag::kSeriesInstanceUID})
         if (TextOf(image, tag).empty()) return "the image lacks a UID that a state has to name";
-    if (TextOf(image, 0x00280010).empty() || TextOf(image, 0x00280011).empty())
+    if (TextOf(image, tag::kRows).empty() || TextOf(image, tag::kColumns).empty())
         return "this is no image";
-    if (!TextOf(image, 0x00280004).starts_with("MONOCHROME"))
+    if (!TextOf(image, tag::kPhotometricInterpretation).starts_with("MONOCHROME"))
         return "a greyscale state cannot show colours";
-    if (TextOf(image, 0x0020000E) != TextOf(first, 0x0020000E))
+    if (TextOf(image, tag::kSeriesInstanceUID) != TextOf(first, tag::kSeriesInstanceUID))
         return "the image is of another series than the first one";
     return {};
 }
@@ -60,23 +62,23 @@ ExitStatus OpenImages(CDcmApp& app, const StateArguments& arguments, ReferredIma
 
 // The shape of a pixel is told once: by its size where that is known, else by its aspect.
 void TidyDisplayedAreas(CDcmObject& state) {
-    constexpr std::uint32_t kAreas = 0x0070005A;
-    constexpr std::uint32_t kSpacing = 0x00700101;
-    constexpr std::uint32_t kAspect = 0x00700102;
-    constexpr std::uint32_t kMagnification = 0x00700103;
     std::vector<CDcmItem> areas;
     CDcmItem area;
-    auto result = state.GetValue(kAreas, area);
-    for (; result == kDcmSuccess; result = state.GetNextValue(kAreas, area)) areas.push_back(area);
+    auto result = state.GetValue(tag::kDisplayedAreaSelectionSequence, area);
+    for (; result == kDcmSuccess;
+         result = state.GetNextValue(tag::kDisplayedAreaSelectionSequence, area))
+        areas.push_back(area);
     for (auto& item : areas) {
         double spacing = 0.0;
-        const bool hasSpacing = item.GetValue(kSpacing, spacing) == kDcmSuccess && spacing > 0.0;
-        item.RemoveValue(hasSpacing ? kAspect : kSpacing);
-        item.RemoveValue(kMagnification);
+        const bool hasSpacing =
+            item.GetValue(tag::kPresentationPixelSpacing, spacing) == kDcmSuccess && spacing > 0.0;
+        item.RemoveValue(hasSpacing ? tag::kPresentationPixelAspectRatio
+                                    : tag::kPresentationPixelSpacing);
+        item.RemoveValue(tag::kPresentationPixelMagnificationRatio);
         if (&item == &areas.front())
-            state.SetValue(kAreas, &item);
+            state.SetValue(tag::kDisplayedAreaSelectionSequence, &item);
         else
-            state.SetNextValue(kAreas, &item);
+            state.SetNextValue(tag::kDisplayedAreaSelectionSequence, &item);
     }
 }
 

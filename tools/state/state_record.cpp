@@ -1,6 +1,7 @@
 #include "tools/state/state_record.h"
 
 #include "quorvex/CXGSPSObject.h"
+#include "quorvex/Tags.h"
 
 #include <algorithm>
 #include <cmath>
@@ -24,7 +25,7 @@ int NumberOf(const CDcmObject& object, std::uint32_t tag, int absent) {
 
 // Every value that the image can hold.
 Window WidestWindow(const CDcmObject& image, const CXGSPSInfo& info) {
-    const int bits = std::clamp(NumberOf(image, 0x00280101, 16), 1, 16);
+    const int bits = std::clamp(NumberOf(image, tag::kBitsStored, 16), 1, 16);
     const double lowest = info.pixelRepresentation != 0 ? -std::ldexp(1.0, bits - 1) : 0.0;
     const double slope = info.rescaleSlope == 0.0 ? 1.0 : info.rescaleSlope;
     const double centre = (lowest + std::ldexp(1.0, bits - 1)) * slope + info.rescaleIntercept;
@@ -43,8 +44,8 @@ void Release(Table*& table) {
 }  // namespace
 
 StateRecord::StateRecord(CDcmObject& image, const StateArguments& wishes) {
-    info_.imageColumns = NumberOf(image, 0x00280011, 0);
-    info_.imageRows = NumberOf(image, 0x00280010, 0);
+    info_.imageColumns = NumberOf(image, tag::kColumns, 0);
+    info_.imageRows = NumberOf(image, tag::kRows, 0);
     CXGSPSObject().GSPSApplier(&image, &info_, CString(), -1);
     info_.objectKind = 1;
     info_.seriesNumber = "1";
@@ -71,9 +72,9 @@ StateRecord::~StateRecord() {
 }
 
 void StateRecord::Refer(const CDcmObject& image) {
-    info_.referencedSOPClassUID = TextOf(image, 0x00080016);
-    info_.referencedSOPInstanceUID = TextOf(image, 0x00080018);
-    info_.referencedSeriesUID = TextOf(image, 0x0020000E);
+    info_.referencedSOPClassUID = TextOf(image, tag::kSOPClassUID);
+    info_.referencedSOPInstanceUID = TextOf(image, tag::kSOPInstanceUID);
+    info_.referencedSeriesUID = TextOf(image, tag::kSeriesInstanceUID);
     info_.referencedFrameNumber = -1;
 }
 

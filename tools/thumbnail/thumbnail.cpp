@@ -1,6 +1,7 @@
 // quorvex thumbnail: small pictures of images.
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/Limits.h"
+#include "quorvex/Tags.h"
 #include "tools/file_list.h"
 #include "tools/output_file.h"
 #include "tools/output_place.h"
@@ -40,7 +41,8 @@ const Format& FormatOf(const std::string& name) {
 double PixelShape(const CDcmObject& header) {
     double vertical = 0;
     double horizontal = 0;
-    for (const std::uint32_t tag : {0x00280034U, 0x00280030U, 0x00181164U}) {
+    for (const std::uint32_t tag :
+         {tag::kPixelAspectRatio, tag::kPixelSpacing, tag::kImagerPixelSpacing}) {
         if (header.GetValue(tag, vertical) != kDcmSuccess ||
             header.GetNextValue(tag, horizontal) != kDcmSuccess)
             continue;
@@ -54,8 +56,8 @@ double PixelShape(const CDcmObject& header) {
 CSize SizeInside(CSize limit, const CDcmObject& header) {
     unsigned short rows = 0;
     unsigned short columns = 0;
-    header.GetValue(0x00280010, rows);
-    header.GetValue(0x00280011, columns);
+    header.GetValue(tag::kRows, rows);
+    header.GetValue(tag::kColumns, columns);
     const double width = std::max<double>(columns, 1.0);
     const double height = std::max<double>(rows, 1.0) * PixelShape(header);
     const double zoom = std::min(limit.cx / width, limit.cy / height);

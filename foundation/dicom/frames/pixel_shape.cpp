@@ -18,12 +18,12 @@ std::uint32_t NumberOr(const CDcmObject& object, std::uint32_t tag, std::uint32_
 
 PixelShape ShapeOf(const CDcmObject& object) {
     CString photometric;
-    static_cast<void>(object.GetValue(kPhotometricInterpretation, photometric));
-    PixelShape shape = {.rows = NumberOr(object, kRows, 0),
-                        .columns = NumberOr(object, kColumns, 0),
-                        .samplesPerPixel = NumberOr(object, kSamplesPerPixel, 1),
-                        .bitsAllocated = NumberOr(object, kBitsAllocated, 0),
-                        .frameCount = NumberOr(object, kNumberOfFrames, 1)};
+    static_cast<void>(object.GetValue(tag::kPhotometricInterpretation, photometric));
+    PixelShape shape = {.rows = NumberOr(object, tag::kRows, 0),
+                        .columns = NumberOr(object, tag::kColumns, 0),
+                        .samplesPerPixel = NumberOr(object, tag::kSamplesPerPixel, 1),
+                        .bitsAllocated = NumberOr(object, tag::kBitsAllocated, 0),
+                        .frameCount = NumberOr(object, tag::kNumberOfFrames, 1)};
     shape.isHalfChroma = shape.samplesPerPixel == 3 &&
                          (photometric == "YBR_FULL_422" || photometric == "YBR_PARTIAL_422");
     return shape;

@@ -5,6 +5,7 @@
 #include "foundation/dicom/model/data_set.h"
 #include "foundation/dicom/model/dictionary.h"
 #include "foundation/dicom/model/numbers.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/value_representation.h"
 
 #include <algorithm>
@@ -24,13 +25,18 @@ namespace quorvex::dicom {
     return Describe(element.vr == MC_VR_UN ? LookUp(element.tag).vr : element.vr);
 }
 
-inline constexpr std::uint32_t kLutData = 0x00283006;
 inline constexpr std::size_t kTagBytes = 4;
 
 /// The first number of these is a count, the second a stored pixel value of either sign: callers
 /// take them unsigned and know the sign themselves, whatever the VR of the file says.
-inline constexpr std::uint32_t kDescriptors[] = {0x00281100, 0x00281101, 0x00281102, 0x00281103,
-                                                 0x00281111, 0x00281112, 0x00281113, 0x00283002};
+inline constexpr std::uint32_t kDescriptors[] = {tag::kGrayLookupTableDescriptor,
+                                                 tag::kRedPaletteColorLookupTableDescriptor,
+                                                 tag::kGreenPaletteColorLookupTableDescriptor,
+                                                 tag::kBluePaletteColorLookupTableDescriptor,
+                                                 tag::kLargeRedPaletteColorLookupTableDescriptor,
+                                                 tag::kLargeGreenPaletteColorLookupTableDescriptor,
+                                                 tag::kLargeBluePaletteColorLookupTableDescriptor,
+                                                 tag::kLUTDescriptor};
 
 inline bool IsDescriptor(std::uint32_t tag) {
     return std::find(std::begin(kDescriptors), std::end(kDescriptors), tag) !=
@@ -46,7 +52,7 @@ struct NumberForm {
 };
 
 inline NumberForm FormOf(const Element& element) noexcept {
-    if (element.tag == kLutData) return {.bytes = 2};
+    if (element.tag == tag::kLUTData) return {.bytes = 2};
     const ValueRepresentation& vr = MeaningOf(element);
     switch (vr.kind) {
         case ValueKind::kWhole:

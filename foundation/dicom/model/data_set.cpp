@@ -1,5 +1,7 @@
 #include "foundation/dicom/model/data_set.h"
 
+#include "foundation/dicom/model/tags.h"
+
 #include <algorithm>
 
 namespace quorvex::dicom {
@@ -60,7 +62,7 @@ FragmentView DataSet::FragmentsOf(const Element& element) const noexcept {
 }
 
 std::string_view DataSet::CharacterSetText() const noexcept {
-    if (const Element* own = Find(kSpecificCharacterSet)) return AsText(ValueOf(*own));
+    if (const Element* own = Find(tag::kSpecificCharacterSet)) return AsText(ValueOf(*own));
     return inheritedCharacterSet_ ? std::string_view(*inheritedCharacterSet_) : std::string_view();
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "foundation/dicom/model/element.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/limits.h"
 
 #include <algorithm>
@@ -15,18 +16,6 @@
 #include <vector>
 
 namespace quorvex::dicom {
-
-inline constexpr std::uint32_t kTransferSyntaxUid = 0x00020010;
-inline constexpr std::uint32_t kSpecificCharacterSet = 0x00080005;
-inline constexpr std::uint32_t kPixelRepresentation = 0x00280103;
-inline constexpr std::uint32_t kPixelData = 0x7FE00010;
-
-[[nodiscard]] constexpr std::uint32_t GroupOf(std::uint32_t tag) noexcept {
-    return tag >> 16U;
-}
-[[nodiscard]] constexpr bool IsMetaTag(std::uint32_t tag) noexcept {
-    return GroupOf(tag) == 2;
-}
 
 /// How the elements of a data set are written down.
 struct Encoding {

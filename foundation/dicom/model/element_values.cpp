@@ -1,6 +1,7 @@
 #include "foundation/dicom/model/element_values.h"
 
 #include "foundation/dicom/model/binary_number.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/text/text_codec.h"
 #include "foundation/types/utf.h"
 
@@ -12,7 +13,7 @@ namespace {
 constexpr unsigned char kEscape = 0x1B;
 
 bool IsOneValue(const Element& element, const ValueRepresentation& vr) {
-    if (element.tag == kLutData) return false;
+    if (element.tag == tag::kLUTData) return false;
     return vr.kind == ValueKind::kRaw || vr.kind == ValueKind::kProse;
 }
 

@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/reading/data_set_reader.h"
 #include "foundation/dicom/reading/element_header.h"
@@ -100,8 +101,7 @@ DCMRESULT CDcmObject::SetTransferSyntax(TRANSFER_SYNTAX syntax) {
             return kDcmFailure;
         }
         DataSet& dataSet = Writable();
-        dataSet.PutBytes(dicom::kTransferSyntaxUid, MC_VR_UI,
-                         {known->uid.begin(), known->uid.end()});
+        dataSet.PutBytes(tag::kTransferSyntaxUID, MC_VR_UI, {known->uid.begin(), known->uid.end()});
         dataSet.syntax = syntax;
         dataSet.encoding = {known->isExplicit, known->isBigEndian};
         dataSet.pixelDataHeaderBytes = 0;

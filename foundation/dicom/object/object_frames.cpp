@@ -1,6 +1,7 @@
 #include "foundation/dicom/frames/pixel_shape.h"
 #include "foundation/dicom/frames/pixel_walk.h"
 #include "foundation/dicom/model/data_set.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
@@ -12,8 +13,6 @@ namespace quorvex {
 namespace {
 
 using namespace dicom;
-
-constexpr std::uint32_t kExtendedOffsetTable = 0x7FE00001;
 
 /// Callbacks take bytes that they could write, and never do.
 unsigned char* Data(Bytes bytes) {
@@ -71,7 +70,7 @@ Bytes ValueOrNothing(const DataSet& dataSet, std::uint32_t tag) {
 }
 
 FrameHints HintsOf(const DataSet& dataSet, const PixelShape& shape) {
-    return {.extendedOffsets = ValueOrNothing(dataSet, kExtendedOffsetTable),
+    return {.extendedOffsets = ValueOrNothing(dataSet, tag::kExtendedOffsetTable),
             .frameCount = shape.frameCount,
             .syntax = dataSet.syntax};
 }
@@ -111,7 +110,7 @@ DCMRESULT WalkInBlock(const NativeFrames& frames, FrameSink& sink, unsigned char
 /// How the Pixel Data lies that the object was read ahead of.
 NativeOrder OrderInBuffer(const DataSet& dataSet, const PixelShape& shape) {
     const bool isBigEndian = IsBigEndian(dataSet.syntax);
-    const Element* own = dataSet.Find(kPixelData);
+    const Element* own = dataSet.Find(tag::kPixelData);
     const MC_VR vr = own == nullptr ? dataSet.pixelDataVr : own->vr;
     return NativeOrder::Of(isBigEndian, vr, isBigEndian, shape);
 }

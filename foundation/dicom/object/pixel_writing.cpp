@@ -2,6 +2,7 @@
 #include "foundation/dicom/model/byte_order.h"
 #include "foundation/dicom/model/data_set.h"
 #include "foundation/dicom/model/dictionary.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/value_representation.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/limits.h"
@@ -13,9 +14,6 @@ namespace quorvex {
 namespace {
 
 using namespace dicom;
-
-constexpr std::uint32_t kExtendedOffsetTable = 0x7FE00001;
-constexpr std::uint32_t kExtendedOffsetTableLengths = 0x7FE00002;
 
 using Buffers = std::vector<Bytes>;
 
@@ -68,9 +66,9 @@ void PutFrames(DataSet& dataSet, std::uint32_t tag, const Buffers& frames) {
     std::vector<ByteRange> ranges = {Append(buffer, tables.basic)};
     for (const Bytes frame : frames) ranges.push_back(Append(buffer, frame));
     DataSet changed = dataSet;
-    if (tag == kPixelData) {
-        PutOrRemove(changed, kExtendedOffsetTable, std::move(tables.extendedOffsets));
-        PutOrRemove(changed, kExtendedOffsetTableLengths, std::move(tables.extendedLengths));
+    if (tag == tag::kPixelData) {
+        PutOrRemove(changed, tag::kExtendedOffsetTable, std::move(tables.extendedOffsets));
+        PutOrRemove(changed, tag::kExtendedOffsetTableLengths, std::move(tables.extendedLengths));
     }
     changed.PutFragments(tag, MC_VR_OB, std::move(buffer), std::move(ranges));
     dataSet = std::move(changed);

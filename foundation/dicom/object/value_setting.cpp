@@ -3,6 +3,7 @@
 #include "foundation/dicom/model/byte_order.h"
 #include "foundation/dicom/model/dictionary.h"
 #include "foundation/dicom/model/element_values.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/utf.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ namespace {
 /// US or SS: as the number wants it, or else as Pixel Representation does.
 MC_VR UsOrSs(const DataSet& dataSet, const Number& number) {
     if (number.AsWhole() < 0) return MC_VR_SS;
-    const Element* pixels = dataSet.Find(kPixelRepresentation);
+    const Element* pixels = dataSet.Find(tag::kPixelRepresentation);
     const auto isSigned = pixels != nullptr ? BinaryNumber(dataSet, *pixels, 0) : std::nullopt;
     return isSigned && isSigned->AsWhole() != 0 ? MC_VR_SS : MC_VR_US;
 }
@@ -146,7 +147,7 @@ void PutTextAlone(DataSet& dataSet, std::uint32_t tag, MC_VR vr, const std::stri
 
 void PutText(DataSet& dataSet, std::uint32_t tag, MC_VR vr, const std::string& text, bool isNext) {
     const bool changesMeaning =
-        tag == kSpecificCharacterSet &&
+        tag == tag::kSpecificCharacterSet &&
         std::ranges::any_of(dataSet.Elements(), [&](const Element& element) {
             return DependsOnCharacterSet(dataSet, element);
         });

@@ -1,5 +1,6 @@
 #include "foundation/dicom/frames/pixel_shape.h"
 #include "foundation/dicom/model/dictionary.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/model/value_representation.h"
 #include "foundation/dicom/writing/data_set_writer.h"
@@ -38,7 +39,7 @@ std::optional<TransferSyntax> SyntaxToWrite(const DataSet& main) {
         const auto* row = SyntaxOfNumber(main.syntax);
         return row == nullptr || row->uid.empty() ? std::nullopt : std::optional(*row);
     }
-    const auto uid = UidOf(main, kTransferSyntaxUid);
+    const auto uid = UidOf(main, tag::kTransferSyntaxUID);
     if (uid.empty()) return std::nullopt;
     return TransferSyntax{uid, kOtherEncapsulated, true, false, false, true};
 }
@@ -72,7 +73,7 @@ bool BeliesItsTag(const DataSet& dataSet) {
 
 void PlanPixelData(WritingPlan& plan, const DataSet& main, const PixelShape& shape,
                    bool isEncapsulated) {
-    const Element* pixels = main.Find(kPixelData);
+    const Element* pixels = main.Find(tag::kPixelData);
     if (pixels == nullptr) return;
     if (ItemsOf(*pixels) != nullptr) {
         plan.obstacle = "Pixel Data is a sequence";

@@ -1,5 +1,6 @@
 #include "foundation/dicom/reading/data_set_reader.h"
 
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/reading/element_reader.h"
 #include "foundation/dicom/reading/inflate.h"
@@ -77,7 +78,7 @@ bool DataSetReader::ReadMeta(const Label& fallback) {
     label_ = fallback;
     const bool hasMeta = HasElement() && IsMetaTag(LoadTag(Next(), false));
     if (hasMeta && !elements_.ReadMeta({IsVr(Next() + 4), false})) return false;
-    const std::string uid = UidText(elements_.ValueRead(kTransferSyntaxUid));
+    const std::string uid = UidText(elements_.ValueRead(tag::kTransferSyntaxUID));
     if (!uid.empty()) label_ = LabelOf(SyntaxOfUid(uid));
     begin_ = elements_.Position();
     metaCount_ = elements_.ElementCount();
@@ -122,7 +123,7 @@ ReadOutcome DataSetReader::Refuse(const char* why) {
 }
 
 std::optional<ElementHeader> DataSetReader::PixelDataHere() {
-    if (!HasElement() || LoadTag(Next(), label_.encoding.isBigEndian) != kPixelData) return {};
+    if (!HasElement() || LoadTag(Next(), label_.encoding.isBigEndian) != tag::kPixelData) return {};
     const std::size_t bytes = HeaderBytes(Next(), label_.encoding);
     if (!feed_.Has(elements_.Position(), bytes)) return {};
     return ReadHeader(Next(), label_.encoding);

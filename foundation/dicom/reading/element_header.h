@@ -10,9 +10,6 @@
 namespace quorvex::dicom {
 
 inline constexpr std::uint32_t kDelimiterGroup = 0xFFFE;
-inline constexpr std::uint32_t kItemTag = 0xFFFEE000;
-inline constexpr std::uint32_t kItemDelimiter = 0xFFFEE00D;
-inline constexpr std::uint32_t kSequenceDelimiter = 0xFFFEE0DD;
 inline constexpr std::uint32_t kUndefinedLength = 0xFFFFFFFF;
 
 /// Bytes of a header without, and with, two reserved bytes and a 32-bit length behind its VR.

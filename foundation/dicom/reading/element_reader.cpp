@@ -1,6 +1,7 @@
 #include "foundation/dicom/reading/element_reader.h"
 
 #include "foundation/dicom/model/dictionary.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/value_representation.h"
 
 #include <algorithm>
@@ -104,10 +105,10 @@ ElementReader::Step ElementReader::NextStep(const Level& level) {
     const std::uint32_t tag = TagHere(level.encoding.isBigEndian);
     if (level.isMeta && !IsMetaTag(tag)) return Step::kEnd;
     if (level.depth > 0) {
-        if (tag == kItemDelimiter) position_ += kShortHeader;
+        if (tag == tag::kItemDelimitationItem) position_ += kShortHeader;
         return GroupOf(tag) == kDelimiterGroup ? Step::kEnd : Step::kElement;
     }
-    if (tag == kItemTag) return Step::kFailure;
+    if (tag == tag::kItem) return Step::kFailure;
     if (GroupOf(tag) == kDelimiterGroup)
         return Step::kSkip;  // some writers close what they never opened
     if (tag > level.stopTag) return Step::kEnd;
@@ -165,10 +166,10 @@ bool ElementReader::ReadDefined(const ElementHeader& header, Element element, Le
 /// Keeps what the elements that follow, and the items among them, depend on.
 void ElementReader::Note(const Element& element, Level& level) {
     const unsigned char* value = feed_.At(element.offset);
-    if (element.tag == kPixelRepresentation && element.length >= 2) {
+    if (element.tag == tag::kPixelRepresentation && element.length >= 2) {
         level.isSigned = Load<std::uint16_t>(value, element.isBigEndian) != 0;
     }
-    if (element.tag == kSpecificCharacterSet) {
+    if (element.tag == tag::kSpecificCharacterSet) {
         level.characterSet = std::make_shared<const std::string>(
             reinterpret_cast<const char*>(value), element.length);
     }
@@ -178,15 +179,15 @@ bool ElementReader::ReadUndefined(const ElementHeader& header, Element element,
                                   const Level& level) {
     Level inner = level;
     if (header.vr == MC_VR_UN && level.encoding.isExplicit) inner.encoding = {false, false};
-    const bool isTaggedPixels = header.tag == kPixelData && header.vr != MC_VR_SQ;
+    const bool isTaggedPixels = header.tag == tag::kPixelData && header.vr != MC_VR_SQ;
     const bool isPixels = isTaggedPixels || (IsRaw(header.vr) && header.vr != MC_VR_UN);
-    if (isPixels && IsAt(kItemTag, level)) return ReadFragments(std::move(element), level);
+    if (isPixels && IsAt(tag::kItem, level)) return ReadFragments(std::move(element), level);
     if (isPixels) {
         ReadOpenValue(std::move(element), level);
         return true;
     }
-    const bool isSequence =
-        header.vr == MC_VR_SQ || IsAt(kItemTag, inner) || IsAt(kSequenceDelimiter, inner);
+    const bool isSequence = header.vr == MC_VR_SQ || IsAt(tag::kItem, inner) ||
+                            IsAt(tag::kSequenceDelimitationItem, inner);
     if (!isSequence) return PassJunk(level);
     return ReadSequence(std::move(element), inner, level.end, true);
 }
@@ -199,8 +200,8 @@ bool ElementReader::ReadSequence(Element element, const Level& level, std::size_
     bool isClosed = false;
     while (HasWithin(end, kShortHeader)) {
         const std::uint32_t tag = TagHere(level.encoding.isBigEndian);
-        isClosed = tag == kSequenceDelimiter;
-        if (tag != kItemTag) break;
+        isClosed = tag == tag::kSequenceDelimitationItem;
+        if (tag != tag::kItem) break;
         if (!ReadItem(items, level, end)) return false;
     }
     if (!isUndefined) position_ += Available(end - position_, end);
@@ -234,8 +235,8 @@ bool ElementReader::ReadFragments(Element element, const Level& level) {
     bool isClosed = false;
     while (HasWithin(level.end, kShortHeader)) {
         const std::uint32_t tag = TagHere(level.encoding.isBigEndian);
-        isClosed = tag == kSequenceDelimiter;
-        if (tag != kItemTag) break;
+        isClosed = tag == tag::kSequenceDelimitationItem;
+        if (tag != tag::kItem) break;
         if (!CountPart()) return false;
         const auto length =
             Load<std::uint32_t>(feed_.At(position_) + 4, level.encoding.isBigEndian);
@@ -259,8 +260,9 @@ void ElementReader::ReadOpenValue(Element element, const Level& level) {
     position_ += element.length;
     if (element.length >= kShortHeader) {
         const unsigned char* last = feed_.At(position_ - kShortHeader);
-        const bool isDelimiter = LoadTag(last, level.encoding.isBigEndian) == kSequenceDelimiter &&
-                                 Load<std::uint32_t>(last + 4, false) == 0;
+        const bool isDelimiter =
+            LoadTag(last, level.encoding.isBigEndian) == tag::kSequenceDelimitationItem &&
+            Load<std::uint32_t>(last + 4, false) == 0;
         if (isDelimiter) element.length -= kShortHeader;
     }
     pending_.push_back(std::move(element));

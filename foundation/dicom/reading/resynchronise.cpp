@@ -1,5 +1,6 @@
 #include "foundation/dicom/reading/resynchronise.h"
 
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/value_representation.h"
 #include "foundation/dicom/reading/element_header.h"
 
@@ -12,13 +13,10 @@ namespace {
 
 constexpr std::uint32_t kFirstGroup = 0x0008;
 constexpr int kFewestElements = 2;
-constexpr std::uint32_t kFloatPixelData = 0x7FE00008;
-constexpr std::uint32_t kDoubleFloatPixelData = 0x7FE00009;
-constexpr std::uint32_t kTrailingPadding = 0xFFFCFFFC;
 
 bool EndsHeader(std::uint32_t tag) {
-    return tag == kPixelData || tag == kFloatPixelData || tag == kDoubleFloatPixelData ||
-           tag == kTrailingPadding;
+    return tag == tag::kPixelData || tag == tag::kFloatPixelData ||
+           tag == tag::kDoubleFloatPixelData || tag == tag::kDataSetTrailingPadding;
 }
 
 bool HoldsFragments(const ElementHeader& header) {
@@ -119,8 +117,8 @@ private:
             const ElementHeader item = ReadHeader(data_.data() + at_, encoding_);
             if (!Pass(&DataSetFinder::FailedPlaces::items)) return false;
             at_ += kShortHeader;
-            if (item.tag == kSequenceDelimiter) return true;
-            if (item.tag != kItemTag || (item.IsUndefined() && areFragments)) return false;
+            if (item.tag == tag::kSequenceDelimitationItem) return true;
+            if (item.tag != tag::kItem || (item.IsUndefined() && areFragments)) return false;
             if (item.IsUndefined() ? !PassNested(depth + 1) : !PassBytes(item.length)) return false;
         }
         return IsMild();
@@ -129,7 +127,7 @@ private:
     bool PassNested(int depth) {
         while (const auto header = Header()) {
             if (!Pass(&DataSetFinder::FailedPlaces::nested)) return false;
-            if (header->tag == kItemDelimiter) {
+            if (header->tag == tag::kItemDelimitationItem) {
                 at_ += kShortHeader;
                 return true;
             }

@@ -3,6 +3,7 @@
 #include "foundation/dicom/frames/encapsulated_items.h"
 #include "foundation/dicom/frames/native_frames.h"
 #include "foundation/dicom/model/byte_order.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/value_representation.h"
 #include "foundation/dicom/reading/element_header.h"
 #include "foundation/dicom/writing/text_target.h"
@@ -14,7 +15,6 @@ namespace quorvex::dicom {
 namespace {
 
 constexpr std::size_t kLongestShortLength = 0xFFFE;
-constexpr std::uint32_t kMetaGroupLength = 0x00020000;
 constexpr std::string_view kUtf8Term = "ISO_IR 192";
 
 void PadToEven(ByteBuffer& value, MC_VR vr) {
@@ -35,10 +35,10 @@ public:
     void WriteMain(const DataSet& main) {
         const auto target = TextTarget::OfMain(main, rules_.isForcedToUtf8);
         bool owesCharacterSet =
-            rules_.isForcedToUtf8 && main.Find(kSpecificCharacterSet) == nullptr;
+            rules_.isForcedToUtf8 && main.Find(tag::kSpecificCharacterSet) == nullptr;
         for (const Element& element : main.Elements()) {
             if (!IsWritten(element.tag, true)) continue;
-            if (owesCharacterSet && element.tag > kSpecificCharacterSet) {
+            if (owesCharacterSet && element.tag > tag::kSpecificCharacterSet) {
                 WriteUtf8Term();
                 owesCharacterSet = false;
             }
@@ -93,12 +93,13 @@ private:
             return WriteSequence(element.tag, *items, target);
         const FragmentView fragments = dataSet.FragmentsOf(element);
         if (!fragments.IsEmpty()) {
-            const bool isJoined = isMain && rules_.joinsPixelData && element.tag == kPixelData;
+            const bool isJoined = isMain && rules_.joinsPixelData && element.tag == tag::kPixelData;
             return isJoined ? WriteJoined(element, fragments) : WriteFragments(element, fragments);
         }
         const Bytes value = dataSet.ValueOf(element);
-        if (element.tag == kSpecificCharacterSet && rules_.isForcedToUtf8) return WriteUtf8Term();
-        if (isMain && element.tag == kPixelData) return WritePixelData(element, value);
+        if (element.tag == tag::kSpecificCharacterSet && rules_.isForcedToUtf8)
+            return WriteUtf8Term();
+        if (isMain && element.tag == tag::kPixelData) return WritePixelData(element, value);
         if (Describe(element.vr).hasCharacterSet) {
             const ByteBuffer stored(value.begin(), value.end());
             return WriteBytes(element, WrittenText(element, value, target).value_or(stored));
@@ -110,7 +111,7 @@ private:
     }
 
     void WriteUtf8Term() {
-        WriteAsStored(kSpecificCharacterSet, MC_VR_CS,
+        WriteAsStored(tag::kSpecificCharacterSet, MC_VR_CS,
                       {reinterpret_cast<const unsigned char*>(kUtf8Term.data()), kUtf8Term.size()});
     }
 
@@ -161,11 +162,11 @@ private:
         if (items.empty()) return PutHeader(tag, MC_VR_SQ, 0);
         PutHeader(tag, MC_VR_SQ, kUndefinedLength);
         for (const auto& item : items) {
-            PutDelimiter(kItemTag, kUndefinedLength);
+            PutDelimiter(tag::kItem, kUndefinedLength);
             WriteItem(*item, target.OfItem(*item));
-            PutDelimiter(kItemDelimiter, 0);
+            PutDelimiter(tag::kItemDelimitationItem, 0);
         }
-        PutDelimiter(kSequenceDelimiter, 0);
+        PutDelimiter(tag::kSequenceDelimitationItem, 0);
     }
 
     void WriteItem(const DataSet& item, const TextTarget& target) {
@@ -178,11 +179,11 @@ private:
         PutHeader(element.tag, MC_VR_OB, kUndefinedLength);
         PutFragment(PaddedOffsetTable(fragments));
         for (std::size_t i = 1; i < fragments.Count(); ++i) PutFragment(fragments[i]);
-        PutDelimiter(kSequenceDelimiter, 0);
+        PutDelimiter(tag::kSequenceDelimitationItem, 0);
     }
 
     void PutFragment(Bytes content) {
-        PutDelimiter(kItemTag, content.size() + content.size() % 2);
+        PutDelimiter(tag::kItem, content.size() + content.size() % 2);
         PutPadded(content, 0);
     }
 
@@ -211,7 +212,8 @@ void WriteMetaInformation(const DataSet& meta, ByteSink& sink) {
     DataSet groupLength;
     const auto length = static_cast<std::uint32_t>(elements.Written().size());
     const auto* bytes = reinterpret_cast<const unsigned char*>(&length);
-    groupLength.PutBytes(kMetaGroupLength, MC_VR_UL, ByteBuffer(bytes, bytes + sizeof length));
+    groupLength.PutBytes(tag::kFileMetaInformationGroupLength, MC_VR_UL,
+                         ByteBuffer(bytes, bytes + sizeof length));
     Writer({}, sink).WriteMeta(groupLength);
     sink.Put(elements.Written());
 }

@@ -1,15 +1,9 @@
 #include "foundation/dicom/writing/meta_information.h"
 
+#include "foundation/dicom/model/tags.h"
+
 namespace quorvex::dicom {
 namespace {
-
-constexpr std::uint32_t kMetaInformationVersion = 0x00020001;
-constexpr std::uint32_t kMediaStorageSopClassUid = 0x00020002;
-constexpr std::uint32_t kMediaStorageSopInstanceUid = 0x00020003;
-constexpr std::uint32_t kImplementationClassUid = 0x00020012;
-constexpr std::uint32_t kImplementationVersionName = 0x00020013;
-constexpr std::uint32_t kSopClassUid = 0x00080016;
-constexpr std::uint32_t kSopInstanceUid = 0x00080018;
 
 constexpr std::string_view kOwnImplementationClassUid = "1.2.999.700040.1";
 constexpr std::string_view kOwnImplementationVersionName = "QUORVEX_0_1";
@@ -37,14 +31,14 @@ std::string_view UidOf(const DataSet& dataSet, std::uint32_t tag) {
 
 DataSet MetaInformationOf(const DataSet& main, std::string_view transferSyntaxUid) {
     DataSet meta;
-    meta.PutBytes(kMetaInformationVersion, MC_VR_OB, {0, 1});
-    PutText(meta, kMediaStorageSopClassUid, MC_VR_UI,
-            FirstUid(main, kSopClassUid, kMediaStorageSopClassUid));
-    PutText(meta, kMediaStorageSopInstanceUid, MC_VR_UI,
-            FirstUid(main, kSopInstanceUid, kMediaStorageSopInstanceUid));
-    PutText(meta, kTransferSyntaxUid, MC_VR_UI, transferSyntaxUid);
-    PutText(meta, kImplementationClassUid, MC_VR_UI, kOwnImplementationClassUid);
-    PutText(meta, kImplementationVersionName, MC_VR_SH, kOwnImplementationVersionName);
+    meta.PutBytes(tag::kFileMetaInformationVersion, MC_VR_OB, {0, 1});
+    PutText(meta, tag::kMediaStorageSOPClassUID, MC_VR_UI,
+            FirstUid(main, tag::kSOPClassUID, tag::kMediaStorageSOPClassUID));
+    PutText(meta, tag::kMediaStorageSOPInstanceUID, MC_VR_UI,
+            FirstUid(main, tag::kSOPInstanceUID, tag::kMediaStorageSOPInstanceUID));
+    PutText(meta, tag::kTransferSyntaxUID, MC_VR_UI, transferSyntaxUid);
+    PutText(meta, tag::kImplementationClassUID, MC_VR_UI, kOwnImplementationClassUid);
+    PutText(meta, tag::kImplementationVersionName, MC_VR_SH, kOwnImplementationVersionName);
     return meta;
 }
 

@@ -1,5 +1,6 @@
 #include "foundation/dicom/writing/text_target.h"
 
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/value_representation.h"
 #include "foundation/types/utf.h"
 
@@ -43,7 +44,7 @@ TextTarget TextTarget::OfMain(const DataSet& main, bool isForcedToUtf8) {
 
 TextTarget TextTarget::OfItem(const DataSet& item) const {
     const auto itemStored = ParseCharacterSets(item.CharacterSetText());
-    const bool hasItsOwn = item.Find(kSpecificCharacterSet) != nullptr && !isForcedToUtf8;
+    const bool hasItsOwn = item.Find(tag::kSpecificCharacterSet) != nullptr && !isForcedToUtf8;
     return {itemStored, hasItsOwn ? itemStored : written, isForcedToUtf8};
 }
 
