@@ -1,7 +1,7 @@
 #include "codec/colour.h"
-#include "codec/decoders.h"
 #include "codec/frame_block.h"
 #include "codec/rle.h"
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "foundation/types/undo.h"
@@ -76,7 +76,7 @@ QUORVEX_MESSAGE CxImageProcessor::Decompress(const _IMAGE_PROCESS_PARAM& param,
                                              int unsignedOnly) {
     InitializeMembers(&param);
     if (transferSyntax == kSyntaxNone) return QVM_ERROR_INVALID_SOURCE_SYNTAX;
-    if (!HasDecoder(transferSyntax)) {
+    if (!HasDecoder(SourceSyntax())) {
         return samplesPerPixel == kColourSamples
                    ? CopyColourFrame(source, sourceLength, result, resultSize)
                    : CopyFrame(source, sourceLength, result, resultSize);
@@ -121,7 +121,7 @@ QUORVEX_MESSAGE CxImageProcessor::CopyFrame(unsigned char* source, unsigned long
     if (result != nullptr) size = resultSize != 0 ? resultSize : *frameBytes;
     const FrameBlock block(result, size, allocMode);
     if (block.IsNew()) resultSize = size;
-    if (IsBigEndian(transferSyntax)) SwapByte(source, sourceLength);
+    if (IsBigEndian(SourceSyntax())) SwapByte(source, sourceLength);
     const std::size_t count = std::min<std::size_t>(size, sourceLength);
     if (count != 0) std::memcpy(block.Bytes().data(), source, count);
     block.ClearBehind(count);
@@ -131,7 +131,7 @@ QUORVEX_MESSAGE CxImageProcessor::CopyFrame(unsigned char* source, unsigned long
 QUORVEX_MESSAGE CxImageProcessor::DecodeFrame(unsigned char* source, unsigned long sourceLength,
                                               unsigned char*& result, unsigned long& resultSize,
                                               int unsignedOnly) {
-    const bool isWide = bitsAllocated == 32 && transferSyntax == kRle;
+    const bool isWide = bitsAllocated == 32 && DecoderOf(SourceSyntax()) == FrameDecoder::kRle;
     const std::size_t sampleBytes =
         isWide && (result == nullptr || SampleBytesFor(resultSize) == 4) ? 4 : BytesPerSample();
     const auto frameBytes = FrameBytes(sampleBytes);
@@ -141,8 +141,9 @@ QUORVEX_MESSAGE CxImageProcessor::DecodeFrame(unsigned char* source, unsigned lo
     }
     const FrameBlock block(result, *frameBytes, allocMode);
     resultSize = *frameBytes;
-    if (transferSyntax == kRle) return DecodeRleFrame(source, sourceLength, block);
-    const bool isJpeg2000 = transferSyntax == kJpeg2000 || transferSyntax == kJpeg2000Lossless;
+    const FrameDecoder decoder = DecoderOf(SourceSyntax());
+    if (decoder == FrameDecoder::kRle) return DecodeRleFrame(source, sourceLength, block);
+    const bool isJpeg2000 = decoder == FrameDecoder::kJpeg2000;
     const int isDone =
         isJpeg2000 ? DecompressJ2KData(source, sourceLength, result, resultSize, unsignedOnly)
                    : DecompressJpegData(source, sourceLength, result, resultSize);

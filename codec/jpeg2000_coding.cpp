@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/engines/jpeg2000/jpeg2000_engine.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
@@ -50,8 +51,7 @@ int CxImageProcessor::CompressRawData2J2K(unsigned char* source, unsigned long s
     parameters.samples = samplesPerPixel;
     parameters.bytesPerSample = static_cast<int>(BytesPerSample());
     parameters.bitDepth = bitsAllocated & 0xFF;
-    parameters.isBigEndian =
-        transferSyntax == kExplicitBigEndian || transferSyntax == kImplicitBigEndian;
+    parameters.isBigEndian = IsBigEndian(SourceSyntax());
     const bool isGrey = photometric.Find("MONOCHROME") >= 0 || photometric.Find("PALETTE") >= 0;
     parameters.isSigned = isGrey && pixelRepresentation == 1;
     parameters.isLossless = targetSyntax == kXferJpeg2000Lossless;

@@ -1,4 +1,5 @@
 #include "codec/colour.h"
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/engines/jpeg2000/jpeg2000_engine.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
@@ -89,8 +90,7 @@ int CxImageProcessor::DecompressJ2KData(unsigned char* source, unsigned long sou
     parameters.bytesPerSample = static_cast<int>(BytesPerSample());
     if (IsGrey(photometric)) {
         parameters.isSigned = unsignedOnly == 0 && pixelRepresentation == 1;
-        parameters.isBigEndian =
-            transferSyntax == kExplicitBigEndian || transferSyntax == kImplicitBigEndian;
+        parameters.isBigEndian = IsBigEndian(SourceSyntax());
     }
     if (PegasusQuery(parameters) == 0) return 0;
     const auto streamBytes =

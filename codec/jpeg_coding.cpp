@@ -1,5 +1,6 @@
 #include "codec/jpeg_coding.h"
 
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/engines/jpeg/jpeg_engine.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
@@ -82,7 +83,7 @@ const unsigned char* CxImageProcessor::SamplesForJpeg(unsigned char* source,
     if (isColour && planarConfiguration == 1 && Interleave_RGB_Data(source, sourceLength) == 0) {
         return nullptr;
     }
-    if (transferSyntax != kExplicitBigEndian || BytesPerSample() == 1) return source;
+    if (!IsBigEndian(SourceSyntax()) || BytesPerSample() == 1) return source;
     swapped.assign(source, source + FrameBytes(BytesPerSample()).value_or(0));
     SwapByte(swapped.data(), swapped.size());
     return swapped.data();

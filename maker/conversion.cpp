@@ -1,4 +1,5 @@
 #include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/limits.h"
 #include "maker/frame_supply.h"
@@ -16,32 +17,15 @@ namespace {
 
 constexpr std::uint16_t kConversionQuality = 1;
 
-/// An object in this syntax is in this form already.
-struct FormSyntax {
-    std::int32_t compressionType;
-    TRANSFER_SYNTAX syntax;
-};
-
-constexpr FormSyntax kFormSyntaxes[] = {
-    {kXferUncompressed, kImplicitLittleEndian},
-    {kXferUncompressed, kExplicitLittleEndian},
-    {kXferUncompressedImplicit, kImplicitLittleEndian},
-    {kXferUncompressedImplicit, kExplicitLittleEndian},
-    {kXferUncompressedExplicit, kImplicitLittleEndian},
-    {kXferUncompressedExplicit, kExplicitLittleEndian},
-    {kXferRle, kRle},
-    {kXferJpegBaseline, kJpegBaseline},
-    {kXferJpegExtended, kJpegExtended},
-    {kXferJpegLossless, kJpegLossless},
-    {kXferJpegLossless, kJpegLosslessFirstOrder},
-    {kXferJpeg2000, kJpeg2000},
-    {kXferJpeg2000Lossless, kJpeg2000Lossless},
-};
-
+/// An object in this syntax is in this form already. The uncompressed forms count as one, of which big
+/// endian and deflated objects are none.
 bool IsInForm(TRANSFER_SYNTAX syntax, std::int32_t compressionType) {
-    return std::ranges::any_of(kFormSyntaxes, [&](const FormSyntax& row) {
-        return row.compressionType == compressionType && row.syntax == syntax;
-    });
+    const auto* row = TransferSyntaxOf(syntax);
+    if (row == nullptr || row->form == 0) return false;
+    const auto form = static_cast<QUORVEX_XFERSYNTAX>(compressionType);
+    const auto* wanted = TransferSyntaxOf(form);
+    const bool areNative = wanted != nullptr && !wanted->isEncapsulated && !row->isEncapsulated;
+    return areNative || row->form == form;
 }
 
 /// The frames of an object, decoded one at a time.
@@ -69,7 +53,7 @@ private:
 /// True where a fetch passes colour through a conversion that goes by the photometric text, and that
 /// leaves the frame black when it does not know it.
 bool GoesByPhotometric(TRANSFER_SYNTAX syntax) {
-    return syntax <= kRle;
+    return DecoderOf(syntax) == FrameDecoder::kNative || DecoderOf(syntax) == FrameDecoder::kRle;
 }
 
 bool IsColourReadable(const _DCM_PIXEL_INFO& format, TRANSFER_SYNTAX syntax) {
@@ -96,7 +80,7 @@ MC_STATUS CountBytes(int, std::uint32_t, void* user, int, unsigned long length, 
 bool ArePlausible(const CDcmObject& object, TRANSFER_SYNTAX syntax, std::size_t frameBytes,
                   int count) {
     const std::size_t all = frameBytes * static_cast<std::size_t>(count);
-    if (syntax < kRle || all <= kObjectForAnybody) return true;
+    if (!IsEncapsulated(syntax) || all <= kObjectForAnybody) return true;
     std::size_t stored = 0;
     object.GetValueEx(tag::kPixelData, &stored, CountBytes);
     return all / kMostObjectPerByte <= stored || RefuseBy(Limit::kLargestObject);
@@ -105,8 +89,8 @@ bool ArePlausible(const CDcmObject& object, TRANSFER_SYNTAX syntax, std::size_t 
 /// What a frame of the object is when it has been decoded; what we would spoil is refused.
 QUORVEX_MESSAGE DescribeDecoded(const CDcmObject& object, TRANSFER_SYNTAX syntax,
                                 _DCM_PIXEL_INFO& format) {
-    const bool isExplicit = syntax == kExplicitLittleEndian || syntax == kExplicitBigEndian ||
-                            syntax == kDeflatedExplicitLittleEndian;
+    const auto* row = TransferSyntaxOf(syntax);
+    const bool isExplicit = row != nullptr && row->isExplicit && !row->isEncapsulated;
     format.transferSyntax = isExplicit ? kExplicitLittleEndian : kImplicitLittleEndian;
     ReadPixelInfo(object, format);
     if (format.samplesPerPixel == kUnset) format.samplesPerPixel = 1;
@@ -164,7 +148,8 @@ QUORVEX_MESSAGE CxDcmMaker::MakeDcmObject(CDcmApp* app, CDcmObject* converted,
         outcome = ofPixels;
         return QVM_SUCCESS;
     });
-    return refusal == QVM_SUCCESS ? refusal : outcome = refusal;
+    if (refusal != QVM_SUCCESS) outcome = refusal;
+    return refusal;
 }
 
 }  // namespace quorvex

@@ -1,4 +1,5 @@
 #include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "maker/frame_supply.h"
 #include "maker/pixel_attributes.h"
 #include "maker/pixel_draft.h"
@@ -101,7 +102,7 @@ public:
         param_ = layout_.ProcessParam();
         param_.transferSyntax = kImplicitLittleEndian;
         param_.quality = draft.format.quality;
-        param_.targetSyntax = static_cast<std::uint32_t>(draft.form->compressionType);
+        param_.targetSyntax = draft.written->form;
         coder_.SetKeepsRgb(true);  // as Photometric Interpretation says
     }
 
@@ -175,8 +176,8 @@ QUORVEX_MESSAGE Describe(PixelDraft& draft, const FrameSupply& frames) {
     DescribeOutgoing(draft, frames.HoldsBitmaps());
     result = ResolveLayout(draft.format, draft.object, draft.outgoing);
     if (result != QVM_SUCCESS) return result;
-    draft.form = FindExportForm(draft.format.compressionType);
-    return draft.form == nullptr ? QVM_ERROR_INVALID_TRANSFER_SYNTAX : QVM_SUCCESS;
+    draft.written = TransferSyntaxOf(static_cast<QUORVEX_XFERSYNTAX>(draft.format.compressionType));
+    return draft.written == nullptr ? QVM_ERROR_INVALID_TRANSFER_SYNTAX : QVM_SUCCESS;
 }
 
 }  // namespace
@@ -192,13 +193,13 @@ QUORVEX_MESSAGE CxDcmMaker::MakePixels(const _DCM_PIXEL_INFO& format, FrameSuppl
 }
 
 QUORVEX_MESSAGE CxDcmMaker::CreateDICOMExportObject(PixelDraft& draft, FrameSupply& supply) {
-    if (draft.object.SetTransferSyntax(draft.form->syntax) != kDcmSuccess)
+    if (draft.object.SetTransferSyntax(draft.written->number) != kDcmSuccess)
         return QVM_ERROR_INVALID_TRANSFER_SYNTAX;
     auto result = WritePixelAttributes(draft.format, draft.outgoing, supply.Count(), draft.object);
     if (result != QVM_SUCCESS) return result;
     PlainFrames frames(draft, supply, &ProcessObjectForExportAction);
-    result = draft.form->isCoded ? PutCoded(draft, frames) : PutNative(draft, frames);
-    if (result == QVM_SUCCESS) WriteCodingAttributes(draft.format, *draft.form, draft.object);
+    result = draft.written->isEncapsulated ? PutCoded(draft, frames) : PutNative(draft, frames);
+    if (result == QVM_SUCCESS) WriteCodingAttributes(draft.format, *draft.written, draft.object);
     return result;
 }
 

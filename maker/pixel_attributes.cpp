@@ -9,19 +9,6 @@
 namespace quorvex {
 namespace {
 
-using namespace tag;
-
-constexpr ExportForm kForms[] = {
-    {kXferUncompressed, kImplicitLittleEndian, false, nullptr},
-    {kXferUncompressedImplicit, kImplicitLittleEndian, false, nullptr},
-    {kXferUncompressedExplicit, kExplicitLittleEndian, false, nullptr},
-    {kXferJpegBaseline, kJpegBaseline, true, "01"},
-    {kXferJpegExtended, kJpegExtended, true, "01"},
-    {kXferJpegLossless, kJpegLosslessFirstOrder, true, "00"},
-    {kXferJpeg2000, kJpeg2000, true, "01"},
-    {kXferJpeg2000Lossless, kJpeg2000Lossless, true, "00"},
-};
-
 /// A whole number of the record, of the layout and of the object, and the code where it is missing.
 struct Word {
     std::uint32_t tag;
@@ -166,11 +153,6 @@ std::optional<std::size_t> BytesOf(unsigned rows, unsigned columns, unsigned sam
 
 }  // namespace
 
-const ExportForm* FindExportForm(std::int32_t compressionType) noexcept {
-    const auto* row = std::ranges::find(kForms, compressionType, &ExportForm::compressionType);
-    return row == std::end(kForms) ? nullptr : row;
-}
-
 std::optional<std::size_t> PixelLayout::FrameBytes() const noexcept {
     return BytesOf(rows, columns, samplesPerPixel, bitsAllocated);
 }
@@ -219,11 +201,12 @@ QUORVEX_MESSAGE WritePixelAttributes(const _DCM_PIXEL_INFO& format, const PixelL
         [&] { return writer.Put(kRepresentationWord); });
 }
 
-void WriteCodingAttributes(const _DCM_PIXEL_INFO& format, const ExportForm& form,
+void WriteCodingAttributes(const _DCM_PIXEL_INFO& format, const TransferSyntax& written,
                            CDcmObject& object) {
     constexpr int kExtendedBits = 12;
-    if (form.lossyFlag != nullptr) object.SetValue(tag::kLossyImageCompression, form.lossyFlag);
-    if (form.syntax != kJpegExtended || format.bitsStored == kExtendedBits) return;
+    if (written.isEncapsulated)
+        object.SetValue(tag::kLossyImageCompression, written.isLossy ? "01" : "00");
+    if (written.number != kJpegExtended || format.bitsStored == kExtendedBits) return;
     object.SetValue(tag::kBitsStored, kExtendedBits);
     object.SetValue(tag::kHighBit, kExtendedBits - 1);
 }

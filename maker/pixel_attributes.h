@@ -11,17 +11,6 @@ namespace quorvex {
 
 inline constexpr std::uint16_t kUnset = 65535;
 
-/// The form that a `compressionType` names.
-struct ExportForm {
-    std::int32_t compressionType;
-    TRANSFER_SYNTAX syntax;
-    bool isCoded;
-    const char* lossyFlag;  ///< for Lossy Image Compression; null: not written
-};
-
-/// Null for a form that is not written.
-[[nodiscard]] const ExportForm* FindExportForm(std::int32_t compressionType) noexcept;
-
 /// What coders have to know of a frame: every value is there.
 struct PixelLayout {
     std::uint16_t bitsAllocated = 0;
@@ -54,7 +43,7 @@ struct PixelLayout {
                                                    CDcmObject& object);
 
 /// Writes what only the coded frames tell: whether they have lost anything, and how many bits they hold.
-void WriteCodingAttributes(const _DCM_PIXEL_INFO& format, const ExportForm& form,
+void WriteCodingAttributes(const _DCM_PIXEL_INFO& format, const TransferSyntax& written,
                            CDcmObject& object);
 
 /// Reads the description of an object's frames; what it does not have stays as it is in `format`.

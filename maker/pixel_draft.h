@@ -11,11 +11,11 @@ public:
     PixelDraft(const _DCM_PIXEL_INFO& wanted, const CDcmObject& target)
         : format(wanted), object(target) {}
 
-    _DCM_PIXEL_INFO format;            ///< of the pixels to be written
-    PixelLayout incoming{};            ///< of the frames as they come
-    PixelLayout outgoing{};            ///< of the frames before they are coded
-    const ExportForm* form = nullptr;  ///< what is written
-    CDcmObject object;                 ///< shares with its original all that is not changed
+    _DCM_PIXEL_INFO format;                   ///< of the pixels to be written
+    PixelLayout incoming{};                   ///< of the frames as they come
+    PixelLayout outgoing{};                   ///< of the frames before they are coded
+    const TransferSyntax* written = nullptr;  ///< what the object will be in
+    CDcmObject object;                        ///< shares with its original all that is not changed
 };
 
 }  // namespace quorvex

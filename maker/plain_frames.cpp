@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "maker/pixel_attributes.h"
@@ -12,10 +13,6 @@
 
 namespace quorvex {
 namespace {
-
-constexpr TRANSFER_SYNTAX kDecoded[] = {kRle,          kJpegBaseline,           kJpegExtended,
-                                        kJpegLossless, kJpegLosslessFirstOrder, kJpeg2000Lossless,
-                                        kJpeg2000};
 
 void DropRaw(_DCM_FRAME_BUFFER& frame) noexcept {
     delete[] std::exchange(frame.rawData, nullptr);
@@ -69,10 +66,11 @@ QUORVEX_MESSAGE CxDcmMaker::ProcessObjectForExportAction(PixelDraft& draft,
                                                          _DCM_FRAME_BUFFER& frame) {
     if (frame.rawData == nullptr) return QVM_ERROR_NULL_SOURCE;
     const auto syntax = static_cast<TRANSFER_SYNTAX>(draft.format.transferSyntax);
-    if (std::ranges::find(kDecoded, syntax) != std::end(kDecoded)) return Decode(draft, frame);
+    if (HasDecoder(syntax)) return Decode(draft, frame);
     if (syntax != kImplicitLittleEndian && syntax != kExplicitLittleEndian) return QVM_SUCCESS;
-    return draft.incoming.IsPalette() ? ExpandPaletteFrame(draft, frame)
-                                      : (TakeAsPlain(frame), QVM_SUCCESS);
+    if (draft.incoming.IsPalette()) return ExpandPaletteFrame(draft, frame);
+    TakeAsPlain(frame);
+    return QVM_SUCCESS;
 }
 
 QUORVEX_MESSAGE CxDcmMaker::ExpandPaletteFrame(PixelDraft& draft, _DCM_FRAME_BUFFER& frame) {

@@ -1,5 +1,5 @@
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/tags.h"
-#include "presentation/attributes.h"
 #include "presentation/reference_matching.h"
 #include "quorvex/CXGSPSObject.h"
 

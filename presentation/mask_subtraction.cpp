@@ -1,6 +1,6 @@
 #include "presentation/mask_subtraction.h"
 
-#include "presentation/attributes.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/tags.h"
 #include "quorvex/CXGSPSObject.h"
 

@@ -1,4 +1,4 @@
-#include "presentation/attributes.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/tags.h"
 #include "quorvex/CXGSPSObject.h"
 

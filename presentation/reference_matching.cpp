@@ -1,6 +1,6 @@
 #include "presentation/reference_matching.h"
 
-#include "presentation/attributes.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/tags.h"
 
 namespace quorvex {

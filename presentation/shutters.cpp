@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/tags.h"
 #include "foundation/platform/region.h"
 #include "foundation/types/answer.h"
@@ -5,7 +6,6 @@
 #include "foundation/types/checked_size.h"
 #include "foundation/types/limits.h"
 #include "foundation/types/saturate.h"
-#include "presentation/attributes.h"
 #include "presentation/shutter_size.h"
 #include "quorvex/CXGSPSObject.h"
 

@@ -1,7 +1,7 @@
-#include "foundation/types/saturate.h"
-#include "presentation/attributes.h"
-#include "presentation/reference_matching.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/tags.h"
+#include "foundation/types/saturate.h"
+#include "presentation/reference_matching.h"
 #include "quorvex/CXGSPSObject.h"
 
 #include <algorithm>

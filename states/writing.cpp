@@ -1,6 +1,6 @@
-#include "foundation/types/answer.h"
-#include "presentation/attributes.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/tags.h"
+#include "foundation/types/answer.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmMaker.h"
 #include "states/attribute_writing.h"

@@ -3,6 +3,7 @@
 
 #include "quorvex/Export.h"
 #include "quorvex/ResultCodes.h"
+#include "quorvex/TransferSyntaxes.h"
 #include "quorvex/Types.h"
 
 #include <array>
@@ -18,19 +19,6 @@ class FrameBlock;
 struct ColourFrame;
 struct JpegCodingBlock;
 struct RleLayout;
-
-/// The output formats that callers of this library ask for.
-enum QUORVEX_XFERSYNTAX : std::uint32_t {
-    kXferUncompressed = 1,
-    kXferUncompressedImplicit = 2,
-    kXferUncompressedExplicit = 3,
-    kXferRle = 4,           ///< kept where a source has it; there is no coder
-    kXferJpegBaseline = 5,  ///< 8-bit data only
-    kXferJpegExtended = 6,  ///< more than 8 bits only
-    kXferJpegLossless = 7,
-    kXferJpeg2000 = 8,
-    kXferJpeg2000Lossless = 9,
-};
 
 /// What a frame's header says about its pixels. Callers overwrite what they use.
 struct _IMAGE_PROCESS_PARAM {                   // NOLINT(bugprone-reserved-identifier): given name
@@ -203,6 +191,9 @@ public:
 
 private:
     int InitializeMembers(const _IMAGE_PROCESS_PARAM* param);
+    [[nodiscard]] TRANSFER_SYNTAX SourceSyntax() const noexcept {
+        return static_cast<TRANSFER_SYNTAX>(transferSyntax);
+    }
     [[nodiscard]] bool IsDecodable() const noexcept;
     QUORVEX_MESSAGE Decompress(const _IMAGE_PROCESS_PARAM& param, unsigned char* source,
                                unsigned long sourceLength, unsigned char*& result,

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "quorvex/Export.h"
+#include "quorvex/TransferSyntaxes.h"
 #include "quorvex/Types.h"
 
 #include <cstdint>
@@ -65,27 +66,6 @@ enum MC_VR : std::int32_t {
     MC_VR_UL,
     MC_VR_US,
     MC_VR_UV,
-};
-
-/// Transfer syntaxes by number. 106 to 123 follow the order of the JPEG UIDs
-/// 1.2.840.10008.1.2.4.50 to .66 and .70.
-enum TRANSFER_SYNTAX : std::uint32_t {
-    kSyntaxNone = 0,
-    kImplicitLittleEndian = 100,
-    kExplicitLittleEndian = 101,
-    kExplicitBigEndian = 102,
-    kImplicitBigEndian = 103,
-    kDeflatedExplicitLittleEndian = 104,
-    kRle = 105,
-    kJpegBaseline = 106,
-    kJpegExtended = 107,
-    kJpegLossless = 113,
-    kJpegLosslessFirstOrder = 123,
-    kJpeg2000Lossless = 124,
-    kJpeg2000 = 125,
-    kJpegLsLossless = 126,
-    kJpegLsNearLossless = 127,
-    kOtherEncapsulated = 199,  ///< encapsulated in a way that has no number of its own
 };
 
 /// The library context. It holds nothing today and is passed through.

@@ -1,6 +1,6 @@
-#include "codec/decoders.h"
 #include "foundation/dicom/frames/encapsulated_items.h"
 #include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/limits.h"
 #include "parser/frames/frame_index.h"
 #include "parser/frames/frame_shape.h"
@@ -95,7 +95,7 @@ QUORVEX_MESSAGE CxDcmParser::CollectFromFile(const FrameShape& shape, StoredFram
     const auto value = PixelDataValue(shape.syntax);
     // Plain pixels may begin with the bytes of an item tag too.
     frame.isEncoded =
-        IsNative(shape.syntax) ? dicom::IsChainOfItems(value) : IsEncodedImage(value, 1) != 0;
+        IsEncapsulated(shape.syntax) ? IsEncodedImage(value, 1) != 0 : dicom::IsChainOfItems(value);
     const auto frameBytes = frame.isEncoded ? std::size_t{0} : shape.NativeFrameBytes();
     if (!frameBytes) RefuseBy(Limit::kLargestBlock);
     if (value.empty() || !frameBytes) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
@@ -112,7 +112,7 @@ QUORVEX_MESSAGE CxDcmParser::CollectFromFile(const FrameShape& shape, StoredFram
 }
 
 QUORVEX_MESSAGE CxDcmParser::CollectFromObject(const FrameShape& shape, StoredFrame& frame) const {
-    frame.isEncoded = !IsNative(shape.syntax);
+    frame.isEncoded = IsEncapsulated(shape.syntax);
     auto record = UserRecord(header, &frame);
     const DCMRESULT result =
         header->GetValueEx(tag::kPixelData, record.data(), StoredFrame::CollectFromObject);

@@ -1,5 +1,5 @@
-#include "codec/decoders.h"
 #include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "foundation/types/limits.h"
@@ -15,8 +15,6 @@
 
 namespace quorvex {
 namespace {
-
-using namespace tag;
 
 struct Pixels {
     QUORVEX_MESSAGE result = QVM_ERROR_FAILED_TO_DECOMPRESS;
@@ -44,7 +42,7 @@ void SwapWords(std::span<unsigned char> bytes) noexcept {
 
 /// Coded bytes must never pass for pixels, and uncoded ones have no decoder.
 bool IsDecodable(TRANSFER_SYNTAX syntax, bool isEncoded) noexcept {
-    return IsNative(syntax) ? !isEncoded : HasDecoder(syntax);
+    return IsEncapsulated(syntax) ? HasDecoder(syntax) : !isEncoded;
 }
 
 }  // namespace
@@ -104,8 +102,8 @@ QUORVEX_MESSAGE CxDcmParser::FetchFrame(int frameIndex, unsigned char*& data, un
 /// be fetched.
 std::span<const unsigned char> CxDcmParser::WordsInFile(int frameIndex) const {
     TRANSFER_SYNTAX syntax = kSyntaxNone;
-    if (CheckFrame(frameIndex, syntax) != QVM_SUCCESS || !IsNative(syntax) || IsBigEndian(syntax) ||
-        !FramesLieInFile(syntax)) {
+    if (CheckFrame(frameIndex, syntax) != QVM_SUCCESS || IsEncapsulated(syntax) ||
+        IsBigEndian(syntax) || !FramesLieInFile(syntax)) {
         return {};
     }
     const auto shape = ReadFrameShape(*header, syntax);

@@ -6,8 +6,6 @@
 namespace quorvex {
 namespace {
 
-using namespace tag;
-
 std::uint16_t ReadWord(const CDcmObject& header, std::uint32_t tag, std::uint16_t absent) {
     unsigned short value = 0;
     return header.GetValue(tag, value) == kDcmSuccess ? value : absent;

@@ -14,8 +14,6 @@
 namespace quorvex {
 namespace {
 
-using namespace tag;
-
 struct ColourTags {
     std::uint32_t descriptor;
     std::uint32_t plain;

@@ -14,8 +14,6 @@
 namespace quorvex {
 namespace {
 
-using namespace tag;
-
 using Bytes = std::vector<unsigned char>;
 
 int ReadInt(const CDcmObject& header, std::uint32_t tag) {

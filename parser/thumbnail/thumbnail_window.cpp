@@ -10,8 +10,6 @@
 namespace quorvex {
 namespace {
 
-using namespace tag;
-
 constexpr int kWidestRange = 3000;
 
 struct Range {

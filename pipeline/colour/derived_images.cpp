@@ -16,8 +16,6 @@ namespace quorvex {
 
 namespace {
 
-using namespace tag;
-
 constexpr std::size_t kChannels = 3;
 constexpr std::size_t kMostColumns = std::numeric_limits<unsigned short>::max();
 constexpr double kByByteEntries = 255.0 / 256.0;

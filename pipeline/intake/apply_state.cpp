@@ -12,11 +12,7 @@
 
 namespace quorvex {
 
-namespace {
-
-using namespace tag;
-
-}  // namespace
+namespace {}  // namespace
 
 void CXDIPP::ApplyState(CDcmObject* state) {
     const CDcmObject* image = parser->GetHeader();

@@ -11,8 +11,6 @@ namespace quorvex {
 
 namespace {
 
-using namespace tag;
-
 constexpr int kWidestSample = 32;
 constexpr unsigned kLargestSide = std::numeric_limits<std::int32_t>::max();
 

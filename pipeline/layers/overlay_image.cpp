@@ -16,8 +16,6 @@ namespace quorvex {
 
 namespace {
 
-using namespace tag;
-
 constexpr OverlayColour kWhite{255, 255, 255};
 
 using Bits = std::span<const unsigned char>;

@@ -113,7 +113,7 @@ QUORVEX_MESSAGE Make(CDcmObject& source, const std::vector<Picture>& frames,
                      const ConvertTarget& target, std::unique_ptr<CDcmObject>& made) {
     const int channels = HaveColour(frames) ? 3 : 1;
     _USER_SETTING_INFO settings;
-    settings.compressionType = static_cast<std::int32_t>(target.code);
+    settings.compressionType = static_cast<std::int32_t>(target.syntax->form);
     _FRAME_INFO info = DescribeFrames(frames.front(), channels);
     CxDcmMaker maker;
     maker.SetQuality(static_cast<std::uint16_t>(target.quality));
@@ -135,7 +135,7 @@ QUORVEX_MESSAGE Make(CDcmObject& source, const std::vector<Picture>& frames,
 }  // namespace
 
 ExitStatus Capture(const CaptureArguments& arguments) {
-    const auto& target = ConvertTargetOf(arguments.target);
+    const ConvertTarget target = ConvertTargetOf(arguments.target);
     CDcmApp app;
     CxDcmParser parser;
     auto result = parser.Initialize(&app, arguments.source, 0);

@@ -39,14 +39,14 @@ FileListSource SourceOf(const ConvertArguments& arguments) {
 }
 
 ConvertWish WishOf(const ConvertArguments& arguments) {
-    const auto& target = ConvertTargetOf(arguments.target);
+    const ConvertTarget target = ConvertTargetOf(arguments.target);
     const int quality = arguments.quality.value_or(target.quality);
     const auto [least, most] = std::minmax(target.worst, target.best);
     if (quality < least || quality > most)
         throw WrongUsage(least == most ? "--quality has no meaning for " + arguments.target
                                        : "the quality of " + arguments.target + " is from " +
                                              std::to_string(least) + " to " + std::to_string(most));
-    return {.target = &target,
+    return {.target = target,
             .quality = quality,
             .isVerified = !arguments.isUnverified,
             .hasManifest = !arguments.manifest.empty()};
@@ -119,7 +119,7 @@ private:
             Task task{.input = *input, .record = {}};
             task.record.input = input->path;
             task.record.output = *output;
-            task.record.target = wish_.target->name;
+            task.record.target = wish_.target.syntax->convertName;
             task.record.quality = wish_.quality;
             if (!manifest_ || !manifest_->IsDone(task.record, wish_.isVerified)) return task;
             summary_.AddDoneBefore();

@@ -73,15 +73,15 @@ void Convert(CDcmObject& object, const ConvertWish& wish) {
     CDcmApp app;
     CxDcmMaker maker;
     _USER_SETTING_INFO settings;
-    settings.compressionType = static_cast<std::int32_t>(wish.target->code);
+    settings.compressionType = static_cast<std::int32_t>(wish.target.syntax->form);
     maker.SetQuality(static_cast<std::uint16_t>(wish.quality));
     Require(maker.MakeDcmObject(&app, &object, &settings));
     const auto outcome = maker.GetOutcome();
     if (outcome != QVM_FRAME_COPIED) Require(outcome);
-    const bool isNative = wish.target->code <= kXferUncompressedExplicit;
-    if (isNative && object.SetTransferSyntax(wish.target->syntax) != kDcmSuccess)
+    const TransferSyntax& wanted = *wish.target.syntax;
+    if (!wanted.isEncapsulated && object.SetTransferSyntax(wanted.number) != kDcmSuccess)
         throw BadInput(QVM_ERROR_INVALID_TRANSFER_SYNTAX);
-    if (outcome != QVM_FRAME_COPIED) NameColoursOf(object, *wish.target);
+    if (outcome != QVM_FRAME_COPIED) NameColoursOf(object, wish.target);
 }
 
 void Verify(CDcmObject& source, const std::string& written, const ConvertTarget& target,
@@ -91,7 +91,7 @@ void Verify(CDcmObject& source, const std::string& written, const ConvertTarget&
     Require(comparison.result);
     record.greatestError = comparison.greatestError;
     record.psnr = comparison.psnr;
-    const bool isGood = comparison.isSameShape && (comparison.isEqual || !target.isLossless);
+    const bool isGood = comparison.isSameShape && (comparison.isEqual || target.syntax->isLossy);
     record.verification = Verification::kDifferent;
     if (!isGood)
         throw BadInput(QVM_ERROR_FAILED_TO_COMPRESS,
@@ -99,7 +99,7 @@ void Verify(CDcmObject& source, const std::string& written, const ConvertTarget&
     if (comparison.overflows)
         throw BadInput(QVM_ERROR_INVALID_BITS_STORED,
                        "the coder's losses would leave the bits stored; take a lossless target");
-    record.verification = target.isLossless ? Verification::kEqual : Verification::kLossy;
+    record.verification = target.syntax->isLossy ? Verification::kLossy : Verification::kEqual;
 }
 
 void ConvertInto(const std::string& written, ConvertRecord& record, const InputFile& input,
@@ -108,7 +108,7 @@ void ConvertInto(const std::string& written, ConvertRecord& record, const InputF
     const auto describe = wish.hasManifest ? DigestOfFile : LengthOfFile;
     record.source = describe(input.path);
     Describe(source, record);
-    RefuseUnfitSource(source, *wish.target);
+    RefuseUnfitSource(source, wish.target);
     {
         CDcmObject output = source;
         Convert(output, wish);
@@ -116,7 +116,7 @@ void ConvertInto(const std::string& written, ConvertRecord& record, const InputF
         record.syntaxOut = TextOf(output, tag::kTransferSyntaxUID);
     }
     record.verification = Verification::kOff;
-    if (wish.isVerified) Verify(source, written, *wish.target, record);
+    if (wish.isVerified) Verify(source, written, wish.target, record);
     record.result = describe(written);
 }
 

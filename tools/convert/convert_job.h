@@ -13,7 +13,7 @@ class WorkFolder;
 
 /// What is wanted of every file.
 struct ConvertWish {
-    const ConvertTarget* target = nullptr;
+    ConvertTarget target;
     int quality = 0;
     bool isVerified = true;
     bool hasManifest = false;  ///< which names the digests of all files

@@ -33,7 +33,8 @@ bool LacksNativePixels(const CDcmObject& source) {
     TRANSFER_SYNTAX syntax = kSyntaxNone;
     unsigned long length = 0;
     source.GetTransferSyntax(syntax);
-    if (syntax > kDeflatedExplicitLittleEndian ||
+    const auto* row = TransferSyntaxOf(syntax);
+    if (row == nullptr || row->isEncapsulated ||
         source.GetValueLength(tag::kPixelData, 1, length) != kDcmSuccess)
         return false;
     const bool isSubsampled =
@@ -58,13 +59,14 @@ void RefuseWhatIsCut(const CDcmObject& source) {
 // What a lossy coder cannot take, or would change beyond its own noise.
 void RefuseWhatTheCoderCannotHold(CDcmObject& source, const ConvertTarget& target) {
     constexpr long kHighest12 = 4095;
-    if (target.isLossless || target.code == kXferJpeg2000) return;
+    const QUORVEX_XFERSYNTAX form = target.syntax->form;
+    if (form != kXferJpegBaseline && form != kXferJpegExtended) return;
     unsigned short bits = 0;
     source.GetValue(tag::kBitsAllocated, bits);
-    if (target.code == kXferJpegBaseline && bits > 8)
+    if (form == kXferJpegBaseline && bits > 8)
         throw BadInput(QVM_ERROR_INVALID_BITS_ALLOCATED,
                        "JPEG Baseline holds 8 bits, and the image has more");
-    if (target.code == kXferJpegExtended && bits <= 8)
+    if (form == kXferJpegExtended && bits <= 8)
         throw BadInput(QVM_ERROR_INVALID_BITS_ALLOCATED,
                        "12-bit JPEG is for more than 8 bits, and the image has no more");
     unsigned short isSigned = 0;
@@ -74,7 +76,7 @@ void RefuseWhatTheCoderCannotHold(CDcmObject& source, const ConvertTarget& targe
                        "lossy JPEG cannot hold signed values");
     const auto limits = LimitsOf(source);
     Require(limits.result);
-    if (target.code == kXferJpegExtended && limits.highest > kHighest12)
+    if (form == kXferJpegExtended && limits.highest > kHighest12)
         throw BadInput(QVM_ERROR_INVALID_BITS_STORED,
                        "values above 4095 cannot be coded with 12 bits");
 }

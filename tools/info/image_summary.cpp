@@ -9,32 +9,6 @@
 namespace quorvex::tools {
 namespace {
 
-struct SyntaxName {
-    std::string_view uid;
-    std::string_view name;
-};
-constexpr std::array kSyntaxNames = {
-    SyntaxName{"1.2.840.10008.1.2", "Implicit VR Little Endian"},
-    SyntaxName{"1.2.840.10008.1.2.1", "Explicit VR Little Endian"},
-    SyntaxName{"1.2.840.10008.1.2.1.98", "Encapsulated Uncompressed Explicit VR Little Endian"},
-    SyntaxName{"1.2.840.10008.1.2.1.99", "Deflated Explicit VR Little Endian"},
-    SyntaxName{"1.2.840.10008.1.2.2", "Explicit VR Big Endian"},
-    SyntaxName{"1.2.840.10008.1.2.4.50", "JPEG Baseline (Process 1)"},
-    SyntaxName{"1.2.840.10008.1.2.4.51", "JPEG Extended (Process 2 and 4)"},
-    SyntaxName{"1.2.840.10008.1.2.4.57", "JPEG Lossless (Process 14)"},
-    SyntaxName{"1.2.840.10008.1.2.4.70", "JPEG Lossless (Process 14, Selection Value 1)"},
-    SyntaxName{"1.2.840.10008.1.2.4.80", "JPEG-LS Lossless"},
-    SyntaxName{"1.2.840.10008.1.2.4.81", "JPEG-LS Near-Lossless"},
-    SyntaxName{"1.2.840.10008.1.2.4.90", "JPEG 2000 Lossless"},
-    SyntaxName{"1.2.840.10008.1.2.4.91", "JPEG 2000"},
-    SyntaxName{"1.2.840.10008.1.2.4.92", "JPEG 2000 Part 2 Lossless"},
-    SyntaxName{"1.2.840.10008.1.2.4.93", "JPEG 2000 Part 2"},
-    SyntaxName{"1.2.840.10008.1.2.4.201", "High-Throughput JPEG 2000 Lossless"},
-    SyntaxName{"1.2.840.10008.1.2.4.202", "High-Throughput JPEG 2000 RPCL Lossless"},
-    SyntaxName{"1.2.840.10008.1.2.4.203", "High-Throughput JPEG 2000"},
-    SyntaxName{"1.2.840.10008.1.2.5", "RLE Lossless"},
-    SyntaxName{"1.2.840.10008.1.2.8.1", "Deflated Image Frame Compression"},
-};
 constexpr int kMostWindows = 16;
 
 std::string ReadText(const CDcmObject& header, std::uint32_t tag) {
@@ -54,27 +28,11 @@ std::optional<double> ReadNumber(const CDcmObject& header, std::uint32_t tag) {
     return value;
 }
 
-// What the data set turned out to be, where the file has no meta information to say it.
-std::string_view NameOf(TRANSFER_SYNTAX syntax) {
-    switch (syntax) {
-        case kImplicitLittleEndian:
-            return "Implicit VR Little Endian";
-        case kExplicitLittleEndian:
-            return "Explicit VR Little Endian";
-        case kExplicitBigEndian:
-            return "Explicit VR Big Endian";
-        case kImplicitBigEndian:
-            return "Implicit VR Big Endian";
-        default:
-            return {};
-    }
-}
-
+// Without meta information the number tells what the data set turned out to be.
 std::string ReadSyntaxName(const CDcmObject& header, TRANSFER_SYNTAX syntax) {
     const auto uid = ReadText(header, tag::kTransferSyntaxUID);
-    const auto* found = std::ranges::find(kSyntaxNames, uid, &SyntaxName::uid);
-    if (found != kSyntaxNames.end()) return std::string(found->name);
-    return uid.empty() ? std::string(NameOf(syntax)) : uid;
+    const auto* row = uid.empty() ? TransferSyntaxOf(syntax) : TransferSyntaxOfUid(uid);
+    return row == nullptr ? uid : std::string(row->name);
 }
 
 std::vector<ImageSummary::Pair> ReadWindows(const CDcmObject& header) {
@@ -176,7 +134,8 @@ ImageSummary Summarise(CxDcmParser& parser, const std::string& path) {
     header.GetTransferSyntax(syntax);
     ImageSummary summary;
     summary.syntax = ReadSyntaxName(header, syntax);
-    summary.bigEndian = syntax == kExplicitBigEndian || syntax == kImplicitBigEndian;
+    const auto* row = TransferSyntaxOf(syntax);
+    summary.bigEndian = row != nullptr && row->isBigEndian;
     summary.columns = ReadCount(header, tag::kColumns);
     summary.rows = ReadCount(header, tag::kRows);
     summary.samples = ReadCount(header, tag::kSamplesPerPixel);

@@ -8,7 +8,4 @@ namespace quorvex::dicom {
 /// Absent attributes count as 0, Samples per Pixel and Number of Frames as 1.
 [[nodiscard]] PixelShape ShapeOf(const CDcmObject& object);
 
-/// True for a syntax whose Pixel Data is encapsulated.
-[[nodiscard]] bool IsEncapsulated(TRANSFER_SYNTAX syntax) noexcept;
-
 }  // namespace quorvex::dicom

@@ -3,72 +3,146 @@
 #include <algorithm>
 #include <array>
 
-namespace quorvex::dicom {
+namespace quorvex {
 namespace {
 
-constexpr TransferSyntax Encapsulated(std::string_view uid, TRANSFER_SYNTAX number) {
-    return {uid, number, true, false, false, true};
-}
-
-constexpr TRANSFER_SYNTAX Jpeg(std::uint32_t number) {
+constexpr TRANSFER_SYNTAX Numbered(std::uint32_t number) {
     return static_cast<TRANSFER_SYNTAX>(number);
 }
 
+enum Trait : unsigned {
+    kImplicit = 1,
+    kBigEndian = 2,
+    kDeflated = 4,
+    kEncapsulated = 8,
+    kLossy = 16,
+};
+
+/// A syntax with a name to convert to is the one that the coder of its form writes.
+constexpr TransferSyntax Row(std::string_view uid, std::string_view name, TRANSFER_SYNTAX number,
+                             unsigned traits, FrameDecoder decoder = FrameDecoder::kNone,
+                             QUORVEX_XFERSYNTAX form = {}, std::string_view convertName = {}) {
+    return {.uid = uid,
+            .name = name,
+            .number = number,
+            .isExplicit = (traits & kImplicit) == 0,
+            .isBigEndian = (traits & kBigEndian) != 0,
+            .isDeflated = (traits & kDeflated) != 0,
+            .isEncapsulated = (traits & kEncapsulated) != 0,
+            .isLossy = (traits & kLossy) != 0,
+            .decoder = decoder,
+            .form = form,
+            .isWritten = !convertName.empty(),
+            .convertName = convertName};
+}
+
 constexpr std::array kSyntaxes = {
-    TransferSyntax{"1.2.840.10008.1.2", kImplicitLittleEndian, false, false, false, false},
-    TransferSyntax{"1.2.840.10008.1.2.1", kExplicitLittleEndian, true, false, false, false},
-    TransferSyntax{"1.2.840.10008.1.2.2", kExplicitBigEndian, true, true, false, false},
-    TransferSyntax{"", kImplicitBigEndian, false, true, false, false},
-    TransferSyntax{"1.2.840.10008.1.2.1.99", kDeflatedExplicitLittleEndian, true, false, true,
-                   false},
-    Encapsulated("1.2.840.10008.1.2.5", kRle),
-    Encapsulated("1.2.840.10008.1.2.4.50", kJpegBaseline),
-    Encapsulated("1.2.840.10008.1.2.4.51", kJpegExtended),
-    Encapsulated("1.2.840.10008.1.2.4.52", Jpeg(108)),
-    Encapsulated("1.2.840.10008.1.2.4.53", Jpeg(109)),
-    Encapsulated("1.2.840.10008.1.2.4.54", Jpeg(110)),
-    Encapsulated("1.2.840.10008.1.2.4.55", Jpeg(111)),
-    Encapsulated("1.2.840.10008.1.2.4.56", Jpeg(112)),
-    Encapsulated("1.2.840.10008.1.2.4.57", kJpegLossless),
-    Encapsulated("1.2.840.10008.1.2.4.58", Jpeg(114)),
-    Encapsulated("1.2.840.10008.1.2.4.59", Jpeg(115)),
-    Encapsulated("1.2.840.10008.1.2.4.60", Jpeg(116)),
-    Encapsulated("1.2.840.10008.1.2.4.61", Jpeg(117)),
-    Encapsulated("1.2.840.10008.1.2.4.62", Jpeg(118)),
-    Encapsulated("1.2.840.10008.1.2.4.63", Jpeg(119)),
-    Encapsulated("1.2.840.10008.1.2.4.64", Jpeg(120)),
-    Encapsulated("1.2.840.10008.1.2.4.65", Jpeg(121)),
-    Encapsulated("1.2.840.10008.1.2.4.66", Jpeg(122)),
-    Encapsulated("1.2.840.10008.1.2.4.70", kJpegLosslessFirstOrder),
-    Encapsulated("1.2.840.10008.1.2.4.80", kJpegLsLossless),
-    Encapsulated("1.2.840.10008.1.2.4.81", kJpegLsNearLossless),
-    Encapsulated("1.2.840.10008.1.2.4.90", kJpeg2000Lossless),
-    Encapsulated("1.2.840.10008.1.2.4.91", kJpeg2000),
-    Encapsulated("1.2.840.10008.1.2.1.98", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.92", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.93", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.100", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.100.1", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.101", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.101.1", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.102", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.102.1", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.103", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.103.1", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.104", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.104.1", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.105", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.105.1", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.106", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.106.1", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.107", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.108", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.110", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.111", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.112", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.201", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.202", kOtherEncapsulated),
-    Encapsulated("1.2.840.10008.1.2.4.203", kOtherEncapsulated),
+    Row("1.2.840.10008.1.2", "Implicit VR Little Endian", kImplicitLittleEndian, kImplicit,
+        FrameDecoder::kNative, kXferUncompressedImplicit, "implicit"),
+    Row("1.2.840.10008.1.2.1", "Explicit VR Little Endian", kExplicitLittleEndian, 0,
+        FrameDecoder::kNative, kXferUncompressedExplicit, "explicit"),
+    Row("1.2.840.10008.1.2.2", "Explicit VR Big Endian", kExplicitBigEndian, kBigEndian,
+        FrameDecoder::kNative),
+    Row("", "Implicit VR Big Endian", kImplicitBigEndian, kImplicit | kBigEndian,
+        FrameDecoder::kNative),
+    Row("1.2.840.10008.1.2.1.99", "Deflated Explicit VR Little Endian",
+        kDeflatedExplicitLittleEndian, kDeflated, FrameDecoder::kNative),
+    Row("1.2.840.10008.1.2.5", "RLE Lossless", kRle, kEncapsulated, FrameDecoder::kRle, kXferRle),
+    Row("1.2.840.10008.1.2.4.50", "JPEG Baseline (Process 1)", kJpegBaseline,
+        kEncapsulated | kLossy, FrameDecoder::kJpeg, kXferJpegBaseline, "jpeg"),
+    Row("1.2.840.10008.1.2.4.51", "JPEG Extended (Process 2 and 4)", kJpegExtended,
+        kEncapsulated | kLossy, FrameDecoder::kJpeg, kXferJpegExtended, "jpeg12"),
+    Row("1.2.840.10008.1.2.4.52", "JPEG Extended (Process 3 and 5)", Numbered(108),
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.53", "JPEG Spectral Selection, Non-Hierarchical (Process 6 and 8)",
+        Numbered(109), kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.54", "JPEG Spectral Selection, Non-Hierarchical (Process 7 and 9)",
+        Numbered(110), kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.55", "JPEG Full Progression, Non-Hierarchical (Process 10 and 12)",
+        Numbered(111), kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.56", "JPEG Full Progression, Non-Hierarchical (Process 11 and 13)",
+        Numbered(112), kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.57", "JPEG Lossless (Process 14)", kJpegLossless, kEncapsulated,
+        FrameDecoder::kJpeg, kXferJpegLossless),
+    Row("1.2.840.10008.1.2.4.58", "JPEG Lossless (Process 15)", Numbered(114), kEncapsulated),
+    Row("1.2.840.10008.1.2.4.59", "JPEG Extended, Hierarchical (Process 16 and 18)", Numbered(115),
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.60", "JPEG Extended, Hierarchical (Process 17 and 19)", Numbered(116),
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.61", "JPEG Spectral Selection, Hierarchical (Process 20 and 22)",
+        Numbered(117), kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.62", "JPEG Spectral Selection, Hierarchical (Process 21 and 23)",
+        Numbered(118), kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.63", "JPEG Full Progression, Hierarchical (Process 24 and 26)",
+        Numbered(119), kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.64", "JPEG Full Progression, Hierarchical (Process 25 and 27)",
+        Numbered(120), kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.65", "JPEG Lossless, Hierarchical (Process 28)", Numbered(121),
+        kEncapsulated),
+    Row("1.2.840.10008.1.2.4.66", "JPEG Lossless, Hierarchical (Process 29)", Numbered(122),
+        kEncapsulated),
+    Row("1.2.840.10008.1.2.4.70", "JPEG Lossless (Process 14, Selection Value 1)",
+        kJpegLosslessFirstOrder, kEncapsulated, FrameDecoder::kJpeg, kXferJpegLossless,
+        "jpeg-lossless"),
+    Row("1.2.840.10008.1.2.4.80", "JPEG-LS Lossless", kJpegLsLossless, kEncapsulated),
+    Row("1.2.840.10008.1.2.4.81", "JPEG-LS Near-Lossless", kJpegLsNearLossless,
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.90", "JPEG 2000 Lossless", kJpeg2000Lossless, kEncapsulated,
+        FrameDecoder::kJpeg2000, kXferJpeg2000Lossless, "j2k-lossless"),
+    Row("1.2.840.10008.1.2.4.91", "JPEG 2000", kJpeg2000, kEncapsulated | kLossy,
+        FrameDecoder::kJpeg2000, kXferJpeg2000, "j2k"),
+    Row("1.2.840.10008.1.2.1.98", "Encapsulated Uncompressed Explicit VR Little Endian",
+        kOtherEncapsulated, kEncapsulated),
+    Row("1.2.840.10008.1.2.8.1", "Deflated Image Frame Compression", kOtherEncapsulated,
+        kEncapsulated),
+    Row("1.2.840.10008.1.2.4.92", "JPEG 2000 Part 2 Lossless", kOtherEncapsulated, kEncapsulated),
+    Row("1.2.840.10008.1.2.4.93", "JPEG 2000 Part 2", kOtherEncapsulated, kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.100", "MPEG2 Main Profile / Main Level", kOtherEncapsulated,
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.100.1", "Fragmentable MPEG2 Main Profile / Main Level",
+        kOtherEncapsulated, kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.101", "MPEG2 Main Profile / High Level", kOtherEncapsulated,
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.101.1", "Fragmentable MPEG2 Main Profile / High Level",
+        kOtherEncapsulated, kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.102", "MPEG-4 AVC/H.264 High Profile / Level 4.1", kOtherEncapsulated,
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.102.1", "Fragmentable MPEG-4 AVC/H.264 High Profile / Level 4.1",
+        kOtherEncapsulated, kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.103", "MPEG-4 AVC/H.264 BD-compatible High Profile / Level 4.1",
+        kOtherEncapsulated, kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.103.1",
+        "Fragmentable MPEG-4 AVC/H.264 BD-compatible High Profile / Level 4.1", kOtherEncapsulated,
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.104", "MPEG-4 AVC/H.264 High Profile / Level 4.2 For 2D Video",
+        kOtherEncapsulated, kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.104.1",
+        "Fragmentable MPEG-4 AVC/H.264 High Profile / Level 4.2 For 2D Video", kOtherEncapsulated,
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.105", "MPEG-4 AVC/H.264 High Profile / Level 4.2 For 3D Video",
+        kOtherEncapsulated, kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.105.1",
+        "Fragmentable MPEG-4 AVC/H.264 High Profile / Level 4.2 For 3D Video", kOtherEncapsulated,
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.106", "MPEG-4 AVC/H.264 Stereo High Profile / Level 4.2",
+        kOtherEncapsulated, kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.106.1",
+        "Fragmentable MPEG-4 AVC/H.264 Stereo High Profile / Level 4.2", kOtherEncapsulated,
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.107", "HEVC/H.265 Main Profile / Level 5.1", kOtherEncapsulated,
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.108", "HEVC/H.265 Main 10 Profile / Level 5.1", kOtherEncapsulated,
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.110", "JPEG XL Lossless", kOtherEncapsulated, kEncapsulated),
+    Row("1.2.840.10008.1.2.4.111", "JPEG XL JPEG Recompression", kOtherEncapsulated,
+        kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.112", "JPEG XL", kOtherEncapsulated, kEncapsulated | kLossy),
+    Row("1.2.840.10008.1.2.4.201", "High-Throughput JPEG 2000 Lossless", kOtherEncapsulated,
+        kEncapsulated),
+    Row("1.2.840.10008.1.2.4.202", "High-Throughput JPEG 2000 RPCL Lossless", kOtherEncapsulated,
+        kEncapsulated),
+    Row("1.2.840.10008.1.2.4.203", "High-Throughput JPEG 2000", kOtherEncapsulated,
+        kEncapsulated | kLossy),
 };
 
 template <class Test>
@@ -79,14 +153,45 @@ const TransferSyntax* FindSyntax(Test test) {
 
 }  // namespace
 
-const TransferSyntax* SyntaxOfUid(std::string_view uid) noexcept {
+const TransferSyntax* TransferSyntaxOfUid(std::string_view uid) noexcept {
     if (uid.empty()) return nullptr;
     return FindSyntax([&](const TransferSyntax& syntax) { return syntax.uid == uid; });
 }
 
-const TransferSyntax* SyntaxOfNumber(TRANSFER_SYNTAX number) noexcept {
+const TransferSyntax* TransferSyntaxOf(TRANSFER_SYNTAX number) noexcept {
     if (number == kOtherEncapsulated) return nullptr;
     return FindSyntax([&](const TransferSyntax& syntax) { return syntax.number == number; });
 }
 
-}  // namespace quorvex::dicom
+const TransferSyntax* TransferSyntaxOf(QUORVEX_XFERSYNTAX form) noexcept {
+    const auto written = form == kXferUncompressed ? kXferUncompressedImplicit : form;
+    return FindSyntax(
+        [&](const TransferSyntax& syntax) { return syntax.isWritten && syntax.form == written; });
+}
+
+const TransferSyntax* TransferSyntaxToConvertTo(std::string_view convertName) noexcept {
+    if (convertName.empty()) return nullptr;
+    return FindSyntax(
+        [&](const TransferSyntax& syntax) { return syntax.convertName == convertName; });
+}
+
+FrameDecoder DecoderOf(TRANSFER_SYNTAX syntax) noexcept {
+    const auto* row = TransferSyntaxOf(syntax);
+    return row == nullptr ? FrameDecoder::kNone : row->decoder;
+}
+
+bool HasDecoder(TRANSFER_SYNTAX syntax) noexcept {
+    return IsEncapsulated(syntax) && DecoderOf(syntax) != FrameDecoder::kNone;
+}
+
+bool IsEncapsulated(TRANSFER_SYNTAX syntax) noexcept {
+    const auto* row = TransferSyntaxOf(syntax);
+    return row == nullptr ? syntax == kOtherEncapsulated : row->isEncapsulated;
+}
+
+bool IsBigEndian(TRANSFER_SYNTAX syntax) noexcept {
+    const auto* row = TransferSyntaxOf(syntax);
+    return row != nullptr && row->isBigEndian;
+}
+
+}  // namespace quorvex

@@ -1,24 +1,15 @@
-/// The transfer syntaxes that are known, and how each writes a data set down.
+/// Questions about transfer syntaxes by their numbers, answered by the one table.
 #pragma once
 
-#include "quorvex/DicomObject.h"
+#include "quorvex/TransferSyntaxes.h"
 
-#include <string_view>
+namespace quorvex {
 
-namespace quorvex::dicom {
+/// What decodes its frames; kNone for a number without a row.
+[[nodiscard]] FrameDecoder DecoderOf(TRANSFER_SYNTAX syntax) noexcept;
+/// Coded, and with a decoder here.
+[[nodiscard]] bool HasDecoder(TRANSFER_SYNTAX syntax) noexcept;
+[[nodiscard]] bool IsEncapsulated(TRANSFER_SYNTAX syntax) noexcept;
+[[nodiscard]] bool IsBigEndian(TRANSFER_SYNTAX syntax) noexcept;
 
-struct TransferSyntax {
-    std::string_view uid;  ///< empty where the syntax has no UID of the standard
-    TRANSFER_SYNTAX number;
-    bool isExplicit;
-    bool isBigEndian;
-    bool isDeflated;
-    bool isEncapsulated;
-};
-
-/// Null for a UID or number that is not in the table. Several UIDs share `kOtherEncapsulated`, of
-/// which the number finds none.
-[[nodiscard]] const TransferSyntax* SyntaxOfUid(std::string_view uid) noexcept;
-[[nodiscard]] const TransferSyntax* SyntaxOfNumber(TRANSFER_SYNTAX number) noexcept;
-
-}  // namespace quorvex::dicom
+}  // namespace quorvex

@@ -95,7 +95,7 @@ DCMRESULT CDcmObject::GetTransferSyntax(TRANSFER_SYNTAX& syntax) const {
 
 DCMRESULT CDcmObject::SetTransferSyntax(TRANSFER_SYNTAX syntax) {
     return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
-        const dicom::TransferSyntax* known = dicom::SyntaxOfNumber(syntax);
+        const TransferSyntax* known = TransferSyntaxOf(syntax);
         if (known == nullptr) {
             SetErrorMessage("there is no such transfer syntax");
             return kDcmFailure;

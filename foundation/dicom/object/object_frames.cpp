@@ -75,10 +75,6 @@ FrameHints HintsOf(const DataSet& dataSet, const PixelShape& shape) {
             .syntax = dataSet.syntax};
 }
 
-bool IsBigEndian(TRANSFER_SYNTAX syntax) {
-    return syntax == kExplicitBigEndian || syntax == kImplicitBigEndian;
-}
-
 DCMRESULT ResultOf(bool isWalkWhole) {
     return isWalkWhole ? kDcmSuccess : kDcmFailure;
 }

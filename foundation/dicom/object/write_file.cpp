@@ -34,14 +34,18 @@ struct WritingPlan {
 
 /// The row of the syntax that the object is written in; nothing where there is none to name.
 std::optional<TransferSyntax> SyntaxToWrite(const DataSet& main) {
-    if (main.syntax == kSyntaxNone) return *SyntaxOfNumber(kExplicitLittleEndian);
+    if (main.syntax == kSyntaxNone) return *TransferSyntaxOf(kExplicitLittleEndian);
     if (main.syntax != kOtherEncapsulated) {
-        const auto* row = SyntaxOfNumber(main.syntax);
+        const auto* row = TransferSyntaxOf(main.syntax);
         return row == nullptr || row->uid.empty() ? std::nullopt : std::optional(*row);
     }
     const auto uid = UidOf(main, tag::kTransferSyntaxUID);
     if (uid.empty()) return std::nullopt;
-    return TransferSyntax{uid, kOtherEncapsulated, true, false, false, true};
+    TransferSyntax unnumbered;
+    unnumbered.uid = uid;
+    unnumbered.number = kOtherEncapsulated;
+    unnumbered.isEncapsulated = true;
+    return unnumbered;
 }
 
 std::size_t BytesIn(const FragmentView& fragments) {

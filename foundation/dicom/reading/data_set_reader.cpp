@@ -79,7 +79,7 @@ bool DataSetReader::ReadMeta(const Label& fallback) {
     const bool hasMeta = HasElement() && IsMetaTag(LoadTag(Next(), false));
     if (hasMeta && !elements_.ReadMeta({IsVr(Next() + 4), false})) return false;
     const std::string uid = UidText(elements_.ValueRead(tag::kTransferSyntaxUID));
-    if (!uid.empty()) label_ = LabelOf(SyntaxOfUid(uid));
+    if (!uid.empty()) label_ = LabelOf(TransferSyntaxOfUid(uid));
     begin_ = elements_.Position();
     metaCount_ = elements_.ElementCount();
     return true;
@@ -152,7 +152,7 @@ ReadOutcome ReadPart10(ByteFeed& feed, std::uint32_t stopTag) {
     const bool isPart10 =
         feed.Has(0, kPreambleAndMarker) && std::memcmp(feed.At(kPreamble), "DICM", 4) == 0;
     if (!isPart10) return reader.Refuse("this is no DICOM file: it has no marker");
-    if (!reader.ReadMeta(LabelOf(SyntaxOfNumber(kExplicitLittleEndian)))) {
+    if (!reader.ReadMeta(LabelOf(TransferSyntaxOf(kExplicitLittleEndian)))) {
         return reader.Refuse("the meta information cannot be read");
     }
     if (reader.GetLabel().isDeflated && !reader.InflateRest()) {
@@ -165,7 +165,7 @@ ReadOutcome ReadPart10(ByteFeed& feed, std::uint32_t stopTag) {
 ReadOutcome ReadBareDataSet(ByteFeed& feed, std::uint32_t startTag, std::uint32_t stopTag,
                             TRANSFER_SYNTAX syntax) {
     DataSetReader reader(feed, 0);
-    if (!reader.ReadMeta(LabelOf(SyntaxOfNumber(syntax)))) {
+    if (!reader.ReadMeta(LabelOf(TransferSyntaxOf(syntax)))) {
         return reader.Refuse("the meta information cannot be read");
     }
     if (reader.GetLabel().isDeflated && !reader.InflateRest()) {

@@ -1,0 +1,84 @@
+/// The transfer syntaxes: what each is called, how it writes a data set down, and what decodes and codes
+/// its frames.
+#pragma once
+
+#include "quorvex/Export.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace quorvex {
+
+/// Transfer syntaxes by number. 106 to 123 follow the order of the JPEG UIDs
+/// 1.2.840.10008.1.2.4.50 to .66 and .70.
+enum TRANSFER_SYNTAX : std::uint32_t {
+    kSyntaxNone = 0,
+    kImplicitLittleEndian = 100,
+    kExplicitLittleEndian = 101,
+    kExplicitBigEndian = 102,
+    kImplicitBigEndian = 103,
+    kDeflatedExplicitLittleEndian = 104,
+    kRle = 105,
+    kJpegBaseline = 106,
+    kJpegExtended = 107,
+    kJpegLossless = 113,
+    kJpegLosslessFirstOrder = 123,
+    kJpeg2000Lossless = 124,
+    kJpeg2000 = 125,
+    kJpegLsLossless = 126,
+    kJpegLsNearLossless = 127,
+    kOtherEncapsulated = 199,  ///< encapsulated in a way that has no number of its own
+};
+
+/// The output formats that callers of this library ask for.
+enum QUORVEX_XFERSYNTAX : std::uint32_t {
+    kXferUncompressed = 1,
+    kXferUncompressedImplicit = 2,
+    kXferUncompressedExplicit = 3,
+    kXferRle = 4,           ///< kept where a source has it; there is no coder
+    kXferJpegBaseline = 5,  ///< 8-bit data only
+    kXferJpegExtended = 6,  ///< more than 8 bits only
+    kXferJpegLossless = 7,
+    kXferJpeg2000 = 8,
+    kXferJpeg2000Lossless = 9,
+};
+
+/// What gives the plain pixels of a stored frame.
+enum class FrameDecoder : std::uint8_t {
+    kNone,    ///< nothing here: such frames are refused
+    kNative,  ///< stored uncoded
+    kRle,
+    kJpeg,  ///< the process is told by the stream
+    kJpeg2000,
+};
+
+/// One transfer syntax.
+struct TransferSyntax {
+    std::string_view uid;   ///< empty for Implicit VR Big Endian, which has none
+    std::string_view name;  ///< as the standard has it
+    TRANSFER_SYNTAX number = kSyntaxNone;
+    bool isExplicit = true;
+    bool isBigEndian = false;
+    bool isDeflated = false;  ///< the data set, not its frames
+    bool isEncapsulated = false;
+    bool isLossy = false;  ///< its frames may have lost something
+    FrameDecoder decoder = FrameDecoder::kNone;
+    QUORVEX_XFERSYNTAX form{};     ///< the output format that it is one of; 0 for none
+    bool isWritten = false;        ///< the coder of `form` writes this one
+    std::string_view convertName;  ///< its name as a target of `quorvex convert`; empty for none
+};
+
+/// Null for a UID that no transfer syntax of the standard has.
+[[nodiscard]] QUORVEX_API const TransferSyntax* TransferSyntaxOfUid(std::string_view uid) noexcept;
+
+/// Null for a number without a row; `kOtherEncapsulated`, which several share, has none.
+[[nodiscard]] QUORVEX_API const TransferSyntax* TransferSyntaxOf(TRANSFER_SYNTAX number) noexcept;
+
+/// The syntax that the coder of a form writes; null for a form without a coder.
+[[nodiscard]] QUORVEX_API const TransferSyntax* TransferSyntaxOf(QUORVEX_XFERSYNTAX form) noexcept;
+
+/// The target of that name; null for any other text.
+[[nodiscard]] QUORVEX_API const TransferSyntax* TransferSyntaxToConvertTo(
+    std::string_view convertName) noexcept;
+
+}  // namespace quorvex
