@@ -1,6 +1,7 @@
 #!/bin/sh
 # Runs fuzz targets of a build for some seconds each, beginning with real files, the samples and the
 # saved finds. A find is left in BUILD/finds, a line of figures in BUILD/fuzz_figures.txt.
+# QUORVEX_CORPUS may name a folder whose files/ holds more real files.
 # Usage: run_fuzzers.sh BUILD SECONDS [TARGET...]
 set -eu
 build=$1
@@ -10,9 +11,7 @@ seeds=$build/seeds
 mkdir -p "$build/finds"
 if [ ! -d "$seeds" ]; then
     folders="samples /usr/lib/python3/dist-packages/pydicom/data"
-    for corpus in ../shared/corpus/files ../../shared/corpus/files; do
-        [ ! -d $corpus ] || folders="$folders $corpus"
-    done
+    [ -z "${QUORVEX_CORPUS:-}" ] || folders="$folders $QUORVEX_CORPUS/files"
     # shellcheck disable=SC2086  # a word list
     /usr/bin/python3 -B scripts/make_fuzz_seeds.py "$seeds" $folders
 fi

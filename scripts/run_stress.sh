@@ -3,11 +3,12 @@
 # Usage: run_stress.sh threads BUILD [LARGEST FILE IN KiB]
 #        run_stress.sh soak BUILD [OBJECTS]
 #        run_stress.sh verbs|memcheck BUILD [SHARE, as in 1/8]
+# QUORVEX_CORPUS may name a folder of more files, with a MANIFEST.json beside its folder files/.
 set -eu
 job=$1
 build=$2
 pydicom=/usr/lib/python3/dist-packages/pydicom/data
-corpus=../shared/corpus
+corpus=${QUORVEX_CORPUS:-}
 
 places=samples
 for folder in "$pydicom" "$corpus/files"; do

@@ -97,7 +97,6 @@ std::string FirstDifference(const Dump& ours, const Dump& theirs) {
 
 TEST(RealDicomFiles, HaveTheElementsThatPydicomFinds) {
     const auto files = test::RealFiles();
-    if (files.empty()) GTEST_SKIP() << "no corpus and no samples here";
     auto checkers = CheckersDumps(files);
     if (checkers.empty()) GTEST_SKIP() << "no pydicom here";
     int compared = 0;

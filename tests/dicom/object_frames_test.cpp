@@ -152,7 +152,7 @@ constexpr Pair kPairs[] = {
 };
 
 TEST(ObjectFrames, ABigEndianFileGivesThePixelsOfItsLittleEndianTwin) {
-    if (test::CorpusFolder().empty()) GTEST_SKIP() << "no real files on this machine";
+    if (test::CorpusFolder().empty()) GTEST_SKIP() << "QUORVEX_CORPUS is not set";
     for (const auto& pair : kPairs) {
         const auto little = FetchNative(pair.littleEndian);
         const auto big = FetchNative(pair.bigEndian);
@@ -178,7 +178,7 @@ constexpr FragmentedFile kFragmentedFiles[] = {
 };
 
 TEST(ObjectFrames, BufferAndObjectTellTheSameFrames) {
-    if (test::CorpusFolder().empty()) GTEST_SKIP() << "no real files on this machine";
+    if (test::CorpusFolder().empty()) GTEST_SKIP() << "QUORVEX_CORPUS is not set";
     for (const auto& c : kFragmentedFiles) {
         const auto file = Opened(c.name);
         ASSERT_NE(file, nullptr) << c.name;
@@ -257,7 +257,7 @@ constexpr NameCase kNames[] = {
 };
 
 TEST(Text, OfRealFilesIsDecoded) {
-    if (test::CorpusFolder().empty()) GTEST_SKIP() << "no real files on this machine";
+    if (test::CorpusFolder().empty()) GTEST_SKIP() << "QUORVEX_CORPUS is not set";
     for (const auto& c : kNames) {
         const auto file = Opened(c.file);
         ASSERT_NE(file, nullptr) << c.file;

@@ -1,6 +1,7 @@
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "tests/pipeline/inspector.h"
+#include "tests/support/corpus.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -8,7 +9,6 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <numeric>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -25,15 +25,6 @@ struct Expectation {
     double center = 0, width = 0, tolerance = 0, mean = 0;
     std::vector<double> grid;
 };
-
-std::optional<fs::path> Corpus() {
-    for (fs::path folder = QUORVEX_SOURCE_DIR; folder.has_relative_path();
-         folder = folder.parent_path()) {
-        const fs::path corpus = folder / "shared" / "corpus";
-        if (fs::exists(corpus / "MANIFEST.json")) return corpus;
-    }
-    return std::nullopt;
-}
 
 std::vector<std::string> LinesOf(const std::string& command) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), pclose);
@@ -116,16 +107,16 @@ void ExpectShownAs(const fs::path& corpus, const Expectation& e) {
 }
 
 TEST(CorpusDisplay, LooksAsIndependentToolsSay) {
-    const auto corpus = Corpus();
-    if (!corpus) GTEST_SKIP() << "no corpus beside the source";
+    const fs::path corpus = test::CorpusFolder();
+    if (corpus.empty()) GTEST_SKIP() << "QUORVEX_CORPUS is not set";
     const auto lines =
         LinesOf("python3 " QUORVEX_SOURCE_DIR "/tests/pipeline/display_expectations.py '" +
-                (*corpus / "MANIFEST.json").string() + "'");
+                (corpus / "MANIFEST.json").string() + "'");
     ASSERT_FALSE(lines.empty());
     for (const auto& line : lines) {
         const Expectation expectation = ParseLine(line);
         if (!HasDecoder(expectation.transferSyntax) || ShowsAnotherStage(expectation)) continue;
-        ExpectShownAs(*corpus, expectation);
+        ExpectShownAs(corpus, expectation);
     }
 }
 

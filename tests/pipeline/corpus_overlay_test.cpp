@@ -64,7 +64,7 @@ std::string Unpacked(const std::vector<unsigned char>& bits, std::size_t count) 
 
 TEST(CorpusOverlays, HoldTheBitsThatOtherReadersFound) {
     const fs::path corpus = test::CorpusFolder();
-    if (corpus.empty()) GTEST_SKIP() << "no corpus beside the source";
+    if (corpus.empty()) GTEST_SKIP() << "QUORVEX_CORPUS is not set";
     const auto lines =
         LinesOf("python3 " QUORVEX_SOURCE_DIR "/tests/pipeline/overlay_expectations.py '" +
                 (corpus / "MANIFEST.json").string() + "'");

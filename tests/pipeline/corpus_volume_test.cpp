@@ -47,7 +47,7 @@ struct ColouredPart {
 TEST(CorpusVolume, ShowsABloodFlowMapInColour) {
     const auto file =
         test::CorpusFolder() / "files" / "CT0012.fragmented_no_bot_jpeg_lossless.70.dcm";
-    if (!std::filesystem::exists(file)) GTEST_SKIP() << "no corpus beside the source";
+    if (!std::filesystem::exists(file)) GTEST_SKIP() << "QUORVEX_CORPUS does not have it";
     CDcmApp app;
     CxDcmParser parser;
     ASSERT_EQ(parser.Initialize(&app, CString(file.string()), 0), QVM_SUCCESS);

@@ -1,6 +1,7 @@
 #include "quorvex/CXDIPP.h"
 #include "tests/pipeline/inspector.h"
 #include "tests/pipeline/test_objects.h"
+#include "tests/support/corpus.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -190,14 +191,12 @@ TEST(FunctionalGroups, BringVOITables) {
 
 // Shared groups of a real enhanced CT: rescale -1024, window 49 and 102, spacing 0.388672.
 TEST(FunctionalGroups, OfARealFile) {
-    namespace fs = std::filesystem;
-    const char* const name = "shared/corpus/files/CT0012.fragmented_no_bot_jpeg_lossless.70.dcm";
-    fs::path folder = QUORVEX_SOURCE_DIR;
-    while (!fs::exists(folder / name) && folder.has_relative_path()) folder = folder.parent_path();
-    if (!fs::exists(folder / name)) GTEST_SKIP() << "no corpus";
+    const auto file =
+        test::CorpusFolder() / "files" / "CT0012.fragmented_no_bot_jpeg_lossless.70.dcm";
+    if (!std::filesystem::exists(file)) GTEST_SKIP() << "QUORVEX_CORPUS does not have it";
     CDcmApp app;
     CXDIPP dipp;
-    ASSERT_EQ(dipp.Initialize(&app, (folder / name).string(), {512, 512}, 1), QVM_SUCCESS);
+    ASSERT_EQ(dipp.Initialize(&app, file.string(), {512, 512}, 1), QVM_SUCCESS);
     int width = 0;
     int level = 0;
     dipp.GetWindowingFactor(width, level);

@@ -24,7 +24,7 @@ int Sum(const std::uint16_t* entries) {
 }
 
 TEST(RealStates, CombinedLuts) {
-    if (CorpusFolder().empty()) GTEST_SKIP() << "no corpus here";
+    if (CorpusFolder().empty()) GTEST_SKIP() << "QUORVEX_CORPUS is not set";
     CDcmObject state = ReadCorpusFile("prLUTs.dcm");
     Record info;
     CXGSPSObject().GSPSApplier(&state, &info, "1.2.276.0.7230010.3.200.6.3.1", -1);
@@ -43,7 +43,7 @@ TEST(RealStates, CombinedLuts) {
 }
 
 TEST(RealStates, TextAndEllipse) {
-    if (CorpusFolder().empty()) GTEST_SKIP() << "no corpus here";
+    if (CorpusFolder().empty()) GTEST_SKIP() << "QUORVEX_CORPUS is not set";
     CDcmObject state = ReadCorpusFile("PR000000.dcm");
     Record info;
     CXGSPSObject().GSPSApplier(&state, &info,

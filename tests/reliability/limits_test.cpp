@@ -151,9 +151,7 @@ TEST(Limits, AreEachRefusedByACodeAndToldByName) {
 /// Damaged ones among them are refused or shown for other reasons.
 TEST(Limits, NoRealFileMeetsOne) {
     constexpr const char* kMadeToMeetOne = "2026-05-26-oob-monochrome-65535.dcm";
-    const auto files = RealFiles();
-    if (files.empty()) GTEST_SKIP() << "no corpus";
-    for (const auto& path : files) {
+    for (const auto& path : RealFiles()) {
         CDcmApp app;
         CxDcmParser parser;
         ForgetLimit();

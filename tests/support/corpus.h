@@ -1,36 +1,34 @@
-/// Real files for tests: where they lie, where they are there.
+/// Real files for tests: the samples, Debian's pydicom files, and the folder that the environment
+/// variable QUORVEX_CORPUS names (one with a MANIFEST.json and a folder files/).
 #pragma once
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <iterator>
 #include <vector>
 
 namespace quorvex::test {
 
-/// The corpus that may lie beside the project, or an empty path.
+/// An empty path where the variable is not set.
 inline std::filesystem::path CorpusFolder() {
-    const std::filesystem::path source = QUORVEX_SOURCE_DIR;
-    for (const char* beside : {"../shared/corpus", "../../shared/corpus"}) {
-        const auto folder = source / beside;
-        if (std::filesystem::is_directory(folder / "files")) return folder;
-    }
-    return {};
+    const char* folder = std::getenv("QUORVEX_CORPUS");
+    return folder == nullptr ? "" : folder;
 }
 
 inline bool IsOtherKind(const std::filesystem::path& file) {
-    constexpr const char* kOthers[] = {".txt", ".gz", ".dump", ".py", ".pyc", ".json"};
+    constexpr const char* kOthers[] = {".txt", ".gz", ".dump", ".py", ".pyc", ".json", ".md"};
     return file.stem() == "README" ||
            std::find(std::begin(kOthers), std::end(kOthers), file.extension()) != std::end(kOthers);
 }
 
-/// Every file of the corpus and of Debian's pydicom samples; empty where neither is there.
 inline std::vector<std::filesystem::path> RealFiles() {
-    std::vector<std::filesystem::path> files;
-    const std::filesystem::path samples = "/usr/lib/python3/dist-packages/pydicom/data";
-    for (const auto& folder : {CorpusFolder() / "files", samples}) {
-        if (!std::filesystem::is_directory(folder)) continue;
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+    namespace fs = std::filesystem;
+    std::vector<fs::path> files;
+    for (const auto& folder : {fs::path(QUORVEX_SOURCE_DIR "/samples"), CorpusFolder() / "files",
+                               fs::path("/usr/lib/python3/dist-packages/pydicom/data")}) {
+        if (!fs::is_directory(folder)) continue;
+        for (const auto& entry : fs::recursive_directory_iterator(folder)) {
             if (entry.is_regular_file() && !IsOtherKind(entry.path())) {
                 files.push_back(entry.path());
             }
