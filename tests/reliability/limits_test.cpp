@@ -180,7 +180,7 @@ TEST(Limits, AreToldByTheCommandInASentence) {
     const auto path = folder.Path("bad.dcm");
     const auto expect = [&](const std::vector<unsigned char>& bytes, Limit limit,
                             std::vector<std::string> command) {
-        folder.Write("bad.dcm", {bytes.begin(), bytes.end()});
+        folder.Write("bad.dcm", bytes);
         const auto result = RunCommand(command);
         EXPECT_EQ(result.status, 1);
         EXPECT_NE(result.complaints.find(std::string("): ") + LimitSentence(limit) + "\n"),

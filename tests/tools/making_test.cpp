@@ -1,5 +1,6 @@
 // New objects from pictures, and presentation states.
-#include "run_command.h"
+#include "tests/tools/run_command.h"
+#include "tests/tools/small_image.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -9,13 +10,7 @@
 namespace quorvex::test {
 namespace {
 
-const std::string kSamples = QUORVEX_SOURCE_DIR "/samples/";
-const std::string kSlice = kSamples + "ct.dcm";
-const std::string kRadiograph = kSamples + "radiograph.dcm";
-const std::string kLoop = kSamples + "ultrasound_loop.dcm";
-const std::string kState = kSamples + "ct_state.dcm";
-
-// A picture whose samples are told by their places; `format` and depth as libpng has them.
+// A picture whose samples follow from their places; `format` and depth as libpng has them.
 std::string WritePicture(const std::string& path, png_uint_32 format, png_uint_32 width = 6) {
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
@@ -39,15 +34,11 @@ std::string Samples(std::size_t count) {
 }
 
 std::string FramesOf(const std::string& path) {
-    return RunCommand({"frame", path, "--all", "-o", "-"}).output;
+    return OutputOf({"frame", path, "--all", "-o", "-"});
 }
 
 std::string InfoOf(const std::string& path) {
-    return RunCommand({"info", path}).output;
-}
-
-bool Has(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
+    return OutputOf({"info", path});
 }
 
 TEST(CaptureCommand, PutsPicturesUnderThePatient) {
@@ -56,7 +47,7 @@ TEST(CaptureCommand, PutsPicturesUnderThePatient) {
     const auto colour = WritePicture(folder.Path("colour.png"), PNG_FORMAT_RGB);
     const auto output = folder.Path("out.dcm");
     for (const auto* target : {"explicit", "implicit", "jpeg-lossless", "j2k-lossless"}) {
-        ASSERT_EQ(RunCommand({"capture", kSlice, colour, "-o", output, "--to", target}).status, 0);
+        OutputOf({"capture", kSlice, colour, "-o", output, "--to", target});
         EXPECT_EQ(FramesOf(output), Samples(6 * 4 * 3)) << target;
     }
     const auto info = InfoOf(output);
@@ -67,10 +58,10 @@ TEST(CaptureCommand, PutsPicturesUnderThePatient) {
     for (const auto* part : {"RescaleSlope", "ImagePositionPatient", "PixelPaddingValue"})
         EXPECT_FALSE(Has(info, part)) << part;
 
-    ASSERT_EQ(RunCommand({"capture", kSlice, grey, grey, "-o", output}).status, 0);
+    OutputOf({"capture", kSlice, grey, grey, "-o", output});
     EXPECT_EQ(FramesOf(output), Samples(6 * 4) + Samples(6 * 4));
     EXPECT_TRUE(Has(InfoOf(output), "6 x 4, 2 frames"));
-    ASSERT_EQ(RunCommand({"capture", kSlice, grey, colour, "-o", output}).status, 0);
+    OutputOf({"capture", kSlice, grey, colour, "-o", output});
     EXPECT_EQ(FramesOf(output).substr(3, 3), std::string(3, 37)) << "grey among colours";
     EXPECT_EQ(FramesOf(output).substr(6 * 4 * 3), Samples(6 * 4 * 3));
 }
@@ -79,10 +70,10 @@ TEST(CaptureCommand, ExpandsPalettesAndReducesDeepSamples) {
     const ScratchFolder folder;
     const auto output = folder.Path("out.dcm");
     const auto palette = WritePicture(folder.Path("palette.png"), PNG_FORMAT_RGB_COLORMAP);
-    ASSERT_EQ(RunCommand({"capture", kSlice, palette, "-o", output}).status, 0);
+    OutputOf({"capture", kSlice, palette, "-o", output});
     EXPECT_EQ(FramesOf(output).substr(0, 9), std::string("\xFF\0\0\0\xFF\0\1\2\3", 9));
     const auto deep = WritePicture(folder.Path("deep.png"), PNG_FORMAT_LINEAR_Y);
-    ASSERT_EQ(RunCommand({"capture", kSlice, deep, "-o", output}).status, 0);
+    OutputOf({"capture", kSlice, deep, "-o", output});
     EXPECT_TRUE(Has(InfoOf(output), "8 bits in 8, unsigned"));
 }
 
@@ -91,29 +82,25 @@ TEST(CaptureCommand, RefusesWhatDoesNotFit) {
     const auto picture = WritePicture(folder.Path("a.png"), PNG_FORMAT_GRAY);
     const auto wider = WritePicture(folder.Path("b.png"), PNG_FORMAT_GRAY, 7);
     const auto torn = folder.Write("torn.png", ReadAll(picture).substr(0, 40));
+    auto nobody = DicomBuilder::Part10(kExplicitUid);
     const auto anonymous =
-        folder.Write("none.dcm", Part10("1.2.840.10008.1.2.1", Element(0x00100010, "PN", "A ")));
+        folder.Write("none.dcm", nobody.Add(tag::kPatientName, "PN", "A ").Bytes());
     const auto output = folder.Path("out.dcm");
-    const std::vector<std::vector<std::string>> bad = {
-        {kSlice, picture, wider}, {kSlice, torn},     {kSlice, kSlice},
-        {anonymous, picture},     {picture, picture}, {kSlice, picture, "--to", "jpeg12"}};
-    for (auto arguments : bad) {
-        arguments.insert(arguments.begin(), "capture");
-        arguments.insert(arguments.end(), {"-o", output});
-        const auto result = RunCommand(arguments);
-        EXPECT_EQ(result.status, 1) << testing::PrintToString(arguments);
-        EXPECT_EQ(std::ranges::count(result.complaints, '\n'), 1) << result.complaints;
-        EXPECT_FALSE(std::filesystem::exists(output));
+    const Arguments bad[] = {{kSlice, picture, wider}, {kSlice, torn},
+                             {kSlice, kSlice},         {anonymous, picture},
+                             {picture, picture},       {kSlice, picture, "--to", "jpeg12"}};
+    for (const auto& arguments : bad) {
+        ExpectStatus(1, Arguments{"capture", "-o", output} + arguments);
+        EXPECT_EQ(folder.Names().size(), 4U) << testing::PrintToString(arguments);
     }
-    EXPECT_EQ(folder.Names().size(), 4U);
-    EXPECT_EQ(RunCommand({"capture", kSlice, picture, "-o", "/dev/full"}).status, 3);
-    EXPECT_EQ(RunCommand({"capture", kSlice, picture, "-o", folder.Path(".")}).status, 2);
+    ExpectStatus(3, {"capture", kSlice, picture, "-o", "/dev/full"});
+    ExpectStatus(2, {"capture", kSlice, picture, "-o", folder.Path(".")});
 }
 
 TEST(StateCommand, IsShownAsItsOptionsSay) {
     struct Case {
-        std::vector<std::string> wishes;
-        std::vector<std::string> view;  // the same by hand
+        Arguments wishes;
+        Arguments view;  // the same by hand
     };
     const Case cases[] = {
         {{"--window", "-500,1500"}, {"--window", "-500,1500"}},
@@ -125,29 +112,20 @@ TEST(StateCommand, IsShownAsItsOptionsSay) {
     };
     const ScratchFolder folder;
     const auto state = folder.Path("state.dcm");
-    const auto shown = folder.Path("shown.png");
-    const auto wanted = folder.Path("wanted.png");
     for (const auto& c : cases) {
-        std::vector<std::string> make{"state", kSlice, "-o", state};
-        make.insert(make.end(), c.wishes.begin(), c.wishes.end());
-        const auto made = RunCommand(make);
-        ASSERT_EQ(made.status, 0) << made.complaints;
-        ASSERT_EQ(RunCommand({"render", kSlice, "--state", state, "-o", shown}).status, 0);
-        std::vector<std::string> view{"render", kSlice, "-o", wanted};
-        view.insert(view.end(), c.view.begin(), c.view.end());
-        ASSERT_EQ(RunCommand(view).status, 0);
-        EXPECT_TRUE(ReadPng(shown).pixels == ReadPng(wanted).pixels) << c.wishes.front();
+        OutputOf(Arguments{"state", kSlice, "-o", state} + c.wishes);
+        const auto shown = PictureBy({"render", kSlice, "--state", state});
+        const auto wanted = PictureBy(Arguments{"render", kSlice} + c.view);
+        EXPECT_TRUE(shown.pixels == wanted.pixels) << c.wishes.front();
     }
 }
 
 TEST(StateCommand, HoldsWhatWasAskedFor) {
     const ScratchFolder folder;
     const auto state = folder.Path("state.dcm");
-    ASSERT_EQ(RunCommand({"state", kRadiograph, "-o", state, "--label", "LEFT HAND", "--text",
-                          "10,20.5,Here, or there", "--text", "1,1,again", "--polyline",
-                          "1,2;3,4;5,6", "--shutter", "polygon:10,20;10,40;30,30"})
-                  .status,
-              0);
+    OutputOf({"state", kRadiograph, "-o", state, "--label", "LEFT HAND", "--text",
+              "10,20.5,Here, or there", "--text", "1,1,again", "--polyline", "1,2;3,4;5,6",
+              "--shutter", "polygon:10,20;10,40;30,30"});
     const auto info = InfoOf(state);
     for (const auto* part :
          {"1.2.840.10008.5.1.4.1.1.11.1", "[LEFT HAND]", "[Here, or there]", "10\\20.5", "[again]",
@@ -162,10 +140,8 @@ TEST(StateCommand, PassesTheIndependentCheck) {
     const ScratchFolder folder;
     const auto state = folder.Path("state.dcm");
     for (const auto& image : {kSlice, kRadiograph}) {
-        ASSERT_EQ(RunCommand({"state", image, "-o", state, "--shutter", "circle:100,100,90",
-                              "--text", "5,5,note", "--polyline", "1,1;9,9"})
-                      .status,
-                  0);
+        OutputOf({"state", image, "-o", state, "--shutter", "circle:100,100,90", "--text",
+                  "5,5,note", "--polyline", "1,1;9,9"});
         // Our UIDs may have leading zeros, which the check does not take.
         const auto check = "dcmodify -nb -gin -m 0020,000e=1.2.3 " + state + " && dcmpschk " +
                            state + " 2>&1 | grep -q 'Test passed'";
@@ -175,22 +151,16 @@ TEST(StateCommand, PassesTheIndependentCheck) {
 
 TEST(StateCommand, RefusesWhatAStateCannotBeFor) {
     const ScratchFolder folder;
-    const auto state = folder.Path("state.dcm");
-    for (const std::vector<std::string>& images : std::vector<std::vector<std::string>>{
-             {kLoop}, {kState}, {kSlice, kRadiograph}, {folder.Path("none")}}) {
-        std::vector<std::string> arguments{"state", "-o", state};
-        arguments.insert(arguments.end(), images.begin(), images.end());
-        const auto result = RunCommand(arguments);
-        EXPECT_EQ(result.status, 1) << images.back();
-        EXPECT_EQ(std::ranges::count(result.complaints, '\n'), 1) << result.complaints;
-    }
-    const char* const wrong[][2] = {{"--label", "small"},        {"--area", "5,5,1,9"},
-                                    {"--shutter", "square:1,2"}, {"--shutter", "circle:1,2"},
-                                    {"--polyline", "1,1"},       {"--text", "1,1"},
-                                    {"--text", "1,nan,text"},    {"--shutter", "polygon:1,2;3,4"}};
-    for (const auto& [option, text] : wrong)
-        EXPECT_EQ(RunCommand({"state", kSlice, "-o", state, option, text}).status, 2)
-            << option << ' ' << text;
+    const Arguments make = {"state", "-o", folder.Path("state.dcm")};
+    for (const auto& images : {Arguments{kLoop}, Arguments{kState}, Arguments{kSlice, kRadiograph},
+                               Arguments{folder.Path("none")}})
+        ExpectStatus(1, make + images);
+    for (const auto& wrong :
+         {Arguments{"--label", "small"}, Arguments{"--area", "5,5,1,9"},
+          Arguments{"--shutter", "square:1,2"}, Arguments{"--shutter", "circle:1,2"},
+          Arguments{"--polyline", "1,1"}, Arguments{"--text", "1,1"},
+          Arguments{"--text", "1,nan,text"}, Arguments{"--shutter", "polygon:1,2;3,4"}})
+        ExpectStatus(2, make + Arguments{kSlice} + wrong);
     EXPECT_TRUE(folder.Names().empty());
 }
 

@@ -1,92 +1,121 @@
 // Overlays and palettes as the command shows them.
-#include "run_command.h"
+#include "tests/tools/run_command.h"
+#include "tests/tools/small_image.h"
 
+#include <array>
 #include <gtest/gtest.h>
 
 namespace quorvex::test {
 namespace {
 
-std::string GreyHeader(const char* photometric) {
-    return Element(0x00280002, "US", Number16(1)) + Element(0x00280004, "CS", photometric) +
-           Element(0x00280010, "US", Number16(2)) + Element(0x00280011, "US", Number16(4)) +
-           Element(0x00280100, "US", Number16(8)) + Element(0x00280101, "US", Number16(8)) +
-           Element(0x00280102, "US", Number16(7)) + Element(0x00280103, "US", Number16(0));
-}
-
-std::string Overlay(std::uint32_t origin, const std::string& data) {
-    return Element(0x60000010, "US", Number16(2)) + Element(0x60000011, "US", Number16(4)) +
-           Element(0x60000022, "LO", "marks ") + Element(0x60000050, "SS", Number32(origin)) +
-           Element(0x60000100, "US", Number16(1)) + Element(0x60000102, "US", Number16(0)) +
-           Element(0x60003000, "OW", data);
-}
-
-std::string File(const std::string& dataSet) {
-    return Part10("1.2.840.10008.1.2.1", dataSet);
-}
-
+constexpr PixelForm kGrey = {.rows = 2, .columns = 4};
+constexpr PixelForm kPalette = {.rows = 2, .columns = 4, .photometric = "PALETTE COLOR "};
 const std::string kPixels = {0, 1, 2, 3, 0, 1, 2, 3};
 // Bits 0 and 5 of a plane that lies on the image: its first pixel, and the second one of row 2.
 const std::string kMarks = {0x21, 0};
+constexpr bool IsMarked(std::size_t pixel) {
+    return pixel == 0 || pixel == 5;
+}
+
+struct Overlay {
+    std::uint16_t rows = 2;
+    std::uint16_t columns = 4;
+    unsigned originRow = 1;
+    unsigned originColumn = 1;
+    std::string data = kMarks;
+};
+
+std::vector<unsigned char> ImageUnder(const Overlay& overlay, DicomBuilder file) {
+    return file.Us(tag::kOverlayRows, overlay.rows)
+        .Us(tag::kOverlayColumns, overlay.columns)
+        .Add(tag::kOverlayDescription, "LO", "marks ")
+        .Add(tag::kOverlayOrigin, "SS", Word(overlay.originRow) + Word(overlay.originColumn))
+        .Us(tag::kOverlayBitsAllocated, 1)
+        .Us(tag::kOverlayBitPosition, 0)
+        .Add(tag::kOverlayData, "OW", overlay.data)
+        .Add(tag::kPixelData, "OW", kPixels)
+        .Bytes();
+}
+
+/// The three tables of a palette, each of four entries of 16 bits from index 0.
+DicomBuilder PaletteHeader(const PixelForm& form, const std::array<std::string, 3>& tables,
+                           bool isSegmented = false) {
+    auto file = HeaderOf(form);
+    for (std::uint32_t colour = 0; colour < 3; ++colour)
+        file.Add(tag::kRedPaletteColorLookupTableDescriptor + colour, "US",
+                 Word(4) + Word(0) + Word(16));
+    for (std::uint32_t colour = 0; colour < 3; ++colour)
+        file.Add((isSegmented ? tag::kSegmentedRedPaletteColorLookupTableData
+                              : tag::kRedPaletteColorLookupTableData) +
+                     colour,
+                 "OW", (isSegmented ? Word(0) + Word(4) : "") + tables[colour]);
+    return file;
+}
 
 TEST(RenderCommand, BurnsInOverlays) {
     const ScratchFolder folder;
-    const auto path =
-        folder.Write("grey.dcm", File(GreyHeader("MONOCHROME2 ") + Overlay(0x00010001, kMarks) +
-                                      Element(0x7FE00010, "OW", kPixels)));
-    const auto output = folder.Path("grey.png");
-    ASSERT_EQ(RunCommand({"render", path, "--window", "100,200", "-o", output}).status, 0);
-    const auto plain = ReadPng(output);
-    ASSERT_EQ(
-        RunCommand({"render", path, "--window", "100,200", "--overlays", "-o", output}).status, 0);
-    const auto marked = ReadPng(output);
+    const auto path = folder.Write("grey.dcm", ImageUnder({}, HeaderOf(kGrey)));
+    const Arguments render = {"render", path, "--window", "100,200"};
+    const auto plain = PictureBy(render);
+    const auto marked = PictureBy(render + Arguments{"--overlays"});
     ASSERT_EQ(marked.pixels.size(), 8U);
-    for (std::size_t i = 0; i < 8; ++i) {
-        EXPECT_EQ(marked.pixels[i], i == 0 || i == 5 ? 255 : plain.pixels[i]) << i;
-    }
-    const auto info = RunCommand({"info", path}).output;
-    EXPECT_NE(info.find("overlay 6000    4 x 2 from column 1, row 1, marks"), std::string::npos);
-    const auto json = RunCommand({"info", path, "--json"}).output;
-    EXPECT_NE(json.find("\"overlays\":[{\"group\":\"6000\",\"columns\":4,\"rows\":2"),
-              std::string::npos);
+    for (std::size_t i = 0; i < 8; ++i)
+        EXPECT_EQ(marked.pixels[i], IsMarked(i) ? 255 : plain.pixels[i]) << i;
+    EXPECT_TRUE(Has(OutputOf({"info", path}), "overlay 6000    4 x 2 from column 1, row 1, marks"));
+    EXPECT_TRUE(Has(OutputOf({"info", path, "--json"}),
+                    R"("overlays":[{"group":"6000","columns":4,"rows":2)"));
 }
 
 TEST(RenderCommand, BurnsOverlaysIntoPaletteColours) {
-    std::string palette;
-    for (std::uint32_t tag = 0x00281101; tag <= 0x00281103; ++tag) {
-        palette += Element(tag, "US", Number16(4) + Number16(0) + Number16(16));
-    }
-    const std::string ramp = Number16(0) + Number16(0x4000) + Number16(0x8000) + Number16(0xFF00);
     const std::string dark(8, '\0');
-    palette += Element(0x00281201, "OW", ramp) + Element(0x00281202, "OW", dark) +
-               Element(0x00281203, "OW", dark);
+    const auto ramp = Word(0) + Word(0x4000) + Word(0x8000) + Word(0xFF00);
     const ScratchFolder folder;
-    const auto path = folder.Write(
-        "palette.dcm", File(GreyHeader("PALETTE COLOR ") + palette + Overlay(0x00010001, kMarks) +
-                            Element(0x7FE00010, "OW", kPixels)));
-    const auto output = folder.Path("palette.png");
-    ASSERT_EQ(RunCommand({"render", path, "--overlays", "-o", output}).status, 0);
-    const auto picture = ReadPng(output);
+    const auto path =
+        folder.Write("palette.dcm", ImageUnder({}, PaletteHeader(kPalette, {ramp, dark, dark})));
+    const auto picture = PictureBy({"render", path, "--overlays"});
     ASSERT_EQ(picture.channels, 3);
     const int reds[] = {255, 63, 127, 254, 0, 255, 127, 254};
     for (std::size_t i = 0; i < 8; ++i) {
         EXPECT_NEAR(picture.pixels[3 * i], reds[i], 1) << i;
-        EXPECT_EQ(picture.pixels[3 * i + 1], i == 0 || i == 5 ? 255 : 0) << i;
+        EXPECT_EQ(picture.pixels[3 * i + 1], IsMarked(i) ? 255 : 0) << i;
     }
 }
 
 TEST(RenderCommand, BadOverlaysStillGiveAPicture) {
+    const Overlay cases[] = {{.originRow = 0x8000, .originColumn = 0x7FFF},
+                             {.data = ""},
+                             {65535, 65535, 0x8000, 0x8000}};
     const ScratchFolder folder;
-    for (const auto& overlay :
-         {Overlay(0x7FFF8000, kMarks), Overlay(0x00010001, ""),
-          Element(0x60000010, "US", Number16(65535)) + Element(0x60000011, "US", Number16(65535)) +
-              Element(0x60000050, "SS", Number32(0x80008000)) +
-              Element(0x60000100, "US", Number16(1)) + Element(0x60000102, "US", Number16(0)) +
-              Element(0x60003000, "OW", kMarks)}) {
-        const auto path = folder.Write("bad.dcm", File(GreyHeader("MONOCHROME2 ") + overlay +
-                                                       Element(0x7FE00010, "OW", kPixels)));
-        const auto output = folder.Path("bad.png");
-        EXPECT_EQ(RunCommand({"render", path, "--overlays", "-o", output}).status, 0);
-        EXPECT_EQ(ReadPng(output).pixels.size(), 8U);
+    for (const auto& overlay : cases) {
+        const auto path = folder.Write("bad.dcm", ImageUnder(overlay, HeaderOf(kGrey)));
+        EXPECT_EQ(PictureBy({"render", path, "--overlays"}).pixels.size(), 8U) << &overlay - cases;
+    }
+}
+
+// Two by two indices of a palette of four colours: black, red, green, blue; or the same in segments.
+TEST(PaletteImage, IsShownInItsColours) {
+    constexpr int kBrightest = 254;  // 65535 * 255 / 65536, cut
+    std::array<std::string, 3> tables;
+    for (std::size_t colour = 0; colour < 3; ++colour)
+        for (std::size_t i = 0; i < 4; ++i) tables[colour] += Word(i == colour + 1 ? 0xFFFF : 0);
+    const PixelForm form = {.rows = 2, .columns = 2, .photometric = "PALETTE COLOR "};
+    const ScratchFolder folder;
+    for (const bool isSegmented : {false, true}) {
+        auto file = PaletteHeader(form, tables, isSegmented);
+        const auto path =
+            folder.Write("palette.dcm", file.Add(tag::kPixelData, "OB", {"\0\1\2\3", 4}).Bytes());
+        const auto shown = PictureBy({"render", path, "--view", "80x80"});
+        ASSERT_EQ(shown.channels, 3) << isSegmented;
+        for (int index = 0; index < 4; ++index) {
+            const auto place = (5 + 70 * (index / 2)) * 80 + 5 + 70 * (index % 2);
+            const auto* pixel = &shown.pixels.at(static_cast<std::size_t>(place * 3));
+            for (int channel = 0; channel < 3; ++channel)
+                EXPECT_EQ(pixel[channel], index == channel + 1 ? kBrightest : 0)
+                    << "index " << index << ", channel " << channel << ' ' << isSegmented;
+        }
+        const auto info = OutputOf({"info", path});
+        EXPECT_TRUE(Has(info, "palette red     4 entries of 16 bits from 0"));
+        EXPECT_EQ(Has(info, "in segments"), isSegmented);
     }
 }
 

@@ -1,11 +1,11 @@
-#include "run_command.h"
+#include "tests/tools/run_command.h"
 
+#include <algorithm>
 #include <chrono>
 #include <fcntl.h>
-#include <fstream>
+#include <gtest/gtest.h>
 #include <png.h>
 #include <spawn.h>
-#include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,11 +13,8 @@
 namespace quorvex::test {
 namespace {
 
-constexpr const char* kCommand = QUORVEX_BINARY_DIR "/bin/quorvex";
-
-int Spawn(const std::vector<std::string>& arguments, const std::string& output,
-          const std::string& complaints) {
-    std::vector<char*> texts{const_cast<char*>(kCommand)};
+int Spawn(const Arguments& arguments, const std::string& output, const std::string& complaints) {
+    std::vector<char*> texts{const_cast<char*>(kCommand.c_str())};
     for (const auto& argument : arguments) texts.push_back(const_cast<char*>(argument.c_str()));
     texts.push_back(nullptr);
     posix_spawn_file_actions_t actions;
@@ -26,7 +23,7 @@ int Spawn(const std::vector<std::string>& arguments, const std::string& output,
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(), kFlags, 0600);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, complaints.c_str(), kFlags, 0600);
     pid_t child = 0;
-    const int failure = posix_spawn(&child, kCommand, &actions, nullptr, texts.data(), environ);
+    const int failure = posix_spawn(&child, texts[0], &actions, nullptr, texts.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (failure != 0) throw std::runtime_error("cannot start the command");
     int status = 0;
@@ -36,7 +33,7 @@ int Spawn(const std::vector<std::string>& arguments, const std::string& output,
 
 }  // namespace
 
-CommandResult RunCommand(const std::vector<std::string>& arguments) {
+CommandResult RunCommand(const Arguments& arguments) {
     const ScratchFolder folder;
     CommandResult result;
     const auto start = std::chrono::steady_clock::now();
@@ -48,33 +45,22 @@ CommandResult RunCommand(const std::vector<std::string>& arguments) {
     return result;
 }
 
-ScratchFolder::ScratchFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "quorvex_XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no scratch folder");
-    path_ = name;
+std::string OutputOf(const Arguments& arguments) {
+    return ExpectStatus(0, arguments).output;
 }
 
-ScratchFolder::~ScratchFolder() {
-    std::error_code failure;
-    std::filesystem::remove_all(path_, failure);
+CommandResult ExpectStatus(int status, const Arguments& arguments, std::string_view part) {
+    const auto result = RunCommand(arguments);
+    const auto what = testing::PrintToString(arguments) + ' ' + result.complaints;
+    EXPECT_EQ(result.status, status) << what;
+    EXPECT_EQ(std::ranges::count(result.complaints, '\n'), status == 0 ? 0 : 1) << what;
+    EXPECT_TRUE(Has(result.complaints, part)) << part << " in " << what;
+    return result;
 }
 
-std::string ScratchFolder::Write(const std::string& name, const std::string& bytes) const {
-    std::ofstream(Path(name), std::ios::binary) << bytes;
-    return Path(name);
-}
-
-std::vector<std::string> ScratchFolder::Names() const {
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(path_))
-        names.push_back(entry.path().filename().string());
-    return names;
-}
-
-std::string ReadAll(const std::string& path) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(path, std::ios::binary).rdbuf();
-    return bytes.str();
+Arguments operator+(Arguments first, const Arguments& others) {
+    first.insert(first.end(), others.begin(), others.end());
+    return first;
 }
 
 ReadPicture ReadPng(const std::string& path) {
@@ -93,27 +79,11 @@ ReadPicture ReadPng(const std::string& path) {
     return picture;
 }
 
-std::string Number16(unsigned value) {
-    return {static_cast<char>(value & 255), static_cast<char>(value >> 8 & 255)};
-}
-
-std::string Number32(std::uint32_t value) {
-    return Number16(value & 0xFFFF) + Number16(value >> 16);
-}
-
-std::string Element(std::uint32_t tag, const std::string& vr, const std::string& value) {
-    const bool isLong = vr == "OB" || vr == "OW" || vr == "SQ" || vr == "UN";
-    const auto length = static_cast<std::uint32_t>(value.size());
-    return Number16(tag >> 16) + Number16(tag & 0xFFFF) + vr +
-           (isLong ? Number16(0) + Number32(length) : Number16(length)) + value;
-}
-
-std::string Part10(const std::string& syntax, const std::string& dataSet) {
-    const std::string padding(syntax.size() % 2, '\0');
-    const auto meta = Element(0x00020010, "UI", syntax + padding);
-    return std::string(128, '\0') + "DICM" +
-           Element(0x00020000, "UL", Number32(static_cast<std::uint32_t>(meta.size()))) + meta +
-           dataSet;
+ReadPicture PictureBy(const Arguments& arguments) {
+    const ScratchFolder folder;
+    OutputOf(arguments + Arguments{"-o", folder.Path("picture.png")});
+    EXPECT_EQ(folder.Names(), Arguments{"picture.png"});
+    return ReadPng(folder.Path("picture.png"));
 }
 
 }  // namespace quorvex::test

@@ -1,12 +1,22 @@
-/// Runs the quorvex command that this build made, and makes the files that it is to choke on.
+/// Runs the quorvex command that this build made.
 #pragma once
 
-#include <cstdint>
-#include <filesystem>
+#include "tests/support/scratch_folder.h"
+
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorvex::test {
+
+inline const std::string kSamples = QUORVEX_SOURCE_DIR "/samples/";
+inline const std::string kSlice = kSamples + "ct.dcm";
+inline const std::string kState = kSamples + "ct_state.dcm";  // for the slice
+inline const std::string kRadiograph = kSamples + "radiograph.dcm";
+inline const std::string kLoop = kSamples + "ultrasound_loop.dcm";
+inline const std::string kCommand = QUORVEX_BINARY_DIR "/bin/quorvex";
+
+using Arguments = std::vector<std::string>;
 
 struct CommandResult {
     int status = -1;
@@ -16,27 +26,21 @@ struct CommandResult {
 };
 
 /// Runs the command with these arguments and waits for its end.
-CommandResult RunCommand(const std::vector<std::string>& arguments);
+CommandResult RunCommand(const Arguments& arguments);
 
-/// A folder of its own, gone with the object.
-class ScratchFolder {
-public:
-    ScratchFolder();
-    ~ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
+/// Runs what has to succeed, without a complaint; gives its standard output.
+std::string OutputOf(const Arguments& arguments);
 
-    [[nodiscard]] std::string Path(const std::string& name) const {
-        return (path_ / name).string();
-    }
-    std::string Write(const std::string& name, const std::string& bytes) const;
-    [[nodiscard]] std::vector<std::string> Names() const;
+/// Expects a status and, unless it is 0, one line of complaint in which `part` stands.
+CommandResult ExpectStatus(int status, const Arguments& arguments, std::string_view part = {});
 
-private:
-    std::filesystem::path path_;
-};
+/// The first arguments, then the others.
+Arguments operator+(Arguments first, const Arguments& others);
 
-std::string ReadAll(const std::string& path);
+/// Whether `part` stands in `text`.
+inline bool Has(std::string_view text, std::string_view part) {
+    return text.find(part) != std::string_view::npos;
+}
 
 /// A picture read back: rows from the top, one or three bytes a pixel.
 struct ReadPicture {
@@ -50,11 +54,7 @@ struct ReadPicture {
 };
 ReadPicture ReadPng(const std::string& path);
 
-/// The bytes of little-endian DICOM, put together piece by piece.
-std::string Number16(unsigned value);
-std::string Number32(std::uint32_t value);
-std::string Element(std::uint32_t tag, const std::string& vr, const std::string& value);
-/// Preamble, meta information for `syntax`, then `dataSet`.
-std::string Part10(const std::string& syntax, const std::string& dataSet);
+/// The PNG picture that the command makes with these arguments and an output, which is all it makes.
+ReadPicture PictureBy(const Arguments& arguments);
 
 }  // namespace quorvex::test

@@ -1,0 +1,161 @@
+// Many files into another transfer syntax: folders, lists, shards, manifests, kills and full disks.
+#include "tests/tools/run_command.h"
+#include "tests/tools/small_image.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <set>
+#include <sys/wait.h>
+
+namespace quorvex::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::set<std::string> FilesBelow(const std::string& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        if (entry.is_regular_file()) names.insert(entry.path().lexically_relative(folder).string());
+    return names;
+}
+
+Arguments LinesOf(const std::string& path) {
+    Arguments lines;
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line);) lines.push_back(line);
+    return lines;
+}
+
+// A folder of `count` small images, no two alike, some of them in a folder below.
+std::string MakeArchive(const ScratchFolder& scratch, int count) {
+    constexpr PixelForm kForm = {.rows = 16, .columns = 16, .allocated = 16, .stored = 12};
+    for (int i = 0; i < count; ++i) {
+        const auto name = (i % 3 == 0 ? "archive/below/" : "archive/") + std::to_string(i) + ".dcm";
+        const auto pixels = Repeated(Word(static_cast<unsigned>(i) % 4096) + Word(7), 512);
+        scratch.Write(name, ImageOf(kForm, pixels));
+    }
+    return scratch.Path("archive");
+}
+
+TEST(ConvertCommand, WorksThroughFoldersAndSkipsWhatIsNoDicom) {
+    const ScratchFolder folder;
+    const auto archive = MakeArchive(folder, 7);
+    folder.Write("archive/readme.txt", Repeated("words ", 999));
+    const auto output = archive + "/out";  // inside its own input
+    for (int run = 0; run < 2; ++run)
+        EXPECT_TRUE(
+            Has(OutputOf({"convert", archive, "-o", output, "--to", "j2k-lossless", "--jobs", "3"}),
+                "7 converted, 1 not DICOM;"));
+    EXPECT_EQ(FilesBelow(output),
+              (std::set<std::string>{"1.dcm", "2.dcm", "4.dcm", "5.dcm", "below/0.dcm",
+                                     "below/3.dcm", "below/6.dcm"}));
+}
+
+TEST(ConvertCommand, ShardsShareAListWithoutOverlap) {
+    const ScratchFolder folder;
+    const auto archive = MakeArchive(folder, 24);
+    std::string list;
+    for (const auto& name : FilesBelow(archive)) list += archive + '/' + name + '\0';
+    const auto path = folder.Write("list", list);
+    std::size_t count = 0;
+    std::set<std::string> all;
+    for (int shard = 1; shard <= 3; ++shard) {
+        const auto number = std::to_string(shard);
+        const auto output = folder.Path("out" + number);
+        OutputOf({"convert", "--from", path, "-0", "--shard", number + "/3", "-o", output, "--to",
+                  "explicit"});
+        const auto names = FilesBelow(output);
+        EXPECT_GT(names.size(), 2U);
+        count += names.size();
+        all.insert(names.begin(), names.end());
+    }
+    EXPECT_EQ(count, 24U);
+    EXPECT_EQ(all.size(), 24U);
+    for (const auto& name : all) EXPECT_TRUE(fs::exists('/' + name)) << name;
+}
+
+TEST(ConvertCommand, ManifestRemembersWhatIsDone) {
+    const ScratchFolder folder;
+    const auto archive = MakeArchive(folder, 4);
+    folder.Write("archive/bad.dcm", ReadAll(kState));
+    const auto manifest = folder.Path("manifest.jsonl");
+    const auto output = folder.Path("out");
+    const auto expect = [&](int status, const char* target, const char* counts) {
+        const auto result = ExpectStatus(
+            status, {"convert", archive, "-o", output, "--to", target, "--manifest", manifest});
+        EXPECT_TRUE(Has(result.output, counts)) << result.output;
+    };
+    expect(1, "explicit", "4 converted, 1 bad");
+    EXPECT_EQ(LinesOf(manifest).size(), 5U);
+    expect(1, "explicit", "0 converted, 4 done before, 1 bad");
+
+    folder.Write("archive/bad.dcm", ReadAll(kSlice));             // mended
+    fs::remove(output + "/1.dcm");                                // lost
+    fs::resize_file(output + "/2.dcm", 100);                      // damaged
+    std::ofstream(manifest, std::ios::app) << R"({"input":"to)";  // torn by a kill
+    expect(0, "explicit", "3 converted, 2 done before");
+    for (const auto& line : LinesOf(manifest))
+        EXPECT_TRUE(line.starts_with('{') && line.ends_with('}')) << line;
+    expect(0, "implicit", "5 converted;");
+}
+
+TEST(ConvertCommand, ManifestLinesAreJsonWhateverTheNames) {
+    const ScratchFolder folder;
+    const auto odd = folder.Write("\xFFodd\x1B\"\\\n.dcm", ReadAll(kSlice));
+    const auto list = folder.Write("list", odd + '\0');
+    const auto manifest = folder.Path("manifest.jsonl");
+    const Arguments command = {"convert",          "--from", list,  "-0",         "-o",
+                               folder.Path("out"), "--to",   "j2k", "--manifest", manifest};
+    OutputOf(command);
+    EXPECT_TRUE(Has(OutputOf(command), "1 done before"));
+    const auto check =
+        "python3 -c 'import hashlib, json, sys\n"
+        "line, = [json.loads(l) for l in open(sys.argv[1], encoding=\"utf-8\")]\n"
+        "name = bytes.fromhex(line[\"inputBytes\"])\n"
+        "assert hashlib.sha256(open(name, \"rb\").read()).hexdigest() == line[\"sourceSha256\"]\n"
+        "assert line[\"verify\"] == \"lossy\" and line[\"psnr\"] > 40\n"
+        "assert line[\"syntaxOut\"] == \"1.2.840.10008.1.2.4.91\"' " +
+        manifest;
+    EXPECT_EQ(std::system(check.c_str()), 0);
+}
+
+TEST(ConvertCommand, GoesOnToTheSameResultAfterAKill) {
+    const ScratchFolder folder;
+    const auto archive = MakeArchive(folder, 120);
+    const auto whole = folder.Path("whole");
+    OutputOf({"convert", archive, "-o", whole, "--to", "j2k-lossless"});
+    const auto output = folder.Path("out");
+    const auto manifest = folder.Path("manifest.jsonl");
+    const std::string command = kCommand + " convert " + archive + " -o " + output +
+                                " --to j2k-lossless --jobs 2 --manifest " + manifest +
+                                " >/dev/null 2>&1";
+    for (const std::string seconds : {"0.03", "0.06", "0.1"})
+        static_cast<void>(std::system(("timeout -s KILL " + seconds + ' ' + command).c_str()));
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_EQ(FilesBelow(output), FilesBelow(whole));
+    for (const auto& name : FilesBelow(whole))
+        EXPECT_TRUE(ReadAll(output + '/' + name) == ReadAll(whole + '/' + name)) << name;
+    std::set<std::string> done;
+    for (const auto& line : LinesOf(manifest)) done.insert(line.substr(0, line.find("\",")));
+    EXPECT_EQ(done.size(), 120U);
+}
+
+TEST(ConvertCommand, SaysWhenTheDiskRefuses) {
+    const ScratchFolder folder;
+    for (const auto* output : {"/dev/full", "/proc/none/a.dcm"})
+        EXPECT_EQ(RunCommand({"convert", kSlice, "-o", output, "--to", "explicit"}).status, 3);
+    // A limit on file sizes refuses the large output and lets the small one through.
+    const auto byte =
+        folder.Write("byte.dcm", ImageOf({.rows = 16, .columns = 16}, Repeated("\1\2", 256)));
+    const auto limited = "trap '' XFSZ; ulimit -f 64; " + kCommand + " convert " + kSlice + ' ' +
+                         byte + " -o " + folder.Path("out") + " --to explicit > /dev/null 2>" +
+                         folder.Path("complaints");
+    const int status = std::system(("bash -c \"" + limited + '"').c_str());
+    EXPECT_EQ(WEXITSTATUS(status), 3);
+    EXPECT_EQ(FilesBelow(folder.Path("out")), std::set<std::string>{"byte.dcm"});
+    EXPECT_EQ(LinesOf(folder.Path("complaints")).size(), 1U);
+}
+
+}  // namespace
+}  // namespace quorvex::test
