@@ -1,9 +1,9 @@
 /// Objects for the presentation tests, built in memory, and a record that cleans up after itself.
 #pragma once
 
-#include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/DicomObject.h"
+#include "tests/support/record.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -64,18 +64,6 @@ inline CDcmItem Referring(CDcmItem item, std::vector<CDcmItem> references) {
     PutItems(item, 0x00081140, std::move(references));
     return item;
 }
-
-/// A record whose holder gives back what the record does not.
-struct Record : CXGSPSInfo {
-    ~Record() {
-        delete[] modalityLUTData;
-        delete[] voiLUTData;
-        delete[] presentationLUTData;
-        delete[] shutterMask;
-        delete[] maskFrameRanges;
-        delete[] maskFrameNumbers;
-    }
-};
 
 inline constexpr const char* kImage = "1.2.3.4";
 

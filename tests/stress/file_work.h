@@ -1,8 +1,6 @@
 /// All that a host does with one file, by objects of its own, and what came of it.
 #pragma once
 
-#include "quorvex/ResultCodes.h"
-
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -13,7 +11,7 @@ namespace quorvex::test {
 /// What one operation answered, and a digest of all that it handed over.
 struct StepResult {
     const char* step;
-    QUORVEX_MESSAGE code;
+    int code;
     std::uint64_t digest;
     bool operator==(const StepResult&) const = default;
 };
@@ -31,8 +29,5 @@ FileResults WorkOnFile(const std::filesystem::path& path, unsigned turn, Amount 
 
 /// Where two results differ; empty where they do not.
 std::string DifferenceOf(const FileResults& one, const FileResults& other);
-
-/// The files named, and those in the folders named.
-std::vector<std::filesystem::path> FilesIn(int count, char** places);
 
 }  // namespace quorvex::test

@@ -1,6 +1,7 @@
 // Opens, renders, converts and drops objects, and ends with the memory it began with.
 // Usage: quorvex_soak OBJECTS FILE|FOLDER...
 #include "file_work.h"
+#include "tests/support/corpus.h"
 
 #include <algorithm>
 #include <chrono>
@@ -93,7 +94,7 @@ int Soak(std::size_t objects, const std::vector<std::filesystem::path>& files) {
 int main(int count, char** texts) {
     using namespace quorvex::test;
     const std::size_t objects = count > 2 ? std::strtoul(texts[1], nullptr, 10) : 0;
-    const auto files = FilesIn(std::max(count - 2, 0), texts + std::min(count, 2));
+    const auto files = FilesIn({texts + std::min(count, 2), texts + count});
     if (objects == 0 || files.empty()) {
         std::fprintf(stderr, "Usage: quorvex_soak OBJECTS FILE|FOLDER...\n");
         return 2;

@@ -2,6 +2,7 @@
 // gets. Then one CXWindowing in several threads. Meant for the thread sanitizer.
 // Usage: quorvex_threads FILE|FOLDER...
 #include "file_work.h"
+#include "tests/support/corpus.h"
 #include "windowing_stress.h"
 
 #include <chrono>
@@ -38,8 +39,8 @@ std::vector<AllResults> WorkInThreads(const std::vector<std::filesystem::path>& 
     return results;
 }
 
-int Main(int count, char** places) {
-    const auto files = FilesIn(count, places);
+int Main(const std::vector<std::filesystem::path>& places) {
+    const auto files = FilesIn(places);
     const auto started = std::chrono::steady_clock::now();
     const auto results = WorkInThreads(files);
     const AllResults expected = WorkOn(files, 0);
@@ -66,5 +67,5 @@ int Main(int count, char** places) {
 }  // namespace quorvex::test
 
 int main(int count, char** texts) {
-    return quorvex::test::Main(count - 1, texts + 1);
+    return quorvex::test::Main({texts + 1, texts + count});
 }
