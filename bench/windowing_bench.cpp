@@ -21,7 +21,7 @@ void RebuildTable(benchmark::State& state) {
     CXWindowing windowing;
     Prepare(windowing);
     int window[2] = {static_cast<int>(state.range(0)), kEntries / 2};
-    for (auto _ : state) benchmark::DoNotOptimize(windowing.SetValue(8, window, nullptr));
+    for (auto _ : state) benchmark::DoNotOptimize(windowing.SetValue(CXWindowing::kWindow, window, nullptr));
 }
 BENCHMARK(RebuildTable)->Arg(400)->Arg(4096)->Arg(kEntries);
 
@@ -30,7 +30,7 @@ void CopyTable(benchmark::State& state) {
     Prepare(windowing);
     std::vector<std::uint8_t> table(kEntries);
     for (auto _ : state) {
-        windowing.GetValue(0, table.data(), nullptr);
+        windowing.GetValue(CXWindowing::kDisplayTable, table.data(), nullptr);
         benchmark::ClobberMemory();
     }
 }

@@ -12,10 +12,6 @@
 namespace quorvex {
 namespace {
 
-constexpr unsigned int kDisplayTable = 0;
-constexpr unsigned int kDisplayCount = 2;
-constexpr unsigned int kDisplayFirst = 4;
-
 /// A job of fewer pixels is done before a ramp is found.
 constexpr std::int64_t kFewPixels = 65536;
 
@@ -128,11 +124,11 @@ int CXImageCreator::FetchLut(_IMAGE_INFO& info) {
     int count = 0;
     int first = 0;
     if (info.windowing == nullptr) return kJobWithoutTable;
-    info.windowing->GetValue(kDisplayCount, &count, nullptr);
-    info.windowing->GetValue(kDisplayFirst, &first, nullptr);
+    info.windowing->GetValue(CXWindowing::kDisplayTableCount, &count, nullptr);
+    info.windowing->GetValue(CXWindowing::kDisplayTableFirst, &first, nullptr);
     if (count <= 0) return kJobWithoutTable;
     const auto fetched = ZeroedBlock(static_cast<std::size_t>(count));
-    info.windowing->GetValue(kDisplayTable, fetched.get(), nullptr);
+    info.windowing->GetValue(CXWindowing::kDisplayTable, fetched.get(), nullptr);
 
     info.lutOffset = first;
     const auto [lowest, highest] = PixelValues(info);

@@ -10,10 +10,6 @@
 namespace quorvex {
 namespace {
 
-constexpr unsigned int kModalityTable = 1;
-constexpr unsigned int kModalityCount = 3;
-constexpr unsigned int kModalityFirst = 5;
-
 struct ModalityTable {
     std::vector<std::int32_t> entries;
     int first = 0;
@@ -28,11 +24,11 @@ struct ModalityTable {
 ModalityTable FetchTable(CXWindowing& windowing) {
     ModalityTable table;
     int count = 0;
-    windowing.GetValue(kModalityCount, &count, nullptr);
-    windowing.GetValue(kModalityFirst, &table.first, nullptr);
+    windowing.GetValue(CXWindowing::kModalityTableCount, &count, nullptr);
+    windowing.GetValue(CXWindowing::kModalityTableFirst, &table.first, nullptr);
     if (count <= 0) return table;
     table.entries.resize(static_cast<std::size_t>(count));
-    windowing.GetValue(kModalityTable, table.entries.data(), nullptr);
+    windowing.GetValue(CXWindowing::kModalityTable, table.entries.data(), nullptr);
     return table;
 }
 

@@ -1,8 +1,10 @@
+// CXWindowing: values read, and the window changed.
 #include "foundation/types/answer.h"
 #include "foundation/types/saturate.h"
 #include "foundation/types/undo.h"
 #include "quorvex/CXWindowing.h"
 #include "windowing/window_arithmetic.h"
+#include "windowing/windowing_state.h"
 
 #include <algorithm>
 
@@ -22,37 +24,78 @@ void CopyOut(const std::vector<Entry>& table, void* room) noexcept {
     std::copy_n(table.data(), table.size(), static_cast<Entry*>(room));
 }
 
+// Whoever calls these holds the lock.
+
+template <class Change>
+int ChangeSettings(WindowingState& state, Change change) {
+    return Answer(kNoChange, [&] {
+        UndoUnlessKept undo([&state, before = state.settings] { state.settings = before; });
+        change(state.settings);
+        state.UpdateWindowingTable();
+        undo.Keep();
+        return kDone;
+    });
+}
+
+int MoveLevel(WindowingState& state, std::int64_t steps) {
+    const auto& settings = state.settings;
+    const std::int32_t level =
+        SaturateToInt(settings.windowLevel + StepFactor(settings.pixelBits) * steps);
+    if (level == settings.windowLevel) return kNoChange;
+    return ChangeSettings(state, [level](auto& changed) { changed.windowLevel = level; });
+}
+
+int MoveWidth(WindowingState& state, std::int64_t steps) {
+    const auto& settings = state.settings;
+    const std::int64_t moved = settings.windowWidth + StepFactor(settings.pixelBits) * steps;
+    const std::int32_t width = SaturateToInt(std::max(moved, kNarrowestStep));
+    if (width == settings.windowWidth) return kNoChange;
+    return ChangeSettings(state, [width](auto& changed) { changed.windowWidth = width; });
+}
+
+int TakeWindow(WindowingState& state, const int* widthAndLevel) {
+    return ChangeSettings(state, [widthAndLevel](auto& changed) {
+        changed.windowWidth = widthAndLevel[0];
+        changed.windowLevel = widthAndLevel[1];
+    });
+}
+
+int ToggleInversion(WindowingState& state) {
+    return ChangeSettings(state, [](auto& changed) { changed.inverted = changed.inverted == 0; });
+}
+
 }  // namespace
 
 int CXWindowing::GetValue(unsigned int selector, void* first, void* second) {
     if (first == nullptr) return kNoChange;
-    const std::lock_guard lock(tableLock);
+    const std::lock_guard lock(state_->tableLock);
+    const WindowingSettings& settings = state_->settings;
     switch (selector) {
-        case 0:
-            CopyOut(tables.windowingTable, first);
+        case kDisplayTable:
+            CopyOut(state_->tables.windowingTable, first);
             return kDone;
-        case 1:
-            CopyOut(tables.modalityTable, first);
+        case kModalityTable:
+            CopyOut(state_->tables.modalityTable, first);
             return kDone;
-        case 2:
+        case kDisplayTableCount:
             AsInt(first) = settings.tableSize;
             if (second != nullptr) {
                 AsInt(second) = TruncateToInt(settings.minValue - settings.postIntercept);
             }
             return kDone;
-        case 3:
+        case kModalityTableCount:
             AsInt(first) = settings.modalityEntryCount;
             return kDone;
-        case 4:
+        case kDisplayTableFirst:
             AsInt(first) = settings.minValue;
             return kDone;
-        case 5:
+        case kModalityTableFirst:
             AsInt(first) = settings.modalityFirstValue;
             return kDone;
-        case 6:
+        case kWindowLevel:
             AsInt(first) = settings.windowLevel;
             return kDone;
-        case 7:
+        case kWindowWidth:
             AsInt(first) = settings.windowWidth;
             return kDone;
         default:
@@ -61,77 +104,47 @@ int CXWindowing::GetValue(unsigned int selector, void* first, void* second) {
 }
 
 int CXWindowing::SetValue(unsigned int selector, void* first, void* /*second*/) {
-    if (selector == 9) {
-        return ChangeSettings([](Settings& changed) { changed.inverted = changed.inverted == 0; });
-    }
+    const std::lock_guard lock(state_->tableLock);
+    if (selector == kInversion) return ToggleInversion(*state_);
     if (first == nullptr) return kNoChange;
     switch (selector) {
-        case 6:
-            return MoveLevel(AsInt(first));
-        case 7:
-            return MoveWidth(AsInt(first));
-        case 8:
-            return ChangeSettings([window = static_cast<const int*>(first)](Settings& changed) {
-                changed.windowWidth = window[0];
-                changed.windowLevel = window[1];
-            });
+        case kWindowLevel:
+            return MoveLevel(*state_, AsInt(first));
+        case kWindowWidth:
+            return MoveWidth(*state_, AsInt(first));
+        case kWindow:
+            return TakeWindow(*state_, static_cast<const int*>(first));
         default:
             return kNoChange;
     }
 }
 
 int CXWindowing::ChangeWWByOffset(int offset) {
-    return MoveWidth(-std::int64_t{offset});
+    const std::lock_guard lock(state_->tableLock);
+    return MoveWidth(*state_, -std::int64_t{offset});
 }
 
 int CXWindowing::ChangeWLByOffset(int offset) {
-    return MoveLevel(-std::int64_t{offset});
+    const std::lock_guard lock(state_->tableLock);
+    return MoveLevel(*state_, -std::int64_t{offset});
 }
 
 int CXWindowing::GetWindowingFactor(int& width, int& level) {
-    const std::lock_guard lock(tableLock);
-    width = settings.windowWidth;
-    level = settings.windowLevel;
+    const std::lock_guard lock(state_->tableLock);
+    width = state_->settings.windowWidth;
+    level = state_->settings.windowLevel;
     return kDone;
 }
 
 void CXWindowing::SetRescale(double slope, double intercept) {
-    const std::lock_guard lock(tableLock);
-    settings.rescaleSlope = slope;
-    settings.rescaleIntercept = intercept;
+    const std::lock_guard lock(state_->tableLock);
+    state_->settings.rescaleSlope = slope;
+    state_->settings.rescaleIntercept = intercept;
 }
 
 void CXWindowing::SetPostIntercept(double value) {
-    const std::lock_guard lock(tableLock);
-    settings.postIntercept = value;
-}
-
-int CXWindowing::MoveLevel(std::int64_t steps) {
-    const std::lock_guard lock(tableLock);
-    const std::int32_t level =
-        SaturateToInt(settings.windowLevel + StepFactor(settings.pixelBits) * steps);
-    if (level == settings.windowLevel) return kNoChange;
-    return ChangeSettings([level](Settings& changed) { changed.windowLevel = level; });
-}
-
-int CXWindowing::MoveWidth(std::int64_t steps) {
-    const std::lock_guard lock(tableLock);
-    const std::int64_t moved = settings.windowWidth + StepFactor(settings.pixelBits) * steps;
-    const std::int32_t width = SaturateToInt(std::max(moved, kNarrowestStep));
-    if (width == settings.windowWidth) return kNoChange;
-    return ChangeSettings([width](Settings& changed) { changed.windowWidth = width; });
-}
-
-template <class Change>
-int CXWindowing::ChangeSettings(Change change) {
-    const std::lock_guard lock(tableLock);
-    return Answer(kNoChange, [&] {
-        UndoUnlessKept undo([this, before = settings] { settings = before; });
-        change(settings);
-        UpdateWindowingTable();
-        undo.Keep();
-        return kDone;
-    });
+    const std::lock_guard lock(state_->tableLock);
+    state_->settings.postIntercept = value;
 }
 
 }  // namespace quorvex

@@ -18,7 +18,7 @@ std::int64_t HighClip(const DomainWindow& window, const ValueDomain& domain) noe
     return std::max(std::min(window.upper, domain.maximum), domain.minimum);
 }
 
-// A width of 0 gives an infinity or no number, which ClampToByte sorts out.
+// A width of 0 gives an infinity or NaN, which ClampToByte takes.
 double RampAt(std::int64_t value, const DomainWindow& window) noexcept {
     return 255.0 * static_cast<double>(value - window.lower) / static_cast<double>(window.width);
 }
@@ -74,7 +74,7 @@ DisplayBytes PlainDisplayBytes(const DomainWindow& window, const ValueDomain& do
                                bool isInverse) noexcept {
     const double low = RampAt(LowClip(window, domain), window);
     const double high = RampAt(HighClip(window, domain), window);
-    // The flat ends are subtracted before they are cut, the ramp after.
+    // The flat ends are subtracted before they are truncated, the ramp after.
     if (isInverse) return {ClampToByte(255.0 - low), kFallingRamp, ClampToByte(255.0 - high)};
     return {ClampToByte(low), kRisingRamp, ClampToByte(high)};
 }

@@ -7,7 +7,7 @@
 
 namespace quorvex {
 
-/// What one step of a window change counts for pixels of that many bits.
+/// How far one step moves a window of pixels with that many bits.
 [[nodiscard]] std::int64_t StepFactor(std::int32_t pixelBits) noexcept;
 
 /// The values of a table: entry i belongs to minimum + i.
@@ -18,8 +18,8 @@ struct ValueDomain {
 
 /// A window in units of a table's domain.
 ///
-/// The ramp runs from `lower` up to but not including `upper`; `width` divides it and may be 0 or
-/// negative, and then no ramp is left.
+/// The ramp runs from `lower` up to but not including `upper`, and rises by 255 over `width`. A width
+/// of 0 or less leaves no ramp.
 struct DomainWindow {
     std::int64_t lower;
     std::int64_t upper;
@@ -40,13 +40,13 @@ struct DisplayBytes {
     std::uint8_t high;
 };
 
-/// What a window shows without any LUT. The flat ends take the values at the edges as the domain
-/// cuts them off, so that a window wider than the domain does not jump to white at its end.
+/// What a window shows without any LUT. The flat ends take the values at the window's edges, clipped
+/// to the domain, so that a window wider than the domain does not jump to white at its end.
 [[nodiscard]] DisplayBytes PlainDisplayBytes(const DomainWindow& window, const ValueDomain& domain,
                                              bool isInverse) noexcept;
 
-/// Fills a table, which may be shorter than its domain but not empty: below the ramp, the ramp, above it. Where
-/// the stretches meet the wrong way round, the later one wins.
+/// Fills a table, which may be shorter than its domain but not empty: below the ramp, the ramp,
+/// above it. Where these overlap, as with a negative width, the later one wins.
 void FillWindow(std::span<std::uint8_t> table, const ValueDomain& domain,
                 const DomainWindow& window, const DisplayBytes& bytes) noexcept;
 

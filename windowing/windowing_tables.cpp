@@ -1,8 +1,11 @@
+// CXWindowing: its life, and the display table made from what is set.
 #include "quorvex/CXWindowing.h"
 #include "windowing/window_arithmetic.h"
+#include "windowing/windowing_state.h"
 
 #include <algorithm>
 #include <span>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -27,26 +30,26 @@ DisplayBytes PresentationDisplayBytes(std::span<const std::uint8_t> presentation
 
 }  // namespace
 
-CXWindowing::CXWindowing() = default;
+CXWindowing::CXWindowing() : state_(std::make_unique<WindowingState>()) {}
 
-CXWindowing::~CXWindowing() = default;
-
-CXWindowing::CXWindowing(const CXWindowing& other) {
-    const std::lock_guard lock(other.tableLock);
-    settings = other.settings;
-    tables = other.tables;
+CXWindowing::CXWindowing(const CXWindowing& other) : CXWindowing() {
+    const std::lock_guard lock(other.state_->tableLock);
+    state_->settings = other.state_->settings;
+    state_->tables = other.state_->tables;
 }
 
 CXWindowing& CXWindowing::operator=(const CXWindowing& other) {
     if (this == &other) return *this;
-    const std::scoped_lock lock(tableLock, other.tableLock);
-    Tables copies = other.tables;
-    tables = std::move(copies);
-    settings = other.settings;
+    const std::scoped_lock lock(state_->tableLock, other.state_->tableLock);
+    WindowingTables copies = other.state_->tables;
+    state_->tables = std::move(copies);
+    state_->settings = other.state_->settings;
     return *this;
 }
 
-void CXWindowing::UpdateWindowingTable() {
+CXWindowing::~CXWindowing() = default;
+
+void WindowingState::UpdateWindowingTable() {
     tables.windowingTable.resize(static_cast<std::size_t>(settings.tableSize));
     if (settings.tableSize == 0) return;
     if (tables.voiTable.empty()) {
@@ -56,11 +59,11 @@ void CXWindowing::UpdateWindowingTable() {
     }
 }
 
-bool CXWindowing::IsInverse() const noexcept {
+bool WindowingState::IsInverse() const noexcept {
     return (static_cast<std::int64_t>(settings.presentationShape) + settings.inverted) % 2 != 0;
 }
 
-void CXWindowing::FillFromVoiTable() {
+void WindowingState::FillFromVoiTable() {
     if (!tables.presentationTable.empty()) {
         CopyThrough(tables.voiTable, tables.presentationTable, tables.windowingTable);
     } else if (IsInverse()) {
@@ -70,7 +73,7 @@ void CXWindowing::FillFromVoiTable() {
     }
 }
 
-void CXWindowing::FillFromWindow() {
+void WindowingState::FillFromWindow() {
     const ValueDomain domain{settings.minValue, settings.maxValue};
     const DomainWindow window = ToDomainWindow(settings.windowLevel, settings.windowWidth,
                                                settings.rescaleSlope, settings.rescaleIntercept);

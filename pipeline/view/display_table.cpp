@@ -11,9 +11,6 @@ namespace quorvex {
 
 namespace {
 
-constexpr unsigned kTable = 0;
-constexpr unsigned kTableSize = 2;
-
 /// The table of windowing with its first value.
 struct WindowingTable {
     std::vector<unsigned char> entries;
@@ -36,10 +33,12 @@ struct WindowingTable {
 WindowingTable TableOf(CXWindowing& windowing) {
     int count = 0;
     int first = 0;
-    windowing.GetValue(kTableSize, &count, &first);
+    windowing.GetValue(CXWindowing::kDisplayTableCount, &count, &first);
     WindowingTable table{std::vector<unsigned char>(static_cast<std::size_t>(std::max(count, 0))),
                          first};
-    if (!table.entries.empty()) windowing.GetValue(kTable, table.entries.data(), nullptr);
+    if (!table.entries.empty()) {
+        windowing.GetValue(CXWindowing::kDisplayTable, table.entries.data(), nullptr);
+    }
     return table;
 }
 

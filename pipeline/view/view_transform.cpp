@@ -138,12 +138,12 @@ QUORVEX_MESSAGE CXDIPP::UpdateVOILUT_Offset(int levelDelta, int widthDelta) {
 
 QUORVEX_MESSAGE CXDIPP::UpdateVOILUT_ABS(int level, int width) {
     int window[] = {width, level};
-    windowing->SetValue(8, window, nullptr);
+    windowing->SetValue(CXWindowing::kWindow, window, nullptr);
     return QVM_SUCCESS;
 }
 
 QUORVEX_MESSAGE CXDIPP::UpdatePresentationLUT_Toggle() {
-    windowing->SetValue(9, nullptr, nullptr);
+    windowing->SetValue(CXWindowing::kInversion, nullptr, nullptr);
     return QVM_SUCCESS;
 }
 

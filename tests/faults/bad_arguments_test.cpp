@@ -337,7 +337,7 @@ constexpr Call kDisplayCalls[] = {
                  static_cast<void>(c.windowing.ChangeWWByOffset(n));
                  const auto selector = static_cast<unsigned>(n) | 16U;
                  return c.windowing.GetValue(selector, &c.number, nullptr) == 4 &&
-                        c.windowing.GetValue(0, nullptr, nullptr) == 4 &&
+                        c.windowing.GetValue(CXWindowing::kDisplayTable, nullptr, nullptr) == 4 &&
                         c.windowing.SetValue(selector, nullptr, nullptr) == 4;
              },
              b);

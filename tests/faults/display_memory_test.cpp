@@ -258,9 +258,9 @@ struct Windows {
     [[nodiscard]] std::string Look() {
         int size = 0;
         int low = 0;
-        windowing.GetValue(2, &size, &low);
+        windowing.GetValue(CXWindowing::kDisplayTableCount, &size, &low);
         std::string table(static_cast<std::size_t>(size), '\0');
-        windowing.GetValue(0, table.data(), nullptr);
+        windowing.GetValue(CXWindowing::kDisplayTable, table.data(), nullptr);
         int width = 0;
         int level = 0;
         windowing.GetWindowingFactor(width, level);
@@ -288,7 +288,7 @@ Subject ChangingWindow(const Kind& kind) {
     auto s = std::make_shared<Windows>(kind);
     return {[=] {
                 std::array<int, 2> window = {100, 20};
-                return s->windowing.SetValue(8, window.data(), nullptr) == 0;
+                return s->windowing.SetValue(CXWindowing::kWindow, window.data(), nullptr) == 0;
             },
             [=] { return s->Look(); }};
 }

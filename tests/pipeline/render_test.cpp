@@ -36,10 +36,10 @@ CXWindowing StraightThrough(int low, int high) {
 int DisplayOf(CXWindowing& windowing, int value, int low) {
     int count = 0;
     int first = 0;
-    windowing.GetValue(2, &count, &first);
+    windowing.GetValue(CXWindowing::kDisplayTableCount, &count, &first);
     EXPECT_EQ(first, low);
     std::vector<unsigned char> table(static_cast<std::size_t>(count));
-    windowing.GetValue(0, table.data(), nullptr);
+    windowing.GetValue(CXWindowing::kDisplayTable, table.data(), nullptr);
     return table[static_cast<std::size_t>(std::clamp(value - first, 0, count - 1))];
 }
 

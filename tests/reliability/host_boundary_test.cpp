@@ -167,7 +167,7 @@ TEST(HostBoundary, NullArgumentsAndEmptyObjectsAreAnswered) {
     EXPECT_EQ(CxPaletteLUT(0).LoadLUT(nullptr, 0, 0, 0), 0);
     _IMAGE_INFO job;
     EXPECT_NE(CXImageCreator().GetImageWithInfo(job), 0);
-    EXPECT_NE(CXWindowing().GetValue(0, nullptr, nullptr), 0);
+    EXPECT_NE(CXWindowing().GetValue(CXWindowing::kDisplayTable, nullptr, nullptr), 0);
     EXPECT_TRUE(block == nullptr && made == nullptr && bitmap == nullptr);
 }
 

@@ -324,9 +324,9 @@ TEST(RenderJob, FetchesTheTableThatIsMissing) {
     auto image = NoiseImage<std::uint16_t>({12, 9}, 1, 42);
     CXWindowing windowing;
     int widthAndLevel[2] = {700, 300};
-    ASSERT_EQ(windowing.SetValue(8, widthAndLevel, nullptr), 0);
+    ASSERT_EQ(windowing.SetValue(CXWindowing::kWindow, widthAndLevel, nullptr), 0);
     Bytes table(65536);
-    windowing.GetValue(0, table.data(), nullptr);
+    windowing.GetValue(CXWindowing::kDisplayTable, table.data(), nullptr);
     for (std::size_t i = 4096; i < table.size(); ++i) table[i] = table[4095];
 
     CXImageCreator creator;

@@ -35,12 +35,12 @@ void Prepare(CXWindowing& windowing) {
 
 void SetWindow(CXWindowing& windowing, int window) {
     int widthAndLevel[] = {WidthOf(window), LevelOf(WidthOf(window))};
-    windowing.SetValue(8, widthAndLevel, nullptr);
+    windowing.SetValue(CXWindowing::kWindow, widthAndLevel, nullptr);
 }
 
 Table TableOf(CXWindowing& windowing) {
     Table table(kHighest + 1);
-    windowing.GetValue(0, table.data(), nullptr);
+    windowing.GetValue(CXWindowing::kDisplayTable, table.data(), nullptr);
     return table;
 }
 
@@ -103,8 +103,8 @@ bool NoStepIsLost() {
         threads.emplace_back([&] {
             for (int round = 0; round < kRounds; ++round) {
                 int step = 3;
-                windowing.SetValue(6, &step, nullptr);
-                windowing.SetValue(9, &step, nullptr);
+                windowing.SetValue(CXWindowing::kWindowLevel, &step, nullptr);
+                windowing.SetValue(CXWindowing::kInversion, &step, nullptr);
                 windowing.ChangeWLByOffset(3);
                 windowing.ChangeWWByOffset(-1);
                 windowing.ChangeWWByOffset(1);

@@ -1,201 +1,162 @@
 // The tables that a presentation record asks for.
 #include "quorvex/CXGSPSInfo.h"
-#include "quorvex/CXWindowing.h"
+#include "tests/support/windowing_values.h"
 
+#include <algorithm>
 #include <climits>
 #include <cmath>
-#include <cstdint>
-#include <gtest/gtest.h>
-#include <initializer_list>
-#include <vector>
+#include <numeric>
 
 namespace quorvex {
 namespace {
 
+using enum CXWindowing::Selector;
 using Bytes = std::vector<std::uint8_t>;
 using Words = std::vector<std::uint16_t>;
+using Ints = std::vector<std::int32_t>;
 
-int Get(CXWindowing& windowing, unsigned int selector) {
-    int value = 0;
-    EXPECT_EQ(windowing.GetValue(selector, &value, nullptr), 0);
-    return value;
-}
+/// A record whose LUTs lie in words of the test's own.
+struct Record : CXGSPSInfo {
+    explicit Record(int bits) { pixelBitDepth = bits; }
 
-Bytes Table(CXWindowing& windowing) {
-    Bytes table(static_cast<std::size_t>(Get(windowing, 2)));
-    if (!table.empty()) windowing.GetValue(0, table.data(), nullptr);
-    return table;
-}
+    void SetModalityLut(Words& words, int first) {
+        modalityLUTData = words.data();
+        modalityLUTCount = CountOf(words);
+        modalityLUTFirst = static_cast<std::uint16_t>(first);
+    }
+    void SetVoiLut(Words& words, int first, int bits) {
+        voiLUTData = words.data();
+        voiLUTCount = CountOf(words);
+        voiLUTFirst = static_cast<std::uint16_t>(first);
+        voiLUTBits = bits;
+    }
+    void SetPresentationLut(Words& words, int first, int bits) {
+        presentationLUTData = words.data();
+        presentationLUTCount = CountOf(words);
+        presentationLUTFirst = static_cast<std::uint16_t>(first);
+        presentationLUTBits = bits;
+    }
+    static std::int32_t CountOf(const Words& words) {
+        return static_cast<std::int32_t>(words.size() % 65536);
+    }
+};
 
-std::vector<std::int32_t> ModalityTable(CXWindowing& windowing) {
-    std::vector<std::int32_t> table(static_cast<std::size_t>(Get(windowing, 3)));
-    if (!table.empty()) windowing.GetValue(1, table.data(), nullptr);
-    return table;
-}
-
-void SetVoiLut(CXGSPSInfo& info, Words& entries, int first, int bits) {
-    info.voiLUTData = entries.data();
-    info.voiLUTCount = static_cast<std::int32_t>(entries.size() % 65536);
-    info.voiLUTFirst = static_cast<std::uint16_t>(first);
-    info.voiLUTBits = bits;
-}
-
-void SetPresentationLut(CXGSPSInfo& info, Words& entries, int first, int bits) {
-    info.presentationLUTData = entries.data();
-    info.presentationLUTCount = static_cast<std::int32_t>(entries.size() % 65536);
-    info.presentationLUTFirst = static_cast<std::uint16_t>(first);
-    info.presentationLUTBits = bits;
-}
-
-void SetModalityLut(CXGSPSInfo& info, Words& entries, int first) {
-    info.modalityLUTData = entries.data();
-    info.modalityLUTCount = static_cast<std::int32_t>(entries.size() % 65536);
-    info.modalityLUTFirst = static_cast<std::uint16_t>(first);
+Bytes TableOver(Record& record, int minimum, int maximum) {
+    CXWindowing windowing;
+    EXPECT_EQ(windowing.PrepareGSPSProcessing2(&record, minimum, maximum), 0);
+    return DisplayTableOf(windowing);
 }
 
 TEST(ModalityDomain, FollowsDepthAndRescale) {
-    struct Case {
+    const struct {
         const char* what;
         int bits;
-        double slope;
-        double intercept;
-        int entryCount, firstValue, minimum, maximum;
+        double slope, intercept;
+        std::size_t entryCount;
+        int firstValue, minimum, maximum;
+        Ints entries;  ///< the first ones of the table
+    } cases[] = {
+        {"12 bits without rescale", 12, 0.0, 0.0, 0, 0, 0, 4095, {}},
+        {"16 bits are always signed", 16, 0.0, 0.0, 0, -32768, -32768, 32767, {}},
+        {"rising", 8, 2.0, -10.0, 256, 0, -10, 500, {-10, -8}},
+        {"falling", 8, -1.0, 255.0, 256, 0, 0, 255, {255, 254}},
+        {"truncated", 8, 0.5, -10.7, 256, 0, -10, 116, {-10, -10, -9}},
+        {"one value", 0, 3.0, 4.0, 1, 0, 4, 4, {4}},
+        {"NaN", 8, std::nan(""), 0.0, 256, 0, 0, 0, {0, 0}},
+        {"clamped at both ends of int", 12, 1e300, -1e303, 4096, 0, INT_MIN, INT_MAX, {INT_MIN}},
     };
-    const Case cases[] = {
-        {"12 bits without rescale", 12, 0.0, 0.0, 0, 0, 0, 4095},
-        {"16 bits are always signed", 16, 0.0, 0.0, 0, -32768, -32768, 32767},
-        {"rising", 8, 2.0, -10.0, 256, 0, -10, 500},
-        {"falling", 8, -1.0, 255.0, 256, 0, 0, 255},
-        {"cut towards zero", 8, 0.5, -10.7, 256, 0, -10, 116},
-        {"one value", 0, 3.0, 4.0, 1, 0, 4, 4},
-        {"no number", 8, std::nan(""), 0.0, 256, 0, 0, 0},
-    };
-    for (const Case& c : cases) {
-        CXGSPSInfo info;
-        info.pixelBitDepth = c.bits;
-        info.rescaleSlope = c.slope;
-        info.rescaleIntercept = c.intercept;
+    for (const auto& c : cases) {
+        Record record(c.bits);
+        record.rescaleSlope = c.slope;
+        record.rescaleIntercept = c.intercept;
         CXWindowing windowing;
-        EXPECT_EQ(windowing.PrepareGSPSProcessing(&info), 0);
-        EXPECT_EQ(Get(windowing, 3), c.entryCount) << c.what;
-        EXPECT_EQ(Get(windowing, 5), c.firstValue) << c.what;
-        EXPECT_EQ(Get(windowing, 4), c.minimum) << c.what;
-        EXPECT_EQ(Get(windowing, 2), c.maximum - c.minimum + 1) << c.what;
+        EXPECT_EQ(windowing.PrepareGSPSProcessing(&record), 0);
+        EXPECT_EQ(ValueOf(windowing, kModalityTableFirst), c.firstValue) << c.what;
+        EXPECT_EQ(ValueOf(windowing, kDisplayTableFirst), c.minimum) << c.what;
+        const std::int64_t values = std::int64_t{c.maximum} - c.minimum + 1;
+        EXPECT_EQ(ValueOf(windowing, kDisplayTableCount), values > INT_MAX ? 4096 : values)
+            << c.what;
+        const Ints table = ModalityTableOf(windowing);
+        EXPECT_EQ(table.size(), c.entryCount) << c.what;
+        if (table.empty()) continue;
+        EXPECT_TRUE(std::equal(c.entries.begin(), c.entries.end(), table.begin())) << c.what;
+        EXPECT_EQ(table.back(), c.slope < 0.0 ? c.minimum : c.maximum) << c.what;
     }
 }
 
-TEST(ModalityDomain, RescaleGivesItsEntries) {
-    CXGSPSInfo info;
-    info.pixelBitDepth = 8;
-    info.rescaleSlope = 2.0;
-    info.rescaleIntercept = -10.0;
-    CXWindowing windowing;
-    windowing.PrepareGSPSProcessing(&info);
-    const auto table = ModalityTable(windowing);
-    EXPECT_EQ(table.at(0), -10);
-    EXPECT_EQ(table.at(1), -8);
-    EXPECT_EQ(table.at(255), 500);
-    info.rescaleSlope = 0.0;
-    windowing.PrepareGSPSProcessing(&info);
-    EXPECT_TRUE(ModalityTable(windowing).empty());
-}
-
 TEST(ModalityDomain, LutEntriesLieFromTheFirstMappedValueOn) {
-    Words entries = {100, 65535, 7};
-    CXGSPSInfo info;
-    info.pixelBitDepth = 8;
-    SetModalityLut(info, entries, 2);
-    info.pixelValueOffset = 1;
+    Words words = {100, 65535, 7};
+    Record record(8);
+    record.SetModalityLut(words, 2);
+    record.pixelValueOffset = 1;
     CXWindowing windowing;
-    windowing.PrepareGSPSProcessing(&info);
-    auto table = ModalityTable(windowing);
-    EXPECT_EQ(std::vector<std::int32_t>(table.begin(), table.begin() + 7),
-              (std::vector<std::int32_t>{99, 99, 100, 65535, 7, 6, 6}));
-    EXPECT_EQ(Get(windowing, 4), 6);
-    EXPECT_EQ(Get(windowing, 2), 94);
+    windowing.PrepareGSPSProcessing(&record);
+    Ints table = ModalityTableOf(windowing);
+    table.resize(7);
+    EXPECT_EQ(table, (Ints{99, 99, 100, 65535, 7, 6, 6}));
+    EXPECT_EQ(ValueOf(windowing, kDisplayTableFirst), 6);
+    EXPECT_EQ(ValueOf(windowing, kDisplayTableCount), 94);
 
-    info.pixelRepresentation = 1;
-    SetModalityLut(info, entries, -1);  // clipped: the entries still begin with the first
-    windowing.PrepareGSPSProcessing(&info);
-    table = ModalityTable(windowing);
-    EXPECT_EQ(table.at(0), 100);
-    EXPECT_EQ(table.at(1), 65535);
-    EXPECT_EQ(table.at(2), 6);
+    record.pixelRepresentation = 1;
+    record.SetModalityLut(words, -1);  // clipped: the entries still begin with the first
+    windowing.PrepareGSPSProcessing(&record);
+    table = ModalityTableOf(windowing);
+    table.resize(3);
+    EXPECT_EQ(table, (Ints{100, 65535, 6}));
 }
 
 TEST(ModalityDomain, DepthsWithoutATableLeaveNone) {
     for (const int bits : {-1, 25, 32, 65535, INT_MAX, INT_MIN}) {
-        CXGSPSInfo info;
-        info.pixelBitDepth = bits;
-        info.rescaleSlope = 1.0;
+        Record record(bits);
+        record.rescaleSlope = 1.0;
         CXWindowing windowing;
-        windowing.PrepareGSPSProcessing(&info);
-        EXPECT_EQ(Get(windowing, 2), 0) << bits;
-        EXPECT_EQ(Get(windowing, 3), 0) << bits;
+        windowing.PrepareGSPSProcessing(&record);
+        EXPECT_EQ(ValueOf(windowing, kDisplayTableCount), 0) << bits;
+        EXPECT_EQ(ValueOf(windowing, kModalityTableCount), 0) << bits;
     }
-    CXGSPSInfo info;
-    info.pixelBitDepth = 12;
-    info.rescaleSlope = 1e300;
-    info.rescaleIntercept = -1e303;
-    CXWindowing windowing;
-    windowing.PrepareGSPSProcessing(&info);  // runs off both ends of int
-    EXPECT_EQ(Table(windowing).size(), 4096U);
 }
 
 TEST(RecordWindow, IsChosenByRangeAndRecord) {
-    struct Case {
+    constexpr struct {
         const char* what;
         int bits, minimum, maximum;
         double slope, intercept;
-        int recordCenter, recordWidth;
+        int recordCenter, recordWidth, offset;
         int level, width;
+    } kCases[] = {
+        {"8 bits", 8, 0, 255, 1.0, 0.0, 0, 0, 0, 128, 256},
+        {"8 bits with a window", 8, 0, 255, 1.0, 0.0, 90, 60, 0, 90, 60},
+        {"full range", 16, 0, 1000, 1.0, 0.0, 0, 0, 0, 500, 1000},
+        {"full range in output units", 16, 0, 1000, 2.0, -100.0, 0, 0, 0, 900, 2000},
+        {"small slopes do not count", 16, 0, 1000, 0.5, 0.0, 0, 0, 0, 500, 1000},
+        {"halves are truncated", 16, -4, 1, 1.0, 0.0, 0, 0, 0, -1, 5},
+        {"a window with an offset", 16, 0, 1000, 1.0, 0.0, 40, 400, 10, 30, 400},
+        {"one value only", 16, 77, 77, 1.0, 0.0, 0, 0, 0, 0, 400},
     };
-    const Case cases[] = {
-        {"8 bits", 8, 0, 255, 1.0, 0.0, 0, 0, 128, 256},
-        {"8 bits with a window", 8, 0, 255, 1.0, 0.0, 90, 60, 90, 60},
-        {"full range", 16, 0, 1000, 1.0, 0.0, 0, 0, 500, 1000},
-        {"full range in output units", 16, 0, 1000, 2.0, -100.0, 0, 0, 900, 2000},
-        {"small slopes do not count", 16, 0, 1000, 0.5, 0.0, 0, 0, 500, 1000},
-        {"halves cut towards zero", 16, -4, 1, 1.0, 0.0, 0, 0, -1, 5},
-        {"a window with an offset", 16, 0, 1000, 1.0, 0.0, 40, 400, 30, 400},
-        {"one value only", 16, 77, 77, 1.0, 0.0, 0, 0, 0, 400},
-    };
-    for (const Case& c : cases) {
-        CXGSPSInfo info;
-        info.pixelBitDepth = c.bits;
-        info.windowCenter = c.recordCenter;
-        info.windowWidth = c.recordWidth;
-        info.pixelValueOffset = c.recordCenter == 40 ? 10 : 0;
+    for (const auto& c : kCases) {
+        Record record(c.bits);
+        record.windowCenter = c.recordCenter;
+        record.windowWidth = c.recordWidth;
+        record.pixelValueOffset = c.offset;
         CXWindowing windowing;
         windowing.SetRescale(c.slope, c.intercept);
-        EXPECT_EQ(windowing.PrepareGSPSProcessing2(&info, c.minimum, c.maximum), 0);
-        EXPECT_EQ(Get(windowing, 6), c.level) << c.what;
-        EXPECT_EQ(Get(windowing, 7), c.width) << c.what;
+        EXPECT_EQ(windowing.PrepareGSPSProcessing2(&record, c.minimum, c.maximum), 0);
+        EXPECT_EQ(ValueOf(windowing, kWindowLevel), c.level) << c.what;
+        EXPECT_EQ(ValueOf(windowing, kWindowWidth), c.width) << c.what;
     }
 }
 
-struct VoiCase {
-    const char* what;
-    Words entries;
-    int first;
-    int bits;
-    int minimum, maximum;
-    int isSigned;
-    Bytes table;
-};
-
 TEST(VoiLut, LiesOverTheDomain) {
-    VoiCase cases[] = {
-        {"8 bits pack two entries", {10, 20, 30, 40}, 0, 8, 0, 6, 0, {10, 10, 20, 20, 40, 40, 40}},
-        {"7 bits do not", {1, 2, 3}, 1, 7, 0, 5, 0, {1, 1, 2, 3, 3, 3}},
-        {"12 bits shift by 4",
-         {0x100, 0x200, 0xFFF},
-         2,
-         12,
-         0,
-         6,
-         0,
-         {16, 16, 16, 32, 255, 255, 255}},
+    struct {
+        const char* what;
+        Words words;
+        int first, bits;
+        int minimum, maximum, isSigned;
+        Bytes table;
+    } cases[] = {
+        {"8 bits: two entries a word", {10, 20, 30, 40}, 0, 8, 0, 5, 0, {10, 10, 20, 20, 40, 40}},
+        {"7 bits: one", {1, 2, 3}, 1, 7, 0, 5, 0, {1, 1, 2, 3, 3, 3}},
+        {"12 bits shift by 4", {0x100, 0x200, 0xFFF}, 2, 12, 0, 5, 0, {16, 16, 16, 32, 255, 255}},
         {"the last place is high", {1, 2, 3, 4, 5, 6}, 0, 7, 0, 3, 0, {1, 2, 3, 6}},
         {"clipped at the start", {1, 2, 3, 4}, -2, 7, 0, 4, 1, {1, 2, 4, 4, 4}},
         {"unsigned first value", {1, 2}, 65534, 7, 65533, 65536, 0, {1, 1, 2, 2}},
@@ -205,83 +166,61 @@ TEST(VoiLut, LiesOverTheDomain) {
         {"one place", {1, 9}, 0, 7, 0, 0, 0, {9}},
         {"absurd bits", {0xFFFF, 0xFFFF}, 0, 60000, 0, 1, 0, {0, 0}},
     };
-    for (VoiCase& c : cases) {
-        CXGSPSInfo info;
-        info.pixelBitDepth = 16;
-        info.pixelRepresentation = c.isSigned;
-        SetVoiLut(info, c.entries, c.first, c.bits);
-        CXWindowing windowing;
-        windowing.PrepareGSPSProcessing2(&info, c.minimum, c.maximum);
-        EXPECT_EQ(Table(windowing), c.table) << c.what;
+    for (auto& c : cases) {
+        Record record(16);
+        record.pixelRepresentation = c.isSigned;
+        record.SetVoiLut(c.words, c.first, c.bits);
+        EXPECT_EQ(TableOver(record, c.minimum, c.maximum), c.table) << c.what;
     }
-}
-
-TEST(VoiLut, StandsAboveTheWindowAndTurnsWithTheInversion) {
-    Words entries = {10, 20, 30, 40};
-    CXGSPSInfo info;
-    info.pixelBitDepth = 16;
-    SetVoiLut(info, entries, 0, 7);
-    CXWindowing windowing;
-    windowing.PrepareGSPSProcessing2(&info, 0, 4);
-    const Bytes table = Table(windowing);
-    EXPECT_EQ(windowing.ChangeWLByOffset(5), 0);
-    EXPECT_EQ(Table(windowing), table);
-    EXPECT_EQ(windowing.SetValue(9, nullptr, nullptr), 0);
-    EXPECT_EQ(Table(windowing), (Bytes{245, 235, 225, 215, 215}));
-
-    CXGSPSInfo plain;
-    plain.pixelBitDepth = 16;
-    plain.windowCenter = -100;
-    plain.windowWidth = 1;
-    windowing.PrepareGSPSProcessing2(&plain, 0, 2);  // the LUT goes, the inversion stays
-    EXPECT_EQ(Table(windowing), (Bytes{0, 0, 0}));
-}
-
-TEST(VoiLut, CountZeroIs65536Entries) {
-    Words entries(65536);
-    for (std::size_t i = 0; i < entries.size(); ++i) entries[i] = static_cast<std::uint16_t>(i);
-    CXGSPSInfo info;
-    info.pixelBitDepth = 16;
-    SetVoiLut(info, entries, 0, 16);
-    CXWindowing windowing;
-    windowing.PrepareGSPSProcessing2(&info, 0, 65535);
-    const Bytes table = Table(windowing);
+    Words every(65536);  // a count of 0
+    std::iota(every.begin(), every.end(), std::uint16_t{0});
+    Record record(16);
+    record.SetVoiLut(every, 0, 16);
+    const Bytes table = TableOver(record, 0, 65535);
     for (std::size_t i = 0; i < table.size(); ++i) ASSERT_EQ(table[i], i >> 8) << i;
 }
 
-TEST(PresentationLut, IsSteppedThroughByTableIndex) {
-    Words entries(4096);
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        entries[i] = static_cast<std::uint16_t>(4095 - i);
-    }
-    CXGSPSInfo info;
-    info.pixelBitDepth = 16;
-    info.windowCenter = 128;
-    info.windowWidth = 255;  // the ramp is the identity
-    SetPresentationLut(info, entries, 0, 12);
+TEST(VoiLut, StandsAboveTheWindowAndFollowsTheInversion) {
+    Words words = {10, 20, 30, 40};
+    Record record(16);
+    record.SetVoiLut(words, 0, 7);
     CXWindowing windowing;
-    windowing.PrepareGSPSProcessing2(&info, 0, 255);
-    const Bytes table = Table(windowing);
+    windowing.PrepareGSPSProcessing2(&record, 0, 4);
+    const Bytes table = DisplayTableOf(windowing);
+    EXPECT_EQ(windowing.ChangeWLByOffset(5), 0);
+    EXPECT_EQ(DisplayTableOf(windowing), table);
+    EXPECT_EQ(windowing.SetValue(kInversion, nullptr, nullptr), 0);
+    EXPECT_EQ(DisplayTableOf(windowing), (Bytes{245, 235, 225, 215, 215}));
+
+    Record plain(16);
+    plain.windowCenter = -100;
+    plain.windowWidth = 1;
+    windowing.PrepareGSPSProcessing2(&plain, 0, 2);  // the LUT goes, the inversion stays
+    EXPECT_EQ(DisplayTableOf(windowing), (Bytes{0, 0, 0}));
+}
+
+TEST(PresentationLut, IsSteppedThroughByTableIndex) {
+    Words falling(4096);
+    std::iota(falling.rbegin(), falling.rend(), std::uint16_t{0});
+    Words three = {50, 60, 70};
+    Record record(16);
+    record.windowCenter = 128;
+    record.windowWidth = 255;  // the ramp is the identity
+    record.SetPresentationLut(falling, 0, 12);
+    CXWindowing windowing;
+    windowing.PrepareGSPSProcessing2(&record, 0, 255);
+    const Bytes table = DisplayTableOf(windowing);
     EXPECT_EQ(table.at(0), 255);
     EXPECT_EQ(table.at(100), (4095 - 1600) >> 4);
     EXPECT_EQ(table.at(255), 0);
-    windowing.SetValue(9, nullptr, nullptr);  // takes no part here
-    EXPECT_EQ(Table(windowing), table);
-}
+    windowing.SetValue(kInversion, nullptr, nullptr);  // has no effect here
+    EXPECT_EQ(DisplayTableOf(windowing), table);
 
-TEST(PresentationLut, ShortOnesShowTheirFirstEntry) {
-    Words entries = {50, 60, 70};
-    CXGSPSInfo info;
-    info.pixelBitDepth = 16;
-    info.windowCenter = 128;
-    info.windowWidth = 255;
-    SetPresentationLut(info, entries, 0, 7);
-    CXWindowing windowing;
-    windowing.PrepareGSPSProcessing2(&info, 0, 255);
-    const Bytes table = Table(windowing);
-    EXPECT_EQ(table.at(2), 50);
-    EXPECT_EQ(table.at(4), 70);
-    EXPECT_EQ(table.at(255), 70);
+    record.SetPresentationLut(three, 0, 7);  // too short for a step: its first entry only
+    const Bytes flat = TableOver(record, 0, 255);
+    EXPECT_EQ(flat.at(2), 50);
+    EXPECT_EQ(flat.at(4), 70);
+    EXPECT_EQ(flat.at(255), 70);
 }
 
 TEST(PresentationLut, FollowsTheVoiLut) {
@@ -290,32 +229,27 @@ TEST(PresentationLut, FollowsTheVoiLut) {
     for (std::size_t i = 0; i < presentation.size(); ++i) {
         presentation[i] = static_cast<std::uint16_t>((255 - i) << 8);
     }
-    CXGSPSInfo info;
-    info.pixelBitDepth = 16;
-    info.presentationShape = 1;
-    SetVoiLut(info, voi, 0, 7);
-    SetPresentationLut(info, presentation, 0, 16);
-    CXWindowing windowing;
-    windowing.PrepareGSPSProcessing2(&info, 0, 4);
-    EXPECT_EQ(Table(windowing), (Bytes{252, 253, 254, 255, 255}));
+    Record record(16);
+    record.presentationShape = 1;
+    record.SetVoiLut(voi, 0, 7);
+    record.SetPresentationLut(presentation, 0, 16);
+    EXPECT_EQ(TableOver(record, 0, 4), (Bytes{252, 253, 254, 255, 255}));
 }
 
 TEST(Record, LutsOfEveryPlaceAndLengthAreReadWithinTheirEntries) {
-    for (const int count : {1, 2, 3, 255, 256, 257, 4096, 65536}) {
-        Words entries(static_cast<std::size_t>(count), 0x8080);
-        entries.shrink_to_fit();
+    for (const std::size_t count : {1, 2, 3, 255, 256, 257, 4096, 65536}) {
+        Words words(count, 0x8080);
         for (const int bits : {0, 7, 8, 9, 16, 255}) {
             for (const int first : {-32768, -300, -1, 0, 1, 255, 256, 32767}) {
-                CXGSPSInfo info;
-                info.pixelBitDepth = 12;
-                info.pixelRepresentation = first < 0 ? 1 : 0;
-                SetVoiLut(info, entries, first, bits);
-                SetPresentationLut(info, entries, first, bits);
-                SetModalityLut(info, entries, first);
+                Record record(12);
+                record.pixelRepresentation = first < 0 ? 1 : 0;
+                record.SetVoiLut(words, first, bits);
+                record.SetPresentationLut(words, first, bits);
+                record.SetModalityLut(words, first);
                 CXWindowing windowing;
-                windowing.PrepareGSPSProcessing(&info);
-                windowing.PrepareGSPSProcessing2(&info, -500, 1000);
-                EXPECT_EQ(Table(windowing).size(), 1501U);
+                windowing.PrepareGSPSProcessing(&record);
+                windowing.PrepareGSPSProcessing2(&record, -500, 1000);
+                EXPECT_EQ(DisplayTableOf(windowing).size(), 1501U);
             }
         }
     }
