@@ -3,7 +3,7 @@
 #include "foundation/types/checked_size.h"
 #include "pipeline/intake/incoming_image.h"
 #include "pipeline/intake/modality_stage.h"
-#include "pipeline/intake/pixel_header.h"
+#include "pipeline/pixel_header.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -2,7 +2,7 @@
 
 #include "foundation/types/limits.h"
 #include "foundation/types/saturate.h"
-#include "pipeline/intake/pixel_header.h"
+#include "pipeline/pixel_header.h"
 #include "pipeline/intake/presentation_record.h"
 #include "pipeline/intake/rgb_frame.h"
 #include "quorvex/CXGSPSInfo.h"

@@ -2,7 +2,7 @@
 #include "pipeline/intake/functional_groups.h"
 #include "pipeline/intake/incoming_image.h"
 #include "pipeline/intake/modality_stage.h"
-#include "pipeline/intake/pixel_header.h"
+#include "pipeline/pixel_header.h"
 #include "pipeline/layers/overlay_layer.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"

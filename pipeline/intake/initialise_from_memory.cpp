@@ -2,7 +2,7 @@
 #include "foundation/types/checked_size.h"
 #include "pipeline/intake/callers_frame.h"
 #include "pipeline/intake/incoming_image.h"
-#include "pipeline/intake/pixel_header.h"
+#include "pipeline/pixel_header.h"
 #include "pipeline/intake/presentation_record.h"
 #include "pipeline/layers/overlay_layer.h"
 #include "quorvex/CXDIPP.h"

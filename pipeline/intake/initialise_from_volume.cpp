@@ -3,7 +3,7 @@
 #include "pipeline/colour/supplemental_palette.h"
 #include "pipeline/intake/callers_frame.h"
 #include "pipeline/intake/incoming_image.h"
-#include "pipeline/intake/pixel_header.h"
+#include "pipeline/pixel_header.h"
 #include "pipeline/intake/presentation_record.h"
 #include "pipeline/layers/overlay_layer.h"
 #include "quorvex/CLData.h"

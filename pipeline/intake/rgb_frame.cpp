@@ -1,6 +1,6 @@
 #include "pipeline/intake/rgb_frame.h"
 
-#include "pipeline/intake/pixel_header.h"
+#include "pipeline/pixel_header.h"
 #include "pipeline/intake/stored_elements.h"
 
 #include <algorithm>

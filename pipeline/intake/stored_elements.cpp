@@ -3,7 +3,7 @@
 #include "foundation/platform/pages.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
-#include "pipeline/intake/element_access.h"
+#include "pipeline/pixel_elements.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,8 +2,8 @@
 
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
-#include "pipeline/intake/element_access.h"
-#include "pipeline/intake/pixel_header.h"
+#include "pipeline/pixel_elements.h"
+#include "pipeline/pixel_header.h"
 #include "pipeline/layers/overlay_planes.h"
 #include "quorvex/CLData.h"
 

@@ -1,4 +1,4 @@
-#include "pipeline/intake/pixel_header.h"
+#include "pipeline/pixel_header.h"
 
 #include "foundation/dicom/model/tags.h"
 #include "foundation/types/checked_size.h"
