@@ -1,8 +1,7 @@
 #include "pipeline/pixel_header.h"
 
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/types/checked_size.h"
-#include "quorvex/DicomObject.h"
 
 #include <cstdint>
 #include <limits>
@@ -14,14 +13,9 @@ namespace {
 constexpr int kWidestSample = 32;
 constexpr unsigned kLargestSide = std::numeric_limits<std::int32_t>::max();
 
-unsigned short ValueOr(const CDcmObject& header, std::uint32_t tag, unsigned short absent) {
-    unsigned short value = 0;
-    return header.GetValue(tag, value) == kDcmSuccess ? value : absent;
-}
-
-unsigned SideOr0(const CDcmObject& header, std::uint32_t tag) {
-    unsigned value = 0;
-    return header.GetValue(tag, value) == kDcmSuccess && value <= kLargestSide ? value : 0;
+std::int32_t SideOr0(const CDcmObject& header, std::uint32_t tag) {
+    const unsigned side = Read<unsigned>(header, tag).value_or(0);
+    return side <= kLargestSide ? static_cast<std::int32_t>(side) : 0;
 }
 
 }  // namespace
@@ -43,15 +37,16 @@ bool IsUsable(const PixelHeader& pixels) {
 }
 
 std::optional<PixelHeader> ReadPixelHeader(const CDcmObject& header) {
+    const auto wordOr = [&header](std::uint32_t tag, int absent) {
+        return Read<unsigned short>(header, tag).value_or(static_cast<unsigned short>(absent));
+    };
     PixelHeader pixels;
-    pixels.size = {static_cast<std::int32_t>(SideOr0(header, tag::kColumns)),
-                   static_cast<std::int32_t>(SideOr0(header, tag::kRows))};
-    pixels.samplesPerPixel = ValueOr(header, tag::kSamplesPerPixel, 1);
-    pixels.bitsAllocated = ValueOr(header, tag::kBitsAllocated, 0);
-    pixels.pixelRepresentation = ValueOr(header, tag::kPixelRepresentation, 0);
-    pixels.bitsStored = ValueOr(header, tag::kBitsStored, pixels.bitsAllocated);
-    pixels.highBit =
-        ValueOr(header, tag::kHighBit, static_cast<unsigned short>(pixels.bitsStored - 1));
+    pixels.size = {SideOr0(header, tag::kColumns), SideOr0(header, tag::kRows)};
+    pixels.samplesPerPixel = wordOr(tag::kSamplesPerPixel, 1);
+    pixels.bitsAllocated = wordOr(tag::kBitsAllocated, 0);
+    pixels.pixelRepresentation = wordOr(tag::kPixelRepresentation, 0);
+    pixels.bitsStored = wordOr(tag::kBitsStored, pixels.bitsAllocated);
+    pixels.highBit = wordOr(tag::kHighBit, pixels.bitsStored - 1);
     if (!IsUsable(pixels)) return std::nullopt;
     return pixels;
 }

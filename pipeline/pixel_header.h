@@ -1,7 +1,7 @@
 /// What a header says about the pixels of its frames.
 #pragma once
 
-#include "pipeline/intake/stored_elements.h"
+#include "pipeline/pixel_elements.h"
 #include "quorvex/Types.h"
 
 #include <cstddef>
@@ -26,10 +26,10 @@ struct PixelHeader {
     [[nodiscard]] StoredLayout Layout() const noexcept;
 };
 
-/// Whether an image has pixels, not more than we would ever hold, and samples of up to 32 bits.
+/// Whether an image has pixels, at most `kLargestBlock` bytes of them, and samples of up to 32 bits.
 [[nodiscard]] bool IsUsable(const PixelHeader& pixels);
 
-/// Nothing when there are no pixels, more than we would ever hold, or samples wider than 32 bits.
+/// Nothing where the header's image is not usable.
 [[nodiscard]] std::optional<PixelHeader> ReadPixelHeader(const CDcmObject& header);
 
 }  // namespace quorvex

@@ -8,8 +8,8 @@
 
 namespace quorvex {
 
-/// One image of a volume, as its host holds it. A plain record that owns nothing: what it points to
-/// is the host's, is only read, and need not outlive the call that it is handed to.
+/// One image of a volume, as its host keeps it. A plain record that owns nothing: what it points to
+/// belongs to the host, is only read, and need not outlive the call that it is handed to.
 class CLData {
 public:
     /// Rows from the top, each directly behind the last; grey pixels as wide as `bitsAllocated`
@@ -39,11 +39,11 @@ public:
 
 /// Gathers the overlays that lie in unused bits of a frame into one plane, as `CLData` takes it.
 ///
-/// Of a frame as it is stored, every plane of the groups (6000) to (601E) whose bits lie there and
-/// which has the size of the image counts.
+/// Takes every plane of the groups (6000) to (601E) that has the size of the image and whose bits lie
+/// in the frame.
 ///
 /// @param object     the frame's header
-/// @param frame      `frameSize` bytes; a frame that is too short has no more overlay bits
+/// @param frame      `frameSize` bytes, as they are stored; pixels past the end have no overlay bits
 /// @param plane      receives a new block of `planeSize` bytes, yours to release with delete[];
 ///                   null without such an overlay
 /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA without an object or a frame, without

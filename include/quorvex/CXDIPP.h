@@ -6,40 +6,12 @@
 #include "quorvex/ResultCodes.h"
 #include "quorvex/Types.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <memory>
 
 namespace quorvex {
 
 class CLData;
-class CXGSPSInfo;
-class CXWindowing;
-class CxDcmParser;
-struct IncomingImage;
-struct _IMAGE_INFO;
-
-/// Bytes of an image that `CXDIPP` owns.
-struct PixelBlock {
-    std::unique_ptr<unsigned char[]> data;
-    std::size_t size = 0;
-};
-
-/// What the elements of a displayed frame stand for.
-struct ValueRange {
-    std::int64_t low = 0;   ///< lowest value of the frame: an element holds a value's low bits
-    std::int64_t high = 0;  ///< highest value of the frame
-    int domainLow = 0;      ///< lowest value that windowing has a display value for
-    int domainHigh = 0;     ///< highest one
-};
-
-/// How the image lay when it was rendered.
-struct RenderedView {
-    CSize imageSize;
-    double aspectRatio = 1.0;
-    int rotation = 0;  ///< 0, 90, 180 or 270 degrees clockwise
-    bool isFlipped = false;
-};
+struct DisplayedImage;
 
 /// One displayed image: a frame after the modality stage, the presentation that governs it, its
 /// window, and its place in the view (zoom, pan, rotation, flip).
@@ -62,13 +34,13 @@ public:
 
     /// Opens a file and shows one of its frames, fitted to the view.
     ///
-    /// Attributes that a file leaves out: Samples per Pixel counts as 1, Pixel Representation as 0,
-    /// Bits Stored as Bits Allocated. Frames of 1 bit a pixel show 0 black and 1 white. Grey frames
-    /// whose values do not fit into 16 bits are scaled to 16 bits, window included, so that they
-    /// look as they would unscaled; those that a tiny rescale slope would leave without detail keep
-    /// their stored values, and the window counts in these. Bits beyond Bits Stored are ignored.
-    /// Colour frames with more than 8 bits a sample show the highest 8 stored ones. A frame shorter
-    /// than its header says ends in zeros. Palette colour is shown as grey indices.
+    /// Defaults of absent attributes: 1 for Samples per Pixel, 0 for Pixel Representation, Bits
+    /// Allocated for Bits Stored. Frames of 1 bit a pixel show 0 black and 1 white. Grey frames whose
+    /// values do not fit into 16 bits are scaled to 16 bits, window included, so that they look as
+    /// they would unscaled; those that a tiny rescale slope would leave without detail keep their
+    /// stored values, and the window counts in these. Bits beyond Bits Stored are ignored. Colour
+    /// frames with more than 8 bits a sample show the highest 8 stored ones. A frame shorter than its
+    /// header says ends in zeros. Palette colour is shown as grey indices.
     ///
     /// The window starts as the image states it, or over the full range of values met so far on
     /// this object (0 always included).
@@ -79,7 +51,7 @@ public:
     /// @param frameIndex  0 for the first frame
     /// @return QVM_SUCCESS, or what `Initialize` and `GetAFrame` of `CxDcmParser` answer, or
     ///         QVM_ERROR_FAILED_TO_GET_PIXEL_DATA  no memory, or a size that nothing can hold.
-    ///         After a failure the image that was there is still there.
+    ///         After a failure the former image stays.
     QUORVEX_MESSAGE Initialize(CDcmApp* app, CString path, CSize viewSize, int frameIndex);
 
     /// The same from a data set, which stays the caller's and must outlive later frame changes.
@@ -95,8 +67,7 @@ public:
     /// @param maxValue   highest value of grey pixels; colour uses 0 to 255
     /// @param minValue   lowest value of grey pixels
     /// @param reserved   has no effect
-    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA without an object, pixels,
-    ///         memory
+    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA without an object, pixels or memory
     QUORVEX_MESSAGE Initialize(CDcmApp* app, CDcmObject* object, unsigned char* pixelData,
                                CSize viewSize, int maxValue, int minValue, int reserved);
 
@@ -120,8 +91,8 @@ public:
     /// 2          one byte or word a pixel in the colours of the object's palette, as grey where it
     ///            has no whole one; without an object the volume has three bytes a pixel
     /// 3          the object's supplemental palette in colour over grey: like `MakeSPCOverlay`, but
-    ///            with 16-bit entries scaled to bytes, words as signed as the volume says, and
-    ///            black entries shown as such; without an object the layer that is there
+    ///            with 16-bit entries scaled to bytes, words signed where the volume is, and black
+    ///            entries shown; without an object the present layer
     /// 5          the object's overlays burnt in, in their colours on a colour image
     /// other      the volume alone
     ///
@@ -130,7 +101,7 @@ public:
     /// @param maxValue  highest value of grey pixels; colour uses 0 to 255, and kind 3 at least that
     /// @param minValue  lowest value of grey pixels
     /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA without data, pixels, a usable
-    ///         size or memory; the image that was there is then still there
+    ///         size or memory; the former image then stays
     QUORVEX_MESSAGE Initialize(CDcmObject* object, CLData* data, CSize viewSize, int maxValue,
                                int minValue, int imageKind);
 
@@ -143,9 +114,9 @@ public:
     /// Lays a presentation state, from a file, over the image that is open.
     ///
     /// Its window or tables, rotation and flip replace those of the image; its displayed area takes
-    /// effect when the view next gets another size; its modality stage is not shown, its shutter and
-    /// annotations are where the host asks for them. A state that cannot be read leaves the image
-    /// without presentation.
+    /// effect when the view next gets another size; its modality stage is not shown; its shutter and
+    /// annotations are shown where `ShowShutter` and `ShowAnnotations` ask for them. A state that
+    /// cannot be read leaves the image without presentation.
     ///
     /// @return QVM_SUCCESS, also without an open image, where nothing happens; QVM_ERROR_NO_IMAGE
     ///         without memory, nothing changed
@@ -179,7 +150,8 @@ public:
     /// A new size of the drawing area: the image is laid out afresh, zoom and pan start over. The
     /// present size changes nothing.
     QUORVEX_MESSAGE UpdateViewSize(CSize newViewSize);
-    /// Shows black as white from the next render on, for the rest of the object's life.
+    /// Complements the image from the next render on, for the rest of the object's life: black shows
+    /// as white. A second call changes nothing.
     QUORVEX_MESSAGE Inverse();
 
     /// Shows the shutter of the image or its state from the next render on; 0 stops that. Off at
@@ -191,7 +163,7 @@ public:
     /// hides nothing.
     QUORVEX_MESSAGE ShowShutter(int on);
     /// Draws the annotations of the image or its state over it, from the next `Draw` on; 0 stops
-    /// that. Off at first, and kept when another image comes in. The rendered result never has them.
+    /// that. Off at first, and kept when another image comes in. The rendered result has none.
     ///
     /// Image coordinates ("PIXEL", (0, 0) the upper left corner of the upper left pixel) turn, flip,
     /// zoom and pan with the result that `Draw` shows. Display coordinates ("DISPLAY") stay with the
@@ -221,8 +193,9 @@ public:
     ///
     /// @return QVM_SUCCESS, or, with the last result kept,
     ///         QVM_ERROR_NO_IMAGE             nothing is open, or no memory
-    ///         QVM_ERROR_INVALID_OUTPUT_SIZE  a zoom below 0 or not a number, a result larger than
-    ///                                        4 GiB, or a rotation that is no multiple of 90
+    ///         QVM_ERROR_INVALID_OUTPUT_SIZE  a zoom that is negative, infinite or NaN, a result
+    ///                                        larger than 4 GiB, or a rotation that is no multiple
+    ///                                        of 90
     QUORVEX_MESSAGE Render();
 
     /// Puts the last result on the surface, centred in the view and moved by the pan; what lies
@@ -247,8 +220,8 @@ public:
     /// Draws the first overlay plane that has Overlay Data of one bit a pixel.
     ///
     /// Overlay groups run from (6000) to (601E); one that lacks rows, columns, origin or bits
-    /// allocated is passed over. What hangs over an edge of the image is cut off. Overlay Data that
-    /// ends early leaves the rest clear.
+    /// allocated is skipped. What hangs over an edge of the image is cut off. Overlay Data that ends
+    /// early leaves the rest clear.
     ///
     /// @param object   the image's header
     /// @param pixels   has no effect
@@ -258,7 +231,7 @@ public:
     /// @param length   receives Rows x Columns
     /// @param outWidth has no effect
     /// @param reserved has no effect
-    /// @return QVM_SUCCESS; QVM_ERROR_NO_IMAGE without memory, part of `overlay` drawn perhaps
+    /// @return QVM_SUCCESS; QVM_ERROR_NO_IMAGE without memory: part of `overlay` may be drawn then
     QUORVEX_MESSAGE MakeOverlayImage(CDcmObject* object, unsigned char* pixels,
                                      unsigned char* overlay, unsigned long& length,
                                      unsigned short& outWidth, int reserved) const;
@@ -291,7 +264,7 @@ public:
     /// @param length  receives Rows x Columns x 3
     /// @return QVM_SUCCESS (for an image without a size too, with nothing in the block), or
     ///         QVM_ERROR_NO_IMAGE with `rgb` and `length` untouched: a colour has no usable table,
-    ///         no object, no pixels, no memory
+    ///         or there is no object, no pixels, no memory
     QUORVEX_MESSAGE MakeSPCOverlay(CDcmObject* object, unsigned char* pixels, unsigned char*& rgb,
                                    unsigned long& length) const;
 
@@ -303,7 +276,7 @@ public:
                                          unsigned short width, unsigned short height,
                                          unsigned char*& rgb, unsigned long& length) const;
 
-    /// Colours every pixel by the palette; values outside the tables take their nearest end.
+    /// Colours every pixel by the palette; values outside the tables take their nearest entry.
     ///
     /// Entries scale to bytes as in `CxDcmParser::GetRGBBufferFromPaletteImage`.
     ///
@@ -316,58 +289,7 @@ public:
                                           unsigned short& paddedColumns) const;
 
 private:
-    friend struct CXDIPPInspector;  // through which the tests see the members
-
-    QUORVEX_MESSAGE ShowFrame(CxDcmParser& source, CSize newViewSize, int frameIndex);
-    [[nodiscard]] IncomingImage FromVolume(const CLData& data, CSize newViewSize) const;
-    void ShowVolume(IncomingImage& incoming);
-    void Prepare(IncomingImage& incoming) const;
-    void Commit(IncomingImage& incoming) noexcept;
-    void ApplyState(CDcmObject* state);
-    [[nodiscard]] _IMAGE_INFO RenderJob(CSize size) const;
-    void DrawAnnotations(const DrawingSurface& surface, CPoint place) const;
-
-    void PrepareDisplayAreaTransform() noexcept;
-    void PrepareScaleToFit() noexcept;
-    void PrepareMagnify() noexcept;
-    void DoFit() noexcept;
-    void UpdateDisplayArea() noexcept;
-    [[nodiscard]] CPoint CalcImagePanOffset() const noexcept;
-
-    [[nodiscard]] double EffectiveAspectRatio() const noexcept;
-    [[nodiscard]] int QuarterTurns() const noexcept;
-
-    std::unique_ptr<CxDcmParser> parser;
-    std::unique_ptr<CXWindowing> windowing;
-    std::shared_ptr<CXGSPSInfo> presentation;  // never changed once it is here: copies share it
-    PixelBlock overlayImage;
-    PixelBlock paletteImage;
-    PixelBlock headerOverlays;  // overlays of the opened header; laid out like `overlayImage`
-    int pixelRepresentation = 0;
-    PixelBlock pixels;
-    PixelBlock resultImage;
-    CSize resultSize;
-    int renderedPixelSize = 0;  // of `resultImage`, which outlives a change of image
-    RenderedView renderedView;  // likewise
-    CSize imageSize;
-    CSize viewSize;
-    int rotation = 0;
-    int horizontalFlip = 0;
-    double zoom = 0.0;
-    CPoint panOffset;
-    int resultPixelSize = 0;
-    int bytesPerPixel = 0;
-    unsigned short bitsStored = 0;
-    CRect roi;
-    double aspectRatio = 0.0;
-    int inverse = 0;
-    ValueRange valueRange;
-    int minValue = 0;  // over all frames that this object met; 0 always lies between the two
-    int maxValue = 0;
-    int renderMode = 0;
-    int shutterShown = 0;
-    int annotationsShown = 0;
-    int overlaysShown = 0;
+    std::unique_ptr<DisplayedImage> image_;
 };
 
 }  // namespace quorvex

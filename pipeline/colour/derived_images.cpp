@@ -1,11 +1,10 @@
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
 #include "parser/palette/palette_image.h"
 #include "pipeline/colour/supplemental_palette.h"
 #include "quorvex/CXDIPP.h"
-#include "quorvex/DicomObject.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -21,14 +20,10 @@ constexpr std::size_t kMostColumns = std::numeric_limits<unsigned short>::max();
 constexpr double kByByteEntries = 255.0 / 256.0;
 constexpr double kByWordEntries = 255.0 / 65536.0;
 
-unsigned short WordOr0(const CDcmObject& object, std::uint32_t tag) {
-    unsigned short value = 0;
-    return object.GetValue(tag, value) == kDcmSuccess ? value : static_cast<unsigned short>(0);
-}
-
 std::size_t IndexBytesOf(const CDcmObject& object) {
-    return PaletteIndexBytes(unsigned{WordOr0(object, tag::kBitsAllocated)} *
-                             WordOr0(object, tag::kSamplesPerPixel));
+    const unsigned bitsAllocated = Read<unsigned short>(object, tag::kBitsAllocated).value_or(0);
+    const unsigned samples = Read<unsigned short>(object, tag::kSamplesPerPixel).value_or(0);
+    return PaletteIndexBytes(bitsAllocated * samples);
 }
 
 struct FrameSize {
@@ -38,7 +33,8 @@ struct FrameSize {
 };
 
 FrameSize SizeOf(const CDcmObject& object) {
-    return {WordOr0(object, tag::kColumns), WordOr0(object, tag::kRows)};
+    return {Read<unsigned short>(object, tag::kColumns).value_or(0),
+            Read<unsigned short>(object, tag::kRows).value_or(0)};
 }
 
 HeapBlock ClearedPixels(std::size_t pixelCount) {

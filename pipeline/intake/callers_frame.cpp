@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -20,23 +19,17 @@ constexpr ValueSpan kWordValues{std::numeric_limits<std::int16_t>::min(),
 
 void TakeCallersGrey(IncomingImage& incoming, PixelBlock frame, const PixelHeader& header,
                      ValueSpan met) {
-    if (header.bitsAllocated == 8 || header.bitsAllocated == 16) {
-        incoming.pixels = std::move(frame);
-        incoming.bytesPerPixel = header.bitsAllocated / 8;
-        incoming.range = RangeOfCaller(met);
-    } else {
-        incoming.TakeGrey(
+    const bool isWhole = header.bitsAllocated == 8 || header.bitsAllocated == 16;
+    if (!isWhole) {
+        return incoming.TakeGrey(
             ApplyModalityStage(std::move(frame), header.Layout(), ModalityTransform(), met));
     }
+    incoming.pixels = std::move(frame);
+    incoming.bytesPerPixel = header.bitsAllocated / 8;
+    incoming.range = RangeOfCaller(met);
 }
 
 }  // namespace
-
-PixelBlock CopyOf(std::span<const unsigned char> bytes) {
-    PixelBlock copy = NewPixelBlock(bytes.size());
-    std::memcpy(copy.data.get(), bytes.data(), bytes.size());
-    return copy;
-}
 
 std::optional<std::size_t> CallerFrameBytes(const PixelHeader& header) {
     if (!header.IsGrey()) return CheckedProduct(header.PixelCount(), header.samplesPerPixel);

@@ -1,7 +1,7 @@
 /// Frames that a caller holds, on their way into a `CXDIPP`.
 #pragma once
 
-#include "pipeline/intake/stored_elements.h"
+#include "pipeline/value_range.h"
 
 #include <cstddef>
 #include <optional>
@@ -12,9 +12,8 @@ namespace quorvex {
 struct IncomingImage;
 struct PixelHeader;
 
-[[nodiscard]] PixelBlock CopyOf(std::span<const unsigned char> bytes);
-
-/// Bytes of a frame that a caller hands over under a header: colour has one byte a sample.
+/// Bytes of a frame that a caller hands over under a header; colour has one byte a sample. Nothing
+/// above `kLargestBlock`.
 [[nodiscard]] std::optional<std::size_t> CallerFrameBytes(const PixelHeader& header);
 
 /// A range of values, whichever way round it is given.

@@ -2,9 +2,9 @@
 
 #include "foundation/types/limits.h"
 #include "foundation/types/saturate.h"
-#include "pipeline/pixel_header.h"
 #include "pipeline/intake/presentation_record.h"
 #include "pipeline/intake/rgb_frame.h"
+#include "pipeline/pixel_header.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
 
@@ -91,14 +91,43 @@ void IncomingImage::SetDomain(const ModalityFrame& frame) {
     quorvex::SetDomain(range, low, high);
 }
 
-// A record's window counts in values. Where those are no usable whole numbers, it is told in
-// elements, like the pixels.
+// A record's window counts in values. Where those are no usable whole numbers, it counts in elements,
+// like the pixels.
 void IncomingImage::TakeScale(const ValueScale& frameScale) {
     if (FitsWholeNumbers(frameScale)) {
-        scale = frameScale;
+        scale_ = frameScale;
     } else {
         ScaleWindow(*record, frameScale);
     }
+}
+
+void IncomingImage::Replace(DisplayedImage& current) {
+    Prepare(*current.windowing);
+    Commit(current);
+}
+
+// Tables are prepared on a copy: those of the image on show stay until all is done.
+void IncomingImage::Prepare(const CXWindowing& current) {
+    windowing_ = std::make_unique<CXWindowing>(current);
+    windowing_->SetRescale(scale_.step, scale_.offset);
+    windowing_->PrepareGSPSProcessing2(record.get(), range.domainLow, range.domainHigh);
+}
+
+void IncomingImage::Commit(DisplayedImage& current) noexcept {
+    current.imageSize = imageSize;
+    current.viewSize = viewSize;
+    current.pixelRepresentation = pixelRepresentation;
+    current.bytesPerPixel = bytesPerPixel;
+    current.resultPixelSize = bytesPerPixel >= kColourBytes ? kColourBytes : 1;
+    current.bitsStored = bitsStored;
+    current.pixels = std::move(pixels);
+    current.headerOverlays = std::move(headerOverlays);
+    current.windowing = std::move(windowing_);
+    current.valueRange = range;
+    current.rotation = record->imageRotation;
+    current.horizontalFlip = record->imageHorizontalFlip;
+    current.presentation = std::move(record);
+    current.PrepareDisplayAreaTransform();
 }
 
 }  // namespace quorvex

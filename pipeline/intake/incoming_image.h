@@ -2,8 +2,10 @@
 /// fail, so that the image on show survives every failure.
 #pragma once
 
+#include "pipeline/displayed_image.h"
 #include "pipeline/intake/modality_stage.h"
-#include "quorvex/CXDIPP.h"
+#include "pipeline/pixel_block.h"
+#include "pipeline/value_range.h"
 #include "quorvex/Types.h"
 
 #include <cstdint>
@@ -25,22 +27,29 @@ struct IncomingImage {
     PixelBlock pixels;
     PixelBlock headerOverlays;  ///< empty without any
     std::shared_ptr<CXGSPSInfo> record;
-    std::unique_ptr<CXWindowing> windowing;
     ValueRange range;
-    ValueScale scale;
-    int minValue = 0;  ///< what the members of that name become
+    int minValue = 0;  ///< over the grey values met; 0 always lies between the two
     int maxValue = 0;
 
     /// Takes what the header says, and reads the presentation of `object`.
     void TakeHeader(const PixelHeader& header, CDcmObject& object);
-    /// Takes a colour frame, samples interleaved. After `TakeHeader`.
+    /// Takes a colour frame, samples interleaved. Needs the record.
     void TakeColour(PixelBlock frame, const PixelHeader& header);
-    /// Takes a grey frame and what values it adds to those met. After `TakeHeader`.
+    /// Takes a grey frame, and adds its values to those met. Needs the record.
     void TakeGrey(ModalityFrame frame);
+
+    /// Becomes the image on show, laid out afresh; the values met are not taken over. Where it throws
+    /// `current` is as it was.
+    void Replace(DisplayedImage& current);
 
 private:
     void SetDomain(const ModalityFrame& frame);
     void TakeScale(const ValueScale& frameScale);
+    void Prepare(const CXWindowing& current);
+    void Commit(DisplayedImage& current) noexcept;
+
+    ValueScale scale_;
+    std::unique_ptr<CXWindowing> windowing_;
 };
 
 /// Domain over `low` to `high`, unless that is more than windowing should get a table for: then it

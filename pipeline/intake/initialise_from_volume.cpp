@@ -3,14 +3,13 @@
 #include "pipeline/colour/supplemental_palette.h"
 #include "pipeline/intake/callers_frame.h"
 #include "pipeline/intake/incoming_image.h"
-#include "pipeline/pixel_header.h"
 #include "pipeline/intake/presentation_record.h"
 #include "pipeline/layers/overlay_layer.h"
+#include "pipeline/pixel_header.h"
 #include "quorvex/CLData.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXImageCreator.h"
-#include "quorvex/CXWindowing.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -97,18 +96,17 @@ std::shared_ptr<CXGSPSInfo> RecordOf(const CLData& data) {
 
 PixelBlock ColouredPixels(const Volume& volume, const Palette& palette) {
     PixelBlock rgb = NewPixelBlock(volume.header.PixelCount() * kChannels);
-    ColourByPalette(palette, volume.pixels, volume.IndexBytes(), {rgb.data.get(), rgb.size});
+    ColourByPalette(palette, volume.pixels, volume.IndexBytes(), rgb.Bytes());
     return rgb;
 }
 
 PixelBlock SupplementalLayer(const Volume& volume, CDcmObject& object) {
     const auto palette = LoadPalette(object);
     if (!palette || !volume.header.IsGrey()) return {};
-    PixelBlock layer = NewPixelBlock(volume.header.PixelCount() * kChannels);
-    std::fill_n(layer.data.get(), layer.size, static_cast<unsigned char>(0));
+    PixelBlock layer = ClearedPixelBlock(volume.header.PixelCount() * kChannels);
     const auto rules = RulesForDisplay(*palette, volume.header.pixelRepresentation != 0);
     ColourByTable(SupplementalColours(*palette, volume.IndexBytes(), rules), volume.pixels,
-                  volume.IndexBytes(), {layer.data.get(), layer.size});
+                  volume.IndexBytes(), layer.Bytes());
     return layer;
 }
 
@@ -118,10 +116,10 @@ std::span<const unsigned char> EmbeddedPlaneOf(const CLData& data) {
 }
 
 // Grey under colours keeps to bytes, unless its pixels are wider.
-ValueSpan RangeOfKind(int imageKind, const Volume& volume, ValueSpan told) {
-    if (imageKind != kSupplementalImage) return told;
+ValueSpan RangeOfKind(int imageKind, const Volume& volume, ValueSpan stated) {
+    if (imageKind != kSupplementalImage) return stated;
     if (volume.header.bitsAllocated <= 8) return kByteValues;
-    return {std::min(told.low, kByteValues.low), std::max(told.high, kByteValues.high)};
+    return {std::min(stated.low, kByteValues.low), std::max(stated.high, kByteValues.high)};
 }
 
 void TakePixels(IncomingImage& incoming, const Volume& volume, CDcmObject* object, int imageKind,
@@ -139,65 +137,69 @@ void TakePixels(IncomingImage& incoming, const Volume& volume, CDcmObject* objec
     incoming.record->pixelBitDepth = incoming.bytesPerPixel;
 }
 
-}  // namespace
-
-IncomingImage CXDIPP::FromVolume(const CLData& data, CSize newViewSize) const {
+/// All of a volume's image but its pixels. Rotation and flip stay those of the image on show.
+IncomingImage FromVolume(const CLData& data, CSize viewSize, const DisplayedImage& current) {
     IncomingImage incoming;
     incoming.imageSize = {data.width, data.height};
-    incoming.viewSize = newViewSize;
+    incoming.viewSize = viewSize;
     incoming.pixelRepresentation = data.pixelRepresentation;
     incoming.bitsStored = data.bitsStored;
     incoming.record = RecordOf(data);
-    incoming.record->imageRotation = rotation;
-    incoming.record->imageHorizontalFlip = horizontalFlip;
+    incoming.record->imageRotation = current.rotation;
+    incoming.record->imageHorizontalFlip = current.horizontalFlip;
     return incoming;
 }
 
-void CXDIPP::ShowVolume(IncomingImage& incoming) {
-    incoming.minValue = minValue;
-    incoming.maxValue = maxValue;
-    Prepare(incoming);
-    Commit(incoming);
+/// The layers that a kind of image brings.
+struct Layers {
+    std::optional<PixelBlock> overlays;
+    std::optional<PixelBlock> colours;
+};
+
+Layers LayersOf(const Volume& volume, const CLData& data, CDcmObject* object, int imageKind,
+                int bytesPerPixel) {
+    Layers layers;
+    if (imageKind == kOverlayImage) {
+        layers.overlays =
+            OverlayLayer(object, EmbeddedPlaneOf(data), volume.header.size, bytesPerPixel);
+    }
+    if (imageKind == kSupplementalImage && object != nullptr) {
+        layers.colours = SupplementalLayer(volume, *object);
+    }
+    return layers;
 }
 
-QUORVEX_MESSAGE CXDIPP::Initialize(CDcmObject* object, CLData* data, CSize newViewSize,
-                                   int newMaxValue, int newMinValue, int imageKind) {
+}  // namespace
+
+QUORVEX_MESSAGE CXDIPP::Initialize(CDcmObject* object, CLData* data, CSize viewSize, int maxValue,
+                                   int minValue, int imageKind) {
     return Answer(kNoPixels, [&] {
         const auto volume = ReadVolume(data);
         if (!volume) return kNoPixels;
-        IncomingImage incoming = FromVolume(*data, newViewSize);
-        TakePixels(incoming, *volume, object, imageKind, SpanOfCaller(newMinValue, newMaxValue));
+        IncomingImage incoming = FromVolume(*data, viewSize, *image_);
+        TakePixels(incoming, *volume, object, imageKind, SpanOfCaller(minValue, maxValue));
         if (object != nullptr) {
             incoming.headerOverlays =
                 HeaderOverlays(*object, volume->pixels, incoming.imageSize, incoming.bytesPerPixel);
         }
-        PixelBlock overlays;
-        if (imageKind == kOverlayImage) {
-            overlays = OverlayLayer(object, EmbeddedPlaneOf(*data), incoming.imageSize,
-                                    incoming.bytesPerPixel);
-        }
-        const bool makesColours = imageKind == kSupplementalImage && object != nullptr;
-        PixelBlock colours;
-        if (makesColours) colours = SupplementalLayer(*volume, *object);
-
-        ShowVolume(incoming);
-        renderMode = RenderModeOf(imageKind);
-        if (imageKind == kOverlayImage) overlayImage = std::move(overlays);
-        if (makesColours) paletteImage = std::move(colours);
+        Layers layers = LayersOf(*volume, *data, object, imageKind, incoming.bytesPerPixel);
+        incoming.Replace(*image_);
+        image_->renderMode = RenderModeOf(imageKind);
+        if (layers.overlays) image_->overlayImage = std::move(*layers.overlays);
+        if (layers.colours) image_->paletteImage = std::move(*layers.colours);
         return QVM_SUCCESS;
     });
 }
 
-QUORVEX_MESSAGE CXDIPP::Initialize(CLData* data, CSize newViewSize, int newMaxValue,
-                                   int newMinValue) {
+QUORVEX_MESSAGE CXDIPP::Initialize(CLData* data, CSize viewSize, int maxValue, int minValue) {
     return Answer(kNoPixels, [&] {
         const auto volume = ReadVolume(data);
         if (!volume) return kNoPixels;
-        IncomingImage incoming = FromVolume(*data, newViewSize);
+        IncomingImage incoming = FromVolume(*data, viewSize, *image_);
         TakeCallersFrame(incoming, volume->pixels, volume->header,
-                         SpanOfCaller(newMinValue, newMaxValue));
+                         SpanOfCaller(minValue, maxValue));
         incoming.record->pixelBitDepth = data->bitsAllocated;
-        ShowVolume(incoming);
+        incoming.Replace(*image_);
         return QVM_SUCCESS;
     });
 }

@@ -1,6 +1,6 @@
 #include "pipeline/intake/modality_stage.h"
 
-#include "pipeline/pixel_elements.h"
+#include "pipeline/intake/stored_elements.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,8 +2,9 @@
 #pragma once
 
 #include "pipeline/intake/modality_transform.h"
-#include "pipeline/intake/stored_elements.h"
-#include "quorvex/CXDIPP.h"
+#include "pipeline/pixel_block.h"
+#include "pipeline/pixel_elements.h"
+#include "pipeline/value_range.h"
 
 #include <cstdint>
 
@@ -33,8 +34,7 @@ struct ModalityFrame {
 /// Runs the stage.
 ///
 /// @param frame  the frame as stored; its block is used again where it can be
-/// @param met    values met so far: a scaled frame is scaled so that these fit too, and windows
-/// over
+/// @param met    values met so far: a scaled frame is scaled so that these fit too, and windows over
 ///               the full range stay comparable from frame to frame
 [[nodiscard]] ModalityFrame ApplyModalityStage(PixelBlock frame, const StoredLayout& layout,
                                                const ModalityTransform& transform, ValueSpan met);

@@ -1,7 +1,7 @@
 /// From stored values to modality values.
 #pragma once
 
-#include "pipeline/intake/stored_elements.h"
+#include "pipeline/value_range.h"
 
 #include <cstdint>
 #include <optional>
@@ -24,15 +24,15 @@ public:
         return !IsTable() && slope_ == 1.0 && intercept_ == 0.0;
     }
 
-    /// A whole number that is all there is to add, where that is so.
+    /// The whole number to add, where the stage does nothing else.
     [[nodiscard]] std::optional<std::int64_t> Offset() const noexcept;
 
-    /// The modality value of a stored one: cut towards zero; past a table's ends, its end entries.
+    /// The modality value of a stored one, truncated towards zero; outside a table its nearest entry.
     [[nodiscard]] std::int64_t operator()(std::int64_t stored) const noexcept;
     /// Lowest and highest modality value of stored ones that fill `stored`. Not for tables.
     [[nodiscard]] ValueSpan SpanOfRescaled(ValueSpan stored) const noexcept;
-    /// Whether hardly anything of an image is left when its values are cut to whole numbers, as
-    /// with slopes like 0.00001.
+    /// Whether hardly any detail is left once values are truncated to whole numbers, as with slopes
+    /// like 0.00001.
     [[nodiscard]] bool LosesDetail(ValueSpan stored) const noexcept;
 
     [[nodiscard]] double Slope() const noexcept { return slope_; }

@@ -1,7 +1,6 @@
 #include "pipeline/intake/rgb_frame.h"
 
 #include "pipeline/pixel_header.h"
-#include "pipeline/intake/stored_elements.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,14 +1,11 @@
 #include "pipeline/intake/stored_elements.h"
 
-#include "foundation/platform/pages.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
-#include "pipeline/pixel_elements.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
-#include <new>
 #include <span>
 #include <type_traits>
 #include <utility>
@@ -71,24 +68,24 @@ void KeepStoredBits(unsigned char* elements, std::size_t count, BitPlace place) 
 
 template <class Element>
 ValueSpan SpanOf(const unsigned char* elements, std::size_t count) {
-    // Words are compared as signed numbers, which every vector unit can do.
-    constexpr bool isTurned = std::is_same_v<Element, std::uint16_t>;
-    using Compared = std::conditional_t<isTurned, std::int16_t, Element>;
-    constexpr auto kTurn = static_cast<Element>(isTurned ? 0x8000U : 0U);
+    // Words are compared as signed numbers, which every vector unit can do: shifted by half.
+    constexpr bool isShifted = std::is_same_v<Element, std::uint16_t>;
+    using Compared = std::conditional_t<isShifted, std::int16_t, Element>;
+    constexpr auto kShift = static_cast<Element>(isShifted ? 0x8000U : 0U);
     Compared low = std::numeric_limits<Compared>::max();
     Compared high = std::numeric_limits<Compared>::lowest();
     for (std::size_t i = 0; i < count; ++i) {
         const auto element = ElementAt<Element>(elements, i);
-        const auto compared = static_cast<Compared>(element ^ kTurn);
+        const auto compared = static_cast<Compared>(element ^ kShift);
         low = std::min(low, compared);
         high = std::max(high, compared);
     }
-    return {static_cast<Element>(low ^ kTurn), static_cast<Element>(high ^ kTurn)};
+    return {static_cast<Element>(low ^ kShift), static_cast<Element>(high ^ kShift)};
 }
 
 PixelBlock WholeElements(PixelBlock frame, const StoredLayout& layout, std::size_t size) {
     const bool isPacked = layout.bitsAllocated != layout.ElementBytes() * 8;
-    if (isPacked) return Unpacked({frame.data.get(), frame.size}, layout);
+    if (isPacked) return Unpacked(frame.Bytes(), layout);
     if (frame.size < size) return Lengthened(frame, size);
     frame.size = size;
     return frame;
@@ -104,22 +101,6 @@ bool HasOtherBits(const StoredLayout& layout, BitPlace place, ValueSpan span) {
 }
 
 }  // namespace
-
-int StoredLayout::ElementBytes() const noexcept {
-    if (bitsAllocated < 1 || bitsAllocated > 32) return 0;
-    if (bitsAllocated <= 8) return 1;
-    return bitsAllocated <= 16 ? 2 : 4;
-}
-
-PixelBlock NewPixelBlock(std::size_t size) {
-    if (size > kLargestBlock) {
-        RefuseBy(Limit::kLargestBlock);
-        throw BlockTooLarge();
-    }
-    PixelBlock block{std::unique_ptr<unsigned char[]>(new unsigned char[size]), size};
-    WillBeFilled(block.data.get(), size);
-    return block;
-}
 
 ElementFrame StoredElements(PixelBlock frame, const StoredLayout& layout) {
     const auto size = CheckedProduct(layout.pixelCount, layout.ElementBytes());

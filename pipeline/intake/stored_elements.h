@@ -1,31 +1,11 @@
-/// The pixels of a grey frame as whole numbers of 1, 2 or 4 bytes that hold their stored values.
+/// The stored values of a grey frame, one element each.
 #pragma once
 
-#include "quorvex/CXDIPP.h"
-
-#include <cstddef>
-#include <cstdint>
+#include "pipeline/pixel_block.h"
+#include "pipeline/pixel_elements.h"
+#include "pipeline/value_range.h"
 
 namespace quorvex {
-
-/// How a grey frame stores its pixels.
-struct StoredLayout {
-    std::size_t pixelCount = 0;
-    int bitsAllocated = 0;
-    int bitsStored = 0;
-    int highBit = 0;
-    bool isSigned = false;
-    bool extendsSign = true;  ///< signed values take their sign from their highest stored bit
-
-    /// Bytes of one element: 1, 2 or 4; 0 for more than 32 bits, or none.
-    [[nodiscard]] int ElementBytes() const noexcept;
-};
-
-/// Lowest and highest of some values.
-struct ValueSpan {
-    std::int64_t low = 0;
-    std::int64_t high = 0;
-};
 
 /// A frame as elements, with its lowest and highest one.
 struct ElementFrame {
@@ -34,11 +14,8 @@ struct ElementFrame {
 };
 
 /// Makes elements of a frame: whole bytes for every pixel, unused bits cleared or filled with the
-/// sign. A frame that is too short ends in zeros. Where the frame is laid out that way already, it
-/// becomes the elements itself.
+/// sign. A frame that is too short ends in zeros. The frame's own block is used again where it is
+/// laid out that way already.
 [[nodiscard]] ElementFrame StoredElements(PixelBlock frame, const StoredLayout& layout);
-
-/// A block of `size` bytes, undefined. Throws std::bad_alloc, BlockTooLarge.
-[[nodiscard]] PixelBlock NewPixelBlock(std::size_t size);
 
 }  // namespace quorvex

@@ -1,12 +1,12 @@
+#include "pipeline/layers/annotation_drawing.h"
+
 #include "foundation/platform/canvas.h"
-#include "pipeline/layers/annotation_geometry.h"
+#include "foundation/platform/surface.h"
 #include "pipeline/layers/annotation_text.h"
-#include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 
 #include <algorithm>
 #include <cmath>
-#include <tuple>
 
 namespace quorvex {
 
@@ -53,24 +53,20 @@ void ForEach(const CPtrArray& elements, Draw&& draw) {
     }
 }
 
-}  // namespace
-
-QUORVEX_MESSAGE CXDIPP::ShowAnnotations(int on) {
-    annotationsShown = on;
-    return QVM_SUCCESS;
+bool HasAnnotations(const CXGSPSInfo& record) {
+    return record.textObjects.GetSize() != 0 || record.graphicObjects.GetSize() != 0;
 }
 
-void CXDIPP::DrawAnnotations(const DrawingSurface& surface, CPoint place) const {
-    if (!presentation || resultSize.cx < 1 || resultSize.cy < 1) return;
-    const auto& [texts, graphics] =
-        std::tie(presentation->textObjects, presentation->graphicObjects);
-    if (texts.GetSize() == 0 && graphics.GetSize() == 0) return;
-    const AnnotationPlace onSurface{ImageToSurface(renderedView, resultSize, place),
-                                    DisplayedArea(*presentation, renderedView, viewSize)};
+}  // namespace
+
+void DrawAnnotations(const CXGSPSInfo& record, const AnnotationPlace& place,
+                     const DrawingSurface& surface) {
+    if (!HasAnnotations(record)) return;
     Canvas canvas({surface.width, surface.height});
-    ForEach<GSPSGraphicObject>(
-        graphics, [&](const auto& graphic) { DrawGraphic(canvas, graphic, onSurface); });
-    ForEach<GSPSTextObject>(texts, [&](const auto& text) { DrawText(canvas, text, onSurface); });
+    ForEach<GSPSGraphicObject>(record.graphicObjects,
+                               [&](const auto& graphic) { DrawGraphic(canvas, graphic, place); });
+    ForEach<GSPSTextObject>(record.textObjects,
+                            [&](const auto& text) { DrawText(canvas, text, place); });
     canvas.PutOnto(surface);
 }
 

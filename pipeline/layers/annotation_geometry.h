@@ -2,10 +2,9 @@
 #pragma once
 
 #include "foundation/platform/canvas.h"
-#include "quorvex/CXDIPP.h"
+#include "pipeline/rendered_view.h"
 #include "quorvex/Types.h"
 
-#include <optional>
 #include <vector>
 
 namespace quorvex {
@@ -23,8 +22,8 @@ struct SurfaceArea {
 
 /// From image coordinates to a surface: the way that a render job takes the pixels, and then `Draw`.
 ///
-/// A job scales by what its whole output size makes of the zoom, keeps the image's lower left corner,
-/// cuts the width to a multiple of 4, mirrors what is left, and turns it.
+/// A job scales by the ratio of its whole output size to the image, keeps the image's lower left
+/// corner, cuts the width to a multiple of 4, mirrors what is left, and turns it.
 class ImageToSurface {
 public:
     /// @param result  size of the rendered image, none of it 0
@@ -50,19 +49,20 @@ struct AnnotationPlace {
     ImageToSurface image;
     SurfaceArea displayed;
 
-    /// @param units  as annotations have it: 0 image coordinates, else fractions of the displayed area
+    /// @param units  as annotations state it: 0 image coordinates, else fractions of the displayed
+    ///               area
     [[nodiscard]] CanvasPoint operator()(CanvasPoint point, int units) const noexcept;
 };
 
 /// One graphic object as lines.
 struct DrawnShape {
-    std::vector<CanvasPoint>
-        outline;            ///< one point alone is a mark; a closed one ends where it began
-    bool isFilled = false;  ///< only where it is closed
+    /// A single point is a mark. A closed outline ends at its first point.
+    std::vector<CanvasPoint> outline;
+    bool isFilled = false;  ///< only where the outline is closed
 };
 
-/// Points without a place are passed over, and so are those past the 65,535th. Circles and ellipses
-/// are round on the surface. An outline without points where too few are left.
+/// Skips points that have no finite place, and those past the 65,535th. Circles and ellipses are
+/// round on the surface. The outline is empty where too few points are left.
 [[nodiscard]] DrawnShape ShapeOf(const GSPSGraphicObject& graphic, const AnnotationPlace& place);
 
 }  // namespace quorvex

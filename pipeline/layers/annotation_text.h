@@ -19,12 +19,13 @@ struct PlacedLine {
 
 struct PlacedText {
     std::vector<PlacedLine> lines;
-    double fontSize = 0.0;
-    SurfaceArea area;  ///< that the lines take
+    double fontSize = 0.0;  ///< in device pixels
+    SurfaceArea area;       ///< what the lines cover
 };
 
-/// The text upright: in its box, from the top of it, justified as it says; or, without a box, to the
-/// right of its anchor. Nothing without a usable box or anchor. Lines past the 64th are left out.
+/// The text upright: in its box, from the top, with the justification that it states; without a box,
+/// to the right of its anchor. Nothing without a usable box or anchor. Lines past the 64th are left
+/// out.
 ///
 /// @param canvas  measures the lines
 [[nodiscard]] std::optional<PlacedText> PlaceText(const GSPSTextObject& text,

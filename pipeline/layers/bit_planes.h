@@ -13,6 +13,7 @@
 
 namespace quorvex {
 
+/// Rows and columns of a bit plane, without gaps between its rows.
 struct PlaneSize {
     unsigned short rows = 0;
     unsigned short columns = 0;
@@ -22,18 +23,19 @@ struct PlaneSize {
     friend bool operator==(const PlaneSize&, const PlaneSize&) = default;
 };
 
-// Bits in mask order; `index` must lie in the mask.
+/// Sets, clears and reads a bit in mask order, in which hosts keep masks of their own; `index` must
+/// lie in the mask. `GetMask` gives 0 or 1.
 void SetMask(std::span<unsigned char> mask, std::size_t index) noexcept;
 void ClearMask(std::span<unsigned char> mask, std::size_t index) noexcept;
 [[nodiscard]] unsigned char GetMask(std::span<const unsigned char> mask,
                                     std::size_t index) noexcept;
 
 /// Merges a plane into the top left corner of a target of at least as many pixels; a larger plane
-/// is passed over.
+/// is skipped.
 ///
-/// Planes of one size are merged byte by byte, so that both may be in overlay order, all but the
-/// last bits that fill no byte; others are taken in mask order. Bits past the end of either block
-/// are passed over.
+/// Planes of one size are merged byte by byte, so that both may be in overlay order; bits at the end
+/// that fill no whole byte are left out. Other planes are read in mask order. Bits past the end of
+/// either block are skipped.
 void MergeOverlay(std::span<unsigned char> target, std::span<const unsigned char> plane,
                   PlaneSize targetSize, PlaneSize planeSize) noexcept;
 

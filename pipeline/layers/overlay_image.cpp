@@ -1,12 +1,10 @@
 #include "pipeline/layers/overlay_image.h"
 
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/types/answer.h"
-#include "foundation/types/checked_size.h"
 #include "pipeline/layers/overlay_planes.h"
 #include "quorvex/CLData.h"
 #include "quorvex/CXDIPP.h"
-#include "quorvex/DicomObject.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -19,11 +17,6 @@ namespace {
 constexpr OverlayColour kWhite{255, 255, 255};
 
 using Bits = std::span<const unsigned char>;
-
-unsigned short WordOr0(const CDcmObject& object, std::uint32_t tag) {
-    unsigned short value = 0;
-    return object.GetValue(tag, value) == kDcmSuccess ? value : static_cast<unsigned short>(0);
-}
 
 void BurnRow(Bits bits, std::size_t firstBit, std::size_t count, std::size_t pixelBytes,
              unsigned char* row, const OverlayColour& colour) {
@@ -66,7 +59,7 @@ public:
         : picture_(picture), image_(image), merged_(picture.size.ByteCount()) {}
 
     // The merged plane has the rows of the picture, so only the plane's own bits say where its
-    // marks are. What does not fit in shows no more of them than the merged plane has.
+    // marks are. A plane that does not fit in shows only the marks that the merged plane has too.
     void Burn(const OverlayPlane& plane, Bits bits, const OverlayColour& colour) {
         MergeOverlay(merged_, bits, picture_.size, plane.size);
         if (plane.size.BitCount() <= picture_.size.BitCount()) {
@@ -85,9 +78,11 @@ private:
 }  // namespace
 
 OverlayPicture PictureOf(const CDcmObject& object) {
-    return {{WordOr0(object, tag::kRows), WordOr0(object, tag::kColumns)},
-            OverlayPixelBytes(WordOr0(object, tag::kBitsAllocated),
-                              WordOr0(object, tag::kSamplesPerPixel))};
+    const auto word = [&object](std::uint32_t tag) {
+        return Read<unsigned short>(object, tag).value_or(0);
+    };
+    return {{word(tag::kRows), word(tag::kColumns)},
+            OverlayPixelBytes(word(tag::kBitsAllocated), word(tag::kSamplesPerPixel))};
 }
 
 void BurnFirstOverlay(const CDcmObject& object, const OverlayPicture& picture,
@@ -136,9 +131,9 @@ QUORVEX_MESSAGE CXDIPP::MakeOverlayImage2(CDcmObject* object, CLData* data, unsi
                                           unsigned short /*pixelRepresentation*/) const {
     return Answer(QVM_ERROR_NO_IMAGE, [&] {
         if (object == nullptr) return QVM_SUCCESS;
-        const bool isTold = bitsAllocated != 0 || samplesPerPixel != 0;
+        const bool isGiven = bitsAllocated != 0 || samplesPerPixel != 0;
         const OverlayPicture picture =
-            isTold
+            isGiven
                 ? OverlayPicture{{rows, columns}, OverlayPixelBytes(bitsAllocated, samplesPerPixel)}
                 : PictureOf(*object);
         length = picture.size.BitCount();

@@ -4,7 +4,6 @@
 #include "pipeline/layers/bit_planes.h"
 
 #include <cstddef>
-#include <optional>
 #include <span>
 
 namespace quorvex {
@@ -17,19 +16,20 @@ struct OverlayPicture {
     /// Bytes from one pixel of the overlay image to the next: 1 for grey, 3 or more for colour.
     std::size_t pixelBytes = 1;
 
-    [[nodiscard]] bool IsColour() const noexcept { return pixelBytes > 2; }
     [[nodiscard]] std::size_t ImageBytes() const noexcept { return size.BitCount() * pixelBytes; }
 };
 
-/// The picture of a header: a pixel of up to 2 bytes has one in the overlay image.
+/// The picture that a header describes; attributes that are absent count as 0.
 [[nodiscard]] OverlayPicture PictureOf(const CDcmObject& object);
+
+/// Bytes of a pixel in the overlay image: 1 for pixels of up to 2 bytes, else as many as they have.
 [[nodiscard]] constexpr std::size_t OverlayPixelBytes(unsigned bitsAllocated,
                                                       unsigned samplesPerPixel) noexcept {
     const std::size_t bytes = std::size_t{bitsAllocated} * samplesPerPixel / 8;
     return bytes > 2 ? bytes : 1;
 }
 
-/// Draws the first plane that has Overlay Data. `image` has the picture's ImageBytes().
+/// Draws the first plane that has Overlay Data. `image` has the picture's `ImageBytes()`.
 void BurnFirstOverlay(const CDcmObject& object, const OverlayPicture& picture,
                       std::span<unsigned char> image);
 

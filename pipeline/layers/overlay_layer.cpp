@@ -2,15 +2,12 @@
 
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
-#include "pipeline/intake/stored_elements.h"
 #include "pipeline/layers/embedded_overlay.h"
 #include "pipeline/layers/overlay_image.h"
 #include "pipeline/layers/overlay_planes.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
-#include <new>
 #include <utility>
 
 namespace quorvex {
@@ -22,9 +19,7 @@ constexpr int kMostPixels = std::numeric_limits<unsigned short>::max();
 PixelBlock ClearedLayer(CSize size, std::size_t pixelBytes) {
     const auto bytes = CheckedProduct(size.cx, size.cy, pixelBytes);
     if (!bytes) throw BlockTooLarge();
-    PixelBlock layer = NewPixelBlock(*bytes);
-    std::memset(layer.data.get(), 0, layer.size);
-    return layer;
+    return ClearedPixelBlock(*bytes);
 }
 
 void ReverseRows(std::span<unsigned char> image, std::size_t rows) {
@@ -51,7 +46,7 @@ PixelBlock OverlayLayer(const CDcmObject* object, std::span<const unsigned char>
     const OverlayPicture picture{
         {static_cast<unsigned short>(imageSize.cy), static_cast<unsigned short>(imageSize.cx)},
         isColour ? std::size_t{3} : std::size_t{1}};
-    const std::span<unsigned char> image(layer.data.get(), layer.size);
+    const std::span<unsigned char> image = layer.Bytes();
     BurnOverlays(*object, embedded, picture, image);
     ReverseRows(image, picture.size.rows);
     if (isColour) SwapRedAndBlue(image);

@@ -1,7 +1,7 @@
 /// Overlays as a render job takes them.
 #pragma once
 
-#include "quorvex/CXDIPP.h"
+#include "pipeline/pixel_block.h"
 #include "quorvex/Types.h"
 
 #include <span>

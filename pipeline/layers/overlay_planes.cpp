@@ -1,7 +1,6 @@
 #include "pipeline/layers/overlay_planes.h"
 
-#include "foundation/dicom/model/tags.h"
-#include "quorvex/DicomObject.h"
+#include "foundation/dicom/model/attributes.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -12,27 +11,16 @@ namespace {
 
 constexpr std::uint32_t kColours[] = {tag::kOverlaysRed, tag::kOverlaysGreen, tag::kOverlaysBlue};
 
-/// Values of one group; the first that is missing leaves `isComplete` false.
+/// Reads attributes of one overlay group.
 struct GroupReader {
     const CDcmObject& object;
     std::uint32_t group;
-    bool isComplete = true;
 
-    unsigned short Word(std::uint32_t tag) {
-        unsigned short value = 0;
-        if (object.GetValue(tag::InGroup(group, tag), value) != kDcmSuccess) isComplete = false;
-        return value;
+    [[nodiscard]] std::optional<unsigned short> Word(std::uint32_t tag) const {
+        return Read<unsigned short>(object, tag::InGroup(group, tag));
     }
-    void Origin(OverlayPlane& plane) {
-        int row = 0;
-        int column = 0;
-        const auto tag = tag::InGroup(group, tag::kOverlayOrigin);
-        if (object.GetValue(tag, row) != kDcmSuccess ||
-            object.GetNextValue(tag, column) != kDcmSuccess) {
-            isComplete = false;
-        }
-        plane.originRow = row;
-        plane.originColumn = column;
+    [[nodiscard]] std::optional<ValuePair<int>> Origin() const {
+        return ReadPair<int>(object, tag::InGroup(group, tag::kOverlayOrigin));
     }
 };
 
@@ -56,18 +44,19 @@ struct LimitedBytes {
 
 std::optional<OverlayPlane> ReadOverlayPlane(const CDcmObject& object, std::uint32_t group,
                                              bool needsBitPosition) {
-    GroupReader reader{object, group};
-    OverlayPlane plane;
-    plane.group = group;
-    plane.size.rows = reader.Word(tag::kOverlayRows);
-    if (!reader.isComplete) return std::nullopt;
-    plane.size.columns = reader.Word(tag::kOverlayColumns);
-    reader.Origin(plane);
-    plane.bitsAllocated = reader.Word(tag::kOverlayBitsAllocated);
-    if (needsBitPosition) plane.bitPosition = reader.Word(tag::kOverlayBitPosition);
+    const GroupReader reader{object, group};
+    const auto rows = reader.Word(tag::kOverlayRows);
+    if (!rows) return std::nullopt;  // most groups have no overlay
+    const auto columns = reader.Word(tag::kOverlayColumns);
+    const auto origin = reader.Origin();
+    const auto bitsAllocated = reader.Word(tag::kOverlayBitsAllocated);
+    std::optional<unsigned short> bitPosition = 0;
+    if (needsBitPosition) bitPosition = reader.Word(tag::kOverlayBitPosition);
+    if (!columns || !origin || !bitsAllocated || !bitPosition) return std::nullopt;
+    const OverlayPlane plane{group,          {*rows, *columns}, origin->first,
+                             origin->second, *bitsAllocated,    *bitPosition};
     const bool isUsable = plane.size.BitCount() != 0 && plane.bitsAllocated != 0;
-    if (!reader.isComplete || !isUsable) return std::nullopt;
-    return plane;
+    return isUsable ? std::optional(plane) : std::nullopt;
 }
 
 std::optional<std::vector<unsigned char>> ReadOverlayData(const CDcmObject& object,
@@ -82,12 +71,11 @@ std::optional<std::vector<unsigned char>> ReadOverlayData(const CDcmObject& obje
 }
 
 OverlayColour ReadOverlayColour(const CDcmObject& object, std::uint32_t group) {
+    const GroupReader reader{object, group};
     OverlayColour colour{255, 255, 255};
     for (std::size_t i = 0; i < colour.size(); ++i) {
-        unsigned short value = 0;
-        if (object.GetValue(tag::InGroup(group, kColours[i]), value) == kDcmSuccess) {
-            colour[i] = static_cast<unsigned char>(value);
-        }
+        const auto value = reader.Word(kColours[i]);
+        if (value) colour[i] = static_cast<unsigned char>(*value);
     }
     return colour;
 }

@@ -2,7 +2,6 @@
 
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
-#include "pipeline/intake/stored_elements.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXImageCreator.h"
 
@@ -81,11 +80,6 @@ std::unique_ptr<ShutteredLayers> PutShutter(_IMAGE_INFO& job, const CXGSPSInfo& 
         PutOverGrey(job, record, *layers);
     }
     return layers;
-}
-
-QUORVEX_MESSAGE CXDIPP::ShowShutter(int on) {
-    shutterShown = on;
-    return QVM_SUCCESS;
 }
 
 }  // namespace quorvex

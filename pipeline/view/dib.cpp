@@ -28,9 +28,4 @@ CXDib::CXDib(CSize size, std::uint16_t bitCount, std::span<const unsigned char> 
     info_.biClrImportant = info_.biClrUsed;
 }
 
-std::uint64_t CXDib::ImageBytes() const noexcept {
-    const auto width = static_cast<std::uint64_t>(info_.biWidth);
-    return (width * info_.biBitCount + 31) / 32 * 4 * static_cast<std::uint64_t>(info_.biHeight);
-}
-
 }  // namespace quorvex

@@ -10,10 +10,10 @@
 
 namespace quorvex {
 
-/// Header and colour table for a bottom-up image that lies elsewhere.
+/// Header and colour table for a bottom-up image that lies elsewhere and must outlive it.
 ///
-/// Rendered rows are a multiple of 4 pixels wide, so they are already as long as bitmap rows, and
-/// nothing has to be copied.
+/// Rendered rows are a multiple of 4 pixels wide, as long as the rows of a bitmap: nothing has to be
+/// copied.
 class CXDib {
 public:
     /// @param bitCount  1, 4 or 8 (with a grey ramp as colour table), or 16, 24, 32
@@ -22,8 +22,6 @@ public:
     [[nodiscard]] const tagBITMAPINFOHEADER& Info() const noexcept { return info_; }
     [[nodiscard]] std::span<const RGBQUAD> Palette() const noexcept { return palette_; }
     [[nodiscard]] std::span<const unsigned char> Bits() const noexcept { return bits_; }
-    /// Bytes of all rows, each padded to whole 32-bit words.
-    [[nodiscard]] std::uint64_t ImageBytes() const noexcept;
 
 private:
     tagBITMAPINFOHEADER info_;

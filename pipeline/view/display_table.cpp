@@ -11,7 +11,7 @@ namespace quorvex {
 
 namespace {
 
-/// The table of windowing with its first value.
+/// The table of windowing with the value of its first entry.
 struct WindowingTable {
     std::vector<unsigned char> entries;
     std::int64_t first = 0;
@@ -42,7 +42,8 @@ WindowingTable TableOf(CXWindowing& windowing) {
     return table;
 }
 
-/// Elements are as many low bits of the values as count the table.
+/// Puts the display values of `values` values from `low` on where the elements that hold their low
+/// bits are looked up.
 void PutElements(const WindowingTable& source, std::int64_t low, std::int64_t values,
                  std::span<unsigned char> table) {
     const auto count = static_cast<std::int64_t>(table.size());

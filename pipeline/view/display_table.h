@@ -1,7 +1,7 @@
 /// The table that a render job gets: a display value for every element that a pixel can hold.
 #pragma once
 
-#include "quorvex/CXDIPP.h"
+#include "pipeline/value_range.h"
 
 #include <vector>
 
@@ -14,9 +14,9 @@ enum class ElementWidth { kByte, kWord };
 
 /// 256 or 65,536 display values, indexed by the element read as an unsigned number.
 ///
-/// An element stands for the value of the frame that it holds the low bits of; one that no value of
-/// the frame has is read as it stands, signed where the domain begins below 0. Values outside the
-/// domain of windowing take the nearest end of its table. Empty when windowing has none.
+/// An element stands for the value of the frame whose low bits it holds. Elements that no value of
+/// the frame has are read as they are, signed where the domain begins below 0. Values outside the
+/// domain of windowing take the nearest entry of its table. Empty when windowing has no table.
 [[nodiscard]] std::vector<unsigned char> DisplayTable(CXWindowing& windowing,
                                                       const ValueRange& range, ElementWidth width);
 

@@ -1,24 +1,16 @@
 #include "foundation/platform/surface.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/saturate.h"
+#include "pipeline/displayed_image.h"
+#include "pipeline/layers/annotation_drawing.h"
 #include "pipeline/view/dib.h"
 #include "quorvex/CXDIPP.h"
 
 #include <cstdint>
-#include <span>
 
 namespace quorvex {
 
 namespace {
-
-struct Placement {
-    CSize image;
-    CSize view;
-    CPoint pan;
-    double zoom = 1.0;
-    double aspectRatio = 1.0;
-    bool isQuarterTurn = false;
-};
 
 int Rounded(double value) {
     return TruncateToInt(value + 0.5);
@@ -29,28 +21,41 @@ int Centred(std::int64_t viewLength, std::int64_t length, int pan) {
 }
 
 // The unrounded size is centred, so a result whose width was rounded down sits up to 3 pixels left.
-CPoint PlaceOnView(const Placement& p) {
-    const int upright = Rounded(p.image.cy * p.aspectRatio);
-    const CSize shown = p.isQuarterTurn ? CSize{upright, p.image.cx} : CSize{p.image.cx, upright};
-    return {Centred(p.view.cx, Rounded(shown.cx * p.zoom), p.pan.x),
-            Centred(p.view.cy, Rounded(shown.cy * p.zoom), p.pan.y)};
+CPoint PlaceOnView(const DisplayedImage& image) {
+    const int turn = image.QuarterTurns();
+    const bool isOnItsSide = turn == 90 || turn == 270;
+    const int height = Rounded(image.imageSize.cy * image.EffectiveAspectRatio());
+    const CSize shown =
+        isOnItsSide ? CSize{height, image.imageSize.cx} : CSize{image.imageSize.cx, height};
+    return {Centred(image.viewSize.cx, Rounded(shown.cx * image.zoom), image.panOffset.x),
+            Centred(image.viewSize.cy, Rounded(shown.cy * image.zoom), image.panOffset.y)};
+}
+
+bool ShowsAnnotations(const DisplayedImage& image) {
+    return image.annotationsShown != 0 && image.presentation && image.resultSize.cx > 0 &&
+           image.resultSize.cy > 0;
+}
+
+void DrawOnto(DrawingSurface& surface, const DisplayedImage& image) {
+    const CXDib dib(image.resultSize, image.renderedPixelSize == 1 ? 8 : 24,
+                    image.resultImage.Bytes());
+    const CPoint place = PlaceOnView(image);
+    SetStretchBltMode(surface, kStretchHalftone);
+    SetDIBitsToDevice(surface, place, dib.Info(), dib.Palette(), dib.Bits());
+    if (!ShowsAnnotations(image)) return;
+    const AnnotationPlace onSurface{
+        ImageToSurface(image.renderedView, image.resultSize, place),
+        DisplayedArea(*image.presentation, image.renderedView, image.viewSize)};
+    DrawAnnotations(*image.presentation, onSurface, surface);
 }
 
 }  // namespace
 
 QUORVEX_MESSAGE CXDIPP::Draw(CDC* deviceContext) {
     return Answer(QVM_ERROR_NO_IMAGE, [&] {
-        if (!resultImage.data) return QVM_ERROR_NO_IMAGE;
+        if (!image_->resultImage.data) return QVM_ERROR_NO_IMAGE;
         DrawingSurface* surface = deviceContext != nullptr ? deviceContext->GetSafeHdc() : nullptr;
-        if (surface == nullptr) return QVM_SUCCESS;
-        const CXDib dib(resultSize, renderedPixelSize == 1 ? 8 : 24,
-                        {resultImage.data.get(), resultImage.size});
-        const int turn = QuarterTurns();
-        SetStretchBltMode(*surface, kStretchHalftone);
-        const CPoint place = PlaceOnView({imageSize, viewSize, panOffset, zoom,
-                                          EffectiveAspectRatio(), turn == 90 || turn == 270});
-        SetDIBitsToDevice(*surface, place, dib.Info(), dib.Palette(), dib.Bits());
-        if (annotationsShown != 0) DrawAnnotations(*surface, place);
+        if (surface != nullptr) DrawOnto(*surface, *image_);
         return QVM_SUCCESS;
     });
 }

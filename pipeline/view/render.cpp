@@ -1,18 +1,19 @@
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
-#include "pipeline/intake/stored_elements.h"
+#include "pipeline/displayed_image.h"
 #include "pipeline/layers/shown_shutter.h"
 #include "pipeline/view/display_table.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXImageCreator.h"
-#include "quorvex/CXWindowing.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace quorvex {
 
@@ -62,84 +63,94 @@ unsigned char* LayerOfSize(const PixelBlock& layer, std::size_t pixelCount, int 
     return size && layer.size == *size ? layer.data.get() : nullptr;
 }
 
-}  // namespace
-
-// All of a job but its output and its table.
-_IMAGE_INFO CXDIPP::RenderJob(CSize size) const {
+/// All of a job but its output and its table.
+_IMAGE_INFO RenderJob(const DisplayedImage& image, CSize size) {
     const auto pixelCount =
-        static_cast<std::size_t>(imageSize.cx) * static_cast<std::size_t>(imageSize.cy);
+        static_cast<std::size_t>(image.imageSize.cx) * static_cast<std::size_t>(image.imageSize.cy);
     _IMAGE_INFO job;
-    job.bytesPerPixel = bytesPerPixel;
-    job.imageWidth = imageSize.cx;
-    job.imageHeight = imageSize.cy;
-    job.pixels = pixels.data.get();
+    job.bytesPerPixel = image.bytesPerPixel;
+    job.imageWidth = image.imageSize.cx;
+    job.imageHeight = image.imageSize.cy;
+    job.pixels = image.pixels.data.get();
     job.outputWidth = size.cx;
     job.outputHeight = size.cy;
-    job.roi = roi;
-    job.rotation = QuarterTurns();
-    job.horizontalFlip = horizontalFlip;
-    job.renderMode = renderMode;
-    job.paletteImage = LayerOfSize(paletteImage, pixelCount, kColourBytes);
-    job.overlayImage = LayerOfSize(overlayImage, pixelCount, resultPixelSize);
-    if (overlaysShown != 0 && headerOverlays.data && renderMode != kRenderSupplementalPalette) {
+    job.roi = image.roi;
+    job.rotation = image.QuarterTurns();
+    job.horizontalFlip = image.horizontalFlip;
+    job.renderMode = image.renderMode;
+    job.paletteImage = LayerOfSize(image.paletteImage, pixelCount, kColourBytes);
+    job.overlayImage = LayerOfSize(image.overlayImage, pixelCount, image.resultPixelSize);
+    const bool showsHeaderOverlays = image.overlaysShown != 0 && image.headerOverlays.data &&
+                                     image.renderMode != kRenderSupplementalPalette;
+    if (showsHeaderOverlays) {
         job.renderMode = kRenderOverlay;
-        job.overlayImage = LayerOfSize(headerOverlays, pixelCount, resultPixelSize);
+        job.overlayImage = LayerOfSize(image.headerOverlays, pixelCount, image.resultPixelSize);
     }
-    job.aspectRatio = EffectiveAspectRatio();
-    job.bitsStored = BitsToRead(bitsStored, valueRange);
+    job.aspectRatio = image.EffectiveAspectRatio();
+    job.bitsStored = BitsToRead(image.bitsStored, image.valueRange);
     return job;
 }
 
-QUORVEX_MESSAGE CXDIPP::Render() {
-    return Answer(QVM_ERROR_NO_IMAGE, [&] {
-        if (!pixels.data) return QVM_ERROR_NO_IMAGE;
-        const auto size = SizeOfResult({roi, zoom, EffectiveAspectRatio(), QuarterTurns()});
-        if (!size) return QVM_ERROR_INVALID_OUTPUT_SIZE;
-        const int pixelSize =
-            renderMode == kRenderSupplementalPalette ? kColourBytes : resultPixelSize;
-        const auto bytes = CheckedProduct(size->cx, size->cy, pixelSize);
-        if (!bytes) return QVM_ERROR_INVALID_OUTPUT_SIZE;
-
-        _IMAGE_INFO job = RenderJob(*size);
-        auto table =
-            DisplayTable(*windowing, valueRange, WidthToRead(bytesPerPixel, job.bitsStored));
-        if (table.empty()) return QVM_ERROR_NO_IMAGE;
-        if (inverse != 0) Complement(table);
-        // A job that fails has left its output as it was.
-        const bool isAgain = resultImage.data && resultImage.size == *bytes;
-        PixelBlock fresh = isAgain ? PixelBlock{} : NewPixelBlock(*bytes);
-        job.lut = table.data();
-        job.lutCount = static_cast<int>(table.size());
-        job.output = (isAgain ? resultImage : fresh).data.get();
-        std::unique_ptr<ShutteredLayers> shuttered;
-        if (shutterShown != 0 && presentation) shuttered = PutShutter(job, *presentation);
-        if (!IsEmpty(*size) && CXImageCreator().GetImageWithInfo(job) != 0) {
-            return QVM_ERROR_NO_IMAGE;
-        }
-        if (!isAgain) resultImage = std::move(fresh);
-        resultSize = *size;
-        renderedPixelSize = pixelSize;
-        renderedView = {imageSize, EffectiveAspectRatio(), QuarterTurns(), horizontalFlip != 0};
-        return QVM_SUCCESS;
-    });
+/// Runs a job that lacks its table and output, with the table and shutter of the image.
+bool RunJob(_IMAGE_INFO& job, DisplayedImage& image, unsigned char* output) {
+    auto table = DisplayTable(*image.windowing, image.valueRange,
+                              WidthToRead(image.bytesPerPixel, job.bitsStored));
+    if (table.empty()) return false;
+    if (image.inverse != 0) Complement(table);
+    job.lut = table.data();
+    job.lutCount = static_cast<int>(table.size());
+    job.output = output;
+    std::unique_ptr<ShutteredLayers> shuttered;
+    if (image.shutterShown != 0 && image.presentation) {
+        shuttered = PutShutter(job, *image.presentation);
+    }
+    return IsEmpty({job.outputWidth, job.outputHeight}) ||
+           CXImageCreator().GetImageWithInfo(job) == 0;
 }
 
-QUORVEX_MESSAGE CXDIPP::ShowOverlays(int on) noexcept {
-    overlaysShown = on;
+QUORVEX_MESSAGE RenderImage(DisplayedImage& image) {
+    if (!image.pixels.data) return QVM_ERROR_NO_IMAGE;
+    const auto size =
+        SizeOfResult({image.roi, image.zoom, image.EffectiveAspectRatio(), image.QuarterTurns()});
+    if (!size) return QVM_ERROR_INVALID_OUTPUT_SIZE;
+    const int pixelSize =
+        image.renderMode == kRenderSupplementalPalette ? kColourBytes : image.resultPixelSize;
+    const auto bytes = CheckedProduct(size->cx, size->cy, pixelSize);
+    if (!bytes) return QVM_ERROR_INVALID_OUTPUT_SIZE;
+
+    // A job that fails has left its output as it was, so the last result may be its output.
+    const bool isAgain = image.resultImage.data && image.resultImage.size == *bytes;
+    PixelBlock fresh = isAgain ? PixelBlock{} : NewPixelBlock(*bytes);
+    _IMAGE_INFO job = RenderJob(image, *size);
+    if (!RunJob(job, image, (isAgain ? image.resultImage : fresh).data.get())) {
+        return QVM_ERROR_NO_IMAGE;
+    }
+    if (!isAgain) image.resultImage = std::move(fresh);
+    image.resultSize = *size;
+    image.renderedPixelSize = pixelSize;
+    image.renderedView = {image.imageSize, image.EffectiveAspectRatio(), image.QuarterTurns(),
+                          image.horizontalFlip != 0};
     return QVM_SUCCESS;
 }
 
+}  // namespace
+
+QUORVEX_MESSAGE CXDIPP::Render() {
+    return Answer(QVM_ERROR_NO_IMAGE, [&] { return RenderImage(*image_); });
+}
+
 QUORVEX_MESSAGE CXDIPP::GetResultImageInfo(CSize& size, int& pixelSize) const {
-    if (!resultImage.data) return QVM_ERROR_NO_IMAGE;
-    size = resultSize;
-    pixelSize = renderedPixelSize;
+    if (!image_->resultImage.data) return QVM_ERROR_NO_IMAGE;
+    size = image_->resultSize;
+    pixelSize = image_->renderedPixelSize;
     return QVM_SUCCESS;
 }
 
 QUORVEX_MESSAGE CXDIPP::GetResultImage(unsigned char*& destination, int length) const {
-    if (!resultImage.data || destination == nullptr || length < 1) return QVM_SUCCESS;
-    std::memcpy(destination, resultImage.data.get(),
-                std::min(resultImage.size, static_cast<std::size_t>(length)));
+    const PixelBlock& result = image_->resultImage;
+    if (!result.data || destination == nullptr || length < 1) return QVM_SUCCESS;
+    std::memcpy(destination, result.data.get(),
+                std::min(result.size, static_cast<std::size_t>(length)));
     return QVM_SUCCESS;
 }
 

@@ -1,7 +1,9 @@
 /// What the pipeline's tests share: a look at the members, and small images to show.
 #pragma once
 
+#include "pipeline/displayed_image.h"
 #include "quorvex/CXDIPP.h"
+#include "quorvex/CXGSPSInfo.h"
 #include "quorvex/DicomObject.h"
 
 #include <cstring>
@@ -11,8 +13,16 @@
 
 namespace quorvex {
 
+template <auto Member>
+struct Reach {
+    friend DisplayedImage& Inside(CXDIPP& dipp) { return *(dipp.*Member); }
+};
+template struct Reach<&CXDIPP::image_>;
+DisplayedImage& Inside(CXDIPP& dipp);
+
 struct CXDIPPInspector {
-    CXDIPP& dipp;
+    explicit CXDIPPInspector(CXDIPP& of) : dipp(Inside(of)) {}
+    DisplayedImage& dipp;
 
     [[nodiscard]] CRect& Roi() const { return dipp.roi; }
     [[nodiscard]] double& AspectRatio() const { return dipp.aspectRatio; }
@@ -23,7 +33,7 @@ struct CXDIPPInspector {
     [[nodiscard]] int MinValue() const { return dipp.minValue; }
     [[nodiscard]] int MaxValue() const { return dipp.maxValue; }
     [[nodiscard]] const ValueRange& Range() const { return dipp.valueRange; }
-    [[nodiscard]] CXGSPSInfo& Record() const { return *dipp.presentation; }
+    [[nodiscard]] CXGSPSInfo& Record() const { return const_cast<CXGSPSInfo&>(*dipp.presentation); }
     [[nodiscard]] PixelBlock& OverlayImage() const { return dipp.overlayImage; }
     [[nodiscard]] PixelBlock& PaletteImage() const { return dipp.paletteImage; }
     [[nodiscard]] int& RenderMode() const { return dipp.renderMode; }

@@ -1,5 +1,6 @@
 #include "pipeline/intake/modality_stage.h"
 
+#include "pipeline/pixel_block.h"
 #include "pipeline/pixel_elements.h"
 #include "quorvex/CXGSPSInfo.h"
 

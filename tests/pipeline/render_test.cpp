@@ -1,4 +1,4 @@
-#include "pipeline/intake/stored_elements.h"
+#include "pipeline/pixel_block.h"
 #include "pipeline/view/display_table.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"

@@ -1,0 +1,22 @@
+/// The values that the pixels of a frame have.
+#pragma once
+
+#include <cstdint>
+
+namespace quorvex {
+
+/// Lowest and highest of some values.
+struct ValueSpan {
+    std::int64_t low = 0;
+    std::int64_t high = 0;
+};
+
+/// What the elements of a displayed frame stand for.
+struct ValueRange {
+    std::int64_t low = 0;   ///< lowest value of the frame: an element holds a value's low bits
+    std::int64_t high = 0;  ///< highest value of the frame
+    int domainLow = 0;      ///< lowest value that windowing has a display value for
+    int domainHigh = 0;     ///< highest one
+};
+
+}  // namespace quorvex
