@@ -4,10 +4,9 @@
 // dcmdata wants its own configuration first.
 #include "foundation/dicom/reading/resynchronise.h"
 #include "quorvex/DicomObject.h"
+#include "tests/support/dicom_builder.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <dcmtk/dcmdata/dcistrmb.h>
 #include <dcmtk/dcmdata/dctk.h>
 #include <gdcm-3.0/gdcmReader.h>
@@ -17,69 +16,26 @@
 
 namespace {
 
-constexpr std::size_t kPiece = 16'384;
-constexpr std::uint32_t kUpToPixelData = 0x7FE0000F;
-
-void AppendElement(std::vector<unsigned char>& bytes, std::uint32_t tag, const char* vr,
-                   const std::string& value) {
-    const auto put16 = [&](std::uint32_t number) {
-        bytes.push_back(static_cast<unsigned char>(number));
-        bytes.push_back(static_cast<unsigned char>(number >> 8U));
-    };
-    put16(tag >> 16U);
-    put16(tag & 0xFFFFU);
-    bytes.insert(bytes.end(),
-                 {static_cast<unsigned char>(vr[0]), static_cast<unsigned char>(vr[1])});
-    if (std::string(vr) != "OW") put16(static_cast<std::uint32_t>(value.size()));
-    bytes.insert(bytes.end(), value.begin(), value.end());
-}
+using quorvex::test::DicomBuilder;
+using quorvex::test::MemoryFile;
+using quorvex::test::ReadUpTo;
+namespace tag = quorvex::tag;
 
 /// A Part 10 file of 256 elements as a CT slice has them, most of them short texts.
-std::vector<unsigned char> MakeHeader() {
-    std::vector<unsigned char> bytes(128, 0);
-    bytes.insert(bytes.end(), {'D', 'I', 'C', 'M'});
-    AppendElement(bytes, 0x00020000, "UL", std::string("\34\0\0\0", 4));
-    AppendElement(bytes, 0x00020010, "UI", std::string("1.2.840.10008.1.2.1\0", 20));
-    for (std::uint32_t i = 0; i < 100; ++i)
-        AppendElement(bytes, 0x00081200 + i, "LO", "a short text");
-    for (std::uint32_t i = 0; i < 100; ++i) AppendElement(bytes, 0x00189000 + i, "DS", "1.25\\2.5");
+MemoryFile MakeHeader() {
+    auto file = DicomBuilder::Part10(quorvex::test::kExplicitUid);
+    for (std::uint32_t i = 0; i < 100; ++i) file.Add(0x00081200 + i, "LO", "a short text");
+    for (std::uint32_t i = 0; i < 100; ++i) file.Add(0x00189000 + i, "DS", "1.25\\2.5");
     for (std::uint32_t i = 0; i < 48; ++i)
-        AppendElement(bytes, 0x00200100 + i, "UI", "1.2.840.10008.5.1.4.1.1.2.");
-    AppendElement(bytes, 0x00280002, "US", std::string("\1\0", 2));
-    AppendElement(bytes, 0x00280004, "CS", "MONOCHROME2 ");
-    AppendElement(bytes, kRows, "US", std::string("\0\2", 2));
-    AppendElement(bytes, 0x00280011, "US", std::string("\0\2", 2));
-    AppendElement(bytes, 0x00280100, "US", std::string("\20\0", 2));
-    AppendElement(bytes, 0x00280103, "US", std::string("\0\0", 2));
-    AppendElement(bytes, kWindowCenter, "DS", "40\\400");
-    // The long form: reserved bytes, length and value.
-    AppendElement(bytes, 0x7FE00010, "OW", std::string("\0\0\2\0\0\0\0\0", 8));
-    return bytes;
+        file.Add(0x00200100 + i, "UI", "1.2.840.10008.5.1.4.1.1.2.");
+    file.Us(tag::kSamplesPerPixel, 1).Padded(tag::kPhotometricInterpretation, "CS", "MONOCHROME2");
+    file.Us(tag::kRows, 512).Us(tag::kColumns, 512).Us(tag::kBitsAllocated, 16);
+    file.Us(tag::kPixelRepresentation, 0).Add(tag::kWindowCenter, "DS", "40\\400");
+    return file.Add(tag::kPixelData, "OW", std::string(2, '\0')).File();
 }
 
-struct Memory {
-    const std::vector<unsigned char>* bytes;
-    std::size_t at = 0;
-    unsigned char piece[kPiece];
-};
-
-quorvex::MC_STATUS Give(const char*, void* user, int* length, void** data, int first, int* last) {
-    auto* memory = static_cast<Memory*>(user);
-    if (first != 0) memory->at = 0;
-    const std::size_t count = std::min(kPiece, memory->bytes->size() - memory->at);
-    std::memcpy(memory->piece, memory->bytes->data() + memory->at, count);
-    memory->at += count;
-    *length = static_cast<int>(count);
-    *data = memory->piece;
-    *last = memory->at == memory->bytes->size() ? 1 : 0;
-    return quorvex::kMcContinue;
-}
-
-bool Read(quorvex::CDcmObject& object, const std::vector<unsigned char>& bytes) {
-    Memory memory{&bytes, 0, {}};
-    unsigned long offset = 0;
-    return object.ReadFileUptoTag(nullptr, kUpToPixelData, &offset, &memory, Give) ==
-           quorvex::kDcmSuccess;
+bool Read(quorvex::CDcmObject& object, MemoryFile& file) {
+    return ReadUpTo(object, file, quorvex::test::kUpToPixelData) == quorvex::kDcmSuccess;
 }
 
 bool ReadByDcmdata(DcmFileFormat& file, const std::vector<unsigned char>& bytes) {
@@ -93,16 +49,16 @@ bool ReadByDcmdata(DcmFileFormat& file, const std::vector<unsigned char>& bytes)
 }
 
 void HeaderOurs(benchmark::State& state) {
-    const auto bytes = MakeHeader();
+    auto file = MakeHeader();
     for (auto _ : state) {
         quorvex::CDcmObject object;
-        if (!Read(object, bytes)) state.SkipWithError("unread");
+        if (!Read(object, file)) state.SkipWithError("unread");
     }
 }
 BENCHMARK(HeaderOurs)->Unit(benchmark::kMicrosecond);
 
 void HeaderDcmdata(benchmark::State& state) {
-    const auto bytes = MakeHeader();
+    const auto bytes = MakeHeader().bytes;
     for (auto _ : state) {
         DcmFileFormat file;
         if (!ReadByDcmdata(file, bytes)) state.SkipWithError("unread");
@@ -111,7 +67,7 @@ void HeaderDcmdata(benchmark::State& state) {
 BENCHMARK(HeaderDcmdata)->Unit(benchmark::kMicrosecond);
 
 void HeaderGdcm(benchmark::State& state) {
-    const auto bytes = MakeHeader();
+    const auto bytes = MakeHeader().bytes;
     const std::string text(bytes.begin(), bytes.end());
     for (auto _ : state) {
         std::istringstream stream(text);
@@ -124,15 +80,16 @@ BENCHMARK(HeaderGdcm)->Unit(benchmark::kMicrosecond);
 
 void WholeNumberOurs(benchmark::State& state) {
     quorvex::CDcmObject object;
-    if (!Read(object, MakeHeader())) state.SkipWithError("unread");
+    auto header = MakeHeader();
+    if (!Read(object, header)) state.SkipWithError("unread");
     unsigned short rows = 0;
-    for (auto _ : state) benchmark::DoNotOptimize(object.GetValue(kRows, rows));
+    for (auto _ : state) benchmark::DoNotOptimize(object.GetValue(tag::kRows, rows));
 }
 BENCHMARK(WholeNumberOurs);
 
 void WholeNumberDcmdata(benchmark::State& state) {
     DcmFileFormat file;
-    if (!ReadByDcmdata(file, MakeHeader())) state.SkipWithError("unread");
+    if (!ReadByDcmdata(file, MakeHeader().bytes)) state.SkipWithError("unread");
     Uint16 rows = 0;
     for (auto _ : state) {
         benchmark::DoNotOptimize(file.getDataset()->findAndGetUint16(DCM_Rows, rows));
@@ -142,15 +99,16 @@ BENCHMARK(WholeNumberDcmdata);
 
 void DecimalStringOurs(benchmark::State& state) {
     quorvex::CDcmObject object;
-    if (!Read(object, MakeHeader())) state.SkipWithError("unread");
+    auto header = MakeHeader();
+    if (!Read(object, header)) state.SkipWithError("unread");
     double center = 0;
-    for (auto _ : state) benchmark::DoNotOptimize(object.GetValue(kWindowCenter, center));
+    for (auto _ : state) benchmark::DoNotOptimize(object.GetValue(tag::kWindowCenter, center));
 }
 BENCHMARK(DecimalStringOurs);
 
 void DecimalStringDcmdata(benchmark::State& state) {
     DcmFileFormat file;
-    if (!ReadByDcmdata(file, MakeHeader())) state.SkipWithError("unread");
+    if (!ReadByDcmdata(file, MakeHeader().bytes)) state.SkipWithError("unread");
     Float64 center = 0;
     for (auto _ : state) {
         benchmark::DoNotOptimize(file.getDataset()->findAndGetFloat64(DCM_WindowCenter, center));
@@ -160,9 +118,11 @@ BENCHMARK(DecimalStringDcmdata);
 
 void TextOurs(benchmark::State& state) {
     quorvex::CDcmObject object;
-    if (!Read(object, MakeHeader())) state.SkipWithError("unread");
+    auto header = MakeHeader();
+    if (!Read(object, header)) state.SkipWithError("unread");
     quorvex::CString text;
-    for (auto _ : state) benchmark::DoNotOptimize(object.GetValue(0x00280004, text));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(object.GetValue(tag::kPhotometricInterpretation, text));
 }
 BENCHMARK(TextOurs);
 

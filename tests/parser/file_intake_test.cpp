@@ -1,5 +1,6 @@
-#include "file_builder.h"
 #include "quorvex/CxDcmParser.h"
+#include "tests/support/dicom_builder.h"
+#include "tests/support/temporary_file.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@ namespace quorvex {
 namespace {
 
 using test::Bytes;
+using test::DicomBuilder;
 using test::ImageFacts;
 using test::TemporaryFile;
 
@@ -68,8 +70,16 @@ TEST(FileIntake, SaysWhyAFileIsNotRead) {
     EXPECT_EQ(parser.GetFrameCount(), parser.GetHeader() == nullptr ? 0 : 1);
 }
 
+Bytes BareImage() {
+    return DicomBuilder::In(test::kImplicitUid)
+        .SopUids()
+        .Image({})
+        .Add(tag::kPixelData, "OW", kPixels)
+        .Bytes();
+}
+
 TEST(FileIntake, ReadsPart10AndBareDataSetsAlike) {
-    for (const char* uid : {test::kUidExplicit, test::kUidImplicit}) {
+    for (const auto uid : {test::kExplicitUid, test::kImplicitUid}) {
         const Bytes whole = test::NativeFile(uid, ImageFacts{}, kPixels);
         CxDcmParser parser;
         const DebugLines lines;
@@ -77,18 +87,17 @@ TEST(FileIntake, ReadsPart10AndBareDataSetsAlike) {
         EXPECT_EQ(lines.text.find("ParseDicomHeaderOfPart10File success("), 0U);
         EXPECT_EQ(Frame(parser), kPixels) << uid;
     }
-    auto bare = test::ImageHeader(test::kUidImplicit, ImageFacts{});
-    bare.Element(0x7FE00010, "OW", kPixels);
+    const Bytes bare = BareImage();
     CxDcmParser parser;
     {
         const DebugLines lines;
-        ASSERT_EQ(ReadBytes(parser, bare.bytes), QVM_SUCCESS);
+        ASSERT_EQ(ReadBytes(parser, bare), QVM_SUCCESS);
         EXPECT_EQ(lines.text, "ParseDicomHeaderOfNonPart10File success\n");
         EXPECT_EQ(Frame(parser), kPixels);
     }
     for (const std::size_t junk : {std::size_t{1}, std::size_t{77}, std::size_t{20001}}) {
         Bytes bytes(junk, 0x5A);
-        test::Append(bytes, bare.bytes);
+        test::Append(bytes, bare);
         const DebugLines lines;
         ASSERT_EQ(ReadBytes(parser, bytes), QVM_SUCCESS) << junk;
         EXPECT_EQ(lines.text, "ParseDicomHeaderOfNonPart10File success2\n") << junk;
@@ -101,11 +110,9 @@ TEST(FileIntake, ReadsPart10AndBareDataSetsAlike) {
 }
 
 TEST(FileIntake, MarkedFilesThatAreNoneAreReadAsStreams) {
-    Bytes bytes = test::Preamble("1.2.840.10008.1.2.1.99");  // and nothing that inflates
-    auto bare = test::ImageHeader(test::kUidImplicit, ImageFacts{});
-    bare.Element(0x7FE00010, "OW", kPixels);
-    test::Append(bytes, {9, 9, 9, 9, 9});
-    test::Append(bytes, bare.bytes);
+    // A deflated file with nothing that inflates.
+    const Bytes bytes =
+        DicomBuilder::Part10(test::kDeflatedUid).Raw("\t\t\t\t\t").Raw(BareImage()).Bytes();
     CxDcmParser parser;
     ASSERT_EQ(ReadBytes(parser, bytes), QVM_SUCCESS);
     EXPECT_EQ(Frame(parser), kPixels);
@@ -124,7 +131,7 @@ TEST(FileIntake, SamplesPerPixelFollowsThePhotometricInterpretation) {
         facts.photometric = c.photometric;
         facts.samples = c.stored;
         CxDcmParser parser;
-        ASSERT_EQ(ReadBytes(parser, test::NativeFile(test::kUidExplicit, facts, kPixels)),
+        ASSERT_EQ(ReadBytes(parser, test::NativeFile(test::kExplicitUid, facts, kPixels)),
                   QVM_SUCCESS);
         int samples = 0;
         EXPECT_EQ(parser.GetHeader()->GetValue(0x00280002, samples), kDcmSuccess);
@@ -134,7 +141,7 @@ TEST(FileIntake, SamplesPerPixelFollowsThePhotometricInterpretation) {
 
 TEST(FileIntake, TakesACallersObjectAndItsMemory) {
     CDcmApp app;
-    const Bytes bytes = test::NativeFile(test::kUidExplicit, ImageFacts{}, kPixels);
+    const Bytes bytes = test::NativeFile(test::kExplicitUid, ImageFacts{}, kPixels);
     CxDcmParser reader;
     ASSERT_EQ(ReadBytes(reader, bytes), QVM_SUCCESS);
     unsigned long offset = 0;
@@ -175,7 +182,7 @@ TEST(FileIntake, CopiesStandAlone) {
     CxDcmParser copy;
     {
         CxDcmParser parser;
-        ASSERT_EQ(ReadBytes(parser, test::NativeFile(test::kUidExplicit, ImageFacts{}, kPixels)),
+        ASSERT_EQ(ReadBytes(parser, test::NativeFile(test::kExplicitUid, ImageFacts{}, kPixels)),
                   QVM_SUCCESS);
         copy = parser;
         const CxDcmParser third(parser);
@@ -187,7 +194,7 @@ TEST(FileIntake, CopiesStandAlone) {
 }
 
 TEST(FileIntake, NoCutOfAFileDoesHarm) {
-    const Bytes whole = test::NativeFile(test::kUidExplicit, ImageFacts{}, kPixels);
+    const Bytes whole = test::NativeFile(test::kExplicitUid, ImageFacts{}, kPixels);
     for (std::size_t size = 0; size < whole.size(); ++size) {
         CxDcmParser parser;
         const auto code =

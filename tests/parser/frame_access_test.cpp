@@ -1,7 +1,8 @@
-#include "file_builder.h"
 #include "quorvex/CxDcmParser.h"
 #include "tests/codec/rle_frames.h"
 #include "tests/support/corpus.h"
+#include "tests/support/dicom_builder.h"
+#include "tests/support/temporary_file.h"
 
 #include <chrono>
 #include <filesystem>
@@ -59,13 +60,13 @@ Bytes Counting(std::size_t count) {
 
 TEST(FrameAccess, CutsNativeFramesByTheirStoredSize) {
     const ImageFacts two{.rows = 1, .columns = 2, .bits = 16, .frames = "2"};
-    const Bytes file = test::NativeFile(test::kUidExplicit, two, Counting(8));
+    const Bytes file = test::NativeFile(test::kExplicitUid, two, Counting(8));
     ExpectFrame(file, 0, {QVM_SUCCESS, {1, 2, 3, 4}}, "first");
     ExpectFrame(file, 1, {QVM_SUCCESS, {5, 6, 7, 8}}, "second");
     ExpectFrame(file, 2, {QVM_ERROR_INVALID_FRAME_INDEX, {}}, "third");
     ExpectFrame(file, -1, {QVM_ERROR_INVALID_FRAME_INDEX, {}}, "negative");
     const ImageFacts none{.rows = 1, .columns = 2, .frames = "0"};
-    ExpectFrame(test::NativeFile(test::kUidExplicit, none, Counting(4)), 0,
+    ExpectFrame(test::NativeFile(test::kExplicitUid, none, Counting(4)), 0,
                 {QVM_ERROR_INVALID_FRAME_INDEX, {}}, "no frames");
     const ImageFacts half{.rows = 1,
                           .columns = 2,
@@ -73,17 +74,16 @@ TEST(FrameAccess, CutsNativeFramesByTheirStoredSize) {
                           .photometric = "YBR_FULL_422",
                           .samples = 3,
                           .frames = "2"};
-    ExpectFrame(test::NativeFile(test::kUidExplicit, half, {9, 8, 128, 128, 7, 6, 128, 128}), 1,
+    ExpectFrame(test::NativeFile(test::kExplicitUid, half, {9, 8, 128, 128, 7, 6, 128, 128}), 1,
                 {QVM_SUCCESS, {7, 7, 7, 6, 6, 6}}, "4:2:2");
 }
 
 TEST(FrameAccess, AShortFrameGivesWhatIsThere) {
     const ImageFacts two{.rows = 1, .columns = 2, .bits = 16, .frames = "3"};
-    Bytes file = test::Preamble(test::kUidExplicit);
-    auto writer = test::ImageHeader(test::kUidExplicit, two);
-    writer.Element(0x7FE00010, "OW", Counting(6));
-    writer.Text(0xFFFCFFFC, "OB", "behind the pixels");  // must not come out as one
-    test::Append(file, writer.bytes);
+    const Bytes file = test::ImageFile(test::kExplicitUid, two)
+                           .Add(tag::kPixelData, "OW", Counting(6))
+                           .Padded(tag::kDataSetTrailingPadding, "OB", "behind the pixels")
+                           .Bytes();  // the padding must not come out as a frame
     ExpectFrame(file, 1, {QVM_SUCCESS, {5, 6, 0, 0}}, "cut");
     ExpectFrame(file, 2, {QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, {}}, "missing");
 }
@@ -105,10 +105,10 @@ TEST(FrameAccess, ByteOrderLeavesNoTrace) {
     };
     for (const auto& c : cases) {
         const std::string what = c.facts.photometric + std::to_string(c.facts.bits);
-        for (const char* uid : {test::kUidExplicit, test::kUidImplicit}) {
+        for (const auto uid : {test::kExplicitUid, test::kImplicitUid}) {
             ExpectFrame(test::NativeFile(uid, c.facts, c.little), 0, {QVM_SUCCESS, c.little}, what);
         }
-        ExpectFrame(test::NativeFile(test::kUidBigEndian, c.facts, c.big), 0,
+        ExpectFrame(test::NativeFile(test::kBigEndianUid, c.facts, c.big), 0,
                     {QVM_SUCCESS, c.little}, what);
     }
 }
@@ -119,7 +119,7 @@ TEST(FrameAccess, JoinsFragments) {
     const std::vector<Bytes> fragments = {{coded.begin(), coded.begin() + 30},
                                           {coded.begin() + 30, coded.begin() + 66},
                                           {coded.begin() + 66, coded.end()}};
-    const Bytes file = test::EncapsulatedFile(test::kUidRle, facts, fragments);
+    const Bytes file = test::EncapsulatedFile(test::kRleUid, facts, fragments);
     ExpectFrame(file, 0, {QVM_SUCCESS, {1, 2, 3, 4, 5, 6}}, "three fragments");
 
     CDcmApp app;
@@ -154,14 +154,14 @@ TEST(FrameAccess, RleColourIsInterleavedWhateverTheHeaderSays) {
                                             {1, 0x51, 0x52},
                                             {1, 0x61, 0x62}});
     ExpectFrame(
-        test::EncapsulatedFile(test::kUidRle, facts, {coded}), 0,
+        test::EncapsulatedFile(test::kRleUid, facts, {coded}), 0,
         {QVM_SUCCESS, {0x21, 0x11, 0x41, 0x31, 0x61, 0x51, 0x22, 0x12, 0x42, 0x32, 0x62, 0x52}},
         "16-bit colour");
 }
 
 TEST(FrameAccess, CodedBytesNeverPassForPixels) {
     const ImageFacts facts{.rows = 1, .columns = 4, .bits = 8};
-    for (const char* uid : {test::kUidJpegLs, test::kUidExplicit}) {
+    for (const auto uid : {test::kJpegLsUid, test::kExplicitUid}) {
         const Bytes file =
             test::EncapsulatedFile(uid, facts, {{0xFF, 0xD8, 1, 2, 3, 4, 0xFF, 0xD9}});
         CDcmApp app;
@@ -172,13 +172,13 @@ TEST(FrameAccess, CodedBytesNeverPassForPixels) {
     }
     // Pixels may begin with the bytes of an item tag.
     const Bytes pixels{0xFE, 0xFF, 0x00, 0xE0};
-    ExpectFrame(test::NativeFile(test::kUidExplicit, facts, pixels), 0, {QVM_SUCCESS, pixels},
+    ExpectFrame(test::NativeFile(test::kExplicitUid, facts, pixels), 0, {QVM_SUCCESS, pixels},
                 "tag");
 }
 
 TEST(FrameAccess, RefusesHeadersWithoutGeometry) {
     for (const ImageFacts& facts : {ImageFacts{.rows = 0}, ImageFacts{.columns = 0}}) {
-        ExpectFrame(test::NativeFile(test::kUidExplicit, facts, Counting(8)), 0,
+        ExpectFrame(test::NativeFile(test::kExplicitUid, facts, Counting(8)), 0,
                     {QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, {}}, "no pixels");
     }
     CxDcmParser parser;
@@ -193,8 +193,8 @@ TEST(FrameAccess, ABigClaimCostsNothing) {
             const ImageFacts facts{
                 .rows = 65535, .columns = 65535, .bits = bits, .photometric = photometric};
             for (const Bytes& file :
-                 {test::NativeFile(test::kUidExplicit, facts, Counting(10)),
-                  test::EncapsulatedFile(test::kUidRle, facts, {Counting(64)})}) {
+                 {test::NativeFile(test::kExplicitUid, facts, Counting(10)),
+                  test::EncapsulatedFile(test::kRleUid, facts, {Counting(64)})}) {
                 const auto begin = std::chrono::steady_clock::now();
                 CxDcmParser parser;
                 const TemporaryFile onDisk(file);
@@ -214,7 +214,7 @@ TEST(FrameAccess, ParsersWorkSideBySide) {
             bytes[i] = static_cast<unsigned char>(i / 256);
         return bytes;
     }();
-    const TemporaryFile onDisk(test::NativeFile(test::kUidExplicit, facts, pixels));
+    const TemporaryFile onDisk(test::NativeFile(test::kExplicitUid, facts, pixels));
     const auto work = [&] {
         CDcmApp app;
         for (int round = 0; round < 10; ++round) {

@@ -1,6 +1,7 @@
 // Frames of one object fetched again and again, in any order, while it changes.
-#include "file_builder.h"
 #include "quorvex/CxDcmParser.h"
+#include "tests/support/dicom_builder.h"
+#include "tests/support/temporary_file.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -29,7 +30,7 @@ Bytes Native(int first) {
     for (int i = 0; i < kFrames; ++i) {
         pixels.insert(pixels.end(), 64, static_cast<unsigned char>(first + i));
     }
-    return test::NativeFile(test::kUidExplicit, kFacts, pixels);
+    return test::NativeFile(test::kExplicitUid, kFacts, pixels);
 }
 
 /// Every frame in two fragments, told apart by the RLE headers that the first of them begin with.
@@ -43,7 +44,7 @@ Bytes Rle(int first) {
         fragments.push_back(
             {static_cast<unsigned char>(257 - 64), static_cast<unsigned char>(first + i)});
     }
-    return test::EncapsulatedFile(test::kUidRle, kFacts, fragments);
+    return test::EncapsulatedFile(test::kRleUid, kFacts, fragments);
 }
 
 void ExpectMarks(CxDcmParser& parser, int first, const char* what) {

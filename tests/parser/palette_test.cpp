@@ -1,7 +1,8 @@
-#include "file_builder.h"
 #include "parser/palette/palette_image.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/CxPaletteLUT.h"
+#include "tests/support/dicom_builder.h"
+#include "tests/support/temporary_file.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -16,20 +17,17 @@ using Words = std::vector<unsigned>;
 struct Parsed {
     CDcmApp app;
     CxDcmParser parser;
-    explicit Parsed(const test::DataSetWriter& elements, const char* uid = test::kUidExplicit) {
-        Bytes file = test::Preamble(uid);
-        test::Append(file, elements.bytes);
-        const test::TemporaryFile onDisk(file);
+    explicit Parsed(const test::DicomBuilder& file) {
+        const test::TemporaryFile onDisk(file.Bytes());
         EXPECT_EQ(parser.Initialize(&app, CString(onDisk.Path()), 0), QVM_SUCCESS);
     }
     [[nodiscard]] CDcmObject* Object() const { return parser.GetHeader(); }
 };
 
 Parsed WithTable(const Words& descriptor, const Words& data, bool isSegmented) {
-    auto writer = test::ImageHeader(test::kUidExplicit, {});
-    writer.Words(0x00281101, "US", descriptor);
-    writer.Words(isSegmented ? 0x00281221 : 0x00281201, "OW", data);
-    return Parsed(writer);
+    return Parsed(test::ImageFile(test::kExplicitUid, {})
+                      .Words(0x00281101, "US", descriptor)
+                      .Words(isSegmented ? 0x00281221 : 0x00281201, "OW", data));
 }
 
 Words Entries(const CxPaletteLUT& lut, int first, int count) {
@@ -116,7 +114,7 @@ TEST(PaletteLut, RefusesWhatIsMissingOrShort) {
 }
 
 Bytes Colours(const Words& red, const Words& green, const Words& blue, unsigned entryBits) {
-    auto writer = test::ImageHeader(test::kUidExplicit, {.photometric = "PALETTE COLOR"});
+    auto writer = test::ImageFile(test::kExplicitUid, {.photometric = "PALETTE COLOR"});
     const auto entries = static_cast<unsigned>(red.size());
     for (const unsigned tag : {0x00281101U, 0x00281102U, 0x00281103U}) {
         writer.Words(tag, "US", {entries, 0, entryBits});

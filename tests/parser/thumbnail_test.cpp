@@ -1,7 +1,8 @@
-#include "file_builder.h"
 #include "parser/thumbnail/thumbnail_pixels.h"
 #include "parser/thumbnail/thumbnail_window.h"
 #include "quorvex/CxDcmParser.h"
+#include "tests/support/dicom_builder.h"
+#include "tests/support/temporary_file.h"
 
 #include <algorithm>
 #include <cstring>
@@ -134,7 +135,7 @@ TEST(Thumbnail, IsGreyOrColour) {
     Bytes pixels(128);
     for (std::size_t i = 0; i < 64; ++i)
         pixels[2 * i] = static_cast<unsigned char>(i < 32 ? 10 : 110);
-    const Bytes file = test::NativeFile(test::kUidExplicit, grey, pixels);
+    const Bytes file = test::NativeFile(test::kExplicitUid, grey, pixels);
     const Thumbnail small = Make(file, {4, 4});
     ASSERT_EQ(small.code, QVM_SUCCESS);
     EXPECT_EQ(small.image.size(), 16U);
@@ -148,24 +149,24 @@ TEST(Thumbnail, IsGreyOrColour) {
 
     const test::ImageFacts colour{
         .rows = 4, .columns = 4, .bits = 8, .photometric = "RGB", .samples = 3};
-    const Thumbnail rgb = Make(test::NativeFile(test::kUidExplicit, colour, Bytes(48, 77)), {8, 2});
+    const Thumbnail rgb = Make(test::NativeFile(test::kExplicitUid, colour, Bytes(48, 77)), {8, 2});
     EXPECT_EQ(rgb.image, Bytes(48, 77));
     EXPECT_EQ(rgb.headerSize, 40U);
     EXPECT_EQ(rgb.header.biBitCount, 24);
 
     const test::ImageFacts bytes{.rows = 4, .columns = 4, .bits = 8};
-    EXPECT_EQ(Make(test::NativeFile(test::kUidExplicit, bytes, Bytes(16, 5)), {4, 4}).image,
+    EXPECT_EQ(Make(test::NativeFile(test::kExplicitUid, bytes, Bytes(16, 5)), {4, 4}).image,
               Bytes(16, 5));
 }
 
 TEST(Thumbnail, IsCodedWhereAsked) {
     const test::ImageFacts colour{
         .rows = 4, .columns = 4, .bits = 8, .photometric = "RGB", .samples = 3};
-    const Bytes rgb = test::NativeFile(test::kUidExplicit, colour, Bytes(48, 77));
+    const Bytes rgb = test::NativeFile(test::kExplicitUid, colour, Bytes(48, 77));
     Bytes words(32, 0);
     std::fill(words.begin() + 16, words.end(), static_cast<unsigned char>(0xFF));
     const test::ImageFacts facts{.rows = 4, .columns = 4, .representation = 1};
-    const Bytes grey = test::NativeFile(test::kUidExplicit, facts, words);
+    const Bytes grey = test::NativeFile(test::kExplicitUid, facts, words);
     for (const Bytes& file : {rgb, grey}) {
         for (const int format : {5, 7}) {
             Thumbnail coded = Make(file, {8, 8}, format);
@@ -221,16 +222,16 @@ TEST(ThumbnailPixels, TakeEveryDepth) {
 }
 
 TEST(Thumbnail, SaysWhyThereIsNone) {
-    const Bytes file = test::NativeFile(test::kUidExplicit, {}, Bytes(8, 1));
+    const Bytes file = test::NativeFile(test::kExplicitUid, {}, Bytes(8, 1));
     EXPECT_EQ(Make(file, {50, 4}).code, QVM_ERROR_INVALID_OUTPUT_SIZE);
     EXPECT_EQ(Make(file, {4, 0}).code, QVM_ERROR_INVALID_OUTPUT_SIZE);
     EXPECT_EQ(Make(file, {4, 4}, 6).code, QVM_ERROR_INVALID_TARGET_SYNTAX);
     EXPECT_EQ(Make(file, {4, 4}, 1, 1, 1).code, QVM_ERROR_INVALID_FRAME_INDEX);
     const test::ImageFacts odd{.bits = 12};
-    EXPECT_EQ(Make(test::NativeFile(test::kUidExplicit, odd, Bytes(6, 1)), {4, 4}).code,
+    EXPECT_EQ(Make(test::NativeFile(test::kExplicitUid, odd, Bytes(6, 1)), {4, 4}).code,
               QVM_ERROR_INVALID_BITS_ALLOCATED);
     const test::ImageFacts palette{.bits = 8, .photometric = "PALETTE COLOR"};
-    EXPECT_EQ(Make(test::NativeFile(test::kUidExplicit, palette, Bytes(4, 1)), {4, 4}).code,
+    EXPECT_EQ(Make(test::NativeFile(test::kExplicitUid, palette, Bytes(4, 1)), {4, 4}).code,
               QVM_ERROR_INVALID_PHOTOMETRIC);
 }
 
@@ -259,13 +260,11 @@ constexpr SliceCase kSlices[] = {
 
 TEST(SliceLocation, IsThePositionAcrossTheSlice) {
     for (const SliceCase& c : kSlices) {
-        test::DataSetWriter full(test::kUidExplicit);
-        full.Text(0x00080016, "UI", "1.2.840.10008.5.1.4.1.1.7").Text(0x00080018, "UI", "2.25.1");
-        if (c.position != nullptr) full.Text(0x00200032, "DS", c.position);
-        if (c.orientation != nullptr) full.Text(0x00200037, "DS", c.orientation);
-        if (c.location != nullptr) full.Text(0x00201041, "DS", c.location);
-        Bytes file = test::Preamble(test::kUidExplicit);
-        test::Append(file, full.bytes);
+        auto full = test::DicomBuilder::Part10(test::kExplicitUid).SopUids();
+        if (c.position != nullptr) full.Padded(0x00200032, "DS", c.position);
+        if (c.orientation != nullptr) full.Padded(0x00200037, "DS", c.orientation);
+        if (c.location != nullptr) full.Padded(0x00201041, "DS", c.location);
+        Bytes file = full.Bytes();
         file.resize(std::max<std::size_t>(file.size(), 133));
         CDcmApp app;
         CxDcmParser parser;

@@ -5,8 +5,8 @@
 #include "quorvex/DicomObject.h"
 #include "tests/codec/rle_frames.h"
 #include "tests/engines/jpeg_test_streams.h"
-#include "tests/parser/file_builder.h"
 #include "tests/reliability/guarded_bytes.h"
+#include "tests/support/dicom_builder.h"
 
 #include <cstdint>
 #include <memory>

@@ -5,7 +5,8 @@
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
 #include "tests/maker/maker_objects.h"
-#include "tests/parser/file_builder.h"
+#include "tests/support/dicom_builder.h"
+#include "tests/support/temporary_file.h"
 
 #include <gtest/gtest.h>
 #include <memory>

@@ -12,9 +12,9 @@ constexpr const char* kNativeUids[] = {"1.2.840.10008.1.2", "1.2.840.10008.1.2.1
                                        "1.2.840.10008.1.2.2"};
 
 /// One frame as items in a value of told length, their headers in the byte order of `itemsUid`.
-Bytes FileOfItemsInAValue(const char* uid, const char* itemsUid, const FrameForm& form,
+Bytes FileOfItemsInAValue(const char* uid, std::string_view itemsUid, const FrameForm& form,
                           const Bytes& frame) {
-    const Bytes items = DataSetWriter(itemsUid).Item({}).Item(frame).EndItems().bytes;
+    const Bytes items = DicomBuilder::In(itemsUid).Items({{}, frame}).Bytes();
     return FileOf(uid, false, form, items);
 }
 
@@ -26,8 +26,8 @@ TEST(ForeignHeaders, FragmentsUnderANativeSyntaxNeverPassForPixels) {
         for (const char* uid : kNativeUids) {
             SCOPED_TRACE(std::string(coding.name) + " under " + uid);
             for (const Bytes& file : {FileOf(uid, true, form, frame),
-                                      FileOfItemsInAValue(uid, kUidExplicit, form, frame),
-                                      FileOfItemsInAValue(uid, kUidBigEndian, form, frame)}) {
+                                      FileOfItemsInAValue(uid, kExplicitUid, form, frame),
+                                      FileOfItemsInAValue(uid, kBigEndianUid, form, frame)}) {
                 for (const Answered& answer : AskEverything(file))
                     EXPECT_NE(answer.code, QVM_SUCCESS);
             }

@@ -32,11 +32,8 @@ void AddPixels(DicomBuilder& file, bool isEncapsulated, const std::string& conte
         file.Add(0x7FE00010, "OW", content);
         return;
     }
-    file.Header(0x7FE00010, "OB", 0xFFFFFFFF).Item(0);
-    for (int i = 0; i < fragments; ++i) {
-        file.Item(static_cast<std::uint32_t>(content.size())).Raw(content);
-    }
-    file.EndSequence();
+    const Bytes fragment(content.begin(), content.end());
+    file.Fragments(std::vector<Bytes>(static_cast<std::size_t>(fragments), fragment));
 }
 
 }  // namespace
@@ -58,8 +55,7 @@ std::string ValueIn(const std::string& vr, const std::string& number) {
 
 DicomBuilder HostileImage(const ImageClaim& claim, const char* syntax, int fragments) {
     const std::string uid = syntax == nullptr ? kExplicitLittle : syntax;
-    const bool isBigEndian = uid == kBigEndianUid;
-    auto file = DicomBuilder::Part10(uid, uid != kImplicitUid, isBigEndian);
+    auto file = DicomBuilder::Part10(uid);
     const auto word = [&](std::uint32_t tag, const std::string& number) {
         file.Us(tag, static_cast<std::uint16_t>(std::strtol(number.c_str(), nullptr, 10)));
     };

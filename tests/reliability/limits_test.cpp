@@ -89,14 +89,9 @@ int ExpandPalette() {
 }
 
 int RleOfManySegments() {
-    std::string frame(64, '\0');
+    Bytes frame(64);
     frame[0] = kMostRleSegments + 1;
-    auto file = HostileImage({}, nullptr);
-    auto coded = DicomBuilder::Part10(kRle);
-    coded.Raw(
-        {reinterpret_cast<const char*>(file.Bytes().data()) + 132 + 28, file.Size() - 132 - 28});
-    coded.Header(0x7FE00010, "OB", 0xFFFFFFFF).Item(0).Item(64).Raw(frame).EndSequence();
-    return FrameOf(coded, 0);
+    return FrameOf(ImageFile(kRleUid, {}).Fragments({frame}), 0);
 }
 
 int MakePolygonMask() {

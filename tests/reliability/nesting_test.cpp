@@ -35,9 +35,7 @@ constexpr Nesting kNestings[] = {
 /// Levels with a text in each and, where there is room for it, an image around them.
 DicomBuilder NestedFile(const Nesting& nesting, int levels) {
     const bool isExplicit = nesting.uid != kImplicitUid;
-    const bool isBigEndian = nesting.uid == kBigEndianUid;
-    auto file = nesting.isBare ? DicomBuilder(false)
-                               : DicomBuilder::Part10(nesting.uid, isExplicit, isBigEndian);
+    auto file = nesting.isBare ? DicomBuilder(false) : DicomBuilder::Part10(nesting.uid);
     file.Add(0x00080005, "CS", "ISO_IR 100").Add(0x00080018, "UI", "1.2.3.4 ");
     const std::uint32_t levelBytes = isExplicit ? 20 : 16;
     for (int level = 0; level < levels; ++level) {

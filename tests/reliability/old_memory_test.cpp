@@ -107,7 +107,7 @@ TEST(OldMemory, NeverShowsInAFrameOfAnotherShape) {
                     pixels[i] = static_cast<unsigned char>(i * 7);
                 const std::string what = std::string(photometric) + ", " + std::to_string(bits) +
                                          " bits, " + std::to_string(bytes) + " bytes";
-                for (const char* uid : {kUidExplicit, kUidBigEndian}) {
+                for (const auto uid : {kExplicitUid, kBigEndianUid}) {
                     const Bytes file = NativeFile(uid, facts, pixels);
                     ExpectSameTwice(what, [&] { return AskEverything(file); });
                 }

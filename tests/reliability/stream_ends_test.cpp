@@ -148,18 +148,15 @@ TEST(StreamEnds, OffsetTablesPointAnywhere) {
     for (const auto& offsets : kTables) {
         for (const bool isExtended : {false, true}) {
             const CDcmObject object = ThreeFrames(isExtended ? TableOf(offsets, 8) : Bytes());
-            DataSetWriter writer(kUidExplicit);
-            writer.Item(isExtended ? Bytes() : TableOf(offsets, 4));
-            for (const Bytes& fragment : fragments) writer.Item(fragment);
-            writer.EndItems();
+            std::vector<Bytes> contents = {isExtended ? Bytes() : TableOf(offsets, 4)};
+            contents.insert(contents.end(), std::begin(fragments), std::end(fragments));
+            const Bytes value = DicomBuilder().Items(contents).Bytes();
             const std::string what = ::testing::PrintToString(offsets);
-            for (std::size_t length = 1; length <= writer.bytes.size(); ++length)
-                WalkGuarded(
-                    object,
-                    Bytes(writer.bytes.begin(), writer.bytes.begin() + std::ptrdiff_t(length)),
-                    what + " cut at " + std::to_string(length));
-            for (std::size_t at = 4; at + 4 < writer.bytes.size(); ++at) {
-                Bytes damaged = writer.bytes;
+            for (std::size_t length = 1; length <= value.size(); ++length)
+                WalkGuarded(object, Bytes(value.begin(), value.begin() + std::ptrdiff_t(length)),
+                            what + " cut at " + std::to_string(length));
+            for (std::size_t at = 4; at + 4 < value.size(); ++at) {
+                Bytes damaged = value;
                 PutWord(damaged, at, 0xFFFFFFFF);
                 WalkGuarded(object, damaged, what + " damaged at " + std::to_string(at));
             }
