@@ -130,12 +130,13 @@ void* calloc(std::size_t count, std::size_t size) noexcept {
     return MustFail(__builtin_return_address(0)) ? Refused() : Counted(__libc_calloc(count, size));
 }
 void* realloc(void* block, std::size_t size) noexcept {
-    if (block == nullptr) return malloc(size);
-    if (size == 0) {
+    if (block != nullptr && size == 0) {
         free(block);
         return nullptr;
     }
-    return MustFail(__builtin_return_address(0)) ? Refused() : __libc_realloc(block, size);
+    // Not by way of malloc(): it would take this place for the caller and spare no library.
+    if (MustFail(__builtin_return_address(0))) return Refused();
+    return block == nullptr ? Counted(__libc_malloc(size)) : __libc_realloc(block, size);
 }
 void free(void* block) noexcept {
     if (block != nullptr) --watch.live;
