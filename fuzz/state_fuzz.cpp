@@ -4,7 +4,7 @@
 #include "fuzz/memory_feed.h"
 #include "fuzz/options.h"
 #include "fuzz/records.h"
-#include "presentation/mask_subtraction.h"
+#include "presentation/presentation_reader.h"
 #include "quorvex/CXGSPSObject.h"
 
 namespace {
@@ -57,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     record.imageRows = options.Between(0, 80);
     record.imageColumns = options.Between(0, 80);
     (void)CXGSPSObject().GSPSApplier(&state, &record, uid, options.Between(-1, 3));
-    ReadMaskSubtraction(state, record);
+    PresentationReader(state, record, uid, 0).GetMask();
     CDcmObject object;
     fuzz::DrawImage(object, options);
     object.SetValue(0x00080018, uid);

@@ -1,36 +1,21 @@
 #include "foundation/dicom/model/attributes.h"
-#include "foundation/dicom/model/tags.h"
+#include "presentation/presentation_reader.h"
 #include "presentation/reference_matching.h"
-#include "quorvex/CXGSPSObject.h"
+#include "presentation/words.h"
 
 #include <memory>
 
 namespace quorvex {
 namespace {
 
-struct Word {
-    const char* text;
-    std::int32_t number;
-};
-constexpr Word kUnits[] = {{"PIXEL", 0}};
-constexpr std::int32_t kDisplayUnits = 1;
-constexpr Word kJustifications[] = {{"LEFT", 0}, {"RIGHT", 1}};
-constexpr std::int32_t kCentred = 2;
-constexpr Word kGraphicTypes[] = {
-    {"POINT", 1}, {"POLYLINE", 2}, {"INTERPOLATED", 3}, {"CIRCLE", 4}};
-constexpr std::int32_t kEllipse = 5;
-
-/// Sets `number` by the word of an attribute, `otherwise` for a word that is not listed. Without
-/// the attribute it stays.
-template <std::size_t N>
-void ReadWord(const CDcmItem& item, std::uint32_t wordTag, const Word (&words)[N],
-              std::int32_t otherwise, std::int32_t& number) {
+/// Place of the attribute's word in the list, its last one for any other word; nothing without the
+/// attribute.
+template <std::size_t Count>
+std::optional<std::int32_t> ReadPlace(const CDcmItem& item, std::uint32_t wordTag,
+                                      const Words<Count>& words) {
     const auto text = Read<CString>(item, wordTag);
-    if (!text) return;
-    number = otherwise;
-    for (const Word& word : words) {
-        if (*text == CString(word.text)) number = word.number;
-    }
+    if (!text) return std::nullopt;
+    return PlaceOf(*text, words).value_or(static_cast<std::int32_t>(Count) - 1);
 }
 
 double* NewCoordinates(const ValuePair<float>& pair) {
@@ -45,9 +30,11 @@ void ReadBoundingBox(const CDcmItem& item, GSPSTextObject& text) {
         text.boundingBoxBottomRight = NewCoordinates(*bottomRight);
         text.hasBoundingBox = 1;
     }
-    ReadWord(item, tag::kBoundingBoxAnnotationUnits, kUnits, kDisplayUnits, text.boundingBoxUnits);
-    ReadWord(item, tag::kBoundingBoxTextHorizontalJustification, kJustifications, kCentred,
-             text.horizontalJustification);
+    text.boundingBoxUnits =
+        ReadPlace(item, tag::kBoundingBoxAnnotationUnits, kUnitWords).value_or(0);
+    text.horizontalJustification =
+        ReadPlace(item, tag::kBoundingBoxTextHorizontalJustification, kJustificationWords)
+            .value_or(0);
 }
 
 void ReadAnchor(const CDcmItem& item, GSPSTextObject& text) {
@@ -55,7 +42,7 @@ void ReadAnchor(const CDcmItem& item, GSPSTextObject& text) {
     if (!anchor) return;
     text.anchorPoint = NewCoordinates(*anchor);
     text.hasAnchor = 1;
-    ReadWord(item, tag::kAnchorPointAnnotationUnits, kUnits, kDisplayUnits, text.anchorUnits);
+    text.anchorUnits = ReadPlace(item, tag::kAnchorPointAnnotationUnits, kUnitWords).value_or(0);
     text.anchorVisible = TextIs(item, tag::kAnchorPointVisibility, "Y") ? 1 : 0;
 }
 
@@ -68,42 +55,39 @@ void AddOwned(CPtrArray& elements, std::unique_ptr<Element> element) {
 
 }  // namespace
 
-int CXGSPSObject::GetAnnotation(CDcmObject* object, CXGSPSInfo* info) {
-    ForEachItem(*object, tag::kGraphicAnnotationSequence, [&](const CDcmItem& item) {
-        if (AppliesTo(item, imageUID, frameNumber)) ProcessAnnotationSequence(item, info);
+void PresentationReader::GetAnnotation() {
+    ForEachItem(object_, tag::kGraphicAnnotationSequence, [&](const CDcmItem& item) {
+        if (AppliesTo(item, imageUID_, frameNumber_)) ProcessAnnotationSequence(item);
     });
-    return 1;
 }
 
-int CXGSPSObject::ProcessAnnotationSequence(CDcmItem item, CXGSPSInfo* info) {
+void PresentationReader::ProcessAnnotationSequence(const CDcmItem& item) {
     ForEachItem(item, tag::kTextObjectSequence,
-                [&](const CDcmItem& text) { ProcessAnnotationText(text, info); });
+                [&](const CDcmItem& text) { ProcessAnnotationText(text); });
     ForEachItem(item, tag::kGraphicObjectSequence,
-                [&](const CDcmItem& graphic) { ProcessAnnotationGraphic(graphic, info); });
-    return 1;
+                [&](const CDcmItem& graphic) { ProcessAnnotationGraphic(graphic); });
 }
 
-int CXGSPSObject::ProcessAnnotationText(CDcmItem item, CXGSPSInfo* info) {
+void PresentationReader::ProcessAnnotationText(const CDcmItem& item) {
     auto text = std::make_unique<GSPSTextObject>();
     text->textValue = Read<CString>(item, tag::kUnformattedTextValue).value_or(CString());
     ReadBoundingBox(item, *text);
     ReadAnchor(item, *text);
-    AddOwned(info->textObjects, std::move(text));
-    return 1;
+    AddOwned(info_.textObjects, std::move(text));
 }
 
-int CXGSPSObject::ProcessAnnotationGraphic(CDcmItem item, CXGSPSInfo* info) {
+void PresentationReader::ProcessAnnotationGraphic(const CDcmItem& item) {
     auto graphic = std::make_unique<GSPSGraphicObject>();
-    ReadWord(item, tag::kGraphicAnnotationUnits, kUnits, kDisplayUnits, graphic->annotationUnits);
+    graphic->annotationUnits =
+        ReadPlace(item, tag::kGraphicAnnotationUnits, kUnitWords).value_or(0);
     graphic->pointCount = Read<unsigned short>(item, tag::kNumberOfGraphicPoints).value_or(0);
-    ReadWord(item, tag::kGraphicType, kGraphicTypes, kEllipse, graphic->graphicType);
+    graphic->graphicType = ReadPlace(item, tag::kGraphicType, kGraphicTypeWords).value_or(0);
     graphic->filled = TextIs(item, tag::kGraphicFilled, "Y") ? 1 : 0;
     ForEachPair<float>(item, tag::kGraphicData, [&](const ValuePair<float>& pair) {
         const GSPSPoint point{static_cast<double>(pair.first), static_cast<double>(pair.second)};
         AddOwned(graphic->points, std::make_unique<GSPSPoint>(point));
     });
-    AddOwned(info->graphicObjects, std::move(graphic));
-    return 1;
+    AddOwned(info_.graphicObjects, std::move(graphic));
 }
 
 }  // namespace quorvex

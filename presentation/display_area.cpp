@@ -1,23 +1,16 @@
 #include "foundation/dicom/model/attributes.h"
-#include "foundation/dicom/model/tags.h"
+#include "presentation/presentation_reader.h"
 #include "presentation/reference_matching.h"
-#include "quorvex/CXGSPSObject.h"
+#include "presentation/words.h"
 
 namespace quorvex {
 namespace {
 
-struct SizeMode {
-    const char* word;
-    std::int32_t mode;
-};
-constexpr SizeMode kSizeModes[] = {{"SCALE TO FIT", 0}, {"TRUE SIZE", 1}, {"MAGNIFY", 2}};
-
+/// A word that is not known leaves the mode as it is.
 void ReadSizeMode(const CDcmItem& item, CXGSPSInfo& info) {
-    for (const SizeMode& known : kSizeModes) {
-        if (TextIs(item, tag::kPresentationSizeMode, known.word)) {
-            info.presentationSizeMode = known.mode;
-        }
-    }
+    const auto word = Read<CString>(item, tag::kPresentationSizeMode);
+    if (!word) return;
+    info.presentationSizeMode = PlaceOf(*word, kSizeModeWords).value_or(info.presentationSizeMode);
 }
 
 void ReadSpacing(const CDcmObjectCommon& object, std::uint32_t spacingTag, CXGSPSInfo& info) {
@@ -26,6 +19,7 @@ void ReadSpacing(const CDcmObjectCommon& object, std::uint32_t spacingTag, CXGSP
     if (spacing) info.pixelSpacingY = spacing->first;
 }
 
+/// False without the attribute; the record then stays as it is.
 template <class Number>
 bool ReadAspect(const CDcmObjectCommon& object, std::uint32_t aspectTag, CXGSPSInfo& info) {
     const auto aspect = ReadPair<Number>(object, aspectTag);
@@ -51,53 +45,48 @@ void ShowWholeImage(CXGSPSInfo& info) noexcept {
 
 }  // namespace
 
-int CXGSPSObject::GetSpatialTransformation(CDcmObject* object, CXGSPSInfo* info) {
-    const auto flip = Read<CString>(*object, tag::kImageHorizontalFlip);
-    if (!flip) {
-        info->imageRotation = 0;
-        info->imageHorizontalFlip = 0;
-        return 0;
-    }
-    info->imageRotation = Read<unsigned short>(*object, tag::kImageRotation).value_or(0);
-    info->imageHorizontalFlip = *flip == CString("Y") ? 1 : 0;
-    return 1;
+/// A rotation without a flip attribute is not taken.
+void PresentationReader::GetSpatialTransformation() {
+    info_.imageRotation = 0;
+    info_.imageHorizontalFlip = 0;
+    const auto flip = Read<CString>(object_, tag::kImageHorizontalFlip);
+    if (!flip) return;
+    info_.imageRotation = Read<unsigned short>(object_, tag::kImageRotation).value_or(0);
+    info_.imageHorizontalFlip = *flip == CString("Y") ? 1 : 0;
 }
 
-int CXGSPSObject::GetDisplayTransformation(CDcmObject* object, CXGSPSInfo* info) {
-    if (imageUID.IsEmpty()) {
-        ShowWholeImage(*info);
-        ReadSpacing(*object, tag::kPixelSpacing, *info);
-        if (!ReadAspect<int>(*object, tag::kPixelAspectRatio, *info)) SetEvenAspect(*info);
-        return 1;
+void PresentationReader::GetDisplayTransformation() {
+    if (IsForImage()) {
+        ShowWholeImage(info_);
+        ReadSpacing(object_, tag::kPixelSpacing, info_);
+        if (!ReadAspect<int>(object_, tag::kPixelAspectRatio, info_)) SetEvenAspect(info_);
+        return;
     }
-    if (!Read<CDcmItem>(*object, tag::kDisplayedAreaSelectionSequence)) {
-        ShowWholeImage(*info);
-        SetEvenAspect(*info);
-        info->pixelSpacingX = 0.0;
-        return 0;
+    if (!Read<CDcmItem>(object_, tag::kDisplayedAreaSelectionSequence)) {
+        ShowWholeImage(info_);
+        SetEvenAspect(info_);
+        info_.pixelSpacingX = 0.0;
+        return;
     }
-    ForEachItem(*object, tag::kDisplayedAreaSelectionSequence, [&](const CDcmItem& item) {
-        if (AppliesTo(item, imageUID, frameNumber)) ProcessDisplaySequence(item, info);
+    ForEachItem(object_, tag::kDisplayedAreaSelectionSequence, [&](const CDcmItem& item) {
+        if (AppliesTo(item, imageUID_, frameNumber_)) ProcessDisplaySequence(item);
     });
-    return 1;
 }
 
-int CXGSPSObject::ProcessDisplaySequence(CDcmItem item, CXGSPSInfo* info) {
+void PresentationReader::ProcessDisplaySequence(const CDcmItem& item) {
     if (const auto topLeft = ReadPair<int>(item, tag::kDisplayedAreaTopLeftHandCorner)) {
-        info->displayedAreaLeft = topLeft->first;
-        info->displayedAreaTop = topLeft->second;
+        info_.displayedAreaLeft = topLeft->first;
+        info_.displayedAreaTop = topLeft->second;
     }
     if (const auto bottomRight = ReadPair<int>(item, tag::kDisplayedAreaBottomRightHandCorner)) {
-        info->displayedAreaRight = bottomRight->first;
-        info->displayedAreaBottom = bottomRight->second;
+        info_.displayedAreaRight = bottomRight->first;
+        info_.displayedAreaBottom = bottomRight->second;
     }
-    ReadSizeMode(item, *info);
-    ReadSpacing(item, tag::kPresentationPixelSpacing, *info);
-    ReadAspect<double>(item, tag::kPresentationPixelAspectRatio, *info);
-    if (const auto ratio = Read<double>(item, tag::kPresentationPixelMagnificationRatio)) {
-        info->presentationMagnification = *ratio;
-    }
-    return 1;
+    ReadSizeMode(item, info_);
+    ReadSpacing(item, tag::kPresentationPixelSpacing, info_);
+    ReadAspect<double>(item, tag::kPresentationPixelAspectRatio, info_);
+    info_.presentationMagnification = Read<double>(item, tag::kPresentationPixelMagnificationRatio)
+                                          .value_or(info_.presentationMagnification);
 }
 
 }  // namespace quorvex

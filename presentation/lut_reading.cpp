@@ -1,65 +1,48 @@
 #include "foundation/dicom/model/attributes.h"
-#include "foundation/dicom/model/tags.h"
-#include "quorvex/CXGSPSObject.h"
+#include "presentation/presentation_reader.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <memory>
-#include <optional>
 #include <span>
 
 namespace quorvex {
 namespace {
 
-struct LutDescriptor {
-    unsigned short count = 0;
-    unsigned short first = 0;
-    unsigned short bits = 0;
+constexpr std::size_t kFullTable = 65'536;
 
-    [[nodiscard]] std::size_t Entries() const noexcept { return count == 0 ? 65536 : count; }
-};
-
-std::optional<LutDescriptor> ReadDescriptor(const CDcmItem& item) {
-    LutDescriptor descriptor;
-    if (item.GetValue(tag::kLUTDescriptor, descriptor.count) != kDcmSuccess) return std::nullopt;
-    item.GetNextValue(tag::kLUTDescriptor, descriptor.first);
-    item.GetNextValue(tag::kLUTDescriptor, descriptor.bits);
-    return descriptor;
+std::optional<StoredLUT> ReadDescriptor(const CDcmItem& item) {
+    StoredLUT lut;
+    if (item.GetValue(tag::kLUTDescriptor, lut.count) != kDcmSuccess) return std::nullopt;
+    item.GetNextValue(tag::kLUTDescriptor, lut.first);
+    item.GetNextValue(tag::kLUTDescriptor, lut.bits);
+    return lut;
 }
 
+/// False where there are fewer values than entries.
 bool ReadEntries(const CDcmItem& item, std::span<unsigned short> entries) {
-    int value = 0;
-    auto result = item.GetValue(tag::kLUTData, value);
-    for (unsigned short& entry : entries) {
-        if (result != kDcmSuccess) return false;
-        entry = static_cast<unsigned short>(value);
-        if (&entry != &entries.back()) result = item.GetNextValue(tag::kLUTData, value);
-    }
-    return true;
+    std::size_t read = 0;
+    ForEachValue<int>(item, tag::kLUTData, [&](int value) {
+        if (read < entries.size()) entries[read++] = static_cast<unsigned short>(value);
+    });
+    return read == entries.size();
 }
 
 }  // namespace
 
-int CXGSPSObject::GetLUTData(CDcmItem* item, unsigned short& count, unsigned short& first,
-                             unsigned short& bits, unsigned short*& data) {
-    const auto descriptor = ReadDescriptor(*item);
+std::optional<StoredLUT> PresentationReader::GetLUTData(const CDcmItem& item) {
+    auto lut = ReadDescriptor(item);
     int valueCount = 0;
-    item->GetValueCount(tag::kLUTData, valueCount);
-    if (!descriptor || valueCount <= 0) return 0;
+    item.GetValueCount(tag::kLUTData, valueCount);
+    if (!lut || valueCount <= 0) return std::nullopt;
 
     const auto stored = static_cast<std::size_t>(valueCount);
-    // Who reads the LUT goes by the descriptor, so there are never fewer entries than it says.
-    const std::size_t size = std::max(stored, descriptor->Entries());
-    auto block = std::make_unique<unsigned short[]>(size);
-    const std::span<unsigned short> entries(block.get(), size);
-    if (!ReadEntries(*item, entries.first(stored))) return 0;
+    // Readers of a table go by its descriptor, so there are never fewer entries than it counts.
+    const std::size_t size = std::max(stored, lut->count == 0 ? kFullTable : lut->count);
+    lut->data = std::make_unique<unsigned short[]>(size);
+    const std::span<unsigned short> entries(lut->data.get(), size);
+    if (!ReadEntries(item, entries.first(stored))) return std::nullopt;
     std::ranges::fill(entries.subspan(stored), entries[stored - 1]);
-
-    count = descriptor->count;
-    first = descriptor->first;
-    bits = descriptor->bits;
-    data = block.release();
-    return 1;
+    return lut;
 }
 
 }  // namespace quorvex

@@ -1,8 +1,5 @@
-#include "presentation/mask_subtraction.h"
-
 #include "foundation/dicom/model/attributes.h"
-#include "foundation/dicom/model/tags.h"
-#include "quorvex/CXGSPSObject.h"
+#include "presentation/presentation_reader.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -22,25 +19,21 @@ void ReadFrameRanges(const CDcmItem& item, CXGSPSInfo& info) {
     const std::size_t count = CountValues(item, tag::kApplicableFrameRange) / 2;
     auto ranges = std::make_unique<GSPSFrameRange[]>(count);
     std::size_t filled = 0;
-    ForEachPair<unsigned short>(item, tag::kApplicableFrameRange,
-                                [&](const ValuePair<unsigned short>& range) {
-                                    if (filled < count)
-                                        ranges[filled++] = {range.first, range.second};
-                                });
+    ForEachPair<unsigned short>(item, tag::kApplicableFrameRange, [&](const auto& range) {
+        if (filled < count) ranges[filled++] = {range.first, range.second};
+    });
     info.maskFrameRangeCount = static_cast<std::int32_t>(count);
     info.maskFrameRanges = ranges.release();
 }
 
 void ReadMaskFrames(const CDcmItem& item, CXGSPSInfo& info) {
-    unsigned short number = 0;
-    auto result = item.GetValue(tag::kMaskFrameNumbers, number);
-    if (result != kDcmSuccess) return;
+    if (!Read<unsigned short>(item, tag::kMaskFrameNumbers)) return;
     const std::size_t count = CountValues(item, tag::kMaskFrameNumbers);
     auto numbers = std::make_unique<std::uint16_t[]>(count);
-    for (std::size_t i = 0; i < count && result == kDcmSuccess; ++i) {
-        numbers[i] = number;
-        result = item.GetNextValue(tag::kMaskFrameNumbers, number);
-    }
+    std::size_t filled = 0;
+    ForEachValue<unsigned short>(item, tag::kMaskFrameNumbers, [&](unsigned short number) {
+        if (filled < count) numbers[filled++] = number;
+    });
     info.maskFrameCount = static_cast<std::int32_t>(count);
     info.maskFrameNumbers = numbers.release();
 }
@@ -65,21 +58,16 @@ void ReadSubPixelShift(const CDcmItem& item, CXGSPSInfo& info) {
 
 }  // namespace
 
-int CXGSPSObject::GetMask(CDcmObject* object, CXGSPSInfo* info) {
-    ReadMaskSubtraction(*object, *info);
-    return 1;
-}
-
-void ReadMaskSubtraction(const CDcmObject& object, CXGSPSInfo& info) {
-    const auto item = Read<CDcmItem>(object, tag::kMaskSubtractionSequence);
+void PresentationReader::GetMask() {
+    const auto item = Read<CDcmItem>(object_, tag::kMaskSubtractionSequence);
     if (!item) return;
-    ReadFrameRanges(*item, info);
-    ReadOperation(*item, info);
-    info.contrastFrameAveraging = Read<unsigned short>(*item, tag::kContrastFrameAveraging)
-                                      .value_or(info.contrastFrameAveraging);
-    ReadSubPixelShift(*item, info);
-    info.recommendedViewingMode =
-        Read<CString>(object, tag::kRecommendedViewingMode).value_or(info.recommendedViewingMode);
+    ReadFrameRanges(*item, info_);
+    ReadOperation(*item, info_);
+    info_.contrastFrameAveraging = Read<unsigned short>(*item, tag::kContrastFrameAveraging)
+                                       .value_or(info_.contrastFrameAveraging);
+    ReadSubPixelShift(*item, info_);
+    info_.recommendedViewingMode =
+        Read<CString>(object_, tag::kRecommendedViewingMode).value_or(info_.recommendedViewingMode);
 }
 
 }  // namespace quorvex

@@ -1,6 +1,5 @@
 #include "foundation/dicom/model/attributes.h"
-#include "foundation/dicom/model/tags.h"
-#include "quorvex/CXGSPSObject.h"
+#include "presentation/presentation_reader.h"
 
 namespace quorvex {
 namespace {
@@ -12,29 +11,28 @@ std::int32_t BitDepth(const CDcmObject& object) {
 
 }  // namespace
 
-int CXGSPSObject::GetModalityLUT(CDcmObject* object, CXGSPSInfo* info) {
+/// A rescale wins over a table.
+void PresentationReader::GetModalityLUT() {
     const std::int32_t representation =
-        Read<unsigned short>(*object, tag::kPixelRepresentation).value_or(0);
-    info->pixelBitDepth = BitDepth(*object);
-    info->pixelValueOffset = 0;
+        Read<unsigned short>(object_, tag::kPixelRepresentation).value_or(0);
+    info_.pixelBitDepth = BitDepth(object_);
+    info_.pixelValueOffset = 0;
 
-    if (const auto intercept = Read<double>(*object, tag::kRescaleIntercept)) {
-        info->rescaleIntercept = *intercept;
-        info->rescaleSlope = Read<double>(*object, tag::kRescaleSlope).value_or(1.0);
-        info->modalityLUTData = nullptr;
-    } else if (auto item = Read<CDcmItem>(*object, tag::kModalityLUTSequence)) {
-        unsigned short count = 0;
-        unsigned short bits = 0;
-        if (GetLUTData(&*item, count, info->modalityLUTFirst, bits, info->modalityLUTData) == 0) {
-            return 0;
-        }
-        info->modalityLUTCount = count;
+    if (const auto intercept = Read<double>(object_, tag::kRescaleIntercept)) {
+        info_.rescaleIntercept = *intercept;
+        info_.rescaleSlope = Read<double>(object_, tag::kRescaleSlope).value_or(1.0);
+        info_.modalityLUTData = nullptr;
+    } else if (const auto item = Read<CDcmItem>(object_, tag::kModalityLUTSequence)) {
+        auto lut = GetLUTData(*item);
+        if (!lut) return;
+        info_.modalityLUTCount = lut->count;
+        info_.modalityLUTFirst = lut->first;
+        info_.modalityLUTData = lut->data.release();
     } else {
-        info->modalityLUTData = nullptr;
-        info->rescaleSlope = 0.0;
+        info_.modalityLUTData = nullptr;
+        info_.rescaleSlope = 0.0;
     }
-    info->pixelRepresentation = representation;
-    return 1;
+    info_.pixelRepresentation = representation;
 }
 
 }  // namespace quorvex

@@ -1,49 +1,40 @@
 #include "foundation/dicom/model/attributes.h"
-#include "foundation/dicom/model/tags.h"
-#include "quorvex/CXGSPSObject.h"
+#include "presentation/presentation_reader.h"
+#include "presentation/words.h"
 
 namespace quorvex {
 namespace {
 
 enum PresentationShape : std::int32_t { kIdentity = 0, kInverse = 1, kNeither = 2 };
 
-PresentationShape ShapeOfImage(const CDcmObject& object) {
+std::int32_t ShapeOfImage(const CDcmObject& object) {
     const auto photometric = Read<CString>(object, tag::kPhotometricInterpretation);
     if (!photometric) return kNeither;
     if (photometric->Find("MONOCHROME1") >= 0) return kInverse;
     return photometric->Find("MONOCHROME2") >= 0 ? kIdentity : kNeither;
 }
 
-PresentationShape ShapeOfWord(const CString& word) {
-    if (word == CString("INVERSE")) return kInverse;
-    return word == CString("IDENTITY") ? kIdentity : kNeither;
-}
-
-int TakeShape(CXGSPSInfo& info, PresentationShape shape) noexcept {
+void TakeShape(CXGSPSInfo& info, std::int32_t shape) noexcept {
     info.presentationShape = shape;
     info.presentationLUTData = nullptr;
-    return 1;
 }
 
 }  // namespace
 
-int CXGSPSObject::GetPresentationLUT(CDcmObject* object, CXGSPSInfo* info) {
-    if (imageUID.IsEmpty()) return TakeShape(*info, ShapeOfImage(*object));
-    if (const auto word = Read<CString>(*object, tag::kPresentationLUTShape)) {
-        return TakeShape(*info, ShapeOfWord(*word));
+void PresentationReader::GetPresentationLUT() {
+    if (IsForImage()) return TakeShape(info_, ShapeOfImage(object_));
+    if (const auto word = Read<CString>(object_, tag::kPresentationLUTShape)) {
+        return TakeShape(info_, PlaceOf(*word, kShapeWords).value_or(kNeither));
     }
-    auto item = Read<CDcmItem>(*object, tag::kPresentationLUTSequence);
-    if (!item) return TakeShape(*info, kIdentity);
+    const auto item = Read<CDcmItem>(object_, tag::kPresentationLUTSequence);
+    if (!item) return TakeShape(info_, kIdentity);
 
-    unsigned short count = 0;
-    unsigned short bits = 0;
-    if (GetLUTData(&*item, count, info->presentationLUTFirst, bits, info->presentationLUTData) ==
-        0) {
-        return 0;
-    }
-    info->presentationLUTCount = count;
-    info->presentationLUTBits = bits;
-    return 1;
+    auto lut = GetLUTData(*item);
+    if (!lut) return;
+    info_.presentationLUTCount = lut->count;
+    info_.presentationLUTFirst = lut->first;
+    info_.presentationLUTBits = lut->bits;
+    info_.presentationLUTData = lut->data.release();
 }
 
 }  // namespace quorvex

@@ -1,20 +1,19 @@
 #include "presentation/reference_matching.h"
 
 #include "foundation/dicom/model/attributes.h"
-#include "foundation/dicom/model/tags.h"
 
 namespace quorvex {
 namespace {
 
+/// True without a list too: every frame is meant.
 bool ListsFrame(const CDcmItem& reference, std::int32_t frameNumber) {
-    int listed = 0;
-    auto result = reference.GetValue(tag::kReferencedFrameNumber, listed);
-    if (result != kDcmSuccess) return true;  // no list: every frame
-    while (result == kDcmSuccess) {
-        if (listed == frameNumber) return true;
-        result = reference.GetNextValue(tag::kReferencedFrameNumber, listed);
-    }
-    return false;
+    bool hasList = false;
+    bool isListed = false;
+    ForEachValue<int>(reference, tag::kReferencedFrameNumber, [&](int listed) {
+        hasList = true;
+        isListed = isListed || listed == frameNumber;
+    });
+    return isListed || !hasList;
 }
 
 bool Names(const CDcmItem& reference, const CString& imageUID, std::int32_t frameNumber) {

@@ -1,13 +1,12 @@
 #include "foundation/dicom/model/attributes.h"
-#include "foundation/dicom/model/tags.h"
 #include "foundation/platform/region.h"
-#include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
 #include "foundation/types/limits.h"
 #include "foundation/types/saturate.h"
+#include "presentation/presentation_reader.h"
 #include "presentation/shutter_size.h"
-#include "quorvex/CXGSPSObject.h"
+#include "presentation/words.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -26,7 +25,7 @@ struct MaskBlock {
     ByteMask mask;
 };
 
-/// A state of a few bytes can claim any size; a mask that large is made only for an image of that size.
+/// A state of a few bytes can claim any size; a large mask is made only for an image of that size.
 bool IsPlausibleMask(CSize size, const CXGSPSInfo& info) {
     const auto bytes = CheckedProduct(size.cx, size.cy);
     return size == CSize{info.imageColumns, info.imageRows} ||
@@ -56,13 +55,7 @@ bool HasFewCrossings(const ByteMask& mask, std::span<const CPoint> polygon) {
     return crossings <= kMostPolygonCrossings || RefuseBy(Limit::kPolygonCrossings);
 }
 
-/// Stores the value of an attribute where it is there, and tells whether it is.
-bool TakeInt(const CDcmObject& object, std::uint32_t valueTag, std::int32_t& value) {
-    const auto read = Read<int>(object, valueTag);
-    if (read) value = *read;
-    return read.has_value();
-}
-
+/// Where the bytes of an overlay go, and how many are there by now.
 struct OverlayCopyContext {
     std::span<std::uint8_t> destination;
     std::size_t written = 0;
@@ -90,65 +83,57 @@ CSize ShutterMaskSize(const CDcmObject& object, const CXGSPSInfo& info) {
             static_cast<unsigned short>(info.imageRows)};
 }
 
-int CXGSPSObject::GetShutter(CDcmObject* object, CXGSPSInfo* info) {
-    using Maker = int (CXGSPSObject::*)(CDcmObject*, CXGSPSInfo*);
-    static constexpr struct {
-        const char* shape;
-        Maker make;
-    } kMakers[] = {
-        {"RECTANGULAR", &CXGSPSObject::MakeRectangleShutter},
-        {"CIRCULAR", &CXGSPSObject::MakeCircularShutter},
-        {"POLYGONAL", &CXGSPSObject::MakePolygonalShutter},
-        {"BITMAP", &CXGSPSObject::MakeBitmapShutter},
-    };
-    const auto shape = Read<CString>(*object, tag::kShutterShape);
-    info->shutterPresentationValue = 0;
+void PresentationReader::GetShutter() {
+    using Maker = void (PresentationReader::*)();
+    static constexpr Maker kMakers[kShutterWords.size()] = {
+        &PresentationReader::MakeRectangleShutter, &PresentationReader::MakeCircularShutter,
+        &PresentationReader::MakePolygonalShutter, &PresentationReader::MakeBitmapShutter};
+    info_.shutterPresentationValue = 0;
+    const auto shape = Read<CString>(object_, tag::kShutterShape);
     if (!shape) {
-        info->shutterMask = nullptr;
-        return 1;
+        info_.shutterMask = nullptr;
+        return;
     }
     int shapeCount = 0;
-    object->GetValueCount(tag::kShutterShape, shapeCount);
-    for (const auto& maker : kMakers) {
-        // A mask larger than any block is none, and the reading goes on.
-        if (shapeCount == 1 && *shape == CString(maker.shape)) {
-            static_cast<void>(Answer(0, [&] { return (this->*maker.make)(object, info); }));
-        }
-    }
-    info->shutterPresentationValue =
-        Read<unsigned short>(*object, tag::kShutterPresentationValue).value_or(0);
-    return 1;
+    object_.GetValueCount(tag::kShutterShape, shapeCount);
+    const auto place = PlaceOf(*shape, kShutterWords);
+    if (shapeCount == 1 && place) (this->*kMakers[*place])();
+    info_.shutterPresentationValue =
+        Read<unsigned short>(object_, tag::kShutterPresentationValue).value_or(0);
 }
 
-int CXGSPSObject::MakeRectangleShutter(CDcmObject* object, CXGSPSInfo* info) {
-    MaskBlock shutter = NewMask(*object, *info);
-    // An edge that is not there does not bound the rectangle.
-    CRect open{0, 0, static_cast<std::int32_t>(shutter.mask.columns), 0};
-    if (TakeInt(*object, tag::kShutterLeftVerticalEdge, info->shutterLeft))
-        open.left = info->shutterLeft;
-    if (TakeInt(*object, tag::kShutterRightVerticalEdge, info->shutterRight))
-        open.right = info->shutterRight;
-    if (TakeInt(*object, tag::kShutterUpperHorizontalEdge, info->shutterUpper))
-        open.top = info->shutterUpper;
-    if (TakeInt(*object, tag::kShutterLowerHorizontalEdge, info->shutterLower)) {
-        open.bottom = info->shutterLower;
+void PresentationReader::MakeRectangleShutter() {
+    MaskBlock shutter = NewMask(object_, info_);
+    const auto left = Read<int>(object_, tag::kShutterLeftVerticalEdge);
+    const auto right = Read<int>(object_, tag::kShutterRightVerticalEdge);
+    const auto upper = Read<int>(object_, tag::kShutterUpperHorizontalEdge);
+    const auto lower = Read<int>(object_, tag::kShutterLowerHorizontalEdge);
+    info_.shutterLeft = left.value_or(info_.shutterLeft);
+    info_.shutterRight = right.value_or(info_.shutterRight);
+    info_.shutterUpper = upper.value_or(info_.shutterUpper);
+    info_.shutterLower = lower.value_or(info_.shutterLower);
+    if (lower) {
+        // An edge that is not there does not bound the rectangle.
+        const auto columns = static_cast<std::int32_t>(shutter.mask.columns);
+        const CRect open{left.value_or(0), upper.value_or(0), right.value_or(columns), *lower};
         PaintRectangle(shutter.mask, open, kShown);
     } else {
         ShutAll(shutter.mask);
     }
-    info->shutterMask = shutter.block.Release();
-    return 1;
+    info_.shutterMask = shutter.block.Release();
 }
 
-int CXGSPSObject::MakeCircularShutter(CDcmObject* object, CXGSPSInfo* info) {
-    MaskBlock shutter = NewMask(*object, *info);
-    const auto center = ReadPair<int>(*object, tag::kCenterOfCircularShutter);
+void PresentationReader::MakeCircularShutter() {
+    MaskBlock shutter = NewMask(object_, info_);
+    const auto center = ReadPair<int>(object_, tag::kCenterOfCircularShutter);
+    const auto radius = Read<int>(object_, tag::kRadiusOfCircularShutter);
     if (center) {
-        info->shutterCenterRow = center->first;
-        info->shutterCenterColumn = center->second;
+        info_.shutterCenterRow = center->first;
+        info_.shutterCenterColumn = center->second;
     }
-    if (TakeInt(*object, tag::kRadiusOfCircularShutter, info->shutterRadius) && center) {
-        const std::int64_t reach = std::int64_t{info->shutterRadius} - 1;
+    info_.shutterRadius = radius.value_or(info_.shutterRadius);
+    if (center && radius) {
+        const std::int64_t reach = std::int64_t{*radius} - 1;
         const CRect box{SaturateToInt(center->second - reach), SaturateToInt(center->first - reach),
                         SaturateToInt(center->second + reach),
                         SaturateToInt(center->first + reach)};
@@ -156,36 +141,32 @@ int CXGSPSObject::MakeCircularShutter(CDcmObject* object, CXGSPSInfo* info) {
     } else {
         ShutAll(shutter.mask);
     }
-    info->shutterMask = shutter.block.Release();
-    return 1;
+    info_.shutterMask = shutter.block.Release();
 }
 
-int CXGSPSObject::MakePolygonalShutter(CDcmObject* object, CXGSPSInfo* info) {
-    MaskBlock shutter = NewMask(*object, *info);
-    ForEachPair<int>(*object, tag::kVerticesOfThePolygonalShutter,
-                     [&](const ValuePair<int>& vertex) {
-                         info->shutterVertices.push_back({.x = vertex.second, .y = vertex.first});
-                     });
-    if (!HasFewCrossings(shutter.mask, info->shutterVertices)) return 0;
-    PaintPolygon(shutter.mask, info->shutterVertices, kShown);
-    info->shutterMask = shutter.block.Release();
-    return 1;
+void PresentationReader::MakePolygonalShutter() {
+    MaskBlock shutter = NewMask(object_, info_);
+    ForEachPair<int>(object_, tag::kVerticesOfThePolygonalShutter, [&](const auto& vertex) {
+        info_.shutterVertices.push_back({.x = vertex.second, .y = vertex.first});
+    });
+    if (!HasFewCrossings(shutter.mask, info_.shutterVertices)) return;
+    PaintPolygon(shutter.mask, info_.shutterVertices, kShown);
+    info_.shutterMask = shutter.block.Release();
 }
 
-int CXGSPSObject::MakeBitmapShutter(CDcmObject* object, CXGSPSInfo* info) {
-    MaskBlock shutter = NewMask(*object, *info);
+void PresentationReader::MakeBitmapShutter() {
+    MaskBlock shutter = NewMask(object_, info_);
     const std::span<std::uint8_t> pixels = shutter.mask.bytes;
     HeapBlock bits((pixels.size() + 7) / 8);
     std::ranges::fill(bits.Bytes(), std::uint8_t{0});
     const std::uint32_t group =
-        Read<unsigned short>(*object, tag::kShutterOverlayGroup).value_or(0);
+        Read<unsigned short>(object_, tag::kShutterOverlayGroup).value_or(0);
     OverlayCopyContext context{bits.Bytes()};
-    object->GetValue(group << 16 | kOverlayDataElement, &context, &CopyOverlayBlock);
+    object_.GetValue(group << 16 | kOverlayDataElement, &context, &CopyOverlayBlock);
     for (std::size_t i = 0; i < pixels.size(); ++i) {
         pixels[i] = static_cast<std::uint8_t>(bits.Bytes()[i / 8] >> (i % 8) & 1);
     }
-    info->shutterMask = shutter.block.Release();
-    return 1;
+    info_.shutterMask = shutter.block.Release();
 }
 
 }  // namespace quorvex

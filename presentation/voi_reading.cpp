@@ -1,8 +1,7 @@
 #include "foundation/dicom/model/attributes.h"
-#include "foundation/dicom/model/tags.h"
 #include "foundation/types/saturate.h"
+#include "presentation/presentation_reader.h"
 #include "presentation/reference_matching.h"
-#include "quorvex/CXGSPSObject.h"
 
 #include <algorithm>
 #include <memory>
@@ -41,52 +40,45 @@ void TakeNothing(CXGSPSInfo& info) noexcept {
 
 }  // namespace
 
-int CXGSPSObject::TakeVOILUT(CDcmItem* item, CXGSPSInfo* info) {
-    unsigned short count = 0;
-    unsigned short bits = 0;
-    if (GetLUTData(item, count, info->voiLUTFirst, bits, info->voiLUTData) == 0) return 0;
-    info->voiLUTCount = count;
-    info->voiLUTBits = bits;
-    return 1;
+void PresentationReader::TakeVOILUT(const CDcmItem& item) {
+    auto lut = GetLUTData(item);
+    if (!lut) return;
+    info_.voiLUTCount = lut->count;
+    info_.voiLUTFirst = lut->first;
+    info_.voiLUTBits = lut->bits;
+    info_.voiLUTData = lut->data.release();
 }
 
-int CXGSPSObject::GetVOILUT(CDcmObject* object, CXGSPSInfo* info) {
-    if (!imageUID.IsEmpty()) return GetSoftcopyVOILUT(object, info);
-    if (auto item = Read<CDcmItem>(*object, tag::kVOILUTSequence)) return TakeVOILUT(&*item, info);
-    if (const auto center = Read<double>(*object, tag::kWindowCenter)) {
-        const auto width = Read<double>(*object, tag::kWindowWidth).value_or(0.0);
-        TakeWindow(*info, TruncateToInt(*center), TruncateToInt(width));
-        return 1;
-    }
-    TakeNothing(*info);
-    return 0;
+/// An image's table wins over its window.
+void PresentationReader::GetVOILUT() {
+    if (!IsForImage()) return GetSoftcopyVOILUT();
+    if (const auto lut = Read<CDcmItem>(object_, tag::kVOILUTSequence)) return TakeVOILUT(*lut);
+    const auto center = Read<double>(object_, tag::kWindowCenter);
+    if (!center) return TakeNothing(info_);
+    const double width = Read<double>(object_, tag::kWindowWidth).value_or(0.0);
+    TakeWindow(info_, TruncateToInt(*center), TruncateToInt(width));
 }
 
-int CXGSPSObject::GetSoftcopyVOILUT(CDcmObject* object, CXGSPSInfo* info) {
-    if (!Read<CDcmItem>(*object, tag::kSoftcopyVOILUTSequence)) {
-        TakeNothing(*info);
-        return 0;
-    }
-    const unsigned short* const fromCaller = info->voiLUTData;
-    ForEachItem(*object, tag::kSoftcopyVOILUTSequence, [&](const CDcmItem& item) {
-        if (!AppliesTo(item, imageUID, frameNumber)) return;
-        unsigned short* const former = info->voiLUTData;
-        ProcessVOISequence(item, info);
-        // A LUT of an earlier item of this walk has no other owner.
-        const bool isReplaced = former != info->voiLUTData && former != fromCaller;
+void PresentationReader::GetSoftcopyVOILUT() {
+    if (!Read<CDcmItem>(object_, tag::kSoftcopyVOILUTSequence)) return TakeNothing(info_);
+    const unsigned short* const fromCaller = info_.voiLUTData;
+    ForEachItem(object_, tag::kSoftcopyVOILUTSequence, [&](const CDcmItem& item) {
+        if (!AppliesTo(item, imageUID_, frameNumber_)) return;
+        unsigned short* const former = info_.voiLUTData;
+        ProcessVOISequence(item);
+        // A table of an earlier item of this walk has no other owner.
+        const bool isReplaced = former != info_.voiLUTData && former != fromCaller;
         const std::unique_ptr<unsigned short[]> released(isReplaced ? former : nullptr);
     });
-    return 1;
 }
 
-int CXGSPSObject::ProcessVOISequence(CDcmItem item, CXGSPSInfo* info) {
+/// A state's window wins over its table.
+void PresentationReader::ProcessVOISequence(const CDcmItem& item) {
     if (const auto center = Read<CString>(item, tag::kWindowCenter)) {
         const auto width = Read<unsigned short>(item, tag::kWindowWidth).value_or(0);
-        TakeWindow(*info, LeadingWholeNumber(*center), width);
-        return 1;
+        return TakeWindow(info_, LeadingWholeNumber(*center), width);
     }
-    if (auto lut = Read<CDcmItem>(item, tag::kVOILUTSequence)) return TakeVOILUT(&*lut, info);
-    return 1;
+    if (const auto lut = Read<CDcmItem>(item, tag::kVOILUTSequence)) TakeVOILUT(*lut);
 }
 
 }  // namespace quorvex

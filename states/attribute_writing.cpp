@@ -27,14 +27,20 @@ struct WholeValue {
 
 }  // namespace
 
+CDcmItem NewItem() {
+    CDcmItem item(1);
+    item.Create("");
+    return item;
+}
+
 CDcmItem ImageReference(const CXGSPSInfo& info) {
     constexpr std::int32_t kNoFrame = -1;
     CDcmItem item = NewItem();
-    item.SetValue(tag::kReferencedSOPClassUID, info.referencedSOPClassUID, -1);
-    item.SetValue(tag::kReferencedSOPInstanceUID, info.referencedSOPInstanceUID, -1);
+    item.SetValue(tag::kReferencedSOPClassUID, info.referencedSOPClassUID);
+    item.SetValue(tag::kReferencedSOPInstanceUID, info.referencedSOPInstanceUID);
     if (info.referencedFrameNumber != kNoFrame) {
         const CString frame = std::to_string(info.referencedFrameNumber);
-        item.SetValue(tag::kReferencedFrameNumber, frame, -1);
+        item.SetValue(tag::kReferencedFrameNumber, frame);
     }
     return item;
 }

@@ -1,28 +1,16 @@
 #include "foundation/dicom/model/attributes.h"
-#include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmMaker.h"
 #include "states/attribute_writing.h"
+#include "states/state_writer.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <cstddef>
 #include <memory>
-#include <span>
 
 namespace quorvex {
 namespace {
-
-void CopyText(const CDcmObject& source, CDcmObject& target, std::uint32_t tag) {
-    if (const auto text = Read<CString>(source, tag)) target.SetValue(tag, *text, -1);
-}
-
-bool CopyFirstItem(const CDcmObject& source, CDcmObject& target, std::uint32_t tag) {
-    CDcmItem item(1);
-    if (source.GetValue(tag, item) != kDcmSuccess) return false;
-    target.SetValue(tag, &item);
-    return true;
-}
 
 bool AreUsable(CXGSPSInfo** infos, int count) {
     return infos != nullptr && count > 0 &&
@@ -32,12 +20,9 @@ bool AreUsable(CXGSPSInfo** infos, int count) {
 
 CDcmItem SeriesReference(std::span<CXGSPSInfo* const> infos) {
     CDcmItem series = NewItem();
-    series.SetValue(tag::kSeriesInstanceUID, infos.front()->referencedSeriesUID, -1);
-    SequenceWriter images(series, tag::kReferencedImageSequence);
-    for (const CXGSPSInfo* info : infos) {
-        CDcmItem image = ImageReference(*info);
-        images.Add(image);
-    }
+    series.SetValue(tag::kSeriesInstanceUID, infos.front()->referencedSeriesUID);
+    ValueWriter images(series, tag::kReferencedImageSequence);
+    for (const CXGSPSInfo* info : infos) images.Add(ImageReference(*info));
     return series;
 }
 
@@ -48,63 +33,56 @@ int CXGSPSObject::MakeGSPSObject(CDcmObject* source, CXGSPSInfo** infos, int cou
     if (source == nullptr || !AreUsable(infos, count)) return 0;
     return Answer(0, [&] {
         auto state = std::make_unique<CDcmObject>();
-        CDcmObject* target = state.get();
         CxDcmMaker maker;
-        target->Open("test.dcm");
-        maker.MakeDcmSkeleton(source, target);
-        maker.UpdateUserSettingInfo(infos[0], target);
-        SetPresentationStateModule(source, infos, count, target);
-        SetDisplayedAreaModule(infos, count, target);
-        SetSoftcopyPresentationLUTModule(infos[0], target);
-        SetMaskModule(source, target);
-        SetDisplayShutterModule(infos[0], target);
-        SetBitmapDisplayShutterModule(infos[0], target);
-        SetOverlayCurveActivationModule(infos[0], target);
-        SetOverlayPlaneModule(infos[0], target);
-        SetGraphicAnnotationModule(infos, count, target);
-        SetGraphicLayerModule(infos[0], target);
-        SetSpatialTransformationModule(infos[0], target);
-        SetModalityLUTModule(source, target);
-        SetSoftcopyVOILUTModule(infos, count, target);
+        state->Open("test.dcm");  // only names the object: nothing is written
+        maker.MakeDcmSkeleton(source, state.get());
+        maker.UpdateUserSettingInfo(infos[0], state.get());
+        const std::span records(infos, static_cast<std::size_t>(count));
+        StateWriter(*source, records, *state).WriteAllModules();
         result = state.release();
         return 1;
     });
 }
 
-int CXGSPSObject::SetPresentationStateModule(CDcmObject* source, CXGSPSInfo** infos, int count,
-                                             CDcmObject* target) {
-    const std::span records(infos, static_cast<std::size_t>(count));
-    const CXGSPSInfo& first = *records.front();
-    target->SetValue(tag::kContentLabel, first.contentLabel, -1);
-    target->SetValue(tag::kContentDescription, first.contentDescription, -1);
-    target->SetValue(tag::kPresentationCreationDate, CxDcmMaker::GetDate(), -1);
-    target->SetValue(tag::kPresentationCreationTime, CxDcmMaker::GetTime(), -1);
-    target->SetValue(tag::kContentCreatorName, first.contentCreatorName, -1);
-    CDcmItem series = SeriesReference(records);
-    target->SetValue(tag::kReferencedSeriesSequence, &series);
-    if (const auto value = Read<unsigned short>(*source, tag::kShutterPresentationValue))
-        target->SetValue(tag::kShutterPresentationValue, *value);
-    return 1;
+void StateWriter::WriteAllModules() {
+    SetPresentationStateModule();
+    SetDisplayedAreaModule();
+    SetSoftcopyPresentationLUTModule();
+    SetMaskModule();
+    SetDisplayShutterModule();
+    SetBitmapDisplayShutterModule();
+    SetOverlayCurveActivationModule();
+    SetOverlayPlaneModule();
+    SetGraphicAnnotationModule();
+    SetGraphicLayerModule();
+    SetSpatialTransformationModule();
+    SetModalityLUTModule();
+    SetSoftcopyVOILUTModule();
 }
 
-int CXGSPSObject::SetMaskModule(CDcmObject* source, CDcmObject* target) {
-    CopyFirstItem(*source, *target, tag::kMaskSubtractionSequence);
-    CopyText(*source, *target, tag::kRecommendedViewingMode);
-    return 1;
+void StateWriter::SetPresentationStateModule() {
+    target_.SetValue(tag::kContentLabel, first_.contentLabel);
+    target_.SetValue(tag::kContentDescription, first_.contentDescription);
+    target_.SetValue(tag::kPresentationCreationDate, CxDcmMaker::GetDate());
+    target_.SetValue(tag::kPresentationCreationTime, CxDcmMaker::GetTime());
+    target_.SetValue(tag::kContentCreatorName, first_.contentCreatorName);
+    CDcmItem series = SeriesReference(infos_);
+    target_.SetValue(tag::kReferencedSeriesSequence, &series);
+    if (const auto value = Read<unsigned short>(source_, tag::kShutterPresentationValue)) {
+        target_.SetValue(tag::kShutterPresentationValue, *value);
+    }
 }
 
-int CXGSPSObject::SetModalityLUTModule(CDcmObject* source, CDcmObject* target) {
-    if (CopyFirstItem(*source, *target, tag::kModalityLUTSequence)) return 1;
-    for (const auto tag : {tag::kRescaleIntercept, tag::kRescaleSlope, tag::kRescaleType})
-        CopyText(*source, *target, tag);
-    return 1;
+void StateWriter::SetMaskModule() {
+    CopyFirstItem(source_, target_, tag::kMaskSubtractionSequence);
+    CopyFirst(source_, target_, tag::kRecommendedViewingMode);
 }
 
-int CXGSPSObject::SetOverlayCurveActivationModule(CXGSPSInfo*, CDcmObject*) {
-    return 1;
-}
-int CXGSPSObject::SetOverlayPlaneModule(CXGSPSInfo*, CDcmObject*) {
-    return 1;
+void StateWriter::SetModalityLUTModule() {
+    if (CopyFirstItem(source_, target_, tag::kModalityLUTSequence)) return;
+    for (const auto tag : {tag::kRescaleIntercept, tag::kRescaleSlope, tag::kRescaleType}) {
+        CopyFirst(source_, target_, tag);
+    }
 }
 
 }  // namespace quorvex

@@ -1,10 +1,8 @@
 #include "foundation/dicom/model/tags.h"
-#include "quorvex/CXGSPSObject.h"
+#include "presentation/words.h"
 #include "states/attribute_writing.h"
+#include "states/state_writer.h"
 
-#include <array>
-#include <span>
-#include <string>
 #include <utility>
 
 namespace quorvex {
@@ -13,21 +11,6 @@ namespace {
 /// All annotations of an object lie in one layer.
 constexpr const char* kLayer = "LAYER1";
 
-constexpr std::array kUnits = {"PIXEL", "DISPLAY"};
-constexpr std::array kJustifications = {"LEFT", "RIGHT", "CENTER"};
-constexpr std::array kTypes = {"", "POINT", "POLYLINE", "INTERPOLATED", "CIRCLE", "ELLIPSE"};
-
-/// Empty for a number that has no word.
-template <std::size_t Count>
-const char* Word(const std::array<const char*, Count>& words, std::int32_t number) {
-    const auto index = static_cast<std::size_t>(number);
-    return index < Count ? words[index] : "";
-}
-
-const char* YesOrNo(std::int32_t flag) {
-    return flag != 0 ? "Y" : "N";
-}
-
 void WritePlace(CDcmItem& item, std::uint32_t tag, const double* place) {
     if (place != nullptr) WritePair(item, tag, place[0], place[1]);
 }
@@ -35,41 +18,37 @@ void WritePlace(CDcmItem& item, std::uint32_t tag, const double* place) {
 CDcmItem TextItem(const GSPSTextObject& text) {
     CDcmItem item = NewItem();
     if (text.hasAnchor != 0) {
-        item.SetValue(tag::kAnchorPointAnnotationUnits, Word(kUnits, text.anchorUnits));
+        item.SetValue(tag::kAnchorPointAnnotationUnits, WordAt(text.anchorUnits, kUnitWords));
         WritePlace(item, tag::kAnchorPoint, text.anchorPoint);
         item.SetValue(tag::kAnchorPointVisibility, YesOrNo(text.anchorVisible));
     }
     if (text.hasBoundingBox != 0) {
-        item.SetValue(tag::kBoundingBoxAnnotationUnits, Word(kUnits, text.boundingBoxUnits));
+        item.SetValue(tag::kBoundingBoxAnnotationUnits, WordAt(text.boundingBoxUnits, kUnitWords));
         WritePlace(item, tag::kBoundingBoxTopLeftHandCorner, text.boundingBoxTopLeft);
         WritePlace(item, tag::kBoundingBoxBottomRightHandCorner, text.boundingBoxBottomRight);
         item.SetValue(tag::kBoundingBoxTextHorizontalJustification,
-                      Word(kJustifications, text.horizontalJustification));
+                      WordAt(text.horizontalJustification, kJustificationWords));
     }
-    item.SetValue(tag::kUnformattedTextValue, text.textValue, -1);
+    item.SetValue(tag::kUnformattedTextValue, text.textValue);
     return item;
 }
 
 void WritePoints(CDcmItem& item, const CPtrArray& points) {
-    bool isFirst = true;
+    ValueWriter values(item, tag::kGraphicData);
     for (int i = 0; i < points.GetSize(); ++i) {
         const auto& point = *static_cast<const GSPSPoint*>(points[i]);
-        if (std::exchange(isFirst, false)) {
-            item.SetValue(tag::kGraphicData, point.x);
-        } else {
-            item.SetNextValue(tag::kGraphicData, point.x);
-        }
-        item.SetNextValue(tag::kGraphicData, point.y);
+        values.Add(point.x);
+        values.Add(point.y);
     }
 }
 
 CDcmItem GraphicItem(const GSPSGraphicObject& graphic) {
     CDcmItem item = NewItem();
-    item.SetValue(tag::kGraphicAnnotationUnits, Word(kUnits, graphic.annotationUnits));
+    item.SetValue(tag::kGraphicAnnotationUnits, WordAt(graphic.annotationUnits, kUnitWords));
     item.SetValue(tag::kGraphicDimensions, "2");
     item.SetValue(tag::kNumberOfGraphicPoints, graphic.pointCount);
     WritePoints(item, graphic.points);
-    item.SetValue(tag::kGraphicType, Word(kTypes, graphic.graphicType));
+    item.SetValue(tag::kGraphicType, WordAt(graphic.graphicType, kGraphicTypeWords));
     item.SetValue(tag::kGraphicFilled, YesOrNo(graphic.filled));
     return item;
 }
@@ -77,10 +56,9 @@ CDcmItem GraphicItem(const GSPSGraphicObject& graphic) {
 template <class Object>
 void WriteObjects(CDcmItem& annotation, std::uint32_t tag, const CPtrArray& objects,
                   CDcmItem (*itemOf)(const Object&)) {
-    SequenceWriter items(annotation, tag);
+    ValueWriter items(annotation, tag);
     for (int i = 0; i < objects.GetSize(); ++i) {
-        CDcmItem item = itemOf(*static_cast<const Object*>(objects[i]));
-        items.Add(item);
+        items.Add(itemOf(*static_cast<const Object*>(objects[i])));
     }
 }
 
@@ -90,25 +68,23 @@ bool HasAnnotations(const CXGSPSInfo& info) {
 
 }  // namespace
 
-int CXGSPSObject::SetGraphicAnnotationModule(CXGSPSInfo** infos, int count, CDcmObject* target) {
-    SequenceWriter annotations(*target, tag::kGraphicAnnotationSequence);
-    for (const CXGSPSInfo* info : std::span(infos, static_cast<std::size_t>(count))) {
+void StateWriter::SetGraphicAnnotationModule() {
+    ValueWriter annotations(target_, tag::kGraphicAnnotationSequence);
+    for (const CXGSPSInfo* info : infos_) {
         if (!HasAnnotations(*info)) continue;
         CDcmItem item = ItemForImage(*info);
         item.SetValue(tag::kGraphicLayer, kLayer);
         WriteObjects(item, tag::kTextObjectSequence, info->textObjects, TextItem);
         WriteObjects(item, tag::kGraphicObjectSequence, info->graphicObjects, GraphicItem);
-        annotations.Add(item);
+        annotations.Add(std::move(item));
     }
-    return 1;
 }
 
-int CXGSPSObject::SetGraphicLayerModule(CXGSPSInfo*, CDcmObject* target) {
+void StateWriter::SetGraphicLayerModule() {
     CDcmItem layer = NewItem();
     layer.SetValue(tag::kGraphicLayer, kLayer);
     layer.SetValue(tag::kGraphicLayerOrder, "1");
-    target->SetValue(tag::kGraphicLayerSequence, &layer);
-    return 1;
+    target_.SetValue(tag::kGraphicLayerSequence, &layer);
 }
 
 }  // namespace quorvex

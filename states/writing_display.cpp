@@ -1,22 +1,22 @@
 #include "foundation/dicom/model/tags.h"
-#include "quorvex/CXGSPSObject.h"
+#include "presentation/words.h"
 #include "states/attribute_writing.h"
+#include "states/state_writer.h"
 
-#include <span>
+#include <cstddef>
+#include <iterator>
+#include <utility>
 
 namespace quorvex {
 namespace {
-
-const char* SizeModeWord(std::int32_t mode) {
-    return mode == 1 ? "TRUE SIZE" : mode == 2 ? "MAGNIFY" : "SCALE TO FIT";
-}
 
 void WriteArea(const CXGSPSInfo& info, CDcmItem& item) {
     WritePair(item, tag::kDisplayedAreaTopLeftHandCorner, info.displayedAreaLeft,
               info.displayedAreaTop);
     WritePair(item, tag::kDisplayedAreaBottomRightHandCorner, info.displayedAreaRight,
               info.displayedAreaBottom);
-    item.SetValue(tag::kPresentationSizeMode, SizeModeWord(info.presentationSizeMode));
+    item.SetValue(tag::kPresentationSizeMode,
+                  WordAt(info.presentationSizeMode, kSizeModeWords, kSizeModeWords[0]));
     WritePair(item, tag::kPresentationPixelSpacing, info.pixelSpacingY, info.pixelSpacingX);
     WritePair(item, tag::kPresentationPixelAspectRatio, info.pixelAspectVertical,
               info.pixelAspectHorizontal);
@@ -24,7 +24,6 @@ void WriteArea(const CXGSPSInfo& info, CDcmItem& item) {
 }
 
 void WriteRectangle(const CXGSPSInfo& info, CDcmObject& target) {
-    target.SetValue(tag::kShutterShape, "RECTANGULAR");
     target.SetValue(tag::kShutterLeftVerticalEdge, info.shutterLeft);
     target.SetValue(tag::kShutterRightVerticalEdge, info.shutterRight);
     target.SetValue(tag::kShutterUpperHorizontalEdge, info.shutterUpper);
@@ -32,61 +31,47 @@ void WriteRectangle(const CXGSPSInfo& info, CDcmObject& target) {
 }
 
 void WriteCircle(const CXGSPSInfo& info, CDcmObject& target) {
-    target.SetValue(tag::kShutterShape, "CIRCULAR");
     WritePair(target, tag::kCenterOfCircularShutter, info.shutterCenterRow,
               info.shutterCenterColumn);
     target.SetValue(tag::kRadiusOfCircularShutter, info.shutterRadius);
 }
 
 void WritePolygon(const CXGSPSInfo& info, CDcmObject& target) {
-    target.SetValue(tag::kShutterShape, "POLYGONAL");
-    bool isFirst = true;
+    ValueWriter vertices(target, tag::kVerticesOfThePolygonalShutter);
     for (const CPoint& vertex : info.shutterVertices) {
-        if (std::exchange(isFirst, false)) {
-            WritePair(target, tag::kVerticesOfThePolygonalShutter, vertex.y, vertex.x);
-        } else {
-            target.SetNextValue(tag::kVerticesOfThePolygonalShutter, vertex.y);
-            target.SetNextValue(tag::kVerticesOfThePolygonalShutter, vertex.x);
-        }
+        vertices.Add(vertex.y);
+        vertices.Add(vertex.x);
     }
 }
 
-void WriteNoShape(const CXGSPSInfo&, CDcmObject& target) {
-    target.SetValue(tag::kShutterShape, "");
-}
-
-using ShutterWriter = void (*)(const CXGSPSInfo&, CDcmObject&);
-constexpr ShutterWriter kShutterWriters[] = {WriteRectangle, WriteCircle, WritePolygon};
+/// By `shutterType`, in the order of the shapes' words. A bitmap is not written.
+constexpr void (*kShutterWriters[])(const CXGSPSInfo&, CDcmObject&) = {WriteRectangle, WriteCircle,
+                                                                       WritePolygon};
 constexpr std::int32_t kNoShutter = -1;
 
 }  // namespace
 
-int CXGSPSObject::SetDisplayedAreaModule(CXGSPSInfo** infos, int count, CDcmObject* target) {
-    SequenceWriter areas(*target, tag::kDisplayedAreaSelectionSequence);
-    for (const CXGSPSInfo* info : std::span(infos, static_cast<std::size_t>(count))) {
+void StateWriter::SetDisplayedAreaModule() {
+    ValueWriter areas(target_, tag::kDisplayedAreaSelectionSequence);
+    for (const CXGSPSInfo* info : infos_) {
         CDcmItem item = ItemForImage(*info);
         WriteArea(*info, item);
-        areas.Add(item);
+        areas.Add(std::move(item));
     }
-    return 1;
 }
 
-int CXGSPSObject::SetDisplayShutterModule(CXGSPSInfo* info, CDcmObject* target) {
-    if (info->shutterType == kNoShutter) return 0;
-    const auto type = static_cast<std::size_t>(info->shutterType);
-    (type < std::size(kShutterWriters) ? kShutterWriters[type] : WriteNoShape)(*info, *target);
-    target->SetValue(tag::kShutterPresentationValue, info->shutterPresentationValue);
-    return 1;
+void StateWriter::SetDisplayShutterModule() {
+    if (first_.shutterType == kNoShutter) return;
+    const auto type = static_cast<std::size_t>(first_.shutterType);
+    const bool isShape = type < std::size(kShutterWriters);
+    target_.SetValue(tag::kShutterShape, isShape ? kShutterWords[type] : "");
+    if (isShape) kShutterWriters[type](first_, target_);
+    target_.SetValue(tag::kShutterPresentationValue, first_.shutterPresentationValue);
 }
 
-int CXGSPSObject::SetBitmapDisplayShutterModule(CXGSPSInfo*, CDcmObject*) {
-    return 1;
-}
-
-int CXGSPSObject::SetSpatialTransformationModule(CXGSPSInfo* info, CDcmObject* target) {
-    target->SetValue(tag::kImageRotation, info->imageRotation);
-    target->SetValue(tag::kImageHorizontalFlip, info->imageHorizontalFlip != 0 ? "Y" : "N");
-    return 1;
+void StateWriter::SetSpatialTransformationModule() {
+    target_.SetValue(tag::kImageRotation, first_.imageRotation);
+    target_.SetValue(tag::kImageHorizontalFlip, YesOrNo(first_.imageHorizontalFlip));
 }
 
 }  // namespace quorvex

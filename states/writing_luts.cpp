@@ -1,8 +1,9 @@
 #include "foundation/dicom/model/tags.h"
-#include "quorvex/CXGSPSObject.h"
+#include "presentation/words.h"
 #include "states/attribute_writing.h"
+#include "states/state_writer.h"
 
-#include <span>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -14,10 +15,6 @@ LUTContent PresentationLUTOf(const CXGSPSInfo& info) {
 
 LUTContent VOILUTOf(const CXGSPSInfo& info) {
     return {info.voiLUTData, info.voiLUTCount, info.voiLUTFirst, info.voiLUTBits};
-}
-
-const char* ShapeWord(std::int32_t shape) {
-    return shape == 0 ? "IDENTITY" : shape == 1 ? "INVERSE" : "";
 }
 
 /// A LUT wins over the window.
@@ -33,24 +30,22 @@ void WriteVOI(const CXGSPSInfo& info, CDcmItem& item) {
 
 }  // namespace
 
-int CXGSPSObject::SetSoftcopyPresentationLUTModule(CXGSPSInfo* info, CDcmObject* target) {
-    if (info->presentationLUTData == nullptr) {
-        target->SetValue(tag::kPresentationLUTShape, ShapeWord(info->presentationShape));
-        return 1;
+void StateWriter::SetSoftcopyPresentationLUTModule() {
+    if (first_.presentationLUTData == nullptr) {
+        target_.SetValue(tag::kPresentationLUTShape, WordAt(first_.presentationShape, kShapeWords));
+        return;
     }
-    CDcmItem lut = LUTItem(PresentationLUTOf(*info));
-    target->SetValue(tag::kPresentationLUTSequence, &lut);
-    return 1;
+    CDcmItem lut = LUTItem(PresentationLUTOf(first_));
+    target_.SetValue(tag::kPresentationLUTSequence, &lut);
 }
 
-int CXGSPSObject::SetSoftcopyVOILUTModule(CXGSPSInfo** infos, int count, CDcmObject* target) {
-    SequenceWriter images(*target, tag::kSoftcopyVOILUTSequence);
-    for (const CXGSPSInfo* info : std::span(infos, static_cast<std::size_t>(count))) {
+void StateWriter::SetSoftcopyVOILUTModule() {
+    ValueWriter images(target_, tag::kSoftcopyVOILUTSequence);
+    for (const CXGSPSInfo* info : infos_) {
         CDcmItem item = ItemForImage(*info);
         WriteVOI(*info, item);
-        images.Add(item);
+        images.Add(std::move(item));
     }
-    return 1;
 }
 
 }  // namespace quorvex

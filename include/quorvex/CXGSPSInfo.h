@@ -1,5 +1,5 @@
 /// The presentation of one image: how stored values are mapped, what is shuttered, how the image is
-/// turned, which area is shown and which annotations lie on it.
+/// rotated, which area is shown and which annotations lie on it.
 #pragma once
 
 #include "quorvex/Export.h"
@@ -43,10 +43,10 @@ struct QUORVEX_API GSPSGraphicObject {
     ~GSPSGraphicObject();
 
     std::int32_t annotationUnits = 0;  ///< 0 "PIXEL", 1 any other word, written as "DISPLAY"
-    std::int32_t pointCount = 0;       ///< as the object states it; `points` has what is there
+    std::int32_t pointCount = 0;       ///< as the object states it; may differ from `points`
     CPtrArray points;                  ///< of GSPSPoint, each from new, in order
-    std::int32_t graphicType =
-        0;  ///< 1 "POINT", 2 "POLYLINE", 3 "INTERPOLATED", 4 "CIRCLE", 5 "ELLIPSE"
+    /// 1 "POINT", 2 "POLYLINE", 3 "INTERPOLATED", 4 "CIRCLE", 5 "ELLIPSE"
+    std::int32_t graphicType = 0;
     std::int32_t filled = 0;
 };
 
@@ -56,26 +56,29 @@ struct GSPSFrameRange {
     std::uint32_t last = 0;
 };
 
-/// Room for a host's own use: no operation fills or reads it.
+/// Reserved for a host's own use: no operation fills or reads it.
 struct ReservedRecord {
     std::uint32_t words[6] = {};
     CString text;
 };
 
-/// The record in which one presentation is held; a plain structure with public fields.
+/// One presentation of one image: a plain record with public fields.
 ///
 /// Texts start empty, all else at 0 or null. `CXGSPSObject` fills a fresh record from an image or
 /// from a presentation state.
 ///
-/// Ownership: `textObjects` and `graphicObjects` own their elements (each from new), which go with
-/// the record. `modalityLUTData`, `voiLUTData`, `presentationLUTData` and `shutterMask` belong to
-/// the holder of the record, who releases them with delete[] before the record ends; reading into a
-/// record again does not release what lies there. `maskFrameRanges` and `maskFrameNumbers` belong
-/// to whoever had them read (delete[]). A record cannot be copied.
+/// Ownership:
+///     - `textObjects` and `graphicObjects` own their elements (each from new), which go with the
+///       record;
+///     - `modalityLUTData`, `voiLUTData`, `presentationLUTData` and `shutterMask` belong to the
+///       holder of the record, who releases them with delete[] before the record ends; reading into
+///       a record again does not release what lies there;
+///     - `maskFrameRanges` and `maskFrameNumbers` belong to whoever had them read (delete[]).
+/// A record cannot be copied.
 ///
 /// A LUT is present exactly when its data pointer is not null. It has at least as many entries as
-/// its count says, 65536 for a count of 0: all readers go by that number. A record that was read
-/// keeps this promise whatever the object said; a host that fills one has to.
+/// its count, 65536 for a count of 0: all who use a LUT go by that number. A record that was read
+/// keeps this promise whatever the object holds; a host that fills one has to.
 class QUORVEX_API CXGSPSInfo {
 public:
     CXGSPSInfo();
@@ -110,8 +113,7 @@ public:
     double rescaleSlope = 0.0;             ///< 0.0 means that there is no rescale
     std::int32_t pixelRepresentation = 0;  ///< 0 unsigned, else signed
     std::int32_t modalityLUTCount = 0;     ///< entries; 0 means 65536
-    std::uint16_t modalityLUTFirst =
-        0;  ///< first mapped value; signed where pixelRepresentation is
+    std::uint16_t modalityLUTFirst = 0;    ///< first mapped value; signed where pixels are
     std::uint16_t* modalityLUTData = nullptr;
 
     // Mask subtraction.

@@ -1,5 +1,5 @@
 // Display shutters, and the mask of mask subtraction.
-#include "presentation/mask_subtraction.h"
+#include "presentation/presentation_reader.h"
 #include "quorvex/Limits.h"
 #include "tests/presentation/presentation_objects.h"
 
@@ -146,12 +146,12 @@ TEST(MaskSubtraction, ReadsItsFirstItem) {
     CDcmObject image;
     image.SetValue(0x00281090, "SUB");
     Record none;
-    ReadMaskSubtraction(image, none);
+    PresentationReader(image, none, {}, -1).GetMask();
     EXPECT_TRUE(none.recommendedViewingMode.IsEmpty());
 
     PutItems(image, 0x00286100, {item});
     Record info;
-    ReadMaskSubtraction(image, info);
+    PresentationReader(image, info, {}, -1).GetMask();
     ASSERT_EQ(info.maskFrameRangeCount, 2);
     EXPECT_EQ(info.maskFrameRanges[1].first, 6U);
     EXPECT_EQ(info.maskFrameRanges[1].last, 9U);
