@@ -13,11 +13,11 @@ struct MakerConfiguration {
     CString modelName;
 };
 
-/// What holds without a configuration file.
+/// The values of a maker without a configuration file.
 [[nodiscard]] MakerConfiguration DefaultConfiguration();
 
-/// Reads strict pairs of lines, a tag and its value, in UTF-8; they may end in CR LF. A first line that
-/// is no tag takes the line behind it along. What no tag names stays empty.
+/// Reads strict pairs of lines, a tag and its value, in UTF-8; they may end in CR LF. A first line
+/// that is no tag is skipped with the line behind it. What no tag names stays empty.
 [[nodiscard]] MakerConfiguration ParseConfiguration(std::string_view text);
 
 /// Reads the file anew; the defaults where it cannot be read.

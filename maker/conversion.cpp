@@ -2,14 +2,14 @@
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/limits.h"
-#include "maker/frame_supply.h"
+#include "maker/export.h"
 #include "maker/object_change.h"
+#include "maker/object_maker.h"
 #include "maker/pixel_attributes.h"
-#include "quorvex/CxDcmMaker.h"
+#include "maker/settings.h"
 #include "quorvex/CxDcmParser.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace quorvex {
@@ -17,8 +17,8 @@ namespace {
 
 constexpr std::uint16_t kConversionQuality = 1;
 
-/// An object in this syntax is in this form already. The uncompressed forms count as one, of which big
-/// endian and deflated objects are none.
+/// Whether an object in this syntax is in this form already. The uncompressed forms count as one,
+/// and big-endian and deflated objects are in none.
 bool IsInForm(TRANSFER_SYNTAX syntax, std::int32_t compressionType) {
     const auto* row = TransferSyntaxOf(syntax);
     if (row == nullptr || row->form == 0) return false;
@@ -50,8 +50,8 @@ private:
     _DCM_FRAME_BUFFER frame_;
 };
 
-/// True where a fetch passes colour through a conversion that goes by the photometric text, and that
-/// leaves the frame black when it does not know it.
+/// Whether a fetch converts colour by its photometric text: a text that the conversion does not
+/// know leaves the frame black.
 bool GoesByPhotometric(TRANSFER_SYNTAX syntax) {
     return DecoderOf(syntax) == FrameDecoder::kNative || DecoderOf(syntax) == FrameDecoder::kRle;
 }
@@ -76,7 +76,7 @@ MC_STATUS CountBytes(int, std::uint32_t, void* user, int, unsigned long length, 
     return kMcContinue;
 }
 
-/// Coded frames may be far smaller than pictures, but not beyond belief.
+/// Coded frames may be far smaller than pictures, but a few bytes make no pictures of gigabytes.
 bool ArePlausible(const CDcmObject& object, TRANSFER_SYNTAX syntax, std::size_t frameBytes,
                   int count) {
     const std::size_t all = frameBytes * static_cast<std::size_t>(count);
@@ -86,7 +86,7 @@ bool ArePlausible(const CDcmObject& object, TRANSFER_SYNTAX syntax, std::size_t 
     return all / kMostObjectPerByte <= stored || RefuseBy(Limit::kLargestObject);
 }
 
-/// What a frame of the object is when it has been decoded; what we would spoil is refused.
+/// Describes a decoded frame of the object; refuses frames that would come out changed.
 QUORVEX_MESSAGE DescribeDecoded(const CDcmObject& object, TRANSFER_SYNTAX syntax,
                                 _DCM_PIXEL_INFO& format) {
     const auto* row = TransferSyntaxOf(syntax);
@@ -104,52 +104,61 @@ QUORVEX_MESSAGE DescribeDecoded(const CDcmObject& object, TRANSFER_SYNTAX syntax
     return QVM_SUCCESS;
 }
 
-}  // namespace
-
-QUORVEX_MESSAGE CxDcmMaker::ConvertPixels(CxDcmParser& parser, CDcmObject& target,
-                                          TRANSFER_SYNTAX syntax,
-                                          const _USER_SETTING_INFO* settings) const {
-    return Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, [&] {
-        _DCM_PIXEL_INFO format;
-        format.compressionType = kXferUncompressed;
-        if (settings != nullptr) format.compressionType = settings->compressionType;
-        format.quality = quality == 0 ? kConversionQuality : quality;
-        if (IsInForm(syntax, format.compressionType)) return QVM_FRAME_COPIED;
-        const int count = parser.GetFrameCount();
-        if (count < 1 || (count > kMostFrames && !RefuseBy(Limit::kMostFrames)))
-            return QVM_ERROR_INVALID_IMAGE_FORMAT;
-        const auto result = DescribeDecoded(*parser.GetHeader(), syntax, format);
-        if (result != QVM_SUCCESS) return result;
-        const std::size_t frameBytes = FrameBytes(format).value_or(0);
-        if (!ArePlausible(*parser.GetHeader(), syntax, frameBytes, count))
-            return QVM_ERROR_FAILED_TO_SET_PIXEL_DATA;
-        FetchedFrames frames(parser, frameBytes);
-        return MakePixels(format, frames, target);
-    });
+_DCM_PIXEL_INFO WantedFormat(const _USER_SETTING_INFO* settings, std::uint16_t quality) {
+    _DCM_PIXEL_INFO format;
+    format.compressionType = kXferUncompressed;
+    if (settings != nullptr) format.compressionType = settings->compressionType;
+    format.quality = quality == 0 ? kConversionQuality : quality;
+    return format;
 }
 
-QUORVEX_MESSAGE CxDcmMaker::MakeDcmObject(CDcmApp* app, CDcmObject* converted,
-                                          _USER_SETTING_INFO* settings) {
-    const auto refusal = Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, [&] {
-        if (app == nullptr || converted == nullptr) return QVM_ERROR_INVALID_DCMAPP;
-        TRANSFER_SYNTAX syntax = kSyntaxNone;
-        if (converted->GetTransferSyntax(syntax) != kDcmSuccess)
-            return QVM_ERROR_INVALID_TRANSFER_SYNTAX;
-        CDcmObject source = *converted;  // a parser corrects the header that it is given
-        CxDcmParser parser;
-        const auto result = parser.Initialize(app, &source, nullptr, 0, 0);
-        if (result != QVM_SUCCESS) return result;
-        ObjectChange change(*converted);
-        const auto ofPixels = ConvertPixels(parser, *converted, syntax, settings);
-        UpdateUserSettingInfo(settings, converted);
-        if (settings != nullptr && !settings->fileName.IsEmpty())
-            converted->RenameFile(settings->fileName);
-        change.Keep();
-        outcome = ofPixels;
-        return QVM_SUCCESS;
+QUORVEX_MESSAGE ConvertPixels(CxDcmParser& parser, TRANSFER_SYNTAX syntax, _DCM_PIXEL_INFO format,
+                              CDcmObject& target) {
+    if (IsInForm(syntax, format.compressionType)) return QVM_FRAME_COPIED;
+    const int count = parser.GetFrameCount();
+    if (count < 1) return QVM_ERROR_INVALID_IMAGE_FORMAT;
+    if (count > kMostFrames && !RefuseBy(Limit::kMostFrames)) return QVM_ERROR_INVALID_IMAGE_FORMAT;
+    const auto result = DescribeDecoded(*parser.GetHeader(), syntax, format);
+    if (result != QVM_SUCCESS) return result;
+    const std::size_t frameBytes = FrameBytes(format).value_or(0);
+    if (!ArePlausible(*parser.GetHeader(), syntax, frameBytes, count))
+        return QVM_ERROR_FAILED_TO_SET_PIXEL_DATA;
+    FetchedFrames frames(parser, frameBytes);
+    return MakePixels(format, frames, target);
+}
+
+/// Sets `outcome` by the Pixel Data; changes nothing when it answers with a failure or throws.
+QUORVEX_MESSAGE Convert(CDcmApp& app, CDcmObject& object, const _USER_SETTING_INFO* settings,
+                        ObjectMaker& maker) {
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    if (object.GetTransferSyntax(syntax) != kDcmSuccess) return QVM_ERROR_INVALID_TRANSFER_SYNTAX;
+    CDcmObject source = object;  // a parser corrects the header that it is given
+    CxDcmParser parser;
+    const auto result = parser.Initialize(&app, &source, nullptr, 0, 0);
+    if (result != QVM_SUCCESS) return result;
+    ObjectChange change(object);
+    const auto ofPixels = Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, [&] {
+        return ConvertPixels(parser, syntax, WantedFormat(settings, maker.quality), object);
     });
-    if (refusal != QVM_SUCCESS) outcome = refusal;
-    return refusal;
+    UpdateUserSettingInfo(settings, object);
+    if (settings != nullptr && !settings->fileName.IsEmpty()) object.RenameFile(settings->fileName);
+    change.Keep();
+    maker.outcome = ofPixels;
+    return QVM_SUCCESS;
+}
+
+}  // namespace
+
+QUORVEX_MESSAGE CxDcmMaker::MakeDcmObject(CDcmApp* app, CDcmObject* object,
+                                          _USER_SETTING_INFO* settings) {
+    if (app == nullptr || object == nullptr) {
+        maker_->outcome = QVM_ERROR_INVALID_DCMAPP;
+        return QVM_ERROR_INVALID_DCMAPP;
+    }
+    const auto result = Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA,
+                               [&] { return Convert(*app, *object, settings, *maker_); });
+    if (result != QVM_SUCCESS) maker_->outcome = result;
+    return result;
 }
 
 }  // namespace quorvex

@@ -1,7 +1,8 @@
 #include "foundation/types/answer.h"
-#include "maker/frame_supply.h"
+#include "maker/export.h"
+#include "maker/object_maker.h"
 #include "maker/pixel_attributes.h"
-#include "quorvex/CxDcmMaker.h"
+#include "maker/skeleton.h"
 
 #include <utility>
 
@@ -61,53 +62,34 @@ std::unique_ptr<_DCM_PIXEL_INFO> MakeFormat(const CDcmObject& source,
 
 }  // namespace
 
-CxDcmMaker::CxDcmMaker() = default;
-CxDcmMaker::~CxDcmMaker() = default;
-
-void CxDcmMaker::ReleaseFrames() noexcept {
-    param.frames.RemoveAll();
-    param.format = nullptr;
-    ownFrames.clear();
-    ownFormat.reset();
+void ObjectMaker::Start(const CDcmObject& source, const _USER_SETTING_INFO* settings,
+                        const _FRAME_INFO* frameInfo) {
+    auto basic = MakeBasicObject(source, settings);
+    auto format = MakeFormat(source, settings, frameInfo);
+    ReleaseFrames();
+    unfinished_ = std::move(basic);
+    object_ = unfinished_.get();
+    ownFormat_ = std::move(format);
+    param_.format = ownFormat_.get();
 }
 
-QUORVEX_MESSAGE CxDcmMaker::DcmMakerInit(CDcmObject* source, _USER_SETTING_INFO* settings,
-                                         _FRAME_INFO* frameInfo) {
-    if (source == nullptr) return QVM_ERROR_NO_SOURCE_OBJECT;
-    return Answer(QVM_ERROR_INVALID_MAKER_PARAM, [&] {
-        CDcmObject* made = nullptr;
-        MakeBasicObject(source, settings, made);
-        std::unique_ptr<CDcmObject> basic(made);
-        auto format = MakeFormat(*source, settings, frameInfo);
-        ReleaseFrames();
-        unfinished = std::move(basic);
-        object = unfinished.get();
-        ownFormat = std::move(format);
-        param.format = ownFormat.get();
-        return QVM_SUCCESS;
-    });
+void ObjectMaker::Add(unsigned char* pixels) {
+    auto frame = std::make_unique<_DCM_FRAME_BUFFER>();
+    frame->rawLength = FrameBytes(*ownFormat_).value_or(0);
+    ownFrames_.push_back(std::move(frame));
+    param_.frames.Add(ownFrames_.back().get());
+    ownFrames_.back()->rawData = pixels;  // last: nothing after this line can fail
 }
 
-QUORVEX_MESSAGE CxDcmMaker::AddFrame(unsigned char* pixels) {
-    if (ownFormat == nullptr) return QVM_ERROR_NO_PIXEL_INFO;
-    return Answer(QVM_ERROR_INVALID_MAKER_PARAM, [&] {
-        auto frame = std::make_unique<_DCM_FRAME_BUFFER>();
-        frame->rawLength = FrameBytes(*ownFormat).value_or(0);
-        ownFrames.push_back(std::move(frame));
-        param.frames.Add(ownFrames.back().get());
-        ownFrames.back()->rawData = pixels;  // last: nothing after this line can fail
-        return QVM_SUCCESS;
-    });
-}
-
-QUORVEX_MESSAGE CxDcmMaker::MakeDcmPixelObject(_DCM_MAKER_PARAM* maker, CDcmObject*& target) {
+QUORVEX_MESSAGE ObjectMaker::MakeDcmPixelObject(const _DCM_MAKER_PARAM* maker,
+                                                CDcmObject*& target) {
     if (maker == nullptr) return QVM_ERROR_INVALID_MAKER_PARAM;
     if (maker->frames.GetSize() == 0) return QVM_ERROR_INVALID_IMAGE_FORMAT;
     if (maker->format == nullptr) return QVM_ERROR_NO_PIXEL_INFO;
     if (target == nullptr) {
-        unfinished = std::make_unique<CDcmObject>();
-        unfinished->Open("temp.dcm");
-        target = unfinished.get();
+        unfinished_ = std::make_unique<CDcmObject>();
+        unfinished_->Open("temp.dcm");
+        target = unfinished_.get();
     }
     _DCM_PIXEL_INFO format = *maker->format;
     if (quality != 0) format.quality = quality;
@@ -115,22 +97,65 @@ QUORVEX_MESSAGE CxDcmMaker::MakeDcmPixelObject(_DCM_MAKER_PARAM* maker, CDcmObje
     return MakePixels(format, frames, *target);
 }
 
-QUORVEX_MESSAGE CxDcmMaker::MakeDcmObject(CDcmObject*& result) {
-    outcome = Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA,
-                     [&] { return MakeDcmPixelObject(&param, object); });
-    if (outcome != QVM_SUCCESS) return outcome;
-    result = unfinished.release();
+std::unique_ptr<CDcmObject> ObjectMaker::Finish() noexcept {
     ReleaseFrames();
-    return QVM_SUCCESS;
+    return std::move(unfinished_);
+}
+
+void ObjectMaker::ReleaseFrames() noexcept {
+    param_.frames.RemoveAll();
+    param_.format = nullptr;
+    ownFrames_.clear();
+    ownFormat_.reset();
+}
+
+CxDcmMaker::CxDcmMaker() : maker_(std::make_unique<ObjectMaker>()) {}
+CxDcmMaker::~CxDcmMaker() = default;
+
+QUORVEX_MESSAGE CxDcmMaker::GetOutcome() const noexcept {
+    return maker_->outcome;
+}
+void CxDcmMaker::SetQuality(std::uint16_t quality) noexcept {
+    maker_->quality = quality;
+}
+std::uint16_t CxDcmMaker::GetQuality() const noexcept {
+    return maker_->quality;
+}
+
+QUORVEX_MESSAGE CxDcmMaker::DcmMakerInit(CDcmObject* source, _USER_SETTING_INFO* settings,
+                                         _FRAME_INFO* frameInfo) {
+    if (source == nullptr) return QVM_ERROR_NO_SOURCE_OBJECT;
+    return Answer(QVM_ERROR_INVALID_MAKER_PARAM, [&] {
+        maker_->Start(*source, settings, frameInfo);
+        return QVM_SUCCESS;
+    });
+}
+
+QUORVEX_MESSAGE CxDcmMaker::AddFrame(unsigned char* pixels) {
+    if (!maker_->IsStarted()) return QVM_ERROR_NO_PIXEL_INFO;
+    return Answer(QVM_ERROR_INVALID_MAKER_PARAM, [&] {
+        maker_->Add(pixels);
+        return QVM_SUCCESS;
+    });
+}
+
+QUORVEX_MESSAGE CxDcmMaker::MakeDcmObject(CDcmObject*& result) {
+    maker_->outcome =
+        Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, [&] { return maker_->MakeDcmPixelObject(); });
+    if (maker_->outcome == QVM_SUCCESS) result = maker_->Finish().release();
+    return maker_->outcome;
 }
 
 QUORVEX_MESSAGE CxDcmMaker::MakeDcmObject(CDcmObject* source, _USER_SETTING_INFO* settings,
                                           _FRAME_INFO* frameInfo, unsigned char* pixels,
                                           CDcmObject*& result) {
-    outcome = DcmMakerInit(source, settings, frameInfo);
-    if (outcome == QVM_SUCCESS) outcome = AddFrame(pixels);
-    if (outcome != QVM_SUCCESS) return outcome;
-    if (MakeDcmObject(result) != QVM_SUCCESS) ReleaseFrames();
+    auto begun = DcmMakerInit(source, settings, frameInfo);
+    if (begun == QVM_SUCCESS) begun = AddFrame(pixels);
+    if (begun != QVM_SUCCESS) {
+        maker_->outcome = begun;
+        return begun;
+    }
+    if (MakeDcmObject(result) != QVM_SUCCESS) maker_->ReleaseFrames();
     return QVM_SUCCESS;
 }
 

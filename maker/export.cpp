@@ -1,9 +1,11 @@
+#include "maker/export.h"
+
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
-#include "maker/frame_supply.h"
 #include "maker/pixel_attributes.h"
 #include "maker/pixel_draft.h"
-#include "quorvex/CxDcmMaker.h"
+#include "maker/plain_frames.h"
+#include "quorvex/CxImageProcessor.h"
 
 #include <algorithm>
 #include <memory>
@@ -13,13 +15,10 @@
 namespace quorvex {
 namespace {
 
-using PlainAction = QUORVEX_MESSAGE (*)(PixelDraft&, _DCM_FRAME_BUFFER&);
-
 /// Plain frames, one after the other, each gone before the next one comes.
 class PlainFrames {
 public:
-    PlainFrames(PixelDraft& draft, FrameSupply& supply, PlainAction makePlain)
-        : draft_(draft), supply_(supply), makePlain_(makePlain) {}
+    PlainFrames(PixelDraft& draft, FrameSupply& supply) : draft_(draft), supply_(supply) {}
     ~PlainFrames() { Drop(); }
     PlainFrames(const PlainFrames&) = delete;
     PlainFrames& operator=(const PlainFrames&) = delete;
@@ -29,7 +28,7 @@ public:
     QUORVEX_MESSAGE Next(std::span<unsigned char>& bytes) {
         Drop();
         auto result = supply_.Fetch(next_++, frame_);
-        if (result == QVM_SUCCESS) result = makePlain_(draft_, *frame_);
+        if (result == QVM_SUCCESS) result = ProcessObjectForExportAction(draft_, *frame_);
         if (result != QVM_SUCCESS) return result;
         if (frame_->processedData == nullptr) return QVM_ERROR_NULL_SOURCE;
         bytes = {frame_->processedData, frame_->processedLength};
@@ -45,13 +44,12 @@ private:
 
     PixelDraft& draft_;
     FrameSupply& supply_;
-    PlainAction makePlain_;
     int next_ = 0;
     _DCM_FRAME_BUFFER* frame_ = nullptr;
 };
 
-/// Gives the frames of native Pixel Data to the object as it asks for them, in pieces that an int can
-/// count.
+/// Gives the frames of native Pixel Data to the object as it asks for them, in pieces whose length
+/// an int can hold.
 class NativeValue {
 public:
     explicit NativeValue(PlainFrames& frames) : frames_(frames) {}
@@ -160,7 +158,7 @@ void DescribeAsRgbBytes(_DCM_PIXEL_INFO& format) {
     format.planarConfiguration = 0;
 }
 
-/// What the frames will be when palettes are expanded and codes are decoded.
+/// Describes the frames as they are after decoding, their palettes expanded.
 void DescribeOutgoing(PixelDraft& draft, bool holdsBitmaps) {
     constexpr unsigned kBitmapBits = 32;
     const PixelLayout& in = draft.incoming;
@@ -180,26 +178,26 @@ QUORVEX_MESSAGE Describe(PixelDraft& draft, const FrameSupply& frames) {
     return draft.written == nullptr ? QVM_ERROR_INVALID_TRANSFER_SYNTAX : QVM_SUCCESS;
 }
 
+/// Writes attributes and Pixel Data into the draft's object.
+QUORVEX_MESSAGE CreateDICOMExportObject(PixelDraft& draft, FrameSupply& supply) {
+    if (draft.object.SetTransferSyntax(draft.written->number) != kDcmSuccess)
+        return QVM_ERROR_INVALID_TRANSFER_SYNTAX;
+    auto result = WritePixelAttributes(draft.format, draft.outgoing, supply.Count(), draft.object);
+    if (result != QVM_SUCCESS) return result;
+    PlainFrames frames(draft, supply);
+    result = draft.written->isEncapsulated ? PutCoded(draft, frames) : PutNative(draft, frames);
+    if (result == QVM_SUCCESS) WriteCodingAttributes(draft.format, *draft.written, draft.object);
+    return result;
+}
+
 }  // namespace
 
-QUORVEX_MESSAGE CxDcmMaker::MakePixels(const _DCM_PIXEL_INFO& format, FrameSupply& frames,
-                                       CDcmObject& target) {
+QUORVEX_MESSAGE MakePixels(const _DCM_PIXEL_INFO& format, FrameSupply& frames, CDcmObject& target) {
     PixelDraft draft(format, target);
     auto result = Describe(draft, frames);
     if (result == QVM_SUCCESS) result = CreateDICOMExportObject(draft, frames);
     // The name is the same; to copy it could fail between the two.
     if (result == QVM_SUCCESS) static_cast<CDcmObjectCommon&>(target) = draft.object;
-    return result;
-}
-
-QUORVEX_MESSAGE CxDcmMaker::CreateDICOMExportObject(PixelDraft& draft, FrameSupply& supply) {
-    if (draft.object.SetTransferSyntax(draft.written->number) != kDcmSuccess)
-        return QVM_ERROR_INVALID_TRANSFER_SYNTAX;
-    auto result = WritePixelAttributes(draft.format, draft.outgoing, supply.Count(), draft.object);
-    if (result != QVM_SUCCESS) return result;
-    PlainFrames frames(draft, supply, &ProcessObjectForExportAction);
-    result = draft.written->isEncapsulated ? PutCoded(draft, frames) : PutNative(draft, frames);
-    if (result == QVM_SUCCESS) WriteCodingAttributes(draft.format, *draft.written, draft.object);
     return result;
 }
 

@@ -1,7 +1,8 @@
 #include "maker/pixel_attributes.h"
 
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/types/checked_size.h"
+#include "maker/attribute_writing.h"
 
 #include <algorithm>
 #include <string>
@@ -46,31 +47,22 @@ constexpr Text kWindow[] = {{tag::kWindowCenter, &_DCM_PIXEL_INFO::windowCenter}
 constexpr Text kRescale[] = {{tag::kRescaleIntercept, &_DCM_PIXEL_INFO::rescaleIntercept},
                              {tag::kRescaleSlope, &_DCM_PIXEL_INFO::rescaleSlope}};
 
-/// Gives each step its turn until one answers with a failure.
-template <class... Steps>
-QUORVEX_MESSAGE InOrder(Steps... steps) {
-    QUORVEX_MESSAGE result = QVM_SUCCESS;
-    (void)((result = steps(), result == QVM_SUCCESS) && ...);
-    return result;
-}
-
+/// Takes values from the record, or where it does not set them from the object.
 class LayoutResolver {
 public:
     LayoutResolver(const _DCM_PIXEL_INFO& format, const CDcmObject& object, PixelLayout& layout)
         : format_(format), object_(object), layout_(layout) {}
 
-    [[nodiscard]] QUORVEX_MESSAGE Take(const Word& word) const {
+    [[nodiscard]] bool Take(const Word& word) const {
         std::uint16_t& value = layout_.*word.resolved;
         value = format_.*word.set;
-        const bool isThere = value != kUnset || object_.GetValue(word.tag, value) == kDcmSuccess;
-        return isThere ? QVM_SUCCESS : word.failure;
+        return value != kUnset || object_.GetValue(word.tag, value) == kDcmSuccess;
     }
-    [[nodiscard]] QUORVEX_MESSAGE TakePhotometric() const {
-        layout_.photometric = format_.photometricInterpretation;
-        const bool isThere = !layout_.photometric.IsEmpty() ||
-                             object_.GetValue(tag::kPhotometricInterpretation, layout_.photometric,
-                                              -1) == kDcmSuccess;
-        return isThere ? QVM_SUCCESS : QVM_ERROR_INVALID_PHOTOMETRIC;
+    [[nodiscard]] bool TakePhotometric() const {
+        CString& text = layout_.photometric;
+        text = format_.photometricInterpretation;
+        return !text.IsEmpty() ||
+               object_.GetValue(tag::kPhotometricInterpretation, text) == kDcmSuccess;
     }
 
 private:
@@ -79,47 +71,38 @@ private:
     PixelLayout& layout_;
 };
 
+/// Writes values that the record sets. False where the object refuses one.
 class AttributeWriter {
 public:
     AttributeWriter(const _DCM_PIXEL_INFO& format, const PixelLayout& layout, CDcmObject& object)
         : format_(format), layout_(layout), object_(object) {}
 
-    [[nodiscard]] QUORVEX_MESSAGE Put(const Word& word) const {
-        return Put(word, format_.*word.set);
-    }
-    [[nodiscard]] QUORVEX_MESSAGE PutSamples() const {
-        const std::uint16_t samples = format_.samplesPerPixel;
-        const bool isKept = samples == 1 || samples == 3 || samples == kUnset;
-        const bool isWhole = layout_.bitsAllocated == 8 || layout_.bitsAllocated == 16;
+    [[nodiscard]] bool Put(const Word& word) const { return Put(word, format_.*word.set); }
+    [[nodiscard]] bool PutSamples() const {
         constexpr std::uint16_t kGrey = 1;
         constexpr std::uint16_t kColour = 3;
+        const std::uint16_t samples = format_.samplesPerPixel;
+        const bool isKept = samples == kGrey || samples == kColour || samples == kUnset;
+        const bool isWhole = layout_.bitsAllocated == 8 || layout_.bitsAllocated == 16;
         const std::uint16_t replacement = isWhole ? kGrey : kColour;
         return Put(kSamplesWord, isKept ? samples : replacement);
     }
-    [[nodiscard]] QUORVEX_MESSAGE PutPhotometric() const {
+    [[nodiscard]] bool PutPhotometric() const {
         const CString& text = format_.photometricInterpretation;
-        if (text.IsEmpty()) return QVM_SUCCESS;
-        const bool isPut =
-            object_.SetValue(tag::kPhotometricInterpretation, text, -1) == kDcmSuccess;
-        return isPut ? QVM_SUCCESS : QVM_ERROR_INVALID_PHOTOMETRIC;
-    }
-    [[nodiscard]] QUORVEX_MESSAGE PutPlanarConfiguration() const {
-        return layout_.samplesPerPixel > 1 ? Put(kPlanarWord) : QVM_SUCCESS;
+        return text.IsEmpty() ||
+               object_.SetValue(tag::kPhotometricInterpretation, text) == kDcmSuccess;
     }
     void PutSpacing() const {
         const auto& [first, second] = format_.pixelSpacing;
         if (first.IsEmpty()) return;
-        object_.SetValue(tag::kPixelSpacing, first, -1);
-        object_.SetNextValue(tag::kPixelSpacing, second.IsEmpty() ? first : second, -1);
+        WritePair(object_, tag::kPixelSpacing, first, second.IsEmpty() ? first : second);
     }
     void PutWindow() const {
-        constexpr int kByteCenter = 128;
-        constexpr int kByteWidth = 256;
         if (layout_.bitsAllocated == 16) {
             PutBoth(kWindow);
         } else if (layout_.samplesPerPixel == 3 && layout_.photometric == CString("RGB")) {
-            object_.SetValue(tag::kWindowCenter, CString(std::to_string(kByteCenter)), -1);
-            object_.SetValue(tag::kWindowWidth, CString(std::to_string(kByteWidth)), -1);
+            object_.SetValue(tag::kWindowCenter, "128");
+            object_.SetValue(tag::kWindowWidth, "256");
         }
     }
     void PutRescale() const {
@@ -127,15 +110,14 @@ public:
     }
 
 private:
-    [[nodiscard]] QUORVEX_MESSAGE Put(const Word& word, std::uint16_t value) const {
-        if (value == kUnset) return QVM_SUCCESS;
-        return object_.SetValue(word.tag, value) == kDcmSuccess ? QVM_SUCCESS : word.failure;
+    [[nodiscard]] bool Put(const Word& word, std::uint16_t value) const {
+        return value == kUnset || object_.SetValue(word.tag, value) == kDcmSuccess;
     }
     void PutBoth(const Text (&texts)[2]) const {
         const bool areSet = std::ranges::none_of(
             texts, [&](const Text& text) { return (format_.*text.text).IsEmpty(); });
         if (!areSet) return;
-        for (const auto& [tag, text] : texts) object_.SetValue(tag, format_.*text, -1);
+        for (const auto& [tag, text] : texts) object_.SetValue(tag, format_.*text);
     }
 
     const _DCM_PIXEL_INFO& format_;
@@ -176,29 +158,32 @@ _IMAGE_PROCESS_PARAM PixelLayout::ProcessParam() const {
 QUORVEX_MESSAGE ResolveLayout(const _DCM_PIXEL_INFO& format, const CDcmObject& object,
                               PixelLayout& layout) {
     const LayoutResolver resolver(format, object, layout);
-    return InOrder(
-        [&] { return resolver.Take(kBitsAllocatedWord); },
-        [&] { return resolver.Take(kSamplesWord); }, [&] { return resolver.Take(kBitsStoredWord); },
-        [&] { return resolver.Take(kRowsWord); }, [&] { return resolver.Take(kColumnsWord); },
-        [&] { return resolver.TakePhotometric(); },
-        [&] { return resolver.Take(kRepresentationWord); },
-        [&] { return layout.samplesPerPixel > 1 ? resolver.Take(kPlanarWord) : QVM_SUCCESS; });
+    // The first value that is missing decides the code, so the order counts.
+    for (const Word* word :
+         {&kBitsAllocatedWord, &kSamplesWord, &kBitsStoredWord, &kRowsWord, &kColumnsWord}) {
+        if (!resolver.Take(*word)) return word->failure;
+    }
+    if (!resolver.TakePhotometric()) return QVM_ERROR_INVALID_PHOTOMETRIC;
+    if (!resolver.Take(kRepresentationWord)) return kRepresentationWord.failure;
+    if (layout.samplesPerPixel > 1 && !resolver.Take(kPlanarWord)) return kPlanarWord.failure;
+    return QVM_SUCCESS;
 }
 
 QUORVEX_MESSAGE WritePixelAttributes(const _DCM_PIXEL_INFO& format, const PixelLayout& layout,
                                      int frameCount, CDcmObject& object) {
     const AttributeWriter writer(format, layout, object);
-    if (frameCount > 1)
-        object.SetValue(tag::kNumberOfFrames, CString(std::to_string(frameCount)), -1);
+    if (frameCount > 1) object.SetValue(tag::kNumberOfFrames, CString(std::to_string(frameCount)));
     writer.PutSpacing();
     writer.PutWindow();
     writer.PutRescale();
-    return InOrder(
-        [&] { return writer.PutSamples(); }, [&] { return writer.PutPhotometric(); },
-        [&] { return writer.PutPlanarConfiguration(); }, [&] { return writer.Put(kRowsWord); },
-        [&] { return writer.Put(kColumnsWord); }, [&] { return writer.Put(kBitsAllocatedWord); },
-        [&] { return writer.Put(kBitsStoredWord); }, [&] { return writer.Put(kHighBitWord); },
-        [&] { return writer.Put(kRepresentationWord); });
+    if (!writer.PutSamples()) return kSamplesWord.failure;
+    if (!writer.PutPhotometric()) return QVM_ERROR_INVALID_PHOTOMETRIC;
+    if (layout.samplesPerPixel > 1 && !writer.Put(kPlanarWord)) return kPlanarWord.failure;
+    for (const Word* word : {&kRowsWord, &kColumnsWord, &kBitsAllocatedWord, &kBitsStoredWord,
+                             &kHighBitWord, &kRepresentationWord}) {
+        if (!writer.Put(*word)) return word->failure;
+    }
+    return QVM_SUCCESS;
 }
 
 void WriteCodingAttributes(const _DCM_PIXEL_INFO& format, const TransferSyntax& written,
@@ -212,17 +197,17 @@ void WriteCodingAttributes(const _DCM_PIXEL_INFO& format, const TransferSyntax& 
 }
 
 void ReadRescale(const CDcmObject& object, _DCM_PIXEL_INFO& format) {
-    for (const auto& [tag, text] : kRescale) object.GetValue(tag, format.*text, -1);
+    for (const auto& [tag, text] : kRescale) object.GetValue(tag, format.*text);
 }
 
 void ReadPixelInfo(const CDcmObject& object, _DCM_PIXEL_INFO& format) {
     for (const Word& word : {kRowsWord, kColumnsWord, kBitsAllocatedWord, kBitsStoredWord,
                              kHighBitWord, kSamplesWord, kRepresentationWord, kPlanarWord})
         object.GetValue(word.tag, format.*word.set);
-    object.GetValue(tag::kPhotometricInterpretation, format.photometricInterpretation, -1);
-    for (const auto& [tag, text] : kWindow) object.GetValue(tag, format.*text, -1);
-    if (object.GetValue(tag::kPixelSpacing, format.pixelSpacing[0], -1) == kDcmSuccess)
-        object.GetNextValue(tag::kPixelSpacing, format.pixelSpacing[1], -1);
+    object.GetValue(tag::kPhotometricInterpretation, format.photometricInterpretation);
+    for (const auto& [tag, text] : kWindow) object.GetValue(tag, format.*text);
+    if (object.GetValue(tag::kPixelSpacing, format.pixelSpacing[0]) == kDcmSuccess)
+        object.GetNextValue(tag::kPixelSpacing, format.pixelSpacing[1]);
 }
 
 }  // namespace quorvex

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "quorvex/CxDcmMaker.h"
+#include "quorvex/CxImageProcessor.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +12,7 @@ namespace quorvex {
 
 inline constexpr std::uint16_t kUnset = 65535;
 
-/// What coders have to know of a frame: every value is there.
+/// The values by which frames are coded and decoded; all are known.
 struct PixelLayout {
     std::uint16_t bitsAllocated = 0;
     std::uint16_t samplesPerPixel = 0;
@@ -22,13 +23,13 @@ struct PixelLayout {
     std::uint16_t pixelRepresentation = 0;
     std::uint16_t planarConfiguration = 0;
 
-    /// Bytes of a plain frame, cut down to whole ones; nothing for more than we would ever allocate.
+    /// Whole bytes of a plain frame; nothing for more than we would ever allocate.
     [[nodiscard]] std::optional<std::size_t> FrameBytes() const noexcept;
     [[nodiscard]] bool IsPalette() const { return photometric.Find("PALETTE") >= 0; }
     [[nodiscard]] _IMAGE_PROCESS_PARAM ProcessParam() const;
 };
 
-/// The same of a record whose fields may be unset; for the length of a frame that is added.
+/// The same by a record whose fields may be unset.
 [[nodiscard]] std::optional<std::size_t> FrameBytes(const _DCM_PIXEL_INFO& format) noexcept;
 
 /// Takes each value from `format`, or where that does not set it from `object`.
@@ -42,11 +43,12 @@ struct PixelLayout {
                                                    const PixelLayout& layout, int frameCount,
                                                    CDcmObject& object);
 
-/// Writes what only the coded frames tell: whether they have lost anything, and how many bits they hold.
+/// Writes what follows from the coding: whether it loses anything, and the bits that it always has.
 void WriteCodingAttributes(const _DCM_PIXEL_INFO& format, const TransferSyntax& written,
                            CDcmObject& object);
 
-/// Reads the description of an object's frames; what it does not have stays as it is in `format`.
+/// Reads the description of an object's frames, all but the rescale. Values that the object does
+/// not have stay as they are in `format`.
 void ReadPixelInfo(const CDcmObject& object, _DCM_PIXEL_INFO& format);
 void ReadRescale(const CDcmObject& object, _DCM_PIXEL_INFO& format);
 

@@ -1,4 +1,4 @@
-/// An object whose Pixel Data is being made, while the one that it is to replace stands as it was.
+/// An object whose Pixel Data is being made, while the one that it will replace stays as it was.
 #pragma once
 
 #include "maker/pixel_attributes.h"
@@ -6,16 +6,15 @@
 
 namespace quorvex {
 
-class PixelDraft {
-public:
+struct PixelDraft {
     PixelDraft(const _DCM_PIXEL_INFO& wanted, const CDcmObject& target)
         : format(wanted), object(target) {}
 
     _DCM_PIXEL_INFO format;                   ///< of the pixels to be written
     PixelLayout incoming{};                   ///< of the frames as they come
     PixelLayout outgoing{};                   ///< of the frames before they are coded
-    const TransferSyntax* written = nullptr;  ///< what the object will be in
-    CDcmObject object;                        ///< shares with its original all that is not changed
+    const TransferSyntax* written = nullptr;  ///< of the new object
+    CDcmObject object;                        ///< shares with its original all that does not change
 };
 
 }  // namespace quorvex

@@ -1,13 +1,11 @@
+#include "maker/plain_frames.h"
+
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/answer.h"
-#include "foundation/types/block.h"
-#include "maker/pixel_attributes.h"
-#include "maker/pixel_draft.h"
 #include "parser/palette/palette_image.h"
-#include "quorvex/CxDcmMaker.h"
+#include "quorvex/CxImageProcessor.h"
 
 #include <algorithm>
-#include <iterator>
 #include <memory>
 #include <utility>
 
@@ -24,7 +22,7 @@ void SetProcessed(_DCM_FRAME_BUFFER& frame, unsigned char* data, unsigned long l
     frame.processedLength = length;
 }
 
-/// No copy: the block changes its name.
+/// No copy: the block changes hands.
 void TakeAsPlain(_DCM_FRAME_BUFFER& frame) noexcept {
     const unsigned long length = std::exchange(frame.rawLength, 0);
     SetProcessed(frame, std::exchange(frame.rawData, nullptr), length);
@@ -50,9 +48,28 @@ unsigned short BitsPerPixel(const PixelLayout& layout) {
     return static_cast<unsigned short>(layout.bitsAllocated * layout.samplesPerPixel);
 }
 
-bool HoldsAllIndices(const PixelLayout& layout, unsigned long length) {
-    const std::size_t pixels = std::size_t{layout.rows} * layout.columns;
-    return length / PaletteIndexBytes(BitsPerPixel(layout)) >= pixels;
+QUORVEX_MESSAGE ExpandPalette(PixelDraft& draft, _DCM_FRAME_BUFFER& frame) {
+    HeapBlock rgb = GetRGBBufferFromPaletteImage({frame.rawData, frame.rawLength}, draft.incoming,
+                                                 draft.object);
+    if (!rgb) return QVM_ERROR_INVALID_PHOTOMETRIC;
+    const std::size_t length = rgb.Size();
+    SetProcessed(frame, rgb.Release(), length);
+    DropRaw(frame);
+    return QVM_SUCCESS;
+}
+
+void ReverseRows(std::span<const unsigned char> rows, std::size_t rowBytes, unsigned char* to) {
+    for (; !rows.empty(); to += rowBytes) {
+        std::ranges::copy(rows.last(rowBytes), to);
+        rows = rows.first(rows.size() - rowBytes);
+    }
+}
+
+void ReverseColours(std::span<const unsigned char> pixels, std::size_t pixelBytes,
+                    unsigned char* to) {
+    for (; !pixels.empty(); pixels = pixels.subspan(pixelBytes), to += 3) {
+        std::ranges::reverse_copy(pixels.first(3), to);
+    }
 }
 
 }  // namespace
@@ -62,60 +79,43 @@ _DCM_FRAME_BUFFER::~_DCM_FRAME_BUFFER() {
     delete[] processedData;
 }
 
-QUORVEX_MESSAGE CxDcmMaker::ProcessObjectForExportAction(PixelDraft& draft,
-                                                         _DCM_FRAME_BUFFER& frame) {
+QUORVEX_MESSAGE ProcessObjectForExportAction(PixelDraft& draft, _DCM_FRAME_BUFFER& frame) {
     if (frame.rawData == nullptr) return QVM_ERROR_NULL_SOURCE;
     const auto syntax = static_cast<TRANSFER_SYNTAX>(draft.format.transferSyntax);
     if (HasDecoder(syntax)) return Decode(draft, frame);
     if (syntax != kImplicitLittleEndian && syntax != kExplicitLittleEndian) return QVM_SUCCESS;
-    if (draft.incoming.IsPalette()) return ExpandPaletteFrame(draft, frame);
+    if (draft.incoming.IsPalette()) return ExpandPalette(draft, frame);
     TakeAsPlain(frame);
     return QVM_SUCCESS;
 }
 
-QUORVEX_MESSAGE CxDcmMaker::ExpandPaletteFrame(PixelDraft& draft, _DCM_FRAME_BUFFER& frame) {
-    PixelLayout& in = draft.incoming;
-    if (!HoldsAllIndices(in, frame.rawLength)) return QVM_ERROR_INVALID_PHOTOMETRIC;
-    unsigned short bits = BitsPerPixel(in);
-    unsigned char* rgb = nullptr;
-    const auto result =
-        GetRGBBufferFromPaletteImage(frame.rawData, in.columns, in.rows, bits, in.samplesPerPixel,
-                                     in.photometric, rgb, 0, &draft.object);
-    if (result != QVM_SUCCESS) return result;
-    SetProcessed(frame, rgb, 3UL * in.rows * in.columns);
-    DropRaw(frame);
-    return QVM_SUCCESS;
-}
-
-QUORVEX_MESSAGE CxDcmMaker::GetRGBBufferFromPaletteImage(
-    unsigned char* pixels, unsigned short columns, unsigned short rows, unsigned short& bits,
-    unsigned short& /*samples*/, CString& /*photometric*/, unsigned char*& rgb,
-    unsigned long /*reserved*/, CDcmObject* object) {
-    return Answer(QVM_ERROR_INVALID_PHOTOMETRIC, [&] {
-        const auto palette = object == nullptr ? std::nullopt : LoadPalette(*object);
-        if (!palette || pixels == nullptr) return QVM_ERROR_INVALID_PHOTOMETRIC;
-        const std::size_t count = std::size_t{columns} * rows;
-        const std::size_t indexBytes = PaletteIndexBytes(bits);
-        HeapBlock colours(count * 3);
-        ColourByPalette(*palette, {pixels, count * indexBytes}, indexBytes, colours.Bytes());
-        rgb = colours.Release();
-        return QVM_SUCCESS;
+HeapBlock GetRGBBufferFromPaletteImage(std::span<const unsigned char> indices,
+                                       const PixelLayout& layout, CDcmObject& object) {
+    return Answer(HeapBlock(), [&] {
+        const std::size_t pixels = std::size_t{layout.columns} * layout.rows;
+        const std::size_t indexBytes = PaletteIndexBytes(BitsPerPixel(layout));
+        if (indices.size() / indexBytes < pixels) return HeapBlock();
+        const auto palette = LoadPalette(object);
+        if (!palette) return HeapBlock();
+        HeapBlock colours(pixels * 3);
+        ColourByPalette(*palette, indices.first(pixels * indexBytes), indexBytes, colours.Bytes());
+        return colours;
     });
 }
 
-void CxDcmMaker::AdjustImage(unsigned char*& buffer, unsigned short bitsPerPixel,
-                             unsigned short width, unsigned short height) {
+void AdjustImage(unsigned char*& buffer, unsigned short bitsPerPixel, unsigned short width,
+                 unsigned short height) {
     const bool isGrey = bitsPerPixel == 8 || bitsPerPixel == 16;
-    if (buffer == nullptr || (!isGrey && bitsPerPixel != 24 && bitsPerPixel != 32)) return;
-    const std::size_t step = bitsPerPixel / 8U;
-    const std::size_t rowBytes = step * width;
+    const bool isColour = bitsPerPixel == 24 || bitsPerPixel == 32;
+    if (buffer == nullptr || (!isGrey && !isColour)) return;
+    const std::size_t pixelBytes = bitsPerPixel / 8U;
     const std::size_t pixels = std::size_t{width} * height;
-    HeapBlock adjusted(isGrey ? rowBytes * height : pixels * 3);
-    unsigned char* to = adjusted.Data();
-    for (std::size_t row = height; isGrey && row-- > 0; to += rowBytes)
-        std::copy_n(buffer + row * rowBytes, rowBytes, to);
-    for (std::size_t pixel = 0; !isGrey && pixel < pixels; ++pixel, to += 3)
-        std::reverse_copy(buffer + pixel * step, buffer + pixel * step + 3, to);
+    HeapBlock adjusted(pixels * (isGrey ? pixelBytes : 3));
+    if (isGrey) {
+        ReverseRows({buffer, pixels * pixelBytes}, pixelBytes * width, adjusted.Data());
+    } else {
+        ReverseColours({buffer, pixels * pixelBytes}, pixelBytes, adjusted.Data());
+    }
     delete[] std::exchange(buffer, adjusted.Release());
 }
 

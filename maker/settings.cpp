@@ -1,9 +1,10 @@
+#include "maker/settings.h"
+
 #include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
 #include "maker/object_change.h"
 #include "maker/storage_classes.h"
 #include "quorvex/CXGSPSInfo.h"
-#include "quorvex/CxDcmMaker.h"
 
 #include <cstdint>
 
@@ -36,7 +37,7 @@ template <class Record, std::size_t Count>
 void SetTexts(const TextSetting<Record> (&settings)[Count], const Record& record,
               CDcmObject& target) {
     for (const auto& [tag, text] : settings) {
-        if (!(record.*text).IsEmpty()) target.SetValue(tag, record.*text, -1);
+        if (!(record.*text).IsEmpty()) target.SetValue(tag, record.*text);
     }
 }
 
@@ -47,18 +48,12 @@ bool IsChosen(const StorageClass& row, const _USER_SETTING_INFO& settings) {
 
 }  // namespace
 
-int CxDcmMaker::UpdateUserSettingInfo(_USER_SETTING_INFO* settings, CDcmObject* target) {
-    if (settings == nullptr || target == nullptr) return 0;
-    return Answer(0, [&] {
-        ObjectChange change(*target);
-        SetTexts(kUserTexts, *settings, *target);
-        for (const StorageClass& row : kStorageClasses) {
-            if (IsChosen(row, *settings))
-                target->SetValue(tag::kSOPClassUID, CString(row.sopClassUid));
-        }
-        change.Keep();
-        return 1;
-    });
+void UpdateUserSettingInfo(const _USER_SETTING_INFO* settings, CDcmObject& target) {
+    if (settings == nullptr) return;
+    SetTexts(kUserTexts, *settings, target);
+    for (const StorageClass& row : kStorageClasses) {
+        if (IsChosen(row, *settings)) target.SetValue(tag::kSOPClassUID, row.sopClassUid);
+    }
 }
 
 int CxDcmMaker::UpdateUserSettingInfo(CXGSPSInfo* info, CDcmObject* target) {
@@ -67,11 +62,11 @@ int CxDcmMaker::UpdateUserSettingInfo(CXGSPSInfo* info, CDcmObject* target) {
         ObjectChange change(*target);
         for (const StorageClass& row : kStorageClasses) {
             if (row.objectKind != info->objectKind) continue;
-            target->SetValue(tag::kModality, CString(row.modality));
-            target->SetValue(tag::kSOPClassUID, CString(row.sopClassUid));
+            target->SetValue(tag::kModality, row.modality);
+            target->SetValue(tag::kSOPClassUID, row.sopClassUid);
         }
-        target->SetValue(tag::kSeriesNumber, info->seriesNumber, -1);
-        target->SetValue(tag::kInstanceNumber, info->instanceNumber, -1);
+        target->SetValue(tag::kSeriesNumber, info->seriesNumber);
+        target->SetValue(tag::kInstanceNumber, info->instanceNumber);
         SetTexts(kStateTexts, *info, *target);
         change.Keep();
         return 1;

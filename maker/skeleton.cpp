@@ -1,11 +1,13 @@
+#include "maker/skeleton.h"
+
 #include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
+#include "maker/attribute_writing.h"
 #include "maker/configuration.h"
 #include "maker/object_change.h"
-#include "quorvex/CxDcmMaker.h"
+#include "maker/settings.h"
 
 #include <cstdint>
-#include <memory>
 
 namespace quorvex {
 namespace {
@@ -29,82 +31,54 @@ struct Step {
 
 /// In this order, so that no creation time lies ahead of its series' time.
 constexpr Step kSteps[] = {
-    {tag::kMediaStorageSOPClassUID, From::kSource},          // Media Storage SOP Class UID
-    {tag::kMediaStorageSOPInstanceUID, From::kSource},       // Media Storage SOP Instance UID
-    {tag::kPatientName, From::kSource},                      // Patient's Name
-    {tag::kPatientID, From::kSource},                        // Patient ID
-    {tag::kPatientBirthDate, From::kSource},                 // Patient's Birth Date
-    {tag::kPatientSex, From::kSource},                       // Patient's Sex
-    {tag::kPatientBirthTime, From::kSource},                 // Patient's Birth Time
-    {tag::kPatientComments, From::kSource},                  // Patient Comments
-    {tag::kStudyInstanceUID, From::kSource},                 // Study Instance UID
-    {tag::kStudyDate, From::kSource},                        // Study Date
-    {tag::kStudyTime, From::kSource},                        // Study Time
-    {tag::kReferringPhysicianName, From::kSource},           // Referring Physician's Name
-    {tag::kStudyID, From::kSource},                          // Study ID
-    {tag::kAccessionNumber, From::kSource},                  // Accession Number
-    {tag::kStudyDescription, From::kSource},                 // Study Description
-    {tag::kPatientAge, From::kSource},                       // Patient's Age
-    {tag::kPatientSize, From::kSource},                      // Patient's Size
-    {tag::kPatientWeight, From::kSource},                    // Patient's Weight
-    {tag::kAdditionalPatientHistory, From::kSource},         // Additional Patient History
-    {tag::kModality, From::kSource},                         // Modality
-    {tag::kSeriesInstanceUID, From::kSeriesUid},             // Series Instance UID
-    {tag::kLaterality, From::kSource},                       // Laterality
-    {tag::kSeriesDate, From::kDate},                         // Series Date
-    {tag::kSeriesTime, From::kTime},                         // Series Time
-    {tag::kSeriesDescription, From::kSource},                // Series Description
-    {tag::kBodyPartExamined, From::kSource},                 // Body Part Examined
-    {tag::kPatientPosition, From::kSource},                  // Patient Position
-    {tag::kSmallestPixelValueInSeries, From::kSource},       // Smallest Pixel Value in Series
-    {tag::kLargestPixelValueInSeries, From::kSource},        // Largest Pixel Value in Series
-    {tag::kPerformedProcedureStepID, From::kSource},         // Performed Procedure Step ID
-    {tag::kPerformedProcedureStepStartDate, From::kSource},  // Performed Procedure Step Start Date
-    {tag::kPerformedProcedureStepStartTime, From::kSource},  // Performed Procedure Step Start Time
-    {tag::kPerformedProcedureStepDescription,
-     From::kSource},                            // Performed Procedure Step Description
-    {tag::kManufacturer, From::kManufacturer},  // Manufacturer
+    {tag::kMediaStorageSOPClassUID, From::kSource},
+    {tag::kMediaStorageSOPInstanceUID, From::kSource},
+    {tag::kPatientName, From::kSource},
+    {tag::kPatientID, From::kSource},
+    {tag::kPatientBirthDate, From::kSource},
+    {tag::kPatientSex, From::kSource},
+    {tag::kPatientBirthTime, From::kSource},
+    {tag::kPatientComments, From::kSource},
+    {tag::kStudyInstanceUID, From::kSource},
+    {tag::kStudyDate, From::kSource},
+    {tag::kStudyTime, From::kSource},
+    {tag::kReferringPhysicianName, From::kSource},
+    {tag::kStudyID, From::kSource},
+    {tag::kAccessionNumber, From::kSource},
+    {tag::kStudyDescription, From::kSource},
+    {tag::kPatientAge, From::kSource},
+    {tag::kPatientSize, From::kSource},
+    {tag::kPatientWeight, From::kSource},
+    {tag::kAdditionalPatientHistory, From::kSource},
+    {tag::kModality, From::kSource},
+    {tag::kSeriesInstanceUID, From::kSeriesUid},
+    {tag::kLaterality, From::kSource},
+    {tag::kSeriesDate, From::kDate},
+    {tag::kSeriesTime, From::kTime},
+    {tag::kSeriesDescription, From::kSource},
+    {tag::kBodyPartExamined, From::kSource},
+    {tag::kPatientPosition, From::kSource},
+    {tag::kSmallestPixelValueInSeries, From::kSource},
+    {tag::kLargestPixelValueInSeries, From::kSource},
+    {tag::kPerformedProcedureStepID, From::kSource},
+    {tag::kPerformedProcedureStepStartDate, From::kSource},
+    {tag::kPerformedProcedureStepStartTime, From::kSource},
+    {tag::kPerformedProcedureStepDescription, From::kSource},
+    {tag::kManufacturer, From::kManufacturer},
     {tag::kInstitutionName, From::kInstitution},
-    {tag::kPixelPaddingValue, From::kSource},        // Pixel Padding Value
-    {tag::kSOPClassUID, From::kSource},              // SOP Class UID
-    {tag::kSOPInstanceUID, From::kInstanceUid},      // SOP Instance UID
-    {tag::kSpecificCharacterSet, From::kSourceAll},  // Specific Character Set
-    {tag::kInstanceCreationDate, From::kDate},       // Instance Creation Date
-    {tag::kInstanceCreationTime, From::kTime},       // Instance Creation Time
+    {tag::kPixelPaddingValue, From::kSource},
+    {tag::kSOPClassUID, From::kSource},
+    {tag::kSOPInstanceUID, From::kInstanceUid},
+    {tag::kSpecificCharacterSet, From::kSourceAll},
+    {tag::kInstanceCreationDate, From::kDate},
+    {tag::kInstanceCreationTime, From::kTime},
 };
 
 /// What an image takes over besides.
 constexpr std::uint32_t kCopiedForImages[] = {
-    tag::kImageType,                   // Image Type
-    tag::kRescaleIntercept,            // Rescale Intercept
-    tag::kRescaleSlope,                // Rescale Slope
-    tag::kFrameOfReferenceUID,         // Frame of Reference UID
-    tag::kPositionReferenceIndicator,  // Position Reference Indicator
+    tag::kImageType,           tag::kRescaleIntercept,           tag::kRescaleSlope,
+    tag::kFrameOfReferenceUID, tag::kPositionReferenceIndicator,
 };
-
-/// Copies the first value, where there is one; whether it reached the target.
-bool CopyFirst(const CDcmObject& source, CDcmObject& target, std::uint32_t tag) {
-    CString value;
-    return source.GetValue(tag, value, -1) == kDcmSuccess &&
-           target.SetValue(tag, value, -1) == kDcmSuccess;
-}
-
-bool CopyNext(const CDcmObject& source, CDcmObject& target, std::uint32_t tag) {
-    CString value;
-    return source.GetNextValue(tag, value, -1) == kDcmSuccess &&
-           target.SetNextValue(tag, value, -1) == kDcmSuccess;
-}
-
-void CopyAll(const CDcmObject& source, CDcmObject& target, std::uint32_t tag) {
-    bool isCopied = CopyFirst(source, target, tag);
-    while (isCopied) isCopied = CopyNext(source, target, tag);
-}
-
-/// A value that cannot be copied is passed over, not the ones behind it.
-void CopyUpTo(int count, const CDcmObject& source, CDcmObject& target, std::uint32_t tag) {
-    CopyFirst(source, target, tag);
-    for (int i = 1; i < count; ++i) CopyNext(source, target, tag);
-}
 
 class Skeleton {
 public:
@@ -122,7 +96,7 @@ public:
             case From::kInstitution:
                 return CopyInstitution();
             default:
-                target_.SetValue(step.tag, NewValue(step.from), -1);
+                target_.SetValue(step.tag, NewValue(step.from));
         }
     }
 
@@ -143,7 +117,7 @@ private:
     }
     void CopyInstitution() const {
         if (CopyFirst(source_, target_, tag::kInstitutionName))
-            target_.SetValue(tag::kManufacturerModelName, configuration_.modelName, -1);
+            target_.SetValue(tag::kManufacturerModelName, configuration_.modelName);
     }
 
     const CDcmObject& source_;
@@ -153,36 +127,39 @@ private:
 
 }  // namespace
 
+void FillSkeleton(const CDcmObject& source, CDcmObject& target) {
+    const Skeleton skeleton(source, target);
+    target.SetTransferSyntax(kExplicitLittleEndian);
+    for (const Step& step : kSteps) skeleton.Run(step);
+}
+
 int CxDcmMaker::MakeDcmSkeleton(CDcmObject* source, CDcmObject* target) {
     if (source == nullptr || target == nullptr) return 1;
     return Answer(0, [&] {
         ObjectChange change(*target);
-        const Skeleton skeleton(*source, *target);
-        target->SetTransferSyntax(kExplicitLittleEndian);
-        for (const Step& step : kSteps) skeleton.Run(step);
+        FillSkeleton(*source, *target);
         change.Keep();
         return 1;
     });
 }
 
-int CxDcmMaker::SetBasicInfo(CDcmObject* source, CDcmObject* target) {
-    for (const std::uint32_t tag : kCopiedForImages) CopyFirst(*source, *target, tag);
-    CopyUpTo(6, *source, *target, tag::kImageOrientationPatient);
-    CopyUpTo(3, *source, *target, tag::kImagePositionPatient);
-    return 1;
+void SetBasicInfo(const CDcmObject& source, CDcmObject& target) {
+    constexpr int kOrientationValues = 6;
+    constexpr int kPositionValues = 3;
+    for (const std::uint32_t tag : kCopiedForImages) CopyFirst(source, target, tag);
+    CopyUpTo(kOrientationValues, source, target, tag::kImageOrientationPatient);
+    CopyUpTo(kPositionValues, source, target, tag::kImagePositionPatient);
 }
 
-int CxDcmMaker::MakeBasicObject(CDcmObject* source, _USER_SETTING_INFO* settings,
-                                CDcmObject*& target) {
-    if (source == nullptr) return 0;
+std::unique_ptr<CDcmObject> MakeBasicObject(const CDcmObject& source,
+                                            const _USER_SETTING_INFO* settings) {
     const bool hasName = settings != nullptr && !settings->fileName.IsEmpty();
     auto made = std::make_unique<CDcmObject>();
     made->Open(hasName ? settings->fileName : CString("test.dcm"));
-    MakeDcmSkeleton(source, made.get());
-    SetBasicInfo(source, made.get());
-    UpdateUserSettingInfo(settings, made.get());
-    target = made.release();
-    return 1;
+    FillSkeleton(source, *made);
+    SetBasicInfo(source, *made);
+    UpdateUserSettingInfo(settings, *made);
+    return made;
 }
 
 }  // namespace quorvex

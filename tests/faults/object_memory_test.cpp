@@ -204,16 +204,18 @@ std::string LookAtMade(CDcmObject object) {
 Subject MakingSkeleton(const Kind& kind) {
     auto s = std::make_shared<Held>(kind);
     auto target = std::make_shared<Held>(AllKinds().front());
-    return {[=] { return CxDcmMaker().MakeDcmSkeleton(&s->object, &target->object) == 1; },
+    auto maker = std::make_shared<CxDcmMaker>();
+    return {[=] { return maker->MakeDcmSkeleton(&s->object, &target->object) == 1; },
             [=] { return LookAtMade(target->object); }};
 }
 Subject UpdatingSettings(const Kind& kind) {
     auto s = std::make_shared<Held>(kind);
+    auto maker = std::make_shared<CxDcmMaker>();
     auto info = std::make_shared<CXGSPSInfo>();
     info->objectKind = 1;
     info->seriesNumber = "a series number";
     info->patientName = "a name that needs memory";
-    return {[=] { return CxDcmMaker().UpdateUserSettingInfo(info.get(), &s->object) == 1; },
+    return {[=] { return maker->UpdateUserSettingInfo(info.get(), &s->object) == 1; },
             [=] { return s->Look(); }};
 }
 

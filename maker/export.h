@@ -1,0 +1,15 @@
+/// The making of Pixel Data, and of all attributes that describe it.
+#pragma once
+
+#include "maker/frame_supply.h"
+#include "quorvex/CxDcmMaker.h"
+
+namespace quorvex {
+
+/// Brings the frames into the form that `format` asks for, and puts them into `target` with their
+/// description. `target` changes only when all is done.
+/// @return QVM_SUCCESS, or one of the failures of `CxDcmMaker::MakeDcmObject`
+[[nodiscard]] QUORVEX_MESSAGE MakePixels(const _DCM_PIXEL_INFO& format, FrameSupply& frames,
+                                         CDcmObject& target);
+
+}  // namespace quorvex
