@@ -5,20 +5,12 @@
 #include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <set>
 #include <sys/wait.h>
 
 namespace quorvex::test {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::set<std::string> FilesBelow(const std::string& folder) {
-    std::set<std::string> names;
-    for (const auto& entry : fs::recursive_directory_iterator(folder))
-        if (entry.is_regular_file()) names.insert(entry.path().lexically_relative(folder).string());
-    return names;
-}
 
 Arguments LinesOf(const std::string& path) {
     Arguments lines;

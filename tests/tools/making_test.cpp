@@ -33,14 +33,6 @@ std::string Samples(std::size_t count) {
     return samples;
 }
 
-std::string FramesOf(const std::string& path) {
-    return OutputOf({"frame", path, "--all", "-o", "-"});
-}
-
-std::string InfoOf(const std::string& path) {
-    return OutputOf({"info", path});
-}
-
 TEST(CaptureCommand, PutsPicturesUnderThePatient) {
     const ScratchFolder folder;
     const auto grey = WritePicture(folder.Path("grey.png"), PNG_FORMAT_GRAY);

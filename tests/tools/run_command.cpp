@@ -58,6 +58,21 @@ CommandResult ExpectStatus(int status, const Arguments& arguments, std::string_v
     return result;
 }
 
+std::string InfoOf(const std::string& path) {
+    return OutputOf({"info", path});
+}
+
+std::string FramesOf(const std::string& path) {
+    return OutputOf({"frame", path, "--all", "-o", "-"});
+}
+
+std::set<std::string> FilesBelow(const std::string& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+        if (entry.is_regular_file()) names.insert(entry.path().lexically_relative(folder).string());
+    return names;
+}
+
 Arguments operator+(Arguments first, const Arguments& others) {
     first.insert(first.end(), others.begin(), others.end());
     return first;

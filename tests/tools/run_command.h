@@ -3,6 +3,7 @@
 
 #include "tests/support/scratch_folder.h"
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,6 +37,13 @@ CommandResult ExpectStatus(int status, const Arguments& arguments, std::string_v
 
 /// The first arguments, then the others.
 Arguments operator+(Arguments first, const Arguments& others);
+
+/// What `info` says of a file, and all its frames as `frame` gives them.
+std::string InfoOf(const std::string& path);
+std::string FramesOf(const std::string& path);
+
+/// Every file below a folder, by its path in there.
+std::set<std::string> FilesBelow(const std::string& folder);
 
 /// Whether `part` stands in `text`.
 inline bool Has(std::string_view text, std::string_view part) {
