@@ -1,5 +1,8 @@
 #include "tools/arguments.h"
 
+#include "tools/json.h"
+#include "tools/report.h"
+
 #include <charconv>
 #include <cmath>
 #include <optional>
@@ -81,7 +84,8 @@ int ParseRotation(const std::string& text) {
 double ParseZoom(const std::string& text) {
     const auto zoom = ParseNumber<double>(text);
     if (!zoom || !(*zoom >= kSmallestZoom && *zoom <= kLargestZoom))
-        throw WrongUsage("a zoom is a factor from 0.001 to 100, not " + text);
+        throw WrongUsage("a zoom is a factor from " + JsonNumber(kSmallestZoom) + " to " +
+                         JsonNumber(kLargestZoom) + ", not " + text);
     return *zoom;
 }
 

@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 constexpr const char* kStandardInput = "-";
 constexpr unsigned kMostShards = 1'000'000;
 
-// FNV-1a with the finish of splitmix64: the same on every machine, for ever.
+// FNV-1a with the finish of splitmix64: the same on every machine and in every release.
 std::uint64_t StableHash(const std::string& name) noexcept {
     std::uint64_t hash = 0xCBF29CE484222325U;
     for (const char c : name) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
@@ -23,7 +23,7 @@ std::uint64_t StableHash(const std::string& name) noexcept {
     return hash ^ (hash >> 31);
 }
 
-// Steps out of the output folder are left out.
+// A relative path; steps out of the output folder are removed.
 std::string NameInsideAFolder(const std::string& path) {
     fs::path inside;
     for (const auto& part : fs::path(path).lexically_normal().relative_path())
@@ -34,10 +34,6 @@ std::string NameInsideAFolder(const std::string& path) {
 bool IsSameFolder(const fs::path& one, const fs::path& other) {
     std::error_code failure;
     return !other.empty() && fs::equivalent(one, other, failure);
-}
-
-EnvironmentFailure FolderFailure(const fs::path& folder, const std::error_code& failure) {
-    return EnvironmentFailure(folder.string() + ": " + failure.message());
 }
 
 }  // namespace
@@ -119,7 +115,7 @@ std::optional<InputFile> FileList::NextOfArguments() {
         folder_ = path;
         walk_ = fs::recursive_directory_iterator(
             folder_, fs::directory_options::skip_permission_denied, failure);
-        if (failure) throw FolderFailure(folder_, failure);
+        if (failure) throw PathFailure(folder_, failure);
         if (auto input = NextOfFolder()) return input;
     }
     return std::nullopt;
@@ -133,7 +129,7 @@ std::optional<InputFile> FileList::NextOfFolder() {
             walk_.disable_recursion_pending();
         const bool isFile = entry.is_regular_file(failure);
         walk_.increment(failure);
-        if (failure) throw FolderFailure(folder_, failure);
+        if (failure) throw PathFailure(folder_, failure);
         if (!isFile) continue;
         return InputFile{entry.path().string(),
                          NameInsideAFolder(entry.path().lexically_relative(folder_).string()),

@@ -20,7 +20,7 @@ struct InputFile {
     bool isNamed = false;  ///< stands on the command line itself
 };
 
-/// One of several equal parts of the inputs, told by a hash of their names, so that machines that
+/// One of several equal parts of the inputs, chosen by a hash of their names, so that machines that
 /// share a list take different files without talking to each other.
 struct Shard {
     unsigned index = 1;  ///< 1 to `count`
@@ -44,7 +44,7 @@ struct FileListSource {
 /// Whether one of the arguments is a folder, so that there may be any number of inputs.
 bool HasFolder(const std::vector<std::string>& arguments);
 
-/// Gives one input after the other; holds none of them.
+/// Gives one input after the other, and keeps none of them in memory.
 class FileList {
 public:
     explicit FileList(FileListSource source);

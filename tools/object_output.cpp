@@ -8,16 +8,10 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <sys/stat.h>
 #include <vector>
 
 namespace quorvex::tools {
 namespace {
-
-bool IsWrittenDirectly(const std::string& path) {
-    struct stat status {};
-    return path == "-" || (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode));
-}
 
 void CopyTo(const std::string& output, const std::string& written) {
     constexpr std::size_t kPiece = std::size_t{1} << 20;
@@ -53,9 +47,6 @@ std::string WorkPlaceOf(const std::string& output) {
 }
 
 void WriteObjectTo(const CDcmObject& object, const std::string& output) {
-    std::error_code failure;
-    if (std::filesystem::is_directory(output, failure))
-        throw WrongUsage(output + " is a folder, not a file");
     WorkFolder folder(WorkPlaceOf(output));
     const WorkFile written(folder.NewPath());
     WriteObject(object, written.path, output);

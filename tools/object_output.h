@@ -15,7 +15,7 @@ struct UnwritableObject : std::runtime_error {
 };
 
 /// Writes an object to `path`, which is a file of the work folder.
-/// @param output  what a failure is to be told about: an EnvironmentFailure of the disk, or an
+/// @param output  the name that a failure carries: an EnvironmentFailure of the disk, or an
 ///                UnwritableObject
 void WriteObject(const CDcmObject& object, const std::string& path, const std::string& output);
 
@@ -26,7 +26,8 @@ void PutInPlace(const std::string& written, const std::string& output);
 /// Both in one, with a work folder of its own.
 void WriteObjectTo(const CDcmObject& object, const std::string& output);
 
-/// Where a work folder for an output belongs: beside it, or, for a device, anywhere.
+/// Where a work folder for an output belongs: beside it or, for a device, among temporary files. A
+/// WrongUsage where the output is a folder.
 std::string WorkPlaceOf(const std::string& output);
 
 /// A file of a work folder that goes with the object unless it was moved away.

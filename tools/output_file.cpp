@@ -16,8 +16,6 @@
 namespace quorvex::tools {
 namespace {
 
-constexpr const char* kStandardOutput = "-";
-
 // What a signal that ends the command has to remove. Written only while no signal can read it half.
 std::array<char, PATH_MAX> unfinishedPath{};
 
@@ -43,13 +41,6 @@ std::string FollowLink(const std::string& path) {
     return failure ? path : target.string();
 }
 
-bool IsWrittenDirectly(const std::string& path) {
-    struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return false;
-    if (S_ISDIR(status.st_mode)) throw WrongUsage(path + " is a folder, not a file");
-    return !S_ISREG(status.st_mode);
-}
-
 mode_t NewFileMode() {
     const mode_t mask = umask(0);
     umask(mask);
@@ -57,6 +48,14 @@ mode_t NewFileMode() {
 }
 
 }  // namespace
+
+bool IsWrittenDirectly(const std::string& path) {
+    if (path == kStandardOutput) return true;
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return false;
+    if (S_ISDIR(status.st_mode)) throw WrongUsage(path + " is a folder, not a file");
+    return !S_ISREG(status.st_mode);
+}
 
 OutputFile::OutputFile(const std::string& path) : path_(FollowLink(path)) {
     if (path == kStandardOutput) {

@@ -6,10 +6,17 @@
 
 namespace quorvex::tools {
 
+/// The path that stands for standard output.
+inline constexpr const char* kStandardOutput = "-";
+
+/// Whether an output is no plain file, so that bytes are sent there one after the other: standard
+/// output, a device or a pipe. A WrongUsage for a folder.
+bool IsWrittenDirectly(const std::string& path);
+
 /// Collects an output under a temporary name beside its place and takes that place in one step, so
 /// that no half-written file is ever found under the name asked for.
 ///
-/// "-" is standard output; devices and pipes are written directly. Every failure is an
+/// Standard output, devices and pipes are written directly. Every failure is an
 /// EnvironmentFailure, and a folder in the place of the file is a WrongUsage.
 class OutputFile {
 public:

@@ -1,9 +1,8 @@
 #include "tools/output_place.h"
 
+#include "tools/output_file.h"
 #include "tools/report.h"
 
-#include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <sys/stat.h>
 
@@ -12,9 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::array kDicomExtensions = {".dcm", ".dicom", ".dic", ".ima"};
-
-// What tells one file from another, whatever its paths; empty where there is none.
+// Identifies a file, whatever path leads to it; empty where there is no plain file.
 std::string IdentityOf(const std::string& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
@@ -33,7 +30,7 @@ OutputPlace::OutputPlace(std::string output, bool hasSeveralInputs,
     : output_(std::move(output)), isFolder_(IsFolderPath(output_)) {
     if (hasSeveralInputs && !isFolder_) {
         std::error_code failure;
-        if (output_ == "-" || fs::exists(output_, failure))
+        if (output_ == kStandardOutput || fs::exists(output_, failure))
             throw WrongUsage("several inputs need a folder for their outputs, not " + output_);
         isFolder_ = true;
     }
@@ -59,20 +56,14 @@ bool OutputPlace::IsAnInput(const std::string& path, const std::string& inputPat
     return !identity.empty() && (identity == IdentityOf(inputPath) || inputs_.contains(identity));
 }
 
-void MakeFolderOf(const std::string& path) {
-    const auto folder = fs::path(path).parent_path();
+void MakeFolder(const fs::path& folder) {
     std::error_code failure;
     if (!folder.empty()) fs::create_directories(folder, failure);
-    if (failure) throw EnvironmentFailure(folder.string() + ": " + failure.message());
+    if (failure) throw PathFailure(folder, failure);
 }
 
-std::string WithExtension(const std::string& name, const std::string& extension) {
-    fs::path path = name;
-    std::string present = path.extension().string();
-    std::ranges::transform(present, present.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    const bool isDicom = std::ranges::find(kDicomExtensions, present) != kDicomExtensions.end();
-    return isDicom ? path.replace_extension(extension).string() : name + extension;
+void MakeFolderOf(const std::string& path) {
+    MakeFolder(fs::path(path).parent_path());
 }
 
 }  // namespace quorvex::tools

@@ -1,8 +1,8 @@
 /// Where the outputs of several inputs go.
 #pragma once
 
-#include <array>
 #include <cstddef>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -36,11 +36,9 @@ private:
     std::unordered_set<std::size_t> taken_;   // hashes of the paths that were handed out
 };
 
-/// Makes the folder that a file is to lie in. An EnvironmentFailure where that fails.
+/// Makes a folder, with those that it lies in. An EnvironmentFailure where that fails.
+void MakeFolder(const std::filesystem::path& folder);
+/// The same for the folder that a file is to lie in.
 void MakeFolderOf(const std::string& path);
-
-/// `name` with another extension in place of a DICOM one, or behind what is not one: a UID as a
-/// file name has no extension.
-std::string WithExtension(const std::string& name, const std::string& extension);
 
 }  // namespace quorvex::tools

@@ -23,6 +23,10 @@ EnvironmentFailure SystemFailure(std::string_view what) {
     return EnvironmentFailure(std::string(what) + ": " + std::strerror(error), error);
 }
 
+EnvironmentFailure PathFailure(const std::filesystem::path& path, const std::error_code& failure) {
+    return EnvironmentFailure(path.string() + ": " + failure.message());
+}
+
 std::string Printable(std::string_view text) {
     const CString decoded(text);
     CString printable;

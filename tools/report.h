@@ -3,9 +3,11 @@
 
 #include "quorvex/ResultCodes.h"
 
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace quorvex::tools {
 
@@ -31,6 +33,8 @@ struct EnvironmentFailure : std::runtime_error {
 
 /// "`what`: <the system's sentence for errno>", to be thrown.
 EnvironmentFailure SystemFailure(std::string_view what);
+/// "`path`: <the sentence of that failure>", to be thrown.
+EnvironmentFailure PathFailure(const std::filesystem::path& path, const std::error_code& failure);
 
 /// One line on standard error: "quorvex: NAME: SENTENCE". Control characters of a name are shown,
 /// never sent.

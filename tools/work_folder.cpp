@@ -32,7 +32,7 @@ std::optional<pid_t> ProcessOf(const std::string& name, const std::string& prefi
     return isNumber ? std::optional(process) : std::nullopt;
 }
 
-// Ended, though its parent has not asked how: where nobody does, such a process stays for ever.
+// Ended, though its parent has not collected its status: until then such a process stays.
 bool IsZombie(pid_t process) {
     std::ifstream file("/proc/" + std::to_string(process) + "/stat");
     std::string status;
@@ -64,11 +64,11 @@ WorkFolder::WorkFolder(const std::string& beside) {
     RemoveWhatIsLeft(folder, prefix_);
     path_ = (folder / (prefix_ + std::to_string(getpid()))).string();
     fs::create_directory(path_, failure);
-    if (failure) throw EnvironmentFailure(folder.string() + ": " + failure.message());
+    if (failure) throw PathFailure(folder, failure);
 }
 
 WorkFolder::~WorkFolder() {
-    // One that was killed just now may still have been dying when we began.
+    // One that was killed a moment ago may still have been dying when we began.
     std::error_code failure;
     fs::remove_all(path_, failure);
     RemoveWhatIsLeft(fs::path(path_).parent_path(), prefix_);

@@ -7,9 +7,8 @@
 namespace quorvex::tools {
 
 /// Lies beside the outputs, so that a finished one takes its place by a rename, and goes with the
-/// object. Its name tells machine and process: what a killed process of this machine left behind is
-/// removed when the next one starts
-/// and when it ends.
+/// object. Its name holds machine and process: what a killed process of this machine left behind is
+/// removed when the next one starts and when it ends.
 class WorkFolder {
 public:
     explicit WorkFolder(const std::string& beside);
@@ -17,7 +16,7 @@ public:
     WorkFolder(const WorkFolder&) = delete;
     WorkFolder& operator=(const WorkFolder&) = delete;
 
-    /// A path in it that nobody has yet; for any thread.
+    /// A path in it that nobody has yet. Any thread may ask.
     [[nodiscard]] std::string NewPath();
 
 private:

@@ -1,11 +1,12 @@
-// quorvex capture: pictures as an object of a patient's study.
+#include "tools/capture/capture.h"
+
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/Tags.h"
 #include "tools/capture/png_reader.h"
 #include "tools/convert_target.h"
 #include "tools/object_output.h"
-#include "tools/verbs.h"
+#include "tools/stored_image.h"
 
 #include <algorithm>
 #include <memory>
@@ -29,6 +30,22 @@ constexpr std::uint32_t kNotOfPictures[] = {tag::kImagePositionPatient,
                                             tag::kWindowWidth,
                                             tag::kRescaleIntercept,
                                             tag::kRescaleSlope};
+
+struct TextAttribute {
+    std::uint32_t tag;
+    const char* text;
+};
+constexpr TextAttribute kOfCaptures[] = {
+    {tag::kImageType, "DERIVED"},  // and SECONDARY
+    {tag::kModality, "OT"},
+    {tag::kConversionType, "WSD"},
+    {tag::kSeriesNumber, "1"},
+    {tag::kInstanceNumber, "1"},
+    {tag::kPatientOrientation, ""},
+    {tag::kBurnedInAnnotation, "YES"},  // nobody has looked whether there is text in the picture
+    {tag::kWindowCenter, "128"},        // every byte as it is
+    {tag::kWindowWidth, "256"},
+};
 
 struct Pictures {
     std::vector<Picture> frames;
@@ -95,18 +112,9 @@ void NumberThePages(CDcmObject& object, std::size_t frames) {
 void SayThatItIsACapture(CDcmObject& object, std::size_t frames, int channels) {
     for (const auto tag : kNotOfPictures) object.RemoveValue(tag);
     object.SetValue(tag::kSOPClassUID, ClassOf(frames, channels));
-    object.SetValue(tag::kImageType, "DERIVED");
+    for (const auto& [tag, text] : kOfCaptures) object.SetValue(tag, text);
     object.SetNextValue(tag::kImageType, "SECONDARY");
-    object.SetValue(tag::kModality, "OT");
-    object.SetValue(tag::kConversionType, "WSD");
-    object.SetValue(tag::kSeriesNumber, "1");
-    object.SetValue(tag::kPatientOrientation, "");
-    object.SetValue(tag::kBurnedInAnnotation,
-                    "YES");  // nobody has looked whether there is text in the picture
-    object.SetValue(tag::kWindowCenter, "128");  // every byte as it is
-    object.SetValue(tag::kWindowWidth, "256");
     NumberThePages(object, frames);
-    object.SetValue(tag::kInstanceNumber, "1");
 }
 
 QUORVEX_MESSAGE Make(CDcmObject& source, const std::vector<Picture>& frames,
@@ -140,9 +148,7 @@ ExitStatus Capture(const CaptureArguments& arguments) {
     CxDcmParser parser;
     auto result = parser.Initialize(&app, arguments.source, 0);
     if (result != QVM_SUCCESS) return ReportBadInput(arguments.source, result);
-    CString study;
-    if (parser.GetHeader()->GetValue(tag::kStudyInstanceUID, study) != kDcmSuccess ||
-        study.IsEmpty()) {
+    if (TextOf(*parser.GetHeader(), tag::kStudyInstanceUID).empty()) {
         Complain(arguments.source, "there is no Study Instance UID to put pictures under");
         return kBadInput;
     }

@@ -52,8 +52,8 @@ unsigned char DisplayByte(std::size_t linear) {
         std::lround(255.0 * std::pow(static_cast<double>(linear) / 65535.0, 0.45455)));
 }
 
-/// libpng 1.6.39 mixes up the rows of an interlaced picture whose 16-bit samples it reduces to bytes,
-/// so that is done here.
+/// libpng 1.6.39 mixes up the rows of an interlaced picture whose 16-bit samples it reduces to
+/// bytes, so that is done here.
 std::string FinishDeepInterlaced(png_image& image, Picture& picture) {
     picture = EmptyPicture(image);
     image.format = picture.channels == 3 ? PNG_FORMAT_LINEAR_RGB : PNG_FORMAT_LINEAR_Y;
@@ -70,13 +70,13 @@ std::string FinishDeepInterlaced(png_image& image, Picture& picture) {
 }  // namespace
 
 std::string ReadPng(const std::string& path, Picture& picture) {
-    constexpr png_uint_32 kLongestSide = 65535;  // that Rows and Columns can tell
+    constexpr png_uint_32 kLongestSide = 65535;  // that Rows and Columns can hold
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     const std::unique_ptr<png_image, void (*)(png_imagep)> owner(&image, png_image_free);
     if (png_image_begin_read_from_file(&image, path.c_str()) == 0) return image.message;
     if (image.width > kLongestSide || image.height > kLongestSide)
-        return "a side is longer than 65535 pixels";
+        return "a side is longer than " + std::to_string(kLongestSide) + " pixels";
     if (!CanHold(path, image)) return "the file is too short for its picture";
     image.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;  // 16-bit samples are display values like 8-bit ones
     const bool isDeep = (image.format & PNG_FORMAT_FLAG_LINEAR) != 0;

@@ -1,10 +1,10 @@
-// quorvex convert: files, folders and lists into another transfer syntax.
+#include "tools/convert/convert.h"
+
 #include "tools/convert/convert_job.h"
 #include "tools/convert/convert_summary.h"
 #include "tools/object_output.h"
 #include "tools/output_place.h"
 #include "tools/progress.h"
-#include "tools/verbs.h"
 #include "tools/work_folder.h"
 
 #include <algorithm>
@@ -38,7 +38,7 @@ FileListSource SourceOf(const ConvertArguments& arguments) {
             .leftOutFolder = arguments.output};
 }
 
-ConvertWish WishOf(const ConvertArguments& arguments) {
+ConvertOptions OptionsOf(const ConvertArguments& arguments) {
     const ConvertTarget target = ConvertTargetOf(arguments.target);
     const int quality = arguments.quality.value_or(target.quality);
     const auto [least, most] = std::minmax(target.worst, target.best);
@@ -57,11 +57,12 @@ std::optional<std::size_t> TotalToShow(const ConvertArguments& arguments) {
     return FileList::Count(SourceOf(arguments));
 }
 
-/// All inputs through several threads. Each takes the next input, works alone, and tells.
+/// All inputs through several threads. Each takes the next input, converts it, and records the
+/// outcome.
 class ConvertRun {
 public:
     explicit ConvertRun(const ConvertArguments& arguments)
-        : wish_(WishOf(arguments)),
+        : options_(OptionsOf(arguments)),
           place_(arguments.output, HasSeveralInputs(arguments), arguments.files),
           workFolder_(place_.IsFolder() ? place_.Path() : WorkPlaceOf(place_.Path())),
           files_(SourceOf(arguments)),
@@ -93,8 +94,9 @@ private:
     void WorkUntilTheEnd() {
         try {
             while (auto task = TakeTask()) {
-                const bool isHopeless = ConvertFile(task->record, task->input, wish_, workFolder_);
-                Tell(task->record);
+                const bool isHopeless =
+                    ConvertFile(task->record, task->input, options_, workFolder_);
+                Record(task->record);
                 if (isHopeless) isStopAsked = 1;
             }
         } catch (...) {
@@ -104,7 +106,7 @@ private:
         }
     }
 
-    // Passes over inputs that are done or have no place for their output.
+    // Skips inputs that are done or have no place for their output.
     std::optional<Task> TakeTask() {
         const std::lock_guard lock(mutex_);
         while (isStopAsked == 0) {
@@ -119,16 +121,16 @@ private:
             Task task{.input = *input, .record = {}};
             task.record.input = input->path;
             task.record.output = *output;
-            task.record.target = wish_.target.syntax->convertName;
-            task.record.quality = wish_.quality;
-            if (!manifest_ || !manifest_->IsDone(task.record, wish_.isVerified)) return task;
+            task.record.target = options_.target.syntax->convertName;
+            task.record.quality = options_.quality;
+            if (!manifest_ || !manifest_->IsDone(task.record, options_.isVerified)) return task;
             summary_.AddDoneBefore();
             progress_.Step();
         }
         return std::nullopt;
     }
 
-    void Tell(const ConvertRecord& record) {
+    void Record(const ConvertRecord& record) {
         const std::lock_guard lock(mutex_);
         if (record.outcome == Outcome::kBad || record.outcome == Outcome::kFailed)
             Complain(record.input, record.message);
@@ -137,7 +139,7 @@ private:
         progress_.Step();
     }
 
-    ConvertWish wish_;
+    ConvertOptions options_;
     OutputPlace place_;
     WorkFolder workFolder_;
     std::mutex mutex_;  // of all below

@@ -4,10 +4,12 @@
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/Limits.h"
 #include "quorvex/Tags.h"
+#include "tools/convert/refusal.h"
 #include "tools/convert/source_checks.h"
 #include "tools/convert/verify.h"
 #include "tools/object_output.h"
 #include "tools/report.h"
+#include "tools/stored_image.h"
 #include "tools/work_folder.h"
 
 #include <array>
@@ -27,8 +29,8 @@ bool HasMarker(const std::string& path) {
     return file.read(head.data(), head.size()) && std::memcmp(&head[128], "DICM", 4) == 0;
 }
 
-// The object that a file holds, pixels included. What is no plain Part 10 file is the parser's to
-// find; its copy of the file goes with it.
+// The object that a file holds, pixels included. What is not a plain Part 10 file is left to the
+// parser, whose own copy of the file is gone when this returns.
 CDcmObject ReadWhole(const std::string& path) {
     CDcmApp app;
     CDcmObject object;
@@ -39,8 +41,8 @@ CDcmObject ReadWhole(const std::string& path) {
     return *parser.GetHeader();
 }
 
-// The library takes names as text, and a file's name may be any bytes: such a file is read through a
-// link.
+// The library takes names as text, and a file's name may be any bytes: a file whose name is no text
+// is read through a link.
 CDcmObject ReadByAnyName(const std::string& path, WorkFolder& workFolder) {
     if (CString(path).ToUtf8() == path) return ReadWhole(path);
     const WorkFile link(workFolder.NewPath());
@@ -69,19 +71,19 @@ void Describe(const CDcmObject& source, ConvertRecord& record) {
     record.frames = FramesOf(source);
 }
 
-void Convert(CDcmObject& object, const ConvertWish& wish) {
+void Convert(CDcmObject& object, const ConvertOptions& options) {
     CDcmApp app;
     CxDcmMaker maker;
     _USER_SETTING_INFO settings;
-    settings.compressionType = static_cast<std::int32_t>(wish.target.syntax->form);
-    maker.SetQuality(static_cast<std::uint16_t>(wish.quality));
+    settings.compressionType = static_cast<std::int32_t>(options.target.syntax->form);
+    maker.SetQuality(static_cast<std::uint16_t>(options.quality));
     Require(maker.MakeDcmObject(&app, &object, &settings));
     const auto outcome = maker.GetOutcome();
     if (outcome != QVM_FRAME_COPIED) Require(outcome);
-    const TransferSyntax& wanted = *wish.target.syntax;
+    const TransferSyntax& wanted = *options.target.syntax;
     if (!wanted.isEncapsulated && object.SetTransferSyntax(wanted.number) != kDcmSuccess)
         throw BadInput(QVM_ERROR_INVALID_TRANSFER_SYNTAX);
-    if (outcome != QVM_FRAME_COPIED) NameColoursOf(object, wish.target);
+    if (outcome != QVM_FRAME_COPIED) NameColoursOf(object, options.target);
 }
 
 void Verify(CDcmObject& source, const std::string& written, const ConvertTarget& target,
@@ -103,20 +105,20 @@ void Verify(CDcmObject& source, const std::string& written, const ConvertTarget&
 }
 
 void ConvertInto(const std::string& written, ConvertRecord& record, const InputFile& input,
-                 const ConvertWish& wish, WorkFolder& workFolder) {
+                 const ConvertOptions& options, WorkFolder& workFolder) {
     CDcmObject source = ReadSource(input, workFolder);
-    const auto describe = wish.hasManifest ? DigestOfFile : LengthOfFile;
+    const auto describe = options.hasManifest ? DigestOfFile : LengthOfFile;
     record.source = describe(input.path);
     Describe(source, record);
-    RefuseUnfitSource(source, wish.target);
+    RefuseUnfitSource(source, options.target);
     {
         CDcmObject output = source;
-        Convert(output, wish);
+        Convert(output, options);
         WriteObject(output, written, record.output);
         record.syntaxOut = TextOf(output, tag::kTransferSyntaxUID);
     }
     record.verification = Verification::kOff;
-    if (wish.isVerified) Verify(source, written, wish.target, record);
+    if (options.isVerified) Verify(source, written, options.target, record);
     record.result = describe(written);
 }
 
@@ -126,7 +128,7 @@ bool IsHopeless(int systemError) {
 
 }  // namespace
 
-bool ConvertFile(ConvertRecord& record, const InputFile& input, const ConvertWish& wish,
+bool ConvertFile(ConvertRecord& record, const InputFile& input, const ConvertOptions& options,
                  WorkFolder& workFolder) {
     const auto start = std::chrono::steady_clock::now();
     const auto fail = [&](const Refusal& refusal) {
@@ -139,7 +141,7 @@ bool ConvertFile(ConvertRecord& record, const InputFile& input, const ConvertWis
     ForgetLimit();
     try {
         const WorkFile written(workFolder.NewPath());
-        ConvertInto(written.path, record, input, wish, workFolder);
+        ConvertInto(written.path, record, input, options, workFolder);
         PutInPlace(written.path, record.output);
         record.outcome = Outcome::kDone;
     } catch (const Refusal& refusal) {

@@ -12,7 +12,7 @@ namespace quorvex::tools {
 class WorkFolder;
 
 /// What is wanted of every file.
-struct ConvertWish {
+struct ConvertOptions {
     ConvertTarget target;
     int quality = 0;
     bool isVerified = true;
@@ -22,13 +22,13 @@ struct ConvertWish {
 /// Converts one file.
 ///
 /// The output is written into the work folder, read back, compared with its source where that is
-/// wished, and only then takes its place; until then, and after every failure, a file in that place
+/// wanted, and only then takes its place; until then, and after every failure, a file in that place
 /// stays as it was. The source is never touched. One source and one output are held in memory.
 ///
 /// @param record  has input, output, target and quality; receives the rest
-/// @param input   tells whether a file that is no DICOM was meant to be one
+/// @param input   says whether a file that is not DICOM was meant to be
 /// @return true where no other file will fare better: the disk is full or cannot be written
-bool ConvertFile(ConvertRecord& record, const InputFile& input, const ConvertWish& wish,
+bool ConvertFile(ConvertRecord& record, const InputFile& input, const ConvertOptions& options,
                  WorkFolder& workFolder);
 
 }  // namespace quorvex::tools

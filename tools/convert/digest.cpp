@@ -1,5 +1,6 @@
 #include "tools/convert/digest.h"
 
+#include "tools/json.h"
 #include "tools/report.h"
 
 #include <array>
@@ -37,17 +38,6 @@ private:
     std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context_;
 };
 
-std::string AsHexadecimal(std::string_view bytes) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string text;
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 15];
-    }
-    return text;
-}
-
 }  // namespace
 
 FileDigest DigestOfFile(const std::string& path) {
@@ -62,7 +52,7 @@ FileDigest DigestOfFile(const std::string& path) {
         digest.bytes += size;
     }
     if (std::ferror(file.get()) != 0) throw SystemFailure(path);
-    digest.sha256 = AsHexadecimal(sha.Finish());
+    digest.sha256 = Hexadecimal(sha.Finish());
     return digest;
 }
 

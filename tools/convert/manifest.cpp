@@ -2,7 +2,7 @@
 
 #include "quorvex/Types.h"
 #include "tools/convert/flat_json.h"
-#include "tools/info/element_value.h"
+#include "tools/json.h"
 #include "tools/report.h"
 
 #include <algorithm>
@@ -22,16 +22,11 @@ namespace {
 constexpr const char* kOutcomes[] = {"done", "not DICOM", "bad", "failed"};
 constexpr const char* kVerifications[] = {"", "off", "equal", "lossy", "different"};
 
-std::string NameMember(const char* name, const std::string& path) {
-    std::string json = std::string("\"") + name + "\":" + JsonString(path);
+// The members that name a file, ahead of which a comma stands.
+std::string NameMembers(const std::string& name, const std::string& path) {
+    const auto json = JsonMember(name, JsonString(path));
     if (CString(path).ToUtf8() == path) return json;
-    json += std::string(",\"") + name + "Bytes\":\"";
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    for (const char c : path) {
-        json += kDigits[static_cast<unsigned char>(c) >> 4];
-        json += kDigits[static_cast<unsigned char>(c) & 15];
-    }
-    return json + '"';
+    return json + JsonMember(name + "Bytes", JsonString(Hexadecimal(path)));
 }
 
 std::string FromHexadecimal(const std::string& digits) {
@@ -44,27 +39,25 @@ std::string FromHexadecimal(const std::string& digits) {
     return bytes;
 }
 
-std::string Text(const char* name, const std::string& value) {
-    return value.empty() ? "" : std::string(",\"") + name + "\":" + JsonString(value);
+std::string Text(const std::string& name, const std::string& value) {
+    return value.empty() ? "" : JsonMember(name, JsonString(value));
 }
 
 template <class Number>
-std::string Count(const char* name, Number value) {
-    return std::string(",\"") + name + "\":" + std::to_string(value);
+std::string Count(const std::string& name, Number value) {
+    return JsonMember(name, std::to_string(value));
 }
 
-std::string DigestMembers(const char* prefix, const FileDigest& digest) {
+std::string DigestMembers(const std::string& prefix, const FileDigest& digest) {
     if (digest.sha256.empty()) return {};
-    const std::string name = prefix;
-    return Text((name + "Sha256").c_str(), digest.sha256) +
-           Count((name + "Bytes").c_str(), digest.bytes);
+    return Text(prefix + "Sha256", digest.sha256) + Count(prefix + "Bytes", digest.bytes);
 }
 
 std::string VerificationMembers(const ConvertRecord& record) {
     std::string json = Text("verify", kVerifications[static_cast<int>(record.verification)]);
     if (record.verification != Verification::kLossy) return json;
-    json += ",\"greatestError\":" + JsonNumber(record.greatestError);
-    return json + ",\"psnr\":" + JsonNumber(record.psnr);
+    return json + JsonMember("greatestError", JsonNumber(record.greatestError)) +
+           JsonMember("psnr", JsonNumber(record.psnr));
 }
 
 std::string NameOf(const std::map<std::string, std::string>& line, const std::string& name) {
@@ -105,8 +98,9 @@ private:
 }  // namespace
 
 std::string AsJsonLine(const ConvertRecord& record) {
-    std::string json = '{' + NameMember("input", record.input);
-    if (!record.output.empty()) json += ',' + NameMember("output", record.output);
+    std::string json = NameMembers("input", record.input);
+    json.front() = '{';
+    if (!record.output.empty()) json += NameMembers("output", record.output);
     json += Text("status", kOutcomes[static_cast<int>(record.outcome)]) +
             Text("to", record.target) + Count("quality", record.quality) +
             DigestMembers("source", record.source) + DigestMembers("result", record.result) +

@@ -47,7 +47,7 @@ std::string AsJsonLine(const ConvertRecord& record);
 ///
 /// A line is added whole or not at all, also where several processes share the file. What a killed
 /// process left of its last line is cut off when the file is opened; lines that cannot be read are
-/// passed over, so that files put together from several stay usable. Every failure of the disk is an
+/// skipped, so that files put together from several stay usable. Every failure of the disk is an
 /// EnvironmentFailure.
 class Manifest {
 public:
@@ -56,8 +56,8 @@ public:
     Manifest(const Manifest&) = delete;
     Manifest& operator=(const Manifest&) = delete;
 
-    /// Whether a line tells that this conversion is done, and input and output still have the sizes
-    /// that it tells.
+    /// Whether a line says that this conversion is done, and input and output still have the sizes
+    /// that it gives.
     /// @param wanted      input, output, target and quality count
     /// @param isVerified  whether lines of unverified conversions are not enough
     [[nodiscard]] bool IsDone(const ConvertRecord& wanted, bool isVerified) const;

@@ -1,19 +1,22 @@
 #include "tools/convert/source_checks.h"
 
+#include "quorvex/Attributes.h"
 #include "quorvex/Tags.h"
-#include "tools/convert/verify.h"
-#include "tools/report.h"
+#include "tools/convert/refusal.h"
+#include "tools/convert/stored_samples.h"
+#include "tools/stored_image.h"
 
 namespace quorvex::tools {
 namespace {
 
+unsigned short WordOf(const CDcmObject& object, std::uint32_t tag, unsigned short absent = 0) {
+    return Read<unsigned short>(object, tag).value_or(absent);
+}
+
 bool HasPixels(const CDcmObject& object) {
     int count = 0;
-    unsigned short rows = 0;
-    unsigned short columns = 0;
     return object.GetValueCount(tag::kPixelData, count) == kDcmSuccess &&
-           object.GetValue(tag::kRows, rows) == kDcmSuccess && rows > 0 &&
-           object.GetValue(tag::kColumns, columns) == kDcmSuccess && columns > 0;
+           WordOf(object, tag::kRows) > 0 && WordOf(object, tag::kColumns) > 0;
 }
 
 MC_STATUS NoteCut(const DcmElementView& element, void* user) {
@@ -22,27 +25,24 @@ MC_STATUS NoteCut(const DcmElementView& element, void* user) {
     return isCut ? kMcRefuse : kMcContinue;
 }
 
-unsigned long CountOf(const CDcmObject& object, std::uint32_t tag, unsigned long absent) {
-    unsigned short count = 0;
-    return object.GetValue(tag, count) == kDcmSuccess ? count : absent;
+bool IsNative(const CDcmObject& source) {
+    TRANSFER_SYNTAX number = kSyntaxNone;
+    source.GetTransferSyntax(number);
+    const auto* syntax = TransferSyntaxOf(number);
+    return syntax != nullptr && !syntax->isEncapsulated;
 }
 
-// Whether native Pixel Data holds less than its header says. At most 65535^3 x 65535 x 2^31 bits
-// are told there, which a double holds well enough to compare.
+// Whether native Pixel Data holds less than its header says. A header can claim at most
+// 65535^4 x 2^31 bits, which a double holds well enough to compare.
 bool LacksNativePixels(const CDcmObject& source) {
-    TRANSFER_SYNTAX syntax = kSyntaxNone;
     unsigned long length = 0;
-    source.GetTransferSyntax(syntax);
-    const auto* row = TransferSyntaxOf(syntax);
-    if (row == nullptr || row->isEncapsulated ||
-        source.GetValueLength(tag::kPixelData, 1, length) != kDcmSuccess)
+    if (!IsNative(source) || source.GetValueLength(tag::kPixelData, 1, length) != kDcmSuccess)
         return false;
     const bool isSubsampled =
         TextOf(source, tag::kPhotometricInterpretation).find("_42") != std::string::npos;
-    double bits =
-        isSubsampled ? 2.0 : static_cast<double>(CountOf(source, tag::kSamplesPerPixel, 1));
-    for (const std::uint32_t tag : {tag::kRows, tag::kColumns, tag::kBitsAllocated})
-        bits *= static_cast<double>(CountOf(source, tag, 0));
+    double bits = isSubsampled ? 2.0 : WordOf(source, tag::kSamplesPerPixel, 1);
+    for (const auto tag : {tag::kRows, tag::kColumns, tag::kBitsAllocated})
+        bits *= WordOf(source, tag);
     return static_cast<double>(length) * 8.0 < bits * FramesOf(source);
 }
 
@@ -61,49 +61,27 @@ void RefuseWhatTheCoderCannotHold(CDcmObject& source, const ConvertTarget& targe
     constexpr long kHighest12 = 4095;
     const QUORVEX_XFERSYNTAX form = target.syntax->form;
     if (form != kXferJpegBaseline && form != kXferJpegExtended) return;
-    unsigned short bits = 0;
-    source.GetValue(tag::kBitsAllocated, bits);
+    const unsigned short bits = WordOf(source, tag::kBitsAllocated);
     if (form == kXferJpegBaseline && bits > 8)
         throw BadInput(QVM_ERROR_INVALID_BITS_ALLOCATED,
                        "JPEG Baseline holds 8 bits, and the image has more");
     if (form == kXferJpegExtended && bits <= 8)
         throw BadInput(QVM_ERROR_INVALID_BITS_ALLOCATED,
                        "12-bit JPEG is for more than 8 bits, and the image has no more");
-    unsigned short isSigned = 0;
-    source.GetValue(tag::kPixelRepresentation, isSigned);
-    if (isSigned != 0)
+    if (WordOf(source, tag::kPixelRepresentation) != 0)
         throw BadInput(QVM_ERROR_INVALID_PIXEL_REPRESENTATION,
                        "lossy JPEG cannot hold signed values");
     const auto limits = LimitsOf(source);
     Require(limits.result);
     if (form == kXferJpegExtended && limits.highest > kHighest12)
-        throw BadInput(QVM_ERROR_INVALID_BITS_STORED,
-                       "values above 4095 cannot be coded with 12 bits");
+        throw BadInput(QVM_ERROR_INVALID_BITS_STORED, "values above " + std::to_string(kHighest12) +
+                                                          " cannot be coded with 12 bits");
 }
 
 }  // namespace
 
-Refusal BadInput(QUORVEX_MESSAGE code) {
-    return {Outcome::kBad, code, NamedSentenceOf(code)};
-}
-
-Refusal BadInput(QUORVEX_MESSAGE code, const std::string& sentence) {
-    return {Outcome::kBad, code, sentence};
-}
-
-void Require(QUORVEX_MESSAGE result) {
-    if (result != QVM_SUCCESS) throw BadInput(result);
-}
-
-std::string TextOf(const CDcmObject& object, std::uint32_t tag) {
-    CString text;
-    return object.GetValue(tag, text) == kDcmSuccess ? text.ToUtf8() : std::string();
-}
-
 int FramesOf(const CDcmObject& object) {
-    int frames = 1;
-    object.GetValue(tag::kNumberOfFrames, frames);
-    return frames;
+    return Read<int>(object, tag::kNumberOfFrames).value_or(1);
 }
 
 void RefuseUnfitSource(CDcmObject& source, const ConvertTarget& target) {

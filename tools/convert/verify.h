@@ -1,7 +1,8 @@
 /// Whether an output shows what its source shows.
 #pragma once
 
-#include "quorvex/CxDcmParser.h"
+#include "quorvex/DicomObject.h"
+#include "quorvex/ResultCodes.h"
 
 namespace quorvex::tools {
 
@@ -20,13 +21,5 @@ struct FrameComparison {
 /// Compares frame by frame, holding one of each. A source of palette colour is compared by its
 /// colours where the output has become RGB.
 FrameComparison CompareFrames(CDcmObject& source, CDcmObject& output);
-
-/// Lowest and highest stored value of all frames.
-struct ValueLimits {
-    QUORVEX_MESSAGE result = QVM_SUCCESS;
-    long lowest = 0;
-    long highest = 0;
-};
-ValueLimits LimitsOf(CDcmObject& object);
 
 }  // namespace quorvex::tools

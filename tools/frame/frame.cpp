@@ -1,22 +1,15 @@
-// quorvex frame: decoded frames as raw pixels.
-#include "quorvex/CxDcmParser.h"
-#include "tools/output_file.h"
-#include "tools/verbs.h"
+#include "tools/frame/frame.h"
 
-#include <memory>
-#include <span>
+#include "tools/output_file.h"
+#include "tools/stored_image.h"
 
 namespace quorvex::tools {
 namespace {
 
 QUORVEX_MESSAGE WriteFrame(CxDcmParser& parser, int index, OutputFile& output) {
-    unsigned char* data = nullptr;
-    unsigned long size = 0;
-    const auto result = parser.GetAFrame(index, data, size, 0);
-    if (result != QVM_SUCCESS) return result;
-    const std::unique_ptr<unsigned char[]> frame(data);
-    output.Write({frame.get(), size});
-    return QVM_SUCCESS;
+    const auto frame = FetchFrame(parser, index);
+    if (frame.result == QVM_SUCCESS) output.Write(frame.Bytes());
+    return frame.result;
 }
 
 QUORVEX_MESSAGE WriteAllFrames(CxDcmParser& parser, OutputFile& output) {

@@ -1,5 +1,6 @@
 #include "tools/info/element_owner.h"
 
+#include "quorvex/Attributes.h"
 #include "tools/info/element_value.h"
 
 #include <string_view>
@@ -12,10 +13,10 @@ std::string_view WithoutPadding(std::string_view text) {
     return text;
 }
 
-// Moves `item` from the item `held` (-1: none yet) of a sequence on to the item `wanted`.
-bool Advance(const CDcmObjectCommon& owner, std::uint32_t sequence, int held, int wanted,
+// Moves `item` from the item `present` (-1: none yet) of a sequence on to the item `wanted`.
+bool Advance(const CDcmObjectCommon& owner, std::uint32_t sequence, int present, int wanted,
              CDcmItem& item) {
-    for (int index = held + 1; index <= wanted; ++index) {
+    for (int index = present + 1; index <= wanted; ++index) {
         const auto result =
             index == 0 ? owner.GetValue(sequence, item) : owner.GetNextValue(sequence, item);
         if (result != kDcmSuccess) return false;
@@ -28,7 +29,7 @@ bool Advance(const CDcmObjectCommon& owner, std::uint32_t sequence, int held, in
 void ElementOwner::Follow(const DcmElementView& element) {
     const auto depth = static_cast<std::size_t>(element.depth);
     if (depth > path_.size())
-        path_.push_back({.sequence = lastTag_, .index = 0, .heldIndex = -1, .item = {}});
+        path_.push_back({.sequence = lastTag_, .index = 0, .itemIndex = -1, .item = {}});
     path_.resize(depth);
     if (depth > 0) path_.back().index = element.itemIndex;
     lastTag_ = element.tag;
@@ -38,29 +39,32 @@ std::string ElementOwner::Text(const DcmElementView& element) {
     const auto bytes = ValueBytes(element);
     if (IsPlainAscii(bytes)) return std::string(WithoutPadding(bytes));
     const auto* owner = Resolve();
-    CString value;
-    if (owner == nullptr || owner->GetValue(element.tag, value) != kDcmSuccess)
-        return std::string(WithoutPadding(bytes));
-    CString text = value;
-    while (owner->GetNextValue(element.tag, value) == kDcmSuccess) {
-        text += "\\";
-        text += value;
+    std::optional<CString> text;
+    if (owner != nullptr) {
+        ForEachValue<CString>(*owner, element.tag, [&](const CString& value) {
+            if (!text) {
+                text = value;
+                return;
+            }
+            *text += "\\";
+            *text += value;
+        });
     }
-    return text.ToUtf8();
+    return text ? text->ToUtf8() : std::string(WithoutPadding(bytes));
 }
 
 const CDcmObjectCommon* ElementOwner::Resolve() {
     const CDcmObjectCommon* owner = &root_;
     bool isNewBranch = false;
     for (auto& step : path_) {
-        const bool isHeld = !isNewBranch && step.item && step.heldIndex <= step.index;
-        isNewBranch = isNewBranch || !isHeld || step.heldIndex != step.index;
+        const bool isHeld = !isNewBranch && step.item && step.itemIndex <= step.index;
+        isNewBranch = isNewBranch || !isHeld || step.itemIndex != step.index;
         if (!isHeld) {
             step.item.emplace(1);
-            step.heldIndex = -1;
+            step.itemIndex = -1;
         }
-        if (!Advance(*owner, step.sequence, step.heldIndex, step.index, *step.item)) return nullptr;
-        step.heldIndex = step.index;
+        if (!Advance(*owner, step.sequence, step.itemIndex, step.index, *step.item)) return nullptr;
+        step.itemIndex = step.index;
         owner = &*step.item;
     }
     return owner;

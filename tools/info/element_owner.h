@@ -27,7 +27,7 @@ private:
     struct Step {
         std::uint32_t sequence = 0;
         int index = 0;
-        int heldIndex = -1;  // which item `item` holds
+        int itemIndex = -1;  // which item `item` is
         std::optional<CDcmItem> item;
     };
     const CDcmObjectCommon* Resolve();

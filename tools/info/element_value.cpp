@@ -1,10 +1,11 @@
 #include "tools/info/element_value.h"
 
+#include "tools/json.h"
+
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -115,18 +116,6 @@ std::string NumberText(std::string_view bytes, const Representation& representat
     }
 }
 
-std::string Hexadecimal(std::string_view bytes, std::string_view separator) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    std::string text;
-    for (const char byte : bytes) {
-        const auto value = static_cast<unsigned char>(byte);
-        if (!text.empty()) text += separator;
-        text += kDigits[value >> 4];
-        text += kDigits[value & 15];
-    }
-    return text;
-}
-
 std::string JsonOf(std::string number, Kind kind) {
     if (kind == Kind::kTag) return '"' + number + '"';
     const bool isNumber = number.find_first_not_of("0123456789+-.e") == std::string::npos;
@@ -177,7 +166,7 @@ std::string NumbersAsJson(const DcmElementView& element, bool bigEndian) {
     const auto bytes = ValueBytes(element);
     const auto& representation = RepresentationOf(element.vr);
     if (representation.kind == Kind::kBytes)
-        return bytes.size() > kMostBytesInJson ? "null" : '"' + Hexadecimal(bytes, "") + '"';
+        return bytes.size() > kMostBytesInJson ? "null" : '"' + Hexadecimal(bytes) + '"';
     if (bytes.size() / representation.width > kMostNumbersInJson) return "null";
     std::string text;
     ForEachNumber(bytes, representation.width, kMostNumbersInJson, [&](std::string_view number) {
@@ -185,27 +174,6 @@ std::string NumbersAsJson(const DcmElementView& element, bool bigEndian) {
         text += JsonOf(NumberText(number, representation, bigEndian), representation.kind);
     });
     return '[' + text + ']';
-}
-
-std::string JsonString(std::string_view text) {
-    std::string quoted = "\"";
-    for (const char c : CString(text).ToUtf8()) {
-        if (c == '"' || c == '\\') {
-            quoted += '\\';
-            quoted += c;
-        } else if (static_cast<unsigned char>(c) < 0x20) {
-            std::array<char, 8> escaped{};
-            std::snprintf(escaped.data(), escaped.size(), "\\u%04x", static_cast<unsigned>(c));
-            quoted += escaped.data();
-        } else {
-            quoted += c;
-        }
-    }
-    return quoted + '"';
-}
-
-std::string JsonNumber(double number) {
-    return std::isfinite(number) ? ShortestText(number) : "null";
 }
 
 }  // namespace quorvex::tools

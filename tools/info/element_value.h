@@ -29,10 +29,4 @@ std::string NumbersAsText(const DcmElementView& element, bool bigEndian);
 /// where the value is too long to be of use there.
 std::string NumbersAsJson(const DcmElementView& element, bool bigEndian);
 
-/// Any text as a JSON string, quotes included. Bytes that are not UTF-8 become U+FFFD.
-std::string JsonString(std::string_view text);
-
-/// The shortest text that reads back as this number; "null" for what JSON has no number for.
-std::string JsonNumber(double number);
-
 }  // namespace quorvex::tools

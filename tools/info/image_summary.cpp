@@ -1,7 +1,10 @@
 #include "tools/info/image_summary.h"
 
+#include "quorvex/Attributes.h"
 #include "quorvex/Tags.h"
+#include "tools/info/first_values.h"
 #include "tools/info/preamble.h"
+#include "tools/stored_image.h"
 
 #include <algorithm>
 #include <array>
@@ -9,73 +12,47 @@
 namespace quorvex::tools {
 namespace {
 
-constexpr int kMostWindows = 16;
+constexpr std::size_t kMostWindows = 16;
 
-std::string ReadText(const CDcmObject& header, std::uint32_t tag) {
-    CString text;
-    return header.GetValue(tag, text) == kDcmSuccess ? text.ToUtf8() : std::string();
+std::optional<int> ReadWord(const CDcmObject& header, std::uint32_t tag) {
+    return Read<unsigned short>(header, tag);
 }
 
-std::optional<int> ReadCount(const CDcmObject& header, std::uint32_t tag) {
-    unsigned short value = 0;
-    if (header.GetValue(tag, value) != kDcmSuccess) return std::nullopt;
-    return value;
-}
-
-std::optional<double> ReadNumber(const CDcmObject& header, std::uint32_t tag) {
-    double value = 0.0;
-    if (header.GetValue(tag, value) != kDcmSuccess) return std::nullopt;
-    return value;
-}
-
-// Without meta information the number tells what the data set turned out to be.
+// Without meta information the number is that of the syntax which the data set turned out to have.
 std::string ReadSyntaxName(const CDcmObject& header, TRANSFER_SYNTAX syntax) {
-    const auto uid = ReadText(header, tag::kTransferSyntaxUID);
+    const auto uid = TextOf(header, tag::kTransferSyntaxUID);
     const auto* row = uid.empty() ? TransferSyntaxOf(syntax) : TransferSyntaxOfUid(uid);
     return row == nullptr ? uid : std::string(row->name);
 }
 
-std::vector<ImageSummary::Pair> ReadWindows(const CDcmObject& header) {
-    std::vector<ImageSummary::Pair> windows;
-    double centre = 0.0;
-    double width = 0.0;
-    bool isThere = header.GetValue(tag::kWindowCenter, centre) == kDcmSuccess &&
-                   header.GetValue(tag::kWindowWidth, width) == kDcmSuccess;
-    for (int i = 0; isThere && i < kMostWindows; ++i) {
-        windows.push_back({centre, width});
-        isThere = header.GetNextValue(tag::kWindowCenter, centre) == kDcmSuccess &&
-                  header.GetNextValue(tag::kWindowWidth, width) == kDcmSuccess;
-    }
+std::vector<ValuePair<double>> ReadWindows(const CDcmObject& header) {
+    const auto centres = FirstValues<double>(header, tag::kWindowCenter, kMostWindows);
+    const auto widths = FirstValues<double>(header, tag::kWindowWidth, kMostWindows);
+    std::vector<ValuePair<double>> windows;
+    for (std::size_t i = 0; i < std::min(centres.size(), widths.size()); ++i)
+        windows.push_back({centres[i], widths[i]});
     return windows;
 }
 
-std::optional<ImageSummary::Pair> ReadRescale(const CDcmObject& header) {
-    const auto slope = ReadNumber(header, tag::kRescaleSlope);
-    const auto intercept = ReadNumber(header, tag::kRescaleIntercept);
+std::optional<ValuePair<double>> ReadRescale(const CDcmObject& header) {
+    const auto slope = Read<double>(header, tag::kRescaleSlope);
+    const auto intercept = Read<double>(header, tag::kRescaleIntercept);
     if (!slope || !intercept) return std::nullopt;
-    return ImageSummary::Pair{*slope, *intercept};
+    return ValuePair<double>{*slope, *intercept};
 }
 
 // 0 entries stand for 65536.
 std::optional<ImageSummary::Table> ReadTable(const CDcmObjectCommon& source, std::uint32_t tag) {
-    int entries = 0;
-    int first = 0;
-    int bits = 0;
-    const bool isThere = source.GetValue(tag, entries) == kDcmSuccess &&
-                         source.GetNextValue(tag, first) == kDcmSuccess &&
-                         source.GetNextValue(tag, bits) == kDcmSuccess;
-    if (!isThere) return std::nullopt;
-    return ImageSummary::Table{entries == 0 ? 1 << 16 : entries, first, bits};
+    const auto descriptor = FirstValues<int>(source, tag, 3);
+    if (descriptor.size() < 3) return std::nullopt;
+    const int entries = descriptor[0] == 0 ? 1 << 16 : descriptor[0];
+    return ImageSummary::Table{entries, descriptor[1], descriptor[2]};
 }
 
 std::vector<ImageSummary::Table> ReadVoiTables(const CDcmObject& header) {
     std::vector<ImageSummary::Table> tables;
-    CDcmItem item;
-    bool isThere = header.GetValue(tag::kVOILUTSequence, item) == kDcmSuccess;
-    for (int i = 0; isThere && i < kMostWindows; ++i) {
+    for (const auto& item : FirstValues<CDcmItem>(header, tag::kVOILUTSequence, kMostWindows))
         if (const auto table = ReadTable(item, tag::kLUTDescriptor)) tables.push_back(*table);
-        isThere = header.GetNextValue(tag::kVOILUTSequence, item) == kDcmSuccess;
-    }
     return tables;
 }
 
@@ -94,15 +71,15 @@ void ReadPalette(const CDcmObject& header, ImageSummary& summary) {
 
 std::optional<ImageSummary::Overlay> ReadOverlay(const CDcmObject& header, unsigned group) {
     const auto of = [&](std::uint32_t tag) { return tag::InGroup(group, tag); };
-    const auto rows = ReadCount(header, of(tag::kOverlayRows));
-    const auto columns = ReadCount(header, of(tag::kOverlayColumns));
-    const auto bits = ReadCount(header, of(tag::kOverlayBitsAllocated));
+    const auto rows = ReadWord(header, of(tag::kOverlayRows));
+    const auto columns = ReadWord(header, of(tag::kOverlayColumns));
+    const auto bits = ReadWord(header, of(tag::kOverlayBitsAllocated));
     if (!rows || !columns || !bits) return std::nullopt;
     int originRow = 1;
     int originColumn = 1;
     header.GetValue(of(tag::kOverlayOrigin), originRow);
     header.GetNextValue(of(tag::kOverlayOrigin), originColumn);
-    const int bit = ReadCount(header, of(tag::kOverlayBitPosition)).value_or(0);
+    const int bit = ReadWord(header, of(tag::kOverlayBitPosition)).value_or(0);
     const bool hasOwnData = *bits == 1 && bit == 0;
     return ImageSummary::Overlay{group,
                                  *columns,
@@ -110,7 +87,7 @@ std::optional<ImageSummary::Overlay> ReadOverlay(const CDcmObject& header, unsig
                                  originColumn,
                                  originRow,
                                  hasOwnData ? std::nullopt : std::optional(bit),
-                                 ReadText(header, of(tag::kOverlayDescription))};
+                                 TextOf(header, of(tag::kOverlayDescription))};
 }
 
 std::vector<ImageSummary::Overlay> ReadOverlays(const CDcmObject& header) {
@@ -136,14 +113,14 @@ ImageSummary Summarise(CxDcmParser& parser, const std::string& path) {
     summary.syntax = ReadSyntaxName(header, syntax);
     const auto* row = TransferSyntaxOf(syntax);
     summary.bigEndian = row != nullptr && row->isBigEndian;
-    summary.columns = ReadCount(header, tag::kColumns);
-    summary.rows = ReadCount(header, tag::kRows);
-    summary.samples = ReadCount(header, tag::kSamplesPerPixel);
-    summary.bitsAllocated = ReadCount(header, tag::kBitsAllocated);
-    summary.bitsStored = ReadCount(header, tag::kBitsStored);
-    summary.isSigned = ReadCount(header, tag::kPixelRepresentation).value_or(0) != 0;
+    summary.columns = ReadWord(header, tag::kColumns);
+    summary.rows = ReadWord(header, tag::kRows);
+    summary.samples = ReadWord(header, tag::kSamplesPerPixel);
+    summary.bitsAllocated = ReadWord(header, tag::kBitsAllocated);
+    summary.bitsStored = ReadWord(header, tag::kBitsStored);
+    summary.isSigned = ReadWord(header, tag::kPixelRepresentation).value_or(0) != 0;
     summary.frames = summary.columns && summary.rows ? parser.GetFrameCount() : 0;
-    summary.photometric = ReadText(header, tag::kPhotometricInterpretation);
+    summary.photometric = TextOf(header, tag::kPhotometricInterpretation);
     summary.windows = ReadWindows(header);
     summary.rescale = ReadRescale(header);
     summary.voiTables = ReadVoiTables(header);

@@ -1,6 +1,7 @@
 /// What an object says about its image, in one place.
 #pragma once
 
+#include "quorvex/Attributes.h"
 #include "quorvex/CxDcmParser.h"
 #include "tools/info/named_facts.h"
 
@@ -10,20 +11,16 @@
 
 namespace quorvex::tools {
 
-/// Every field is absent where the object does not say.
+/// Every field is empty where the object does not say.
 struct ImageSummary {
-    struct Pair {
-        double first;
-        double second;
-    };
     std::string syntax;  ///< name of the transfer syntax, or its UID where it has no name here
     bool bigEndian = false;
     int frames = 0;  ///< 0 without an image
     std::optional<int> columns, rows, samples, bitsAllocated, bitsStored;
     bool isSigned = false;
     std::string photometric;
-    std::vector<Pair> windows;    ///< centre, width
-    std::optional<Pair> rescale;  ///< slope, intercept
+    std::vector<ValuePair<double>> windows;    ///< centre, width
+    std::optional<ValuePair<double>> rescale;  ///< slope, intercept
     /// A look-up table: entries, first mapped value, bits an entry.
     struct Table {
         int entries;

@@ -1,9 +1,9 @@
-// quorvex info: everything that files say about themselves.
+#include "tools/info/info.h"
+
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/Limits.h"
 #include "tools/info/info_report.h"
 #include "tools/progress.h"
-#include "tools/verbs.h"
 
 namespace quorvex::tools {
 namespace {

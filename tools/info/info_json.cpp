@@ -2,6 +2,7 @@
 #include "tools/info/element_owner.h"
 #include "tools/info/element_value.h"
 #include "tools/info/info_report.h"
+#include "tools/json.h"
 #include "tools/report.h"
 
 #include <array>
@@ -93,52 +94,39 @@ private:
     std::string json_;
 };
 
-std::string Field(const char* name, const std::string& json) {
-    return std::string(",\"") + name + "\":" + json;
+std::string Number(std::string_view name, const std::optional<int>& number) {
+    return number ? JsonMember(name, std::to_string(*number)) : "";
 }
 
-std::string Field(const char* name, const std::optional<int>& number) {
-    return number ? Field(name, std::to_string(*number)) : "";
+std::string Text(std::string_view name, std::string_view text) {
+    return text.empty() ? "" : JsonMember(name, JsonString(text));
 }
 
-std::string PairOf(const ImageSummary::Pair& pair, const char* first, const char* second) {
+std::string PairOf(const ValuePair<double>& pair, const char* first, const char* second) {
     return std::string("{\"") + first + "\":" + JsonNumber(pair.first) +
-           Field(second, JsonNumber(pair.second)) + '}';
-}
-
-std::string WindowsOf(const ImageSummary& summary) {
-    std::string json;
-    for (const auto& window : summary.windows)
-        json += (json.empty() ? "" : ",") + PairOf(window, "center", "width");
-    return '[' + json + ']';
+           JsonMember(second, JsonNumber(pair.second)) + '}';
 }
 
 std::string TablesOf(const std::vector<ImageSummary::Table>& tables) {
-    std::string json;
-    for (const auto& table : tables)
-        json += (json.empty() ? "" : ",") + ("{\"entries\":" + std::to_string(table.entries)) +
-                Field("first", table.first) + Field("bits", table.bits) + '}';
-    return '[' + json + ']';
+    return JsonArray(tables, [](const ImageSummary::Table& table) {
+        return "{\"entries\":" + std::to_string(table.entries) + Number("first", table.first) +
+               Number("bits", table.bits) + '}';
+    });
 }
 
-std::string OverlaysOf(const ImageSummary& summary) {
-    std::string json;
-    for (const auto& overlay : summary.overlays) {
-        std::array<char, 8> group{};
-        std::snprintf(group.data(), group.size(), "%04x", overlay.group);
-        json += (json.empty() ? "" : ",") + ("{\"group\":" + JsonString(group.data())) +
-                Field("columns", overlay.columns) + Field("rows", overlay.rows) +
-                Field("originColumn", overlay.originColumn) +
-                Field("originRow", overlay.originRow) + Field("pixelBit", overlay.bit) +
-                Field("description", JsonString(overlay.description)) + '}';
-    }
-    return '[' + json + ']';
+std::string OverlayOf(const ImageSummary::Overlay& overlay) {
+    std::array<char, 8> group{};
+    std::snprintf(group.data(), group.size(), "%04x", overlay.group);
+    return "{\"group\":" + JsonString(group.data()) + Number("columns", overlay.columns) +
+           Number("rows", overlay.rows) + Number("originColumn", overlay.originColumn) +
+           Number("originRow", overlay.originRow) + Number("pixelBit", overlay.bit) +
+           JsonMember("description", JsonString(overlay.description)) + '}';
 }
 
 std::string PresentationOf(const PresentationFacts& presentation) {
     std::string json;
     const auto add = [&](const char* name, const std::vector<NamedFacts>& several) {
-        if (!several.empty()) json += Field(name, FactsAsJson(several));
+        if (!several.empty()) json += JsonMember(name, FactsAsJson(several));
     };
     add("shutters", presentation.shutters);
     add("annotations", presentation.annotations);
@@ -146,26 +134,36 @@ std::string PresentationOf(const PresentationFacts& presentation) {
     return json;
 }
 
+// How stored values become grey or colour.
+std::string ValuesOf(const ImageSummary& summary) {
+    std::string json;
+    if (!summary.windows.empty())
+        json += JsonMember("windows", JsonArray(summary.windows, [](const auto& window) {
+                               return PairOf(window, "center", "width");
+                           }));
+    if (summary.rescale)
+        json += JsonMember("rescale", PairOf(*summary.rescale, "slope", "intercept"));
+    if (!summary.voiTables.empty()) json += JsonMember("voiLuts", TablesOf(summary.voiTables));
+    if (!summary.palette.empty())
+        json += JsonMember("palette", TablesOf(summary.palette)) +
+                JsonMember("paletteSegmented", summary.isPaletteSegmented ? "true" : "false");
+    return json;
+}
+
 std::string SummaryOf(const ImageSummary& summary) {
     std::string json = "{\"transferSyntax\":" + JsonString(summary.syntax);
-    if (!summary.preamble.empty()) json += Field("preamble", JsonString(summary.preamble));
-    json += Field("columns", summary.columns) + Field("rows", summary.rows) +
-            Field("frames", std::to_string(summary.frames)) +
-            Field("samplesPerPixel", summary.samples) +
-            Field("bitsAllocated", summary.bitsAllocated) +
-            Field("bitsStored", summary.bitsStored) +
-            Field("signed", std::string(summary.isSigned ? "true" : "false"));
-    if (!summary.photometric.empty()) json += Field("photometric", JsonString(summary.photometric));
-    if (!summary.windows.empty()) json += Field("windows", WindowsOf(summary));
-    if (summary.rescale) json += Field("rescale", PairOf(*summary.rescale, "slope", "intercept"));
-    if (!summary.voiTables.empty()) json += Field("voiLuts", TablesOf(summary.voiTables));
-    if (!summary.palette.empty())
-        json +=
-            Field("palette", TablesOf(summary.palette)) +
-            Field("paletteSegmented", std::string(summary.isPaletteSegmented ? "true" : "false"));
-    if (!summary.overlays.empty()) json += Field("overlays", OverlaysOf(summary));
+    json += Text("preamble", summary.preamble) + Number("columns", summary.columns) +
+            Number("rows", summary.rows) + Number("frames", summary.frames) +
+            Number("samplesPerPixel", summary.samples) +
+            Number("bitsAllocated", summary.bitsAllocated) +
+            Number("bitsStored", summary.bitsStored) +
+            JsonMember("signed", summary.isSigned ? "true" : "false") +
+            Text("photometric", summary.photometric) + ValuesOf(summary);
+    if (!summary.overlays.empty())
+        json += JsonMember("overlays", JsonArray(summary.overlays, OverlayOf));
     json += PresentationOf(summary.presentation);
-    if (summary.sliceLocation) json += Field("sliceLocation", JsonNumber(*summary.sliceLocation));
+    if (summary.sliceLocation)
+        json += JsonMember("sliceLocation", JsonNumber(*summary.sliceLocation));
     return json + '}';
 }
 
@@ -175,14 +173,14 @@ std::string InfoAsJson(const std::string& path, const ImageSummary& summary,
                        const CDcmObject& header) {
     ElementArray elements(header, summary.bigEndian);
     header.WalkElements(&elements, ElementArray::Visit);
-    return "{\"file\":" + JsonString(path) + Field("summary", SummaryOf(summary)) +
-           Field("elements", elements.Finish()) + "}\n";
+    return "{\"file\":" + JsonString(path) + JsonMember("summary", SummaryOf(summary)) +
+           JsonMember("elements", elements.Finish()) + "}\n";
 }
 
 std::string ErrorAsJson(const std::string& path, QUORVEX_MESSAGE result) {
     return "{\"file\":" + JsonString(path) + ",\"error\":{\"code\":" + std::to_string(result) +
-           Field("name", JsonString(ResultName(result))) +
-           Field("sentence", JsonString(SentenceOf(result))) + "}}\n";
+           JsonMember("name", JsonString(ResultName(result))) +
+           JsonMember("sentence", JsonString(SentenceOf(result))) + "}}\n";
 }
 
 }  // namespace quorvex::tools

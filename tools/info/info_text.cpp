@@ -2,6 +2,7 @@
 #include "tools/info/element_owner.h"
 #include "tools/info/element_value.h"
 #include "tools/info/info_report.h"
+#include "tools/json.h"
 #include "tools/report.h"
 
 #include <algorithm>

@@ -1,7 +1,9 @@
 #include "tools/info/named_facts.h"
 
+#include "quorvex/Attributes.h"
 #include "quorvex/Tags.h"
-#include "tools/info/element_value.h"
+#include "tools/info/first_values.h"
+#include "tools/json.h"
 #include "tools/report.h"
 
 #include <span>
@@ -51,21 +53,14 @@ constexpr Attribute kMask[] = {
     {"shift", tag::kMaskSubPixelShift},       {"tidOffset", tag::kTIDOffset},
 };
 
-std::string AsTold(const CString& value) {
-    return value.ToUtf8();
-}
-std::string AsTold(double value) {
-    return JsonNumber(value);
-}
-
-template <class Value>
-std::vector<std::string> ValuesOf(const CDcmObjectCommon& object, std::uint32_t tag) {
+std::vector<std::string> ValuesOf(const CDcmObjectCommon& object, const Attribute& attribute) {
     std::vector<std::string> values;
-    Value value{};
-    auto result = object.GetValue(tag, value);
-    while (result == kDcmSuccess && values.size() < kMostValues) {
-        values.push_back(AsTold(value));
-        result = object.GetNextValue(tag, value);
+    if (attribute.isText) {
+        for (const auto& text : FirstValues<CString>(object, attribute.tag, kMostValues))
+            values.push_back(text.ToUtf8());
+    } else {
+        for (const double number : FirstValues<double>(object, attribute.tag, kMostValues))
+            values.push_back(JsonNumber(number));
     }
     return values;
 }
@@ -73,18 +68,10 @@ std::vector<std::string> ValuesOf(const CDcmObjectCommon& object, std::uint32_t 
 NamedFacts ReadFacts(const CDcmObjectCommon& object, std::span<const Attribute> attributes) {
     NamedFacts facts;
     for (const auto& attribute : attributes) {
-        auto values = attribute.isText ? ValuesOf<CString>(object, attribute.tag)
-                                       : ValuesOf<double>(object, attribute.tag);
+        auto values = ValuesOf(object, attribute);
         if (!values.empty()) facts.push_back({attribute.name, attribute.isText, std::move(values)});
     }
     return facts;
-}
-
-template <class Take>
-void ForEachItem(const CDcmObjectCommon& object, std::uint32_t sequence, Take take) {
-    CDcmItem item;
-    auto result = object.GetValue(sequence, item);
-    for (; result == kDcmSuccess; result = object.GetNextValue(sequence, item)) take(item);
 }
 
 void AddItems(const CDcmObjectCommon& object, std::uint32_t sequence,
@@ -102,12 +89,10 @@ std::string Joined(const std::vector<std::string>& parts, std::string_view betwe
 }
 
 std::string ValueAsJson(const NamedFact& fact) {
-    std::vector<std::string> values;
-    for (const auto& value : fact.values) {
-        values.push_back(fact.isText ? JsonString(value) : value);
-    }
-    if (values.size() == 1) return values.front();
-    return '[' + Joined(values, ",") + ']';
+    const auto asJson = [&](const std::string& value) {
+        return fact.isText ? JsonString(value) : value;
+    };
+    return fact.values.size() == 1 ? asJson(fact.values.front()) : JsonArray(fact.values, asJson);
 }
 
 }  // namespace
@@ -144,9 +129,7 @@ std::string FactsAsJson(const NamedFacts& facts) {
 }
 
 std::string FactsAsJson(const std::vector<NamedFacts>& several) {
-    std::vector<std::string> objects;
-    for (const auto& facts : several) objects.push_back(FactsAsJson(facts));
-    return '[' + Joined(objects, ",") + ']';
+    return JsonArray(several, [](const NamedFacts& facts) { return FactsAsJson(facts); });
 }
 
 }  // namespace quorvex::tools

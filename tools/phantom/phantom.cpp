@@ -1,13 +1,14 @@
-// quorvex phantom: sample objects for trying things out.
+#include "tools/phantom/phantom.h"
+
+#include "tools/output_place.h"
 #include "tools/phantom/phantom_objects.h"
-#include "tools/verbs.h"
 
 #include <filesystem>
 
 namespace quorvex::tools {
 namespace {
 
-/// How large the samples are, and what tells their UIDs apart.
+/// How large the samples are, and the numbers that their UIDs end with.
 struct Sizes {
     CSize radiograph;
     int radiographNumber;
@@ -17,12 +18,6 @@ struct Sizes {
 };
 constexpr Sizes kSmall = {{480, 586}, 3, {256, 192}, 4, 4};
 constexpr Sizes kFull = {{2048, 2500}, 5, {640, 480}, 12, 6};
-
-void MakeFolder(const std::filesystem::path& folder) {
-    std::error_code failure;
-    std::filesystem::create_directories(folder, failure);
-    if (failure) throw EnvironmentFailure(folder.string() + ": " + failure.message());
-}
 
 void Write(const CDcmObject& object, const std::filesystem::path& path) {
     if (object.WriteFile(path.string()) != kDcmSuccess)

@@ -131,12 +131,10 @@ Colour ColourAt(Place place, double phase) {
 
 std::vector<unsigned char> DrawLoopFrame(CSize size, double phase) {
     std::vector<unsigned char> samples;
-    for (int y = 0; y < size.cy; ++y) {
-        for (int x = 0; x < size.cx; ++x) {
-            for (const double part : ColourAt(PlaceOf(x, y, size.cx, size.cy), phase))
-                samples.push_back(static_cast<unsigned char>(std::clamp(part, 0.0, 255.0)));
-        }
-    }
+    ForEachPixel(size, [&](int, int, Place place) {
+        for (const double part : ColourAt(place, phase))
+            samples.push_back(static_cast<unsigned char>(std::clamp(part, 0.0, 255.0)));
+    });
     return samples;
 }
 

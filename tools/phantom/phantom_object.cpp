@@ -97,8 +97,14 @@ void SetWholeNumbers(CDcmObjectCommon& target, std::uint32_t tag, std::span<cons
     SetEach(target, tag, numbers);
 }
 
-void AddItem(CDcmObjectCommon& target, std::uint32_t tag, CDcmItem& item) {
+void AddItem(CDcmObjectCommon& target, std::uint32_t tag, CDcmItem item) {
     Require(target.SetNextValue(tag, &item), tag);
+}
+
+CDcmItem ItemOf(std::span<const Attribute> attributes) {
+    CDcmItem item(1);
+    SetAttributes(item, attributes);
+    return item;
 }
 
 void SetIdentity(CDcmObject& object, const Identity& identity) {

@@ -10,7 +10,7 @@
 
 namespace quorvex::tools {
 
-/// One attribute of a table: text (values parted by backslashes), or one 16-bit number.
+/// One attribute of a table: text (values separated by backslashes), or one 16-bit number.
 struct Attribute {
     std::uint32_t tag;
     std::variant<const char*, unsigned short> value;
@@ -33,7 +33,9 @@ void SetAttributes(CDcmObjectCommon& target, std::span<const Attribute> attribut
 void SetText(CDcmObjectCommon& target, std::uint32_t tag, const std::string& text);
 void SetNumbers(CDcmObjectCommon& target, std::uint32_t tag, std::span<const double> numbers);
 void SetWholeNumbers(CDcmObjectCommon& target, std::uint32_t tag, std::span<const int> numbers);
-void AddItem(CDcmObjectCommon& target, std::uint32_t tag, CDcmItem& item);
+void AddItem(CDcmObjectCommon& target, std::uint32_t tag, CDcmItem item);
+/// An item of these attributes.
+CDcmItem ItemOf(std::span<const Attribute> attributes);
 
 /// Patient, study, series and equipment, the same for every sample.
 void SetIdentity(CDcmObject& object, const Identity& identity);

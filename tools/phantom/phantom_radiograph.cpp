@@ -52,13 +52,13 @@ constexpr Part kParts[] = {
 void AddVessels(std::vector<Part>& parts, double side, std::uint32_t seed) {
     const Place root = {side * 0.13, 0.02};
     for (int i = 0; i < kVesselsPerLung; ++i) {
-        const double angle = (Draw(3 * i, seed) - 0.5) * 2.6;
-        const double distance = 0.06 + 0.40 * Draw(3 * i + 1, seed);
+        const double angle = (EvenNoise(3 * i, seed) - 0.5) * 2.6;
+        const double distance = 0.06 + 0.40 * EvenNoise(3 * i + 1, seed);
         const double width = Mix(0.016, 0.003, distance / 0.46);
         const Place centre = {root.x + side * 0.62 * distance * std::cos(angle),
                               root.y + distance * std::sin(angle)};
         const double turn = side * angle / std::numbers::pi * 180;
-        parts.push_back({{centre, 0.07, width, turn}, 0.10 + 0.10 * Draw(3 * i + 2, seed)});
+        parts.push_back({{centre, 0.07, width, turn}, 0.10 + 0.10 * EvenNoise(3 * i + 2, seed)});
     }
 }
 
@@ -111,13 +111,11 @@ double AbsorptionAt(std::span<const DrawnPart> parts, Place place) {
 std::vector<std::uint16_t> DrawRadiograph(CSize size) {
     const auto parts = Chest();
     std::vector<std::uint16_t> samples;
-    for (int y = 0; y < size.cy; ++y) {
-        for (int x = 0; x < size.cx; ++x) {
-            const double absorption = AbsorptionAt(parts, PlaceOf(x, y, size.cx, size.cy));
-            const double noise = kNoise * (1 + absorption) * Noise(x, y, kSeed);
-            samples.push_back(TwelveBits(kOpenField - kPerAbsorption * absorption + noise));
-        }
-    }
+    ForEachPixel(size, [&](int x, int y, Place place) {
+        const double absorption = AbsorptionAt(parts, place);
+        const double noise = kNoise * (1 + absorption) * Noise(x, y, kSeed);
+        samples.push_back(TwelveBits(kOpenField - kPerAbsorption * absorption + noise));
+    });
     return samples;
 }
 

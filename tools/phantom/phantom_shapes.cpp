@@ -80,7 +80,7 @@ double SmoothNoise(double x, double y, std::uint32_t seed) noexcept {
     return Mix(along(row), along(row + 1), y - top);
 }
 
-double Draw(int n, std::uint32_t seed) noexcept {
+double EvenNoise(int n, std::uint32_t seed) noexcept {
     return static_cast<double>(Hash(n, 0, seed)) / 4294967295.0;
 }
 
@@ -88,9 +88,9 @@ std::uint16_t TwelveBits(double value) noexcept {
     return static_cast<std::uint16_t>(std::clamp(std::lround(value), 0L, 4095L));
 }
 
-Place PlaceOf(int x, int y, int columns, int rows) noexcept {
-    const double half = std::max(columns, rows) / 2.0;
-    return {(x + 0.5 - columns / 2.0) / half, (y + 0.5 - rows / 2.0) / half};
+Place PlaceOf(int x, int y, CSize size) noexcept {
+    const double half = std::max(size.cx, size.cy) / 2.0;
+    return {(x + 0.5 - size.cx / 2.0) / half, (y + 0.5 - size.cy / 2.0) / half};
 }
 
 }  // namespace quorvex::tools

@@ -3,6 +3,8 @@
 /// Places are in the unit square from -1 to 1, x to the right and y down.
 #pragma once
 
+#include "quorvex/Types.h"
+
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -51,13 +53,20 @@ double Noise(int x, int y, std::uint32_t seed) noexcept;
 /// The same between the pixels of its grid.
 double SmoothNoise(double x, double y, std::uint32_t seed) noexcept;
 
-/// Evenly distributed from 0 to 1 for the n-th draw of one seed.
-double Draw(int n, std::uint32_t seed) noexcept;
+/// Evenly distributed from 0 to 1 for the n-th number of one seed.
+double EvenNoise(int n, std::uint32_t seed) noexcept;
 
 /// A value as unsigned 12-bit sample.
 std::uint16_t TwelveBits(double value) noexcept;
 
 /// The middle of pixel (x, y) of an image, in the unit square; the longer side fills it.
-Place PlaceOf(int x, int y, int columns, int rows) noexcept;
+Place PlaceOf(int x, int y, CSize size) noexcept;
+
+/// Calls `draw(x, y, place)` for each pixel of an image, row by row from the top.
+template <class Draw>
+void ForEachPixel(CSize size, Draw draw) {
+    for (int y = 0; y < size.cy; ++y)
+        for (int x = 0; x < size.cx; ++x) draw(x, y, PlaceOf(x, y, size));
+}
 
 }  // namespace quorvex::tools

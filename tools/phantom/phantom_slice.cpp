@@ -63,9 +63,10 @@ constexpr Organ kMiddle[] = {
 
 void AddVessels(std::vector<Organ>& organs, const Outline& lung, std::uint32_t seed) {
     for (int i = 0; i < kVesselsPerLung; ++i) {
-        const double angle = 2 * std::numbers::pi * Draw(3 * i, seed);
-        const double distance = 0.9 * std::sqrt(Draw(3 * i + 1, seed));
-        const double radius = Mix(0.016, 0.004, distance) * (0.6 + 0.8 * Draw(3 * i + 2, seed));
+        const double angle = 2 * std::numbers::pi * EvenNoise(3 * i, seed);
+        const double distance = 0.9 * std::sqrt(EvenNoise(3 * i + 1, seed));
+        const double radius =
+            Mix(0.016, 0.004, distance) * (0.6 + 0.8 * EvenNoise(3 * i + 2, seed));
         const Place centre = {lung.centre.x + lung.radiusX * distance * std::cos(angle),
                               lung.centre.y + lung.radiusY * distance * std::sin(angle)};
         organs.push_back({{centre, radius * 1.6, radius, angle / std::numbers::pi * 180}, 20});
@@ -120,15 +121,12 @@ double HounsfieldAt(std::span<const DrawnOrgan> organs, Place place) {
 std::vector<std::uint16_t> DrawSlice(CSize size) {
     const auto organs = Chest();
     std::vector<std::uint16_t> samples;
-    for (int y = 0; y < size.cy; ++y) {
-        for (int x = 0; x < size.cx; ++x) {
-            const Place place = PlaceOf(x, y, size.cx, size.cy);
-            const bool isScanned = std::hypot(place.x, place.y) < kFieldOfView;
-            const double value =
-                isScanned ? HounsfieldAt(organs, place) + kNoise * Noise(x, y, kSeed) : kAir;
-            samples.push_back(TwelveBits(value + kOffset));
-        }
-    }
+    ForEachPixel(size, [&](int x, int y, Place place) {
+        const bool isScanned = std::hypot(place.x, place.y) < kFieldOfView;
+        const double value =
+            isScanned ? HounsfieldAt(organs, place) + kNoise * Noise(x, y, kSeed) : kAir;
+        samples.push_back(TwelveBits(value + kOffset));
+    });
     return samples;
 }
 

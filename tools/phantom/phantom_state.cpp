@@ -8,7 +8,7 @@ namespace quorvex::tools {
 namespace {
 
 constexpr const char* kGreyscaleState = "1.2.840.10008.5.1.4.1.1.11.1";
-constexpr const char* kLayer = "FINDINGS";
+constexpr const char* kLayerName = "FINDINGS";
 
 constexpr Attribute kState[] = {
     {tag::kModality, "PR"},
@@ -26,81 +26,73 @@ constexpr Attribute kState[] = {
     {tag::kRescaleType, "HU"},
 };
 
-CDcmItem ImageReference() {
+constexpr Attribute kWindow[] = {
+    {tag::kWindowCenter, "-500"},
+    {tag::kWindowWidth, "1500"},
+};
+constexpr Attribute kArea[] = {
+    {tag::kPresentationSizeMode, "SCALE TO FIT"},
+    {tag::kPresentationPixelSpacing, "0.78125\\0.78125"},
+};
+constexpr Attribute kWords[] = {
+    {tag::kAnchorPointAnnotationUnits, "PIXEL"},
+    {tag::kUnformattedTextValue, "Nodule, 12 mm"},
+    {tag::kAnchorPointVisibility, "Y"},
+};
+constexpr Attribute kRing[] = {
+    {tag::kGraphicAnnotationUnits, "PIXEL"},
+    {tag::kGraphicDimensions, static_cast<unsigned short>(2)},
+    {tag::kNumberOfGraphicPoints, static_cast<unsigned short>(2)},
+    {tag::kGraphicType, "CIRCLE"},
+    {tag::kGraphicFilled, "N"},
+};
+constexpr Attribute kAnnotation[] = {
+    {tag::kGraphicLayer, kLayerName},
+};
+constexpr Attribute kLayer[] = {
+    {tag::kGraphicLayer, kLayerName},
+    {tag::kGraphicLayerOrder, "1"},
+};
+
+void ReferToSlice(CDcmItem& item) {
     const auto slice = SliceIdentity();
     CDcmItem reference(1);
     SetText(reference, tag::kReferencedSOPClassUID, slice.sopClass);
     SetText(reference, tag::kReferencedSOPInstanceUID, slice.instance);
-    return reference;
+    AddItem(item, tag::kReferencedImageSequence, reference);
 }
 
-void AddImageReference(CDcmObjectCommon& target) {
-    auto reference = ImageReference();
-    AddItem(target, tag::kReferencedImageSequence, reference);
-}
-
-void AddRelationship(CDcmObject& state) {
+CDcmItem Series() {
     CDcmItem series(1);
-    AddImageReference(series);
+    ReferToSlice(series);
     SetText(series, tag::kSeriesInstanceUID, SliceIdentity().series);
-    AddItem(state, tag::kReferencedSeriesSequence, series);
+    return series;
 }
 
-void AddWindow(CDcmObject& state) {
-    CDcmItem window(1);
-    AddImageReference(window);
-    SetText(window, tag::kWindowCenter, "-500");
-    SetText(window, tag::kWindowWidth, "1500");
-    AddItem(state, tag::kSoftcopyVOILUTSequence, window);
+CDcmItem Window() {
+    auto window = ItemOf(kWindow);
+    ReferToSlice(window);
+    return window;
 }
 
-void AddDisplayedArea(CDcmObject& state) {
-    CDcmItem area(1);
-    AddImageReference(area);
+CDcmItem DisplayedArea() {
+    auto area = ItemOf(kArea);
+    ReferToSlice(area);
     SetWholeNumbers(area, tag::kDisplayedAreaTopLeftHandCorner, std::array{51, 101});
     SetWholeNumbers(area, tag::kDisplayedAreaBottomRightHandCorner, std::array{350, 400});
-    SetText(area, tag::kPresentationSizeMode, "SCALE TO FIT");
-    SetText(area, tag::kPresentationPixelSpacing, "0.78125\\0.78125");
-    AddItem(state, tag::kDisplayedAreaSelectionSequence, area);
+    return area;
 }
 
-CDcmItem Words() {
-    CDcmItem words(1);
-    SetText(words, tag::kAnchorPointAnnotationUnits, "PIXEL");
-    SetText(words, tag::kUnformattedTextValue, "Nodule, 12 mm");
+CDcmItem Annotation() {
+    auto words = ItemOf(kWords);
     SetNumbers(words, tag::kAnchorPoint, std::array{123.0, 300.0});
-    SetText(words, tag::kAnchorPointVisibility, "Y");
-    return words;
-}
-
-CDcmItem Ring() {
-    CDcmItem ring(1);
-    SetText(ring, tag::kGraphicAnnotationUnits, "PIXEL");
-    SetAttributes(
-        ring, std::array{Attribute{tag::kGraphicDimensions, static_cast<unsigned short>(2)},
-                         Attribute{tag::kNumberOfGraphicPoints, static_cast<unsigned short>(2)}});
+    auto ring = ItemOf(kRing);
     SetNumbers(ring, tag::kGraphicData, std::array{123.0, 289.0, 123.0, 303.0});
-    SetText(ring, tag::kGraphicType, "CIRCLE");
-    SetText(ring, tag::kGraphicFilled, "N");
-    return ring;
-}
-
-void AddAnnotation(CDcmObject& state) {
-    CDcmItem annotation(1);
-    AddImageReference(annotation);
-    SetText(annotation, tag::kGraphicLayer, kLayer);
-    auto words = Words();
+    auto annotation = ItemOf(kAnnotation);
+    ReferToSlice(annotation);
     AddItem(annotation, tag::kTextObjectSequence, words);
-    auto ring = Ring();
     AddItem(annotation, tag::kGraphicObjectSequence, ring);
-    AddItem(state, tag::kGraphicAnnotationSequence, annotation);
-}
-
-void AddLayer(CDcmObject& state) {
-    CDcmItem layer(1);
-    SetText(layer, tag::kGraphicLayer, kLayer);
-    SetText(layer, tag::kGraphicLayerOrder, "1");
-    AddItem(state, tag::kGraphicLayerSequence, layer);
+    return annotation;
 }
 
 }  // namespace
@@ -109,11 +101,11 @@ std::unique_ptr<CDcmObject> MakeSliceState() {
     auto state = std::make_unique<CDcmObject>();
     SetIdentity(*state, IdentityOf(kGreyscaleState, 1, 2));
     SetAttributes(*state, kState);
-    AddRelationship(*state);
-    AddWindow(*state);
-    AddDisplayedArea(*state);
-    AddAnnotation(*state);
-    AddLayer(*state);
+    AddItem(*state, tag::kReferencedSeriesSequence, Series());
+    AddItem(*state, tag::kSoftcopyVOILUTSequence, Window());
+    AddItem(*state, tag::kDisplayedAreaSelectionSequence, DisplayedArea());
+    AddItem(*state, tag::kGraphicAnnotationSequence, Annotation());
+    AddItem(*state, tag::kGraphicLayerSequence, ItemOf(kLayer));
     return state;
 }
 

@@ -1,6 +1,8 @@
 #include "tools/render/state_file.h"
 
+#include "quorvex/Attributes.h"
 #include "quorvex/Tags.h"
+#include "tools/stored_image.h"
 
 namespace quorvex::tools {
 namespace {
@@ -29,17 +31,13 @@ MC_STATUS VisitReference(const DcmElementView& element, void* user) {
 }
 
 bool IsPresentationState(const CDcmObject& object) {
-    CString sopClass;
-    object.GetValue(tag::kSOPClassUID, sopClass);
-    return sopClass.Find(kStateClasses) == 0;
+    return TextOf(object, tag::kSOPClassUID).starts_with(kStateClasses);
 }
 
 // A state without any reference speaks of every image.
 bool SpeaksOf(const CDcmObject& state, const CDcmObject& image) {
     if (!IsPresentationState(state)) return false;
-    CString uid;
-    image.GetValue(tag::kSOPInstanceUID, uid);
-    Search search{.uid = uid.ToUtf8()};
+    Search search{.uid = TextOf(image, tag::kSOPInstanceUID)};
     state.WalkElements(&search, VisitReference);
     return search.isFound || !search.refersToImages;
 }
@@ -59,17 +57,13 @@ ExitStatus StateFile::Open(CDcmApp& app, const std::string& statePath,
 }
 
 int StateFile::Rotation() const {
-    unsigned short degrees = 0;
-    Object()->GetValue(tag::kImageRotation, degrees);
-    CString flip;  // a turn counts only beside a flip attribute
-    const bool counts = Object()->GetValue(tag::kImageHorizontalFlip, flip) == kDcmSuccess;
-    return counts ? degrees % 360 : 0;
+    // A turn counts only beside a flip attribute.
+    if (!Read<CString>(*Object(), tag::kImageHorizontalFlip)) return 0;
+    return Read<unsigned short>(*Object(), tag::kImageRotation).value_or(0) % 360;
 }
 
 bool StateFile::IsFlipped() const {
-    CString flip;
-    return Object()->GetValue(tag::kImageHorizontalFlip, flip) == kDcmSuccess &&
-           flip == CString("Y");
+    return Read<CString>(*Object(), tag::kImageHorizontalFlip) == CString("Y");
 }
 
 }  // namespace quorvex::tools

@@ -1,10 +1,12 @@
-// quorvex state: how images are to be shown, as an object of its own.
+#include "tools/state/state.h"
+
+#include "quorvex/Attributes.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/Tags.h"
 #include "tools/object_output.h"
 #include "tools/state/state_record.h"
-#include "tools/verbs.h"
+#include "tools/stored_image.h"
 
 #include <memory>
 
@@ -12,16 +14,11 @@ namespace quorvex::tools {
 namespace {
 
 /// An image that the state is to refer to, without its pixels.
-struct ReferredImage {
+struct ReferencedImage {
     CxDcmParser parser;
     std::unique_ptr<StateRecord> record;
 };
-using ReferredImages = std::vector<std::unique_ptr<ReferredImage>>;
-
-std::string TextOf(const CDcmObject& object, std::uint32_t tag) {
-    CString text;
-    return object.GetValue(tag, text) == kDcmSuccess ? text.ToUtf8() : std::string();
-}
+using ReferencedImages = std::vector<std::unique_ptr<ReferencedImage>>;
 
 // What keeps a greyscale state from referring to this image; empty where nothing does.
 std::string ObstacleOf(const CDcmObject& image, const CDcmObject& first) {
@@ -37,10 +34,10 @@ std::string ObstacleOf(const CDcmObject& image, const CDcmObject& first) {
     return {};
 }
 
-ExitStatus OpenImages(CDcmApp& app, const StateArguments& arguments, ReferredImages& images) {
+ExitStatus OpenImages(CDcmApp& app, const StateArguments& arguments, ReferencedImages& images) {
     auto status = kAllDone;
     for (const auto& path : arguments.images) {
-        auto image = std::make_unique<ReferredImage>();
+        auto image = std::make_unique<ReferencedImage>();
         const auto result = image->parser.Initialize(&app, path, 0);
         if (result != QVM_SUCCESS) {
             status = ReportBadInput(path, result);
@@ -60,18 +57,14 @@ ExitStatus OpenImages(CDcmApp& app, const StateArguments& arguments, ReferredIma
     return status;
 }
 
-// The shape of a pixel is told once: by its size where that is known, else by its aspect.
+// The shape of a pixel is given once: by its size where that is known, else by its aspect.
 void TidyDisplayedAreas(CDcmObject& state) {
     std::vector<CDcmItem> areas;
-    CDcmItem area;
-    auto result = state.GetValue(tag::kDisplayedAreaSelectionSequence, area);
-    for (; result == kDcmSuccess;
-         result = state.GetNextValue(tag::kDisplayedAreaSelectionSequence, area))
-        areas.push_back(area);
+    ForEachItem(state, tag::kDisplayedAreaSelectionSequence,
+                [&](const CDcmItem& area) { areas.push_back(area); });
     for (auto& item : areas) {
-        double spacing = 0.0;
         const bool hasSpacing =
-            item.GetValue(tag::kPresentationPixelSpacing, spacing) == kDcmSuccess && spacing > 0.0;
+            Read<double>(item, tag::kPresentationPixelSpacing).value_or(0.0) > 0.0;
         item.RemoveValue(hasSpacing ? tag::kPresentationPixelAspectRatio
                                     : tag::kPresentationPixelSpacing);
         item.RemoveValue(tag::kPresentationPixelMagnificationRatio);
@@ -86,7 +79,7 @@ void TidyDisplayedAreas(CDcmObject& state) {
 
 ExitStatus State(const StateArguments& arguments) {
     CDcmApp app;
-    ReferredImages images;
+    ReferencedImages images;
     const auto status = OpenImages(app, arguments, images);
     if (status != kAllDone) return status;
     std::vector<CXGSPSInfo*> records;

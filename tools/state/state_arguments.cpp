@@ -1,5 +1,4 @@
-// What `quorvex state` is to put into a state.
-#include "tools/arguments.h"
+#include "tools/state/state_arguments.h"
 
 #include <algorithm>
 #include <charconv>
@@ -36,20 +35,20 @@ std::vector<Number> NumbersIn(std::string_view text) {
     return numbers;
 }
 
-ShutterWish PolygonOf(std::string_view text) {
+ShutterShape PolygonOf(std::string_view text) {
     constexpr std::size_t kFewestVertices = 3;
-    ShutterWish wish{.shape = ShutterWish::Shape::kPolygon, .numbers = {}, .vertices = {}};
+    ShutterShape polygon{.kind = ShutterShape::Kind::kPolygon, .numbers = {}, .vertices = {}};
     for (const auto part : SplitAt(text, ';')) {
         const auto vertex = NumbersIn<int>(part);
         if (vertex.size() != 2) return {};
-        wish.vertices.emplace_back(vertex[1], vertex[0]);
+        polygon.vertices.emplace_back(vertex[1], vertex[0]);
     }
-    return wish.vertices.size() < kFewestVertices ? ShutterWish{} : wish;
+    return polygon.vertices.size() < kFewestVertices ? ShutterShape{} : polygon;
 }
 
-ShutterWish ShapeOf(ShutterWish::Shape shape, std::size_t count, std::string_view text) {
-    ShutterWish wish{.shape = shape, .numbers = NumbersIn<int>(text), .vertices = {}};
-    return wish.numbers.size() == count ? wish : ShutterWish{};
+ShutterShape ShapeOf(ShutterShape::Kind kind, std::size_t count, std::string_view text) {
+    ShutterShape shape{.kind = kind, .numbers = NumbersIn<int>(text), .vertices = {}};
+    return shape.numbers.size() == count ? shape : ShutterShape{};
 }
 
 }  // namespace
@@ -61,24 +60,24 @@ CRect ParseArea(const std::string& text) {
     return {numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
-ShutterWish ParseShutter(const std::string& text) {
+ShutterShape ParseShutter(const std::string& text) {
     const std::string_view all = text;
     const auto colon = std::min(all.find(':'), all.size());
-    const auto shape = all.substr(0, colon);
+    const auto kind = all.substr(0, colon);
     const auto numbers = all.substr(std::min(colon + 1, all.size()));
-    ShutterWish wish;
-    if (shape == "rect") wish = ShapeOf(ShutterWish::Shape::kRectangle, 4, numbers);
-    if (shape == "circle") wish = ShapeOf(ShutterWish::Shape::kCircle, 3, numbers);
-    if (shape == "polygon") wish = PolygonOf(numbers);
-    if (wish.shape == ShutterWish::Shape::kNone)
+    ShutterShape shutter;
+    if (kind == "rect") shutter = ShapeOf(ShutterShape::Kind::kRectangle, 4, numbers);
+    if (kind == "circle") shutter = ShapeOf(ShutterShape::Kind::kCircle, 3, numbers);
+    if (kind == "polygon") shutter = PolygonOf(numbers);
+    if (shutter.kind == ShutterShape::Kind::kNone)
         throw WrongUsage(
             "a shutter is rect:LEFT,UPPER,RIGHT,LOWER, circle:ROW,COLUMN,RADIUS or "
             "polygon:ROW,COLUMN;ROW,COLUMN;..., not " +
             text);
-    return wish;
+    return shutter;
 }
 
-TextWish ParseText(const std::string& text) {
+PlacedText ParseText(const std::string& text) {
     const auto first = text.find(',');
     const auto second = first == std::string::npos ? first : text.find(',', first + 1);
     const auto anchor = NumbersIn<double>(std::string_view(text).substr(0, second));

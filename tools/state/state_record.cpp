@@ -1,5 +1,6 @@
 #include "tools/state/state_record.h"
 
+#include "quorvex/Attributes.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/Tags.h"
 
@@ -12,20 +13,13 @@ namespace {
 
 constexpr int kPolyline = 2;
 
-CString TextOf(const CDcmObject& object, std::uint32_t tag) {
-    CString text;
-    object.GetValue(tag, text);
-    return text;
-}
-
-int NumberOf(const CDcmObject& object, std::uint32_t tag, int absent) {
-    unsigned short number = 0;
-    return object.GetValue(tag, number) == kDcmSuccess ? number : absent;
+int WordOf(const CDcmObject& object, std::uint32_t tag, unsigned short absent) {
+    return Read<unsigned short>(object, tag).value_or(absent);
 }
 
 // Every value that the image can hold.
 Window WidestWindow(const CDcmObject& image, const CXGSPSInfo& info) {
-    const int bits = std::clamp(NumberOf(image, tag::kBitsStored, 16), 1, 16);
+    const int bits = std::clamp(WordOf(image, tag::kBitsStored, 16), 1, 16);
     const double lowest = info.pixelRepresentation != 0 ? -std::ldexp(1.0, bits - 1) : 0.0;
     const double slope = info.rescaleSlope == 0.0 ? 1.0 : info.rescaleSlope;
     const double centre = (lowest + std::ldexp(1.0, bits - 1)) * slope + info.rescaleIntercept;
@@ -43,23 +37,23 @@ void Release(Table*& table) {
 
 }  // namespace
 
-StateRecord::StateRecord(CDcmObject& image, const StateArguments& wishes) {
-    info_.imageColumns = NumberOf(image, tag::kColumns, 0);
-    info_.imageRows = NumberOf(image, tag::kRows, 0);
+StateRecord::StateRecord(CDcmObject& image, const StateArguments& arguments) {
+    info_.imageColumns = WordOf(image, tag::kColumns, 0);
+    info_.imageRows = WordOf(image, tag::kRows, 0);
     CXGSPSObject().GSPSApplier(&image, &info_, CString(), -1);
     info_.objectKind = 1;
     info_.seriesNumber = "1";
     info_.instanceNumber = "1";
-    info_.contentLabel = wishes.label.c_str();
+    info_.contentLabel = arguments.label.c_str();
     info_.seriesDescription = "Presentation states";
     Refer(image);
-    ChooseWindow(image, wishes);
-    if (wishes.invert) info_.presentationShape = info_.presentationShape == 0 ? 1 : 0;
-    info_.imageRotation = wishes.rotation;
-    info_.imageHorizontalFlip = wishes.flip ? 1 : 0;
-    ChooseArea(wishes);
-    ChooseShutter(wishes.shutter);
-    Annotate(wishes);
+    ChooseWindow(image, arguments);
+    if (arguments.invert) info_.presentationShape = info_.presentationShape == 0 ? 1 : 0;
+    info_.imageRotation = arguments.rotation;
+    info_.imageHorizontalFlip = arguments.flip ? 1 : 0;
+    ChooseArea(arguments);
+    ChooseShutter(arguments.shutter);
+    Annotate(arguments);
 }
 
 StateRecord::~StateRecord() {
@@ -72,22 +66,22 @@ StateRecord::~StateRecord() {
 }
 
 void StateRecord::Refer(const CDcmObject& image) {
-    info_.referencedSOPClassUID = TextOf(image, tag::kSOPClassUID);
-    info_.referencedSOPInstanceUID = TextOf(image, tag::kSOPInstanceUID);
-    info_.referencedSeriesUID = TextOf(image, tag::kSeriesInstanceUID);
+    info_.referencedSOPClassUID = Read<CString>(image, tag::kSOPClassUID).value_or(CString());
+    info_.referencedSOPInstanceUID = Read<CString>(image, tag::kSOPInstanceUID).value_or(CString());
+    info_.referencedSeriesUID = Read<CString>(image, tag::kSeriesInstanceUID).value_or(CString());
     info_.referencedFrameNumber = -1;
 }
 
-void StateRecord::ChooseWindow(const CDcmObject& image, const StateArguments& wishes) {
-    if (!wishes.window && (info_.voiLUTData != nullptr || info_.windowWidth != 0)) return;
+void StateRecord::ChooseWindow(const CDcmObject& image, const StateArguments& arguments) {
+    if (!arguments.window && (info_.voiLUTData != nullptr || info_.windowWidth != 0)) return;
     Release(info_.voiLUTData);
-    const Window window = wishes.window ? *wishes.window : WidestWindow(image, info_);
+    const Window window = arguments.window ? *arguments.window : WidestWindow(image, info_);
     info_.windowCenter = window.centre;
     info_.windowWidth = window.width;
 }
 
-void StateRecord::ChooseArea(const StateArguments& wishes) {
-    const CRect area = wishes.area.value_or(CRect{1, 1, info_.imageColumns, info_.imageRows});
+void StateRecord::ChooseArea(const StateArguments& arguments) {
+    const CRect area = arguments.area.value_or(CRect{1, 1, info_.imageColumns, info_.imageRows});
     info_.displayedAreaLeft = area.left;
     info_.displayedAreaTop = area.top;
     info_.displayedAreaRight = area.right;
@@ -99,48 +93,48 @@ void StateRecord::ChooseArea(const StateArguments& wishes) {
     }
 }
 
-void StateRecord::ChooseShutter(const ShutterWish& wish) {
-    const auto& numbers = wish.numbers;
-    switch (wish.shape) {
-        case ShutterWish::Shape::kNone:
+void StateRecord::ChooseShutter(const ShutterShape& shutter) {
+    const auto& numbers = shutter.numbers;
+    switch (shutter.kind) {
+        case ShutterShape::Kind::kNone:
             info_.shutterType = -1;
             return;
-        case ShutterWish::Shape::kRectangle:
+        case ShutterShape::Kind::kRectangle:
             info_.shutterType = 0;
             info_.shutterLeft = numbers[0];
             info_.shutterUpper = numbers[1];
             info_.shutterRight = numbers[2];
             info_.shutterLower = numbers[3];
             return;
-        case ShutterWish::Shape::kCircle:
+        case ShutterShape::Kind::kCircle:
             info_.shutterType = 1;
             info_.shutterCenterRow = numbers[0];
             info_.shutterCenterColumn = numbers[1];
             info_.shutterRadius = numbers[2];
             return;
-        case ShutterWish::Shape::kPolygon:
+        case ShutterShape::Kind::kPolygon:
             info_.shutterType = 2;
-            info_.shutterVertices = wish.vertices;
+            info_.shutterVertices = shutter.vertices;
             // A polygon ends where it began.
-            if (wish.vertices.front() != wish.vertices.back())
-                info_.shutterVertices.push_back(wish.vertices.front());
+            if (shutter.vertices.front() != shutter.vertices.back())
+                info_.shutterVertices.push_back(shutter.vertices.front());
     }
 }
 
-void StateRecord::Annotate(const StateArguments& wishes) {
-    for (const auto& wish : wishes.texts) {
+void StateRecord::Annotate(const StateArguments& arguments) {
+    for (const auto& wanted : arguments.texts) {
         auto text = std::make_unique<GSPSTextObject>();
         text->hasAnchor = 1;
         text->anchorVisible = 1;
-        text->anchorPoint = new double[2]{wish.anchor.x, wish.anchor.y};
-        text->textValue = wish.text.c_str();
+        text->anchorPoint = new double[2]{wanted.anchor.x, wanted.anchor.y};
+        text->textValue = wanted.text.c_str();
         info_.textObjects.Add(text.release());
     }
-    for (const auto& wish : wishes.polylines) {
+    for (const auto& positions : arguments.polylines) {
         auto line = std::make_unique<GSPSGraphicObject>();
         line->graphicType = kPolyline;
-        line->pointCount = static_cast<int>(wish.size());
-        for (const auto& [x, y] : wish)
+        line->pointCount = static_cast<int>(positions.size());
+        for (const auto& [x, y] : positions)
             line->points.Add(std::make_unique<GSPSPoint>(GSPSPoint{x, y}).release());
         info_.graphicObjects.Add(line.release());
     }

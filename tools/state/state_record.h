@@ -3,14 +3,14 @@
 
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/DicomObject.h"
-#include "tools/verbs.h"
+#include "tools/state/state.h"
 
 namespace quorvex::tools {
 
-/// What an image says of itself, with the wishes laid over it. Owns the tables of its record.
+/// What an image says of itself, changed as the arguments ask. Owns the tables of its record.
 class StateRecord {
 public:
-    StateRecord(CDcmObject& image, const StateArguments& wishes);
+    StateRecord(CDcmObject& image, const StateArguments& arguments);
     ~StateRecord();
     StateRecord(const StateRecord&) = delete;
     StateRecord& operator=(const StateRecord&) = delete;
@@ -19,10 +19,10 @@ public:
 
 private:
     void Refer(const CDcmObject& image);
-    void ChooseWindow(const CDcmObject& image, const StateArguments& wishes);
-    void ChooseArea(const StateArguments& wishes);
-    void ChooseShutter(const ShutterWish& wish);
-    void Annotate(const StateArguments& wishes);
+    void ChooseWindow(const CDcmObject& image, const StateArguments& arguments);
+    void ChooseArea(const StateArguments& arguments);
+    void ChooseShutter(const ShutterShape& shutter);
+    void Annotate(const StateArguments& arguments);
 
     CXGSPSInfo info_;
 };

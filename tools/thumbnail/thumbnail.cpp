@@ -1,4 +1,6 @@
-// quorvex thumbnail: small pictures of images.
+#include "tools/thumbnail/thumbnail.h"
+
+#include "quorvex/Attributes.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/Limits.h"
 #include "quorvex/Tags.h"
@@ -7,10 +9,12 @@
 #include "tools/output_place.h"
 #include "tools/png_writer.h"
 #include "tools/progress.h"
-#include "tools/verbs.h"
 
 #include <algorithm>
+#include <array>
+#include <cctype>
 #include <cmath>
+#include <filesystem>
 #include <memory>
 #include <span>
 
@@ -19,6 +23,7 @@ namespace {
 
 constexpr int kWidthStep = 4;  // a thumbnail's width is a multiple of it
 constexpr unsigned short kJpegQuality = 85;
+constexpr std::array kDicomExtensions = {".dcm", ".dicom", ".dic", ".ima"};
 
 struct Format {
     const char* name;
@@ -37,16 +42,23 @@ const Format& FormatOf(const std::string& name) {
     throw WrongUsage("a thumbnail is png, jpeg or jpeg-lossless, not " + name);
 }
 
+// `name` with another extension in place of a DICOM one, or behind what is not one: a UID as a file
+// name has no extension.
+std::string WithExtension(const std::string& name, const std::string& extension) {
+    std::filesystem::path path = name;
+    std::string present = path.extension().string();
+    std::ranges::transform(present, present.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const bool isDicom = std::ranges::find(kDicomExtensions, present) != kDicomExtensions.end();
+    return isDicom ? path.replace_extension(extension).string() : name + extension;
+}
+
 // How much taller than wide one pixel is.
 double PixelShape(const CDcmObject& header) {
-    double vertical = 0;
-    double horizontal = 0;
-    for (const std::uint32_t tag :
-         {tag::kPixelAspectRatio, tag::kPixelSpacing, tag::kImagerPixelSpacing}) {
-        if (header.GetValue(tag, vertical) != kDcmSuccess ||
-            header.GetNextValue(tag, horizontal) != kDcmSuccess)
-            continue;
-        const double shape = vertical / horizontal;
+    for (const auto tag : {tag::kPixelAspectRatio, tag::kPixelSpacing, tag::kImagerPixelSpacing}) {
+        const auto pair = ReadPair<double>(header, tag);  // vertical, horizontal
+        if (!pair) continue;
+        const double shape = pair->first / pair->second;
         if (shape >= 0.1 && shape <= 10.0) return shape;
     }
     return 1.0;
@@ -54,12 +66,11 @@ double PixelShape(const CDcmObject& header) {
 
 // The largest size of the image's own shape inside `limit`.
 CSize SizeInside(CSize limit, const CDcmObject& header) {
-    unsigned short rows = 0;
-    unsigned short columns = 0;
-    header.GetValue(tag::kRows, rows);
-    header.GetValue(tag::kColumns, columns);
-    const double width = std::max<double>(columns, 1.0);
-    const double height = std::max<double>(rows, 1.0) * PixelShape(header);
+    const auto sideOf = [&](std::uint32_t tag) {
+        return std::max<double>(Read<unsigned short>(header, tag).value_or(0), 1.0);
+    };
+    const double width = sideOf(tag::kColumns);
+    const double height = sideOf(tag::kRows) * PixelShape(header);
     const double zoom = std::min(limit.cx / width, limit.cy / height);
     const auto steps = std::lround(zoom * width / kWidthStep);
     const auto most = std::max(limit.cx / kWidthStep, 1);
@@ -126,7 +137,8 @@ ExitStatus MakeOne(const InputFile& input, OutputPlace& place, const Format& for
 
 ExitStatus Thumbnail(const ThumbnailArguments& arguments) {
     const Format& format = FormatOf(arguments.format);
-    if (arguments.size.cx < kWidthStep) throw WrongUsage("a thumbnail is at least 4 pixels wide");
+    if (arguments.size.cx < kWidthStep)
+        throw WrongUsage("a thumbnail is at least " + std::to_string(kWidthStep) + " pixels wide");
     const FileListSource source{
         .arguments = arguments.files, .list = {}, .shard = {}, .leftOutFolder = arguments.output};
     const auto count = FileList::Count(source).value_or(0);

@@ -1,0 +1,32 @@
+/// quorvex render: an image as a viewer would show it.
+#pragma once
+
+#include "quorvex/Types.h"
+#include "tools/arguments.h"
+#include "tools/report.h"
+
+#include <optional>
+#include <string>
+
+namespace quorvex::tools {
+
+struct RenderArguments {
+    std::string file;
+    std::string output;
+    int frame = 0;
+    std::optional<CSize> view;  ///< device pixels; by default the image's own size
+    std::optional<Window> window;
+    std::optional<double> zoom;  ///< device pixels for one image pixel
+    CPoint pan;                  ///< device pixels
+    int rotation = 0;            ///< degrees clockwise: 0, 90, 180 or 270
+    bool flip = false;
+    bool invert = false;
+    bool overlays = false;     ///< burns in all overlay planes
+    std::string state;         ///< presentation state; empty for none
+    bool shutter = false;      ///< paints the shutter over what it hides
+    bool annotations = false;  ///< draws the annotations over the view
+    bool result = false;       ///< the rendered result itself, not the view
+};
+ExitStatus Render(const RenderArguments& arguments);
+
+}  // namespace quorvex::tools
