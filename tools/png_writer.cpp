@@ -1,6 +1,6 @@
 #include "tools/png_writer.h"
 
-#include "tools/output_file.h"
+#include "tools/output/output_file.h"
 #include "tools/report.h"
 
 #include <csetjmp>

@@ -5,7 +5,7 @@
 #include "quorvex/Tags.h"
 #include "tools/capture/png_reader.h"
 #include "tools/convert_target.h"
-#include "tools/object_output.h"
+#include "tools/output/object_output.h"
 #include "tools/stored_image.h"
 
 #include <algorithm>

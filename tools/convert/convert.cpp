@@ -2,10 +2,10 @@
 
 #include "tools/convert/convert_job.h"
 #include "tools/convert/convert_summary.h"
-#include "tools/object_output.h"
-#include "tools/output_place.h"
+#include "tools/output/object_output.h"
+#include "tools/output/output_place.h"
+#include "tools/output/work_folder.h"
 #include "tools/progress.h"
-#include "tools/work_folder.h"
 
 #include <algorithm>
 #include <chrono>

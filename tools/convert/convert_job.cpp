@@ -7,10 +7,10 @@
 #include "tools/convert/refusal.h"
 #include "tools/convert/source_checks.h"
 #include "tools/convert/verify.h"
-#include "tools/object_output.h"
+#include "tools/output/object_output.h"
+#include "tools/output/work_folder.h"
 #include "tools/report.h"
 #include "tools/stored_image.h"
-#include "tools/work_folder.h"
 
 #include <array>
 #include <chrono>

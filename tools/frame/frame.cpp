@@ -1,6 +1,6 @@
 #include "tools/frame/frame.h"
 
-#include "tools/output_file.h"
+#include "tools/output/output_file.h"
 #include "tools/stored_image.h"
 
 namespace quorvex::tools {

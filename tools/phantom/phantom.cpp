@@ -1,6 +1,6 @@
 #include "tools/phantom/phantom.h"
 
-#include "tools/output_place.h"
+#include "tools/output/output_place.h"
 #include "tools/phantom/phantom_objects.h"
 
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "tools/render/render.h"
 
-#include "tools/output_file.h"
+#include "tools/output/output_file.h"
 #include "tools/render/shown_image.h"
 #include "tools/render/shown_picture.h"
 #include "tools/render/state_file.h"

@@ -4,7 +4,7 @@
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/Tags.h"
-#include "tools/object_output.h"
+#include "tools/output/object_output.h"
 #include "tools/state/state_record.h"
 #include "tools/stored_image.h"
 

@@ -5,8 +5,8 @@
 #include "quorvex/Limits.h"
 #include "quorvex/Tags.h"
 #include "tools/file_list.h"
-#include "tools/output_file.h"
-#include "tools/output_place.h"
+#include "tools/output/output_file.h"
+#include "tools/output/output_place.h"
 #include "tools/png_writer.h"
 #include "tools/progress.h"
 

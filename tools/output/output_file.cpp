@@ -1,4 +1,4 @@
-#include "tools/output_file.h"
+#include "tools/output/output_file.h"
 
 #include "tools/report.h"
 

@@ -1,6 +1,6 @@
-#include "tools/output_place.h"
+#include "tools/output/output_place.h"
 
-#include "tools/output_file.h"
+#include "tools/output/output_file.h"
 #include "tools/report.h"
 
 #include <filesystem>

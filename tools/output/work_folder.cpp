@@ -1,4 +1,4 @@
-#include "tools/work_folder.h"
+#include "tools/output/work_folder.h"
 
 #include "tools/report.h"
 

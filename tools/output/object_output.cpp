@@ -1,9 +1,9 @@
-#include "tools/object_output.h"
+#include "tools/output/object_output.h"
 
-#include "tools/output_file.h"
-#include "tools/output_place.h"
+#include "tools/output/output_file.h"
+#include "tools/output/output_place.h"
+#include "tools/output/work_folder.h"
 #include "tools/report.h"
-#include "tools/work_folder.h"
 
 #include <cerrno>
 #include <filesystem>
