@@ -1,7 +1,9 @@
+// RenderRun: rows resized, mirrored and turned into the output.
+#include "foundation/raster/raster.h"
 #include "foundation/raster/resize_rows.h"
-#include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
 #include "render/job_rules.h"
+#include "render/render_run.h"
 
 namespace quorvex {
 namespace {
@@ -10,10 +12,11 @@ std::ptrdiff_t RowStep(CSize size, int pixelSize) {
     return std::ptrdiff_t{size.cx} * pixelSize;
 }
 
-/// Nothing to show is black.
+/// Nothing to show is black. Cleared in one part for each byte of a pixel, so that a width stays
+/// within int.
 void Blacken(unsigned char* image, CSize size, int pixelSize) {
-    for (int channel = 0; channel < pixelSize; ++channel) {
-        ippiSet_8u_C1R(0, image + std::ptrdiff_t{size.cx} * size.cy * channel, size.cx, size);
+    for (int part = 0; part < pixelSize; ++part) {
+        ippiSet_8u_C1R(0, image + std::ptrdiff_t{size.cx} * size.cy * part, size.cx, size);
     }
 }
 
@@ -25,60 +28,48 @@ HeapBlock ImageBlock(CSize size, int pixelSize) {
 
 }  // namespace
 
-/// Resize, mirror, turn; the overlay has gone into the rows before.
-int CXImageCreator::ArrangeRender(const _IMAGE_INFO& info) {
-    const CSize output{info.outputWidth, info.outputHeight};
-    if (info.rotation == 0) {
-        ResizeInto(info, info.output, output);
-        if (info.horizontalFlip != 0) HorizontalFlipImage(info.output, output);
-        return kJobDone;
+void RenderRun::ArrangeRender() {
+    const CSize output{info_.outputWidth, info_.outputHeight};
+    if (info_.rotation == 0) {
+        ResizeInto(info_.output, output);
+        if (info_.horizontalFlip != 0) HorizontalFlipImage(info_.output, output);
+        return;
     }
-    const CSize upright = IsQuarterTurn(info.rotation) ? CSize{output.cy, output.cx} : output;
-    const HeapBlock intermediate = ImageBlock(upright, outputPixelSize);
-    ResizeInto(info, intermediate.Data(), upright);
-    if (info.horizontalFlip != 0) HorizontalFlipImage(intermediate.Data(), upright);
-    RotateImage(intermediate.Data(), upright, info.rotation, info.output);
-    return kJobDone;
+    const CSize upright = IsQuarterTurn(info_.rotation) ? CSize{output.cy, output.cx} : output;
+    const HeapBlock intermediate = ImageBlock(upright, outputPixelSize_);
+    ResizeInto(intermediate.Data(), upright);
+    if (info_.horizontalFlip != 0) HorizontalFlipImage(intermediate.Data(), upright);
+    RotateImage(intermediate.Data(), upright);
 }
 
-void CXImageCreator::ResizeInto(const _IMAGE_INFO& info, unsigned char* destination, CSize size) {
-    RowResizer resizer({{workRoi.Width(), workRoi.Height()},
+void RenderRun::ResizeInto(unsigned char* destination, CSize size) {
+    RowResizer resizer({{workRoi_.Width(), workRoi_.Height()},
                         size,
-                        scale,
-                        UsableAspectRatio(info.aspectRatio) * scale,
-                        outputPixelSize});
-    if (!resizer.IsUsable()) return Blacken(destination, size, outputPixelSize);
-    const auto rowAt = [this, &info](int y, int soon) {
-        return Render(info, workRoi.top + y, workRoi.top + soon);
+                        scale_,
+                        UsableAspectRatio(info_.aspectRatio) * scale_,
+                        outputPixelSize_});
+    if (!resizer.IsUsable()) return Blacken(destination, size, outputPixelSize_);
+    const auto rowAt = [this](int y, int prefetchY) {
+        return Render(workRoi_.top + y, workRoi_.top + prefetchY);
     };
-    resizer.Run(rowAt, {destination, RowStep(size, outputPixelSize), size, outputPixelSize});
+    resizer.Run(rowAt, {destination, RowStep(size, outputPixelSize_), size, outputPixelSize_});
 }
 
-void CXImageCreator::ApplyOverlay(const _IMAGE_INFO& info, int row) {
-    if (info.overlayImage == nullptr) return;
-    const auto step = std::ptrdiff_t{info.imageWidth} * workPixelSize;
-    const auto column = std::ptrdiff_t{workRoi.left} * workPixelSize;
-    const auto operation = workPixelSize == kColourBytes ? ippiOr_8u_C3IR : ippiOr_8u_C1IR;
-    operation(info.overlayImage + row * step + column, step, WorkRow(info, row) + column, step,
-              {workRoi.Width(), 1});
-}
-
-void CXImageCreator::HorizontalFlipImage(unsigned char* image, CSize size) const {
+void RenderRun::HorizontalFlipImage(unsigned char* image, CSize size) const {
     const auto operation =
-        outputPixelSize == kColourBytes ? ippiMirror_8u_C3IR : ippiMirror_8u_C1IR;
-    operation(image, RowStep(size, outputPixelSize), size, kVerticalAxis);
+        outputPixelSize_ == kColourBytes ? ippiMirror_8u_C3IR : ippiMirror_8u_C1IR;
+    operation(image, RowStep(size, outputPixelSize_), size, kVerticalAxis);
 }
 
 /// Counter-clockwise in memory, which is clockwise on the screen since rows run from the bottom.
-void CXImageCreator::RotateImage(const unsigned char* image, CSize size, int angle,
-                                 unsigned char* rotated) const {
-    const CSize turned = IsQuarterTurn(angle) ? CSize{size.cy, size.cx} : size;
-    const double xShift = angle == 90 ? 0 : turned.cx;
-    const double yShift = angle == 270 ? 0 : turned.cy;
-    const auto operation = outputPixelSize == kColourBytes ? ippiRotate_8u_C3R : ippiRotate_8u_C1R;
-    operation(image, size, RowStep(size, outputPixelSize), {0, 0, size.cx, size.cy}, rotated,
-              RowStep(turned, outputPixelSize), {0, 0, turned.cx, turned.cy}, angle, xShift, yShift,
-              kLinearInterpolation);
+void RenderRun::RotateImage(const unsigned char* image, CSize size) const {
+    const CSize turned{info_.outputWidth, info_.outputHeight};
+    const double xShift = info_.rotation == 90 ? 0 : turned.cx;
+    const double yShift = info_.rotation == 270 ? 0 : turned.cy;
+    const auto operation = outputPixelSize_ == kColourBytes ? ippiRotate_8u_C3R : ippiRotate_8u_C1R;
+    operation(image, size, RowStep(size, outputPixelSize_), {0, 0, size.cx, size.cy}, info_.output,
+              RowStep(turned, outputPixelSize_), {0, 0, turned.cx, turned.cy}, info_.rotation,
+              xShift, yShift, kLinearInterpolation);
 }
 
 }  // namespace quorvex

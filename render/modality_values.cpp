@@ -1,8 +1,10 @@
+// CXImageCreator: pixels put through the modality table.
 #include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "quorvex/CXWindowing.h"
 #include "render/job_rules.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <vector>

@@ -1,7 +1,10 @@
+// RenderRun: one row of stored values, mapped to display bytes.
 #include "foundation/raster/byte_table.h"
-#include "foundation/raster/word_ramp.h"
+#include "foundation/raster/raster.h"
 #include "render/job_rules.h"
+#include "render/render_run.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -30,28 +33,20 @@ struct LowByteOf {
     }
 };
 
-/// Rows run from the bottom here, and from the top in the source, the mask and the palette.
-std::size_t SourcePixel(const _IMAGE_INFO& info, int row, int column) {
-    return static_cast<std::size_t>(info.imageHeight - 1 - row) *
-               static_cast<std::size_t>(info.imageWidth) +
-           static_cast<std::size_t>(column);
-}
-
 struct ByteTable {
     const unsigned char* entries;
     std::ptrdiff_t first;
     [[nodiscard]] unsigned char Of(int value) const { return entries[value - first]; }
 };
 
-// Most of a job's time is spent here. The memory would keep it waiting for every row if that were
-// not asked for ahead of its time.
+// Most of a job's time is spent here. Without the prefetch, each row would wait for the memory.
 template <class Reader>
-void MapPlain(const unsigned char* source, const unsigned char* soon, ByteTable table,
+void MapPlain(const unsigned char* source, const unsigned char* prefetch, ByteTable table,
               unsigned char* to, std::size_t count) {
     constexpr std::size_t kLine = 64 / Reader::kBytes;
     for (std::size_t i = 0; i < count;) {
         const std::size_t end = std::min(i + kLine, count);
-        __builtin_prefetch(soon + i * Reader::kBytes);
+        __builtin_prefetch(prefetch + i * Reader::kBytes);
 #pragma GCC unroll 8
         for (; i < end; ++i) to[i] = table.Of(Reader::At(source, i));
     }
@@ -69,73 +64,115 @@ void Hide(const unsigned char* mask, unsigned char hidden, unsigned char* to, st
     for (std::size_t i = 0; i < count; ++i) to[i] = mask[i] != 0 ? hidden : to[i];
 }
 
+/// Rows alternate between the two that a block has.
+unsigned char* RowOfTwo(const HeapBlock& rows, int row) {
+    return rows.Data() + (row % 2 == 0 ? 0 : rows.Size() / 2);
+}
+
 }  // namespace
 
-template <class Reader>
-void CXImageCreator::MapRow(const _IMAGE_INFO& info, int row, int soon) {
-    const std::size_t pixel = SourcePixel(info, row, workRoi.left);
-    const unsigned char* const source = info.pixels + pixel * Reader::kBytes;
-    const auto count = static_cast<std::size_t>(workRoi.Width());
-    const ByteTable table{valueTable, valueTableStart};
-    unsigned char* const to = WorkRow(info, row) + workRoi.left;
-    if (info.shutterMask == nullptr) {
-        const std::size_t next = SourcePixel(info, soon, workRoi.left);
-        MapPlain<Reader>(source, info.pixels + next * Reader::kBytes, table, to, count);
+unsigned char* RenderRun::WorkRow(int row) const noexcept {
+    return RowOfTwo(workImage_, row) + std::ptrdiff_t{workRoi_.left} * workPixelSize_;
+}
+
+unsigned char* RenderRun::CompositeRow(int row) const noexcept {
+    return RowOfTwo(compositeImage_, row) + std::ptrdiff_t{workRoi_.left} * kColourBytes;
+}
+
+// Working rows run from the bottom; those of the source, the mask and the palette from the top.
+std::size_t RenderRun::SourcePixel(int row) const noexcept {
+    return static_cast<std::size_t>(info_.imageHeight - 1 - row) *
+               static_cast<std::size_t>(info_.imageWidth) +
+           static_cast<std::size_t>(workRoi_.left);
+}
+
+const unsigned char* RenderRun::Render(int row, int prefetchRow) {
+    if (IsColour(info_)) {
+        RenderColorImage(row);
+    } else if (info_.bytesPerPixel == 1) {
+        RawImg2PValue(row, prefetchRow);
+    } else if (info_.bitsStored == 8) {
+        RawImg2PValue16Half(row, prefetchRow);
     } else {
-        MapMasked<Reader>(source, table, to, count, info.shutterMask + pixel,
-                          static_cast<unsigned char>(info.shutterValue));
+        RawImg2PValue16(row, prefetchRow);
+    }
+    if (info_.renderMode == kRenderOverlay) ApplyOverlay(row);
+    if (!IsComposite(info_)) return WorkRow(row);
+    RenderSuppPal(row);
+    return CompositeRow(row);
+}
+
+void RenderRun::RawImg2PValue(int row, int prefetchRow) {
+    MapRow<Byte>(row, prefetchRow);
+}
+
+void RenderRun::RawImg2PValue16(int row, int prefetchRow) {
+    if (ramp_) return MapRowByRamp(row, prefetchRow);
+    if (info_.lutOffset < 0) return MapRow<WordOf<std::int16_t>>(row, prefetchRow);
+    MapRow<WordOf<std::uint16_t>>(row, prefetchRow);
+}
+
+void RenderRun::RawImg2PValue16Half(int row, int prefetchRow) {
+    if (info_.lutOffset < 0) return MapRow<LowByteOf<std::int8_t>>(row, prefetchRow);
+    MapRow<LowByteOf<std::uint8_t>>(row, prefetchRow);
+}
+
+template <class Reader>
+void RenderRun::MapRow(int row, int prefetchRow) {
+    const std::size_t pixel = SourcePixel(row);
+    const unsigned char* const source = info_.pixels + pixel * Reader::kBytes;
+    const auto count = static_cast<std::size_t>(workRoi_.Width());
+    const ByteTable table{table_, tableFirst_};
+    if (info_.shutterMask == nullptr) {
+        const std::size_t next = SourcePixel(prefetchRow);
+        MapPlain<Reader>(source, info_.pixels + next * Reader::kBytes, table, WorkRow(row), count);
+    } else {
+        MapMasked<Reader>(source, table, WorkRow(row), count, info_.shutterMask + pixel,
+                          static_cast<unsigned char>(info_.shutterValue));
     }
 }
 
-void CXImageCreator::MapRowByRamp(const _IMAGE_INFO& info, int row, int soon) {
-    const std::size_t pixel = SourcePixel(info, row, workRoi.left);
-    const std::size_t next = SourcePixel(info, soon, workRoi.left);
-    const auto count = static_cast<std::size_t>(workRoi.Width());
-    unsigned char* const to = WorkRow(info, row) + workRoi.left;
-    MapByRamp(*ramp, info.pixels + 2 * pixel, info.pixels + 2 * next, to, count);
-    if (info.shutterMask == nullptr) return;
-    Hide(info.shutterMask + pixel, static_cast<unsigned char>(info.shutterValue), to, count);
-}
-
-void CXImageCreator::RawImg2PValue(const _IMAGE_INFO& info, int row, int soon) {
-    MapRow<Byte>(info, row, soon);
-}
-
-void CXImageCreator::RawImg2PValue16(const _IMAGE_INFO& info, int row, int soon) {
-    if (ramp) return MapRowByRamp(info, row, soon);
-    info.lutOffset < 0 ? MapRow<WordOf<std::int16_t>>(info, row, soon)
-                       : MapRow<WordOf<std::uint16_t>>(info, row, soon);
-}
-
-void CXImageCreator::RawImg2PValue16Half(const _IMAGE_INFO& info, int row, int soon) {
-    info.lutOffset < 0 ? MapRow<LowByteOf<std::int8_t>>(info, row, soon)
-                       : MapRow<LowByteOf<std::uint8_t>>(info, row, soon);
+void RenderRun::MapRowByRamp(int row, int prefetchRow) {
+    const std::size_t pixel = SourcePixel(row);
+    const std::size_t next = SourcePixel(prefetchRow);
+    const auto count = static_cast<std::size_t>(workRoi_.Width());
+    unsigned char* const to = WorkRow(row);
+    MapByRamp(*ramp_, info_.pixels + 2 * pixel, info_.pixels + 2 * next, to, count);
+    if (info_.shutterMask == nullptr) return;
+    Hide(info_.shutterMask + pixel, static_cast<unsigned char>(info_.shutterValue), to, count);
 }
 
 /// Red, green, blue become blue, green, red, as bitmaps have them. Without a table all stays black.
-void CXImageCreator::RenderColorImage(const _IMAGE_INFO& info, int row, int /*soon*/) {
-    if (info.lut == nullptr) return;
-    const unsigned char* const from =
-        info.pixels + SourcePixel(info, row, workRoi.left) * kColourBytes;
-    unsigned char* const to = WorkRow(info, row) + std::ptrdiff_t{workRoi.left} * kColourBytes;
-    MapColoursTurned(ByteTable256(info.lut, 256), from, to,
-                     static_cast<std::size_t>(workRoi.Width()));
+void RenderRun::RenderColorImage(int row) {
+    if (table_ == nullptr) return;
+    MapColoursTurned(ByteTable256(table_, 256), info_.pixels + SourcePixel(row) * kColourBytes,
+                     WorkRow(row), static_cast<std::size_t>(workRoi_.Width()));
 }
 
-void CXImageCreator::RenderSuppPal(const _IMAGE_INFO& info, int row) {
+void RenderRun::RenderSuppPal(int row) {
     static constexpr unsigned char kSeeThrough[kColourBytes] = {};
-    const unsigned char* grey = WorkRow(info, row) + workRoi.left;
-    unsigned char* to = CompositeRow(info, row) + std::ptrdiff_t{workRoi.left} * kColourBytes;
-    const std::size_t first = SourcePixel(info, row, workRoi.left) * kColourBytes;
-    for (std::size_t i = 0; i < static_cast<std::size_t>(workRoi.Width()); ++i, ++grey) {
-        const unsigned char* const colour = info.paletteImage == nullptr
+    const unsigned char* grey = WorkRow(row);
+    unsigned char* to = CompositeRow(row);
+    const std::size_t first = SourcePixel(row) * kColourBytes;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(workRoi_.Width()); ++i, ++grey) {
+        const unsigned char* const colour = info_.paletteImage == nullptr
                                                 ? kSeeThrough
-                                                : info.paletteImage + first + i * kColourBytes;
+                                                : info_.paletteImage + first + i * kColourBytes;
         const bool showsGrey = (colour[0] | colour[1] | colour[2]) == 0;
         for (int channel = kColourBytes - 1; channel >= 0; --channel) {
             *to++ = showsGrey ? *grey : colour[channel];
         }
     }
+}
+
+/// The overlay has the working image's size and row order.
+void RenderRun::ApplyOverlay(int row) {
+    if (info_.overlayImage == nullptr) return;
+    const auto step = std::ptrdiff_t{info_.imageWidth} * workPixelSize_;
+    const auto column = std::ptrdiff_t{workRoi_.left} * workPixelSize_;
+    const auto operation = workPixelSize_ == kColourBytes ? ippiOr_8u_C3IR : ippiOr_8u_C1IR;
+    operation(info_.overlayImage + row * step + column, step, WorkRow(row), step,
+              {workRoi_.Width(), 1});
 }
 
 }  // namespace quorvex

@@ -1,10 +1,9 @@
-#include "foundation/raster/word_ramp.h"
-#include "foundation/types/answer.h"
-#include "foundation/types/block.h"
-#include "foundation/types/undo.h"
+// RenderRun: the record checked, the memory taken, the table found.
 #include "quorvex/CXWindowing.h"
 #include "render/job_rules.h"
+#include "render/render_run.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <span>
@@ -24,7 +23,7 @@ bool HasUsableSizes(const _IMAGE_INFO& info) {
 
 bool IsUsable(const _IMAGE_INFO& info) {
     return HasUsableSizes(info) && info.bytesPerPixel > 0 && info.pixels != nullptr &&
-           info.output != nullptr && (IsHalfTurn(info.rotation) || IsQuarterTurn(info.rotation));
+           info.output != nullptr && (!SwapsSides(info.rotation) || IsQuarterTurn(info.rotation));
 }
 
 CRect CutToImage(const _IMAGE_INFO& info) {
@@ -36,14 +35,15 @@ CRect CutToImage(const _IMAGE_INFO& info) {
 
 double HorizontalScale(const _IMAGE_INFO& info) {
     const auto [left, top, right, bottom] = info.roi;
-    const double length = IsHalfTurn(info.rotation) ? static_cast<double>(bottom) - top
-                                                    : static_cast<double>(right) - left;
+    const double length = SwapsSides(info.rotation) ? static_cast<double>(right) - left
+                                                    : static_cast<double>(bottom) - top;
     return info.outputHeight / (length * UsableAspectRatio(info.aspectRatio));
 }
 
 struct ValueRange {
     int lowest;
     int highest;
+    [[nodiscard]] int Count() const noexcept { return highest - lowest + 1; }
 };
 
 /// Every value that a grey pixel can be read as.
@@ -56,129 +56,73 @@ ValueRange PixelValues(const _IMAGE_INFO& info) {
     return isSigned ? ValueRange{INT16_MIN, INT16_MAX} : ValueRange{0, UINT16_MAX};
 }
 
-std::unique_ptr<unsigned char[]> ZeroedBlock(std::size_t size) {
+HeapBlock ZeroedBlock(std::size_t size) {
     HeapBlock block(size);
     std::memset(block.Data(), 0, size);
-    return std::unique_ptr<unsigned char[]>(block.Release());
+    return block;
 }
 
-std::size_t RowBytes(const _IMAGE_INFO& info, int pixelSize) {
-    return static_cast<std::size_t>(info.imageWidth) * static_cast<std::size_t>(pixelSize);
+HeapBlock TwoRows(const _IMAGE_INFO& info, int pixelSize) {
+    return ZeroedBlock(2 * static_cast<std::size_t>(info.imageWidth) *
+                       static_cast<std::size_t>(pixelSize));
 }
 
 }  // namespace
 
-CXImageCreator::CXImageCreator() = default;
-
-// Between jobs there is no buffer, and nobody copies an object in the middle of one.
-CXImageCreator::CXImageCreator(const CXImageCreator& other) noexcept
-    : workPixelSize(other.workPixelSize), scale(other.scale) {}
-
-CXImageCreator& CXImageCreator::operator=(const CXImageCreator& other) noexcept {
-    workPixelSize = other.workPixelSize;
-    scale = other.scale;
-    return *this;
+int RenderRun::Run() {
+    const int prepared = PrepareRender();
+    if (prepared == kJobDone) ArrangeRender();
+    return prepared;
 }
 
-CXImageCreator::~CXImageCreator() = default;
-
-int CXImageCreator::GetImageWithInfo(_IMAGE_INFO& info) {
-    return Answer(kJobWithoutTable, [&] {
-        const UndoUnlessKept buffers([this] { ReleaseBuffers(); });
-        return RunStages(info);
-    });
-}
-
-int CXImageCreator::RunStages(_IMAGE_INFO& info) {
-    const int prepared = PrepareRender(info);
-    return prepared != kJobDone ? prepared : ArrangeRender(info);
-}
-
-void CXImageCreator::ReleaseBuffers() noexcept {
-    workImage.reset();
-    workLut.reset();
-    compositeImage.reset();
-    valueTable = nullptr;
-    ramp.reset();
-}
-
-int CXImageCreator::PrepareRender(_IMAGE_INFO& info) {
-    if (!IsUsable(info)) return kJobRefused;
-    scale = HorizontalScale(info);
-    workRoi = CutToImage(info);
-    workPixelSize = IsColour(info) ? kColourBytes : 1;
-    outputPixelSize = IsComposite(info) ? kColourBytes : workPixelSize;
-    workImage = ZeroedBlock(2 * RowBytes(info, workPixelSize));
-    if (IsComposite(info)) compositeImage = ZeroedBlock(2 * RowBytes(info, kColourBytes));
-    valueTable = info.lut;
-    valueTableStart = info.lutOffset;
-    if (IsColour(info)) return kJobDone;
-    if (info.lut == nullptr) return FetchLut(info);
-    FindRamp(info, info.lutCount);
+int RenderRun::PrepareRender() {
+    if (!IsUsable(info_)) return kJobRefused;
+    scale_ = HorizontalScale(info_);
+    workRoi_ = CutToImage(info_);
+    workPixelSize_ = IsColour(info_) ? kColourBytes : 1;
+    outputPixelSize_ = IsComposite(info_) ? kColourBytes : workPixelSize_;
+    workImage_ = TwoRows(info_, workPixelSize_);
+    if (IsComposite(info_)) compositeImage_ = TwoRows(info_, kColourBytes);
+    if (info_.lut == nullptr && !IsColour(info_)) return FetchLut();
+    table_ = info_.lut;
+    tableFirst_ = info_.lutOffset;
+    FindRamp(info_.lutCount);
     return kJobDone;
 }
 
-/// Takes the table as it stands and widens it to every value that a pixel can have: those outside
-/// take its nearest end, so that no pixel reads past it.
-int CXImageCreator::FetchLut(_IMAGE_INFO& info) {
+/// Takes the table as it is and widens it to every value that a pixel can have: values outside take
+/// its nearest end, so that no pixel reads past it.
+int RenderRun::FetchLut() {
     int count = 0;
     int first = 0;
-    if (info.windowing == nullptr) return kJobWithoutTable;
-    info.windowing->GetValue(CXWindowing::kDisplayTableCount, &count, nullptr);
-    info.windowing->GetValue(CXWindowing::kDisplayTableFirst, &first, nullptr);
+    if (info_.windowing == nullptr) return kJobWithoutTable;
+    info_.windowing->GetValue(CXWindowing::kDisplayTableCount, &count, nullptr);
+    info_.windowing->GetValue(CXWindowing::kDisplayTableFirst, &first, nullptr);
     if (count <= 0) return kJobWithoutTable;
-    const auto fetched = ZeroedBlock(static_cast<std::size_t>(count));
-    info.windowing->GetValue(CXWindowing::kDisplayTable, fetched.get(), nullptr);
+    const HeapBlock fetched = ZeroedBlock(static_cast<std::size_t>(count));
+    info_.windowing->GetValue(CXWindowing::kDisplayTable, fetched.Data(), nullptr);
 
-    info.lutOffset = first;
-    const auto [lowest, highest] = PixelValues(info);
-    workLut = ZeroedBlock(static_cast<std::size_t>(highest - lowest) + 1);
-    for (int value = lowest; value <= highest; ++value) {
-        const auto place = std::clamp<std::int64_t>(std::int64_t{value} - first, 0, count - 1);
-        workLut[static_cast<std::size_t>(value - lowest)] =
-            fetched[static_cast<std::size_t>(place)];
+    info_.lutOffset = first;
+    const ValueRange values = PixelValues(info_);
+    workLut_ = HeapBlock(static_cast<std::size_t>(values.Count()));
+    for (std::int64_t i = 0; i < values.Count(); ++i) {
+        const auto place = std::clamp<std::int64_t>(values.lowest + i - first, 0, count - 1);
+        workLut_.Data()[i] = fetched.Data()[place];
     }
-    info.lut = workLut.get();
-    valueTable = workLut.get();
-    valueTableStart = lowest;
-    FindRamp(info, highest - lowest + 1);
+    info_.lut = workLut_.Data();
+    table_ = workLut_.Data();
+    tableFirst_ = values.lowest;
+    FindRamp(values.Count());
     return kJobDone;
 }
 
-void CXImageCreator::FindRamp(const _IMAGE_INFO& info, int tableCount) {
-    const bool hasEveryWord = tableCount >= static_cast<int>(kWords) &&
-                              (valueTableStart == 0 || valueTableStart == INT16_MIN);
-    if (info.bytesPerPixel != 2 || info.bitsStored == 8 || !hasEveryWord) return;
-    if (std::int64_t{workRoi.Width()} * workRoi.Height() < kFewPixels) return;
-    const auto found = RampOfTable(std::span<const std::uint8_t, kWords>(valueTable, kWords),
-                                   static_cast<std::uint16_t>(valueTableStart));
-    if (found) ramp = std::make_unique<const WordRamp>(*found);
-}
-
-unsigned char* CXImageCreator::WorkRow(const _IMAGE_INFO& info, int row) const noexcept {
-    return workImage.get() + (row % 2 == 0 ? 0 : RowBytes(info, workPixelSize));
-}
-
-unsigned char* CXImageCreator::CompositeRow(const _IMAGE_INFO& info, int row) const noexcept {
-    return compositeImage.get() + (row % 2 == 0 ? 0 : RowBytes(info, kColourBytes));
-}
-
-/// Makes one row of the image that is to be resized, and gives its first pixel inside the region.
-const unsigned char* CXImageCreator::Render(const _IMAGE_INFO& info, int row, int soon) {
-    if (IsColour(info)) {
-        RenderColorImage(info, row, soon);
-    } else if (info.bytesPerPixel == 1) {
-        RawImg2PValue(info, row, soon);
-    } else if (info.bitsStored == 8) {
-        RawImg2PValue16Half(info, row, soon);
-    } else {
-        RawImg2PValue16(info, row, soon);
-    }
-    if (info.renderMode == kRenderOverlay) ApplyOverlay(info, row);
-    if (IsComposite(info)) RenderSuppPal(info, row);
-    const unsigned char* const whole =
-        IsComposite(info) ? CompositeRow(info, row) : WorkRow(info, row);
-    return whole + std::ptrdiff_t{workRoi.left} * outputPixelSize;
+void RenderRun::FindRamp(int tableCount) {
+    const bool hasEveryWord =
+        tableCount >= static_cast<int>(kWords) && (tableFirst_ == 0 || tableFirst_ == INT16_MIN);
+    if (info_.bytesPerPixel != 2 || info_.bitsStored == 8 || !hasEveryWord) return;
+    if (std::int64_t{workRoi_.Width()} * workRoi_.Height() < kFewPixels) return;
+    ramp_ = RampOfTable(std::span<const std::uint8_t, kWords>(table_, kWords),
+                        static_cast<std::uint16_t>(tableFirst_));
 }
 
 }  // namespace quorvex

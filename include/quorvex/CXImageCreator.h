@@ -4,12 +4,9 @@
 #include "quorvex/Export.h"
 #include "quorvex/Types.h"
 
-#include <memory>
-
 namespace quorvex {
 
 class CXWindowing;
-struct WordRamp;
 
 /// Values of `_IMAGE_INFO::renderMode`.
 inline constexpr int kRenderPlain = 0;
@@ -31,44 +28,44 @@ struct _IMAGE_INFO {
     int imageHeight = 0;              ///< source rows
     unsigned char* pixels = nullptr;  ///< rows from the top, each directly behind the last
     /// Receives outputWidth x outputHeight pixels: three bytes each for colour and for
-    /// kRenderSupplementalPalette, else one.
+    /// kRenderSupplementalPalette, otherwise one.
     unsigned char* output = nullptr;
     int outputWidth = 0;   ///< pixels; a multiple of 4
     int outputHeight = 0;  ///< pixels; a multiple of 4 when `rotation` is 90 or 270
-    /// What to show, in working pixels; what reaches outside the image is cut off. Nothing left
-    /// means a black image.
+    /// What to show, in working pixels; clipped to the image. An empty one gives a black image.
     CRect roi;
     int rotation = 0;        ///< degrees clockwise on the screen: 0, 90, 180 or 270
     int horizontalFlip = 0;  ///< non-zero mirrors left to right, ahead of the rotation
     int shutterValue = 0;    ///< output of a grey pixel under the mask; the low byte counts
-    /// Null, or one byte a source pixel in source row order; non-zero hides a grey pixel.
+    /// Null, or one byte for each source pixel, in source row order; non-zero hides a grey pixel.
     unsigned char* shutterMask = nullptr;
     /// Output byte of the stored value `lutOffset` and of those that follow; null takes the table
     /// of `windowing`.
     ///
-    /// It must cover every value that occurs inside `roi` and not under the mask: the job is not
-    /// told its length. For colour it has 256 entries and `lutOffset` plays no part; a colour job
-    /// without one is black. A table fetched from `windowing` is gone when the job has ended, so
-    /// null must be set again before the record is used again.
+    /// It must cover every value that occurs inside `roi` and not under the mask: nothing is
+    /// checked. For colour it has 256 entries and `lutOffset` is ignored; a colour job without a
+    /// table is black. A table that was taken from `windowing` is released when the job ends: set
+    /// `lut` to null before the record is used again.
     unsigned char* lut = nullptr;
-    /// Stored value that lut[0] belongs to. Below 0 it also says that 2-byte pixels are signed;
+    /// Stored value that lut[0] belongs to. Below 0 it also means that 2-byte pixels are signed;
     /// 1-byte pixels never are.
     int lutOffset = 0;
     int renderMode = kRenderPlain;
-    /// kRenderSupplementalPalette: three bytes a pixel (red, green, blue), source row order; the
-    /// grey image shows through where all three are 0, and everywhere when it is null.
+    /// kRenderSupplementalPalette: three bytes for each pixel (red, green, blue), in source row
+    /// order; the grey image shows through where all three are 0, and everywhere when it is null.
     unsigned char* paletteImage = nullptr;
     /// kRenderOverlay: size, row order and pixel width of the working image, or null.
     unsigned char* overlayImage = nullptr;
     CXWindowing* windowing = nullptr;  ///< read only when `lut` is null
     double aspectRatio = 1.0;          ///< height of one pixel over its width; 0 counts as 1
     unsigned short bitsStored = 8;     ///< 8: only the low byte of a 2-byte pixel is its value
-    /// Entries of `lut`, or 0. Not needed; a job that knows that the table has an entry for every
-    /// word (65,536 from 0, or from -32,768) works out a plain window faster than it looks it up.
+    /// Entries of `lut`, or 0 when the caller does not say. It only makes a job faster: a plain
+    /// window with an entry for every word (65,536 from 0, or from -32,768) is computed instead of
+    /// looked up.
     int lutCount = 0;
 };
 
-/// Question of `CXImageCreator::GetOutputSize`.
+/// Input of `CXImageCreator::GetOutputSize`.
 struct _OUTSIZE_INFO {
     CRect roi;                 ///< the part to show, image pixels
     double zoom = 1.0;         ///< display pixels for one image pixel
@@ -76,7 +73,7 @@ struct _OUTSIZE_INFO {
     int rotation = 0;          ///< degrees
 };
 
-/// Question of `CXImageCreator::GetRenderingROI`.
+/// Input of `CXImageCreator::GetRenderingROI`.
 struct _ROI_INFO {
     CRect viewRect;          ///< the view, device pixels
     int imageWidth = 0;      ///< image columns
@@ -92,7 +89,7 @@ struct _ROI_INFO {
 ///
 /// Between jobs it owns nothing, so a copy is always an idle object. One object serves one thread
 /// at a time; different objects may work at once. Scaling is linear between pixel centres:
-/// destination pixel i samples the source at (i + 0.5) / factor - 0.5, held inside `roi`.
+/// destination pixel i samples the source at (i + 0.5) / factor - 0.5, clamped to `roi`.
 class QUORVEX_API CXImageCreator {
 public:
     CXImageCreator();
@@ -103,76 +100,38 @@ public:
     /// Runs one job.
     ///
     /// The horizontal factor is outputHeight over the height of `roi` times `aspectRatio` (over its
-    /// width for a quarter turn), the vertical one that times `aspectRatio`. What goes beyond the
-    /// output is cut off; an output that goes beyond the scaled image repeats its last column.
+    /// width for a quarter turn), the vertical one that times `aspectRatio`. A scaled image larger
+    /// than the output is cut off; a smaller one repeats its last row or column.
     ///
     /// @return 0, and `output` is complete; or, with `output` untouched,
-    ///         1  a size below 1 or not a multiple of 4 where it must be, bytesPerPixel below 1,
-    ///            another rotation, no pixels, no output
-    ///         3  no table, or no memory
+    ///         1    a size below 1, or not a multiple of 4 where it must be; bytesPerPixel below 1;
+    ///              another rotation; no pixels; no output
+    ///         3    no table, or no memory
     int GetImageWithInfo(_IMAGE_INFO& info);
 
-    /// Says how large the finished image of `roi` is: roi x zoom, the height times `aspectRatio`,
-    /// rounded, then down to a multiple of 4 where a job asks for one. For any rotation but 0 and
-    /// 180 the sides of `roi` change places, and the aspect ratio stays with the width of `roi`. A
-    /// side may come out as 0. Always 0.
+    /// Gives the size of the finished image of `roi`, in pixels: both sides times `zoom`, the
+    /// height also times `aspectRatio`, rounded, then down to a multiple of 4 where a job needs it.
+    /// For any rotation but 0 and 180 the sides of `roi` change places, and the aspect ratio stays
+    /// with the width of `roi`. A side can be 0.
+    ///
+    /// @return always 0
     int GetOutputSize(_OUTSIZE_INFO& info, CSize& size);
 
-    /// Says which part of the image a view shows, in working pixels (rows from the bottom). A view
-    /// that shows none of it gives a rectangle without width or height. Always 0.
+    /// Gives the part of the image that a view shows, in working pixels (rows from the bottom). A
+    /// view that shows none of it gives a rectangle without width or height.
+    ///
+    /// @return always 0
     int GetRenderingROI(_ROI_INFO& info, CRect& rect);
 
     /// Puts every pixel of a buffer through the modality table of `windowing`, in place: unsigned
     /// bytes, or signed 16-bit words; the low 8 or 16 bits of an entry are stored. A value outside
     /// the table takes its nearest end.
     ///
-    /// @param size  pixels a row and rows, without gaps
+    /// @param size  pixels of a row, and rows, without gaps
     /// @return 0, also when there is no table and the pixels stay as they are; or, with the pixels
     ///         untouched, 2: another bytesPerPixel than 1 and 2, no pixels, no memory
     int ApplyModalityLUT(CXWindowing* windowing, unsigned char* pixels, CSize size,
                          int bytesPerPixel);
-
-private:
-    using Bytes = std::unique_ptr<unsigned char[]>;
-
-    int RunStages(_IMAGE_INFO& info);
-    int PrepareRender(_IMAGE_INFO& info);
-    int FetchLut(_IMAGE_INFO& info);
-    void FindRamp(const _IMAGE_INFO& info, int tableCount);
-    const unsigned char* Render(const _IMAGE_INFO& info, int row, int soon);
-    void ReleaseBuffers() noexcept;
-
-    void RawImg2PValue(const _IMAGE_INFO& info, int row, int soon);
-    void RawImg2PValue16(const _IMAGE_INFO& info, int row, int soon);
-    void RawImg2PValue16Half(const _IMAGE_INFO& info, int row, int soon);
-    void RenderColorImage(const _IMAGE_INFO& info, int row, int soon);
-    void RenderSuppPal(const _IMAGE_INFO& info, int row);
-    template <class Reader>
-    void MapRow(const _IMAGE_INFO& info, int row, int soon);
-    void MapRowByRamp(const _IMAGE_INFO& info, int row, int soon);
-    unsigned char* WorkRow(const _IMAGE_INFO& info, int row) const noexcept;
-    unsigned char* CompositeRow(const _IMAGE_INFO& info, int row) const noexcept;
-
-    int ArrangeRender(const _IMAGE_INFO& info);
-    void ApplyOverlay(const _IMAGE_INFO& info, int row);
-    void ResizeInto(const _IMAGE_INFO& info, unsigned char* destination, CSize size);
-    void HorizontalFlipImage(unsigned char* image, CSize size) const;
-    void RotateImage(const unsigned char* image, CSize size, int angle,
-                     unsigned char* rotated) const;
-    static CPoint CalcImagePanOffset(int rotation, int flip, CPoint pan);
-
-    // The working image is never whole in memory: the resampler asks for the rows that it needs, two
-    // at a time at most, and no other row is ever mapped.
-    Bytes workImage;       ///< two rows of the working image, even and odd
-    Bytes workLut;         ///< made of the table of `windowing`, for every value of a pixel
-    Bytes compositeImage;  ///< two rows of grey with the supplemental palette's colours
-    int workPixelSize = 1;
-    double scale = 1.0;
-    int outputPixelSize = 1;
-    CRect workRoi;                              ///< the record's `roi`, cut to the image
-    const unsigned char* valueTable = nullptr;  ///< `workLut` or the record's `lut`
-    int valueTableStart = 0;                    ///< stored value of its first entry
-    std::unique_ptr<const WordRamp> ramp;       ///< `valueTable` worked out, where that can be
 };
 
 }  // namespace quorvex
