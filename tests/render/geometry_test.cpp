@@ -23,66 +23,55 @@ TEST(OutputSize, FollowsRegionZoomAndTurn) {
         {"too small to see", {{0, 0, 100, 100}, 0.01, 1.0, 0}, {0, 1}},
         {"no aspect ratio is that of square pixels", {{0, 0, 8, 8}, 1.0, 0.0, 0}, {8, 8}},
         {"beyond any size", {{0, 0, 8, 8}, 1e300, 1.0, 0}, {INT_MAX - 3, INT_MAX}},
-        {"no number", {{0, 0, 8, 8}, NAN, 1.0, 0}, {0, 0}},
+        {"NaN", {{0, 0, 8, 8}, NAN, 1.0, 0}, {0, 0}},
     };
     for (auto c : kCases) {
         CSize size;
         EXPECT_EQ(CXImageCreator().GetOutputSize(c.info, size), 0);
-        EXPECT_EQ(size.cx, c.size.cx) << c.what;
-        EXPECT_EQ(size.cy, c.size.cy) << c.what;
+        EXPECT_EQ(size, c.size) << c.what << ": " << size.cx << " x " << size.cy;
     }
 }
 
-// View, columns, rows, rotation, flip, zoom, pan, aspect ratio.
 TEST(RenderingRoi, ShowsWhatTheViewSees) {
-    constexpr struct {
+    constexpr struct {  // of an image of 100 x 80 pixels
         const char* what;
-        _ROI_INFO info;
+        CSize view;
+        int rotation, flip;
+        double zoom;
+        CPoint pan;
+        double aspectRatio;
         CRect rect;
     } kCases[] = {
-        {"a view larger than the image",
-         {{0, 0, 1000, 900}, 100, 80, 0, 0, 1.0, {0, 0}, 1.0},
-         {0, 0, 100, 80}},
-        {"the middle at zoom 2",
-         {{0, 0, 100, 80}, 100, 80, 0, 0, 2.0, {0, 0}, 1.0},
-         {25, 20, 75, 60}},
-        {"pan right and down: lower columns, higher rows",
-         {{0, 0, 100, 80}, 100, 80, 0, 0, 2.0, {20, 10}, 1.0},
-         {15, 25, 65, 65}},
-        {"the same, mirrored",
-         {{0, 0, 100, 80}, 100, 80, 0, 1, 2.0, {20, 10}, 1.0},
-         {15, 15, 65, 55}},
-        {"a quarter turn swaps view and pan",
-         {{0, 0, 80, 100}, 100, 80, 90, 0, 2.0, {20, 10}, 1.0},
-         {20, 10, 70, 50}},
-        {"the other quarter, mirrored",
-         {{0, 0, 80, 100}, 100, 80, 270, 1, 2.0, {20, 10}, 1.0},
-         {30, 10, 80, 50}},
-        {"half a turn", {{0, 0, 100, 80}, 100, 80, 180, 0, 2.0, {20, 10}, 1.0}, {35, 15, 85, 55}},
-        {"another rotation leaves the pan as it is",
-         {{0, 0, 80, 100}, 100, 80, 45, 0, 2.0, {20, 10}, 1.0},
-         {15, 25, 65, 65}},
-        {"moved out to the right",
-         {{0, 0, 100, 80}, 100, 80, 0, 0, 1.0, {500, 0}, 1.0},
-         {0, 0, 0, 80}},
-        {"moved out to the left",
-         {{0, 0, 100, 80}, 100, 80, 0, 0, 1.0, {-500, 0}, 1.0},
-         {100, 0, 100, 80}},
-        {"tall pixels: rows are held by the image's height alone",
-         {{0, 0, 100, 80}, 100, 80, 0, 0, 1.0, {0, 0}, 2.0},
-         {0, 40, 100, 40}},
-        {"a pan without an opposite",
-         {{0, 0, 100, 80}, 100, 80, 180, 0, 1.0, {INT_MIN, INT_MIN}, 1.0},
-         {0, 80, 0, 80}},
-        {"no zoom", {{0, 0, 100, 80}, 100, 80, 0, 0, 0.0, {0, 0}, 1.0}, {0, 0, 0, 0}},
+        {"a view larger than the image", {1000, 900}, 0, 0, 1.0, {0, 0}, 1.0, {0, 0, 100, 80}},
+        {"the middle at zoom 2", {100, 80}, 0, 0, 2.0, {0, 0}, 1.0, {25, 20, 75, 60}},
+        {"to lower columns, higher rows", {100, 80}, 0, 0, 2.0, {20, 10}, 1.0, {15, 25, 65, 65}},
+        {"the same, mirrored", {100, 80}, 0, 1, 2.0, {20, 10}, 1.0, {15, 15, 65, 55}},
+        {"a quarter turn swaps both", {80, 100}, 90, 0, 2.0, {20, 10}, 1.0, {20, 10, 70, 50}},
+        {"the same, mirrored", {80, 100}, 90, 1, 2.0, {20, 10}, 1.0, {20, 30, 70, 70}},
+        {"three quarters", {80, 100}, 270, 0, 2.0, {20, 10}, 1.0, {30, 30, 80, 70}},
+        {"the same, mirrored", {80, 100}, 270, 1, 2.0, {20, 10}, 1.0, {30, 10, 80, 50}},
+        {"half a turn", {100, 80}, 180, 0, 2.0, {20, 10}, 1.0, {35, 15, 85, 55}},
+        {"the same, mirrored", {100, 80}, 180, 1, 2.0, {20, 10}, 1.0, {35, 25, 85, 65}},
+        {"another rotation keeps the pan", {80, 100}, 45, 0, 2.0, {20, 10}, 1.0, {15, 25, 65, 65}},
+        {"moved out to the right", {100, 80}, 0, 0, 1.0, {500, 0}, 1.0, {0, 0, 0, 80}},
+        {"moved out to the left", {100, 80}, 0, 0, 1.0, {-500, 0}, 1.0, {100, 0, 100, 80}},
+        {"tall pixels: clamped to the height", {100, 80}, 0, 0, 1.0, {0, 0}, 2.0, {0, 40, 100, 40}},
+        {"no opposite", {100, 80}, 180, 0, 1.0, {INT_MIN, INT_MIN}, 1.0, {0, 80, 0, 80}},
+        {"no zoom", {100, 80}, 0, 0, 0.0, {0, 0}, 1.0, {0, 0, 0, 0}},
     };
-    for (auto c : kCases) {
+    for (const auto& c : kCases) {
+        _ROI_INFO info{{0, 0, c.view.cx, c.view.cy},
+                       100,
+                       80,
+                       c.rotation,
+                       c.flip,
+                       c.zoom,
+                       c.pan,
+                       c.aspectRatio};
         CRect rect;
-        EXPECT_EQ(CXImageCreator().GetRenderingROI(c.info, rect), 0);
-        EXPECT_EQ(rect.left, c.rect.left) << c.what;
-        EXPECT_EQ(rect.top, c.rect.top) << c.what;
-        EXPECT_EQ(rect.right, c.rect.right) << c.what;
-        EXPECT_EQ(rect.bottom, c.rect.bottom) << c.what;
+        EXPECT_EQ(CXImageCreator().GetRenderingROI(info, rect), 0);
+        EXPECT_EQ(rect, c.rect) << c.what << ", " << c.rotation << ": " << rect.left << ", "
+                                << rect.top << ", " << rect.right << ", " << rect.bottom;
     }
 }
 
