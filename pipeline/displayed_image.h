@@ -57,8 +57,8 @@ struct DisplayedImage {
     RenderedView renderedView;
     int resultPixelSize = 0;  ///< bytes of one pixel of the next result, without a palette layer
 
-    /// Lays the image out as its presentation asks: zoom, pan, region and aspect ratio. There must be
-    /// a presentation.
+    /// Lays the image out as its presentation asks: zoom, pan, region and aspect ratio. There must
+    /// be a presentation.
     void PrepareDisplayAreaTransform() noexcept;
     /// Fits the displayed area, or without one the image, and centres it.
     void PrepareScaleToFit() noexcept;

@@ -26,7 +26,8 @@ struct PixelHeader {
     [[nodiscard]] StoredLayout Layout() const noexcept;
 };
 
-/// Whether an image has pixels, at most `kLargestBlock` bytes of them, and samples of up to 32 bits.
+/// Whether an image has pixels, at most `kLargestBlock` bytes of them, and samples of up to 32
+/// bits.
 [[nodiscard]] bool IsUsable(const PixelHeader& pixels);
 
 /// Nothing where the header's image is not usable.

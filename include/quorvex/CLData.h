@@ -39,11 +39,11 @@ public:
 
 /// Gathers the overlays that lie in unused bits of a frame into one plane, as `CLData` takes it.
 ///
-/// Takes every plane of the groups (6000) to (601E) that has the size of the image and whose bits lie
-/// in the frame.
+/// Takes every plane of the groups (6000) to (601E) that has the size of the image and whose bits
+/// lie in the frame.
 ///
 /// @param object     the frame's header
-/// @param frame      `frameSize` bytes, as they are stored; pixels past the end have no overlay bits
+/// @param frame      `frameSize` bytes as they are stored; pixels past the end have no overlay
 /// @param plane      receives a new block of `planeSize` bytes, yours to release with delete[];
 ///                   null without such an overlay
 /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA without an object or a frame, without

@@ -35,12 +35,12 @@ public:
     /// Opens a file and shows one of its frames, fitted to the view.
     ///
     /// Defaults of absent attributes: 1 for Samples per Pixel, 0 for Pixel Representation, Bits
-    /// Allocated for Bits Stored. Frames of 1 bit a pixel show 0 black and 1 white. Grey frames whose
-    /// values do not fit into 16 bits are scaled to 16 bits, window included, so that they look as
-    /// they would unscaled; those that a tiny rescale slope would leave without detail keep their
-    /// stored values, and the window counts in these. Bits beyond Bits Stored are ignored. Colour
-    /// frames with more than 8 bits a sample show the highest 8 stored ones. A frame shorter than its
-    /// header says ends in zeros. Palette colour is shown as grey indices.
+    /// Allocated for Bits Stored. Frames of 1 bit a pixel show 0 black and 1 white. Grey frames
+    /// whose values do not fit into 16 bits are scaled to 16 bits, window included, so that they
+    /// look as they would unscaled; those that a tiny rescale slope would leave without detail keep
+    /// their stored values, and the window counts in these. Bits beyond Bits Stored are ignored.
+    /// Colour frames with more than 8 bits a sample show the highest 8 stored ones. A frame shorter
+    /// than its header says ends in zeros. Palette colour is shown as grey indices.
     ///
     /// The window starts as the image states it, or over the full range of values met so far on
     /// this object (0 always included).
@@ -67,7 +67,8 @@ public:
     /// @param maxValue   highest value of grey pixels; colour uses 0 to 255
     /// @param minValue   lowest value of grey pixels
     /// @param reserved   has no effect
-    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA without an object, pixels or memory
+    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA without an object, pixels or
+    ///         memory
     QUORVEX_MESSAGE Initialize(CDcmApp* app, CDcmObject* object, unsigned char* pixelData,
                                CSize viewSize, int maxValue, int minValue, int reserved);
 
@@ -85,7 +86,8 @@ public:
     ///
     /// No modality stage, no parser; rotation and flip stay as they were. The overlay and palette
     /// layers, and which of them is drawn, stay until this overload is called again; a layer is not
-    /// drawn over an image of another size. Sizes are those of the volume, whatever the object says.
+    /// drawn over an image of another size. Sizes are those of the volume, whatever the object
+    /// says.
     ///
     /// imageKind  what it shows
     /// 2          one byte or word a pixel in the colours of the object's palette, as grey where it
@@ -98,7 +100,7 @@ public:
     ///
     /// @param object    may be null
     /// @param data      see `CLData`; copied
-    /// @param maxValue  highest value of grey pixels; colour uses 0 to 255, and kind 3 at least that
+    /// @param maxValue  highest value of grey pixels; colour uses 0 to 255, kind 3 at least that
     /// @param minValue  lowest value of grey pixels
     /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA without data, pixels, a usable
     ///         size or memory; the former image then stays
@@ -114,9 +116,9 @@ public:
     /// Lays a presentation state, from a file, over the image that is open.
     ///
     /// Its window or tables, rotation and flip replace those of the image; its displayed area takes
-    /// effect when the view next gets another size; its modality stage is not shown; its shutter and
-    /// annotations are shown where `ShowShutter` and `ShowAnnotations` ask for them. A state that
-    /// cannot be read leaves the image without presentation.
+    /// effect when the view next gets another size; its modality stage is not shown; its shutter
+    /// and annotations are shown where `ShowShutter` and `ShowAnnotations` ask for them. A state
+    /// that cannot be read leaves the image without presentation.
     ///
     /// @return QVM_SUCCESS, also without an open image, where nothing happens; QVM_ERROR_NO_IMAGE
     ///         without memory, nothing changed
@@ -150,26 +152,26 @@ public:
     /// A new size of the drawing area: the image is laid out afresh, zoom and pan start over. The
     /// present size changes nothing.
     QUORVEX_MESSAGE UpdateViewSize(CSize newViewSize);
-    /// Complements the image from the next render on, for the rest of the object's life: black shows
-    /// as white. A second call changes nothing.
+    /// Complements the image from the next render on, for the rest of the object's life: black
+    /// shows as white. A second call changes nothing.
     QUORVEX_MESSAGE Inverse();
 
     /// Shows the shutter of the image or its state from the next render on; 0 stops that. Off at
     /// first, and kept when another image comes in.
     ///
     /// Hidden pixels take the high 8 bits of the shutter's presentation value, in colour images for
-    /// red, green and blue alike, whatever the window and `Inverse` make of the others; what scaling
-    /// mixes is mixed with it. Overlays lie over the shutter. A mask of another size than the image's
-    /// hides nothing.
+    /// red, green and blue alike, whatever the window and `Inverse` make of the others; what
+    /// scaling mixes is mixed with it. Overlays lie over the shutter. A mask of another size than
+    /// the image's hides nothing.
     QUORVEX_MESSAGE ShowShutter(int on);
     /// Draws the annotations of the image or its state over it, from the next `Draw` on; 0 stops
     /// that. Off at first, and kept when another image comes in. The rendered result has none.
     ///
-    /// Image coordinates ("PIXEL", (0, 0) the upper left corner of the upper left pixel) turn, flip,
-    /// zoom and pan with the result that `Draw` shows. Display coordinates ("DISPLAY") stay with the
-    /// displayed area as it lies when it has just been laid out in the view: the user's zoom and pan
-    /// do not move them. Text is upright and stands in its box, as large as the box's height allows
-    /// within limits. Lines and text are white with a dark rim; areas are tinted.
+    /// Image coordinates ("PIXEL", (0, 0) the upper left corner of the upper left pixel) turn,
+    /// flip, zoom and pan with the result that `Draw` shows. Display coordinates ("DISPLAY") stay
+    /// with the displayed area as it lies when it has just been laid out in the view: the user's
+    /// zoom and pan do not move them. Text is upright and stands in its box, as large as the box's
+    /// height allows within limits. Lines and text are white with a dark rim; areas are tinted.
     ///
     /// A build without its drawing library, Cairo, draws none; so does a surface with a side above
     /// 32,767 pixels.
@@ -220,8 +222,8 @@ public:
     /// Draws the first overlay plane that has Overlay Data of one bit a pixel.
     ///
     /// Overlay groups run from (6000) to (601E); one that lacks rows, columns, origin or bits
-    /// allocated is skipped. What hangs over an edge of the image is cut off. Overlay Data that ends
-    /// early leaves the rest clear.
+    /// allocated is skipped. What hangs over an edge of the image is cut off. Overlay Data that
+    /// ends early leaves the rest clear.
     ///
     /// @param object   the image's header
     /// @param pixels   has no effect
@@ -245,8 +247,8 @@ public:
     /// in the pixel data.
     ///
     /// @param data  may be null: then planes in the pixel data have no bits
-    /// @param bitsAllocated,samplesPerPixel,columns,rows,pixelRepresentation  of the image; bits and
-    ///              samples both 0 take all five from the object
+    /// @param bitsAllocated,samplesPerPixel,columns,rows,pixelRepresentation  of the image; with
+    ///              bits and samples both 0 all five come from the object
     /// The others, and the result, as above.
     QUORVEX_MESSAGE MakeOverlayImage2(CDcmObject* object, CLData* data, unsigned char* overlay,
                                       unsigned long& length, unsigned short& outWidth, int reserved,
@@ -280,8 +282,8 @@ public:
     ///
     /// Entries scale to bytes as in `CxDcmParser::GetRGBBufferFromPaletteImage`.
     ///
-    /// @param rgb            receives a new block of paddedColumns x Rows x 3 bytes; rows lie packed
-    ///                       at Columns x 3 bytes, the tail stays 0
+    /// @param rgb            receives a new block of paddedColumns x Rows x 3 bytes; rows are
+    ///                       packed at Columns x 3 bytes, the tail stays 0
     /// @param length         receives Rows x Columns x 3
     /// @param paddedColumns  receives Columns rounded up to a multiple of 4; untouched on failure
     QUORVEX_MESSAGE MakePaletteColorImage(CDcmObject* object, unsigned char* pixels,

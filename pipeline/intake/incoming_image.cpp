@@ -91,8 +91,8 @@ void IncomingImage::SetDomain(const ModalityFrame& frame) {
     quorvex::SetDomain(range, low, high);
 }
 
-// A record's window counts in values. Where those are no usable whole numbers, it counts in elements,
-// like the pixels.
+// A record's window counts in values. Where those are no usable whole numbers, it counts in
+// elements, like the pixels.
 void IncomingImage::TakeScale(const ValueScale& frameScale) {
     if (FitsWholeNumbers(frameScale)) {
         scale_ = frameScale;

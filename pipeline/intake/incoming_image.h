@@ -38,8 +38,8 @@ struct IncomingImage {
     /// Takes a grey frame, and adds its values to those met. Needs the record.
     void TakeGrey(ModalityFrame frame);
 
-    /// Becomes the image on show, laid out afresh; the values met are not taken over. Where it throws
-    /// `current` is as it was.
+    /// Becomes the image on show, laid out afresh; the values met are not taken over. Where it
+    /// throws `current` is as it was.
     void Replace(DisplayedImage& current);
 
 private:

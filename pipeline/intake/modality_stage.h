@@ -34,8 +34,8 @@ struct ModalityFrame {
 /// Runs the stage.
 ///
 /// @param frame  the frame as stored; its block is used again where it can be
-/// @param met    values met so far: a scaled frame is scaled so that these fit too, and windows over
-///               the full range stay comparable from frame to frame
+/// @param met    values met so far: a scaled frame is scaled so that these fit too, and windows
+///               over the full range stay comparable from frame to frame
 [[nodiscard]] ModalityFrame ApplyModalityStage(PixelBlock frame, const StoredLayout& layout,
                                                const ModalityTransform& transform, ValueSpan met);
 

@@ -27,7 +27,8 @@ public:
     /// The whole number to add, where the stage does nothing else.
     [[nodiscard]] std::optional<std::int64_t> Offset() const noexcept;
 
-    /// The modality value of a stored one, truncated towards zero; outside a table its nearest entry.
+    /// The modality value of a stored one, truncated towards zero; outside a table its nearest
+    /// entry.
     [[nodiscard]] std::int64_t operator()(std::int64_t stored) const noexcept;
     /// Lowest and highest modality value of stored ones that fill `stored`. Not for tables.
     [[nodiscard]] ValueSpan SpanOfRescaled(ValueSpan stored) const noexcept;

@@ -8,8 +8,8 @@ namespace quorvex {
 class CXGSPSInfo;
 struct DrawingSurface;
 
-/// Draws the graphics of a record, then its texts. What cannot be placed is left out, and so are all
-/// in a build without a drawing library.
+/// Draws the graphics of a record, then its texts. What cannot be placed is left out, and so are
+/// all in a build without a drawing library.
 void DrawAnnotations(const CXGSPSInfo& record, const AnnotationPlace& place,
                      const DrawingSurface& surface);
 

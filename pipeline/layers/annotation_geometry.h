@@ -20,7 +20,8 @@ struct SurfaceArea {
     double bottom = 0.0;
 };
 
-/// From image coordinates to a surface: the way that a render job takes the pixels, and then `Draw`.
+/// From image coordinates to a surface: the way that a render job takes the pixels, and then
+/// `Draw`.
 ///
 /// A job scales by the ratio of its whole output size to the image, keeps the image's lower left
 /// corner, cuts the width to a multiple of 4, mirrors what is left, and turns it.

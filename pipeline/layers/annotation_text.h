@@ -23,9 +23,9 @@ struct PlacedText {
     SurfaceArea area;       ///< what the lines cover
 };
 
-/// The text upright: in its box, from the top, with the justification that it states; without a box,
-/// to the right of its anchor. Nothing without a usable box or anchor. Lines past the 64th are left
-/// out.
+/// The text upright: in its box, from the top, with the justification that it states; without a
+/// box, to the right of its anchor. Nothing without a usable box or anchor. Lines past the 64th are
+/// left out.
 ///
 /// @param canvas  measures the lines
 [[nodiscard]] std::optional<PlacedText> PlaceText(const GSPSTextObject& text,

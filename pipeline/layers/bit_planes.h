@@ -33,14 +33,14 @@ void ClearMask(std::span<unsigned char> mask, std::size_t index) noexcept;
 /// Merges a plane into the top left corner of a target of at least as many pixels; a larger plane
 /// is skipped.
 ///
-/// Planes of one size are merged byte by byte, so that both may be in overlay order; bits at the end
-/// that fill no whole byte are left out. Other planes are read in mask order. Bits past the end of
-/// either block are skipped.
+/// Planes of one size are merged byte by byte, so that both may be in overlay order; bits at the
+/// end that fill no whole byte are left out. Other planes are read in mask order. Bits past the end
+/// of either block are skipped.
 void MergeOverlay(std::span<unsigned char> target, std::span<const unsigned char> plane,
                   PlaneSize targetSize, PlaneSize planeSize) noexcept;
 
-/// Calls `mark(k)` for every set bit `first` + k, k below `count`, of a plane in overlay order. Bits
-/// past its end are not set.
+/// Calls `mark(k)` for every set bit `first` + k, k below `count`, of a plane in overlay order.
+/// Bits past its end are not set.
 template <class Mark>
 void ForEachSetBit(std::span<const unsigned char> plane, std::size_t first, std::size_t count,
                    Mark mark) {

@@ -11,8 +11,9 @@ namespace quorvex {
 class CDcmObject;
 
 /// All overlays of `object` over an image of that size, in the layout of the working image: rows
-/// from the bottom, one byte a pixel, or blue, green, red for an image of more than 2 bytes a pixel.
-/// `embedded` are the bits of planes that lie in the pixel data. Without an object all is clear.
+/// from the bottom, one byte a pixel, or blue, green, red for an image of more than 2 bytes a
+/// pixel. `embedded` are the bits of planes that lie in the pixel data. Without an object all is
+/// clear.
 [[nodiscard]] PixelBlock OverlayLayer(const CDcmObject* object,
                                       std::span<const unsigned char> embedded, CSize imageSize,
                                       int imageBytesPerPixel);

@@ -36,8 +36,8 @@ struct OverlayPlane {
                                                            std::uint32_t group,
                                                            bool needsBitPosition);
 
-/// Overlay Data in overlay order, as much of it as the plane has bits for, or less; nothing where it
-/// is missing.
+/// Overlay Data in overlay order, as much of it as the plane has bits for, or less; nothing where
+/// it is missing.
 [[nodiscard]] std::optional<std::vector<unsigned char>> ReadOverlayData(const CDcmObject& object,
                                                                         const OverlayPlane& plane);
 

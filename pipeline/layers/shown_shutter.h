@@ -18,8 +18,9 @@ struct ShutteredLayers {
     PixelBlock palette;
 };
 
-/// Makes `job`, which has all but its output, show the record's presentation value wherever its mask
-/// hides a pixel. Null where the record has no mask. The record and the result must outlive the job.
+/// Makes `job`, which has all but its output, show the record's presentation value wherever its
+/// mask hides a pixel. Null where the record has no mask. The record and the result must outlive
+/// the job.
 [[nodiscard]] std::unique_ptr<ShutteredLayers> PutShutter(_IMAGE_INFO& job,
                                                           const CXGSPSInfo& record);
 

@@ -12,8 +12,8 @@ namespace quorvex {
 
 /// Header and colour table for a bottom-up image that lies elsewhere and must outlive it.
 ///
-/// Rendered rows are a multiple of 4 pixels wide, as long as the rows of a bitmap: nothing has to be
-/// copied.
+/// Rendered rows are a multiple of 4 pixels wide, as long as the rows of a bitmap: nothing has to
+/// be copied.
 class CXDib {
 public:
     /// @param bitCount  1, 4 or 8 (with a grey ramp as colour table), or 16, 24, 32

@@ -39,8 +39,8 @@ double Extent(std::int32_t low, std::int32_t high) noexcept {
 }  // namespace
 
 void DisplayedImage::PrepareDisplayAreaTransform() noexcept {
-    // A state that mirrors or turns names the corners as they lie afterwards: any of them may be the
-    // upper left one.
+    // A state that mirrors or turns names the corners as they lie afterwards: any of them may be
+    // the upper left one.
     const auto [left, right] =
         std::minmax(presentation->displayedAreaLeft, presentation->displayedAreaRight);
     const auto [top, bottom] =

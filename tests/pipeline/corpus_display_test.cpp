@@ -1,19 +1,16 @@
-#include "quorvex/CXDIPP.h"
-#include "quorvex/CXGSPSInfo.h"
-#include "tests/pipeline/inspector.h"
-#include "tests/support/corpus.h"
+#include "quorvex/Attributes.h"
+#include "quorvex/Tags.h"
+#include "tests/pipeline/corpus_expectations.h"
+#include "tests/pipeline/shown.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
-#include <gtest/gtest.h>
-#include <memory>
 #include <numeric>
 #include <sstream>
 #include <string>
 #include <vector>
 
-namespace quorvex {
+namespace quorvex::pipeline_test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -25,18 +22,6 @@ struct Expectation {
     double center = 0, width = 0, tolerance = 0, mean = 0;
     std::vector<double> grid;
 };
-
-std::vector<std::string> LinesOf(const std::string& command) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-    std::string text;
-    char piece[4096];
-    while (const auto count = std::fread(piece, 1, sizeof piece, pipe.get()))
-        text.append(piece, count);
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) lines.push_back(line);
-    return lines;
-}
 
 Expectation ParseLine(const std::string& line) {
     std::istringstream stream(line);
@@ -67,7 +52,7 @@ bool ShowsAnotherStage(const Expectation& e) {
 }
 
 // Blocks divide the whole image, of which the result may lack the last columns.
-double BlockMean(const std::vector<int>& rows, int resultWidth, CSize image, int row, int column) {
+double BlockMean(const Values& rows, int resultWidth, CSize image, int row, int column) {
     double sum = 0;
     int count = 0;
     const int right = std::min(image.cx * (column + 1) / kBlocks, resultWidth);
@@ -86,21 +71,24 @@ void ExpectShownAs(const fs::path& corpus, const Expectation& e) {
     CDcmApp app;
     ASSERT_EQ(dipp.Initialize(&app, CString((corpus / e.file).string()), {512, 512}, 0),
               QVM_SUCCESS);
-    const CXDIPPInspector look{dipp};
-    if (look.Record().voiLUTData != nullptr && e.method.find("window") == 0) return;
-    dipp.UpdateZoom_ABS(1.0);
-    const std::vector<int> values = pipeline_test::Rendered(dipp);
-    CSize size;
-    int pixelSize = 0;
-    dipp.GetResultImageInfo(size, pixelSize);
-    ASSERT_EQ(pixelSize, 1);
+    CxDcmParser parser;
+    ASSERT_EQ(parser.Initialize(&app, CString((corpus / e.file).string()), 0), QVM_SUCCESS);
+    const CDcmObject& header = *parser.GetHeader();
+    CDcmItem lut;
+    const bool hasLut = header.GetValue(tag::kVOILUTSequence, lut) == kDcmSuccess;
+    if (hasLut && e.method.starts_with("window")) return;
+    const CSize image{Read<int>(header, tag::kColumns).value_or(0),
+                      Read<int>(header, tag::kRows).value_or(0)};
+    const Values values = Shown(dipp);
+    const auto result = test::ResultOf(dipp);
+    ASSERT_EQ(result.pixelSize, 1);
     const double sum = std::accumulate(values.begin(), values.end(), 0.0);
     // Whole-number windows and the resampled last columns allow one more level.
     const double tolerance = e.tolerance + 1.0;
     EXPECT_NEAR(sum / static_cast<double>(values.size()), e.mean, tolerance);
     ASSERT_EQ(e.grid.size(), static_cast<std::size_t>(kBlocks * kBlocks));
     for (int block = 0; block < kBlocks * kBlocks; ++block) {
-        EXPECT_NEAR(BlockMean(values, size.cx, look.ImageSize(), block / kBlocks, block % kBlocks),
+        EXPECT_NEAR(BlockMean(values, result.size.cx, image, block / kBlocks, block % kBlocks),
                     e.grid[static_cast<std::size_t>(block)], tolerance)
             << "block " << block;
     }
@@ -109,9 +97,7 @@ void ExpectShownAs(const fs::path& corpus, const Expectation& e) {
 TEST(CorpusDisplay, LooksAsIndependentToolsSay) {
     const fs::path corpus = test::CorpusFolder();
     if (corpus.empty()) GTEST_SKIP() << "QUORVEX_CORPUS is not set";
-    const auto lines =
-        LinesOf("python3 " QUORVEX_SOURCE_DIR "/tests/pipeline/display_expectations.py '" +
-                (corpus / "MANIFEST.json").string() + "'");
+    const auto lines = ExpectationsBy("display_expectations.py");
     ASSERT_FALSE(lines.empty());
     for (const auto& line : lines) {
         const Expectation expectation = ParseLine(line);
@@ -121,4 +107,4 @@ TEST(CorpusDisplay, LooksAsIndependentToolsSay) {
 }
 
 }  // namespace
-}  // namespace quorvex
+}  // namespace quorvex::pipeline_test

@@ -1,42 +1,21 @@
 // Overlay planes of real files, against what other readers found in them.
 #include "pipeline/layers/embedded_overlay.h"
 #include "pipeline/layers/overlay_planes.h"
-#include "quorvex/CxDcmParser.h"
-#include "tests/support/corpus.h"
+#include "quorvex/Tags.h"
+#include "tests/pipeline/corpus_expectations.h"
+#include "tests/support/answers.h"
+#include "tests/support/scratch_folder.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <memory>
-#include <sstream>
-#include <string>
-#include <vector>
 
-namespace quorvex {
+namespace quorvex::pipeline_test {
 namespace {
 
-namespace fs = std::filesystem;
-
-std::vector<std::string> LinesOf(const std::string& command) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-    std::string text;
-    std::array<char, 4096> piece{};
-    while (const auto count = std::fread(piece.data(), 1, piece.size(), pipe.get()))
-        text.append(piece.data(), count);
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);) lines.push_back(line);
-    return lines;
-}
-
 std::string Sha256Of(const std::string& bytes) {
-    const fs::path path = fs::temp_directory_path() / "quorvex_overlay_plane.bin";
-    std::ofstream(path, std::ios::binary) << bytes;
-    const auto lines = LinesOf("sha256sum '" + path.string() + "'");
-    fs::remove(path);
+    const test::ScratchFolder folder;
+    const auto lines = LinesOf("sha256sum '" + folder.Write("plane", bytes) + "'");
     return lines.empty() ? "" : lines[0].substr(0, 64);
 }
 
@@ -45,15 +24,13 @@ std::vector<unsigned char> BitsOf(CxDcmParser& parser, const OverlayPlane& plane
     if (plane.HasOwnData()) {
         return ReadOverlayData(*parser.GetHeader(), plane).value_or(std::vector<unsigned char>());
     }
-    unsigned char* data = nullptr;
-    unsigned long size = 0;
-    EXPECT_EQ(parser.GetAFrame(0, data, size, 0), QVM_SUCCESS);
-    const std::unique_ptr<unsigned char[]> frame(data);
+    const auto frame = test::FrameOf(parser);
+    EXPECT_TRUE(frame.IsDone());
     CDcmObject onlyThisPlane(*parser.GetHeader());
     for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
-        if (group != plane.group) onlyThisPlane.RemoveValue(group << 16 | 0x0010);
+        if (group != plane.group) onlyThisPlane.RemoveValue(tag::InGroup(group, tag::kOverlayRows));
     }
-    return EmbeddedOverlays(onlyThisPlane, {data, size});
+    return EmbeddedOverlays(onlyThisPlane, frame.bytes);
 }
 
 std::string Unpacked(const std::vector<unsigned char>& bits, std::size_t count) {
@@ -63,11 +40,9 @@ std::string Unpacked(const std::vector<unsigned char>& bits, std::size_t count) 
 }
 
 TEST(CorpusOverlays, HoldTheBitsThatOtherReadersFound) {
-    const fs::path corpus = test::CorpusFolder();
+    const std::filesystem::path corpus = test::CorpusFolder();
     if (corpus.empty()) GTEST_SKIP() << "QUORVEX_CORPUS is not set";
-    const auto lines =
-        LinesOf("python3 " QUORVEX_SOURCE_DIR "/tests/pipeline/overlay_expectations.py '" +
-                (corpus / "MANIFEST.json").string() + "'");
+    const auto lines = ExpectationsBy("overlay_expectations.py");
     ASSERT_FALSE(lines.empty());
     for (const auto& line : lines) {
         SCOPED_TRACE(line);
@@ -87,4 +62,4 @@ TEST(CorpusOverlays, HoldTheBitsThatOtherReadersFound) {
 }
 
 }  // namespace
-}  // namespace quorvex
+}  // namespace quorvex::pipeline_test

@@ -1,35 +1,25 @@
-#include "quorvex/CXDIPP.h"
-#include "quorvex/CXGSPSInfo.h"
-#include "tests/pipeline/inspector.h"
+#include "tests/pipeline/shown.h"
 
-#include <gtest/gtest.h>
-#include <vector>
+#include <algorithm>
 
-namespace quorvex {
+namespace quorvex::pipeline_test {
 namespace {
-
-using pipeline_test::ShowBytes;
 
 constexpr int kView = 40;
 
-/// A view of 40 x 40 pixels; the test image is white on its black.
-struct View {
-    View() : pixels(kView * kView * 4), surface{pixels.data(), kView, kView, kView * 4, 4} {}
-    /// The rectangle that holds all white pixels.
-    [[nodiscard]] CRect White() const {
-        CRect box{kView, kView, 0, 0};
-        for (int y = 0; y < kView; ++y) {
-            for (int x = 0; x < kView; ++x) {
-                if (pixels[static_cast<std::size_t>((y * kView + x) * 4)] < 100) continue;
-                box = {std::min(box.left, x), std::min(box.top, y), std::max(box.right, x + 1),
-                       std::max(box.bottom, y + 1)};
-            }
-        }
-        return box;
+/// The rectangle that holds all white pixels of a black view of 40 x 40.
+CRect White(CXDIPP& dipp) {
+    const auto drawn = test::DrawnOf(dipp, {kView, kView}, 4);
+    EXPECT_EQ(drawn.code, QVM_SUCCESS);
+    CRect box{kView, kView, 0, 0};
+    for (int i = 0; i < kView * kView; ++i) {
+        if (drawn.bytes[static_cast<std::size_t>(i) * 4] < 100) continue;
+        const CPoint at{i % kView, i / kView};
+        box = {std::min(box.left, at.x), std::min(box.top, at.y), std::max(box.right, at.x + 1),
+               std::max(box.bottom, at.y + 1)};
     }
-    std::vector<unsigned char> pixels;
-    DrawingSurface surface;
-};
+    return box;
+}
 
 struct PlaceCase {
     const char* what;
@@ -40,7 +30,6 @@ struct PlaceCase {
     double aspectRatio;
     CRect white;
 };
-
 const PlaceCase kPlaces[] = {
     {"centred", {16, 8}, 1, {0, 0}, 0, 1, {12, 16, 28, 24}},
     {"panned", {16, 8}, 1, {-10, 12}, 0, 1, {2, 28, 18, 36}},
@@ -58,54 +47,44 @@ const PlaceCase kPlaces[] = {
 TEST(Draw, PlacesTheResult) {
     for (const auto& c : kPlaces) {
         SCOPED_TRACE(c.what);
+        TestVolume volume(c.image, 8, Repeated(c.image.cx * c.image.cy, 200));
+        volume.data.aspectRatioVertical = c.aspectRatio;
         CXDIPP dipp;
-        ShowBytes(
-            dipp,
-            std::vector<unsigned char>(static_cast<std::size_t>(c.image.cx * c.image.cy), 200),
-            c.image, {kView, kView});
-        CXDIPPInspector{dipp}.AspectRatio() = c.aspectRatio;
+        ASSERT_EQ(dipp.Initialize(&volume.data, {kView, kView}, 255, 0), QVM_SUCCESS);
         dipp.UpdateZoom_ABS(c.zoom);
         dipp.UpdateRotate_ABS(c.rotation);
         EXPECT_EQ(dipp.Render(), QVM_SUCCESS);
         dipp.UpdatePan_Offset(c.pan);  // acts without another render
-        View view;
-        CDC dc(&view.surface);
-        EXPECT_EQ(dipp.Draw(&dc), QVM_SUCCESS);
-        const CRect white = view.White();
+        const CRect white = White(dipp);
         EXPECT_EQ(white, c.white) << white.left << "," << white.top << "," << white.right << ","
                                   << white.bottom;
     }
 }
 
 TEST(Draw, ShowsTheTopOfTheImageAtTheTop) {
-    std::vector<unsigned char> pixels(8 * 8);
+    Bytes pixels(8 * 8);
     pixels[3] = 255;  // row 0
     CXDIPP dipp;
     ShowBytes(dipp, pixels, {8, 8}, {kView, kView});
-    dipp.UpdateZoom_ABS(1.0);
-    ASSERT_EQ(dipp.Render(), QVM_SUCCESS);
-    View view;
-    CDC dc(&view.surface);
-    dipp.Draw(&dc);
-    EXPECT_EQ(view.White(), (CRect{19, 16, 20, 17}));
+    Shown(dipp);
+    EXPECT_EQ(White(dipp), (CRect{19, 16, 20, 17}));
 }
 
 TEST(Draw, NeedsNoSurfaceToSurvive) {
     CXDIPP dipp;
-    ShowBytes(dipp, std::vector<unsigned char>(64, 255), {8, 8}, {8, 8});
+    ShowBytes(dipp, Repeated(64, 255), {8, 8}, {8, 8});
     ASSERT_EQ(dipp.Render(), QVM_SUCCESS);
     CDC none;
-    EXPECT_EQ(dipp.Draw(&none), QVM_SUCCESS);
     DrawingSurface empty;
     CDC onto(&empty);
-    EXPECT_EQ(dipp.Draw(&onto), QVM_SUCCESS);
+    for (CDC* context : {static_cast<CDC*>(nullptr), &none, &onto}) {
+        EXPECT_EQ(dipp.Draw(context), QVM_SUCCESS);
+    }
     dipp.UpdatePan_ABS({2147483647, -2147483647});
     dipp.UpdatePan_Offset({2147483647, -2147483647});
     dipp.UpdateZoom_ABS(1e300);
-    View view;
-    CDC dc(&view.surface);
-    EXPECT_EQ(dipp.Draw(&dc), QVM_SUCCESS);
+    EXPECT_EQ(test::DrawnOf(dipp, {kView, kView}, 4).code, QVM_SUCCESS);
 }
 
 }  // namespace
-}  // namespace quorvex
+}  // namespace quorvex::pipeline_test

@@ -1,24 +1,17 @@
-#include "quorvex/CXDIPP.h"
-#include "tests/pipeline/inspector.h"
+#include "quorvex/Tags.h"
+#include "tests/pipeline/shown.h"
 #include "tests/pipeline/test_objects.h"
+#include "tests/presentation/presentation_objects.h"
 #include "tests/support/corpus.h"
 
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
-namespace quorvex {
+namespace quorvex::pipeline_test {
 namespace {
-
-using pipeline_test::FillImage;
-using pipeline_test::ImageShape;
-using pipeline_test::Rendered;
 
 constexpr ImageShape kShape{{8, 4}, 1, 16, 12, 0, "MONOCHROME2"};
 constexpr std::size_t kFrames = 3;
-constexpr std::uint32_t kShared = 0x52009229;
-constexpr std::uint32_t kPerFrame = 0x52009230;
 
 /// What a frame is shown by, as the texts of a file have it.
 struct Settings {
@@ -35,25 +28,21 @@ constexpr Settings kOfFrames[kFrames] = {
     {"12.5", "0.0625", "20", "60", "1", "2"},
 };
 
-std::vector<unsigned short> FramePixels(std::size_t frame) {
-    std::vector<unsigned short> pixels;
-    for (std::size_t i = 0; i < 32; ++i) {
-        pixels.push_back(static_cast<unsigned short>((i * 131 + frame * 977) % 4096));
-    }
-    return pixels;
-}
-
 void PutRescale(CDcmObjectCommon& to, const Settings& settings) {
-    to.SetValue(0x00281052, settings.intercept);
-    to.SetValue(0x00281053, settings.slope);
+    to.SetValue(tag::kRescaleIntercept, settings.intercept);
+    to.SetValue(tag::kRescaleSlope, settings.slope);
 }
 void PutWindow(CDcmObjectCommon& to, const Settings& settings) {
-    to.SetValue(0x00281050, settings.center);
-    to.SetValue(0x00281051, settings.width);
+    to.SetValue(tag::kWindowCenter, settings.center);
+    to.SetValue(tag::kWindowWidth, settings.width);
 }
 void PutSpacing(CDcmObjectCommon& to, const Settings& settings) {
-    to.SetValue(0x00280030, settings.rowSpacing);
-    to.SetNextValue(0x00280030, settings.columnSpacing);
+    test::Put(to, tag::kPixelSpacing, {settings.rowSpacing, settings.columnSpacing});
+}
+void PutAll(CDcmObjectCommon& to, const Settings& settings) {
+    PutRescale(to, settings);
+    PutWindow(to, settings);
+    PutSpacing(to, settings);
 }
 
 /// A group of one macro whose item `put` fills.
@@ -61,45 +50,48 @@ template <class Put>
 void PutMacro(CDcmItem& groups, std::uint32_t sequence, Put put, const Settings& settings) {
     CDcmItem macro;
     put(macro, settings);
-    groups.SetValue(sequence, &macro);
+    test::PutItems(groups, sequence, {macro});
 }
 
 CDcmItem AllGroups(const Settings& settings) {
     CDcmItem groups;
-    PutMacro(groups, 0x00289145, PutRescale, settings);
-    PutMacro(groups, 0x00289132, PutWindow, settings);
-    PutMacro(groups, 0x00289110, PutSpacing, settings);
+    PutMacro(groups, tag::kPixelValueTransformationSequence, PutRescale, settings);
+    PutMacro(groups, tag::kFrameVOILUTSequence, PutWindow, settings);
+    PutMacro(groups, tag::kPixelMeasuresSequence, PutSpacing, settings);
     return groups;
+}
+
+void PutGroupsOfFrames(CDcmObject& object) {
+    test::PutItems(object, tag::kPerFrameFunctionalGroupsSequence,
+                   {AllGroups(kOfFrames[0]), AllGroups(kOfFrames[1]), AllGroups(kOfFrames[2])});
+}
+
+Words FramePixels(std::size_t frame) {
+    Words pixels;
+    for (std::size_t i = 0; i < 32; ++i) {
+        pixels.push_back(static_cast<unsigned short>((i * 131 + frame * 977) % 4096));
+    }
+    return pixels;
 }
 
 CDcmObject MultiFrame() {
     CDcmObject object;
-    std::vector<unsigned short> pixels;
+    Words pixels;
     for (std::size_t frame = 0; frame < kFrames; ++frame) {
         const auto more = FramePixels(frame);
         pixels.insert(pixels.end(), more.begin(), more.end());
     }
     FillImage(object, kShape, pixels);
-    object.SetValue(0x00280008, std::to_string(kFrames).c_str());
-    return object;
-}
-
-CDcmObject SingleFrame(std::size_t frame, const Settings& settings) {
-    CDcmObject object;
-    FillImage(object, kShape, FramePixels(frame));
-    PutRescale(object, settings);
-    PutWindow(object, settings);
-    PutSpacing(object, settings);
+    object.SetValue(tag::kNumberOfFrames, std::to_string(kFrames).c_str());
     return object;
 }
 
 /// All that a host sees of a frame.
 struct Seen {
-    std::vector<int> pixels;
+    Values pixels;
     double spacingX = 0.0;
     double spacingY = 0.0;
-    int width = 0;
-    int level = 0;
+    CSize window;
     friend bool operator==(const Seen&, const Seen&) = default;
 };
 
@@ -107,84 +99,71 @@ Seen See(CDcmObject& object, std::size_t frame) {
     CDcmApp app;
     CXDIPP dipp;
     EXPECT_EQ(dipp.Initialize(&app, &object, {8, 4}, static_cast<int>(frame)), QVM_SUCCESS);
-    dipp.UpdateZoom_ABS(1.0);
-    Seen seen;
-    seen.pixels = Rendered(dipp);
+    Seen seen{.pixels = Shown(dipp), .window = WindowOf(dipp)};
     dipp.GetPixelSpace(seen.spacingX, seen.spacingY);
-    dipp.GetWindowingFactor(seen.width, seen.level);
     return seen;
+}
+
+/// What a single-frame file with these settings shows.
+Seen SeeTwin(std::size_t frame, const Settings& settings) {
+    CDcmObject twin;
+    FillImage(twin, kShape, FramePixels(frame));
+    PutAll(twin, settings);
+    return See(twin, 0);
 }
 
 TEST(FunctionalGroups, EachFrameLooksLikeItsSingleFrameTwin) {
     CDcmObject enhanced = MultiFrame();
-    for (const Settings& settings : kOfFrames) {
-        CDcmItem groups = AllGroups(settings);
-        enhanced.SetNextValue(kPerFrame, &groups);
-    }
+    PutGroupsOfFrames(enhanced);
     for (std::size_t frame = 0; frame < kFrames; ++frame) {
-        CDcmObject twin = SingleFrame(frame, kOfFrames[frame]);
-        const Seen seen = See(twin, 0);
-        EXPECT_EQ(See(enhanced, frame), seen) << frame;
+        const Seen seen = See(enhanced, frame);
+        EXPECT_EQ(seen, SeeTwin(frame, kOfFrames[frame])) << frame;
         EXPECT_EQ(seen.spacingX, std::stod(kOfFrames[frame].columnSpacing));
     }
     CString untouched;
-    EXPECT_NE(enhanced.GetValue(0x00281052, untouched), kDcmSuccess);
+    EXPECT_NE(enhanced.GetValue(tag::kRescaleIntercept, untouched), kDcmSuccess);
 }
 
 TEST(FunctionalGroups, OfTheFrameWinOverSharedOnesMacroByMacro) {
+    CDcmItem own;  // of the second frame; the first has no macro, the third no groups at all
+    PutMacro(own, tag::kFrameVOILUTSequence, PutWindow, kOfFrames[1]);
+    test::PutItems(own, tag::kPixelMeasuresSequence, {CDcmItem()});  // a macro that says nothing
     CDcmObject enhanced = MultiFrame();
-    CDcmItem shared = AllGroups(kOfFrames[0]);
-    enhanced.SetValue(kShared, &shared);
-    CDcmItem empty;
-    enhanced.SetValue(kPerFrame, &empty);
-    CDcmItem own;
-    PutMacro(own, 0x00289132, PutWindow, kOfFrames[1]);
-    CDcmItem nothing;
-    own.SetValue(0x00289110, &nothing);      // a macro that says nothing
-    enhanced.SetNextValue(kPerFrame, &own);  // the third frame has no groups at all
+    test::PutItems(enhanced, tag::kSharedFunctionalGroupsSequence, {AllGroups(kOfFrames[0])});
+    test::PutItems(enhanced, tag::kPerFrameFunctionalGroupsSequence, {CDcmItem(), own});
 
     Settings mixed = kOfFrames[0];
     mixed.center = kOfFrames[1].center;
     mixed.width = kOfFrames[1].width;
     const Settings* const expected[kFrames] = {&kOfFrames[0], &mixed, &kOfFrames[0]};
     for (std::size_t frame = 0; frame < kFrames; ++frame) {
-        CDcmObject twin = SingleFrame(frame, *expected[frame]);
-        EXPECT_EQ(See(enhanced, frame), See(twin, 0)) << frame;
+        EXPECT_EQ(See(enhanced, frame), SeeTwin(frame, *expected[frame])) << frame;
     }
 }
 
 TEST(FunctionalGroups, GiveWayToTheTopLevel) {
     CDcmObject plain = MultiFrame();
-    PutRescale(plain, kOfFrames[1]);
-    PutWindow(plain, kOfFrames[1]);
-    PutSpacing(plain, kOfFrames[1]);
+    PutAll(plain, kOfFrames[1]);
     CDcmObject grouped = plain;
-    for (const Settings& settings : kOfFrames) {
-        CDcmItem groups = AllGroups(settings);
-        grouped.SetNextValue(kPerFrame, &groups);
-    }
+    PutGroupsOfFrames(grouped);
     for (std::size_t frame = 0; frame < kFrames; ++frame) {
         EXPECT_EQ(See(grouped, frame), See(plain, frame)) << frame;
     }
 }
 
 TEST(FunctionalGroups, BringVOITables) {
-    CDcmItem table;
-    table.SetValue(0x00283002, static_cast<unsigned short>(4096));
-    table.SetNextValue(0x00283002, static_cast<unsigned short>(0));
-    table.SetNextValue(0x00283002, static_cast<unsigned short>(8));
-    for (int i = 0; i < 4096; ++i) {
-        table.SetNextValue(0x00283006, static_cast<unsigned short>(255 - i / 16));
-    }
+    std::vector<int> entries;
+    for (int i = 0; i < 4096; ++i) entries.push_back(255 - i / 16);
+    const CDcmItem table = test::LutItem(4096, 0, 8, entries);
     CDcmItem macro;
-    macro.SetValue(0x00283010, &table);
+    test::PutItems(macro, tag::kVOILUTSequence, {table});
     CDcmItem groups;
-    groups.SetValue(0x00289132, &macro);
+    test::PutItems(groups, tag::kFrameVOILUTSequence, {macro});
     CDcmObject enhanced = MultiFrame();
-    enhanced.SetValue(kShared, &groups);
+    test::PutItems(enhanced, tag::kSharedFunctionalGroupsSequence, {groups});
     CDcmObject plain = MultiFrame();
     CDcmObject twin = plain;
-    twin.SetValue(0x00283010, &table);
+    test::PutItems(twin, tag::kVOILUTSequence, {table});
     EXPECT_EQ(See(enhanced, 2), See(twin, 2));
     EXPECT_NE(See(enhanced, 2), See(plain, 2));
 }
@@ -197,18 +176,15 @@ TEST(FunctionalGroups, OfARealFile) {
     CDcmApp app;
     CXDIPP dipp;
     ASSERT_EQ(dipp.Initialize(&app, file.string(), {512, 512}, 1), QVM_SUCCESS);
-    int width = 0;
-    int level = 0;
-    dipp.GetWindowingFactor(width, level);
-    EXPECT_EQ(width, 102);
-    EXPECT_EQ(level, 49);
+    EXPECT_EQ(WindowOf(dipp), (CSize{102, 49}));
     double x = 0.0;
     double y = 0.0;
     dipp.GetPixelSpace(x, y);
     EXPECT_EQ(x, 0.388672);
     EXPECT_EQ(y, 0.388672);
-    EXPECT_LE(CXDIPPInspector{dipp}.MinValue(), -1000);  // air, in modality values
+    dipp.UpdateVOILUT_ABS(-500, 10);
+    EXPECT_EQ(Shown(dipp)[0], 0) << "air, in modality values";
 }
 
 }  // namespace
-}  // namespace quorvex
+}  // namespace quorvex::pipeline_test

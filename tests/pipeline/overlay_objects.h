@@ -2,12 +2,12 @@
 #pragma once
 
 #include "quorvex/DicomObject.h"
+#include "quorvex/Tags.h"
 #include "tests/pipeline/test_objects.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <optional>
 #include <random>
 #include <vector>
 
@@ -55,21 +55,21 @@ inline std::vector<unsigned char> OriginBytes(const TestOverlay& overlay) {
 }
 
 inline void AddOverlay(CDcmObject& object, std::uint32_t group, const TestOverlay& overlay) {
-    const std::uint32_t base = group << 16;
-    object.SetValue(base | 0x10, overlay.rows);
-    object.SetValue(base | 0x11, overlay.columns);
-    SetBytes(object, base | 0x50, OriginBytes(overlay), MC_VR_SL);
-    object.SetValue(base | 0x100, overlay.bitsAllocated);
-    object.SetValue(base | 0x102, overlay.bitPosition);
-    if (!overlay.data.empty()) SetBytes(object, base | 0x3000, overlay.data);
+    const auto of = [group](std::uint32_t tag) { return tag::InGroup(group, tag); };
+    object.SetValue(of(tag::kOverlayRows), overlay.rows);
+    object.SetValue(of(tag::kOverlayColumns), overlay.columns);
+    SetBytes(object, of(tag::kOverlayOrigin), OriginBytes(overlay), MC_VR_SL);
+    object.SetValue(of(tag::kOverlayBitsAllocated), overlay.bitsAllocated);
+    object.SetValue(of(tag::kOverlayBitPosition), overlay.bitPosition);
+    if (!overlay.data.empty()) SetBytes(object, of(tag::kOverlayData), overlay.data);
 }
 
 inline void SetPicture(CDcmObject& object, CSize size, unsigned short bits,
                        unsigned short samples = 1) {
-    object.SetValue(0x00280002, samples);
-    object.SetValue(0x00280010, static_cast<unsigned short>(size.cy));
-    object.SetValue(0x00280011, static_cast<unsigned short>(size.cx));
-    object.SetValue(0x00280100, bits);
+    object.SetValue(tag::kSamplesPerPixel, samples);
+    object.SetValue(tag::kRows, static_cast<unsigned short>(size.cy));
+    object.SetValue(tag::kColumns, static_cast<unsigned short>(size.cx));
+    object.SetValue(tag::kBitsAllocated, bits);
 }
 
 struct TestTable {
@@ -82,7 +82,7 @@ inline void AddPalette(CDcmObject& object, const TestTable& red, const TestTable
     const TestTable* const tables[] = {&red, &green, &blue};
     for (std::uint32_t colour = 0; colour < 3; ++colour) {
         const TestTable& table = *tables[colour];
-        const std::uint32_t descriptor = 0x00281101 + colour;
+        const std::uint32_t descriptor = tag::kRedPaletteColorLookupTableDescriptor + colour;
         object.SetValue(descriptor, static_cast<int>(table.entries.size()));
         object.SetValueRepresentation(descriptor, table.first < 0 ? MC_VR_SS : MC_VR_US);
         object.SetNextValue(descriptor, table.first);
@@ -92,7 +92,7 @@ inline void AddPalette(CDcmObject& object, const TestTable& red, const TestTable
             bytes.push_back(static_cast<unsigned char>(entry & 0xFF));
             bytes.push_back(static_cast<unsigned char>(entry >> 8));
         }
-        SetBytes(object, 0x00281201 + colour, bytes);
+        SetBytes(object, tag::kRedPaletteColorLookupTableData + colour, bytes);
     }
 }
 

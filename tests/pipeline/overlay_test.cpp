@@ -1,18 +1,14 @@
 // Overlay planes in an overlay image, against a look at every single pixel.
 #include "pipeline/layers/bit_planes.h"
 #include "pipeline/layers/embedded_overlay.h"
-#include "quorvex/CLData.h"
-#include "quorvex/CXDIPP.h"
 #include "tests/pipeline/overlay_objects.h"
+#include "tests/pipeline/shown.h"
 
 #include <algorithm>
-#include <gtest/gtest.h>
 #include <limits>
 
-namespace quorvex {
+namespace quorvex::pipeline_test {
 namespace {
-
-using namespace pipeline_test;
 
 constexpr int kLowest = std::numeric_limits<int>::min();
 constexpr int kHighest = std::numeric_limits<int>::max();
@@ -20,10 +16,10 @@ constexpr unsigned char kGuard = 0xA5;
 constexpr std::size_t kGuardBytes = 64;
 
 /// The overlay image that one of the two operations makes, which must keep to its bytes.
-std::vector<unsigned char> Image(CDcmObject& object, CSize size, std::size_t pixelBytes,
-                                 bool isSecondForm, CLData* data = nullptr) {
+Bytes Image(CDcmObject& object, CSize size, std::size_t pixelBytes, bool isSecondForm,
+            CLData* data = nullptr) {
     const auto pixels = static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy);
-    std::vector<unsigned char> block(pixels * pixelBytes + 2 * kGuardBytes, kGuard);
+    Bytes block(pixels * pixelBytes + 2 * kGuardBytes, kGuard);
     unsigned char* const image = block.data() + kGuardBytes;
     std::fill_n(image, pixels * pixelBytes, static_cast<unsigned char>(0));
     const CXDIPP dipp;
@@ -39,8 +35,8 @@ std::vector<unsigned char> Image(CDcmObject& object, CSize size, std::size_t pix
     return {image, image + pixels * pixelBytes};
 }
 
-std::vector<unsigned char> Expected(const std::vector<TestOverlay>& overlays, CSize size) {
-    std::vector<unsigned char> image;
+Bytes Expected(const std::vector<TestOverlay>& overlays, CSize size) {
+    Bytes image;
     for (int y = 0; y < size.cy; ++y) {
         for (int x = 0; x < size.cx; ++x) {
             const bool isSet = std::ranges::any_of(
@@ -74,6 +70,7 @@ const PlacementCase kPlacements[] = {
     {"data of one byte", {30, 20}, {20, 30}, 2},
     {"one row", {200, 3}, {1, 131, 2, 40}},
     {"one column", {7, 90}, {77, 1, 3, 7}},
+    {"65535 rows and columns with little data", {30, 20}, {65535, 65535, -30000, -30000}, 64},
 };
 
 TEST(OverlayImage, PlacesPlanesAsTheirOriginSays) {
@@ -92,16 +89,6 @@ TEST(OverlayImage, PlacesPlanesAsTheirOriginSays) {
     }
 }
 
-TEST(OverlayImage, SurvivesPlanesOf65535RowsWithLittleData) {
-    CDcmObject object;
-    SetPicture(object, {30, 20}, 8);
-    const TestOverlay overlay{65535, 65535, -30000, -30000, 1, 0, RandomBytes(64, 5)};
-    AddOverlay(object, 0x6000, overlay);
-    const std::vector<unsigned char> clear(600);
-    EXPECT_TRUE(Image(object, {30, 20}, 1, false) == clear);
-    EXPECT_TRUE(Image(object, {30, 20}, 1, true) == clear);
-}
-
 TEST(OverlayImage, FirstFormTakesOnePlaneAndSecondFormAll) {
     const CSize size{24, 16};
     CDcmObject object;
@@ -117,14 +104,14 @@ TEST(OverlayImage, FirstFormTakesOnePlaneAndSecondFormAll) {
     EXPECT_TRUE(Image(object, size, 1, true) == Expected({one, other}, size));
 }
 
-TEST(OverlayImage, PassesOverGroupsThatLackAnAttribute) {
+TEST(OverlayImage, SkipsGroupsThatLackAnAttribute) {
     const CSize size{24, 16};
     for (const std::uint32_t element : {0x10U, 0x11U, 0x50U, 0x100U, 0x102U, 0x3000U}) {
         CDcmObject object;
         SetPicture(object, size, 16);
         AddOverlay(object, 0x6000, {16, 24, 1, 1, 1, 0, RandomBytes(48, 1)});
         object.RemoveValue(0x60000000 | element);
-        const std::vector<unsigned char> clear(24 * 16);
+        const Bytes clear(24 * 16);
         EXPECT_TRUE(Image(object, size, 1, true) == clear) << std::hex << element;
         EXPECT_EQ(Image(object, size, 1, false) == clear, element != 0x102) << std::hex << element;
     }
@@ -138,19 +125,17 @@ TEST(OverlayImage, ColourPlanesKeepTheirColours) {
     const TestOverlay white{4, 16, 2, 1, 1, 0, RandomBytes(8, 2)};
     AddOverlay(object, 0x6000, red);
     AddOverlay(object, 0x6002, white);
-    object.SetValue(0x60001201, static_cast<unsigned short>(0x12FF));
-    object.SetValue(0x60001202, static_cast<unsigned short>(0));
-    object.SetValue(0x60001203, static_cast<unsigned short>(7));
+    object.SetValue(tag::kOverlaysRed, static_cast<unsigned short>(0x12FF));
+    object.SetValue(tag::kOverlaysGreen, static_cast<unsigned short>(0));
+    object.SetValue(tag::kOverlaysBlue, static_cast<unsigned short>(7));
     const auto image = Image(object, size, 3, true);
     for (int y = 0; y < size.cy; ++y) {
         for (int x = 0; x < size.cx; ++x) {
             const auto at = static_cast<std::size_t>(y * size.cx + x) * 3;
-            const std::vector<int> pixel(image.begin() + static_cast<std::ptrdiff_t>(at),
-                                         image.begin() + static_cast<std::ptrdiff_t>(at) + 3);
-            const std::vector<int> expected = white.Covers(y, x) ? std::vector{255, 255, 255}
-                                              : red.Covers(y, x) ? std::vector{255, 0, 7}
-                                                                 : std::vector{0, 0, 0};
-            ASSERT_EQ(pixel, expected) << x << ' ' << y;
+            const Values expected = white.Covers(y, x) ? Values{255, 255, 255}
+                                    : red.Covers(y, x) ? Values{255, 0, 7}
+                                                       : Values{0, 0, 0};
+            ASSERT_EQ((Values{image[at], image[at + 1], image[at + 2]}), expected) << x << ' ' << y;
         }
     }
 }
@@ -170,7 +155,7 @@ TEST(OverlayImage, ALargerPlaneShowsOnlyWhatTheMergedOnesHold) {
     SetPicture(object, size, 8);
     const TestOverlay larger{4, 8, 1, 1, 1, 0, {0xFF, 0xFF, 0xFF, 0xFF}};
     AddOverlay(object, 0x6002, larger);
-    EXPECT_TRUE(Image(object, size, 1, true) == std::vector<unsigned char>(16));
+    EXPECT_TRUE(Image(object, size, 1, true) == Bytes(16));
     const TestOverlay fitting{2, 8, 1, 1, 1, 0, {0x0F, 0x81}};
     AddOverlay(object, 0x6000, fitting);
     EXPECT_TRUE(Image(object, size, 1, true) == Expected({fitting}, size));
@@ -186,11 +171,11 @@ TEST(OverlayImage, TakesPlanesInThePixelDataFromTheVolume) {
     CLData data;
     auto bits = RandomBytes(8, 2);
     data.overlayPlane = bits.data();
-    const std::vector<unsigned char> clear(64);
-    for (const unsigned long told : {0UL, 3UL, 8UL}) {
-        data.overlayPlaneSize = told;
-        plane.data.assign(bits.begin(), bits.begin() + static_cast<std::ptrdiff_t>(told));
-        EXPECT_TRUE(Image(object, size, 1, true, &data) == Expected({plane}, size)) << told;
+    const Bytes clear(64);
+    for (const unsigned long given : {0UL, 3UL, 8UL}) {
+        data.overlayPlaneSize = given;
+        plane.data.assign(bits.begin(), bits.begin() + static_cast<std::ptrdiff_t>(given));
+        EXPECT_TRUE(Image(object, size, 1, true, &data) == Expected({plane}, size)) << given;
     }
     EXPECT_TRUE(Image(object, size, 1, true, nullptr) == clear);
     EXPECT_TRUE(Image(object, size, 1, false, &data) == clear);
@@ -200,7 +185,7 @@ TEST(OverlayImage, ArgumentsWinOverTheObject) {
     CDcmObject object;
     SetPicture(object, {99, 99}, 16);
     AddOverlay(object, 0x6000, {1, 8, 1, 1, 1, 0, {0xFF, 0}});
-    std::vector<unsigned char> image(4 * 2 * 3);
+    Bytes image(4 * 2 * 3);
     unsigned long length = 0;
     unsigned short width = 0;
     const CXDIPP dipp;
@@ -220,8 +205,8 @@ TEST(EmbeddedOverlays, GatherTheUnusedBitsOfTheFrame) {
     AddOverlay(object, 0x6006, {2, 5, 1, 1, 16, 3});    // a bit of the image
     AddOverlay(object, 0x6008, {2, 5, 1, 1, 16, 200});  // no bit at all
     const auto* const frame = reinterpret_cast<const unsigned char*>(words.data());
-    EXPECT_EQ(EmbeddedOverlays(object, {frame, 20}), (std::vector<unsigned char>{0x06, 0x01}));
-    EXPECT_EQ(EmbeddedOverlays(object, {frame, 3}), (std::vector<unsigned char>{0x00, 0x00}));
+    EXPECT_EQ(EmbeddedOverlays(object, {frame, 20}), (Bytes{0x06, 0x01}));
+    EXPECT_EQ(EmbeddedOverlays(object, {frame, 3}), (Bytes{0x00, 0x00}));
 
     unsigned char* plane = nullptr;
     unsigned long size = 0;
@@ -246,19 +231,19 @@ TEST(BitPlanes, MaskOrderCountsFromTheMostSignificantBit) {
 }
 
 TEST(BitPlanes, MergeIntoTheTopLeftCorner) {
-    std::vector<unsigned char> target(8);
-    const std::vector<unsigned char> plane = {0xB7, 0x55};
+    Bytes target(8);
+    const Bytes plane = {0xB7, 0x55};
     MergeOverlay(target, plane, {4, 16}, {3, 5});
-    EXPECT_EQ(target, (std::vector<unsigned char>{0xB0, 0, 0xE8, 0, 0x50, 0, 0, 0}));
+    EXPECT_EQ(target, (Bytes{0xB0, 0, 0xE8, 0, 0x50, 0, 0, 0}));
     MergeOverlay(target, plane, {1, 8}, {3, 5});  // too large for this target
     EXPECT_EQ(target[1], 0);
-    std::vector<unsigned char> same(2);
+    Bytes same(2);
     MergeOverlay(same, plane, {3, 5}, {3, 5});  // 15 bits: the last 7 fill no byte
-    EXPECT_EQ(same, (std::vector<unsigned char>{0xB7, 0}));
-    MergeOverlay(same, std::vector<unsigned char>{0x08}, {65535, 65535}, {65535, 65535});
-    MergeOverlay(same, std::vector<unsigned char>{0x40}, {65535, 65535}, {65534, 65535});
-    EXPECT_EQ(same, (std::vector<unsigned char>{0xFF, 0}));
+    EXPECT_EQ(same, (Bytes{0xB7, 0}));
+    MergeOverlay(same, Bytes{0x08}, {65535, 65535}, {65535, 65535});
+    MergeOverlay(same, Bytes{0x40}, {65535, 65535}, {65534, 65535});
+    EXPECT_EQ(same, (Bytes{0xFF, 0}));
 }
 
 }  // namespace
-}  // namespace quorvex
+}  // namespace quorvex::pipeline_test

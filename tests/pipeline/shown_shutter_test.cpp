@@ -1,19 +1,12 @@
-#include "quorvex/CXDIPP.h"
-#include "quorvex/CXGSPSInfo.h"
-#include "quorvex/CXImageCreator.h"
-#include "tests/pipeline/inspector.h"
-#include "tests/pipeline/test_objects.h"
+#include "quorvex/Tags.h"
+#include "tests/pipeline/overlay_objects.h"
+#include "tests/pipeline/shown.h"
 
 #include <algorithm>
-#include <gtest/gtest.h>
-#include <vector>
+#include <string>
 
-namespace quorvex {
+namespace quorvex::pipeline_test {
 namespace {
-
-using pipeline_test::FillImage;
-using pipeline_test::ImageShape;
-using pipeline_test::Rendered;
 
 constexpr CSize kSize{12, 8};
 constexpr std::size_t kPixels = 96;
@@ -27,20 +20,20 @@ bool IsHidden(std::size_t pixel) {
 }
 
 void AddShutter(CDcmObject& object) {
-    object.SetValue(0x00181600, "RECTANGULAR");
-    object.SetValue(0x00181602, 3);
-    object.SetValue(0x00181604, 9);
-    object.SetValue(0x00181606, 2);
-    object.SetValue(0x00181608, 6);
-    object.SetValue(0x00181622, static_cast<unsigned short>(0x9ABC));
+    object.SetValue(tag::kShutterShape, "RECTANGULAR");
+    object.SetValue(tag::kShutterLeftVerticalEdge, 3);
+    object.SetValue(tag::kShutterRightVerticalEdge, 9);
+    object.SetValue(tag::kShutterUpperHorizontalEdge, 2);
+    object.SetValue(tag::kShutterLowerHorizontalEdge, 6);
+    object.SetValue(tag::kShutterPresentationValue, static_cast<unsigned short>(0x9ABC));
 }
 
 template <class Sample>
 CDcmObject Picture(const ImageShape& shape, const std::vector<Sample>& samples) {
     CDcmObject object;
     FillImage(object, shape, samples);
-    object.SetValue(0x00281050, 128.0);
-    object.SetValue(0x00281051, 256.0);
+    object.SetValue(tag::kWindowCenter, 128.0);
+    object.SetValue(tag::kWindowWidth, 256.0);
     AddShutter(object);
     return object;
 }
@@ -62,29 +55,30 @@ KindCase Kind(const char* what, const ImageShape& shape) {
     return {what, Picture(shape, image), Picture(shape, mask)};
 }
 
-std::vector<KindCase> Kinds() {
-    return {Kind<unsigned char>("grey bytes", {kSize, 1, 8, 8, 0, "MONOCHROME2"}),
-            Kind<unsigned short>("grey words", {kSize, 1, 16, 12, 0, "MONOCHROME2"}),
-            Kind<unsigned char>("colour", {kSize, 3, 8, 8, 0, "RGB"})};
+KindCase GreyBytes() {
+    return Kind<unsigned char>("grey bytes", {kSize, 1, 8, 8, 0, "MONOCHROME2"});
 }
 
-void Show(CXDIPP& dipp, CDcmObject& object, int rotation, bool flip) {
+void Show(CXDIPP& dipp, CDcmObject& object, int turn = 0) {
     CDcmApp app;
     ASSERT_EQ(dipp.Initialize(&app, &object, kSize, 0), QVM_SUCCESS);
     dipp.UpdateZoom_ABS(1.0);
-    dipp.UpdateRotate_ABS(rotation);
-    if (flip) dipp.UpdateHFlip_Toggle();
+    dipp.UpdateRotate_ABS(turn % 4 * 90);
+    if (turn > 3) dipp.UpdateHFlip_Toggle();
 }
 
-// Where the mask lies in a turned picture is told by a picture of it that went the same way.
+// A picture of the mask that was turned in the same way says where the mask lies.
 TEST(ShownShutter, LiesWhereThePictureOfItsMaskLies) {
-    for (auto& kind : Kinds()) {
+    KindCase kinds[] = {GreyBytes(),
+                        Kind<unsigned short>("grey words", {kSize, 1, 16, 12, 0, "MONOCHROME2"}),
+                        Kind<unsigned char>("colour", {kSize, 3, 8, 8, 0, "RGB"})};
+    for (auto& kind : kinds) {
         for (int turn = 0; turn < 8; ++turn) {
             SCOPED_TRACE(std::string(kind.what) + " " + std::to_string(turn));
             CXDIPP image;
             CXDIPP mask;
-            Show(image, kind.image, turn % 4 * 90, turn > 3);
-            Show(mask, kind.mask, turn % 4 * 90, turn > 3);
+            Show(image, kind.image, turn);
+            Show(mask, kind.mask, turn);
             const auto hidden = Rendered(mask);
             auto expected = Rendered(image);
             for (std::size_t i = 0; i < expected.size(); ++i) {
@@ -102,11 +96,11 @@ TEST(ShownShutter, LiesWhereThePictureOfItsMaskLies) {
 }
 
 TEST(ShownShutter, IsShownOnlyWhileAskedFor) {
-    auto kinds = Kinds();
+    auto kind = GreyBytes();
     CXDIPP plain;
     CXDIPP asked;
-    Show(plain, kinds[0].image, 0, false);
-    Show(asked, kinds[0].image, 0, false);
+    Show(plain, kind.image);
+    Show(asked, kind.image);
     asked.ShowShutter(1);
     const auto shuttered = Rendered(asked);
     EXPECT_NE(shuttered, Rendered(plain));
@@ -116,42 +110,46 @@ TEST(ShownShutter, IsShownOnlyWhileAskedFor) {
     EXPECT_EQ(Rendered(asked), Rendered(plain));
 }
 
+// A supplemental palette of a volume stays for an image with a shutter that comes after it.
 TEST(ShownShutter, HidesSupplementalColours) {
-    auto kinds = Kinds();
+    CDcmObject palette;
+    const TestTable grey{0, std::vector<std::uint16_t>(256, 78)};
+    AddPalette(palette, grey, grey, grey, 8);
+    TestVolume volume(kSize, 8, Repeated(kPixels, 5));
     CXDIPP dipp;
-    Show(dipp, kinds[0].image, 0, false);
-    const CXDIPPInspector inspector{dipp};
-    inspector.RenderMode() = kRenderSupplementalPalette;
-    inspector.PaletteImage() = {std::make_unique<unsigned char[]>(kPixels * 3), kPixels * 3};
-    std::fill_n(inspector.PaletteImage().data.get(), kPixels * 3, 77);
+    ASSERT_EQ(dipp.Initialize(&palette, &volume.data, kSize, 255, 0, 3), QVM_SUCCESS);
+    auto kind = GreyBytes();
+    Show(dipp, kind.image);
+    const Values coloured(kPixels * 3, 77);  // 78 x 255 / 256
+    EXPECT_EQ(Rendered(dipp), coloured);
     dipp.ShowShutter(1);
-    const auto shown = Rendered(dipp);
-    ASSERT_EQ(shown.size(), kPixels * 3);
-    for (std::size_t i = 0; i < shown.size(); ++i) {
-        ASSERT_EQ(shown[i], IsHidden(i / 3) ? kHidden : 77) << i;
+    Values expected = coloured;
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        if (IsHidden(i / 3)) expected[i] = kHidden;
     }
-    EXPECT_EQ(inspector.PaletteImage().data[0], 77);  // the layer itself is as before
+    EXPECT_EQ(Rendered(dipp), expected);
+    dipp.ShowShutter(0);
+    EXPECT_EQ(Rendered(dipp), coloured);
 }
 
 TEST(ShownShutter, OfAStateReplacesThatOfTheImage) {
-    auto kinds = Kinds();
+    auto kind = GreyBytes();
     CDcmApp app;
-    const auto shownUnder = [&](CDcmObject& state) {
+    const auto hiddenUnder = [&](CDcmObject& state) {
         CXDIPP dipp;
-        Show(dipp, kinds[0].image, 0, false);
+        Show(dipp, kind.image);
         dipp.ShowShutter(1);
         dipp.ApllyGSPSObject(&app, &state);
         return std::ranges::count(Rendered(dipp), kHidden);
     };
-    CDcmObject bare;
-    EXPECT_EQ(shownUnder(bare), 0);
     CDcmObject state;
+    EXPECT_EQ(hiddenUnder(state), 0);
     AddShutter(state);
-    EXPECT_EQ(shownUnder(state), 12 * 8 - 6 * 4);
-    state.SetValue(0x00280010, static_cast<unsigned short>(3));  // a mask smaller than the image
-    state.SetValue(0x00280011, static_cast<unsigned short>(4));
-    EXPECT_EQ(shownUnder(state), 0);
+    EXPECT_EQ(hiddenUnder(state), 12 * 8 - 6 * 4);
+    state.SetValue(tag::kRows, static_cast<unsigned short>(3));  // a mask smaller than the image
+    state.SetValue(tag::kColumns, static_cast<unsigned short>(4));
+    EXPECT_EQ(hiddenUnder(state), 0);
 }
 
 }  // namespace
-}  // namespace quorvex
+}  // namespace quorvex::pipeline_test

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "quorvex/DicomObject.h"
+#include "quorvex/Tags.h"
 
 #include <cstdint>
 #include <cstring>
@@ -40,19 +41,19 @@ struct Bytes {
 template <class Sample>
 void FillImage(CDcmObject& object, const ImageShape& shape, const std::vector<Sample>& samples) {
     object.SetTransferSyntax(kExplicitLittleEndian);
-    object.SetValue(0x00080018, kImageUID);
-    object.SetValue(0x00280002, shape.samples);
-    object.SetValue(0x00280004, shape.photometric);
-    object.SetValue(0x00280010, static_cast<unsigned short>(shape.size.cy));
-    object.SetValue(0x00280011, static_cast<unsigned short>(shape.size.cx));
-    object.SetValue(0x00280100, shape.bitsAllocated);
-    object.SetValue(0x00280101, shape.bitsStored);
-    object.SetValue(0x00280102, static_cast<unsigned short>(shape.bitsStored - 1));
-    object.SetValue(0x00280103, shape.pixelRepresentation);
+    object.SetValue(tag::kSOPInstanceUID, kImageUID);
+    object.SetValue(tag::kSamplesPerPixel, shape.samples);
+    object.SetValue(tag::kPhotometricInterpretation, shape.photometric);
+    object.SetValue(tag::kRows, static_cast<unsigned short>(shape.size.cy));
+    object.SetValue(tag::kColumns, static_cast<unsigned short>(shape.size.cx));
+    object.SetValue(tag::kBitsAllocated, shape.bitsAllocated);
+    object.SetValue(tag::kBitsStored, shape.bitsStored);
+    object.SetValue(tag::kHighBit, static_cast<unsigned short>(shape.bitsStored - 1));
+    object.SetValue(tag::kPixelRepresentation, shape.pixelRepresentation);
     detail::Bytes bytes;
     bytes.data.resize(samples.size() * sizeof(Sample));
     std::memcpy(bytes.data.data(), samples.data(), bytes.data.size());
-    object.SetValue(0x7FE00010, &bytes, detail::Bytes::Give);
+    object.SetValue(tag::kPixelData, &bytes, detail::Bytes::Give);
 }
 
 }  // namespace quorvex::pipeline_test
