@@ -1,4 +1,4 @@
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/types/answer.h"
 #include "quorvex/CxDcmParser.h"
 
@@ -30,15 +30,12 @@ std::optional<double> ToNumber(const std::string& text) {
     return value;
 }
 
-/// The texts of all values, up to the first that cannot be read.
+/// The texts of the first `most` values.
 std::vector<std::string> Texts(const CDcmObject& object, std::uint32_t tag, std::size_t most) {
     std::vector<std::string> texts;
-    CString text;
-    DCMRESULT result = object.GetValue(tag, text, -1);
-    while (result == kDcmSuccess && texts.size() < most) {
-        texts.push_back(text.ToUtf8());
-        result = object.GetNextValue(tag, text, -1);
-    }
+    ForEachValue<CString>(object, tag, [&](const CString& text) {
+        if (texts.size() < most) texts.push_back(text.ToUtf8());
+    });
     return texts;
 }
 
@@ -72,8 +69,8 @@ Orientation ReadOrientation(const CDcmObject& object) {
     return ToNumbers<6>(texts).value_or(kDefaultOrientation);
 }
 
-/// 0, 1 or 2: the axis of the largest part. The later of two equal first parts is taken, a third only
-/// when it is larger.
+/// 0, 1 or 2: the axis of the largest part. Of two equal first parts the later one is taken, a
+/// third one only when it is larger.
 std::size_t MainAxis(const Orientation& o, std::size_t first) {
     const double x = std::fabs(o[first]);
     const double y = std::fabs(o[first + 1]);
@@ -92,8 +89,8 @@ std::optional<double> FindLocation(const CDcmObject& object) {
         const Orientation orientation = ReadOrientation(object);
         return (*position)[kAcross[MainAxis(orientation, 0)][MainAxis(orientation, 3)]];
     }
-    const auto location = Texts(object, tag::kSliceLocation, 1);
-    return location.empty() ? std::nullopt : ToNumber(location.front());
+    const auto location = Read<CString>(object, tag::kSliceLocation);
+    return location ? ToNumber(location->ToUtf8()) : std::nullopt;
 }
 
 }  // namespace

@@ -12,7 +12,8 @@
 
 namespace quorvex {
 
-/// Red, green and blue, each from its plain or else its segmented form; nothing when one has neither.
+/// Red, green and blue, each from its plain or else its segmented form; nothing when one of them
+/// has neither.
 using Palette = std::array<CxPaletteLUT, 3>;
 [[nodiscard]] std::optional<Palette> LoadPalette(CDcmObject& object);
 
@@ -21,13 +22,16 @@ using Palette = std::array<CxPaletteLUT, 3>;
     return bits / 8 == 2 ? 2 : 1;
 }
 
-/// What entries are multiplied by to become bytes: 255 / 65536 where a table has 16 bits, 255 / 4096
-/// where one has more than 8 and an entry of the three is above 255, else 255 / 256.
+/// What entries are multiplied by to become bytes:
+///     255 / 65536  where a table has 16 bits
+///     255 / 4096   where one has more than 8, and an entry of the three is above 255
+///     255 / 256    everywhere else
 [[nodiscard]] double PaletteFactor(const Palette& palette);
 
 /// The colour of every value that an index of 1 or 2 bytes can have.
 using PaletteColours = std::vector<std::array<unsigned char, 3>>;
-/// Colours `indices`, of `indexBytes` each, into `rgb`, three bytes a pixel; the shorter one decides.
+/// Colours `indices`, of `indexBytes` each, into `rgb`, three bytes a pixel; the shorter of the two
+/// decides.
 void ColourByTable(const PaletteColours& colours, std::span<const unsigned char> indices,
                    std::size_t indexBytes, std::span<unsigned char> rgb);
 

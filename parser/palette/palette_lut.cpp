@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 namespace quorvex {
 namespace {
@@ -16,7 +17,7 @@ std::int32_t AsSigned16(std::int32_t value) noexcept {
     return static_cast<std::int16_t>(static_cast<std::uint16_t>(value));
 }
 
-/// Collects a value, refusing one that no table can need.
+/// Collects a value; refuses one that is longer than any table.
 MC_STATUS CollectData(int /*messageId*/, std::uint32_t /*tag*/, void* user, int length, void* data,
                       int /*first*/, int /*last*/) {
     auto& bytes = *static_cast<std::vector<unsigned char>*>(user);
@@ -53,25 +54,38 @@ std::vector<std::uint16_t> SegmentedTable(const std::vector<unsigned char>& byte
     return table;
 }
 
-}  // namespace
+/// A table's descriptor, as the object has it.
+struct Descriptor {
+    std::uint32_t entryCount = 0;
+    std::int32_t firstValue = 0;
+    std::uint16_t entryBits = 0;
+};
 
-bool CxPaletteLUT::ReadDescriptor(const CDcmObject& object, std::uint32_t tag) {
-    if (object.GetValue(tag, entryCount) != kDcmSuccess ||
-        object.GetNextValue(tag, firstValue) != kDcmSuccess ||
-        object.GetNextValue(tag, entryBits) != kDcmSuccess) {
-        return false;
+std::optional<Descriptor> ReadDescriptor(const CDcmObject& object, std::uint32_t tag) {
+    Descriptor descriptor;
+    if (object.GetValue(tag, descriptor.entryCount) != kDcmSuccess ||
+        object.GetNextValue(tag, descriptor.firstValue) != kDcmSuccess ||
+        object.GetNextValue(tag, descriptor.entryBits) != kDcmSuccess) {
+        return std::nullopt;
     }
-    if (entryCount == 0) entryCount = kMostPaletteEntries;
-    if (pixelRepresentation == 1) firstValue = AsSigned16(firstValue);
-    return entryCount <= kMostPaletteEntries;
+    if (descriptor.entryCount == 0) descriptor.entryCount = kMostPaletteEntries;
+    if (descriptor.entryCount > kMostPaletteEntries) return std::nullopt;
+    return descriptor;
 }
+
+}  // namespace
 
 int CxPaletteLUT::LoadLUT(CDcmObject* object, unsigned long descriptorTag, unsigned long dataTag,
                           int segmented) {
     return Answer(0, [&] {
         table.clear();
         if (object == nullptr) return 0;
-        if (!ReadDescriptor(*object, static_cast<std::uint32_t>(descriptorTag))) return 0;
+        const auto descriptor = ReadDescriptor(*object, static_cast<std::uint32_t>(descriptorTag));
+        if (!descriptor) return 0;
+        entryCount = descriptor->entryCount;
+        firstValue =
+            pixelRepresentation == 1 ? AsSigned16(descriptor->firstValue) : descriptor->firstValue;
+        entryBits = descriptor->entryBits;
         std::vector<unsigned char> data;
         const auto tag = static_cast<std::uint32_t>(dataTag);
         if (object->GetValue(tag, &data, CollectData) != kDcmSuccess) return 0;

@@ -6,8 +6,8 @@
 
 namespace quorvex {
 
-/// Expands `words` into `table`. False for an unknown segment, one outside the data or the table, or
-/// when data and table do not end together.
+/// Expands `words` into `table`. False for an unknown segment, one outside the data or the table,
+/// or when data and table do not end together.
 [[nodiscard]] bool ExpandPaletteSegments(std::span<const std::uint16_t> words,
                                          std::span<std::uint16_t> table) noexcept;
 

@@ -1,6 +1,6 @@
 #include "parser/thumbnail/thumbnail_pixels.h"
 
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/raster/resize_kernels.h"
 #include "foundation/raster/resize_taps.h"
 #include "foundation/types/saturate.h"
@@ -8,24 +8,12 @@
 #include "parser/thumbnail/thumbnail_window.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 namespace quorvex {
 namespace {
 
 using Bytes = std::vector<unsigned char>;
-
-int ReadInt(const CDcmObject& header, std::uint32_t tag) {
-    int value = 0;
-    return header.GetValue(tag, value) == kDcmSuccess ? value : 0;
-}
-
-double ReadNumber(const CDcmObject& header, std::uint32_t tag, double absent) {
-    double value = absent;
-    const bool isRead = header.GetValue(tag, value) == kDcmSuccess;
-    return isRead && std::isfinite(value) ? value : absent;
-}
 
 int Low16(std::int64_t value, bool isSigned) {
     const auto word = static_cast<std::uint16_t>(value & 0xFFFF);
@@ -45,11 +33,11 @@ struct ValueRule {
 
 ValueRule ReadRule(const CDcmObject& header, bool isSigned) {
     ValueRule rule{.isSigned = isSigned,
-                   .slope = ReadNumber(header, tag::kRescaleSlope, 1.0),
-                   .intercept = ReadNumber(header, tag::kRescaleIntercept, 0.0)};
-    const int highBit = std::clamp(ReadInt(header, tag::kHighBit), 0, 15);
+                   .slope = ReadFinite(header, tag::kRescaleSlope).value_or(1.0),
+                   .intercept = ReadFinite(header, tag::kRescaleIntercept).value_or(0.0)};
+    const int highBit = std::clamp(Read<int>(header, tag::kHighBit).value_or(0), 0, 15);
     rule.mask = (2U << static_cast<unsigned>(highBit)) - 1;
-    rule.full = 1 << std::clamp(ReadInt(header, tag::kBitsStored), 0, 16);
+    rule.full = 1 << std::clamp(Read<int>(header, tag::kBitsStored).value_or(0), 0, 16);
     rule.half = Low16(rule.full, true) / 2;
     rule.offset = rule.slope == 0.0 ? 0 : TruncateToInt(rule.intercept / rule.slope);
     return rule;
@@ -73,8 +61,8 @@ int PlaceInHeaderWindow(const ValueRule& rule, std::uint16_t pixel) {
 
 using Words = std::span<const std::uint16_t>;
 
-/// The rows of a frame that come to `height` rows by CxImageProcessor::ResizeImage, which leaves out
-/// the first one.
+/// The rows that CxImageProcessor::ResizeImage, which leaves out the first one, reads to make
+/// `height` rows of them.
 std::vector<std::size_t> RowsRead(std::size_t rows, int height) {
     const double factor = static_cast<double>(height) / static_cast<double>(rows);
     std::vector<std::size_t> read;
@@ -103,7 +91,7 @@ struct WindowJob {
     }
 };
 
-/// More pixels than a word has values ask for each value once.
+/// Where pixels outnumber the values of a word, each value is mapped once.
 template <class Place>
 void MapWindow(const WindowJob& job, const ThumbnailWindow& window, Place place) {
     constexpr std::size_t kValues = 65536;
@@ -119,11 +107,11 @@ void MapWindow(const WindowJob& job, const ThumbnailWindow& window, Place place)
 void WindowGrey(const CDcmObject& header, const WindowJob& job, bool isSigned, bool useDataRange) {
     const ValueRule rule = ReadRule(header, isSigned);
     if (!useDataRange) {
-        return MapWindow(job, WindowOfHeader(header),
+        return MapWindow(job, MakeWindowTableFromHeader(header),
                          [&](std::uint16_t pixel) { return PlaceInHeaderWindow(rule, pixel); });
     }
-    const int padding = Low16(ReadInt(header, tag::kPixelPaddingValue), isSigned);
-    MapWindow(job, WindowOfData(job.words, isSigned, padding),
+    const int padding = Low16(Read<int>(header, tag::kPixelPaddingValue).value_or(0), isSigned);
+    MapWindow(job, MakeWindowTable(job.words, isSigned, padding),
               [&](std::uint16_t pixel) { return PlaceInDataWindow(rule, pixel); });
 }
 

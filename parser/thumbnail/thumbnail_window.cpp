@@ -1,6 +1,6 @@
 #include "parser/thumbnail/thumbnail_window.h"
 
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/types/saturate.h"
 
 #include <cmath>
@@ -39,15 +39,9 @@ Range Narrowed(Range range) {
     return {-kWidestRange, kWidestRange};
 }
 
-int ReadInt(const CDcmObject& header, std::uint32_t tag, int absent) {
-    int value = 0;
-    return header.GetValue(tag, value) == kDcmSuccess ? value : absent;
-}
-
 double ReadSlope(const CDcmObject& header) {
-    double slope = 1.0;
-    const bool isRead = header.GetValue(tag::kRescaleSlope, slope) == kDcmSuccess;
-    return isRead && std::isfinite(slope) && slope != 0.0 ? slope : 1.0;
+    const double slope = ReadFinite(header, tag::kRescaleSlope).value_or(1.0);
+    return slope != 0.0 ? slope : 1.0;
 }
 
 struct Window {
@@ -56,16 +50,11 @@ struct Window {
 };
 
 Window ReadWindow(const CDcmObject& header) {
-    const bool isByte = ReadInt(header, tag::kBitsStored, 0) == 8;
+    const bool isByte = Read<int>(header, tag::kBitsStored) == 8;
+    const int center = Read<int>(header, tag::kWindowCenter).value_or(isByte ? 255 : 1200);
+    const int width = Read<int>(header, tag::kWindowWidth).value_or(isByte ? 511 : 2400);
     const double scale = 1.0 / ReadSlope(header);
-    return {TruncateToInt(ReadInt(header, tag::kWindowCenter, isByte ? 255 : 1200) * scale),
-            TruncateToInt(ReadInt(header, tag::kWindowWidth, isByte ? 511 : 2400) * scale)};
-}
-
-bool IsInverse(const CDcmObject& header) {
-    CString photometric;
-    return header.GetValue(tag::kPhotometricInterpretation, photometric, -1) == kDcmSuccess &&
-           photometric == CString("MONOCHROME1");
+    return {TruncateToInt(center * scale), TruncateToInt(width * scale)};
 }
 
 unsigned char Low8(std::int64_t value) {
@@ -74,7 +63,12 @@ unsigned char Low8(std::int64_t value) {
 
 }  // namespace
 
-ThumbnailWindow WindowOfData(std::span<const std::uint16_t> pixels, bool isSigned, int padding) {
+std::optional<double> ReadFinite(const CDcmObject& header, std::uint32_t tag) {
+    const auto number = Read<double>(header, tag);
+    return number && std::isfinite(*number) ? number : std::nullopt;
+}
+
+ThumbnailWindow MakeWindowTable(std::span<const std::uint16_t> pixels, bool isSigned, int padding) {
     ThumbnailWindow window(0);
     const Range range = Narrowed(RangeOf(pixels, isSigned, padding));
     if (range.smallest < range.largest) {
@@ -88,9 +82,9 @@ ThumbnailWindow WindowOfData(std::span<const std::uint16_t> pixels, bool isSigne
     return window;
 }
 
-ThumbnailWindow WindowOfHeader(const CDcmObject& header) {
+ThumbnailWindow MakeWindowTableFromHeader(const CDcmObject& header) {
     const Window given = ReadWindow(header);
-    const bool isInverse = IsInverse(header);
+    const bool isInverse = TextIs(header, tag::kPhotometricInterpretation, "MONOCHROME1");
     const std::int64_t center = given.center;
     const std::int64_t width = given.width;
     const std::int64_t half = width / 2;
@@ -103,7 +97,7 @@ ThumbnailWindow WindowOfHeader(const CDcmObject& header) {
         window.Set(static_cast<int>(i), byte);
     }
     window.SetFrom(high, isInverse ? 0 : 255);
-    const int padding = ReadInt(header, tag::kPixelPaddingValue, 0);
+    const int padding = Read<int>(header, tag::kPixelPaddingValue).value_or(0);
     if (padding != 0) window.Set(padding, 0);
     return window;
 }

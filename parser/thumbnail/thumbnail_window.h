@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -19,7 +20,7 @@ public:
     explicit ThumbnailWindow(unsigned char all) : table_(kHighest - kLowest + 1, all) {}
 
     [[nodiscard]] unsigned char At(int value) const noexcept { return table_[Place(value)]; }
-    /// Values outside the table are passed over.
+    /// Does nothing for values outside the table.
     void Set(int value, unsigned char byte) noexcept {
         if (value >= kLowest && value <= kHighest) table_[Place(value)] = byte;
     }
@@ -38,13 +39,16 @@ private:
     std::vector<unsigned char> table_;
 };
 
-/// The window that the data spans, at most 3,000 values wide. Pixels equal to a `padding` other than 0
-/// do not count, and are shown as 0. A flat image is all 0.
-[[nodiscard]] ThumbnailWindow WindowOfData(std::span<const std::uint16_t> pixels, bool isSigned,
-                                           int padding);
+/// An attribute as a number; nothing where it is absent, NaN or infinite.
+[[nodiscard]] std::optional<double> ReadFinite(const CDcmObject& header, std::uint32_t tag);
 
-/// The header's window, less its rescale slope. A width of 0 leaves a step at the center, a slope of 0
-/// counts as 1.
-[[nodiscard]] ThumbnailWindow WindowOfHeader(const CDcmObject& header);
+/// The window that the data spans, at most 3,000 values wide. Pixels equal to a `padding` other
+/// than 0 do not count, and are shown as 0. A flat image is all 0.
+[[nodiscard]] ThumbnailWindow MakeWindowTable(std::span<const std::uint16_t> pixels, bool isSigned,
+                                              int padding);
+
+/// The header's window, divided by its rescale slope. A width of 0 leaves a step at the center, a
+/// slope of 0 counts as 1.
+[[nodiscard]] ThumbnailWindow MakeWindowTableFromHeader(const CDcmObject& header);
 
 }  // namespace quorvex

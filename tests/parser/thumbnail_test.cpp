@@ -38,7 +38,7 @@ std::vector<std::uint16_t> Words(const std::vector<int>& values) {
 
 TEST(ThumbnailWindow, SpansTheData) {
     for (const RangeCase& c : kRanges) {
-        const ThumbnailWindow window = WindowOfData(Words(c.values), c.isSigned, 0);
+        const ThumbnailWindow window = MakeWindowTable(Words(c.values), c.isSigned, 0);
         EXPECT_EQ(window.At(-65536), 0) << c.what;
         EXPECT_EQ(window.At(c.low), 0) << c.what;
         EXPECT_EQ(window.At((c.low + c.high) / 2), 127) << c.what;
@@ -46,10 +46,10 @@ TEST(ThumbnailWindow, SpansTheData) {
         EXPECT_EQ(window.At(c.high), 255) << c.what;
         EXPECT_EQ(window.At(65535), 255) << c.what;
     }
-    EXPECT_EQ(WindowOfData(Words({7, 7}), false, 0).At(60000), 0);
-    const ThumbnailWindow padded = WindowOfData(Words({-2000, 0, 255}), true, -2000);
+    EXPECT_EQ(MakeWindowTable(Words({7, 7}), false, 0).At(60000), 0);
+    const ThumbnailWindow padded = MakeWindowTable(Words({-2000, 0, 255}), true, -2000);
     EXPECT_EQ(padded.At(128), 128);
-    EXPECT_EQ(WindowOfData(Words({0, 100, 9000}), false, 9000).At(9000), 0);
+    EXPECT_EQ(MakeWindowTable(Words({0, 100, 9000}), false, 9000).At(9000), 0);
 }
 
 CDcmObject Header(const char* photometric, const char* center, const char* width, const char* slope,
@@ -64,25 +64,25 @@ CDcmObject Header(const char* photometric, const char* center, const char* width
 }
 
 TEST(ThumbnailWindow, FollowsTheHeader) {
-    const auto plain = WindowOfHeader(Header("MONOCHROME2", "100", "200", nullptr));
+    const auto plain = MakeWindowTableFromHeader(Header("MONOCHROME2", "100", "200", nullptr));
     EXPECT_EQ(plain.At(-1), 0);
     EXPECT_EQ(plain.At(100), 127);
     EXPECT_EQ(plain.At(200), 255);
-    const auto halved = WindowOfHeader(Header("MONOCHROME2", "200", "400", "2"));
+    const auto halved = MakeWindowTableFromHeader(Header("MONOCHROME2", "200", "400", "2"));
     for (int i = -10; i < 300; ++i) EXPECT_EQ(halved.At(i), plain.At(i));
-    const auto inverse = WindowOfHeader(Header("MONOCHROME1", "100", "200", nullptr));
+    const auto inverse = MakeWindowTableFromHeader(Header("MONOCHROME1", "100", "200", nullptr));
     EXPECT_EQ(inverse.At(-1), 255);
     EXPECT_EQ(inverse.At(200), 0);
-    const auto none = WindowOfHeader(Header("MONOCHROME2", nullptr, nullptr, nullptr));
+    const auto none = MakeWindowTableFromHeader(Header("MONOCHROME2", nullptr, nullptr, nullptr));
     EXPECT_EQ(none.At(1200), 127);
     EXPECT_EQ(none.At(2400), 255);
-    const auto bytes = WindowOfHeader(Header("MONOCHROME2", nullptr, nullptr, nullptr, 8));
+    const auto bytes = MakeWindowTableFromHeader(Header("MONOCHROME2", nullptr, nullptr, nullptr, 8));
     EXPECT_EQ(bytes.At(255), 127);
-    const auto partner = WindowOfHeader(Header("MONOCHROME2", "100", nullptr, nullptr));
+    const auto partner = MakeWindowTableFromHeader(Header("MONOCHROME2", "100", nullptr, nullptr));
     EXPECT_EQ(partner.At(1300), 255);
     for (const auto& [width, slope] :
          {std::pair{"0", "1"}, {"200", "0"}, {"-5", "1"}, {"2147483647", "1e-30"}}) {
-        const auto odd = WindowOfHeader(Header("MONOCHROME2", "100", width, slope));
+        const auto odd = MakeWindowTableFromHeader(Header("MONOCHROME2", "100", width, slope));
         EXPECT_LE(odd.At(-60000), odd.At(60000)) << width;
     }
 }
