@@ -1,15 +1,13 @@
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/platform/diagnostics.h"
 #include "foundation/platform/file_reader.h"
-#include "foundation/platform/pages.h"
 #include "foundation/types/answer.h"
-#include "quorvex/CxDcmParser.h"
+#include "parser/parsed_file.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
 #include <new>
-#include <optional>
 #include <string>
 
 namespace quorvex {
@@ -19,17 +17,16 @@ constexpr std::size_t kPreambleBytes = 128;
 constexpr std::size_t kMarkedBytes = 132;
 constexpr const char* kMarker = "DICM";
 
-bool IsMarked(const unsigned char* bytes, std::size_t size) noexcept {
-    return size >= kMarkedBytes && std::memcmp(bytes + kPreambleBytes, kMarker, 4) == 0;
+bool IsMarked(std::span<const unsigned char> bytes) noexcept {
+    return bytes.size() >= kMarkedBytes &&
+           std::memcmp(bytes.data() + kPreambleBytes, kMarker, 4) == 0;
 }
 
-/// What the first bytes of memory that a caller hands over say: 1 for Part 10, 0 for a bare data set.
-std::optional<std::int32_t> Classify(const unsigned char* bytes, std::size_t size) noexcept {
-    if (IsMarked(bytes, size)) return 1;
-    if (size < 2) return std::nullopt;
+/// Whether memory that a caller hands over begins like a bare data set, little endian.
+bool BeginsWithKnownGroup(std::span<const unsigned char> bytes) noexcept {
+    if (bytes.size() < 2) return false;
     const unsigned group = bytes[0] + bytes[1] * 256U;
-    if (group == 0x0002 || group == 0x0008) return 0;
-    return std::nullopt;
+    return group == 0x0002 || group == 0x0008;
 }
 
 bool HasOneSample(const CString& photometric) {
@@ -38,16 +35,11 @@ bool HasOneSample(const CString& photometric) {
                                [&](const char* name) { return photometric.Find(name) >= 0; });
 }
 
-/// Pages, or null where the system has none.
-unsigned char* TryTakePages(std::size_t size) noexcept {
-    return Contain(static_cast<unsigned char*>(nullptr), [&] { return TakePages(size); });
-}
-
-/// Frame sizes and the colour path go by Samples per Pixel, so it must never contradict the colours.
+/// Frame sizes and the colour path go by Samples per Pixel, so it must agree with the colours.
 void CorrectSamplesPerPixel(CDcmObject& header) {
-    CString photometric;
-    if (header.GetValue(tag::kPhotometricInterpretation, photometric, -1) != kDcmSuccess) return;
-    const auto samples = static_cast<unsigned short>(HasOneSample(photometric) ? 1 : 3);
+    const auto photometric = Read<CString>(header, tag::kPhotometricInterpretation);
+    if (!photometric) return;
+    const auto samples = static_cast<unsigned short>(HasOneSample(*photometric) ? 1 : 3);
     header.SetValue(tag::kSamplesPerPixel, samples);
 }
 
@@ -58,19 +50,10 @@ int Fail(const std::string& line) {
 
 }  // namespace
 
-QUORVEX_MESSAGE CxDcmParser::Initialize(CDcmApp* newApp, CString path, int readWholeFile) {
-    if (newApp == nullptr) {
-        WriteDebugLine("QVM_ERROR_INVALID_DCMAPP error\n");
-        return QVM_ERROR_INVALID_DCMAPP;
-    }
+QUORVEX_MESSAGE ParsedFile::Initialize(CDcmApp& newApp, const CString& path, int readWholeFile) {
     fileBuffer.reset();
-    frameTable.reset();
     SetOwnHeader(nullptr);
-    app = newApp;
-    return Answer(QVM_ERROR_FAILED_TO_READ_FILE, [&] { return ReadAndParse(path, readWholeFile); });
-}
-
-QUORVEX_MESSAGE CxDcmParser::ReadAndParse(const CString& path, int readWholeFile) {
+    app = &newApp;
     if (ReadDicomFileToBuffer(path) == 0) return QVM_ERROR_FAILED_TO_READ_FILE;
     std::unique_ptr<CDcmObject> object;
     const int isParsed =
@@ -85,7 +68,7 @@ QUORVEX_MESSAGE CxDcmParser::ReadAndParse(const CString& path, int readWholeFile
     return QVM_ERROR_FAILED_TO_PARSE_DICOM;
 }
 
-int CxDcmParser::ReadDicomFileToBuffer(const CString& path) {
+int ParsedFile::ReadDicomFileToBuffer(const CString& path) {
     const FileReader file(path.ToUtf8());
     if (!file.IsOpen()) {
         return Fail("ReadDicomFileToBuffer file open error :" + std::to_string(file.Error()));
@@ -94,62 +77,60 @@ int CxDcmParser::ReadDicomFileToBuffer(const CString& path) {
     if (file.Size() <= kMarkedBytes || !file.Read(start)) {
         return Fail("ReadDicomFileToBuffer file size error\n");
     }
-    if (IsMarked(start.data(), start.size())) {
+    if (IsMarked(start)) {
         isPart10 = 1;
     } else if (start[0] == 0 && (start[1] == 8 || start[1] == 2)) {
         isPart10 = 0;
     }
     fileSize = file.Size();
-    fileBuffer.reset(TryTakePages(fileSize));
-    if (!fileBuffer) {
+    if (!TakeFileBuffer(fileSize)) {
         WriteDebugLine("ReadDicomFileToBuffer VirtualAlloc error\n");
         throw std::bad_alloc();
     }
-    if (file.Read({fileBuffer.get(), fileSize})) return 1;
+    if (file.Read(FileBytes())) return 1;
     fileBuffer.reset();
     return Fail("ReadDicomFileToBuffer file size error\n");
 }
 
-int CxDcmParser::IsThisPart10File() const noexcept {
-    return fileBuffer && IsMarked(fileBuffer.get(), fileSize) ? 1 : 0;
-}
-
-QUORVEX_MESSAGE CxDcmParser::Initialize(CDcmApp* newApp, CDcmObject* object,
-                                        unsigned char* fileBytes, unsigned long size,
-                                        unsigned long offset) {
-    if (newApp == nullptr || object == nullptr) return QVM_ERROR_INVALID_DCMAPP;
-    return Answer(QVM_ERROR_INVALID_DCMAPP, [&] {
-        fileBuffer.reset();
-        frameTable.reset();
-        if (fileBytes != nullptr) {
-            if (!TakeFileImage(fileBytes, size)) return QVM_ERROR_INVALID_DCMAPP;
-            fileSize = size;
-            pixelDataOffset = offset;
-        }
-        TakeCallersHeader(newApp, *object);
-        return QVM_SUCCESS;
+bool ParsedFile::TakeFileBuffer(std::size_t size) {
+    return Contain(false, [&] {
+        fileBuffer.reset(TakePages(size));
+        return true;
     });
 }
 
-bool CxDcmParser::TakeFileImage(const unsigned char* fileBytes, unsigned long size) {
-    const auto kind = Classify(fileBytes, size);
-    if (!kind) return false;
-    fileBuffer.reset(TakePages(size));
-    std::copy_n(fileBytes, size, fileBuffer.get());
-    isPart10 = *kind;
-    return true;
+int ParsedFile::IsThisPart10File() const noexcept {
+    return IsMarked(FileBytes()) ? 1 : 0;
 }
 
-void CxDcmParser::TakeCallersHeader(CDcmApp* newApp, CDcmObject& object) {
-    CorrectSamplesPerPixel(object);
-    app = newApp;
-    // GetHeader() of this very parser may come back in: that one stays its own.
-    if (ownHeader.get() != &object) {
-        ownHeader.reset();
-        header = &object;
-        ownsHeader = 0;
+QUORVEX_MESSAGE ParsedFile::Initialize(CDcmApp& newApp, CDcmObject& object,
+                                       const unsigned char* fileBytes, unsigned long size,
+                                       unsigned long offset) {
+    fileBuffer.reset();
+    if (fileBytes != nullptr) {
+        if (!TakeFileImage(fileBytes, size)) return QVM_ERROR_INVALID_DCMAPP;
+        pixelDataOffset = offset;
     }
+    CorrectSamplesPerPixel(object);
+    app = &newApp;
+    SetCallersHeader(object);
     headerHoldsPixels = false;
+    return QVM_SUCCESS;
+}
+
+bool ParsedFile::TakeFileImage(const unsigned char* fileBytes, unsigned long size) {
+    fileBuffer.reset(TakePages(size));
+    fileSize = size;
+    std::copy_n(fileBytes, size, fileBuffer.get());
+    if (IsThisPart10File() != 0) {
+        isPart10 = 1;
+    } else if (BeginsWithKnownGroup(FileBytes())) {
+        isPart10 = 0;
+    } else {
+        fileBuffer.reset();
+        return false;
+    }
+    return true;
 }
 
 }  // namespace quorvex

@@ -1,7 +1,7 @@
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/reading/resynchronise.h"
 #include "foundation/platform/diagnostics.h"
-#include "quorvex/CxDcmParser.h"
+#include "parser/parsed_file.h"
 
 #include <algorithm>
 #include <string>
@@ -62,11 +62,28 @@ std::unique_ptr<CDcmObject> MakeObject(const CString& path) {
     return object;
 }
 
+/// Looks for a position from which the rest reads as a data set, from `offset` on, where the first
+/// try stopped. Almost any bytes can be read as elements, so only where a data set can begin is one
+/// tried. False without such a position; otherwise `offset` is where its reading stopped.
+bool Resynchronise(CDcmObject& object, std::span<unsigned char> file, dicom::DataSetFinder& finder,
+                   std::uint32_t stopTag, unsigned long& offset) {
+    const unsigned long start = offset;
+    for (unsigned long i = std::max(start, 1UL); i < file.size(); ++i) {
+        if (!finder.CanBeginAt(i)) continue;
+        StreamReadContext context{.base = file.data() + i, .total = file.size() - i};
+        unsigned long local = 0;
+        if (ReadStream(object, stopTag, context, local) != kDcmSuccess) continue;
+        offset = local + i;
+        break;
+    }
+    return offset != start;
+}
+
 }  // namespace
 
-int CxDcmParser::ParseDicomHeaderOfPart10File(std::unique_ptr<CDcmObject>& object,
-                                              unsigned long& offset, const CString& path,
-                                              int readWholeFile) {
+int ParsedFile::ParseDicomHeaderOfPart10File(std::unique_ptr<CDcmObject>& object,
+                                             unsigned long& offset, const CString& path,
+                                             int readWholeFile) {
     StreamReadContext context{.base = fileBuffer.get(), .total = fileSize};
     object = MakeObject(path);
     const DCMRESULT result =
@@ -82,43 +99,27 @@ int CxDcmParser::ParseDicomHeaderOfPart10File(std::unique_ptr<CDcmObject>& objec
     return ParseDicomHeaderOfNonPart10File(object, offset, path, readWholeFile);
 }
 
-int CxDcmParser::ParseDicomHeaderOfNonPart10File(std::unique_ptr<CDcmObject>& object,
-                                                 unsigned long& offset, const CString& path,
-                                                 int readWholeFile) {
+int ParsedFile::ParseDicomHeaderOfNonPart10File(std::unique_ptr<CDcmObject>& object,
+                                                unsigned long& offset, const CString& path,
+                                                int readWholeFile) {
     StreamReadContext context{.base = fileBuffer.get(), .total = fileSize};
     object = MakeObject(path);
     (void)object->Create();
     const std::uint32_t stopTag =
         readWholeFile != 0 ? tag::kDataSetTrailingPadding : kJustBelowPixelData;
-    dicom::DataSetFinder finder({fileBuffer.get(), fileSize});
+    dicom::DataSetFinder finder(FileBytes());
     if (!finder.CanBeginAt(0)) {
         offset = 0;
     } else if (ReadStream(*object, stopTag, context, offset) == kDcmSuccess) {
         WriteDebugLine("ParseDicomHeaderOfNonPart10File success\n");
         return 1;
     }
-    if (Resynchronise(*object, finder, stopTag, offset) == 0) {
+    if (!Resynchronise(*object, FileBytes(), finder, stopTag, offset)) {
         WriteDebugLine("ParseDicomHeaderOfNonPart10File pixel offset error\n");
         return 0;
     }
     WriteDebugLine("ParseDicomHeaderOfNonPart10File success2\n");
     return 1;
-}
-
-/// Looks for a position from which the rest reads as a data set, from where the first try stopped.
-/// Almost any bytes can be read as elements, so only where a data set can begin is one tried.
-int CxDcmParser::Resynchronise(CDcmObject& object, dicom::DataSetFinder& finder,
-                               std::uint32_t stopTag, unsigned long& offset) {
-    const unsigned long start = offset;
-    for (unsigned long i = std::max(start, 1UL); i < fileSize; ++i) {
-        if (!finder.CanBeginAt(i)) continue;
-        StreamReadContext context{.base = fileBuffer.get() + i, .total = fileSize - i};
-        unsigned long local = 0;
-        if (ReadStream(object, stopTag, context, local) != kDcmSuccess) continue;
-        offset = local + i;
-        break;
-    }
-    return offset != start ? 1 : 0;
 }
 
 }  // namespace quorvex

@@ -1,6 +1,7 @@
 #include "foundation/platform/clock.h"
 #include "foundation/platform/host.h"
-#include "quorvex/CxDcmParser.h"
+#include "parser/frames/frame_events.h"
+#include "parser/parsed_file.h"
 
 #include <string>
 
@@ -15,12 +16,12 @@ std::string TwoDigits(int number) {
 
 }  // namespace
 
-CString CxDcmParser::GetNewSOPInstanceUID() {
+CString ParsedFile::GetNewSOPInstanceUID() {
     const CalendarTime now = UniversalTime();
     const std::string stamp = TwoDigits(now.hour) + TwoDigits(now.minute) + TwoDigits(now.second) +
                               std::to_string(now.millisecond);
     return kRoot + std::to_string(MachineNumber()) + "." + stamp +
-           std::to_string(RandomSixDigits()) + "." + std::to_string(FrameEventCount());
+           std::to_string(RandomSixDigits()) + "." + std::to_string(LatestFrameEvents());
 }
 
 }  // namespace quorvex

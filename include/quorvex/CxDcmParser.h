@@ -1,24 +1,16 @@
 /// A DICOM file or object: its header, and its frames as plain pixels.
 #pragma once
 
-#include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
 #include "quorvex/Export.h"
 #include "quorvex/ResultCodes.h"
 #include "quorvex/Types.h"
 
-#include <cstdint>
 #include <memory>
-#include <span>
 
 namespace quorvex {
 
-namespace dicom {
-class DataSetFinder;
-}
-struct FrameShape;
-class FrameIndex;
-class StoredFrame;
+struct ParserState;
 
 /// One DICOM file or object: its header, and its frames as plain pixels.
 ///
@@ -37,14 +29,12 @@ public:
     /// Samples per Pixel of the header is set to what Photometric Interpretation demands: 1 for
     /// MONOCHROME1, MONOCHROME2 and PALETTE COLOR, 3 for any other text.
     ///
-    /// @param readWholeFile  0: the header stops ahead of Pixel Data. Otherwise it holds
-    /// everything,
-    ///                       and frames come from it
+    /// @param readWholeFile  0: the header stops ahead of Pixel Data. Otherwise it holds all, and
+    ///                       frames come from it
     /// @return QVM_SUCCESS, or
     ///         QVM_ERROR_INVALID_DCMAPP         no `app`; nothing has changed
-    ///         QVM_ERROR_FAILED_TO_READ_FILE    not a readable file of more than 132 bytes, no
-    ///         memory QVM_ERROR_FAILED_TO_PARSE_DICOM  nothing that parses, at no position of the
-    ///         file;
+    ///         QVM_ERROR_FAILED_TO_READ_FILE    no readable file of more than 132 bytes, no memory
+    ///         QVM_ERROR_FAILED_TO_PARSE_DICOM  nothing that parses, at no position of the file;
     ///                                          GetHeader() may hold what was understood
     QUORVEX_MESSAGE Initialize(CDcmApp* app, CString path, int readWholeFile);
 
@@ -62,7 +52,7 @@ public:
                                unsigned long fileSize, unsigned long pixelDataOffset);
 
     /// The header, or null; the parser's unless it came from the caller. It may be changed.
-    [[nodiscard]] CDcmObject* GetHeader() const noexcept { return header; }
+    [[nodiscard]] CDcmObject* GetHeader() const noexcept;
 
     /// 0 without a header, else Number of Frames, or 1 where that is absent.
     [[nodiscard]] int GetFrameCount() const;
@@ -97,23 +87,27 @@ public:
     /// Where a frame's stored bytes lie in the file.
     ///
     /// @param offset  receives the place of the first fragment's first byte, past its item header
-    /// @param size    receives the sum of the fragments' lengths; they are one stretch only where
-    /// the
-    ///                frame has one fragment
-    /// @return as GetAFrame(); QVM_ERROR_FAILED_TO_GET_PIXEL_DATA also for Rows or Columns of 0,
-    ///         without a file buffer, and for deflated files, whose frames lie nowhere in the file
+    /// @param size    receives the sum of the fragments' lengths; the bytes are one range of the
+    ///                file only where the frame has one fragment
+    /// @return as GetAFrame(); QVM_ERROR_FAILED_TO_GET_PIXEL_DATA also without a file buffer, and
+    ///         for deflated files, whose frames lie nowhere in the file
     QUORVEX_MESSAGE GetAFrameOffsetSize(int frameIndex, unsigned long& offset, unsigned long& size);
 
-    /// Colours a frame of palette indices by the header's three look-up tables, each plain or segmented.
+    /// Colours a frame of palette indices by the header's three look-up tables, plain or segmented.
     ///
-    /// Entries become bytes by 255 / 65536 where a table has 16 bits, by 255 / 4096 where one has more
-    /// than 8 and an entry of the three is above 255, else by 255 / 256.
+    /// Entries become bytes by a factor of
+    ///     255 / 65536  where a table has 16 bits
+    ///     255 / 4096   where one has more than 8, and an entry of the three is above 255
+    ///     255 / 256    everywhere else
     ///
-    /// @param pixels       columns x rows indices: two bytes each for `bits` from 16 to 23, else one
-    /// @param bits         becomes 24, `samples` 3 and `photometric` "RGB"
+    /// @param pixels       columns x rows indices: 2 bytes each for `bits` from 16 to 23, else 1
+    /// @param bits         bits of a stored pixel; becomes 24
+    /// @param samples      becomes 3
+    /// @param photometric  becomes "RGB"
     /// @param rgb          receives columns x rows x 3 bytes; yours, release it with delete[]
-    /// @return QVM_SUCCESS, or QVM_ERROR_INVALID_PHOTOMETRIC: a colour without a table, no header, no
-    ///         memory; nothing has changed
+    /// @param reserved     not read
+    /// @return QVM_SUCCESS, or QVM_ERROR_INVALID_PHOTOMETRIC: a colour without a table, no header,
+    ///         no memory; nothing has changed
     QUORVEX_MESSAGE GetRGBBufferFromPaletteImage(unsigned char* pixels, unsigned short columns,
                                                  unsigned short rows, unsigned short& bits,
                                                  unsigned short& samples, CString& photometric,
@@ -121,15 +115,21 @@ public:
 
     /// Makes a small 8-bit image of a frame.
     ///
-    /// 16-bit grey is windowed: by the range of the data, at most 3,000 wide, or by the header's window
-    /// (1200, 2400 where it has none; 255, 511 for 8 bits stored).
+    /// 16-bit grey is windowed: by the range of the data, at most 3,000 wide, or by the header's
+    /// window (center 1200 and width 2400 where it has none; 255 and 511 for 8 bits stored).
     ///
-    /// @param size         pixels; the width a multiple of 4
-    /// @param format       1: plain pixels; 5 and 7: JPEG baseline and lossless
-    /// @param image        receives the pixels, rows from the top, or the JPEG stream; yours, release it
-    ///                     with delete[]
-    /// @param bitmapHeader receives null for JPEG, otherwise a header of `bitmapHeaderSize` bytes, followed for one sample by 256
-    ///                     grey colour entries; yours, release it as unsigned char[] with delete[]
+    /// @param frame             0 for the first frame
+    /// @param size              pixels; the width a multiple of 4
+    /// @param format            1: plain pixels; 5: JPEG baseline; 7: JPEG lossless
+    /// @param useDataRange      0: the header's window. Otherwise the range of the data
+    /// @param image             receives the pixels, rows from the top, or the JPEG stream; yours,
+    ///                          release it with delete[]
+    /// @param imageSize         receives its bytes
+    /// @param bitmapHeader      receives null for JPEG, otherwise a header, followed for one sample
+    ///                          by 256 grey colour entries; yours, release it as unsigned char[]
+    ///                          with delete[]
+    /// @param bitmapHeaderSize  receives its bytes: 0, 40, or 1064 with colour entries
+    /// @param quality           of JPEG baseline, as CxImageProcessor::CompressFrameData() takes it
     /// @return QVM_SUCCESS, a failure of GetAFrame(), or, with nothing handed over,
     ///         QVM_ERROR_INVALID_OUTPUT_SIZE     below 1, or a width that is not a multiple of 4
     ///         QVM_ERROR_INVALID_TARGET_SYNTAX   a format other than 1, 5 and 7
@@ -141,65 +141,18 @@ public:
                                   tagBITMAPINFOHEADER*& bitmapHeader,
                                   unsigned long& bitmapHeaderSize, unsigned short quality);
 
-    /// The place of a slice in its stack: the part of Image Position (Patient) across the slice, as the
-    /// orientation tells (axial where there is none), else Slice Location. Numbers that cannot be read
-    /// count as absent.
+    /// The place of a slice in its stack: the part of Image Position (Patient) across the slice, by
+    /// the orientation (axial where there is none), else Slice Location. Numbers that cannot be
+    /// read count as absent.
     /// @return 1, or 0 with `location` untouched: no object, or neither position nor location
     static int GetSliceLocation(CDcmObject* object, double& location);
 
-    /// Frame boundaries that the latest fetch of any parser in the process has passed. For a look
-    /// from outside; no fetch depends on it.
+    /// Frame boundaries that the latest fetch of any parser in the process has passed: a view for
+    /// diagnostics, on which no fetch depends.
     [[nodiscard]] static int FrameEventCount() noexcept;
 
 private:
-    struct GivePages {
-        void operator()(unsigned char* block) const noexcept { ReleasePages(block); }
-    };
-    using FileBuffer = std::unique_ptr<unsigned char[], GivePages>;
-
-    /// A SOP Instance UID under the root of this system, from machine, universal time, random number and
-    /// frame events.
-    [[nodiscard]] static CString GetNewSOPInstanceUID();
-    int ReadDicomFileToBuffer(const CString& path);
-    [[nodiscard]] int IsThisPart10File() const noexcept;
-    int ParseDicomHeaderOfPart10File(std::unique_ptr<CDcmObject>& object, unsigned long& offset,
-                                     const CString& path, int readWholeFile);
-    int ParseDicomHeaderOfNonPart10File(std::unique_ptr<CDcmObject>& object, unsigned long& offset,
-                                        const CString& path, int readWholeFile);
-    int Resynchronise(CDcmObject& object, dicom::DataSetFinder& finder, std::uint32_t stopTag,
-                      unsigned long& offset);
-    QUORVEX_MESSAGE ReadAndParse(const CString& path, int readWholeFile);
-    bool TakeFileImage(const unsigned char* fileBytes, unsigned long size);
-    void TakeCallersHeader(CDcmApp* newApp, CDcmObject& object);
-    void SetOwnHeader(std::unique_ptr<CDcmObject> object) noexcept;
-
-    [[nodiscard]] static int IsEncodedImage(std::span<const unsigned char> value,
-                                            int littleEndian) noexcept;
-    [[nodiscard]] QUORVEX_MESSAGE CheckFrame(int frameIndex, TRANSFER_SYNTAX& syntax) const;
-    [[nodiscard]] bool FramesLieInFile(TRANSFER_SYNTAX syntax) const noexcept;
-    [[nodiscard]] std::span<unsigned char> PixelDataValue(TRANSFER_SYNTAX syntax) const noexcept;
-    const FrameIndex* IndexOf(std::span<unsigned char> value, TRANSFER_SYNTAX syntax,
-                              std::size_t frameBytes) const;
-    QUORVEX_MESSAGE CollectFromFile(const FrameShape& shape, StoredFrame& frame) const;
-    QUORVEX_MESSAGE CollectFromObject(const FrameShape& shape, StoredFrame& frame) const;
-    QUORVEX_MESSAGE FetchFrame(int frameIndex, unsigned char*& data, unsigned long& size,
-                               unsigned long sourceLength) const;
-    /// A frame to look at: where it lies in the file, or in a new block that `owner` receives.
-    QUORVEX_MESSAGE ViewFrame(int frameIndex, std::unique_ptr<unsigned char[]>& owner,
-                              std::span<const unsigned char>& frame) const;
-    [[nodiscard]] std::span<const unsigned char> WordsInFile(int frameIndex) const;
-    QUORVEX_MESSAGE FindFrame(int frameIndex, unsigned long& offset, unsigned long& size) const;
-
-    std::int32_t isPart10 = 0;
-    FileBuffer fileBuffer;
-    mutable std::shared_ptr<FrameIndex> frameTable;  ///< of the latest fetch, or none
-    unsigned long fileSize = 0;
-    unsigned long pixelDataOffset = 0;
-    CDcmObject* header = nullptr;
-    CDcmApp* app = nullptr;
-    std::int32_t ownsHeader = 1;
-    std::unique_ptr<CDcmObject> ownHeader;
-    bool headerHoldsPixels = false;
+    std::unique_ptr<ParserState> state_;
 };
 
 }  // namespace quorvex

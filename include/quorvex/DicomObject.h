@@ -15,6 +15,7 @@ namespace quorvex {
 
 namespace dicom {
 class DataSet;
+class NativePixels;
 struct ReadOutcome;
 }  // namespace dicom
 
@@ -86,11 +87,15 @@ using ValueReadCallback = MC_STATUS (*)(int messageId, std::uint32_t tag, void* 
 using ValueWriteCallback = MC_STATUS (*)(int messageId, std::uint32_t tag, void* user, int first,
                                          int* length, void** data, int* last);
 
+/// The events of a walk over Pixel Data.
+inline constexpr int kPixelFrameEnds = 1;  ///< the pieces that follow belong to the next frame
+inline constexpr int kPixelWalkBegins = 2;
+
 /// Receives one piece or event of a walk over Pixel Data that lies in a foreign buffer.
 ///
-/// All of `item`, `skip` and `event` 0: the content of the offset table item. `event` 2: the walk
-/// begins. `skip` and `event` both 0: a data piece, `item` counted from 1. `event` 1: a frame has
-/// ended, the pieces that follow belong to the next one.
+///     item, skip and event all 0   the content of the offset table item
+///     skip and event both 0        a data piece, `item` counted from 1
+///     event not 0                  one of the two events above; no data
 using PixelWalkCallback = MC_STATUS (*)(int item, unsigned long length, unsigned char* data,
                                         int skip, int event, void* user);
 /// Receives one piece of a walk over an object's own Pixel Data: message id, tag, user data, item
@@ -290,15 +295,14 @@ public:
     /// event for each end of frame: by the extended or basic offset table where one is there and
     /// makes sense, else one fragment a frame when the counts agree, else by the codec's
     /// start-of-image markers. Native data is given in pieces of `frameSize` bytes, the last one
-    /// possibly shorter. Native big-endian samples are handed out so that the byte swaps of
-    /// `CxImageProcessor::DecompressFrameData` and `CxDcmParser::GetAFrame` end in this machine's
-    /// order; that may take a block, put into `scratch`, which the caller releases with delete[].
-    /// Without a `scratch`, or with `reserved` other than 0, they are handed out as they are stored, so
-    /// that every piece lies in the buffer.
+    /// possibly shorter, its samples in this machine's byte order: decode such a piece as
+    /// `kExplicitLittleEndian`, whatever the object's syntax is. That may take a block, put into
+    /// `scratch`, which the caller releases with delete[]. Without a `scratch`, or with `reserved`
+    /// other than 0, pieces are handed out as they are stored, so that every one lies in the buffer.
     DCMRESULT GetValueEx(unsigned char** scratch, unsigned long remaining, unsigned char* value,
                          int littleEndian, int reserved, unsigned long frameSize, void* user,
                          PixelWalkCallback callback) const;
-    /// Walks the Pixel Data that the object itself holds.
+    /// Walks the Pixel Data that the object itself holds; native samples in this machine's order.
     DCMRESULT GetValueEx(std::uint32_t tag, void* user, PixelItemCallback callback) const;
     /// Encapsulates one item a buffer, with a basic offset table. The bytes are copied.
     DCMRESULT SetValueEx(std::uint32_t tag, int count, const unsigned long* lengths,
@@ -311,6 +315,7 @@ public:
     DCMRESULT Close() override;
 
 private:
+    friend class dicom::NativePixels;
     DCMRESULT Keep(dicom::ReadOutcome&& outcome, unsigned long* offset);
 
     CString name_;

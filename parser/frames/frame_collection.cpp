@@ -1,123 +1,102 @@
 #include "foundation/dicom/frames/encapsulated_items.h"
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/object/native_pixels.h"
+#include "foundation/dicom/reading/element_header.h"
 #include "foundation/types/limits.h"
-#include "parser/frames/frame_index.h"
-#include "parser/frames/frame_shape.h"
-#include "parser/frames/stored_frame.h"
-#include "quorvex/CxDcmParser.h"
+#include "parser/frames/frame_events.h"
+#include "parser/frames/frame_fetch.h"
 
-#include <algorithm>
-#include <array>
-#include <cstdint>
 #include <utility>
 
 namespace quorvex {
-namespace {
 
-constexpr std::size_t kTagBytes = 4;
-constexpr std::uint32_t kUndefinedLength = 0xFFFFFFFF;
-
-using Bytes = std::span<const unsigned char>;
-
-std::uint32_t ReadHalf(Bytes bytes, bool isBigEndian) noexcept {
-    return isBigEndian ? bytes[0] * 256U + bytes[1] : bytes[1] * 256U + bytes[0];
+/// Whether there is such a frame; reads what the header says about it.
+QUORVEX_MESSAGE FrameFetch::Check() {
+    ShowFrameEvents(0);
+    const CDcmObject* header = file_.GetHeader();
+    if (header == nullptr) return QVM_ERROR_FAILED_TO_PARSE_DICOM;
+    if (frameIndex_ < 0 || frameIndex_ >= file_.GetFrameCount())
+        return QVM_ERROR_INVALID_FRAME_INDEX;
+    if (frameIndex_ >= kMostFrames && !RefuseBy(Limit::kMostFrames))
+        return QVM_ERROR_INVALID_FRAME_INDEX;
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    if (header->GetTransferSyntax(syntax) != kDcmSuccess) return QVM_ERROR_FAILED_TO_PARSE_DICOM;
+    auto shape = ReadFrameShape(*header, syntax);
+    if (!shape) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    shape_ = std::move(*shape);
+    return QVM_SUCCESS;
 }
 
-std::uint32_t ReadTag(Bytes bytes, bool isBigEndian) noexcept {
-    return ReadHalf(bytes, isBigEndian) << 16 | ReadHalf(bytes.subspan(2), isBigEndian);
+int FrameFetch::IsEncodedImage(std::span<const unsigned char> value, int littleEndian) noexcept {
+    const bool isItem = value.size() >= sizeof(std::uint32_t) &&
+                        dicom::LoadTag(value.data(), littleEndian == 0) == tag::kItem;
+    return isItem ? 1 : 0;
 }
 
-std::uint32_t ReadLength(Bytes bytes, bool isBigEndian) noexcept {
-    const std::uint32_t low = ReadHalf(isBigEndian ? bytes.subspan(2) : bytes, isBigEndian);
-    const std::uint32_t high = ReadHalf(isBigEndian ? bytes : bytes.subspan(2), isBigEndian);
-    return high << 16 | low;
+bool FrameFetch::HasNativeFrame() const noexcept {
+    return native_ && static_cast<std::size_t>(frameIndex_) < native_->Count();
 }
 
-/// The six words that a walk hands to its callback.
-std::array<void*, 6> UserRecord(CDcmObject* header, void* context) noexcept {
-    return {nullptr, nullptr, header, nullptr, nullptr, context};
+QUORVEX_MESSAGE FrameFetch::CollectFromFile() {
+    const auto value = file_.PixelDataValue(shape_.syntax);
+    // Plain pixels may begin with the bytes of an item tag too.
+    isEncoded_ = IsEncapsulated(shape_.syntax) ? IsEncodedImage(value, 1) != 0
+                                               : dicom::IsChainOfItems(value);
+    const auto frameBytes = isEncoded_ ? std::size_t{0} : shape_.NativeFrameBytes();
+    if (!frameBytes) RefuseBy(Limit::kLargestBlock);
+    if (value.empty() || !frameBytes) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    if (isEncoded_) return CollectCoded(value);
+    native_ = dicom::NativePixels::In(*file_.GetHeader(), value, *frameBytes);
+    if (!native_) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    ShowFrameEvents(HasNativeFrame() ? frameIndex_ + 1 : static_cast<int>(native_->Count()));
+    return HasNativeFrame() ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
 }
 
-}  // namespace
-
-bool CxDcmParser::FramesLieInFile(TRANSFER_SYNTAX syntax) const noexcept {
-    return fileBuffer && !headerHoldsPixels && syntax != kDeflatedExplicitLittleEndian;
-}
-
-int CxDcmParser::IsEncodedImage(std::span<const unsigned char> value, int littleEndian) noexcept {
-    return value.size() >= kTagBytes && ReadTag(value, littleEndian == 0) == tag::kItem ? 1 : 0;
-}
-
-/// The bytes from Pixel Data's value on: to the value's end where the element tells it, so that what
-/// follows a short value is no pixel, else to the end of the file. Empty where no Pixel Data begins;
-/// an offset that came with a caller's object is taken at its word.
-std::span<unsigned char> CxDcmParser::PixelDataValue(TRANSFER_SYNTAX syntax) const noexcept {
-    const bool isBigEndian = IsBigEndian(syntax);
-    const std::size_t headerBytes = header->PixelDataHeaderLength();
-    if (pixelDataOffset > fileSize || headerBytes > fileSize - pixelDataOffset) return {};
-    const auto element = std::span(fileBuffer.get(), fileSize).subspan(pixelDataOffset);
-    const auto value = element.subspan(headerBytes);
-    if (ReadTag(element, isBigEndian) != tag::kPixelData) {
-        return ownsHeader != 0 ? std::span<unsigned char>{} : value;
+QUORVEX_MESSAGE FrameFetch::CollectCoded(std::span<unsigned char> value) {
+    bool isWalked = true;
+    if (const FrameIndex* index = IndexOf(value)) {
+        coded_.TakeFrom(*index);
+    } else {
+        const DCMRESULT result = file_.GetHeader()->GetValueEx(
+            nullptr, value.size(), value.data(), 1, 0, 0, &coded_, StoredFrame::CollectFromBuffer);
+        isWalked = result == kDcmSuccess || coded_.IsWhole();
     }
-    const auto length = ReadLength(element.subspan(headerBytes - 4), isBigEndian);
-    const bool isTold = length != kUndefinedLength && length != 0;
-    return isTold ? value.first(std::min<std::size_t>(value.size(), length)) : value;
+    return isWalked && coded_.Length() != 0 ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
 }
 
 /// Null where nothing is gained by an index, or where it would be too large. Extended offsets may
 /// change in the header from fetch to fetch, so they go without.
-const FrameIndex* CxDcmParser::IndexOf(std::span<unsigned char> value, TRANSFER_SYNTAX syntax,
-                                       std::size_t frameBytes) const {
-    const FrameIndex::Source source{value.data(), value.size(), frameBytes, GetFrameCount(),
-                                    syntax};
+const FrameIndex* FrameFetch::IndexOf(std::span<unsigned char> value) {
+    const CDcmObject& header = *file_.GetHeader();
+    const FrameIndex::Source source{value.data(), value.size(), file_.GetFrameCount(),
+                                    shape_.syntax};
     int extendedOffsets = 0;
     if (source.frameCount <= 1 ||
-        header->GetValueCount(tag::kExtendedOffsetTable, extendedOffsets) == kDcmSuccess) {
+        header.GetValueCount(tag::kExtendedOffsetTable, extendedOffsets) == kDcmSuccess) {
         return nullptr;
     }
-    if (frameTable == nullptr || !frameTable->IsFrom(source)) {
+    if (index_ == nullptr || !index_->IsFrom(source)) {
         // Kept when it is whole: what is thrown in the middle leaves none behind.
-        auto made = std::make_shared<FrameIndex>(source);
-        auto record = UserRecord(header, made.get());
-        unsigned char* scratch = nullptr;
-        const DCMRESULT result = header->GetValueEx(&scratch, value.size(), value.data(), 1, 0,
-                                                    frameBytes, record.data(), FrameIndex::Collect);
-        const std::unique_ptr<unsigned char[]> owner(scratch);
+        auto made = std::make_unique<FrameIndex>(source);
+        const DCMRESULT result = header.GetValueEx(nullptr, value.size(), value.data(), 1, 0, 0,
+                                                   made.get(), FrameIndex::Collect);
         made->Close(result == kDcmSuccess);
-        frameTable = std::move(made);
+        index_ = std::move(made);
     }
-    return frameTable->IsUsable() ? frameTable.get() : nullptr;
+    return index_->IsUsable() ? index_.get() : nullptr;
 }
 
-QUORVEX_MESSAGE CxDcmParser::CollectFromFile(const FrameShape& shape, StoredFrame& frame) const {
-    const auto value = PixelDataValue(shape.syntax);
-    // Plain pixels may begin with the bytes of an item tag too.
-    frame.isEncoded =
-        IsEncapsulated(shape.syntax) ? IsEncodedImage(value, 1) != 0 : dicom::IsChainOfItems(value);
-    const auto frameBytes = frame.isEncoded ? std::size_t{0} : shape.NativeFrameBytes();
-    if (!frameBytes) RefuseBy(Limit::kLargestBlock);
-    if (value.empty() || !frameBytes) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-    if (const FrameIndex* index = IndexOf(value, shape.syntax, *frameBytes)) {
-        frame.TakeFrom(*index);
-        return frame.Length() != 0 ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-    }
-    auto record = UserRecord(header, &frame);
+QUORVEX_MESSAGE FrameFetch::CollectFromObject() {
+    const CDcmObject& header = *file_.GetHeader();
+    isEncoded_ = IsEncapsulated(shape_.syntax);
+    native_ = dicom::NativePixels::Of(header);
+    if (native_) return HasNativeFrame() ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     const DCMRESULT result =
-        header->GetValueEx(&frame.scratch.block, value.size(), value.data(), 1, 0, *frameBytes,
-                           record.data(), StoredFrame::CollectFromBuffer);
-    const bool isWalked = result == kDcmSuccess || frame.IsWhole();
-    return isWalked && frame.Length() != 0 ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-}
-
-QUORVEX_MESSAGE CxDcmParser::CollectFromObject(const FrameShape& shape, StoredFrame& frame) const {
-    frame.isEncoded = IsEncapsulated(shape.syntax);
-    auto record = UserRecord(header, &frame);
-    const DCMRESULT result =
-        header->GetValueEx(tag::kPixelData, record.data(), StoredFrame::CollectFromObject);
-    return result == kDcmSuccess && frame.Length() != 0 ? QVM_SUCCESS
-                                                        : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+        header.GetValueEx(tag::kPixelData, &coded_, StoredFrame::CollectFromObject);
+    isEncoded_ = isEncoded_ || coded_.HasOffsetTable();
+    const bool isCollected = result == kDcmSuccess && coded_.Length() != 0;
+    return isCollected ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
 }
 
 }  // namespace quorvex

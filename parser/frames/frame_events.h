@@ -6,4 +6,6 @@ namespace quorvex {
 /// Shows a fetch's own count; the fetch itself never reads it back.
 void ShowFrameEvents(int count) noexcept;
 
+[[nodiscard]] int LatestFrameEvents() noexcept;
+
 }  // namespace quorvex

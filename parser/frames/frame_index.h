@@ -1,10 +1,9 @@
-/// Where the frames of Pixel Data lie, found once for many fetches.
+/// Where the coded frames of Pixel Data lie, found once for many fetches.
 #pragma once
 
 #include "quorvex/DicomObject.h"
 
 #include <cstddef>
-#include <functional>
 #include <span>
 #include <vector>
 
@@ -12,37 +11,29 @@ namespace quorvex {
 
 /// The pieces of every frame, as a walk over the value shows them.
 ///
-/// The walk looks at each item's header, which in a long object costs more than to decode one frame.
-/// Frames that do not lie ready in the value, since they are put in order first, have no index.
+/// The walk reads each item's header, which in a long object costs more than to decode one frame.
 class FrameIndex {
 public:
     /// What an index is made from; with any other it has to be made anew.
     struct Source {
         const unsigned char* value = nullptr;
         std::size_t bytes = 0;
-        std::size_t frameBytes = 0;  ///< as the walk is told; 0 for coded frames
         int frameCount = 0;
         TRANSFER_SYNTAX syntax = kSyntaxNone;
         friend bool operator==(const Source&, const Source&) = default;
-        [[nodiscard]] bool Holds(const unsigned char* place) const noexcept {
-            return std::less_equal<>()(value, place) && std::less_equal<>()(place, value + bytes);
-        }
     };
 
     explicit FrameIndex(const Source& source) noexcept : source_(source) {}
 
-    /// Callback of a walk over a foreign buffer; word 5 of the user record is the FrameIndex.
+    /// Callback of a walk over a foreign buffer, whose `user` is the FrameIndex.
     static MC_STATUS Collect(int item, unsigned long length, unsigned char* data, int skip,
                              int event, void* user);
-    /// To be told when the walk is over. An index that is not small beside what it tells of is
-    /// dropped.
+    /// Ends the walk. An index that is not small beside the value is dropped.
     void Close(bool isWalkWhole);
 
     [[nodiscard]] bool IsFrom(const Source& source) const noexcept { return source_ == source; }
     [[nodiscard]] bool IsUsable() const noexcept { return !ends_.empty(); }
     [[nodiscard]] std::size_t FrameCount() const noexcept { return ends_.size(); }
-    /// Bytes from the first frame to this one, which lie together where they are not coded.
-    [[nodiscard]] std::size_t LengthAhead(std::size_t frame) const noexcept;
     /// Empty behind the last frame.
     [[nodiscard]] std::span<const std::span<unsigned char>> PiecesOf(
         std::size_t frame) const noexcept;

@@ -1,37 +1,28 @@
 #include "parser/frames/frame_shape.h"
 
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/frames/pixel_shape.h"
+#include "foundation/dicom/model/attributes.h"
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/checked_size.h"
 
 namespace quorvex {
-namespace {
-
-std::uint16_t ReadWord(const CDcmObject& header, std::uint32_t tag, std::uint16_t absent) {
-    unsigned short value = 0;
-    return header.GetValue(tag, value) == kDcmSuccess ? value : absent;
-}
-
-/// Two pixels of 4:2:2 have two samples of brightness and one of each colour.
-bool IsHalfChroma(const FrameShape& shape) {
-    return shape.photometric == CString("YBR_FULL_422") ||
-           shape.photometric == CString("YBR_PARTIAL_422");
-}
-
-}  // namespace
-
 std::optional<std::size_t> FrameShape::NativeFrameBytes() const {
-    const unsigned samples = samplesPerPixel == 3 && IsHalfChroma(*this) ? 2 : samplesPerPixel;
+    // Two pixels of 4:2:2 have two samples of brightness and one of each colour.
+    const bool sharesChroma = samplesPerPixel == 3 && dicom::IsHalfChroma(photometric);
+    const unsigned samples = sharesChroma ? 2 : samplesPerPixel;
     const auto bits = CheckedProduct(bitsAllocated, samples, columns, rows);
-    if (!bits) {
-        const auto bytes = CheckedProduct(bitsAllocated / 8U, samples, columns, rows);
-        return bytes;
-    }
+    if (!bits) return CheckedProduct(bitsAllocated / 8U, samples, columns, rows);
     return *bits / 8;
+}
+
+std::optional<std::size_t> FrameShape::PlainFrameBytes() const noexcept {
+    const unsigned sampleBytes = bitsAllocated == 32 ? 4 : BytesPerSample();
+    return CheckedProduct(sampleBytes, samplesPerPixel, columns, rows);
 }
 
 _IMAGE_PROCESS_PARAM FrameShape::DecodingParam() const {
     _IMAGE_PROCESS_PARAM param;
-    param.transferSyntax = syntax;
+    param.transferSyntax = IsBigEndian(syntax) ? kExplicitLittleEndian : syntax;
     param.samplesPerPixel = samplesPerPixel;
     param.photometric = photometric;
     param.planarConfiguration = planarConfiguration;
@@ -49,19 +40,17 @@ _IMAGE_PROCESS_PARAM FrameShape::DecodingParam() const {
 }
 
 std::optional<FrameShape> ReadFrameShape(const CDcmObject& header, TRANSFER_SYNTAX syntax) {
-    FrameShape shape{.syntax = syntax,
-                     .rows = ReadWord(header, tag::kRows, 0),
-                     .columns = ReadWord(header, tag::kColumns, 0),
-                     .samplesPerPixel = ReadWord(header, tag::kSamplesPerPixel, 1),
-                     .bitsAllocated = ReadWord(header, tag::kBitsAllocated, 0),
-                     .pixelRepresentation = ReadWord(header, tag::kPixelRepresentation, 0),
-                     .planarConfiguration = ReadWord(header, tag::kPlanarConfiguration, 0),
-                     .photometric = {}};
+    const auto word = [&](std::uint32_t tag) { return Read<unsigned short>(header, tag); };
+    FrameShape shape{
+        .syntax = syntax,
+        .rows = word(tag::kRows).value_or(0),
+        .columns = word(tag::kColumns).value_or(0),
+        .samplesPerPixel = word(tag::kSamplesPerPixel).value_or(1),
+        .bitsAllocated = word(tag::kBitsAllocated).value_or(0),
+        .pixelRepresentation = word(tag::kPixelRepresentation).value_or(0),
+        .planarConfiguration = word(tag::kPlanarConfiguration).value_or(0),
+        .photometric = Read<CString>(header, tag::kPhotometricInterpretation).value_or(CString())};
     if (shape.rows == 0 || shape.columns == 0) return std::nullopt;
-    CString photometric;
-    if (header.GetValue(tag::kPhotometricInterpretation, photometric, -1) == kDcmSuccess) {
-        shape.photometric = photometric;
-    }
     return shape;
 }
 

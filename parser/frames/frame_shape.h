@@ -23,12 +23,18 @@ struct FrameShape {
     /// Bytes of one frame stored without coding, cut down to whole ones; nothing for more than we
     /// would ever allocate.
     [[nodiscard]] std::optional<std::size_t> NativeFrameBytes() const;
-    /// Bytes that every decoded frame of this shape has at least: one for a sample, or two above 8 bits.
+    /// Bytes of one frame of samples as they lie in memory: 1 for a sample of up to 8 bits, 4 for
+    /// 32 bits, else 2.
+    [[nodiscard]] std::optional<std::size_t> PlainFrameBytes() const noexcept;
+    /// Bytes that every decoded frame has at least: 1 for a sample, or 2 above 8 bits.
     [[nodiscard]] std::size_t DecodedFrameBytes() const noexcept {
-        return std::size_t{bitsAllocated > 8 ? 2U : 1U} * samplesPerPixel * columns * rows;
+        return std::size_t{BytesPerSample()} * samplesPerPixel * columns * rows;
     }
-    /// The parameters that decode a frame of this shape.
+    /// The parameters that decode a frame; native pixels come in this machine's byte order.
     [[nodiscard]] _IMAGE_PROCESS_PARAM DecodingParam() const;
+
+private:
+    [[nodiscard]] unsigned BytesPerSample() const noexcept { return bitsAllocated > 8 ? 2 : 1; }
 };
 
 /// Nothing without Rows and Columns above 0. Absent Samples per Pixel is 1, all else absent is 0.

@@ -4,47 +4,38 @@
 #include "parser/frames/frame_index.h"
 
 namespace quorvex {
-namespace {
-
-constexpr int kFrameEnded = 1;
-constexpr int kWalkBegins = 2;
-constexpr std::size_t kContextWord = 5;
-
-}  // namespace
 
 MC_STATUS StoredFrame::CollectFromBuffer(int item, unsigned long length, unsigned char* data,
                                          int skip, int event, void* user) {
-    auto& frame = *static_cast<StoredFrame*>(static_cast<void**>(user)[kContextWord]);
+    auto& frame = *static_cast<StoredFrame*>(user);
     if (item == 0 && skip == 0 && event == 0) return kMcContinue;  // the offset table
     if (skip != 0 || event != 0) return frame.CountEvent(event);
-    if (frame.events_ == frame.frameIndex_) return frame.Take({data, length});
-    frame.lengthAhead_ += length;
+    if (frame.events_ == frame.frameIndex_) frame.Take({data, length});
     return kMcContinue;
 }
 
 MC_STATUS StoredFrame::CountEvent(int event) noexcept {
-    if (event == kFrameEnded) {
+    if (event == kPixelFrameEnds) {
         isWhole_ = events_ == frameIndex_ && !pieces_.empty();
         ++events_;
-    } else if (event == kWalkBegins) {
+    } else if (event == kPixelWalkBegins) {
         events_ = 0;
     }
     ShowFrameEvents(events_);
     return isWhole_ ? kMcRefuse : kMcContinue;
 }
 
-MC_STATUS StoredFrame::Take(std::span<unsigned char> piece) {
+void StoredFrame::Take(std::span<unsigned char> piece) {
     pieces_.push_back(piece);
     length_ += piece.size();
-    return kMcContinue;
 }
 
 MC_STATUS StoredFrame::CollectFromObject(int /*messageId*/, std::uint32_t /*tag*/, void* user,
                                          int item, unsigned long length, unsigned char* data,
                                          int first, int last) {
-    auto& frame = *static_cast<StoredFrame*>(static_cast<void**>(user)[kContextWord]);
-    if (item == 0 && first == 0 && last == 0) {  // the offset table, which only items have
-        frame.isEncoded = true;
+    auto& frame = *static_cast<StoredFrame*>(user);
+    if (item == 0 && first == 0 && last == 0) {
+        frame.hasOffsetTable_ = true;
         return kMcContinue;
     }
     if (item != frame.frameIndex_ + 1) return kMcContinue;
@@ -54,9 +45,7 @@ MC_STATUS StoredFrame::CollectFromObject(int /*messageId*/, std::uint32_t /*tag*
 }
 
 void StoredFrame::TakeFrom(const FrameIndex& index) {
-    const auto place = static_cast<std::size_t>(frameIndex_);
-    for (const auto piece : index.PiecesOf(place)) Take(piece);
-    lengthAhead_ = index.LengthAhead(place);
+    for (const auto piece : index.PiecesOf(static_cast<std::size_t>(frameIndex_))) Take(piece);
     isWhole_ = !pieces_.empty();
     events_ = isWhole_ ? frameIndex_ + 1 : static_cast<int>(index.FrameCount());
     ShowFrameEvents(events_);
@@ -66,9 +55,8 @@ const unsigned char* StoredFrame::FirstPiece() const noexcept {
     return pieces_.empty() ? nullptr : pieces_.front().data();
 }
 
-std::span<unsigned char> StoredFrame::Join(bool mayChange) {
-    const bool isLone = pieces_.size() == 1;
-    if (isLone && (!mayChange || pieces_.front().data() == scratch.block)) return pieces_.front();
+std::span<unsigned char> StoredFrame::Join() {
+    if (pieces_.size() == 1) return pieces_.front();
     if (!pieces_.empty()) {
         joined_.reserve(length_);
         for (const auto piece : pieces_) joined_.insert(joined_.end(), piece.begin(), piece.end());

@@ -1,10 +1,9 @@
-/// The stored bytes of one frame: its pieces as a walk over Pixel Data shows them, joined.
+/// The stored bytes of one coded frame: its pieces as a walk over Pixel Data shows them, joined.
 #pragma once
 
 #include "quorvex/DicomObject.h"
 
 #include <cstddef>
-#include <memory>
 #include <span>
 #include <vector>
 
@@ -17,8 +16,8 @@ class StoredFrame {
 public:
     explicit StoredFrame(int frameIndex) noexcept : frameIndex_(frameIndex) {}
 
-    /// Callback of a walk over a foreign buffer; word 5 of the user record is the StoredFrame. Pieces
-    /// are kept where they lie. Ends the walk when the frame is whole.
+    /// Callback of a walk over a foreign buffer, whose `user` is the StoredFrame. Pieces are kept
+    /// where they lie. Ends the walk when the frame is whole.
     static MC_STATUS CollectFromBuffer(int item, unsigned long length, unsigned char* data,
                                        int skip, int event, void* user);
     /// Callback of a walk over an object; pieces are copied, since they do not outlive the call.
@@ -31,37 +30,26 @@ public:
 
     /// The frame's end has been seen, so that the walk was ended before its own end.
     [[nodiscard]] bool IsWhole() const noexcept { return isWhole_; }
+    /// A walk over an object has met the offset table, which only encapsulated data has.
+    [[nodiscard]] bool HasOffsetTable() const noexcept { return hasOffsetTable_; }
     /// Bytes of all pieces.
     [[nodiscard]] std::size_t Length() const noexcept { return length_; }
     /// Where the first piece lies; null without pieces.
     [[nodiscard]] const unsigned char* FirstPiece() const noexcept;
-    /// Bytes of the frames ahead of this one.
-    [[nodiscard]] std::size_t LengthAhead() const noexcept { return lengthAhead_; }
-    /// All pieces as one block; `mayChange` when it will be written to. A lone piece is given where it
-    /// lies unless it may change and does not lie in the walk's own block.
-    [[nodiscard]] std::span<unsigned char> Join(bool mayChange);
-
-    /// Where the walk may put a block of its own, which goes when this object goes.
-    struct Scratch {
-        unsigned char* block = nullptr;
-        Scratch() = default;
-        Scratch(const Scratch&) = delete;
-        Scratch& operator=(const Scratch&) = delete;
-        ~Scratch() { delete[] block; }
-    } scratch;
-    bool isEncoded = false;  ///< the bytes are coded, so must not pass for pixels
+    /// All pieces as one block: a lone piece where it lies.
+    [[nodiscard]] std::span<unsigned char> Join();
 
 private:
     MC_STATUS CountEvent(int event) noexcept;
-    MC_STATUS Take(std::span<unsigned char> piece);
+    void Take(std::span<unsigned char> piece);
 
     int frameIndex_;
     int events_ = 0;  ///< frame boundaries that this fetch has passed
     std::vector<std::span<unsigned char>> pieces_;
     std::vector<unsigned char> joined_;
     std::size_t length_ = 0;
-    std::size_t lengthAhead_ = 0;
     bool isWhole_ = false;
+    bool hasOffsetTable_ = false;
 };
 
 }  // namespace quorvex

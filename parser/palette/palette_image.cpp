@@ -1,10 +1,6 @@
 #include "parser/palette/palette_image.h"
 
-#include "foundation/dicom/model/tags.h"
-#include "foundation/types/answer.h"
-#include "foundation/types/block.h"
-#include "foundation/types/checked_size.h"
-#include "quorvex/CxDcmParser.h"
+#include "foundation/dicom/model/attributes.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -60,9 +56,7 @@ void Colour(const PaletteColours& colours, std::span<const unsigned char> indice
 }  // namespace
 
 std::optional<Palette> LoadPalette(CDcmObject& object) {
-    int representation = 0;
-    if (object.GetValue(tag::kPixelRepresentation, representation) != kDcmSuccess)
-        representation = 0;
+    const int representation = Read<int>(object, tag::kPixelRepresentation).value_or(0);
     Palette palette{CxPaletteLUT(representation), CxPaletteLUT(representation),
                     CxPaletteLUT(representation)};
     for (std::size_t s = 0; s < palette.size(); ++s) {
@@ -92,29 +86,6 @@ void ColourByTable(const PaletteColours& colours, std::span<const unsigned char>
 void ColourByPalette(const Palette& palette, std::span<const unsigned char> indices,
                      std::size_t indexBytes, std::span<unsigned char> rgb) {
     ColourByTable(ColoursOfIndices(palette, indexBytes), indices, indexBytes, rgb);
-}
-
-QUORVEX_MESSAGE CxDcmParser::GetRGBBufferFromPaletteImage(unsigned char* pixels,
-                                                          unsigned short columns,
-                                                          unsigned short rows, unsigned short& bits,
-                                                          unsigned short& samples,
-                                                          CString& photometric, unsigned char*& rgb,
-                                                          unsigned long /*reserved*/) {
-    return Answer(QVM_ERROR_INVALID_PHOTOMETRIC, [&] {
-        if (header == nullptr || pixels == nullptr) return QVM_ERROR_INVALID_PHOTOMETRIC;
-        const auto palette = LoadPalette(*header);
-        const auto bytes = CheckedProduct(columns, rows, 3);
-        if (!palette || !bytes) return QVM_ERROR_INVALID_PHOTOMETRIC;
-        HeapBlock block(*bytes);
-        const std::size_t indexBytes = PaletteIndexBytes(bits);
-        ColourByPalette(*palette, {pixels, *bytes / 3 * indexBytes}, indexBytes, block.Bytes());
-        CString name("RGB");
-        std::swap(photometric, name);
-        bits = 24;
-        samples = 3;
-        rgb = block.Release();
-        return QVM_SUCCESS;
-    });
 }
 
 }  // namespace quorvex

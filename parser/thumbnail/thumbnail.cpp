@@ -1,8 +1,10 @@
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
-#include "parser/frames/frame_shape.h"
+#include "parser/frames/frame_fetch.h"
+#include "parser/parser_state.h"
 #include "parser/thumbnail/thumbnail_pixels.h"
 #include "quorvex/CxDcmParser.h"
+#include "quorvex/CxImageProcessor.h"
 
 #include <cstring>
 #include <memory>
@@ -32,11 +34,22 @@ bool IsThumbnailFormat(QUORVEX_XFERSYNTAX format) {
            format == kXferJpegLossless;
 }
 
+/// What the caller asks for.
+struct ThumbnailForm {
+    CSize size;
+    QUORVEX_XFERSYNTAX syntax;
+    bool useDataRange;
+    unsigned short quality;
+};
+
 /// An image on its way to the caller.
 struct ThumbnailImage {
-    QUORVEX_MESSAGE result = QVM_SUCCESS;
+    explicit ThumbnailImage(QUORVEX_MESSAGE answer = QVM_SUCCESS) noexcept : result(answer) {}
+
+    QUORVEX_MESSAGE result;
     std::unique_ptr<unsigned char[]> block;
     unsigned long size = 0;
+    std::uint16_t samples = 1;
 };
 
 ThumbnailImage Scale(SmallPixels& small, const FrameShape& shape, CSize size) {
@@ -50,6 +63,7 @@ ThumbnailImage Scale(SmallPixels& small, const FrameShape& shape, CSize size) {
     CxImageProcessor processor;
     scaled.result = processor.ResizeImage(&param, small.Data(), block, scaled.size, size);
     scaled.block.reset(block);
+    scaled.samples = small.samples;
     return scaled;
 }
 
@@ -59,30 +73,44 @@ CString PhotometricOf(const SmallPixels& small, const FrameShape& shape) {
     return isColour ? CString("RGB") : shape.photometric;
 }
 
-ThumbnailImage Compress(const ThumbnailImage& scaled, const SmallPixels& small,
-                        const FrameShape& shape, CSize size, QUORVEX_XFERSYNTAX format,
-                        unsigned short quality) {
+ThumbnailImage Compress(const ThumbnailImage& scaled, const CString& photometric,
+                        const ThumbnailForm& form) {
     constexpr std::int32_t kLargest = 65535;
-    ThumbnailImage coded;
-    coded.result = QVM_ERROR_FAILED_TO_COMPRESS;
-    if (size.cx > kLargest || size.cy > kLargest) return coded;
+    if (form.size.cx > kLargest || form.size.cy > kLargest)
+        return ThumbnailImage(QVM_ERROR_FAILED_TO_COMPRESS);
     _IMAGE_PROCESS_PARAM param;
     param.transferSyntax = kExplicitLittleEndian;
-    param.samplesPerPixel = small.samples;
-    param.photometric = PhotometricOf(small, shape);
+    param.samplesPerPixel = scaled.samples;
+    param.photometric = photometric;
     param.planarConfiguration = 0;
-    param.rows = static_cast<std::uint16_t>(size.cy);
-    param.columns = static_cast<std::uint16_t>(size.cx);
+    param.rows = static_cast<std::uint16_t>(form.size.cy);
+    param.columns = static_cast<std::uint16_t>(form.size.cx);
     param.bitsAllocated = 8;
-    param.quality = quality;
+    param.quality = form.quality;
     param.pixelRepresentation = 0;  // whatever the frame's values were, these bytes are grey levels
-    param.targetSyntax = format;
+    param.targetSyntax = form.syntax;
+    ThumbnailImage coded;
     unsigned char* block = nullptr;
     CxImageProcessor processor;
     coded.result =
         processor.CompressFrameData(&param, scaled.block.get(), scaled.size, block, coded.size);
     coded.block.reset(block);
     return coded;
+}
+
+/// The frame at its full size as bytes, then at the size of the thumbnail, then coded.
+ThumbnailImage Make(FrameFetch& fetch, const ParsedFile& file, const ThumbnailForm& form) {
+    std::unique_ptr<unsigned char[]> owner;
+    std::span<const unsigned char> pixels;
+    const QUORVEX_MESSAGE fetched = fetch.View(owner, pixels);
+    if (fetched != QVM_SUCCESS) return ThumbnailImage(fetched);
+    const FrameShape& shape = fetch.Shape();
+    SmallPixels small =
+        ReduceToBytes(*file.GetHeader(), shape, pixels, form.useDataRange, form.size.cy);
+    if (small.result != QVM_SUCCESS) return ThumbnailImage(small.result);
+    ThumbnailImage scaled = Scale(small, shape, form.size);
+    if (scaled.result != QVM_SUCCESS || form.syntax == kXferUncompressed) return scaled;
+    return Compress(scaled, PhotometricOf(small, shape), form);
 }
 
 }  // namespace
@@ -96,28 +124,13 @@ QUORVEX_MESSAGE CxDcmParser::MakeThumbNail(int frame, CSize size, QUORVEX_XFERSY
     return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
         if (size.cx < 1 || size.cy < 1) return QVM_ERROR_INVALID_OUTPUT_SIZE;
         if (!IsThumbnailFormat(format)) return QVM_ERROR_INVALID_TARGET_SYNTAX;
-        std::unique_ptr<unsigned char[]> owner;
-        std::span<const unsigned char> pixels;
-        const QUORVEX_MESSAGE fetched = ViewFrame(frame, owner, pixels);
-        if (fetched != QVM_SUCCESS) return fetched;
-        const auto shape = ReadFrameShape(*header, kSyntaxNone);
-        if (!shape) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-        SmallPixels small = ReduceToBytes(*header, *shape, pixels, useDataRange != 0, size.cy);
-        if (small.result != QVM_SUCCESS) return small.result;
-        ThumbnailImage made = Scale(small, *shape, size);
+        FrameFetch fetch(state_->file, state_->frameIndex, frame);
+        ThumbnailImage made = Make(fetch, state_->file, {size, format, useDataRange != 0, quality});
         if (made.result != QVM_SUCCESS) return made.result;
-        if (format != kXferUncompressed) {
-            made = Compress(made, small, *shape, size, format, quality);
-            if (made.result != QVM_SUCCESS) return made.result;
-            bitmapHeader = nullptr;
-            bitmapHeaderSize = 0;
-            imageSize = made.size;
-            image = made.block.release();
-            return QVM_SUCCESS;
-        }
-        HeapBlock headerBlock = MakeBitmapHeader(size, small.samples);
-        bitmapHeaderSize = headerBlock.Size();
-        bitmapHeader = static_cast<tagBITMAPINFOHEADER*>(static_cast<void*>(headerBlock.Release()));
+        HeapBlock header;
+        if (format == kXferUncompressed) header = MakeBitmapHeader(size, made.samples);
+        bitmapHeaderSize = header.Size();
+        bitmapHeader = static_cast<tagBITMAPINFOHEADER*>(static_cast<void*>(header.Release()));
         imageSize = made.size;
         image = made.block.release();
         return QVM_SUCCESS;

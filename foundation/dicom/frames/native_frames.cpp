@@ -1,16 +1,27 @@
 #include "foundation/dicom/frames/native_frames.h"
 
+#include "foundation/dicom/model/byte_order.h"
 #include "foundation/types/checked_size.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace quorvex::dicom {
 namespace {
 
-/// `index` in a turned word of `wordBytes` (a power of 2); bytes of a word that is cut off stay.
-std::size_t Turned(std::size_t index, std::size_t wordBytes, std::size_t size) {
+/// Where the byte `index` lies in stored words of `wordBytes` (a power of 2), highest byte first;
+/// bytes of a word that is cut off stay.
+std::size_t PlaceInWords(std::size_t index, std::size_t wordBytes, std::size_t size) noexcept {
     const std::size_t word = index & ~(wordBytes - 1);
     return word + wordBytes <= size ? index ^ (wordBytes - 1) : index;
+}
+
+template <class Word>
+void CopySwapped(Bytes from, std::span<unsigned char> to) noexcept {
+    for (std::size_t at = 0; at + sizeof(Word) <= to.size(); at += sizeof(Word)) {
+        const Word word = Load<Word>(from.data() + at, true);
+        std::memcpy(to.data() + at, &word, sizeof word);
+    }
 }
 
 /// Where the byte `index` of a frame of 4:2:2 lies: the middle two of four have changed places.
@@ -40,14 +51,9 @@ std::uint8_t PixelWordBytes(MC_VR vr, std::uint32_t bitsAllocated) noexcept {
     return vr == MC_VR_OB && bitsAllocated <= 8 ? 1 : 2;
 }
 
-NativeOrder NativeOrder::Of(bool isBigEndian, MC_VR vr, bool swapsFollow,
-                            const PixelShape& shape) noexcept {
-    const bool swapsOfPairs = shape.samplesPerPixel != 3;
-    const bool swapsOfWords = shape.bitsAllocated == 16;
+NativeOrder NativeOrder::Of(bool isBigEndian, MC_VR vr, const PixelShape& shape) noexcept {
     const std::uint8_t wordBytes = isBigEndian ? PixelWordBytes(vr, shape.bitsAllocated) : 1;
-    return {.wordBytes = wordBytes,
-            .isHandedOutSwapped = swapsFollow && swapsOfPairs != swapsOfWords,
-            .sharesChroma = shape.isHalfChroma && shape.bitsAllocated == 8};
+    return {.wordBytes = wordBytes, .sharesChroma = shape.isHalfChroma && shape.bitsAllocated == 8};
 }
 
 NativeFrames::NativeFrames(Bytes stored, std::size_t frameBytes, NativeOrder order) noexcept
@@ -69,24 +75,21 @@ void NativeFrames::DropPad(std::size_t frameCount) noexcept {
     if (endsInPad && frameCount_ == frameCount + 1) frameCount_ = frameCount;
 }
 
-std::size_t NativeFrames::Count() const noexcept {
-    return frameCount_;
+std::size_t NativeFrames::Length(std::size_t index) const noexcept {
+    return frameBits_ != 0 ? frameBytes_
+                           : std::min(frameBytes_, stored_.size() - LengthAhead(index));
 }
 
-bool NativeFrames::LiesReady(std::size_t begin, std::size_t length) const noexcept {
-    if (frameBits_ != 0 || order_.sharesChroma) return false;
-    if (order_.wordBytes == 1) return !order_.isHandedOutSwapped;
-    const bool keepsWords = order_.wordBytes == 2 && order_.isHandedOutSwapped;
-    return keepsWords && begin % 2 == 0 && length % 2 == 0;
+bool NativeFrames::LieReady() const noexcept {
+    return frameBits_ == 0 && order_.wordBytes == 1 && !order_.sharesChroma;
 }
 
 std::size_t NativeFrames::BlockBytes() const noexcept {
-    const std::size_t largest = std::min(frameBytes_, stored_.size());
-    return LiesReady(0, largest) && LiesReady(largest, stored_.size() % 2) ? 0 : largest;
+    return LieReady() ? 0 : std::min(frameBytes_, stored_.size());
 }
 
 unsigned char NativeFrames::StoredByte(std::size_t index) const noexcept {
-    return stored_[Turned(index, order_.wordBytes, stored_.size())];
+    return stored_[PlaceInWords(index, order_.wordBytes, stored_.size())];
 }
 
 unsigned char NativeFrames::StoredBits(std::size_t firstBit) const noexcept {
@@ -97,15 +100,29 @@ unsigned char NativeFrames::StoredBits(std::size_t firstBit) const noexcept {
     return static_cast<unsigned char>((low | high << 8U) >> shift);
 }
 
+/// Copies the words from `begin` on that are whole in `to`, and gives their bytes. None where
+/// frames are cut within a word.
+std::size_t NativeFrames::CopyWords(std::size_t begin, std::span<unsigned char> to) const {
+    if (frameBits_ != 0 || order_.sharesChroma || begin % order_.wordBytes != 0) return 0;
+    const auto words = to.first(to.size() / order_.wordBytes * order_.wordBytes);
+    const Bytes from = stored_.subspan(begin, words.size());
+    if (order_.wordBytes == 2) {
+        CopySwapped<std::uint16_t>(from, words);
+    } else if (order_.wordBytes == 4) {
+        CopySwapped<std::uint32_t>(from, words);
+    } else {
+        CopySwapped<std::uint64_t>(from, words);
+    }
+    return words.size();
+}
+
 Bytes NativeFrames::Frame(std::size_t index, std::span<unsigned char> block) const noexcept {
-    const std::size_t begin = index * frameBytes_;
-    const std::size_t length =
-        frameBits_ != 0 ? frameBytes_ : std::min(frameBytes_, stored_.size() - begin);
-    if (LiesReady(begin, length)) return stored_.subspan(begin, length);
-    for (std::size_t i = 0; i < length; ++i) {
-        const std::size_t to = Turned(i, order_.isHandedOutSwapped ? 2 : 1, length);
+    const std::size_t begin = LengthAhead(index);
+    const std::size_t length = Length(index);
+    if (LieReady()) return stored_.subspan(begin, length);
+    for (std::size_t i = CopyWords(begin, block.first(length)); i < length; ++i) {
         const std::size_t from = order_.sharesChroma ? WithBothYFirst(i, length) : i;
-        block[to] =
+        block[i] =
             frameBits_ != 0 ? StoredBits(index * frameBits_ + i * 8) : StoredByte(begin + from);
     }
     return block.first(length);

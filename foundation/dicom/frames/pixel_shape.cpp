@@ -12,15 +12,19 @@ std::uint32_t NumberOr(const CDcmObject& object, std::uint32_t tag, std::uint32_
 
 }  // namespace
 
+bool IsHalfChroma(const CString& photometric) {
+    return photometric == CString("YBR_FULL_422") || photometric == CString("YBR_PARTIAL_422");
+}
+
 PixelShape ShapeOf(const CDcmObject& object) {
     PixelShape shape = {.rows = NumberOr(object, tag::kRows, 0),
                         .columns = NumberOr(object, tag::kColumns, 0),
                         .samplesPerPixel = NumberOr(object, tag::kSamplesPerPixel, 1),
                         .bitsAllocated = NumberOr(object, tag::kBitsAllocated, 0),
                         .frameCount = NumberOr(object, tag::kNumberOfFrames, 1)};
-    shape.isHalfChroma = shape.samplesPerPixel == 3 &&
-                         (TextIs(object, tag::kPhotometricInterpretation, "YBR_FULL_422") ||
-                          TextIs(object, tag::kPhotometricInterpretation, "YBR_PARTIAL_422"));
+    shape.isHalfChroma =
+        shape.samplesPerPixel == 3 &&
+        IsHalfChroma(Read<CString>(object, tag::kPhotometricInterpretation).value_or(CString()));
     return shape;
 }
 

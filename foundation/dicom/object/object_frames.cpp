@@ -3,6 +3,7 @@
 #include "foundation/dicom/model/data_set.h"
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/object/native_pixels.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "quorvex/DicomObject.h"
@@ -10,9 +11,10 @@
 #include <optional>
 
 namespace quorvex {
-namespace {
 
 using namespace dicom;
+
+namespace {
 
 /// Callbacks take bytes that they could write, and never do.
 unsigned char* Data(Bytes bytes) {
@@ -23,12 +25,12 @@ class BufferSink final : public FrameSink {
 public:
     BufferSink(PixelWalkCallback callback, void* user) : callback_(callback), user_(user) {}
 
-    MC_STATUS Begin() override { return Event(2); }
+    MC_STATUS Begin() override { return Event(kPixelWalkBegins); }
     MC_STATUS OffsetTable(Bytes table) override { return Give(0, table, 0); }
     MC_STATUS Piece(std::size_t, Bytes piece, bool, bool) override {
         return Give(++item_, piece, 0);
     }
-    MC_STATUS EndFrame() override { return Event(1); }
+    MC_STATUS EndFrame() override { return Event(kPixelFrameEnds); }
 
 private:
     MC_STATUS Event(int event) { return Give(item_, {}, event); }
@@ -79,14 +81,15 @@ DCMRESULT ResultOf(bool isWalkWhole) {
     return isWalkWhole ? kDcmSuccess : kDcmFailure;
 }
 
-/// The items of a value that was not taken apart when it was read, none where their headers are big
-/// endian. Nothing for native pixels, which may begin with the bytes of an item tag.
-std::optional<EncapsulatedItems> ItemsOf(const DataSet& dataSet, Bytes stored) {
-    const bool beginsWithItem = BeginsWithItem(stored);
-    const bool areItems =
-        (beginsWithItem && IsEncapsulated(dataSet.syntax)) || IsChainOfItems(stored);
-    if (!areItems) return std::nullopt;
-    return beginsWithItem ? ItemsIn(stored, dataSet.syntax) : EncapsulatedItems();
+/// Whether a value that was not taken apart when it was read is encapsulated. Native pixels may
+/// begin with the bytes of an item tag too.
+bool AreItems(const DataSet& dataSet, Bytes stored) {
+    return (BeginsWithItem(stored) && IsEncapsulated(dataSet.syntax)) || IsChainOfItems(stored);
+}
+
+/// The items of such a value; none where their headers are big endian.
+EncapsulatedItems ItemsOf(const DataSet& dataSet, Bytes stored) {
+    return BeginsWithItem(stored) ? ItemsIn(stored, dataSet.syntax) : EncapsulatedItems();
 }
 
 DCMRESULT WalkItems(const DataSet& dataSet, const EncapsulatedItems& items, const PixelShape& shape,
@@ -105,13 +108,34 @@ DCMRESULT WalkInBlock(const NativeFrames& frames, FrameSink& sink, unsigned char
 
 /// How the Pixel Data lies that the object was read ahead of.
 NativeOrder OrderInBuffer(const DataSet& dataSet, const PixelShape& shape) {
-    const bool isBigEndian = IsBigEndian(dataSet.syntax);
     const Element* own = dataSet.Find(tag::kPixelData);
     const MC_VR vr = own == nullptr ? dataSet.pixelDataVr : own->vr;
-    return NativeOrder::Of(isBigEndian, vr, isBigEndian, shape);
+    return NativeOrder::Of(IsBigEndian(dataSet.syntax), vr, shape);
+}
+
+NativeFrames CutOwn(const Element& element, Bytes stored, const PixelShape& shape) {
+    const auto order = NativeOrder::Of(element.isBigEndian, element.vr, shape);
+    return CutNative(stored, shape, 0, order);
 }
 
 }  // namespace
+
+std::optional<NativeFrames> NativePixels::In(const CDcmObject& object, Bytes value,
+                                             std::size_t frameBytes) {
+    const DataSet& dataSet = *object.dataSet_;
+    if (AreItems(dataSet, value)) return std::nullopt;
+    const PixelShape shape = ShapeOf(object);
+    return CutNative(value, shape, frameBytes, OrderInBuffer(dataSet, shape));
+}
+
+std::optional<NativeFrames> NativePixels::Of(const CDcmObject& object) {
+    const DataSet& dataSet = *object.dataSet_;
+    const Element* element = dataSet.Find(tag::kPixelData);
+    if (element == nullptr || !dataSet.FragmentsOf(*element).IsEmpty()) return std::nullopt;
+    const Bytes stored = dataSet.ValueOf(*element);
+    if (AreItems(dataSet, stored)) return std::nullopt;
+    return CutOwn(*element, stored, ShapeOf(object));
+}
 
 DCMRESULT CDcmObject::GetValueEx(unsigned char** scratch, unsigned long remaining,
                                  unsigned char* value, int /*littleEndian*/, int reserved,
@@ -122,8 +146,8 @@ DCMRESULT CDcmObject::GetValueEx(unsigned char** scratch, unsigned long remainin
         const Bytes stored(value, remaining);
         const PixelShape shape = ShapeOf(*this);
         BufferSink sink(callback, user);
-        if (const auto items = ItemsOf(*dataSet_, stored))
-            return WalkItems(*dataSet_, *items, shape, sink);
+        if (AreItems(*dataSet_, stored))
+            return WalkItems(*dataSet_, ItemsOf(*dataSet_, stored), shape, sink);
         const bool isInPlace = scratch == nullptr || reserved != 0;
         const auto order = isInPlace ? NativeOrder() : OrderInBuffer(*dataSet_, shape);
         return WalkInBlock(CutNative(stored, shape, frameSize, order), sink, scratch);
@@ -139,12 +163,9 @@ DCMRESULT CDcmObject::GetValueEx(std::uint32_t tag, void* user, PixelItemCallbac
         const FragmentView view = dataSet_->FragmentsOf(*element);
         if (!view.IsEmpty()) return WalkItems(*dataSet_, ItemsIn(view), shape, sink);
         const Bytes stored = dataSet_->ValueOf(*element);
-        if (const auto items = ItemsOf(*dataSet_, stored))
-            return WalkItems(*dataSet_, *items, shape, sink);
-        const bool swapsFollow = IsBigEndian(dataSet_->syntax);
-        const auto order = NativeOrder::Of(element->isBigEndian, element->vr, swapsFollow, shape);
-        const auto frames = CutNative(stored, shape, 0, order);
-        return WalkInBlock(frames, sink, nullptr);
+        if (AreItems(*dataSet_, stored))
+            return WalkItems(*dataSet_, ItemsOf(*dataSet_, stored), shape, sink);
+        return WalkInBlock(CutOwn(*element, stored, shape), sink, nullptr);
     });
 }
 

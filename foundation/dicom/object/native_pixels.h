@@ -1,0 +1,21 @@
+/// Native Pixel Data as an object describes it: its frames by their index, without a walk.
+#pragma once
+
+#include "foundation/dicom/frames/native_frames.h"
+
+#include <optional>
+
+namespace quorvex::dicom {
+
+class NativePixels {
+public:
+    /// The frames of a value in a foreign buffer that is encoded as the object says. `frameBytes` 0
+    /// takes the size that the header gives. Nothing where the value is encapsulated.
+    [[nodiscard]] static std::optional<NativeFrames> In(const CDcmObject& object, Bytes value,
+                                                        std::size_t frameBytes);
+    /// The frames of the object's own Pixel Data, valid until the object changes. Nothing where it
+    /// has none, or where it is encapsulated.
+    [[nodiscard]] static std::optional<NativeFrames> Of(const CDcmObject& object);
+};
+
+}  // namespace quorvex::dicom

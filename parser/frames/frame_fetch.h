@@ -1,0 +1,68 @@
+/// One fetch of one frame: its stored bytes found, and decoded into plain pixels.
+#pragma once
+
+#include "foundation/dicom/frames/native_frames.h"
+#include "foundation/types/block.h"
+#include "parser/frames/frame_index.h"
+#include "parser/frames/frame_shape.h"
+#include "parser/frames/stored_frame.h"
+#include "parser/parsed_file.h"
+
+#include <memory>
+#include <optional>
+#include <span>
+
+namespace quorvex {
+
+/// The state of one call. `index` is kept from fetch to fetch, as long as the file stays the same.
+///
+/// Coded frames are collected piece by piece from a walk, native ones taken by their index. Native
+/// pixels come in this machine's byte order: what is stored in another is swapped once, on its way
+/// into the frame's block.
+class FrameFetch {
+public:
+    FrameFetch(const ParsedFile& file, std::unique_ptr<FrameIndex>& index, int frameIndex) noexcept
+        : file_(file), index_(index), frameIndex_(frameIndex), coded_(frameIndex) {}
+
+    /// `GetAFrame` by index.
+    QUORVEX_MESSAGE Decode(unsigned char*& data, unsigned long& size, unsigned long sourceLength);
+    /// A decoded frame to look at: where it is stored, if words may lie there, or in a new block
+    /// that `owner` receives.
+    QUORVEX_MESSAGE View(std::unique_ptr<unsigned char[]>& owner,
+                         std::span<const unsigned char>& frame);
+    /// `GetAFrameOffsetSize`.
+    QUORVEX_MESSAGE Locate(unsigned long& offset, unsigned long& size);
+    /// What the header says about the frame; good after a success.
+    [[nodiscard]] const FrameShape& Shape() const noexcept { return shape_; }
+
+private:
+    /// 1 when the value begins with an Item tag in the data set's byte order.
+    [[nodiscard]] static int IsEncodedImage(std::span<const unsigned char> value,
+                                            int littleEndian) noexcept;
+    QUORVEX_MESSAGE Check();
+    QUORVEX_MESSAGE Collect(unsigned long& size);
+    QUORVEX_MESSAGE CollectFromFile();
+    QUORVEX_MESSAGE CollectFromObject();
+    QUORVEX_MESSAGE CollectCoded(std::span<unsigned char> value);
+    [[nodiscard]] const FrameIndex* IndexOf(std::span<unsigned char> value);
+    [[nodiscard]] bool HasNativeFrame() const noexcept;
+    [[nodiscard]] std::size_t StoredBytes() const noexcept;
+    [[nodiscard]] bool EndsInHighByte(std::size_t length) const noexcept;
+    [[nodiscard]] std::span<const unsigned char> NativeSource();
+    [[nodiscard]] std::span<const unsigned char> WordsInPlace() const;
+    QUORVEX_MESSAGE DecodeCollected(unsigned char*& data, unsigned long& size,
+                                    unsigned long sourceLength);
+    QUORVEX_MESSAGE Decompress(std::span<const unsigned char> source, unsigned char*& data,
+                               unsigned long& size) const;
+
+    const ParsedFile& file_;
+    std::unique_ptr<FrameIndex>& index_;
+    int frameIndex_;
+    FrameShape shape_;
+    bool isEncoded_ = false;  ///< the bytes are coded, so must not pass for pixels
+    StoredFrame coded_;
+    std::optional<dicom::NativeFrames> native_;  ///< in place of `coded_`
+    HeapBlock block_;                            ///< of a native frame that does not lie ready
+};
+
+}  // namespace quorvex

@@ -1,0 +1,113 @@
+#include "foundation/platform/diagnostics.h"
+#include "foundation/types/answer.h"
+#include "foundation/types/block.h"
+#include "parser/frames/frame_events.h"
+#include "parser/frames/frame_fetch.h"
+#include "parser/palette/palette_image.h"
+#include "parser/parser_state.h"
+#include "quorvex/CxDcmParser.h"
+
+#include <algorithm>
+
+namespace quorvex {
+
+CxDcmParser::CxDcmParser() : state_(std::make_unique<ParserState>()) {
+    ShowFrameEvents(0);
+}
+
+CxDcmParser::CxDcmParser(const CxDcmParser& other)
+    : state_(std::make_unique<ParserState>(*other.state_)) {}
+
+CxDcmParser& CxDcmParser::operator=(const CxDcmParser& other) {
+    if (this != &other) state_ = std::make_unique<ParserState>(*other.state_);
+    return *this;
+}
+
+CxDcmParser::~CxDcmParser() = default;
+
+QUORVEX_MESSAGE CxDcmParser::Initialize(CDcmApp* app, CString path, int readWholeFile) {
+    if (app == nullptr) {
+        WriteDebugLine("QVM_ERROR_INVALID_DCMAPP error\n");
+        return QVM_ERROR_INVALID_DCMAPP;
+    }
+    state_->frameIndex.reset();
+    return Answer(QVM_ERROR_FAILED_TO_READ_FILE,
+                  [&] { return state_->file.Initialize(*app, path, readWholeFile); });
+}
+
+QUORVEX_MESSAGE CxDcmParser::Initialize(CDcmApp* app, CDcmObject* object, unsigned char* fileBytes,
+                                        unsigned long fileSize, unsigned long pixelDataOffset) {
+    if (app == nullptr || object == nullptr) return QVM_ERROR_INVALID_DCMAPP;
+    state_->frameIndex.reset();
+    return Answer(QVM_ERROR_INVALID_DCMAPP, [&] {
+        return state_->file.Initialize(*app, *object, fileBytes, fileSize, pixelDataOffset);
+    });
+}
+
+CDcmObject* CxDcmParser::GetHeader() const noexcept {
+    return state_->file.GetHeader();
+}
+
+int CxDcmParser::GetFrameCount() const {
+    return state_->file.GetFrameCount();
+}
+
+QUORVEX_MESSAGE CxDcmParser::GetAFrame(int frameIndex, unsigned char*& data, unsigned long& size,
+                                       unsigned long sourceLength) {
+    return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
+        FrameFetch fetch(state_->file, state_->frameIndex, frameIndex);
+        return fetch.Decode(data, size, sourceLength);
+    });
+}
+
+QUORVEX_MESSAGE CxDcmParser::GetAFrame(unsigned long offset, unsigned long size,
+                                       unsigned char*& data) {
+    return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
+        const auto file = state_->file.FileBytes();
+        if (file.data() == nullptr || offset > file.size() || size > file.size() - offset) {
+            return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+        }
+        HeapBlock block(size);
+        std::ranges::copy(file.subspan(offset, size), block.Data());
+        data = block.Release();
+        return QVM_SUCCESS;
+    });
+}
+
+QUORVEX_MESSAGE CxDcmParser::GetAFrameOffsetSize(int frameIndex, unsigned long& offset,
+                                                 unsigned long& size) {
+    return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
+        FrameFetch fetch(state_->file, state_->frameIndex, frameIndex);
+        return fetch.Locate(offset, size);
+    });
+}
+
+QUORVEX_MESSAGE CxDcmParser::GetRGBBufferFromPaletteImage(unsigned char* pixels,
+                                                          unsigned short columns,
+                                                          unsigned short rows, unsigned short& bits,
+                                                          unsigned short& samples,
+                                                          CString& photometric, unsigned char*& rgb,
+                                                          unsigned long /*reserved*/) {
+    return Answer(QVM_ERROR_INVALID_PHOTOMETRIC, [&] {
+        CDcmObject* const header = GetHeader();
+        if (header == nullptr || pixels == nullptr) return QVM_ERROR_INVALID_PHOTOMETRIC;
+        const auto palette = LoadPalette(*header);
+        const auto bytes = CheckedProduct(columns, rows, 3);
+        if (!palette || !bytes) return QVM_ERROR_INVALID_PHOTOMETRIC;
+        HeapBlock block(*bytes);
+        const std::size_t indexBytes = PaletteIndexBytes(bits);
+        ColourByPalette(*palette, {pixels, *bytes / 3 * indexBytes}, indexBytes, block.Bytes());
+        CString name("RGB");
+        std::swap(photometric, name);
+        bits = 24;
+        samples = 3;
+        rgb = block.Release();
+        return QVM_SUCCESS;
+    });
+}
+
+int CxDcmParser::FrameEventCount() noexcept {
+    return LatestFrameEvents();
+}
+
+}  // namespace quorvex
