@@ -8,6 +8,7 @@
 #include "quorvex/CXWindowing.h"
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
+#include "quorvex/CxImageProcessor.h"
 #include "quorvex/CxPaletteLUT.h"
 
 #include <climits>
