@@ -1,20 +1,13 @@
 // An object brought into another form: the file that comes of it must read back to what it was.
-#include "fuzz/elements.h"
-#include "fuzz/frames.h"
-#include "fuzz/memory_feed.h"
-#include "fuzz/options.h"
-#include "fuzz/require.h"
+#include "fuzz/reading.h"
 #include "fuzz/scratch_file.h"
-#include "quorvex/CxDcmMaker.h"
-
-#include <cstring>
+#include "quorvex/Attributes.h"
+#include "quorvex/Tags.h"
 
 namespace {
 
 using namespace quorvex;
 using fuzz::Require;
-
-constexpr int kMostFrames = 4;
 
 /// A parser that leaves its object as it is.
 struct Opened {
@@ -27,65 +20,41 @@ struct Opened {
 };
 
 bool IsPalette(const CDcmObject& object) {
-    CString photometric;
-    object.GetValue(0x00280004, photometric);
-    return photometric.Find("PALETTE") >= 0;
+    const auto photometric = Read<CString>(object, tag::kPhotometricInterpretation);
+    return photometric.value_or("").Find("PALETTE") >= 0;
 }
 
-fuzz::Frame InColour(Opened& source, fuzz::Frame indices) {
-    unsigned short rows = 0;
-    unsigned short columns = 0;
-    unsigned short bits = 8;
-    unsigned short samples = 1;
-    CString photometric;
-    source.object.GetValue(0x00280010, rows);
-    source.object.GetValue(0x00280011, columns);
-    source.object.GetValue(0x00280100, bits);
-    unsigned char* rgb = nullptr;
-    fuzz::Frame colours;
-    colours.result = source.parser.GetRGBBufferFromPaletteImage(indices.bytes.get(), columns, rows,
-                                                                bits, samples, photometric, rgb, 0);
-    colours.bytes.reset(rgb);
-    colours.size = 3UL * rows * columns;
-    return colours;
+test::Answered InColour(Opened& source, test::Answered indices) {
+    const auto number = [&](std::uint32_t tag, unsigned short otherwise) {
+        return Read<unsigned short>(source.object, tag).value_or(otherwise);
+    };
+    return test::ColouredOf(source.parser, indices.bytes.data(), number(tag::kColumns, 0),
+                            number(tag::kRows, 0), number(tag::kBitsAllocated, 8));
 }
 
 void RequireSameFrames(const CDcmObject& one, const CDcmObject& other) {
+    constexpr int kMostFrames = 4;
     Opened before(one);
     Opened after(other);
     const bool isColoured = IsPalette(one) && !IsPalette(other);
     Require(before.parser.GetFrameCount() == after.parser.GetFrameCount());
     for (int i = 0; i < std::min(before.parser.GetFrameCount(), kMostFrames); ++i) {
-        fuzz::Frame expected = fuzz::FetchFrame(before.parser, i);
-        const fuzz::Frame frame = fuzz::FetchFrame(after.parser, i);
-        if (isColoured && expected.bytes) expected = InColour(before, std::move(expected));
-        Require(expected.result == frame.result && expected.size == frame.size);
-        Require(!frame.bytes ||
-                std::memcmp(frame.bytes.get(), expected.bytes.get(), frame.size) == 0);
+        test::Answered expected = test::FrameOf(before.parser, i);
+        if (isColoured && !expected.bytes.empty()) expected = InColour(before, std::move(expected));
+        Require(test::FrameOf(after.parser, i) == expected);
     }
 }
 
-/// What is written is a fixed point: read and written again it is the same file. Only implicit VR has
-/// no room for some values, and then nothing is written.
-CDcmObject WrittenAndRead(const CDcmObject& object) {
-    const fuzz::ScratchFile file;
-    const fuzz::ScratchFile again;
-    if (object.WriteFile(file.Path()) != kDcmSuccess) {
-        TRANSFER_SYNTAX syntax = kSyntaxNone;
-        object.GetTransferSyntax(syntax);
-        Require(syntax == kImplicitLittleEndian);
-        return object;
-    }
-    CDcmApp app;
-    CDcmObject result;
-    result.Open(file.Path());
-    Require(result.ReadFile(&app, nullptr, nullptr) == kDcmSuccess);
-    Require(result.WriteFile(again.Path()) == kDcmSuccess);
-    Require(file.Bytes() == again.Bytes());
-    return result;
+/// Only implicit VR has no room for some values, and then nothing is written.
+CDcmObject WrittenAndRead(CDcmObject object) {
+    if (fuzz::WriteAndRead(object)) return object;
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    object.GetTransferSyntax(syntax);
+    Require(syntax == kImplicitLittleEndian);
+    return object;
 }
 
-void Convert(const CDcmObject& source, fuzz::Options& options) {
+void Convert(fuzz::Options& options) {
     constexpr std::int32_t kForms[] = {kXferUncompressedImplicit,
                                        kXferUncompressedExplicit,
                                        kXferJpegLossless,
@@ -94,18 +63,16 @@ void Convert(const CDcmObject& source, fuzz::Options& options) {
                                        kXferJpegExtended,
                                        kXferJpeg2000,
                                        kXferRle};
-    _USER_SETTING_INFO settings;
-    settings.compressionType = options.OneOf(kForms);
-    const bool isLossless = settings.compressionType != kXferJpegBaseline &&
-                            settings.compressionType != kXferJpegExtended &&
-                            settings.compressionType != kXferJpeg2000;
-    CDcmApp app;
+    CDcmObject source;
+    if (!fuzz::ReadWhole(source, options.Front())) return;
+    const std::int32_t form = options.OneOf(kForms);
+    const bool isLossless =
+        form != kXferJpegBaseline && form != kXferJpegExtended && form != kXferJpeg2000;
     CDcmObject target = source;
-    CxDcmMaker maker;
-    maker.SetQuality(static_cast<std::uint16_t>(options.Byte()));
-    if (maker.MakeDcmObject(&app, &target, &settings) != QVM_SUCCESS) return;
-    const auto outcome = maker.GetOutcome();
-    if (outcome != QVM_SUCCESS) return RequireSameFrames(source, target);
+    const auto quality = static_cast<std::uint16_t>(options.Byte());
+    const auto made = test::ConvertTo(form, target, quality);
+    if (made.answer != QVM_SUCCESS) return;
+    if (made.outcome != QVM_SUCCESS) return RequireSameFrames(source, target);
     const CDcmObject written = WrittenAndRead(target);
     RequireSameFrames(target, written);
     if (isLossless) RequireSameFrames(source, written);
@@ -114,14 +81,5 @@ void Convert(const CDcmObject& source, fuzz::Options& options) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    constexpr std::size_t kLargestInput = 1 << 16;
-    constexpr std::size_t kOptions = 2;
-    if (size > kLargestInput) return 0;
-    fuzz::Options options(data, size, kOptions);
-    CDcmApp app;
-    fuzz::MemoryFeed feed(options.Front());
-    CDcmObject source;
-    if (source.ReadFile(&app, &feed, fuzz::MemoryFeed::GiveFile) != kDcmSuccess) return 0;
-    Convert(source, options);
-    return 0;
+    return fuzz::Run(data, size, {.options = 2}, Convert);
 }

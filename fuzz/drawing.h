@@ -2,11 +2,7 @@
 #pragma once
 
 #include "fuzz/options.h"
-#include "quorvex/CXDIPP.h"
-
-#include <cstdint>
-#include <cstdlib>
-#include <vector>
+#include "tests/support/answers.h"
 
 namespace quorvex::fuzz {
 
@@ -14,7 +10,8 @@ inline CSize DrawViewSize(Options& options) {
     return {options.Between(1, 128), options.Between(1, 128)};
 }
 
-/// The zoom stays near the fitted one, or the image is small: else results of gigabytes are asked for.
+/// The zoom stays near the fitted one, or the image is small: otherwise results of gigabytes are
+/// asked for.
 inline void ChangeView(CXDIPP& image, Options& options) {
     constexpr double kZooms[] = {1.0, 0.5, 1.5, 0.1, 2.0, 0.0, -1.0, 3.99};
     const double fit = image.GetZoomFactor();
@@ -44,20 +41,8 @@ inline void ShowLayers(CXDIPP& image, Options& options) {
 /// Renders, puts the result on a small surface, and copies it into a block of exactly its size.
 inline void RenderAndDraw(CXDIPP& image, Options& options) {
     if (image.Render() != QVM_SUCCESS) return;
-    const int bytesPerPixel = options.Between(3, 4);
-    constexpr int kWidth = 61;
-    constexpr int kHeight = 47;
-    std::vector<unsigned char> paper(static_cast<std::size_t>(kWidth * kHeight * bytesPerPixel));
-    DrawingSurface surface{paper.data(), kWidth, kHeight, kWidth * bytesPerPixel, bytesPerPixel};
-    CDC context(&surface);
-    (void)image.Draw(&context);
-    CSize size;
-    int pixelSize = 0;
-    if (image.GetResultImageInfo(size, pixelSize) != QVM_SUCCESS) return;
-    std::vector<unsigned char> copy(static_cast<std::size_t>(size.cx) *
-                                    static_cast<std::size_t>(size.cy * pixelSize));
-    unsigned char* destination = copy.data();
-    (void)image.GetResultImage(destination, static_cast<int>(copy.size()));
+    (void)test::DrawnOf(image, {61, 47}, options.Between(3, 4));
+    (void)test::ResultOf(image);
 }
 
 inline void ShowAsDrawn(CXDIPP& image, Options& options) {

@@ -1,9 +1,9 @@
-/// Data sets by hand, and one number that stands for everything in a data set.
+/// Data sets by hand.
 #pragma once
 
-#include "fuzz/memory_feed.h"
 #include "fuzz/options.h"
-#include "quorvex/DicomObject.h"
+#include "quorvex/Tags.h"
+#include "tests/support/memory_file.h"
 
 #include <cstdint>
 #include <initializer_list>
@@ -14,8 +14,8 @@ namespace quorvex::fuzz {
 
 inline void PutBytes(CDcmObjectCommon& object, std::uint32_t tag, std::vector<unsigned char> bytes,
                      MC_VR vr = MC_VR_OW) {
-    MemoryFeed feed(std::move(bytes));
-    object.SetValue(tag, &feed, MemoryFeed::GiveValue);
+    test::MemoryFile feed{.bytes = std::move(bytes)};
+    object.SetValue(tag, &feed, test::MemoryFile::GiveValue);
     object.SetValueRepresentation(tag, vr);
 }
 
@@ -49,21 +49,21 @@ inline constexpr const char* kImageUid = "1.2.3.4";
 /// A native image with a ramp in it.
 inline void FillImage(CDcmObject& object, const Shape& shape, const char* photometric) {
     object.SetTransferSyntax(kExplicitLittleEndian);
-    object.SetValue(0x00080016, "1.2.840.10008.5.1.4.1.1.7");
-    object.SetValue(0x00080018, kImageUid);
-    object.SetValue(0x00280002, shape.samples);
-    object.SetValue(0x00280004, photometric);
-    object.SetValue(0x00280010, shape.rows);
-    object.SetValue(0x00280011, shape.columns);
-    object.SetValue(0x00280100, shape.bits);
-    object.SetValue(0x00280101, shape.bits);
-    object.SetValue(0x00280102, static_cast<unsigned short>(shape.bits - 1));
-    object.SetValue(0x00280103, shape.isSigned);
+    object.SetValue(tag::kSOPClassUID, "1.2.840.10008.5.1.4.1.1.7");
+    object.SetValue(tag::kSOPInstanceUID, kImageUid);
+    object.SetValue(tag::kSamplesPerPixel, shape.samples);
+    object.SetValue(tag::kPhotometricInterpretation, photometric);
+    object.SetValue(tag::kRows, shape.rows);
+    object.SetValue(tag::kColumns, shape.columns);
+    object.SetValue(tag::kBitsAllocated, shape.bits);
+    object.SetValue(tag::kBitsStored, shape.bits);
+    object.SetValue(tag::kHighBit, static_cast<unsigned short>(shape.bits - 1));
+    object.SetValue(tag::kPixelRepresentation, shape.isSigned);
     std::vector<unsigned char> pixels(shape.FrameBytes());
     for (std::size_t i = 0; i < pixels.size(); ++i) {
         pixels[i] = static_cast<unsigned char>(i * 37 + i / 64);
     }
-    PutBytes(object, 0x7FE00010, std::move(pixels), shape.bits > 8 ? MC_VR_OW : MC_VR_OB);
+    PutBytes(object, tag::kPixelData, std::move(pixels), shape.bits > 8 ? MC_VR_OW : MC_VR_OB);
 }
 
 /// A small image, grey or in colour.
@@ -72,33 +72,6 @@ inline void DrawImage(CDcmObject& object, Options& options) {
         {.bits = 16}, {.bits = 16, .isSigned = 1}, {.bits = 8}, {.samples = 3, .bits = 8}};
     const Shape& shape = options.OneOf(kShapes);
     FillImage(object, shape, shape.samples == 3 ? "RGB" : "MONOCHROME2");
-}
-
-namespace detail {
-
-inline void Mix(std::uint64_t& sum, std::uint64_t number) {
-    sum = (sum ^ number) * 0x100000001B3U;
-}
-
-inline MC_STATUS MixElement(const DcmElementView& element, void* user) {
-    auto& sum = *static_cast<std::uint64_t*>(user);
-    Mix(sum, element.tag);
-    Mix(sum, static_cast<std::uint64_t>(element.vr));
-    Mix(sum, static_cast<std::uint64_t>(element.depth));
-    Mix(sum, element.length);
-    for (unsigned long i = 0; element.data != nullptr && i < element.length; ++i) {
-        Mix(sum, element.data[i]);
-    }
-    return kMcContinue;
-}
-
-}  // namespace detail
-
-/// Changes when any element does; reads every byte of every value.
-inline std::uint64_t Fingerprint(const CDcmObjectCommon& object) {
-    std::uint64_t sum = 0xCBF29CE484222325U;
-    (void)object.WalkElements(&sum, detail::MixElement);
-    return sum;
 }
 
 }  // namespace quorvex::fuzz

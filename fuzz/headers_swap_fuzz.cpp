@@ -1,17 +1,17 @@
-// The header of one image over the codestream of another: the input is a codestream, its end says what
-// the object claims, and what is changed in the codestream's own header.
-#include "fuzz/coded_frame.h"
+// The header of one image over the codestream of another: the input is a codestream, its end says
+// what the object claims, and what is changed in the codestream's own header.
+#include "fuzz/codec.h"
 #include "fuzz/drawing.h"
-#include "fuzz/elements.h"
-#include "fuzz/frames.h"
+#include "fuzz/reading.h"
+#include "quorvex/Tags.h"
 
 namespace {
 
 using namespace quorvex;
 
-/// Where the facts of a frame lie: behind the start-of-frame marker of JPEG, the SIZ marker of JPEG 2000,
-/// or at the start of an RLE frame.
-std::size_t FactsPlace(const std::vector<unsigned char>& stream) {
+/// Where a frame's own header lies: behind the start-of-frame marker of JPEG, the SIZ marker of
+/// JPEG 2000, or at the start of an RLE frame.
+std::size_t HeaderPlace(const test::Bytes& stream) {
     for (std::size_t i = 0; i + 1 < stream.size(); ++i) {
         if (stream[i] != 0xFF) continue;
         const unsigned marker = stream[i + 1];
@@ -22,31 +22,30 @@ std::size_t FactsPlace(const std::vector<unsigned char>& stream) {
 }
 
 /// Small numbers and the ends of the range are what headers go wrong with.
-void SwapFacts(std::vector<unsigned char>& stream, fuzz::Options& options) {
+void ChangeHeader(test::Bytes& stream, fuzz::Options& options) {
     constexpr unsigned char kNumbers[] = {0, 1, 2, 3, 4, 7, 8, 11, 12, 15, 16, 17, 64, 128, 255};
-    constexpr unsigned kFactsLength = 48;
-    const std::size_t place = FactsPlace(stream);
+    constexpr unsigned kHeaderLength = 48;
+    const std::size_t place = HeaderPlace(stream);
     for (unsigned i = options.Below(5); i > 0; --i) {
-        const std::size_t at = place + options.Below(kFactsLength);
+        const std::size_t at = place + options.Below(kHeaderLength);
         const unsigned char number = options.OneOf(kNumbers);
         if (at < stream.size()) stream[at] = number;
     }
 }
 
-void FillCodedImage(CDcmObject& object, const _IMAGE_PROCESS_PARAM& param,
-                    std::vector<unsigned char> stream) {
+void FillCodedImage(CDcmObject& object, const _IMAGE_PROCESS_PARAM& param, test::Bytes stream) {
     object.SetTransferSyntax(static_cast<TRANSFER_SYNTAX>(param.transferSyntax));
-    object.SetValue(0x00280002, param.samplesPerPixel);
-    object.SetValue(0x00280004, param.photometric);
-    object.SetValue(0x00280006, param.planarConfiguration);
-    object.SetValue(0x00280010, param.rows);
-    object.SetValue(0x00280011, param.columns);
-    object.SetValue(0x00280100, param.bitsAllocated);
-    object.SetValue(0x00280101, param.bitsAllocated);
-    object.SetValue(0x00280103, param.pixelRepresentation);
+    object.SetValue(tag::kSamplesPerPixel, param.samplesPerPixel);
+    object.SetValue(tag::kPhotometricInterpretation, param.photometric);
+    object.SetValue(tag::kPlanarConfiguration, param.planarConfiguration);
+    object.SetValue(tag::kRows, param.rows);
+    object.SetValue(tag::kColumns, param.columns);
+    object.SetValue(tag::kBitsAllocated, param.bitsAllocated);
+    object.SetValue(tag::kBitsStored, param.bitsAllocated);
+    object.SetValue(tag::kPixelRepresentation, param.pixelRepresentation);
     const unsigned long lengths[] = {stream.size()};
     unsigned char* const buffers[] = {stream.data()};
-    object.SetValueEx(0x7FE00010, 1, lengths, buffers);
+    object.SetValueEx(tag::kPixelData, 1, lengths, buffers);
 }
 
 void Show(CDcmObject& object, fuzz::Options& options) {
@@ -60,22 +59,22 @@ void Show(CDcmObject& object, fuzz::Options& options) {
     fuzz::RenderAndDraw(image, options);
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    constexpr std::size_t kLargestInput = 1 << 16;
+void SwapHeaders(fuzz::Options& options) {
     constexpr std::uint32_t kSyntaxes[] = {
         kRle,         kJpegBaseline,     kJpegExtended,         kJpegLosslessFirstOrder,
         kJpeg2000,    kJpeg2000Lossless, kExplicitLittleEndian, kExplicitBigEndian,
         kJpegLossless};
-    if (size > kLargestInput) return 0;
-    fuzz::Options options(data, size, fuzz::kFactBytes + 24);
-    const _IMAGE_PROCESS_PARAM param = fuzz::DrawFacts(options, kSyntaxes);
-    std::vector<unsigned char> stream = options.Front();
-    SwapFacts(stream, options);
+    const _IMAGE_PROCESS_PARAM param = fuzz::DrawHeader(options, kSyntaxes);
+    test::Bytes stream = options.Front();
+    ChangeHeader(stream, options);
     fuzz::DecodeKnown(param, stream, options);
     CDcmObject object;
     FillCodedImage(object, param, std::move(stream));
     Show(object, options);
-    return 0;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    return fuzz::Run(data, size, {.options = fuzz::kHeaderBytes + 24}, SwapHeaders);
 }

@@ -1,10 +1,8 @@
-// A program of operations on a few objects and items: set, add, remove, copy, move, walk, write, read.
-// A change to one of them must never be seen in another.
+// A program of operations on a few objects and items: set, add, remove, copy, move, walk, write,
+// read. A change to one of them must never be seen in another.
 #include "fuzz/elements.h"
-#include "fuzz/memory_feed.h"
-#include "fuzz/options.h"
-#include "fuzz/require.h"
 #include "fuzz/scratch_file.h"
+#include "tests/support/digest.h"
 
 #include <array>
 #include <utility>
@@ -27,16 +25,16 @@ public:
         constexpr int kMostSteps = 200;
         for (int i = 0; i < kMostSteps && !options_.IsEmpty(); ++i) {
             const std::size_t changed = options_.Below(kObjects + kItems);
-            const auto before = FingerprintsBut(changed);
+            const auto before = DigestsBut(changed);
             Step(changed);
-            fuzz::Require(before == FingerprintsBut(changed));
+            fuzz::Require(before == DigestsBut(changed));
         }
     }
 
 private:
     static constexpr std::size_t kObjects = 3;
     static constexpr std::size_t kItems = 3;
-    using Fingerprints = std::array<std::uint64_t, kObjects + kItems>;
+    using Digests = std::array<std::uint64_t, kObjects + kItems>;
 
     CDcmObjectCommon& At(std::size_t index) {
         if (index < kObjects) return objects_[index];
@@ -45,10 +43,10 @@ private:
     CDcmItem& AnyItem() { return items_[options_.Below(kItems)]; }
     std::uint32_t AnyTag() { return options_.OneOf(kTags); }
 
-    Fingerprints FingerprintsBut(std::size_t changed) {
-        Fingerprints sums{};
+    Digests DigestsBut(std::size_t changed) {
+        Digests sums{};
         for (std::size_t i = 0; i < sums.size(); ++i) {
-            if (i != changed) sums[i] = fuzz::Fingerprint(At(i));
+            if (i != changed) sums[i] = test::DigestOf(At(i));
         }
         return sums;
     }
@@ -193,21 +191,13 @@ private:
         std::vector<unsigned char> bytes = AnyBytes();
         const unsigned long lengths[] = {bytes.size() / 2, bytes.size() - bytes.size() / 2};
         unsigned char* const buffers[] = {bytes.data(), bytes.data() + lengths[0]};
-        object.SetValueEx(0x7FE00010, 2, lengths, buffers);
+        object.SetValueEx(tag::kPixelData, 2, lengths, buffers);
     }
 
-    /// The object becomes what it was written as, and that is written as the same bytes again. A file
-    /// without a data set is none, so there is something in it.
+    /// A file without a data set is none, so there is something in it.
     static void WriteAndRead(CDcmObject& object) {
-        object.SetValue(0x00080018, fuzz::kImageUid);
-        const fuzz::ScratchFile file;
-        const fuzz::ScratchFile again;
-        if (object.WriteFile(file.Path()) != kDcmSuccess) return;
-        CDcmApp app;
-        object.RenameFile(file.Path());
-        fuzz::Require(object.ReadFile(&app, nullptr, nullptr) == kDcmSuccess);
-        fuzz::Require(object.WriteFile(again.Path()) == kDcmSuccess);
-        fuzz::Require(file.Bytes() == again.Bytes());
+        object.SetValue(tag::kSOPInstanceUID, fuzz::kImageUid);
+        (void)fuzz::WriteAndRead(object);
     }
 
     fuzz::Options& options_;
@@ -218,9 +208,6 @@ private:
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    constexpr std::size_t kLargestInput = 1 << 12;
-    if (size > kLargestInput) return 0;
-    fuzz::Options options(data, size, size);
-    Program(options).Run();
-    return 0;
+    return fuzz::Run(data, size, {1 << 12, size},
+                     [](fuzz::Options& options) { Program(options).Run(); });
 }

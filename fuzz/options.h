@@ -1,5 +1,5 @@
-/// Choices that a fuzz target draws from the end of its input, so that what lies in front of them is a
-/// file as it stands.
+/// Choices that a fuzz target draws from the end of its input, so that what is in front of them is
+/// a file as it stands.
 #pragma once
 
 #include <algorithm>

@@ -1,7 +1,7 @@
-// Overlay planes and shutters over a small image: the input is overlay data, its end their attributes.
+// Overlay planes and shutters over a small image: the input is overlay data, its end attributes.
 #include "fuzz/drawing.h"
 #include "fuzz/elements.h"
-#include "fuzz/options.h"
+#include "fuzz/target.h"
 #include "quorvex/CLData.h"
 
 namespace {
@@ -83,14 +83,8 @@ void ShowHostsPixels(CDcmObject& object, fuzz::Options& options) {
     }
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    constexpr std::size_t kLargestInput = 1 << 13;
-    constexpr std::size_t kOptions = 160;
+void ShowOverlays(fuzz::Options& options) {
     constexpr unsigned short kFewerBits[] = {16, 12, 8, 10, 1, 0};
-    if (size > kLargestInput) return 0;
-    fuzz::Options options(data, size, kOptions);
     CDcmObject object;
     fuzz::DrawImage(object, options);
     object.SetValue(0x00280101, options.OneOf(kFewerBits));
@@ -101,11 +95,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     MakePlanes(object, options.Front());
     CDcmApp app;
     CXDIPP image;
-    if (image.Initialize(&app, &object, fuzz::DrawViewSize(options), 0) != QVM_SUCCESS) return 0;
+    if (image.Initialize(&app, &object, fuzz::DrawViewSize(options), 0) != QVM_SUCCESS) return;
     image.ShowShutter(1);
     image.ShowOverlays(1);
     fuzz::RenderAndDraw(image, options);
     fuzz::ShowAsDrawn(image, options);
     ShowHostsPixels(object, options);
-    return 0;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    return fuzz::Run(data, size, {1 << 13, 160}, ShowOverlays);
 }

@@ -1,9 +1,8 @@
 // Palettes, plain and segmented: the input is their data, its end their descriptors and the image.
 #include "fuzz/drawing.h"
 #include "fuzz/elements.h"
-#include "fuzz/options.h"
+#include "fuzz/target.h"
 #include "quorvex/CLData.h"
-#include "quorvex/CxDcmParser.h"
 #include "quorvex/CxPaletteLUT.h"
 
 namespace {
@@ -45,18 +44,14 @@ void Colour(CDcmObject& object, std::vector<unsigned char> pixels, const fuzz::S
     CDcmApp app;
     CxDcmParser parser;
     if (parser.Initialize(&app, &object, nullptr, 0, 0) != QVM_SUCCESS) return;
-    unsigned short bits = shape.bits;
-    unsigned short samples = 1;
-    CString photometric;
-    unsigned char* rgb[4] = {};
+    unsigned char* rgb[3] = {};
     unsigned long length = 0;
     unsigned short padded = 0;
     const CXDIPP image;
-    (void)parser.GetRGBBufferFromPaletteImage(pixels.data(), shape.columns, shape.rows, bits,
-                                              samples, photometric, rgb[0], 0);
-    (void)image.MakePaletteColorImage(&object, pixels.data(), rgb[1], length, padded);
-    (void)image.MakeSPCOverlay(&object, pixels.data(), rgb[2], length);
-    (void)image.MakeSPCOverlayForMPR(&object, pixels.data(), shape.columns, shape.rows, rgb[3],
+    (void)test::ColouredOf(parser, pixels.data(), shape.columns, shape.rows, shape.bits);
+    (void)image.MakePaletteColorImage(&object, pixels.data(), rgb[0], length, padded);
+    (void)image.MakeSPCOverlay(&object, pixels.data(), rgb[1], length);
+    (void)image.MakeSPCOverlayForMPR(&object, pixels.data(), shape.columns, shape.rows, rgb[2],
                                      length);
     for (unsigned char* block : rgb) delete[] block;
 }
@@ -83,13 +78,7 @@ void ShowVolume(CDcmObject& object, std::vector<unsigned char> pixels, const fuz
     }
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    constexpr std::size_t kLargestInput = 1 << 14;
-    constexpr std::size_t kOptions = 64;
-    if (size > kLargestInput) return 0;
-    fuzz::Options options(data, size, kOptions);
+void ShowPalettes(fuzz::Options& options) {
     const std::vector<unsigned char> tables = options.Front();
     const fuzz::Shape shape{.bits = static_cast<unsigned short>(options.Flag() ? 16 : 8),
                             .isSigned = static_cast<unsigned short>(options.Below(2))};
@@ -107,5 +96,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     CXDIPP image;
     if (image.Initialize(&app, &object, {32, 32}, 0) == QVM_SUCCESS)
         fuzz::RenderAndDraw(image, options);
-    return 0;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    return fuzz::Run(data, size, {1 << 14, 64}, ShowPalettes);
 }

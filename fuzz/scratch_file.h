@@ -1,15 +1,13 @@
-/// A file of this process's own, in memory where the system has a place for that, and gone at the end.
+/// A file of this process's own, in memory where the system has a place for that, gone at the end.
 #pragma once
 
-#include "quorvex/Types.h"
+#include "fuzz/target.h"
+#include "tests/support/memory_file.h"
 
 #include <atomic>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <unistd.h>
-#include <vector>
 
 namespace quorvex::fuzz {
 
@@ -24,10 +22,7 @@ public:
     ScratchFile& operator=(const ScratchFile&) = delete;
 
     [[nodiscard]] CString Path() const { return path_.string(); }
-    [[nodiscard]] std::vector<char> Bytes() const {
-        std::ifstream file(path_, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    }
+    [[nodiscard]] std::vector<unsigned char> Bytes() const { return test::BytesOfFile(path_); }
 
 private:
     static std::filesystem::path Folder() {
@@ -42,5 +37,19 @@ private:
 
     std::filesystem::path path_;
 };
+
+/// The object becomes what it was written as, and that is written as the same bytes again. False
+/// where it cannot be written.
+inline bool WriteAndRead(CDcmObject& object) {
+    const ScratchFile file;
+    const ScratchFile again;
+    if (object.WriteFile(file.Path()) != kDcmSuccess) return false;
+    CDcmApp app;
+    object.RenameFile(file.Path());
+    Require(object.ReadFile(&app, nullptr, nullptr) == kDcmSuccess);
+    Require(object.WriteFile(again.Path()) == kDcmSuccess);
+    Require(file.Bytes() == again.Bytes());
+    return true;
+}
 
 }  // namespace quorvex::fuzz

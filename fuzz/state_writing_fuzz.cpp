@@ -1,10 +1,8 @@
 // A presentation state made from a record, written, and read back: the record must come out again.
 #include "fuzz/elements.h"
-#include "fuzz/options.h"
-#include "fuzz/records.h"
-#include "fuzz/require.h"
 #include "fuzz/scratch_file.h"
 #include "quorvex/CXGSPSObject.h"
+#include "tests/support/record.h"
 
 #include <memory>
 
@@ -153,30 +151,26 @@ void RequireSameRecord(const CXGSPSInfo& one, const CXGSPSInfo& other) {
     RequireSameGraphics(one.graphicObjects, other.graphicObjects);
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    constexpr std::size_t kLargestInput = 1 << 11;
-    if (size > kLargestInput) return 0;
-    fuzz::Options options(data, size, size);
+void WriteState(fuzz::Options& options) {
     CDcmObject image;
     fuzz::DrawImage(image, options);
-    fuzz::Record record;
+    test::Record record;
     Fill(record, options);
     CXGSPSInfo* records[] = {&record};
     CDcmObject* made = nullptr;
     Require(CXGSPSObject().MakeGSPSObject(&image, records, 1, made) == 1);
-    const std::unique_ptr<CDcmObject> owner(made);
-    const fuzz::ScratchFile file;
-    Require(made->WriteFile(file.Path()) == kDcmSuccess);
-    CDcmApp app;
-    CDcmObject state;
-    state.Open(file.Path());
-    Require(state.ReadFile(&app, nullptr, nullptr) == kDcmSuccess);
-    fuzz::Record read;
+    const std::unique_ptr<CDcmObject> state(made);
+    Require(fuzz::WriteAndRead(*state));
+    test::Record read;
     read.imageRows = 20;
     read.imageColumns = 24;
-    (void)CXGSPSObject().GSPSApplier(&state, &read, fuzz::kImageUid, record.referencedFrameNumber);
+    (void)CXGSPSObject().GSPSApplier(state.get(), &read, fuzz::kImageUid,
+                                     record.referencedFrameNumber);
     RequireSameRecord(record, read);
-    return 0;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    return fuzz::Run(data, size, {1 << 11, size}, WriteState);
 }

@@ -246,7 +246,7 @@ Subject EmbeddedPlane(const Kind& kind) {
             [=] { return s->block.Look(); }};
 }
 
-// --- Windows and render jobs ----------------------------------------------------------------------
+// --- Windows and render jobs ---------------------------------------------------------------------
 
 /// Windows over the record of a kind.
 struct Windows {
@@ -349,7 +349,7 @@ Subject ApplyingModality(const Kind& kind) {
             [=] { return std::string(s->pixels.begin(), s->pixels.end()); }};
 }
 
-// --- Presentations --------------------------------------------------------------------------------
+// --- Presentations -------------------------------------------------------------------------------
 
 std::string Look(const CXGSPSInfo& record) {
     const auto table = [](const std::uint16_t* data, int count) {

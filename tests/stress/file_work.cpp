@@ -71,7 +71,8 @@ private:
     }
     [[nodiscard]] std::int32_t Form() const { return kForms[turn_ % std::size(kForms)]; }
     [[nodiscard]] CDcmObject& Header() const { return *parser_.GetHeader(); }
-    /// The first frame, where it has what its header promises to those that are not told its length.
+    /// The first frame, unless it is shorter than its header says: not every operation asks how
+    /// long a frame is.
     Bytes PromisedFrame();
 
     CString path_;
@@ -111,8 +112,8 @@ void Visit::Convert() {
     CxDcmParser whole;
     if (whole.Initialize(&app_, path_, 1) != QVM_SUCCESS) return;
     CDcmObject object = *whole.GetHeader();
-    const auto code = ConvertTo(Form(), object, Form() == kXferJpegBaseline ? 90 : 0);
-    Note("convert", code, DigestOfMade(&object));
+    const auto made = ConvertTo(Form(), object, Form() == kXferJpegBaseline ? 90 : 0);
+    Note("convert", made.Code(), DigestOfMade(&object));
 }
 
 void Visit::FetchFrames() {

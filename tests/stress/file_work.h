@@ -23,8 +23,8 @@ enum class Amount {
     kOpenRenderConvert  ///< what a viewer's day consists of: one of each
 };
 
-/// `turn` chooses among the forms that a file is converted into. The same file and turn give the same
-/// results, whichever thread works.
+/// `turn` chooses among the forms that a file is converted into. The same file and turn give the
+/// same results, whichever thread works.
 FileResults WorkOnFile(const std::filesystem::path& path, unsigned turn, Amount amount);
 
 /// Where two results differ; empty where they do not.

@@ -14,12 +14,13 @@
 namespace quorvex::test {
 namespace {
 
-// After a fifth, every file has been converted into every form, so that every character set, font and
-// table that somebody keeps has been met.
+// After a fifth, every file has been converted into every form, so that every character set, font
+// and table that somebody keeps has been met.
 constexpr std::size_t kWarmUpShare = 5;
 constexpr std::size_t kLines = 10;
-// Nothing of the library's may stay: 16 KiB in 16,000 objects is one byte an object. The allocator's
-// cache of freed blocks counts as live, so it has to be off (GLIBC_TUNABLES=glibc.malloc.tcache_count=0).
+// Nothing of the library's may stay: 16 KiB in 16,000 objects is one byte an object. The
+// allocator's cache of freed blocks counts as live, so it has to be off
+// (GLIBC_TUNABLES=glibc.malloc.tcache_count=0).
 constexpr std::size_t kLiveTolerance = 16 * 1024;
 // The resident set also has the holes between live blocks, which move about.
 constexpr std::size_t kResidentTolerance = 4 * 1024 * 1024;

@@ -26,8 +26,8 @@ AllResults WorkOn(const std::vector<std::filesystem::path>& files, std::size_t f
     return results;
 }
 
-/// Nothing has been used before the threads begin, so that what is made at first use is made by all of
-/// them at once. Two neighbours begin with the same file, the others elsewhere.
+/// Nothing has been used before the threads begin, so that what is made at first use is made by all
+/// of them at once. Two neighbours begin with the same file, the others elsewhere.
 std::vector<AllResults> WorkInThreads(const std::vector<std::filesystem::path>& files) {
     std::vector<AllResults> results(kThreads);
     std::vector<std::jthread> threads;

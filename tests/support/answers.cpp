@@ -98,14 +98,14 @@ BlindAnswer BlindlyDecoded(BlindDecoder decoder, std::span<unsigned char> stream
     return answer;
 }
 
-QUORVEX_MESSAGE ConvertTo(std::int32_t form, CDcmObject& object, std::uint16_t quality) {
+Conversion ConvertTo(std::int32_t form, CDcmObject& object, std::uint16_t quality) {
     CDcmApp app;
     _USER_SETTING_INFO settings;
     settings.compressionType = form;
     CxDcmMaker maker;
     maker.SetQuality(quality);
     const auto code = maker.MakeDcmObject(&app, &object, &settings);
-    return code == QVM_SUCCESS ? maker.GetOutcome() : code;
+    return {code, maker.GetOutcome()};
 }
 
 }  // namespace quorvex::test

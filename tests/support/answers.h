@@ -28,7 +28,7 @@ struct Answered {
     bool operator==(const Answered&) const = default;
 };
 
-// --- Parser ---------------------------------------------------------------------------------------
+// --- Parser --------------------------------------------------------------------------------------
 
 /// One decoded frame, from all of its stored bytes or from the first `sourceLength`.
 Answered FrameOf(CxDcmParser& parser, int index = 0, unsigned long sourceLength = 0);
@@ -48,7 +48,7 @@ Answered ThumbnailOf(CxDcmParser& parser, const ThumbnailForm& form);
 Answered ColouredOf(CxDcmParser& parser, unsigned char* indices, unsigned short columns,
                     unsigned short rows, unsigned short bits);
 
-// --- Display --------------------------------------------------------------------------------------
+// --- Display -------------------------------------------------------------------------------------
 
 /// The rendered result, rows from the bottom.
 struct RenderedResult : Answered {
@@ -60,7 +60,7 @@ RenderedResult ResultOf(const CXDIPP& image);
 /// Draws on a black surface: the code of Draw(), the surface.
 Answered DrawnOf(CXDIPP& image, CSize size, int bytesPerPixel = 3);
 
-// --- Codec ----------------------------------------------------------------------------------------
+// --- Codec ---------------------------------------------------------------------------------------
 
 Answered DecodedOf(_IMAGE_PROCESS_PARAM param, std::span<unsigned char> stream,
                    bool isUnsignedOnly = false);
@@ -81,9 +81,16 @@ inline constexpr BlindDecoder kBlindDecoders[] = {&CxImageProcessor::DecompressB
                                                   &CxImageProcessor::DecompressBlindJP2KData};
 BlindAnswer BlindlyDecoded(BlindDecoder decoder, std::span<unsigned char> stream);
 
-// --- Objects --------------------------------------------------------------------------------------
+// --- Objects -------------------------------------------------------------------------------------
 
-/// Converts the object itself; gives what became of its pixels, or the refusal.
-QUORVEX_MESSAGE ConvertTo(std::int32_t form, CDcmObject& object, std::uint16_t quality = 0);
+struct Conversion {
+    QUORVEX_MESSAGE answer;   ///< of the call
+    QUORVEX_MESSAGE outcome;  ///< what became of the pixels
+    [[nodiscard]] QUORVEX_MESSAGE Code() const noexcept {
+        return answer == QVM_SUCCESS ? outcome : answer;
+    }
+};
+/// Converts the object itself to a QUORVEX_XFERSYNTAX.
+Conversion ConvertTo(std::int32_t form, CDcmObject& object, std::uint16_t quality = 0);
 
 }  // namespace quorvex::test
