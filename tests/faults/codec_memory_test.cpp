@@ -1,8 +1,9 @@
 // Failing memory under the image processor.
+#include "quorvex/Attributes.h"
 #include "quorvex/CxImageProcessor.h"
+#include "quorvex/Tags.h"
 #include "tests/faults/fault_harness.h"
 #include "tests/faults/given_block.h"
-#include "tests/maker/maker_objects.h"
 
 namespace quorvex {
 namespace {
@@ -11,159 +12,130 @@ using namespace test;
 
 /// A frame of a kind as it is stored, its record, and one result.
 struct Coding {
-    explicit Coding(const Kind& kind) : source(StoredFrames(kind.object).front()) {
+    explicit Coding(const Kind& kind) : stored(StoredFrames(kind.object).front()), source(stored) {
+        const auto word = [&](std::uint32_t tag) {
+            return Read<unsigned short>(kind.object, tag).value_or(0);
+        };
         TRANSFER_SYNTAX syntax = kSyntaxNone;
         kind.object.GetTransferSyntax(syntax);
         param.transferSyntax = syntax;
-        kind.object.GetValue(0x00280002, param.samplesPerPixel);
-        kind.object.GetValue(0x00280004, param.photometric);
-        kind.object.GetValue(0x00280006, param.planarConfiguration);
-        kind.object.GetValue(0x00280010, param.rows);
-        kind.object.GetValue(0x00280011, param.columns);
-        kind.object.GetValue(0x00280100, param.bitsAllocated);
-        kind.object.GetValue(0x00280103, param.pixelRepresentation);
+        param.samplesPerPixel = word(tag::kSamplesPerPixel);
+        param.photometric = Read<CString>(kind.object, tag::kPhotometricInterpretation).value();
+        param.planarConfiguration = word(tag::kPlanarConfiguration);
+        param.rows = word(tag::kRows);
+        param.columns = word(tag::kColumns);
+        param.bitsAllocated = word(tag::kBitsAllocated);
+        param.pixelRepresentation = word(tag::kPixelRepresentation);
         param.quality = 50;
     }
-    /// The source too: operations may turn it, but on failure not halfway.
+    ~Coding() { ReleasePages(pages); }
+    Coding(const Coding&) = delete;
+    Coding& operator=(const Coding&) = delete;
+
+    bool Decode(int allocMode) {
+        processor.SetAllocMode(allocMode);
+        block.Drop();
+        ReleasePages(std::exchange(pages, nullptr));
+        const auto code =
+            processor.DecompressFrameData(&param, source.data(), source.size(),
+                                          allocMode == 1 ? block.data : pages, block.size, 0);
+        return code == QVM_SUCCESS || code == QVM_FRAME_COPIED;
+    }
+    bool DecodeBlindly(decltype(&CxImageProcessor::DecompressBlindJPEGData) decode) {
+        unsigned short word[5] = {};
+        block.Drop();
+        return (processor.*decode)(source.data(), source.size(), block.data, block.size, word[0],
+                                   word[1], word[2], word[3], word[4]) == QVM_SUCCESS;
+    }
+    bool Compress(std::uint32_t target) {
+        block.Drop();
+        param.targetSyntax = target;
+        return processor.CompressFrameData(&param, source.data(), source.size(), block.data,
+                                           block.size) == QVM_SUCCESS;
+    }
+    /// The source too: operations may change the order of its bytes, but on failure not halfway.
     [[nodiscard]] std::string Look() const {
+        if (pages != nullptr) return {pages, pages + block.size};
         return block.Look() + std::string(source.begin(), source.end());
     }
 
     _IMAGE_PROCESS_PARAM param;
+    const std::vector<unsigned char> stored;
     std::vector<unsigned char> source;
     CxImageProcessor processor;
     GivenBlock block;
+    unsigned char* pages = nullptr;
 };
 
-template <int allocMode>
-Subject Decoding(const Kind& kind) {
-    if (kind.isState || kind.name == "big endian") return {};
-    auto s = std::make_shared<Coding>(kind);
-    s->processor.SetAllocMode(allocMode);
-    auto pages = std::shared_ptr<unsigned char*>(new unsigned char*(nullptr), [](auto* p) {
-        ReleasePages(*p);
-        delete p;
-    });
-    return {[=] {
-                unsigned char*& result = allocMode == 1 ? s->block.data : *pages;
-                if (allocMode == 1) s->block.Drop();
-                ReleasePages(std::exchange(*pages, nullptr));
-                const auto answer = s->processor.DecompressFrameData(
-                    &s->param, s->source.data(), s->source.size(), result, s->block.size, 0);
-                return answer == QVM_SUCCESS || answer == QVM_FRAME_COPIED;
-            },
-            [=] {
-                if (*pages != nullptr) return std::string(*pages, *pages + s->block.size);
-                return s->Look();
-            }};
-}
-
-Subject DecodingBlind(const Kind& kind) {
-    const bool isJpeg2000 = kind.name == "JPEG 2000";
-    if (!isJpeg2000 && kind.name != "JPEG baseline") return {};
-    auto s = std::make_shared<Coding>(kind);
-    return {[=] {
-                unsigned short word[5] = {};
-                const auto decode = isJpeg2000 ? &CxImageProcessor::DecompressBlindJP2KData
-                                               : &CxImageProcessor::DecompressBlindJPEGData;
-                s->block.Drop();
-                return (s->processor.*decode)(s->source.data(), s->source.size(), s->block.data,
-                                              s->block.size, word[0], word[1], word[2], word[3],
-                                              word[4]) == QVM_SUCCESS;
-            },
-            [=] { return s->Look(); }};
-}
-
-/// Codes plain frames: grey ones to the forms for more than 8 bits, colour to those of 8.
-template <int target>
-Subject Compressing(const Kind& kind) {
-    const bool isWide = kind.name == "native CT";
-    if (!isWide && kind.name != "colour") return {};
-    if ((target == 5 && isWide) || (target == 6 && !isWide)) return {};
-    auto s = std::make_shared<Coding>(kind);
-    s->param.targetSyntax = target;
-    return {[=] {
-                s->block.Drop();
-                return s->processor.CompressFrameData(&s->param, s->source.data(), s->source.size(),
-                                                      s->block.data, s->block.size) == QVM_SUCCESS;
-            },
-            [=] { return s->Look(); }};
-}
-
-Subject CompressingPlanes(const Kind& kind) {
-    Subject subject = Compressing<7>(kind);
-    if (!subject.work || kind.name != "colour") return {};
-    auto s = std::make_shared<Coding>(kind);
-    s->param.targetSyntax = 7;
-    s->param.planarConfiguration = 1;
-    auto planes = std::make_shared<std::vector<unsigned char>>(s->source);
-    return {[=] {
-                s->block.Drop();
-                s->source = *planes;  // of the same size: nothing is allocated
-                return s->processor.CompressFrameData(&s->param, s->source.data(), s->source.size(),
-                                                      s->block.data, s->block.size) == QVM_SUCCESS;
-            },
-            [=] { return s->block.Look(); }};
-}
-
-Subject CompressingRaw(const Kind& kind) {
-    if (kind.name != "native CT") return {};
-    auto s = std::make_shared<Coding>(kind);
-    s->param.targetSyntax = 9;
-    return {[=] {
-                s->block.Drop();
-                return s->processor.CompressRawImage2Jp2File(&s->param, s->source.data(),
-                                                             s->source.size(), s->block.data,
-                                                             s->block.size) == QVM_SUCCESS &&
-                       s->block.data != nullptr;
-            },
-            [=] { return s->Look(); }};
-}
-
-Subject ConvertingColour(const Kind& kind) {
-    if (kind.name != "colour") return {};
-    auto s = std::make_shared<Coding>(kind);
-    s->param.photometric = "YBR_FULL";
-    s->block.size = s->source.size();
-    s->block.data = new unsigned char[s->block.size]();
-    return {[=] {
-                return s->processor.ConvertYBRToRGB(&s->param, s->source.data(), s->block.data) ==
-                       QVM_SUCCESS;
-            },
-            [=] { return s->Look(); }};
-}
-
-Subject Resizing(const Kind& kind) {
-    if (kind.name != "native CT" && kind.name != "colour" && kind.name != "palette") return {};
-    auto s = std::make_shared<Coding>(kind);
-    return {[=] {
-                s->block.Drop();
-                return s->processor.ResizeImage(&s->param, s->source.data(), s->block.data,
-                                                s->block.size, {20, 33}) == QVM_SUCCESS;
-            },
-            [=] { return s->Look(); }};
-}
-
-constexpr Operation kOperations[] = {
-    {"CxImageProcessor::DecompressFrameData", Decoding<1>, Leaves::kUsable},
-    {"CxImageProcessor::DecompressFrameData, pages", Decoding<2>, Leaves::kUsable},
-    {"CxImageProcessor::DecompressBlind...", DecodingBlind},
-    {"CxImageProcessor::CompressFrameData, baseline", Compressing<5>},
-    {"CxImageProcessor::CompressFrameData, extended", Compressing<6>},
-    {"CxImageProcessor::CompressFrameData, lossless", Compressing<7>},
-    {"CxImageProcessor::CompressFrameData, JPEG 2000", Compressing<8>},
-    {"CxImageProcessor::CompressFrameData, 2000 lossless", Compressing<9>},
-    {"CxImageProcessor::CompressFrameData, planes", CompressingPlanes},
-    {"CxImageProcessor::CompressRawImage2Jp2File", CompressingRaw},
-    {"CxImageProcessor::ConvertYBRToRGB", ConvertingColour},
-    {"CxImageProcessor::ResizeImage", Resizing},
+struct FullRangeYbr : Coding {
+    explicit FullRangeYbr(const Kind& kind) : Coding(kind) {
+        param.photometric = "YBR_FULL";
+        block.size = source.size();
+        block.data = new unsigned char[block.size]();
+    }
 };
+
+constexpr const char* kPlain = "native CT|colour";
+constexpr How kCodedStreams{.notOn = "presentation state|big endian", .leaves = Leaves::kUsable};
+
+std::vector<Operation> Operations() {
+    return {
+        On<Coding>("CxImageProcessor::DecompressFrameData", kCodedStreams,
+                   [](Coding& s) { return s.Decode(1); }),
+        On<Coding>("CxImageProcessor::DecompressFrameData, pages", kCodedStreams,
+                   [](Coding& s) { return s.Decode(2); }),
+        On<Coding>(
+            "CxImageProcessor::DecompressBlindJPEGData", {.on = "JPEG baseline"},
+            [](Coding& s) { return s.DecodeBlindly(&CxImageProcessor::DecompressBlindJPEGData); }),
+        On<Coding>(
+            "CxImageProcessor::DecompressBlindJP2KData", {.on = "JPEG 2000"},
+            [](Coding& s) { return s.DecodeBlindly(&CxImageProcessor::DecompressBlindJP2KData); }),
+        On<Coding>("CxImageProcessor::CompressFrameData, baseline", {.on = "colour"},
+                   [](Coding& s) { return s.Compress(kXferJpegBaseline); }),
+        On<Coding>("CxImageProcessor::CompressFrameData, extended", {.on = "native CT"},
+                   [](Coding& s) { return s.Compress(kXferJpegExtended); }),
+        On<Coding>("CxImageProcessor::CompressFrameData, lossless", {.on = kPlain},
+                   [](Coding& s) { return s.Compress(kXferJpegLossless); }),
+        On<Coding>("CxImageProcessor::CompressFrameData, JPEG 2000", {.on = kPlain},
+                   [](Coding& s) { return s.Compress(kXferJpeg2000); }),
+        On<Coding>("CxImageProcessor::CompressFrameData, 2000 lossless", {.on = kPlain},
+                   [](Coding& s) { return s.Compress(kXferJpeg2000Lossless); }),
+        On<Coding>(
+            "CxImageProcessor::CompressFrameData, planes", {.on = "colour"},
+            [](Coding& s) {
+                s.source = s.stored;  // of the same size: nothing is allocated
+                s.param.planarConfiguration = 1;
+                return s.Compress(kXferJpegLossless);
+            },
+            [](const Coding& s) { return s.block.Look(); }),
+        On<Coding>("CxImageProcessor::CompressRawImage2Jp2File", {.on = "native CT"},
+                   [](Coding& s) {
+                       s.block.Drop();
+                       s.param.targetSyntax = kXferJpeg2000Lossless;
+                       return s.processor.CompressRawImage2Jp2File(&s.param, s.source.data(),
+                                                                   s.source.size(), s.block.data,
+                                                                   s.block.size) == QVM_SUCCESS &&
+                              s.block.data != nullptr;
+                   }),
+        On<FullRangeYbr>("CxImageProcessor::ConvertYBRToRGB", {.on = "colour"},
+                         [](Coding& s) {
+                             return s.processor.ConvertYBRToRGB(&s.param, s.source.data(),
+                                                                s.block.data) == QVM_SUCCESS;
+                         }),
+        On<Coding>("CxImageProcessor::ResizeImage", {.on = "native CT|colour|palette"},
+                   [](Coding& s) {
+                       s.block.Drop();
+                       return s.processor.ResizeImage(&s.param, s.source.data(), s.block.data,
+                                                      s.block.size, {20, 33}) == QVM_SUCCESS;
+                   }),
+    };
+}
 
 class CodecMemory : public testing::TestWithParam<Operation> {};
 TEST_P(CodecMemory, MayFail) {
     FailEveryAllocation(GetParam());
 }
-INSTANTIATE_TEST_SUITE_P(All, CodecMemory, testing::ValuesIn(kOperations));
+INSTANTIATE_TEST_SUITE_P(All, CodecMemory, testing::ValuesIn(Operations()));
 
 }  // namespace
 }  // namespace quorvex

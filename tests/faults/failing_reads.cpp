@@ -52,6 +52,24 @@ bool FailingReads::HasStruck() const noexcept {
     return plan && plan->reads >= plan->n;
 }
 
+MC_STATUS PieceGiver::Give(int* length, void** data, int first, int* last) {
+    if (first != 0) at = 0;
+    const std::size_t count = std::min(pieceBytes, bytes.size() - at);
+    *length = static_cast<int>(count);
+    *data = const_cast<unsigned char*>(bytes.data()) + at;
+    at += count;
+    *last = at == bytes.size() ? 1 : 0;
+    if (++calls != failAt) return kMcContinue;
+    if (wrong == kRefuses) return kMcRefuse;
+    if (wrong == kNoData) *data = nullptr;
+    if (wrong == kNegative) *length = -5;
+    if (wrong == kNothingMore) {
+        *length = 0;
+        *last = 1;
+    }
+    return kMcContinue;
+}
+
 }  // namespace quorvex::test
 
 using quorvex::test::plan;

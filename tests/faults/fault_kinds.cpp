@@ -203,13 +203,12 @@ public:
         Add("JPEG 2000", Converted(Colour(), kXferJpeg2000));
         Add("JPEG 2000 lossless", Converted(Grey(), kXferJpeg2000Lossless));
         Add("multi-frame", Converted(Grey(3), kXferJpegLossless));
-        Add("overlays, shutter", Overlaid());
+        Add("overlays and shutter", Overlaid());
         Add("tables", WithTables());
         Add("deflated", In(Grey(), kDeflatedExplicitLittleEndian));
         Add("big endian", In(Grey(2), kExplicitBigEndian));
         AddBare("bare data set", In(Grey(), kImplicitLittleEndian));
         Add("presentation state", State());
-        kinds_.back().isState = true;
     }
     [[nodiscard]] std::span<const Kind> Kinds() const { return kinds_; }
 
@@ -262,6 +261,13 @@ MC_STATUS TakeItem(int, std::uint32_t, void* user, int item, unsigned long lengt
 std::span<const Kind> AllKinds() {
     static const Shelf shelf;
     return shelf.Kinds();
+}
+
+const Kind& KindOf(std::string_view name) {
+    const auto kinds = AllKinds();
+    const auto found = std::ranges::find(kinds, name, &Kind::name);
+    if (found == kinds.end()) throw std::runtime_error(std::string(name));
+    return *found;
 }
 
 std::string Look(const CDcmObjectCommon& object) {

@@ -5,6 +5,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quorvex::test {
@@ -14,11 +15,11 @@ struct Kind {
     CDcmObject object = {};  ///< whole, Pixel Data included
     std::string path;        ///< the file, Part 10 except for "bare data set"
     std::vector<unsigned char> bytes = {};
-    bool isState = false;
 };
 
-/// Images first, presentation states behind them.
+/// Images first, the presentation state behind them.
 [[nodiscard]] std::span<const Kind> AllKinds();
+[[nodiscard]] const Kind& KindOf(std::string_view name);
 
 /// Every attribute with all its bytes, items included.
 [[nodiscard]] std::string Look(const CDcmObjectCommon& object);

@@ -20,13 +20,6 @@ using namespace test;
 
 enum End : int { kRefused, kDone, kWrong, kUnnoticed, kDied };
 
-const Kind& KindOf(const std::string& name) {
-    for (const Kind& kind : AllKinds()) {
-        if (kind.name == name) return kind;
-    }
-    throw std::runtime_error(name);
-}
-
 /// One operation, and what it gave.
 struct Task {
     std::function<bool()> work;
