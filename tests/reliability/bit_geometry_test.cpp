@@ -1,12 +1,9 @@
 // Bits Allocated, Bits Stored and High Bit of every odd value.
-#include "quorvex/CXDIPP.h"
-#include "quorvex/CxDcmParser.h"
-#include "quorvex/DicomObject.h"
+#include "quorvex/Tags.h"
 #include "tests/pipeline/test_objects.h"
+#include "tests/support/answers.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
-#include <memory>
 #include <string>
 
 namespace quorvex::test {
@@ -34,10 +31,10 @@ void FillOdd(CDcmObject& object, const BitTriple& bits, unsigned short isSigned,
         object,
         {.size = {3, 2}, .samples = samples, .photometric = samples == 3 ? "RGB" : "MONOCHROME2"},
         std::vector<std::uint32_t>(6UL * samples, 0xA5C3'96F0));
-    object.SetValue(0x00280100, bits.allocated);
-    object.SetValue(0x00280101, bits.stored);
-    object.SetValue(0x00280102, bits.high);
-    object.SetValue(0x00280103, isSigned);
+    object.SetValue(tag::kBitsAllocated, bits.allocated);
+    object.SetValue(tag::kBitsStored, bits.stored);
+    object.SetValue(tag::kHighBit, bits.high);
+    object.SetValue(tag::kPixelRepresentation, isSigned);
     constexpr unsigned short kPositions[] = {0, 11, 15, 31, 32, 65535};
     std::uint32_t group = 0x6000;
     for (const unsigned short position : kPositions) {
@@ -54,18 +51,9 @@ void FillOdd(CDcmObject& object, const BitTriple& bits, unsigned short isSigned,
 void Decode(CDcmApp& app, CDcmObject& object, const BitTriple& bits) {
     CxDcmParser parser;
     ASSERT_EQ(parser.Initialize(&app, &object, nullptr, 0, 0), QVM_SUCCESS) << bits.Text();
-    unsigned char* data = nullptr;
-    unsigned long size = 0;
-    const auto result = parser.GetAFrame(0, data, size, 0);
-    EXPECT_EQ(result == QVM_SUCCESS, data != nullptr) << bits.Text();
-    const std::unique_ptr<unsigned char[]> owner(data);
-    tagBITMAPINFOHEADER* bitmap = nullptr;
-    unsigned char* small = nullptr;
-    unsigned long bitmapSize = 0;
-    (void)parser.MakeThumbNail(0, {4, 4}, kXferUncompressed, 0, small, size, bitmap, bitmapSize,
-                               85);
-    delete[] small;
-    delete[] static_cast<unsigned char*>(static_cast<void*>(bitmap));
+    const Answered frame = FrameOf(parser);
+    EXPECT_EQ(frame.code == QVM_SUCCESS, !frame.bytes.empty()) << bits.Text();
+    (void)ThumbnailOf(parser, {.size = {4, 4}});
 }
 
 /// Whatever is refused, nothing is undefined: the sanitizers watch.
@@ -108,9 +96,8 @@ TEST(BitGeometry, StoredBitsAreTheOnlyOnesThatCount) {
         CXDIPP image;
         ASSERT_EQ(image.Initialize(&app, &object, {4, 1}, 0), QVM_SUCCESS) << stored;
         ASSERT_EQ(image.Render(), QVM_SUCCESS) << stored;
-        std::vector<unsigned char> shown(4);
-        unsigned char* block = shown.data();
-        (void)image.GetResultImage(block, 4);
+        const Bytes shown = ResultOf(image).bytes;
+        ASSERT_EQ(shown.size(), 4U);
         EXPECT_EQ(shown[0], shown[3]) << stored;
         EXPECT_EQ(shown[1], shown[2]) << stored;
         EXPECT_GT(shown[1], shown[0]) << stored;

@@ -1,16 +1,16 @@
 // Files of a few bytes that claim gigabytes: sizes are multiplied without overflow, and memory is
 // asked for by what is there.
 #include "foundation/types/limits.h"
-#include "tests/reliability/every_way.h"
 #include "tests/reliability/hostile_image.h"
 #include "tests/reliability/measured_child.h"
+#include "tests/support/every_route.h"
 
 #include <gtest/gtest.h>
 
 namespace quorvex::test {
 namespace {
 
-/// What files of some kilobytes may cost: pictures that are given to anybody, a few times over.
+/// What files of some kilobytes may cost: a few pictures of the size that any file may ask for.
 constexpr std::size_t kMostMemory = 8 * kPictureForAnybody;
 constexpr double kMostSeconds = 1.0 * kSlowness;
 
@@ -32,9 +32,8 @@ TEST(ClaimedSize, TheLargestHeadersCostNothing) {
         {.rows = "1", .columns = "1", .bits = "1", .frames = "2147483647"},
     };
     for (const auto& claim : kClaims) {
-        for (const char* syntax : kImageSyntaxes) {
-            ExpectCheap(claim.Text() + " " + syntax, HostileImage(claim, syntax));
-        }
+        for (const auto syntax : kImageSyntaxes)
+            ExpectCheap(claim.Text() + " " + std::string(syntax), HostileImage(claim, syntax));
     }
 }
 
@@ -42,14 +41,14 @@ TEST(ClaimedSize, DimensionsOfAForeignRepresentationCostNothing) {
     for (const char* vr : {"UL", "SL", "DS", "IS", "FD", "UN", "SS", "UV", "LO", "AT"}) {
         for (const char* side : {"4294967295", "65537", "-1", "1e300", "2147483648"}) {
             const ImageClaim claim{.rows = side, .columns = side, .samples = "3", .vr = vr};
-            ExpectCheap(claim.Text(), HostileImage(claim, kExplicitLittle));
+            ExpectCheap(claim.Text(), HostileImage(claim, kExplicitUid));
         }
     }
 }
 
 /// What other attributes claim, each in an image that is good otherwise.
 TEST(ClaimedSize, TablesOverlaysAndStatesCostNothing) {
-    const auto image = [] { return HostileImage({}, nullptr); };
+    const auto image = [] { return HostileImage({}); };
     const auto lut = [](DicomBuilder& file, std::uint32_t tag, std::uint16_t count) {
         file.Header(tag, "US", 6).Number(count, 2).Number(0, 2).Number(16, 2);
     };
@@ -81,7 +80,7 @@ TEST(ClaimedSize, TablesOverlaysAndStatesCostNothing) {
 
 TEST(ClaimedSize, LengthsBeyondTheFileGiveWhatIsThere) {
     for (const char* vr : {"OB", "OW", "UN", "UT", "UC", "OV"}) {
-        auto file = HostileImage({}, nullptr);
+        auto file = HostileImage({});
         file.Header(0x7FE00010, vr, 0xFFFFFFFE).Raw("rest");
         ExpectCheap(vr, file);
         CDcmObject object;
@@ -91,15 +90,15 @@ TEST(ClaimedSize, LengthsBeyondTheFileGiveWhatIsThere) {
         EXPECT_EQ(object.GetValueLength(0x7FE00010, 1, length), kDcmSuccess) << vr;
         EXPECT_EQ(length, 4U) << vr;
     }
-    auto sequence = HostileImage({}, nullptr);
+    auto sequence = HostileImage({});
     sequence.Sequence(0x00081140, 0xFFFFFFF0).Item(0xFFFFFFF0).Add(0x00081155, "UI", "1.2 ");
     ExpectCheap("a sequence that claims 4 GiB", sequence);
 }
 
-/// A frame of each is given to anybody; all of them together are not.
+/// Any file may ask for one such frame, but not for all of them together.
 TEST(ClaimedSize, ManySmallFragmentsDoNotMakeAHugeObject) {
     const ImageClaim claim{.rows = "8192", .columns = "8192", .bits = "8", .frames = "500"};
-    auto file = HostileImage(claim, kRle, 500);
+    auto file = HostileImage(claim, kRleUid, 500);
     ExpectCheap("500 pictures of 64 MiB in 64 bytes each", file);
 }
 

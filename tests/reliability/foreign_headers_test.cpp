@@ -1,6 +1,6 @@
 // The codestream's header against the object's: neither is believed without the other.
 #include "tests/reliability/coded_frames.h"
-#include "tests/reliability/everything.h"
+#include "tests/support/every_route.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -11,7 +11,7 @@ namespace {
 constexpr const char* kNativeUids[] = {"1.2.840.10008.1.2", "1.2.840.10008.1.2.1",
                                        "1.2.840.10008.1.2.2"};
 
-/// One frame as items in a value of told length, their headers in the byte order of `itemsUid`.
+/// One frame as items in a value of declared length, their headers in the byte order of `itemsUid`.
 Bytes FileOfItemsInAValue(const char* uid, std::string_view itemsUid, const FrameForm& form,
                           const Bytes& frame) {
     const Bytes items = DicomBuilder::In(itemsUid).Items({{}, frame}).Bytes();
@@ -74,14 +74,9 @@ TEST(ForeignHeaders, OtherComponentCountsAreRefused) {
             ASSERT_FALSE(frame.empty()) << coding.name << stored;
             for (const unsigned said : {0U, 1U, 2U, 3U, 4U, 5U, 255U, 65535U}) {
                 FrameForm header{.samples = said, .bits = bits};
-                _IMAGE_PROCESS_PARAM param = DecodingParam(coding, header);
-                unsigned char* block = nullptr;
-                unsigned long size = 0;
+                const auto param = DecodingParam(coding, header);
                 Bytes source = frame;
-                CxImageProcessor processor;
-                const auto code = processor.DecompressFrameData(&param, source.data(),
-                                                                source.size(), block, size, 0);
-                const std::unique_ptr<unsigned char[]> owner(block);
+                const auto code = DecodedOf(param, source).code;
                 EXPECT_EQ(code == QVM_SUCCESS, said == stored)
                     << coding.name << ": " << stored << " stored, " << said << " said, " << code;
             }

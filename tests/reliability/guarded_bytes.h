@@ -13,8 +13,8 @@ namespace quorvex::test {
 
 enum class GuardPlace { kBehind, kAhead };
 
-/// A block with a page that cannot be touched right behind or right ahead of it. What is left of its
-/// own pages is filled with a mark, which the end of the block looks for.
+/// A block with a page that cannot be touched right behind or right ahead of it. What is left of
+/// its own pages is filled with a mark, which the destructor looks for.
 class GuardedBytes {
 public:
     explicit GuardedBytes(std::size_t size, GuardPlace place = GuardPlace::kBehind)

@@ -1,6 +1,6 @@
 // Exceptions of the host's own callbacks come back to it as a code.
 #include "tests/reliability/coded_frames.h"
-#include "tests/reliability/everything.h"
+#include "tests/support/every_route.h"
 
 #include <functional>
 #include <gtest/gtest.h>

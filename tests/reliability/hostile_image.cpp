@@ -1,11 +1,9 @@
 #include "tests/reliability/hostile_image.h"
 
-#include "tests/reliability/every_way.h"
+#include "quorvex/TransferSyntaxes.h"
 
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <zlib.h>
 
 namespace quorvex::test {
@@ -13,36 +11,13 @@ namespace {
 
 constexpr std::size_t kPixelBytes = 64;
 
-/// One segment that begins behind the header, and no byte of it.
-std::string RleFrame() {
-    std::string frame(kPixelBytes, '\0');
-    frame[0] = 1;
-    frame[4] = kPixelBytes;
-    return frame;
-}
-
 std::size_t WidthOf(const std::string& vr) {
     if (vr == "US" || vr == "SS") return 2;
     if (vr == "UL" || vr == "SL" || vr == "AT") return 4;
     return vr == "FD" || vr == "UV" ? 8 : 0;
 }
 
-void AddPixels(DicomBuilder& file, bool isEncapsulated, const std::string& content, int fragments) {
-    if (!isEncapsulated) {
-        file.Add(0x7FE00010, "OW", content);
-        return;
-    }
-    const Bytes fragment(content.begin(), content.end());
-    file.Fragments(std::vector<Bytes>(static_cast<std::size_t>(fragments), fragment));
-}
-
-}  // namespace
-
-std::string ImageClaim::Text() const {
-    return std::string(rows) + " x " + columns + " x " + samples + " x " + bits + " bits, " +
-           frames + " frames, " + vr;
-}
-
+/// A value in a representation: text for what holds text, otherwise a number of its width.
 std::string ValueIn(const std::string& vr, const std::string& number) {
     const std::size_t width = WidthOf(vr);
     if (width == 0) return number + std::string(number.size() % 2, ' ');
@@ -53,37 +28,55 @@ std::string ValueIn(const std::string& vr, const std::string& number) {
     return value.substr(0, width);
 }
 
-DicomBuilder HostileImage(const ImageClaim& claim, const char* syntax, int fragments) {
-    const std::string uid = syntax == nullptr ? kExplicitLittle : syntax;
-    auto file = DicomBuilder::Part10(uid);
-    const auto word = [&](std::uint32_t tag, const std::string& number) {
-        file.Us(tag, static_cast<std::uint16_t>(std::strtol(number.c_str(), nullptr, 10)));
+/// RLE: one segment that begins behind the header, and no byte of it.
+std::string FrameIn(std::string_view syntax) {
+    if (syntax != kRleUid) return std::string(kPixelBytes, 'x');
+    std::string frame(kPixelBytes, '\0');
+    frame[0] = 1;
+    frame[4] = kPixelBytes;
+    return frame;
+}
+
+}  // namespace
+
+std::string ImageClaim::Text() const {
+    return std::string(rows) + " x " + columns + " x " + samples + " x " + bits + " bits, " +
+           frames + " frames, " + vr;
+}
+
+DicomBuilder HostileImage(const ImageClaim& claim, std::string_view syntax, int fragments) {
+    auto file = DicomBuilder::Part10(syntax.empty() ? kExplicitUid : syntax);
+    const auto word = [&](std::uint32_t tag, const char* number) {
+        file.Us(tag, static_cast<std::uint16_t>(std::strtol(number, nullptr, 10)));
     };
-    file.Add(0x00080018, "UI", "1.2.3.4 ");
-    word(0x00280002, claim.samples);
-    file.Add(0x00280004, "CS", std::atoi(claim.samples) == 3 ? "RGB " : "MONOCHROME2 ");
-    file.Add(0x00280008, "IS", ValueIn("IS", claim.frames));
-    const bool isWord = std::strcmp(claim.vr, "US") == 0;
-    for (const auto& [tag, side] :
-         {std::pair{0x00280010U, claim.rows}, {0x00280011U, claim.columns}}) {
-        isWord ? word(tag, side)
-               : static_cast<void>(file.Add(tag, claim.vr, ValueIn(claim.vr, side)));
-    }
-    word(0x00280100, claim.bits);
-    word(0x00280101, claim.bits);
-    word(0x00280102, std::to_string(std::atoi(claim.bits) - 1));
-    word(0x00280103, "0");
-    if (syntax == nullptr) return file;
-    const bool isRle = uid == kRle;
-    const bool isEncapsulated = isRle || uid.starts_with("1.2.840.10008.1.2.4");
-    AddPixels(file, isEncapsulated, isRle ? RleFrame() : std::string(kPixelBytes, 'x'), fragments);
-    return file;
+    const auto side = [&](std::uint32_t tag, const char* number) {
+        file.Add(tag, claim.vr, ValueIn(claim.vr, number));
+    };
+    const bool isColour = std::string_view(claim.samples) == "3";
+    file.Add(tag::kSOPInstanceUID, "UI", "1.2.3.4 ");
+    word(tag::kSamplesPerPixel, claim.samples);
+    file.Padded(tag::kPhotometricInterpretation, "CS", isColour ? "RGB" : "MONOCHROME2");
+    file.Padded(tag::kNumberOfFrames, "IS", claim.frames);
+    const bool isWord = std::string_view(claim.vr) == "US";
+    isWord ? word(tag::kRows, claim.rows) : side(tag::kRows, claim.rows);
+    isWord ? word(tag::kColumns, claim.columns) : side(tag::kColumns, claim.columns);
+    word(tag::kBitsAllocated, claim.bits);
+    word(tag::kBitsStored, claim.bits);
+    word(tag::kHighBit, std::to_string(std::atoi(claim.bits) - 1).c_str());
+    word(tag::kPixelRepresentation, "0");
+    if (syntax.empty()) return file;
+    const std::string frame = FrameIn(syntax);
+    const TransferSyntax* row = TransferSyntaxOfUid(syntax);
+    if (!row->isEncapsulated) return std::move(file.Add(tag::kPixelData, "OW", frame));
+    const Bytes fragment(frame.begin(), frame.end());
+    return std::move(
+        file.Fragments(std::vector<Bytes>(static_cast<std::size_t>(fragments), fragment)));
 }
 
 std::vector<unsigned char> DeflatedZeros(std::size_t count) {
     auto file = DicomBuilder::Part10(kDeflatedUid);
     DicomBuilder dataSet;
-    dataSet.Add(0x00080018, "UI", "1.2.3.4 ").Header(0x00091001, "OB", 0xFFFFFFF0);
+    dataSet.Add(tag::kSOPInstanceUID, "UI", "1.2.3.4 ").Header(0x00091001, "OB", 0xFFFFFFF0);
     z_stream stream{};
     deflateInit2(&stream, 9, Z_DEFLATED, -MAX_WBITS, 9, Z_DEFAULT_STRATEGY);
     std::vector<unsigned char> input = dataSet.Bytes();
@@ -103,19 +96,6 @@ std::vector<unsigned char> DeflatedZeros(std::size_t count) {
     }
     deflateEnd(&stream);
     return file.Bytes();
-}
-
-TemporaryImage::TemporaryImage(const DicomBuilder& file) {
-    static int count = 0;
-    path_ = ScratchPath("image_" + std::to_string(count++));
-    std::ofstream(path_, std::ios::binary)
-        .write(reinterpret_cast<const char*>(file.Bytes().data()),
-               static_cast<std::streamsize>(file.Size()));
-}
-
-TemporaryImage::~TemporaryImage() {
-    std::error_code failure;
-    std::filesystem::remove(path_, failure);
 }
 
 }  // namespace quorvex::test

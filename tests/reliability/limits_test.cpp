@@ -1,4 +1,4 @@
-// Each limit is met by an input of its own, refused by a code, and told by its name.
+// Each limit is met by an input of its own, refused by a code, and named.
 #include "foundation/types/limits.h"
 
 #include "foundation/dicom/reading/element_reader.h"
@@ -6,10 +6,10 @@
 #include "parser/palette/palette_segments.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXGSPSObject.h"
-#include "quorvex/CxDcmMaker.h"
-#include "quorvex/CxDcmParser.h"
 #include "tests/reliability/hostile_image.h"
+#include "tests/support/answers.h"
 #include "tests/support/corpus.h"
+#include "tests/support/temporary_file.h"
 #include "tests/tools/run_command.h"
 
 #include <algorithm>
@@ -20,20 +20,16 @@
 namespace quorvex::test {
 namespace {
 
-int FrameOf(const DicomBuilder& file, int frame) {
-    const TemporaryImage image(file);
+int CodeOfFrame(const DicomBuilder& file, int frame) {
+    const TemporaryFile image(file.Bytes());
     CDcmApp app;
     CxDcmParser parser;
     EXPECT_EQ(parser.Initialize(&app, image.Path(), 0), QVM_SUCCESS);
-    unsigned char* data = nullptr;
-    unsigned long size = 0;
-    const auto result = parser.GetAFrame(frame, data, size, 0);
-    delete[] data;
-    return result;
+    return FrameOf(parser, frame).code;
 }
 
 DicomBuilder ManyFrames() {
-    return HostileImage({.rows = "8192", .columns = "8192", .bits = "8", .frames = "500"}, kRle,
+    return HostileImage({.rows = "8192", .columns = "8192", .bits = "8", .frames = "500"}, kRleUid,
                         500);
 }
 
@@ -41,12 +37,9 @@ int Convert(const DicomBuilder& file) {
     auto memory = file.File();
     CDcmObject object;
     EXPECT_EQ(ReadUpTo(object, memory, kToTheEnd), kDcmSuccess);
-    CDcmApp app;
-    CxDcmMaker maker;
-    _USER_SETTING_INFO settings;
-    settings.compressionType = kXferUncompressedExplicit;
-    EXPECT_EQ(maker.MakeDcmObject(&app, &object, &settings), QVM_SUCCESS);
-    return maker.GetOutcome();
+    const auto made = ConvertTo(kXferUncompressedExplicit, object);
+    EXPECT_EQ(made.answer, QVM_SUCCESS);
+    return made.outcome;
 }
 
 int Read(const std::vector<unsigned char>& bytes) {
@@ -91,7 +84,7 @@ int ExpandPalette() {
 int RleOfManySegments() {
     Bytes frame(64);
     frame[0] = kMostRleSegments + 1;
-    return FrameOf(ImageFile(kRleUid, {}).Fragments({frame}), 0);
+    return CodeOfFrame(ImageFile(kRleUid, {}).Fragments({frame}), 0);
 }
 
 int MakePolygonMask() {
@@ -107,7 +100,7 @@ int MakePolygonMask() {
     return info.shutterMask != nullptr ? 1 : 0;
 }
 
-TEST(Limits, AreEachRefusedByACodeAndToldByName) {
+TEST(Limits, AreEachRefusedByACodeAndNamed) {
     struct Case {
         Limit limit;
         int code;
@@ -118,15 +111,15 @@ TEST(Limits, AreEachRefusedByACodeAndToldByName) {
     const ImageClaim many{.frames = "2147483647"};
     const Case cases[] = {
         {Limit::kLargestBlock, QVM_ERROR_FAILED_TO_GET_PIXEL_DATA,
-         [&] { return FrameOf(HostileImage(huge, kExplicitLittle), 0); }},
+         [&] { return CodeOfFrame(HostileImage(huge, kExplicitUid), 0); }},
         {Limit::kLargestPicture, QVM_ERROR_FAILED_TO_DECOMPRESS,
-         [&] { return FrameOf(HostileImage(large, kRle), 0); }},
+         [&] { return CodeOfFrame(HostileImage(large, kRleUid), 0); }},
         {Limit::kLargestObject, QVM_ERROR_FAILED_TO_SET_PIXEL_DATA,
          [] { return Convert(ManyFrames()); }},
         {Limit::kDeepestNesting, kDcmFailure, [] { return Read(Nested()); }},
         {Limit::kMostParts, kDcmFailure, [] { return ReadWithFewParts(SixParts(), 5); }},
         {Limit::kMostFrames, QVM_ERROR_INVALID_FRAME_INDEX,
-         [&] { return FrameOf(HostileImage(many, kExplicitLittle), kMostFrames); }},
+         [&] { return CodeOfFrame(HostileImage(many, kExplicitUid), kMostFrames); }},
         {Limit::kLongestValue, kDcmFailure, SetLongValue},
         {Limit::kMostInflated, kDcmFailure,
          [] { return Read(DeflatedZeros(kInflatedForAnybody * 2)); }},
@@ -151,11 +144,7 @@ TEST(Limits, NoRealFileMeetsOne) {
         CxDcmParser parser;
         ForgetLimit();
         if (parser.Initialize(&app, path.string(), 0) != QVM_SUCCESS) continue;
-        for (int i = 0; i < std::min(parser.GetFrameCount(), 3); ++i) {
-            unsigned char* data = nullptr;
-            unsigned long size = 0;
-            if (parser.GetAFrame(i, data, size, 0) == QVM_SUCCESS) delete[] data;
-        }
+        for (int i = 0; i < std::min(parser.GetFrameCount(), 3); ++i) (void)FrameOf(parser, i);
         const bool isMade = path.filename() == kMadeToMeetOne;
         EXPECT_EQ(LatestLimit(), isMade ? Limit::kLargestBlock : Limit::kNone)
             << path << ": " << LimitSentence(LatestLimit());
@@ -170,7 +159,7 @@ TEST(Limits, AreWrittenDownForHosts) {
     }
 }
 
-TEST(Limits, AreToldByTheCommandInASentence) {
+TEST(Limits, AreNamedByTheCommandInASentence) {
     const ScratchFolder folder;
     const auto path = folder.Path("bad.dcm");
     const auto expect = [&](const std::vector<unsigned char>& bytes, Limit limit,
@@ -185,7 +174,7 @@ TEST(Limits, AreToldByTheCommandInASentence) {
     expect(Nested(), Limit::kDeepestNesting, {"info", path});
     expect(Nested(), Limit::kDeepestNesting,
            {"convert", path, "-o", folder.Path("out"), "--to", "explicit"});
-    expect(HostileImage({.rows = "32768", .columns = "32768"}, kRle).Bytes(),
+    expect(HostileImage({.rows = "32768", .columns = "32768"}, kRleUid).Bytes(),
            Limit::kLargestPicture, {"render", path, "-o", folder.Path("out")});
     expect(ManyFrames().Bytes(), Limit::kLargestObject,
            {"convert", path, "-o", folder.Path("out"), "--to", "explicit"});

@@ -1,9 +1,9 @@
 // High-bit lossless paths reached by code for 8 bits: every precision of lossless JPEG meets every
 // option that comes after the decoder.
-#include "quorvex/CXDIPP.h"
 #include "tests/reliability/coded_frames.h"
-#include "tests/reliability/everything.h"
 #include "tests/reliability/guarded_bytes.h"
+#include "tests/support/every_route.h"
+#include "tests/support/temporary_file.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -68,8 +68,8 @@ Bytes Widened(const LosslessStream& made, unsigned sampleBytes) {
     return wide;
 }
 
-/// Unmarked lossless samples are whatever the header says: bytes that it calls full-range YBR become
-/// R, G, B.
+/// Unmarked lossless samples are whatever the header says: bytes that it calls full-range YBR
+/// become R, G, B.
 Bytes Expected(const LosslessStream& made, bool isMarked, _IMAGE_PROCESS_PARAM param) {
     Bytes samples = Widened(made, param.bitsAllocated > 8 ? 2 : 1);
     const bool isYbr = param.photometric == "YBR_FULL" || param.photometric == "YBR_FULL_422";
@@ -123,36 +123,23 @@ TEST(LosslessPrecisions, MeetEveryHeader) {
     });
 }
 
-/// The rendered image of a file, its pixels in rows from the bottom.
-struct Picture {
-    CSize size;
-    int pixelSize = 0;
-    Bytes pixels;
-};
-
-Picture Render(const CString& path, int rotation, bool isFlipped, bool isInverse) {
+RenderedResult Render(const CString& path, int rotation, bool isFlipped, bool isInverse) {
     CDcmApp app;
     CXDIPP viewer;
-    Picture picture;
     EXPECT_EQ(viewer.Initialize(&app, path, {20, 12}, 0), QVM_SUCCESS);
     viewer.UpdateZoom_ABS(4.0);
     viewer.UpdateRotate_ABS(rotation);
     if (isFlipped) viewer.UpdateHFlip_Toggle();
     if (isInverse) viewer.Inverse();
     EXPECT_EQ(viewer.Render(), QVM_SUCCESS);
-    EXPECT_EQ(viewer.GetResultImageInfo(picture.size, picture.pixelSize), QVM_SUCCESS);
-    picture.pixels.resize(
-        static_cast<std::size_t>(picture.size.cx * picture.size.cy * picture.pixelSize));
-    unsigned char* destination = picture.pixels.data();
-    viewer.GetResultImage(destination, static_cast<int>(picture.pixels.size()));
-    return picture;
+    return ResultOf(viewer);
 }
 
-Bytes Reversed(const Picture& picture) {
+Bytes Reversed(const RenderedResult& picture) {
     Bytes reversed;
     const auto step = static_cast<std::size_t>(picture.pixelSize);
-    for (std::size_t at = picture.pixels.size(); at != 0; at -= step)
-        for (std::size_t s = 0; s < step; ++s) reversed.push_back(picture.pixels[at - step + s]);
+    for (std::size_t at = picture.bytes.size(); at != 0; at -= step)
+        for (std::size_t s = 0; s < step; ++s) reversed.push_back(picture.bytes[at - step + s]);
     return reversed;
 }
 
@@ -166,10 +153,10 @@ TEST(LosslessPrecisions, MeetEveryViewOption) {
             for (const bool isFlipped : {false, true}) {
                 for (const bool isInverse : {false, true}) {
                     const auto shown = Render(file.Path(), rotation, isFlipped, isInverse);
-                    EXPECT_EQ(shown.pixels,
-                              Render(native.Path(), rotation, isFlipped, isInverse).pixels);
+                    EXPECT_EQ(shown.bytes,
+                              Render(native.Path(), rotation, isFlipped, isInverse).bytes);
                     const auto turned = Render(file.Path(), rotation + 180, isFlipped, isInverse);
-                    EXPECT_EQ(turned.pixels, Reversed(shown)) << rotation;
+                    EXPECT_EQ(turned.bytes, Reversed(shown)) << rotation;
                 }
             }
         }

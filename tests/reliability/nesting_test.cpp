@@ -1,9 +1,9 @@
 // Sequences nested without end: nothing recurses deeper than the limit.
 #include "foundation/types/limits.h"
-#include "quorvex/CxDcmParser.h"
-#include "tests/reliability/every_way.h"
 #include "tests/reliability/hostile_image.h"
 #include "tests/reliability/measured_child.h"
+#include "tests/support/every_route.h"
+#include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -79,12 +79,12 @@ TEST(Nesting, TheDeepestLevelIsReadCopiedWrittenAndTheNextRefused) {
             if (!isTaken) continue;
             CDcmObject again = object;
             again.SetValue(0x00100020, "copy");
-            const auto path = ScratchPath("nested");
+            const ScratchFolder folder;
+            const CString path = folder.Path("nested");
             ASSERT_EQ(again.WriteFile(path), kDcmSuccess);
             CDcmObject read;
             read.Open(path);
             EXPECT_EQ(read.ReadFile(nullptr, nullptr, nullptr), kDcmSuccess);
-            std::remove(path.c_str());
         }
     }
 }

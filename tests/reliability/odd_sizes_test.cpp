@@ -1,6 +1,6 @@
 // Subsampled chroma and odd sizes: every picture of 1 to 17 pixels a side, with every subsampling.
 #include "tests/reliability/coded_frames.h"
-#include "tests/reliability/everything.h"
+#include "tests/support/every_route.h"
 
 // The library's header wants the standard's first.
 #include <cstdio>

@@ -1,7 +1,7 @@
 // Old memory shown in the picture: what a cut or damaged frame does not give is filled the same way
 // every time, whatever lay in the memory before.
 #include "tests/reliability/coded_frames.h"
-#include "tests/reliability/everything.h"
+#include "tests/support/every_route.h"
 
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -21,28 +21,6 @@ void SoilMemory(unsigned char byte) {
             std::fill_n(blocks.back().get(), size, byte);
         }
     }
-}
-
-struct Blind {
-    int code;
-    unsigned facts[5];
-    Bytes bytes;
-    bool operator==(const Blind&) const = default;
-};
-
-/// Of what a failure leaves in the block, as much as it says.
-Blind DecodeBlindly(const Bytes& stream, decltype(&CxImageProcessor::DecompressBlindJPEGData) how) {
-    Bytes source = stream;
-    unsigned char* result = nullptr;
-    unsigned long size = 0;
-    unsigned short width = 0, height = 0, samples = 0, bits = 0, pixelBytes = 0;
-    CxImageProcessor processor;
-    const auto code = (processor.*how)(source.data(), source.size(), result, size, width, height,
-                                       samples, bits, pixelBytes);
-    const std::unique_ptr<unsigned char[]> owner(result);
-    return {code,
-            {width, height, samples, bits, pixelBytes},
-            result == nullptr ? Bytes() : Bytes(result, result + size)};
 }
 
 /// Runs twice in memory that was soiled differently.
@@ -86,9 +64,12 @@ TEST(OldMemory, NeverShowsInADamagedFrame) {
                                          std::to_string(frame.size()) + " bytes";
                 const Bytes file = FileOf(coding, form, cut);
                 ExpectSameTwice(what, [&] { return AskEverything(file); });
-                for (const auto how : {&CxImageProcessor::DecompressBlindJPEGData,
-                                       &CxImageProcessor::DecompressBlindJP2KData})
-                    ExpectSameTwice(what, [&] { return DecodeBlindly(cut, how); });
+                for (const auto decoder : kBlindDecoders) {
+                    ExpectSameTwice(what, [&] {
+                        Bytes source = cut;
+                        return BlindlyDecoded(decoder, source);
+                    });
+                }
             }
         }
     }

@@ -1,7 +1,8 @@
-// Encoders: what goes in comes out, for every coder, every size from 1 to 17 and every kind of sample.
+// Encoders: what goes in comes out, for every coder, size from 1 to 17 and kind of sample.
 #include "tests/reliability/coded_frames.h"
-#include "tests/reliability/everything.h"
 #include "tests/reliability/guarded_bytes.h"
+#include "tests/support/every_route.h"
+#include "tests/support/temporary_file.h"
 
 #include <gtest/gtest.h>
 #include <string>

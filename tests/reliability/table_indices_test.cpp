@@ -1,17 +1,14 @@
 // A look-up table or palette indexed unchecked: every value that a pixel can hold meets tables that
 // are short, shifted, empty, or described wrongly.
-#include "quorvex/CXDIPP.h"
-#include "quorvex/CXWindowing.h"
-#include "quorvex/CxDcmParser.h"
 #include "quorvex/CxPaletteLUT.h"
 #include "tests/pipeline/test_objects.h"
 #include "tests/presentation/presentation_objects.h"
 #include "tests/reliability/guarded_bytes.h"
+#include "tests/support/answers.h"
 
 #include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
-#include <memory>
 #include <numeric>
 #include <set>
 #include <string>
@@ -130,50 +127,33 @@ TEST(TableIndices, APaletteTableTakesItsNearestEnd) {
     }
 }
 
-struct ColouredImage {
-    QUORVEX_MESSAGE code = QVM_SUCCESS;
-    std::unique_ptr<unsigned char[]> rgb;
-    unsigned long size = 0;
-};
-
 /// Every way that colours an image by its object's palettes.
-std::vector<ColouredImage> Colourings(CDcmObject& object, int bits) {
+std::vector<Answered> Colourings(CDcmObject& object, int bits) {
     CDcmApp app;
     CxDcmParser parser;
     parser.Initialize(&app, &object, nullptr, 0, 0);
-    unsigned char* frame = nullptr;
-    unsigned long size = 0;
-    EXPECT_EQ(parser.GetAFrame(0, frame, size, 0), QVM_SUCCESS);
-    const std::unique_ptr<unsigned char[]> owner(frame);
-    const GuardedBytes pixels(std::span<const unsigned char>(frame, size));
+    const Answered frame = FrameOf(parser);
+    EXPECT_EQ(frame.code, QVM_SUCCESS);
+    const GuardedBytes pixels(frame.bytes);
     const auto side = static_cast<unsigned short>(bits == 8 ? 16 : 256);
-
-    std::vector<ColouredImage> images(4);
-    CXDIPP viewer;
-    auto take = [](ColouredImage& image, auto colour) {
+    const CXDIPP viewer;
+    const auto take = [](auto colour) {
         unsigned char* rgb = nullptr;
-        image.code = colour(rgb, image.size);
-        image.rgb.reset(rgb);
+        unsigned long size = 0;
+        const auto code = colour(rgb, size);
+        return Answered::Take(code, rgb, size);
     };
-    take(images[0], [&](unsigned char*& rgb, unsigned long& length) {
-        auto depth = static_cast<unsigned short>(bits);
-        unsigned short samples = 1;
-        CString photometric("PALETTE COLOR");
-        length = std::size_t{side} * side * 3;
-        return parser.GetRGBBufferFromPaletteImage(pixels.Data(), side, side, depth, samples,
-                                                   photometric, rgb, 0);
-    });
-    take(images[1], [&](unsigned char*& rgb, unsigned long& length) {
-        unsigned short padded = 0;
-        return viewer.MakePaletteColorImage(&object, pixels.Data(), rgb, length, padded);
-    });
-    take(images[2], [&](unsigned char*& rgb, unsigned long& length) {
-        return viewer.MakeSPCOverlay(&object, pixels.Data(), rgb, length);
-    });
-    take(images[3], [&](unsigned char*& rgb, unsigned long& length) {
-        return viewer.MakeSPCOverlayForMPR(&object, pixels.Data(), side, side, rgb, length);
-    });
-    return images;
+    return {ColouredOf(parser, pixels.Data(), side, side, static_cast<unsigned short>(bits)),
+            take([&](unsigned char*& rgb, unsigned long& size) {
+                unsigned short padded = 0;
+                return viewer.MakePaletteColorImage(&object, pixels.Data(), rgb, size, padded);
+            }),
+            take([&](unsigned char*& rgb, unsigned long& size) {
+                return viewer.MakeSPCOverlay(&object, pixels.Data(), rgb, size);
+            }),
+            take([&](unsigned char*& rgb, unsigned long& size) {
+                return viewer.MakeSPCOverlayForMPR(&object, pixels.Data(), side, side, rgb, size);
+            })};
 }
 
 int FirstOf(const Table& table, int representation) {
@@ -181,12 +161,12 @@ int FirstOf(const Table& table, int representation) {
     return representation == 1 ? static_cast<std::int16_t>(word) : word;
 }
 
-std::span<const unsigned char> ColourAt(const ColouredImage& image, std::size_t pixel) {
-    return {&image.rgb[3 * pixel], 3};
+std::span<const unsigned char> ColourAt(const Answered& image, std::size_t pixel) {
+    return {&image.bytes[3 * pixel], 3};
 }
 
 /// Unsigned pixels outside the table have the colour of its nearest end.
-void ExpectEnds(const ColouredImage& image, const Table& table, int pixels) {
+void ExpectEnds(const Answered& image, const Table& table, int pixels) {
     const int count = table.count == 0 ? 65536 : table.count;
     const int first = FirstOf(table, 0);
     for (int value = 0; value < pixels; ++value) {
@@ -199,7 +179,7 @@ void ExpectEnds(const ColouredImage& image, const Table& table, int pixels) {
 }
 
 /// The supplemental palette colours nothing below its first value; words count as signed.
-void ExpectNothingBelow(const ColouredImage& image, int first) {
+void ExpectNothingBelow(const Answered& image, int first) {
     constexpr std::array<unsigned char, 3> kBlack{};
     for (std::size_t p = 0; p < 65536; ++p) {
         if (static_cast<std::int16_t>(p) >= first) continue;
@@ -219,9 +199,7 @@ TEST(TableIndices, EveryRouteColoursEveryValue) {
                 const auto images = Colourings(object, bits);
                 EXPECT_EQ(images[0].code == QVM_SUCCESS, images[1].code == QVM_SUCCESS);
                 if (images[0].code != QVM_SUCCESS) continue;
-                ASSERT_TRUE(std::equal(images[0].rgb.get(), images[0].rgb.get() + images[0].size,
-                                       images[1].rgb.get()))
-                    << table.Text();
+                ASSERT_TRUE(images[0].bytes == images[1].bytes) << table.Text();
                 if (representation == 0) ExpectEnds(images[0], table, bits == 8 ? 256 : 65536);
                 if (images[2].code == QVM_SUCCESS && bits == 16)
                     ExpectNothingBelow(images[2], FirstOf(table, representation));
@@ -248,9 +226,8 @@ std::vector<unsigned char> Displayed(CDcmObject& object, CSize size) {
     if (viewer.Initialize(&app, &object, size, 0) != QVM_SUCCESS) return {};
     EXPECT_EQ(viewer.UpdateZoom_ABS(1.0), QVM_SUCCESS);
     if (viewer.Render() != QVM_SUCCESS) return {};
-    std::vector<unsigned char> upsideDown(static_cast<std::size_t>(size.cx * size.cy));
-    unsigned char* block = upsideDown.data();
-    viewer.GetResultImage(block, size.cx * size.cy);
+    const Bytes upsideDown = ResultOf(viewer).bytes;
+    EXPECT_EQ(upsideDown.size(), static_cast<std::size_t>(size.cx * size.cy));
     std::vector<unsigned char> image;
     for (auto row = upsideDown.end(); row != upsideDown.begin(); row -= size.cx)
         image.insert(image.end(), row - size.cx, row);

@@ -1,10 +1,9 @@
 // Files that ask for endless work, or for work that grows faster than they do.
 #include "foundation/types/limits.h"
-#include "quorvex/CxDcmParser.h"
-#include "quorvex/CxImageProcessor.h"
-#include "tests/reliability/every_way.h"
 #include "tests/reliability/hostile_image.h"
 #include "tests/reliability/measured_child.h"
+#include "tests/support/every_route.h"
+#include "tests/support/temporary_file.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -22,7 +21,7 @@ std::string Repeated(std::string_view text, std::size_t count) {
 }
 
 DicomBuilder Image() {
-    return HostileImage({.rows = "16", .columns = "16"}, nullptr);
+    return HostileImage({.rows = "16", .columns = "16"});
 }
 
 DicomBuilder& AddPixels(DicomBuilder& file) {
@@ -61,7 +60,7 @@ DicomBuilder ManyValues() {
 }
 
 DicomBuilder EmptyFragments() {
-    auto file = HostileImage({.frames = "300000"}, nullptr);
+    auto file = HostileImage({.frames = "300000"});
     file.Header(0x7FE00010, "OB", 0xFFFFFFFF);
     for (int i = 0; i < 300'000; ++i) file.Item(0);
     file.EndSequence();
@@ -70,7 +69,7 @@ DicomBuilder EmptyFragments() {
 
 /// Every side crosses every one of 8,192 rows.
 DicomBuilder Polygon(std::size_t sides) {
-    auto file = HostileImage({.rows = "8192", .columns = "64", .bits = "8"}, nullptr);
+    auto file = HostileImage({.rows = "8192", .columns = "64", .bits = "8"});
     file.Add(0x00181600, "CS", "POLYGONAL ");
     const std::string zigzag = Repeated("1\\1\\8192\\64\\", sides / 2);
     file.Header(0x00181620, "UN", static_cast<std::uint32_t>(zigzag.size())).Raw(zigzag);
@@ -170,12 +169,8 @@ TEST(Work, ScansOfAJpegStreamAreCounted) {
         param.rows = param.columns = 4096;
         param.samplesPerPixel = 1;
         param.bitsAllocated = 8;
-        unsigned char* frame = nullptr;
-        unsigned long size = 0;
         ForgetLimit();
-        (void)CxImageProcessor().DecompressFrameData(&param, source.data(), source.size(), frame,
-                                                     size, 0);
-        delete[] frame;
+        (void)DecodedOf(param, source);
         if (LatestLimit() != Limit::kMostScans) std::abort();
     });
     EXPECT_TRUE(cost.hasEnded) << cost;
@@ -186,18 +181,13 @@ TEST(Work, ScansOfAJpegStreamAreCounted) {
 TEST(Work, AFrameCostsNoMoreThanItsFileIsLong) {
     constexpr int kFrames = 300'000;
     const ImageClaim claim{.rows = "4", .columns = "4", .bits = "8", .frames = "300000"};
-    for (const char* syntax : {kRle, kExplicitLittle}) {
-        const TemporaryImage file(HostileImage(claim, syntax, kFrames));
+    for (const auto syntax : {kRleUid, kExplicitUid}) {
+        const TemporaryFile file(HostileImage(claim, syntax, kFrames).Bytes());
         const Cost cost = CostOf([&] {
             CDcmApp app;
             CxDcmParser parser;
             (void)parser.Initialize(&app, file.Path(), 0);
-            for (int i = kFrames - 50; i < kFrames; ++i) {
-                unsigned char* data = nullptr;
-                unsigned long size = 0;
-                (void)parser.GetAFrame(i, data, size, 0);
-                delete[] data;
-            }
+            for (int i = kFrames - 50; i < kFrames; ++i) (void)FrameOf(parser, i);
         });
         EXPECT_TRUE(cost.hasEnded) << cost;
         EXPECT_LT(cost.seconds, 2.0 * kSlowness) << syntax << ": " << cost;

@@ -1,8 +1,8 @@
 // Every attribute that the code reads, in a representation that its tag does not promise.
 #include "foundation/dicom/model/dictionary.h"
-#include "tests/reliability/every_way.h"
 #include "tests/reliability/measured_child.h"
 #include "tests/support/dicom_builder.h"
+#include "tests/support/every_route.h"
 #include "tests/support/named_tags.h"
 
 #include <algorithm>
