@@ -370,7 +370,7 @@ void CallValues() {
     });
     Try("CPtrArray",
         [&] { return ForInts([&](int n) { return CPtrArray().GetAt(n) == nullptr; }); });
-    Try("names of results, blocks of nobody", [&] {
+    Try("names of unknown results, null blocks", [&] {
         ReleasePages(nullptr);
         SetDebugOutput(nullptr, nullptr);
         return ResultName(static_cast<QUORVEX_MESSAGE>(-7)) != nullptr &&

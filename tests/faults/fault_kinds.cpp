@@ -1,14 +1,13 @@
 #include "tests/faults/fault_kinds.h"
 
-#include "quorvex/CXGSPSObject.h"
-#include "quorvex/CxDcmMaker.h"
-#include "tests/codec/rle_frames.h"
+#include "quorvex/Tags.h"
 #include "tests/maker/maker_objects.h"
 #include "tests/pipeline/overlay_objects.h"
 #include "tests/presentation/presentation_objects.h"
-#include "tests/tools/run_command.h"
+#include "tests/reliability/coded_frames.h"
+#include "tests/support/answers.h"
+#include "tests/support/scratch_folder.h"
 
-#include <fstream>
 #include <stdexcept>
 
 namespace quorvex::test {
@@ -90,35 +89,19 @@ CDcmObject WithTables() {
     return object;
 }
 
-CDcmObject Rle(const CDcmObject& native, std::size_t bytesPerSample, std::size_t samples) {
+CDcmObject Rle(const CDcmObject& native, unsigned samples, unsigned bits) {
     CDcmObject object = native;
-    const auto frame = StoredFrames(native).front();
-    std::mt19937 random(3);
-    std::vector<Bytes> segments;
-    for (std::size_t sample = 0; sample < samples; ++sample) {
-        for (std::size_t byte = bytesPerSample; byte-- > 0;) {
-            Bytes plane;
-            for (std::size_t p = 0; p < kPixels; ++p)
-                plane.push_back(frame[(p * samples + sample) * bytesPerSample + byte]);
-            segments.push_back(EncodeSegment(plane, random));
-        }
-    }
-    Bytes coded = JoinSegments(segments);
+    const FrameForm form{36, 20, samples, bits};
+    Bytes coded = CodeRle(form, StoredFrames(native).front());
     const unsigned long length = coded.size();
     unsigned char* data = coded.data();
     object.SetTransferSyntax(kRle);
-    object.SetValueEx(0x7FE00010, 1, &length, &data);
+    object.SetValueEx(tag::kPixelData, 1, &length, &data);
     return object;
 }
 
 CDcmObject Converted(CDcmObject object, QUORVEX_XFERSYNTAX to) {
-    CDcmApp app;
-    CxDcmMaker maker;
-    maker.SetQuality(to == kXferJpeg2000 ? 4 : 80);
-    _USER_SETTING_INFO settings;
-    settings.compressionType = static_cast<std::int32_t>(to);
-    if (maker.MakeDcmObject(&app, &object, &settings) != QVM_SUCCESS ||
-        maker.GetOutcome() != QVM_SUCCESS)
+    if (ConvertTo(to, object, to == kXferJpeg2000 ? 4 : 80).Code() != QVM_SUCCESS)
         throw std::runtime_error("no such kind");
     return object;
 }
@@ -195,8 +178,8 @@ public:
         Add("native CT", Grey());
         Add("colour", Colour());
         Add("palette", Palette());
-        Add("RLE", Rle(Grey(), 2, 1));
-        Add("RLE colour", Rle(Colour(), 1, 3));
+        Add("RLE", Rle(Grey(), 1, 16));
+        Add("RLE colour", Rle(Colour(), 3, 8));
         Add("JPEG baseline", Converted(Colour(), kXferJpegBaseline));
         Add("JPEG 12 bits", Converted(Grey(), kXferJpegExtended));
         Add("JPEG lossless", Converted(Grey(), kXferJpegLossless));
@@ -229,9 +212,7 @@ private:
         const std::size_t meta = 132 + 12 + (kind.bytes[140] | kind.bytes[141] << 8);
         kind.bytes.erase(kind.bytes.begin(),
                          kind.bytes.begin() + static_cast<std::ptrdiff_t>(meta));
-        std::ofstream(kind.path, std::ios::binary)
-            .write(reinterpret_cast<const char*>(kind.bytes.data()),
-                   static_cast<std::streamsize>(kind.bytes.size()));
+        folder_.Write(name, kind.bytes);
     }
 
     ScratchFolder folder_;

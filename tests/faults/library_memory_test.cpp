@@ -1,5 +1,5 @@
 // What becomes of a process when a frail library itself runs out of memory: each try in a process
-// of its own. Deaths are the library's and are counted; whoever lives must have told the truth.
+// of its own. Deaths are the library's and are counted; a process that lives must have answered right.
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CxDcmParser.h"
 #include "tests/faults/failing_memory.h"
@@ -93,12 +93,12 @@ void TryAll(const char* what, const std::function<Task()>& make) {
                 ends[kDone], ends[kDied]);
 }
 
-TEST(LibraryMemory, OpenJpegTellsTheTruthOrDies) {
+TEST(LibraryMemory, OpenJpegAnswersRightOrDies) {
     TryAll("JPEG 2000", [] { return Fetching("JPEG 2000"); });
     TryAll("JPEG 2000 lossless", [] { return Fetching("JPEG 2000 lossless"); });
 }
 
-TEST(LibraryMemory, CairoTellsTheTruthOrDies) {
+TEST(LibraryMemory, CairoAnswersRightOrDies) {
     TryAll("annotations", Drawing);
 }
 

@@ -84,7 +84,7 @@ TEST(ForeignHeaders, OtherComponentCountsAreRefused) {
     }
 }
 
-/// The header that told a reader of two-sample objects to fill three (12-bit colour among them).
+/// A reader of two-sample objects must not fill three samples (12-bit colour among them).
 TEST(ForeignHeaders, TwelveBitColourNeedsAColourObject) {
     const FrameForm colour{.samples = 3, .bits = 12};
     const Coding& extended = kCodings[3];

@@ -17,12 +17,12 @@ std::string BigEndian(std::uint32_t value) {
     return bytes;
 }
 
-std::string Chunk(const std::string& type, const std::string& data, std::uint32_t spoilt = 0) {
+std::string Chunk(const std::string& type, const std::string& data, std::uint32_t wrongBits = 0) {
     const std::string content = type + data;
     const auto* bytes = static_cast<const Bytef*>(static_cast<const void*>(content.data()));
     const auto sum = crc32(0, bytes, static_cast<uInt>(content.size()));
     return BigEndian(static_cast<std::uint32_t>(data.size())) + content +
-           BigEndian(static_cast<std::uint32_t>(sum) ^ spoilt);
+           BigEndian(static_cast<std::uint32_t>(sum) ^ wrongBits);
 }
 
 std::string Deflated(const std::string& raw) {
@@ -53,19 +53,19 @@ std::string RowsOf(const Form& form, std::uint32_t x0, std::uint32_t y0, std::ui
     for (std::uint32_t y = y0; x0 < form.width && y < form.height; y += dy) {
         rows += '\0';
         unsigned bits = 0;
-        int held = 0;
+        int count = 0;
         for (std::uint32_t x = x0; x < form.width; x += dx) {
             for (int s = 0; s < form.Channels() * std::max(form.depth / 8, 1); ++s) {
                 const int depth = std::min(form.depth, 8);
                 const unsigned value = (y * 37 + x * 11 + static_cast<unsigned>(s) * 5) % 251;
                 bits = bits << depth | (value & ((1U << depth) - 1));
-                held += depth;
-                if (held < 8) continue;
+                count += depth;
+                if (count < 8) continue;
                 rows += static_cast<char>(bits);
-                held = 0;
+                count = 0;
             }
         }
-        if (held > 0) rows += static_cast<char>(bits << (8 - held));
+        if (count > 0) rows += static_cast<char>(bits << (8 - count));
     }
     return rows;
 }
@@ -81,11 +81,11 @@ std::string RawOf(const Form& form) {
 
 const std::string kSignature = "\x89PNG\r\n\x1A\n";
 
-std::string HeaderOf(const Form& form, std::uint32_t spoilt = 0) {
+std::string HeaderOf(const Form& form, std::uint32_t wrongBits = 0) {
     std::string facts = BigEndian(form.width) + BigEndian(form.height);
     for (const int fact : {form.depth, form.colour, 0, 0, form.interlace})
         facts += static_cast<char>(fact);
-    return kSignature + Chunk("IHDR", facts, spoilt);
+    return kSignature + Chunk("IHDR", facts, wrongBits);
 }
 
 std::string Palette(std::size_t entries) {

@@ -4,7 +4,7 @@
 usage: compare_with_dcmj2pnm.py QUORVEX FILE... [--limit LEVELS] [--verbose]
 
 Both draw frame 0 at the image's own size through one window: the file's own, or the range of its
-values. Only native grey files with square pixels count; the others are passed over. A picture is
+values. Only native grey files with square pixels count; the others are skipped. A picture is
 right when the mean difference is below the limit (2 grey levels).
 """
 import argparse
@@ -39,7 +39,7 @@ def main():
             wrong += 1
         if options.verbose or (difference is not None and difference >= options.limit):
             print(f'{os.path.basename(path)}: {why}')
-    print(f'{right} pictures alike, {wrong} different, {passed} files passed over')
+    print(f'{right} pictures alike, {wrong} different, {passed} files skipped')
     return 0 if right and not wrong else 1
 
 
