@@ -1,5 +1,5 @@
 // What becomes of a process when a frail library itself runs out of memory: each try in a process
-// of its own. Deaths are the library's and are counted; a process that lives must have answered right.
+// of its own. Deaths are the library's and are counted; a process that lives must answer right.
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CxDcmParser.h"
 #include "tests/faults/failing_memory.h"

@@ -13,8 +13,8 @@ namespace quorvex::test {
 std::vector<Answered> AskEverything(const Bytes& file);
 
 /// A file that may do anything but harm: both ways of reading, frames, thumbnails, display with
-/// overlays, shutter and annotations, changes of window and view, a copy that is changed, written and
-/// read again, conversions, the skeleton of a new object.
+/// overlays, shutter and annotations, changes of window and view, a copy that is changed, written
+/// and read again, conversions, the skeleton of a new object.
 void ThroughEverything(const Bytes& file);
 
 /// As a presentation state over an image of 16 x 16 pixels, drawn with all that it has; and as the
