@@ -27,7 +27,7 @@ OPTIONS = {"file_fuzz": bytes([7] * 48), "object_fuzz": bytes([7] * 40), "stream
            "convert_fuzz": bytes([2] * 2)}
 STATE_OPTIONS = bytes([7] * 40)
 STATE = "1.2.840.10008.5.1.4.1.1.11.1"
-# As fuzz/coded_frame.h and the targets list them: the place of a word in its list is its byte.
+# As fuzz/codec.h and the targets list them: the place of a word in its list is its byte.
 PHOTOMETRICS = ["MONOCHROME2", "RGB", "YBR_FULL", "YBR_FULL_422", "PALETTE COLOR", "YBR_RCT",
                 "YBR_PARTIAL_422"]
 JPEG = ["1.2.840.10008.1.2.4.50", "1.2.840.10008.1.2.4.51", "1.2.840.10008.1.2.4.57",
