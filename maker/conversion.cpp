@@ -53,7 +53,7 @@ private:
 /// Whether a fetch converts colour by its photometric text: a text that the conversion does not
 /// know leaves the frame black.
 bool GoesByPhotometric(TRANSFER_SYNTAX syntax) {
-    return DecoderOf(syntax) == FrameDecoder::kNative || DecoderOf(syntax) == FrameDecoder::kRle;
+    return CodingOf(syntax) == FrameCoding::kNative || CodingOf(syntax) == FrameCoding::kRle;
 }
 
 bool IsColourReadable(const _DCM_PIXEL_INFO& format, TRANSFER_SYNTAX syntax) {

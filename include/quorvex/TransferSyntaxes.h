@@ -43,12 +43,12 @@ enum QUORVEX_XFERSYNTAX : std::uint32_t {
     kXferJpeg2000Lossless = 9,
 };
 
-/// What gives the plain pixels of a stored frame.
-enum class FrameDecoder : std::uint8_t {
-    kNone,    ///< nothing here: such frames are refused
-    kNative,  ///< stored uncoded
+/// How frames are stored, and with that what decodes them here.
+enum class FrameCoding : std::uint8_t {
+    kNone,    ///< a coding without a decoder: such frames are refused
+    kNative,  ///< uncoded
     kRle,
-    kJpeg,  ///< the process is told by the stream
+    kJpeg,  ///< the stream says which process
     kJpeg2000,
 };
 
@@ -62,7 +62,7 @@ struct TransferSyntax {
     bool isDeflated = false;  ///< the data set, not its frames
     bool isEncapsulated = false;
     bool isLossy = false;  ///< its frames may have lost something
-    FrameDecoder decoder = FrameDecoder::kNone;
+    FrameCoding coding = FrameCoding::kNone;
     QUORVEX_XFERSYNTAX form{};     ///< the output format that it is one of; 0 for none
     bool isWritten = false;        ///< the coder of `form` writes this one
     std::string_view convertName;  ///< its name as a target of `quorvex convert`; empty for none

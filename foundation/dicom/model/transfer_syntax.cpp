@@ -20,7 +20,7 @@ enum Trait : unsigned {
 
 /// A syntax with a name to convert to is the one that the coder of its form writes.
 constexpr TransferSyntax Row(std::string_view uid, std::string_view name, TRANSFER_SYNTAX number,
-                             unsigned traits, FrameDecoder decoder = FrameDecoder::kNone,
+                             unsigned traits, FrameCoding coding = FrameCoding::kNone,
                              QUORVEX_XFERSYNTAX form = {}, std::string_view convertName = {}) {
     return {.uid = uid,
             .name = name,
@@ -30,7 +30,7 @@ constexpr TransferSyntax Row(std::string_view uid, std::string_view name, TRANSF
             .isDeflated = (traits & kDeflated) != 0,
             .isEncapsulated = (traits & kEncapsulated) != 0,
             .isLossy = (traits & kLossy) != 0,
-            .decoder = decoder,
+            .coding = coding,
             .form = form,
             .isWritten = !convertName.empty(),
             .convertName = convertName};
@@ -38,20 +38,20 @@ constexpr TransferSyntax Row(std::string_view uid, std::string_view name, TRANSF
 
 constexpr std::array kSyntaxes = {
     Row("1.2.840.10008.1.2", "Implicit VR Little Endian", kImplicitLittleEndian, kImplicit,
-        FrameDecoder::kNative, kXferUncompressedImplicit, "implicit"),
+        FrameCoding::kNative, kXferUncompressedImplicit, "implicit"),
     Row("1.2.840.10008.1.2.1", "Explicit VR Little Endian", kExplicitLittleEndian, 0,
-        FrameDecoder::kNative, kXferUncompressedExplicit, "explicit"),
+        FrameCoding::kNative, kXferUncompressedExplicit, "explicit"),
     Row("1.2.840.10008.1.2.2", "Explicit VR Big Endian", kExplicitBigEndian, kBigEndian,
-        FrameDecoder::kNative),
+        FrameCoding::kNative),
     Row("", "Implicit VR Big Endian", kImplicitBigEndian, kImplicit | kBigEndian,
-        FrameDecoder::kNative),
+        FrameCoding::kNative),
     Row("1.2.840.10008.1.2.1.99", "Deflated Explicit VR Little Endian",
-        kDeflatedExplicitLittleEndian, kDeflated, FrameDecoder::kNative),
-    Row("1.2.840.10008.1.2.5", "RLE Lossless", kRle, kEncapsulated, FrameDecoder::kRle, kXferRle),
+        kDeflatedExplicitLittleEndian, kDeflated, FrameCoding::kNative),
+    Row("1.2.840.10008.1.2.5", "RLE Lossless", kRle, kEncapsulated, FrameCoding::kRle, kXferRle),
     Row("1.2.840.10008.1.2.4.50", "JPEG Baseline (Process 1)", kJpegBaseline,
-        kEncapsulated | kLossy, FrameDecoder::kJpeg, kXferJpegBaseline, "jpeg"),
+        kEncapsulated | kLossy, FrameCoding::kJpeg, kXferJpegBaseline, "jpeg"),
     Row("1.2.840.10008.1.2.4.51", "JPEG Extended (Process 2 and 4)", kJpegExtended,
-        kEncapsulated | kLossy, FrameDecoder::kJpeg, kXferJpegExtended, "jpeg12"),
+        kEncapsulated | kLossy, FrameCoding::kJpeg, kXferJpegExtended, "jpeg12"),
     Row("1.2.840.10008.1.2.4.52", "JPEG Extended (Process 3 and 5)", Numbered(108),
         kEncapsulated | kLossy),
     Row("1.2.840.10008.1.2.4.53", "JPEG Spectral Selection, Non-Hierarchical (Process 6 and 8)",
@@ -63,7 +63,7 @@ constexpr std::array kSyntaxes = {
     Row("1.2.840.10008.1.2.4.56", "JPEG Full Progression, Non-Hierarchical (Process 11 and 13)",
         Numbered(112), kEncapsulated | kLossy),
     Row("1.2.840.10008.1.2.4.57", "JPEG Lossless (Process 14)", kJpegLossless, kEncapsulated,
-        FrameDecoder::kJpeg, kXferJpegLossless),
+        FrameCoding::kJpeg, kXferJpegLossless),
     Row("1.2.840.10008.1.2.4.58", "JPEG Lossless (Process 15)", Numbered(114), kEncapsulated),
     Row("1.2.840.10008.1.2.4.59", "JPEG Extended, Hierarchical (Process 16 and 18)", Numbered(115),
         kEncapsulated | kLossy),
@@ -82,15 +82,15 @@ constexpr std::array kSyntaxes = {
     Row("1.2.840.10008.1.2.4.66", "JPEG Lossless, Hierarchical (Process 29)", Numbered(122),
         kEncapsulated),
     Row("1.2.840.10008.1.2.4.70", "JPEG Lossless (Process 14, Selection Value 1)",
-        kJpegLosslessFirstOrder, kEncapsulated, FrameDecoder::kJpeg, kXferJpegLossless,
+        kJpegLosslessFirstOrder, kEncapsulated, FrameCoding::kJpeg, kXferJpegLossless,
         "jpeg-lossless"),
     Row("1.2.840.10008.1.2.4.80", "JPEG-LS Lossless", kJpegLsLossless, kEncapsulated),
     Row("1.2.840.10008.1.2.4.81", "JPEG-LS Near-Lossless", kJpegLsNearLossless,
         kEncapsulated | kLossy),
     Row("1.2.840.10008.1.2.4.90", "JPEG 2000 Lossless", kJpeg2000Lossless, kEncapsulated,
-        FrameDecoder::kJpeg2000, kXferJpeg2000Lossless, "j2k-lossless"),
+        FrameCoding::kJpeg2000, kXferJpeg2000Lossless, "j2k-lossless"),
     Row("1.2.840.10008.1.2.4.91", "JPEG 2000", kJpeg2000, kEncapsulated | kLossy,
-        FrameDecoder::kJpeg2000, kXferJpeg2000, "j2k"),
+        FrameCoding::kJpeg2000, kXferJpeg2000, "j2k"),
     Row("1.2.840.10008.1.2.1.98", "Encapsulated Uncompressed Explicit VR Little Endian",
         kOtherEncapsulated, kEncapsulated),
     Row("1.2.840.10008.1.2.8.1", "Deflated Image Frame Compression", kOtherEncapsulated,
@@ -175,13 +175,13 @@ const TransferSyntax* TransferSyntaxToConvertTo(std::string_view convertName) no
         [&](const TransferSyntax& syntax) { return syntax.convertName == convertName; });
 }
 
-FrameDecoder DecoderOf(TRANSFER_SYNTAX syntax) noexcept {
+FrameCoding CodingOf(TRANSFER_SYNTAX syntax) noexcept {
     const auto* row = TransferSyntaxOf(syntax);
-    return row == nullptr ? FrameDecoder::kNone : row->decoder;
+    return row == nullptr ? FrameCoding::kNone : row->coding;
 }
 
 bool HasDecoder(TRANSFER_SYNTAX syntax) noexcept {
-    return IsEncapsulated(syntax) && DecoderOf(syntax) != FrameDecoder::kNone;
+    return IsEncapsulated(syntax) && CodingOf(syntax) != FrameCoding::kNone;
 }
 
 bool IsEncapsulated(TRANSFER_SYNTAX syntax) noexcept {

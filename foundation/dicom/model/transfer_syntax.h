@@ -5,8 +5,8 @@
 
 namespace quorvex {
 
-/// What decodes its frames; kNone for a number without a row.
-[[nodiscard]] FrameDecoder DecoderOf(TRANSFER_SYNTAX syntax) noexcept;
+/// How its frames are stored; kNone for a number without a row.
+[[nodiscard]] FrameCoding CodingOf(TRANSFER_SYNTAX syntax) noexcept;
 /// Coded, and with a decoder here.
 [[nodiscard]] bool HasDecoder(TRANSFER_SYNTAX syntax) noexcept;
 [[nodiscard]] bool IsEncapsulated(TRANSFER_SYNTAX syntax) noexcept;
