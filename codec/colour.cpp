@@ -15,18 +15,18 @@ namespace {
 constexpr unsigned kAnyPlanarConfiguration = 2;
 
 struct FormRow {
-    const char* photometric;
+    std::u16string_view photometric;
     unsigned planarConfiguration;
     ColourForm form;
 };
 
 constexpr FormRow kForms[] = {
-    {"YBR_FULL", 1, ColourForm::kFullPlanes},
-    {"YBR_FULL", 0, ColourForm::kFullInterleaved},
-    {"YBR_FULL_422", kAnyPlanarConfiguration, ColourForm::kFull422},
-    {"YBR_PARTIAL_422", kAnyPlanarConfiguration, ColourForm::kPartial422},
-    {"RGB", 1, ColourForm::kRgbPlanes},
-    {"RGB", kAnyPlanarConfiguration, ColourForm::kRgbInterleaved},
+    {u"YBR_FULL", 1, ColourForm::kFullPlanes},
+    {u"YBR_FULL", 0, ColourForm::kFullInterleaved},
+    {u"YBR_FULL_422", kAnyPlanarConfiguration, ColourForm::kFull422},
+    {u"YBR_PARTIAL_422", kAnyPlanarConfiguration, ColourForm::kPartial422},
+    {u"RGB", 1, ColourForm::kRgbPlanes},
+    {u"RGB", kAnyPlanarConfiguration, ColourForm::kRgbInterleaved},
 };
 
 bool IsRgb(ColourForm form) noexcept {
@@ -109,12 +109,12 @@ std::size_t ColourFrame::StoredBytes() const noexcept {
     return RgbBytes();
 }
 
-ColourForm ColourFormOf(const CString& photometric, unsigned planarConfiguration,
-                        std::size_t bytesPerSample) {
+ColourForm ColourFormOf(std::u16string_view photometric, unsigned planarConfiguration,
+                        std::size_t bytesPerSample) noexcept {
     for (const FormRow& row : kForms) {
         const bool isPlanarFitting = row.planarConfiguration == kAnyPlanarConfiguration ||
                                      row.planarConfiguration == planarConfiguration;
-        if (!isPlanarFitting || photometric != CString(row.photometric)) continue;
+        if (!isPlanarFitting || photometric != row.photometric) continue;
         return IsRgb(row.form) || bytesPerSample == 1 ? row.form : ColourForm::kUnknown;
     }
     return ColourForm::kUnknown;
@@ -131,6 +131,13 @@ bool ConvertToRgb(const ColourFrame& frame, std::span<const unsigned char> sourc
         ConvertFirstPart(frame, source, rgb);
     }
     return true;
+}
+
+void ConvertYbrPixels(std::span<unsigned char> pixels) {
+    const HeapBlock stored(pixels.size());
+    std::ranges::copy(pixels, stored.Data());
+    ConvertToRgb({.form = ColourForm::kFullInterleaved, .columns = pixels.size() / 3, .rows = 1},
+                 stored.Bytes(), pixels);
 }
 
 }  // namespace quorvex

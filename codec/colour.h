@@ -1,10 +1,9 @@
 /// Three-sample frames in every stored form, brought to interleaved R, G, B.
 #pragma once
 
-#include "quorvex/Types.h"
-
 #include <cstddef>
 #include <span>
+#include <string_view>
 
 namespace quorvex {
 
@@ -38,13 +37,16 @@ struct ColourFrame {
 
 /// The form that a photometric interpretation (compared exactly) and a planar configuration name.
 /// Y, Cb, Cr are known as bytes only.
-[[nodiscard]] ColourForm ColourFormOf(const CString& photometric, unsigned planarConfiguration,
-                                      std::size_t bytesPerSample);
+[[nodiscard]] ColourForm ColourFormOf(std::u16string_view photometric, unsigned planarConfiguration,
+                                      std::size_t bytesPerSample) noexcept;
 
 /// Converts `source` to `rgb`, which has RgbBytes(); of a source that is too short what there is,
 /// and zeros behind it.
 /// @return false for an unknown form: nothing is written
 bool ConvertToRgb(const ColourFrame& frame, std::span<const unsigned char> source,
                   std::span<unsigned char> rgb);
+
+/// Converts whole pixels of full-range Y, Cb, Cr bytes in place. Throws std::bad_alloc.
+void ConvertYbrPixels(std::span<unsigned char> pixels);
 
 }  // namespace quorvex

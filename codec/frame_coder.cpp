@@ -1,145 +1,127 @@
+#include "codec/frame_coder.h"
+
 #include "codec/jpeg_coding.h"
+#include "foundation/raster/interleave.h"
 #include "foundation/types/answer.h"
-#include "foundation/types/block.h"
-#include "quorvex/CxImageProcessor.h"
-#include "quorvex/DicomObject.h"
 
 #include <algorithm>
-#include <cstring>
-#include <optional>
 
 namespace quorvex {
+
+/// What codes the frames of one form.
+struct FrameCoderRow {
+    QUORVEX_XFERSYNTAX form{};
+    int (FrameCoder::*codeGrey)() = nullptr;
+    int (FrameCoder::*codeColour)() = nullptr;
+    unsigned leastBits = 0;  ///< of Bits Allocated
+    unsigned mostBits = 65535;
+};
+
 namespace {
+
+constexpr FrameCoderRow kCoders[] = {
+    {.form = kXferJpegBaseline,
+     .codeGrey = &FrameCoder::CompressRawData2Jpeg_50_70,
+     .codeColour = &FrameCoder::CompressRawData2Jpeg_50_70,
+     .mostBits = 8},
+    {.form = kXferJpegExtended,
+     .codeGrey = &FrameCoder::CompressRawData2Jpeg_51_70,
+     .codeColour = &FrameCoder::CompressRawData2Jpeg_51_70,
+     .leastBits = 9},
+    {.form = kXferJpegLossless,
+     .codeGrey = &FrameCoder::CompressRawData2Jpeg_51_70,
+     .codeColour = &FrameCoder::CompressRawData2Jpeg_50_70},
+    {.form = kXferJpeg2000,
+     .codeGrey = &FrameCoder::CompressRawData2J2K,
+     .codeColour = &FrameCoder::CompressRawData2J2K},
+    {.form = kXferJpeg2000Lossless,
+     .codeGrey = &FrameCoder::CompressRawData2J2K,
+     .codeColour = &FrameCoder::CompressRawData2J2K},
+};
+
+/// Null for a form that nothing codes.
+const FrameCoderRow* CoderOf(QUORVEX_XFERSYNTAX form) noexcept {
+    const auto* row = std::ranges::find(kCoders, form, &FrameCoderRow::form);
+    return row == std::end(kCoders) ? nullptr : row;
+}
 
 constexpr int kCoded = 1;
 constexpr std::uint32_t kLeastQuality = 1;
 constexpr std::uint32_t kMostQuality = 1000;
 
-bool IsUncompressedSource(std::uint32_t syntax) noexcept {
+bool IsUncompressedSource(TRANSFER_SYNTAX syntax) noexcept {
     return syntax == kImplicitLittleEndian || syntax == kExplicitLittleEndian ||
            syntax == kExplicitBigEndian;
 }
 
-bool HasCoder(std::uint32_t target) noexcept {
-    return target >= kXferJpegBaseline && target <= kXferJpeg2000Lossless;
-}
-
-/// The trimmed copy of the coded data that the caller gets.
-unsigned char* Trimmed(const std::vector<unsigned char>& coded) {
-    HeapBlock block(coded.size());
-    std::ranges::copy(coded, block.Data());
-    return block.Release();
-}
-
 }  // namespace
 
-bool CxImageProcessor::IsGreyPhotometric() const {
-    return photometric.Find("MONOCHROME1") >= 0 || photometric.Find("MONOCHROME2") >= 0 ||
-           photometric.Find("PALETTE") >= 0;
+bool FrameCoder::IsKnownGrey() const noexcept {
+    return frame_.Mentions(u"MONOCHROME1") || frame_.Mentions(u"MONOCHROME2") ||
+           frame_.Mentions(u"PALETTE");
 }
 
-bool CxImageProcessor::IsRgbPhotometric() const {
-    return photometric.CompareNoCase("RGB") == 0;
+bool FrameCoder::IsRgb() const {
+    constexpr std::u16string_view kRgb = u"RGB";
+    return frame_.photometric.size() == kRgb.size() &&
+           CString(frame_.photometric).CompareNoCase(CString(kRgb)) == 0;
 }
 
-bool CxImageProcessor::FitsItsSource(unsigned long sourceLength) const noexcept {
-    const auto frameBytes = FrameBytes(BytesPerSample());
-    return frameBytes && *frameBytes > 0 && *frameBytes <= sourceLength;
+bool FrameCoder::HasWholeSource() const noexcept {
+    const auto frameBytes = frame_.FrameBytes(frame_.BytesPerSample());
+    return frameBytes && *frameBytes > 0 && *frameBytes <= source_.size();
 }
 
-QUORVEX_MESSAGE CxImageProcessor::CheckCompression(const unsigned char* source) const {
-    if (source == nullptr) return QVM_ERROR_NULL_SOURCE;
-    if (!IsUncompressedSource(transferSyntax)) return QVM_ERROR_INVALID_SOURCE_SYNTAX;
-    if (!HasCoder(targetSyntax)) return QVM_ERROR_INVALID_TARGET_SYNTAX;
-    if (!IsGreyPhotometric() && !IsRgbPhotometric()) return QVM_ERROR_INVALID_PHOTOMETRIC;
-    const bool isTooWide = targetSyntax == kXferJpegBaseline && bitsAllocated > 8;
-    const bool isTooNarrow = targetSyntax == kXferJpegExtended && bitsAllocated <= 8;
-    return isTooWide || isTooNarrow ? QVM_ERROR_INVALID_IMAGE_FORMAT : QVM_SUCCESS;
+QUORVEX_MESSAGE FrameCoder::Check(const FrameCoderRow* coder) const {
+    if (source_.data() == nullptr) return QVM_ERROR_NULL_SOURCE;
+    if (!IsUncompressedSource(frame_.transferSyntax)) return QVM_ERROR_INVALID_SOURCE_SYNTAX;
+    if (coder == nullptr) return QVM_ERROR_INVALID_TARGET_SYNTAX;
+    if (!IsKnownGrey() && !IsRgb()) return QVM_ERROR_INVALID_PHOTOMETRIC;
+    const bool areBitsTaken =
+        frame_.bitsAllocated >= coder->leastBits && frame_.bitsAllocated <= coder->mostBits;
+    return areBitsTaken ? QVM_SUCCESS : QVM_ERROR_INVALID_IMAGE_FORMAT;
 }
 
-QUORVEX_MESSAGE CxImageProcessor::CompressFrameData(_IMAGE_PROCESS_PARAM* param,
-                                                    unsigned char* source,
-                                                    unsigned long sourceLength,
-                                                    unsigned char*& result,
-                                                    unsigned long& resultSize) {
-    result = nullptr;
-    resultSize = 0;
-    return Answer(QVM_ERROR_FAILED_TO_COMPRESS, [&] {
-        if (param == nullptr) return QVM_ERROR_NULL_SOURCE;
-        InitializeMembers(param);
-        const QUORVEX_MESSAGE check = CheckCompression(source);
-        if (check != QVM_SUCCESS) return check;
-        quality = std::clamp(quality, kLeastQuality, kMostQuality);
-        if (targetSyntax == kXferJpegLossless) quality = kLeastQuality;
-        if (targetSyntax == kXferJpegExtended) {
-            SetQuantizationFactor(static_cast<float>(quality));
-        } else {
-            SetQualityFactor(static_cast<float>(quality));
-        }
-        std::vector<unsigned char> coded;
-        if (!FitsItsSource(sourceLength) || CompressTo(source, sourceLength, coded) != kCoded ||
-            coded.empty()) {
-            return QVM_ERROR_FAILED_TO_COMPRESS;
-        }
-        result = Trimmed(coded);
-        resultSize = coded.size();
-        return QVM_SUCCESS;
-    });
-}
-
-int CxImageProcessor::CompressTo(unsigned char* source, unsigned long sourceLength,
-                                 std::vector<unsigned char>& coded) {
-    if (targetSyntax == kXferJpeg2000 || targetSyntax == kXferJpeg2000Lossless) {
-        return CompressRawData2J2K(source, sourceLength, coded);
+void FrameCoder::SetQuality() noexcept {
+    frame_.quality = std::clamp(frame_.quality, kLeastQuality, kMostQuality);
+    if (frame_.targetSyntax == kXferJpegLossless) frame_.quality = kLeastQuality;
+    const auto quality = static_cast<float>(frame_.quality);
+    if (frame_.targetSyntax == kXferJpegExtended) {
+        SetQuantizationFactor(quality);
+    } else {
+        SetQualityFactor(quality);
     }
-    const bool isWide = targetSyntax == kXferJpegExtended ||
-                        (targetSyntax == kXferJpegLossless && IsGreyPhotometric());
-    return isWide ? CompressRawData2Jpeg_51_70(source, sourceLength, coded, FrameDataConvertProc)
-                  : CompressRawData2Jpeg_50_70(source, sourceLength, coded, FrameDataConvertProc);
 }
 
-QUORVEX_MESSAGE CxImageProcessor::CompressRawImage2Jp2File(_IMAGE_PROCESS_PARAM* param,
-                                                           unsigned char* source,
-                                                           unsigned long sourceLength,
-                                                           unsigned char*& result,
-                                                           unsigned long& resultSize) {
-    result = nullptr;
-    resultSize = 0;
-    return Answer(QVM_SUCCESS, [&] {
-        if (param == nullptr || source == nullptr) return QVM_SUCCESS;
-        InitializeMembers(param);
-        std::vector<unsigned char> coded;
-        if (CompressRawData2J2K(source, sourceLength, coded) == kCoded && !coded.empty()) {
-            result = Trimmed(coded);
-            resultSize = coded.size();
-        }
-        return QVM_SUCCESS;
-    });
+QUORVEX_MESSAGE FrameCoder::Code() {
+    const FrameCoderRow* coder = CoderOf(frame_.targetSyntax);
+    const QUORVEX_MESSAGE check = Check(coder);
+    if (check != QVM_SUCCESS) return check;
+    if (!HasWholeSource()) return QVM_ERROR_FAILED_TO_COMPRESS;
+    SetQuality();
+    const auto code = IsKnownGrey() ? coder->codeGrey : coder->codeColour;
+    const bool isCoded = (this->*code)() == kCoded && !coded_.empty();
+    return isCoded ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_COMPRESS;
 }
 
-int CxImageProcessor::CompressRLEData(unsigned char* /*source*/, unsigned long /*sourceLength*/,
-                                      unsigned char*& /*result*/,
-                                      unsigned long& /*resultSize*/) noexcept {
+int FrameCoder::CompressRLEData(unsigned char* /*source*/, unsigned long /*sourceLength*/,
+                                unsigned char*& /*result*/,
+                                unsigned long& /*resultSize*/) noexcept {
     return 0;
 }
 
-int CxImageProcessor::Interleave_RGB_Data(unsigned char* data, unsigned long length) const {
-    const std::size_t sampleBytes = BytesPerSample();
-    const std::size_t plane = std::size_t{columns} * rows * sampleBytes;
-    if (data == nullptr || length == 0 || 3 * plane > length) return 0;
-    const std::vector<unsigned char> planes(data, data + 3 * plane);
-    unsigned char* out = data;
-    for (std::size_t place = 0; place < plane; place += sampleBytes) {
-        for (std::size_t sample = 0; sample < 3; ++sample, out += sampleBytes) {
-            std::memcpy(out, planes.data() + sample * plane + place, sampleBytes);
-        }
-    }
+int FrameCoder::Interleave_RGB_Data(unsigned char* data, unsigned long length) const {
+    const std::size_t plane = frame_.Pixels() * frame_.BytesPerSample();
+    if (data == nullptr || length == 0 || kColourSamples * plane > length) return 0;
+    const std::vector<unsigned char> copy(data, data + kColourSamples * plane);
+    const std::array planes{copy.data(), copy.data() + plane, copy.data() + 2 * plane};
+    InterleavePlanes(planes, frame_.Pixels(), frame_.BytesPerSample(), data);
     return 1;
 }
 
 // A coder learns from a 0 that there is no memory for its output.
-int CxImageProcessor::FrameDataConvertProc(void* state, unsigned int /*tag*/, unsigned char* data,
-                                           unsigned long length, CL_CONVERT_ACT action) noexcept {
+int FrameCoder::FrameDataConvertProc(void* state, unsigned int /*tag*/, unsigned char* data,
+                                     unsigned long length, CL_CONVERT_ACT action) noexcept {
     auto& output = *static_cast<CompressOutputState*>(state);
     return Contain(0, [&] {
         if (action == kConvertStart) output.startPosition = output.written;
@@ -152,22 +134,22 @@ int CxImageProcessor::FrameDataConvertProc(void* state, unsigned int /*tag*/, un
     });
 }
 
-void CxImageProcessor::SetQuantizationMatrix(const unsigned short (&matrix)[64]) noexcept {
-    std::ranges::copy(matrix, quantizationTable.begin());
+void FrameCoder::SetQuantizationMatrix(const unsigned short (&matrix)[64]) noexcept {
+    std::ranges::copy(matrix, quantizationTable_.begin());
 }
 
-void CxImageProcessor::SetQuantizationFactor(float factor) noexcept {
+void FrameCoder::SetQuantizationFactor(float factor) noexcept {
     constexpr float kLargestStep = 32767;  // what coders take
     const float used = factor > 0 ? factor : 1;
-    for (std::size_t i = 0; i < quantizationTable.size(); ++i) {
+    for (std::size_t i = 0; i < quantizationTable_.size(); ++i) {
         const float step = static_cast<float>(kDefaultQuantization[i]) * used;
-        quantizationTable[i] = static_cast<std::uint16_t>(std::min(step, kLargestStep));
+        quantizationTable_[i] = static_cast<std::uint16_t>(std::min(step, kLargestStep));
     }
 }
 
-void CxImageProcessor::SetQualityFactor(float factor) noexcept {
-    chromaQuality = static_cast<std::uint32_t>(factor);
-    lumaQuality = static_cast<std::uint8_t>(chromaQuality & 0xFF);
+void FrameCoder::SetQualityFactor(float factor) noexcept {
+    chromaQuality_ = static_cast<std::uint32_t>(factor);
+    lumaQuality_ = static_cast<std::uint8_t>(chromaQuality_ & 0xFF);
 }
 
 }  // namespace quorvex

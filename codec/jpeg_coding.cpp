@@ -1,9 +1,8 @@
 #include "codec/jpeg_coding.h"
 
+#include "codec/frame_coder.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/engines/jpeg/jpeg_engine.h"
-#include "quorvex/CxImageProcessor.h"
-#include "quorvex/DicomObject.h"
 
 #include <algorithm>
 #include <span>
@@ -12,24 +11,18 @@
 namespace quorvex {
 namespace {
 
-using ConvertProcedure = int (*)(void*, unsigned int, unsigned char*, unsigned long,
-                                 CL_CONVERT_ACT);
-
 /// What the engine's write callback works with.
 struct JpegWriteContext {
-    JpegWriteContext(CompressOutputState& state, ConvertProcedure procedure,
-                     CxImageProcessor& owner) noexcept
-        : output(&state), convert(procedure), processor(&owner) {}
+    explicit JpegWriteContext(CompressOutputState& state) noexcept : output(&state) {}
 
-    [[nodiscard]] int Tell(unsigned long length, CL_CONVERT_ACT action) {
-        return convert(output, tag, writeBuffer, length, action) != 0 ? 0 : 1;
+    [[nodiscard]] int Tell(unsigned long length, CL_CONVERT_ACT action) noexcept {
+        constexpr unsigned int kTag = 1;
+        return FrameCoder::FrameDataConvertProc(output, kTag, writeBuffer, length, action) != 0 ? 0
+                                                                                                : 1;
     }
 
     unsigned char writeBuffer[kJpegBufferBytes];
     CompressOutputState* output;
-    unsigned int tag = 1;
-    ConvertProcedure convert;
-    CxImageProcessor* processor;
 };
 
 int WriteJpegOutput(int event, void* user, unsigned char** buffer, std::uint16_t* length) {
@@ -73,70 +66,67 @@ std::uint8_t LosslessPrecision(unsigned bitsAllocated) noexcept {
 
 }  // namespace
 
-/// The samples in the order of the coders: interleaved, and in this machine's byte order. Null where
-/// they cannot be brought to it.
-const unsigned char* CxImageProcessor::SamplesForJpeg(unsigned char* source,
-                                                      unsigned long sourceLength,
-                                                      std::vector<unsigned char>& swapped) const {
-    const bool isColour = IsRgbPhotometric();
-    if (samplesPerPixel != (isColour ? 3 : 1)) return nullptr;
-    if (isColour && planarConfiguration == 1 && Interleave_RGB_Data(source, sourceLength) == 0) {
+/// The samples in the order of the coders: interleaved, and in this machine's byte order. Null
+/// where they cannot be brought to it.
+const unsigned char* FrameCoder::SamplesForJpeg(std::vector<unsigned char>& swapped) {
+    const bool isColour = IsRgb();
+    if (frame_.samplesPerPixel != (isColour ? kColourSamples : 1)) return nullptr;
+    if (isColour && frame_.planarConfiguration == 1 &&
+        Interleave_RGB_Data(source_.data(), source_.size()) == 0) {
         return nullptr;
     }
-    if (!IsBigEndian(SourceSyntax()) || BytesPerSample() == 1) return source;
-    swapped.assign(source, source + FrameBytes(BytesPerSample()).value_or(0));
+    if (!IsBigEndian(frame_.transferSyntax) || frame_.BytesPerSample() == 1) return source_.data();
+    const auto frame = source_.first(frame_.FrameBytes(frame_.BytesPerSample()).value_or(0));
+    swapped.assign(frame.begin(), frame.end());
     SwapByte(swapped.data(), swapped.size());
     return swapped.data();
 }
 
-JpegCodingBlock CxImageProcessor::DescribeJpeg() const noexcept {
-    return {.columns = columns,
-            .rows = rows,
-            .samples = static_cast<std::uint8_t>(samplesPerPixel),
-            .bytesPerSample = static_cast<std::uint8_t>(BytesPerSample())};
+JpegCodingBlock FrameCoder::DescribeJpeg() const noexcept {
+    const bool isLossless = frame_.targetSyntax == kXferJpegLossless;
+    return {.columns = frame_.columns,
+            .rows = frame_.rows,
+            .samples = static_cast<std::uint8_t>(frame_.samplesPerPixel),
+            .bytesPerSample = static_cast<std::uint8_t>(frame_.BytesPerSample()),
+            .process = isLossless ? JpegProcess::kLossless : JpegProcess::kBaseline,
+            .precision = isLossless ? LosslessPrecision(frame_.bitsAllocated) : std::uint8_t{8}};
 }
 
-int CxImageProcessor::CompressRawData2Jpeg_50_70(unsigned char* source, unsigned long sourceLength,
-                                                 std::vector<unsigned char>& coded,
-                                                 ConvertProcedure convert) {
+int FrameCoder::CompressRawData2Jpeg_50_70() {
     constexpr std::uint8_t kLosslessQuality = 25;
-    const bool isLossless = targetSyntax == kXferJpegLossless;
-    if (!isLossless && targetSyntax != kXferJpegBaseline) return 0;
+    const bool isLossless = frame_.targetSyntax == kXferJpegLossless;
     std::vector<unsigned char> swapped;
-    const unsigned char* samples = SamplesForJpeg(source, sourceLength, swapped);
+    const unsigned char* samples = SamplesForJpeg(swapped);
     if (samples == nullptr) return 0;
-    const std::size_t frameBytes = FrameBytes(BytesPerSample()).value_or(0);
-    if (!isLossless && pixelRepresentation == 1 && HasNegativeBytes({samples, frameBytes}))
+    const std::size_t frameBytes = frame_.FrameBytes(frame_.BytesPerSample()).value_or(0);
+    if (!isLossless && frame_.pixelRepresentation == 1 && HasNegativeBytes({samples, frameBytes}))
         return 0;
-    CompressOutputState output{.coded = coded};
-    JpegWriteContext context(output, convert, *this);
+    CompressOutputState output{.coded = coded_};
+    JpegWriteContext context(output);
     JpegCodingBlock coding = DescribeJpeg();
-    coding.process = isLossless ? JpegProcess::kLossless : JpegProcess::kBaseline;
-    coding.precision = isLossless ? LosslessPrecision(bitsAllocated) : std::uint8_t{8};
-    coding.quality = isLossless ? kLosslessQuality : lumaQuality;
-    coding.keepsRgb = keepsRgb;
+    coding.quality = isLossless ? kLosslessQuality : lumaQuality_;
+    coding.keepsRgb = keepsRgb_;
     coding.write = WriteJpegOutput;
     coding.writeContext = &context;
     JpegCompressionHandle handle;
-    return comp_im_buf(handle, coding, samples, rows) == 0 ? 1 : 0;
+    return comp_im_buf(handle, coding, samples, frame_.rows) == 0 ? 1 : 0;
 }
 
-int CxImageProcessor::CompressRawData2Jpeg_51_70(unsigned char* source, unsigned long sourceLength,
-                                                 std::vector<unsigned char>& coded,
-                                                 ConvertProcedure convert) {
+int FrameCoder::CompressRawData2Jpeg_51_70() {
     constexpr std::uint8_t kExtendedPrecision = 12;
-    const bool isLossless = targetSyntax == kXferJpegLossless;
-    if (!isLossless && targetSyntax != kXferJpegExtended) return 0;
-    if (!isLossless && bitsAllocated < kExtendedPrecision) return 0;
+    const bool isExtended = frame_.targetSyntax == kXferJpegExtended;
+    if (isExtended && frame_.bitsAllocated < kExtendedPrecision) return 0;
     std::vector<unsigned char> swapped;
-    const unsigned char* samples = SamplesForJpeg(source, sourceLength, swapped);
+    const unsigned char* samples = SamplesForJpeg(swapped);
     if (samples == nullptr) return 0;
-    CompressOutputState output{.coded = coded};
-    JpegWriteContext context(output, convert, *this);
+    CompressOutputState output{.coded = coded_};
+    JpegWriteContext context(output);
     JpegCodingBlock coding = DescribeJpeg();
-    coding.process = isLossless ? JpegProcess::kLossless : JpegProcess::kExtended;
-    coding.precision = isLossless ? LosslessPrecision(bitsAllocated) : kExtendedPrecision;
-    if (!isLossless) coding.quantizationTable = &quantizationTable;
+    if (isExtended) {
+        coding.process = JpegProcess::kExtended;
+        coding.precision = kExtendedPrecision;
+        coding.quantizationTable = &quantizationTable_;
+    }
     return CodeInPasses(coding, context, samples) ? 1 : 0;
 }
 

@@ -43,8 +43,9 @@ void ReadGroup(RlePlaneReader& reader, std::size_t group, std::size_t width,
     }
 }
 
-/// Decodes by `pass`, which is told how many segments count and tells the first damaged one. Planes go
-/// side by side, so damage is known only afterwards; then once more without the segments behind it.
+/// Decodes by `pass`, which is told how many segments count and tells the first damaged one. Planes
+/// go side by side, so damage is known only afterwards; then once more without the segments behind
+/// it.
 template <class Pass>
 bool DecodeUpToDamage(std::size_t segments, Pass pass) {
     const std::size_t damaged = pass(segments);

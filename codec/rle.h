@@ -18,13 +18,14 @@ struct RleLayout {
 
 /// Decodes a whole frame; every byte of `frame` is written, with 0 where no segment reaches.
 ///
-/// Interleaved, segment i of n gives byte n - 1 - i of each pixel, so that the high byte, which comes
-/// first, ends at the higher address. Planar, with one segment for each byte of a pixel, the segments
-/// of one sample give one plane in the same order; with another count each segment gives a plane.
+/// Interleaved, segment i of n gives byte n - 1 - i of each pixel, so that the high byte, which
+/// comes first, ends at the higher address. Planar, with one segment for each byte of a pixel, the
+/// segments of one sample give one plane in the same order; with another count each segment gives a
+/// plane.
 ///
-/// @return false for a damaged frame: no 64-byte header, more than 15 segments, a segment that begins
-///         or ends outside the source or belongs outside the frame, a run that passes the plane's
-///         end. Segments behind the first damaged one are not decoded.
+/// @return false for a damaged frame: no 64-byte header, more than 15 segments, a segment that
+///         begins or ends outside the source or belongs outside the frame, a run that passes the
+///         plane's end. Segments behind the first damaged one are not decoded.
 bool DecodeRle(std::span<const unsigned char> source, const RleLayout& layout,
                std::span<unsigned char> frame);
 

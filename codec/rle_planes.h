@@ -13,8 +13,8 @@ namespace quorvex {
 
 /// Reads groups of segments whose bytes lie side by side in each sample.
 ///
-/// Group g has the segments from g * width on; each gives every width-th byte, the first of them the
-/// one at the highest address.
+/// Group g has the segments from g * width on; each gives every width-th byte, the first of them
+/// the one at the highest address.
 class RlePlaneReader {
 public:
     /// Bytes of each segment in one band.
@@ -23,12 +23,12 @@ public:
     /// Segments from `active` on give zeros.
     RlePlaneReader(const RleHeader& header, std::size_t width, std::size_t active);
 
-    /// The next `bytes` of a group, at most kBandPlaces * width of them. Only a group's last bytes may
-    /// end inside a place.
+    /// The next `bytes` of a group, at most kBandPlaces * width of them. Only a group's last bytes
+    /// may end inside a place.
     void Read(std::size_t group, std::span<unsigned char> bytes);
 
-    /// The first segment that is damaged; the number of segments for a sound frame. To be asked when
-    /// every group has been read to its end.
+    /// The first segment that is damaged; the number of segments for a sound frame. To be asked
+    /// when every group has been read to its end.
     [[nodiscard]] std::size_t FirstDamaged() const noexcept;
 
 private:

@@ -16,8 +16,8 @@ public:
     explicit RleSegmentReader(std::span<const unsigned char> segment) noexcept
         : read_(segment.data()), readEnd_(read_ + segment.size()) {}
 
-    /// Fills `plane` with the next bytes, and with 0 where the runs give no more; tells how many the
-    /// runs gave. Nothing is given behind damage.
+    /// Fills `plane` with the next bytes, and with 0 where the runs give no more; tells how many
+    /// the runs gave. Nothing is given behind damage.
     std::size_t Read(std::span<unsigned char> plane) noexcept;
 
     /// A run lacked its byte.

@@ -1,18 +1,13 @@
-#include "foundation/raster/raster.h"
-#include "foundation/types/answer.h"
-#include "foundation/types/block.h"
-#include "foundation/types/checked_size.h"
-#include "quorvex/CxImageProcessor.h"
+#include "codec/size_and_flip.h"
 
-#include <algorithm>
+#include "foundation/raster/raster.h"
+
+#include <cstddef>
 #include <cstdint>
-#include <new>
 #include <utility>
 
 namespace quorvex {
 namespace {
-
-constexpr std::int32_t kWidthUnit = 4;
 
 /// One frame to scale into another.
 struct ResizeJob {
@@ -56,19 +51,6 @@ void Run(const ResizeJob& job, Resize resize) {
            kLinearInterpolation);
 }
 
-bool IsKnown(unsigned samples) noexcept {
-    return samples == 1 || samples == 3 || samples == 4;
-}
-
-/// Pixels with no whole byte for each sample, and wide grey ones, have no resize: they stay zero.
-void RunResize(const ResizeJob& job, unsigned samples) {
-    if (job.bytesPerPixel < static_cast<int>(samples)) return;
-    if (samples == 3) return Run<unsigned char>(job, ippiResize_8u_C3R);
-    if (samples == 4) return Run<unsigned char>(job, ippiResize_8u_C4R);
-    if (job.bytesPerPixel == 2) return Run<std::uint16_t>(job, ippiResize_16u_C1R);
-    if (job.bytesPerPixel == 1) return Run<unsigned char>(job, ippiResize_8u_C1R);
-}
-
 void SwapRedAndBlue(unsigned char* image, CSize size) noexcept {
     const auto pixels = static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy);
     for (std::size_t p = 0; p < pixels; ++p) std::swap(image[3 * p], image[3 * p + 2]);
@@ -76,36 +58,19 @@ void SwapRedAndBlue(unsigned char* image, CSize size) noexcept {
 
 }  // namespace
 
-QUORVEX_MESSAGE CxImageProcessor::ResizeImage(_IMAGE_PROCESS_PARAM* param, unsigned char* source,
-                                              unsigned char*& result, unsigned long& resultSize,
-                                              CSize size) {
-    return Answer(QVM_ERROR_INVALID_OUTPUT_SIZE, [&] {
-        if (param == nullptr || source == nullptr) return QVM_ERROR_NULL_SOURCE;
-        InitializeMembers(param);
-        if (size.cx < 1 || size.cy < 1 || size.cx % kWidthUnit != 0 || rows == 0 || columns == 0) {
-            return QVM_ERROR_INVALID_OUTPUT_SIZE;
-        }
-        const int bytesPerPixel = bitsAllocated * samplesPerPixel / 8;
-        const auto bytes = CheckedProduct(bytesPerPixel, size.cx, size.cy);
-        if (!bytes) return QVM_ERROR_INVALID_OUTPUT_SIZE;
-        HeapBlock block(*bytes);
-        std::ranges::fill(block.Bytes(), static_cast<unsigned char>(0));
-        const ResizeJob job{source, {columns, rows}, block.Data(), size, bytesPerPixel};
-        if (IsKnown(samplesPerPixel)) RunResize(job, samplesPerPixel);
-        resultSize = *bytes;
-        result = block.Release();
-        return IsKnown(samplesPerPixel) ? QVM_SUCCESS : QVM_ERROR_INVALID_SAMPLES_PER_PIXEL;
-    });
+void ResizeFrame(const FrameDescription& frame, const unsigned char* source,
+                 std::span<unsigned char> result, CSize size, int bytesPerPixel) {
+    const ResizeJob job{source, {frame.columns, frame.rows}, result.data(), size, bytesPerPixel};
+    const unsigned samples = frame.samplesPerPixel;
+    if (bytesPerPixel < static_cast<int>(samples)) return;
+    if (samples == 3) return Run<unsigned char>(job, ippiResize_8u_C3R);
+    if (samples == 4) return Run<unsigned char>(job, ippiResize_8u_C4R);
+    if (bytesPerPixel == 2) return Run<std::uint16_t>(job, ippiResize_16u_C1R);
+    if (bytesPerPixel == 1) return Run<unsigned char>(job, ippiResize_8u_C1R);
 }
 
-QUORVEX_MESSAGE CxImageProcessor::FlipColorImage(_IMAGE_PROCESS_PARAM* /*param*/,
-                                                 unsigned char* /*source*/,
-                                                 unsigned char*& /*result*/) {
-    return QVM_SUCCESS;
-}
-
-int CxImageProcessor::HorizontalFlipImage(unsigned char* image, CSize size, unsigned short bits,
-                                          unsigned short samples) {
+int HorizontalFlipImage(unsigned char* image, CSize size, unsigned short bits,
+                        unsigned short samples) {
     const std::ptrdiff_t width = size.cx;
     if (bits == 8 && samples == 3) {
         if (!ippiMirror_8u_C3IR(image, 3 * width, size, kHorizontalAxis)) return 0;

@@ -7,18 +7,9 @@
 #include "quorvex/Types.h"
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
-#include <optional>
-#include <span>
-#include <vector>
 
 namespace quorvex {
-
-class FrameBlock;
-struct ColourFrame;
-struct JpegCodingBlock;
-struct RleLayout;
 
 /// What a frame's header says about its pixels. Callers overwrite what they use.
 struct _IMAGE_PROCESS_PARAM {                   // NOLINT(bugprone-reserved-identifier): given name
@@ -34,30 +25,23 @@ struct _IMAGE_PROCESS_PARAM {                   // NOLINT(bugprone-reserved-iden
     std::uint32_t targetSyntax = 0;  ///< compression only: a QUORVEX_XFERSYNTAX; decompressing: 1
 };
 
-/// What a coder's output procedure is called for.
-enum CL_CONVERT_ACT : std::int32_t {
-    kConvertStart = 0,  ///< output begins
-    kConvertBlock = 1,  ///< a block of output
-    kConvertEnd = 2,
-};
-
 /// The one gate between stored frames and pixels. Cheap: made on the stack for each frame.
 ///
 /// An object serves one thread at a time; different objects may work at once. Nothing is kept
-/// between calls but the allocation mode. In the sizes below a sample takes 2 bytes when
+/// between calls but the two settings. In the sizes below a sample takes 2 bytes when
 /// `bitsAllocated` is above 8, otherwise 1.
 class QUORVEX_API CxImageProcessor {
 public:
     CxImageProcessor() noexcept;
-    CxImageProcessor(const CxImageProcessor& other);
-    CxImageProcessor& operator=(const CxImageProcessor&) = default;
+    CxImageProcessor(const CxImageProcessor& other) noexcept;
+    CxImageProcessor& operator=(const CxImageProcessor& other) noexcept;
     virtual ~CxImageProcessor();
 
     /// Decodes or copies one frame.
     ///
     /// Three-sample frames come out as interleaved R, G, B; with a `photometric` that
     /// ConvertYBRToRGB() does not know they come out as zeros. What a short or damaged source does
-    /// not give is zero, a damaged RLE frame of three samples included, which is no failure.
+    /// not give is zero. A damaged RLE frame of three samples is no failure.
     ///
     /// Frames of any syntax that has no decoder here are copied. A source longer than the header
     /// says (32 bits allocated) grows a block made here, and `resultSize` with it; 32-bit RLE does
@@ -66,8 +50,9 @@ public:
     /// @param source       the frame's bytes, fragments joined. Big-endian ones (102, 103) of other
     ///                     than three samples are byte-swapped in place
     /// @param result       null: receives a new block from the allocator that the allocation mode
-    ///                     names, yours also on failure (null without memory). Otherwise your block, of the frame's size;
-    ///                     it is never written past `resultSize`, unless that is 0
+    ///                     names, yours also on failure (null without memory). Otherwise your
+    ///                     block, of the frame's size; it is never written past `resultSize`,
+    ///                     unless that is 0
     /// @param resultSize   in: the length of your block, or 0 for just the frame's size; out: bytes
     ///                     of the frame (of a plain copy, only when the block was made here)
     /// @param unsignedOnly not 0: signed JPEG 2000 grey frames are decoded as unsigned
@@ -75,8 +60,7 @@ public:
     ///         QVM_ERROR_NULL_SOURCE            no `param` or no `source`
     ///         QVM_ERROR_INVALID_SOURCE_SYNTAX  `transferSyntax` 0
     ///         QVM_ERROR_INVALID_IMAGE_FORMAT   coded frame with samples other than 1, 3, 4,
-    ///         without
-    ///                                          rows or columns, or below 8 bits
+    ///                                          without rows or columns, or below 8 bits
     ///         QVM_ERROR_FAILED_TO_DECOMPRESS   the decoder failed, no memory, or a block too small
     QUORVEX_MESSAGE DecompressFrameData(_IMAGE_PROCESS_PARAM* param, unsigned char* source,
                                         unsigned long sourceLength, unsigned char*& result,
@@ -86,7 +70,8 @@ public:
     ///
     /// @param result         receives columns x rows x bytesPerPixel bytes, yours, from the general
     ///                       allocator; may be set on QVM_ERROR_FAILED_TO_DECOMPRESS too
-    /// @param bits           sample precision, 8 or 16
+    /// @param resultSize     receives the bytes that the stream gave; the rest of the block is zero
+    /// @param bits           receives the sample precision, 8 or 16
     /// @return QVM_SUCCESS, or
     ///         QVM_ERROR_CANNOT_OPEN_STREAM      no JPEG stream at all
     ///         QVM_ERROR_INVALID_JPEG_STREAM     a process that we do not decode
@@ -104,7 +89,7 @@ public:
     ///
     /// @param result  receives width x height x bytesPerPixel bytes, yours, from the general
     ///                allocator; null on QVM_ERROR_FAILED_TO_DECOMPRESS
-    /// @return QVM_SUCCESS, QVM_ERROR_CANNOT_OPEN_STREAM, QVM_ERROR_FAILED_TO_DECOMPRESS
+    /// @return QVM_SUCCESS, QVM_ERROR_CANNOT_OPEN_STREAM or QVM_ERROR_FAILED_TO_DECOMPRESS
     QUORVEX_MESSAGE DecompressBlindJP2KData(unsigned char* source, unsigned long sourceLength,
                                             unsigned char*& result, unsigned long& resultSize,
                                             unsigned short& width, unsigned short& height,
@@ -113,13 +98,13 @@ public:
 
     /// Codes one uncompressed frame.
     ///
-    /// `targetSyntax` names the format, and with it what `quality` (held between 1 and 1000) is:
+    /// `targetSyntax` names the form, and with it what `quality` (clamped to 1 to 1000) means:
     ///     5  JPEG baseline       the usual JPEG quality, 1 to 100; R, G, B is coded as YCbCr with
     ///                            full resolution and marked so in the stream, unless SetKeepsRgb()
     ///     6  JPEG extended       a factor on the usual luminance steps, for samples of 12 bits
-    ///     7  JPEG lossless       no matter; selection value 1
+    ///     7  JPEG lossless       ignored; selection value 1
     ///     8  JPEG 2000           the ratio of source to coded bytes; with 1 nearly lossless
-    ///     9  JPEG 2000 lossless  no matter
+    ///     9  JPEG 2000 lossless  ignored
     ///
     /// Lossy JPEG knows no negative samples, extended JPEG none above 4095: such frames are refused
     /// rather than clipped. "RGB" may be written in any letter case. Coded data may be longer than
@@ -143,7 +128,10 @@ public:
 
     /// Codes a frame as JPEG 2000, lossless with `targetSyntax` 9, else to `quality` as a ratio,
     /// without any check of the record.
-    /// @return always QVM_SUCCESS: a null `result` tells of failure
+    ///
+    /// @param result  receives `resultSize` bytes, yours, from the general allocator; null on
+    ///                failure
+    /// @return always QVM_SUCCESS
     QUORVEX_MESSAGE CompressRawImage2Jp2File(_IMAGE_PROCESS_PARAM* param, unsigned char* source,
                                              unsigned long sourceLength, unsigned char*& result,
                                              unsigned long& resultSize);
@@ -157,14 +145,15 @@ public:
     ///
     /// @param source  a whole frame as `param` describes it
     /// @param result  a block of rows x columns x 3 bytes, twice that for 16-bit "RGB"
-    /// @return QVM_SUCCESS, QVM_ERROR_NOT_COLOR_IMAGE for other than 3 samples,
-    /// QVM_ERROR_NULL_SOURCE
+    /// @return QVM_SUCCESS, QVM_ERROR_NOT_COLOR_IMAGE for other than 3 samples, or
+    ///         QVM_ERROR_NULL_SOURCE without `param`, `source` or `result`
     QUORVEX_MESSAGE ConvertYBRToRGB(_IMAGE_PROCESS_PARAM* param, unsigned char* source,
                                     unsigned char*& result);
 
     /// Scales a frame to `size`: linear, the pixel at (1, 1) in the result's corner.
     ///
     /// 16-bit grey, and 8-bit pixels of 1, 3 or 4 samples; other widths give zeros.
+    ///
     /// @param result  receives a new zeroed block of `resultSize` bytes from the general allocator,
     ///                yours, also with QVM_ERROR_INVALID_SAMPLES_PER_PIXEL
     /// @return QVM_SUCCESS, or
@@ -179,93 +168,22 @@ public:
     QUORVEX_MESSAGE FlipColorImage(_IMAGE_PROCESS_PARAM* param, unsigned char* source,
                                    unsigned char*& result);
 
-    /// 1, the default: result blocks come from the general allocator (release with delete[]); any
-    /// other value: from the page allocator (release with ReleasePages()).
-    void SetAllocMode(int mode) noexcept { allocMode = mode; }
-    [[nodiscard]] int GetAllocMode() const noexcept { return allocMode; }
+    /// 1, the default: DecompressFrameData() takes result blocks from the general allocator
+    /// (release with delete[]); any other value: from the page allocator (release with
+    /// ReleasePages()).
+    void SetAllocMode(int mode) noexcept;
+    [[nodiscard]] int GetAllocMode() const noexcept;
 
-    /// true: JPEG baseline codes R, G, B as they are, and marks the stream so. That takes more bytes than
-    /// YCbCr, and is what an object needs whose Photometric Interpretation says "RGB": many readers go
-    /// by that, and not by the stream.
-    void SetKeepsRgb(bool keeps) noexcept { keepsRgb = keeps; }
+    /// true: JPEG baseline codes R, G, B as they are, and marks the stream so. That takes more
+    /// bytes than YCbCr, and is what an object needs whose Photometric Interpretation says "RGB":
+    /// many readers go by that, and not by the stream.
+    void SetKeepsRgb(bool keeps) noexcept;
 
 private:
-    int InitializeMembers(const _IMAGE_PROCESS_PARAM* param);
-    [[nodiscard]] TRANSFER_SYNTAX SourceSyntax() const noexcept {
-        return static_cast<TRANSFER_SYNTAX>(transferSyntax);
-    }
-    [[nodiscard]] bool IsDecodable() const noexcept;
-    QUORVEX_MESSAGE Decompress(const _IMAGE_PROCESS_PARAM& param, unsigned char* source,
-                               unsigned long sourceLength, unsigned char*& result,
-                               unsigned long& resultSize, int unsignedOnly);
-    [[nodiscard]] std::size_t BytesPerSample() const noexcept { return bitsAllocated > 8 ? 2 : 1; }
-    [[nodiscard]] std::size_t SampleBytesFor(std::size_t available) const noexcept;
-    [[nodiscard]] RleLayout DescribeRle(std::size_t frameBytes) const noexcept;
-    [[nodiscard]] std::optional<std::size_t> FrameBytes(std::size_t bytesPerSample) const noexcept;
-    [[nodiscard]] ColourFrame DescribeColour(std::size_t bytesPerSample) const;
-
-    QUORVEX_MESSAGE CopyFrame(unsigned char* source, unsigned long sourceLength,
-                              unsigned char*& result, unsigned long& resultSize);
-    QUORVEX_MESSAGE CopyColourFrame(const unsigned char* source, unsigned long sourceLength,
-                                    unsigned char*& result, unsigned long& resultSize);
-    QUORVEX_MESSAGE DecodeFrame(unsigned char* source, unsigned long sourceLength,
-                                unsigned char*& result, unsigned long& resultSize,
-                                int unsignedOnly);
-    QUORVEX_MESSAGE DecodeRleFrame(const unsigned char* source, unsigned long sourceLength,
-                                   const FrameBlock& block);
-    int DecompressRLEData(const unsigned char* source, unsigned long sourceLength,
-                          std::span<unsigned char> frame) const;
-    void DecompressColourRle(std::span<const unsigned char> source, const FrameBlock& block) const;
-    int DecompressJpegData(unsigned char* source, unsigned long sourceLength,
-                           unsigned char*& result, unsigned long& resultSize);
-    int DecompressJ2KData(unsigned char* source, unsigned long sourceLength, unsigned char*& result,
-                          unsigned long& resultSize, int unsignedOnly);
-    using ConvertProcedure = int (*)(void* state, unsigned int tag, unsigned char* data,
-                                     unsigned long length, CL_CONVERT_ACT action);
-
-    [[nodiscard]] QUORVEX_MESSAGE CheckCompression(const unsigned char* source) const;
-    [[nodiscard]] bool IsGreyPhotometric() const;
-    [[nodiscard]] bool IsRgbPhotometric() const;
-    [[nodiscard]] bool FitsItsSource(unsigned long sourceLength) const noexcept;
-    int CompressTo(unsigned char* source, unsigned long sourceLength,
-                   std::vector<unsigned char>& coded);
-    const unsigned char* SamplesForJpeg(unsigned char* source, unsigned long sourceLength,
-                                        std::vector<unsigned char>& swapped) const;
-    [[nodiscard]] JpegCodingBlock DescribeJpeg() const noexcept;
-    int CompressRawData2Jpeg_50_70(unsigned char* source, unsigned long sourceLength,
-                                   std::vector<unsigned char>& coded, ConvertProcedure convert);
-    int CompressRawData2Jpeg_51_70(unsigned char* source, unsigned long sourceLength,
-                                   std::vector<unsigned char>& coded, ConvertProcedure convert);
-    int CompressRawData2J2K(unsigned char* source, unsigned long sourceLength,
-                            std::vector<unsigned char>& coded);
-    static int CompressRLEData(unsigned char* source, unsigned long sourceLength,
-                               unsigned char*& result, unsigned long& resultSize) noexcept;
-    int Interleave_RGB_Data(unsigned char* data, unsigned long length) const;
-    static int FrameDataConvertProc(void* state, unsigned int tag, unsigned char* data,
-                                    unsigned long length, CL_CONVERT_ACT action) noexcept;
-    void SetQuantizationMatrix(const unsigned short (&matrix)[64]) noexcept;
-    void SetQuantizationFactor(float factor) noexcept;
-    void SetQualityFactor(float factor) noexcept;
-
-    static void SwapByte(unsigned char* data, unsigned long length) noexcept;
-    static int HorizontalFlipImage(unsigned char* image, CSize size, unsigned short bits,
-                                   unsigned short samples);
-
-    std::uint16_t samplesPerPixel = 0;
-    CString photometric;
-    std::uint16_t planarConfiguration = 0;
-    std::uint16_t rows = 0;
-    std::uint16_t columns = 0;
-    std::uint16_t bitsAllocated = 0;
-    std::uint16_t pixelRepresentation = 0;
-    std::uint32_t transferSyntax = 0;
-    std::uint32_t targetSyntax = 0;
-    std::uint32_t quality = 0;
-    std::array<std::uint16_t, 64> quantizationTable{};  ///< in zigzag order
-    std::uint8_t lumaQuality = 0;
-    std::uint32_t chromaQuality = 0;
-    std::int32_t allocMode = 1;
-    bool keepsRgb = false;
+    // No pointer: an object is made for each frame, and must not allocate.
+    std::int32_t allocMode_ = 1;
+    std::int32_t keepsRgb_ = 0;
+    std::array<std::int32_t, 6> reserved_{};  ///< for later settings: the size of an object stays
 };
 
 }  // namespace quorvex

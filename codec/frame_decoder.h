@@ -1,0 +1,56 @@
+/// One call of CxImageProcessor::DecompressFrameData().
+#pragma once
+
+#include "codec/frame_block.h"
+#include "codec/frame_description.h"
+#include "quorvex/ResultCodes.h"
+
+#include <cstddef>
+#include <span>
+
+namespace quorvex {
+
+/// Decodes or copies one frame. Nothing of it outlives the call.
+///
+/// A coding is a row of kDecoders in frame_decoder.cpp and an operation of this class in a file of
+/// its own. The operation decodes source_ to target_ as frame_ describes it, and tells in written_
+/// how many bytes of it have a value.
+class FrameDecoder {
+public:
+    /// @param allocMode     where a new result block comes from
+    /// @param unsignedOnly  signed JPEG 2000 grey frames are decoded as unsigned
+    FrameDecoder(const _IMAGE_PROCESS_PARAM& param, std::span<unsigned char> source, int allocMode,
+                 bool unsignedOnly) noexcept
+        : frame_(param), source_(source), allocMode_(allocMode), unsignedOnly_(unsignedOnly) {}
+
+    /// The parameters and answers are those of CxImageProcessor::DecompressFrameData(). Throws
+    /// std::bad_alloc.
+    QUORVEX_MESSAGE Decode(unsigned char*& result, unsigned long& resultSize);
+
+    // The codings: 1 for a frame, also for a part of one; 0 for none.
+
+    /// RLE. A damaged frame of three samples is shown as far as it goes.
+    int DecompressRLEData();
+    /// JPEG of every kind. The width of a sample comes from the header, their number from the
+    /// stream. A stream that does not fit its header's rows is refused; surplus lines are left out.
+    int DecompressJpegData();
+    /// JPEG 2000. The stream must be as the header says in size and number of samples; samples of
+    /// fewer bits than the header allocates are widened. Rows are packed.
+    int DecompressJ2KData();
+
+private:
+    QUORVEX_MESSAGE CopyFrame(unsigned char*& result, unsigned long& resultSize);
+    QUORVEX_MESSAGE CopyColourFrame(unsigned char*& result, unsigned long& resultSize);
+    [[nodiscard]] bool IsDecodable() const noexcept;
+    void DecompressColourRle();
+
+    FrameDescription frame_;
+    std::span<unsigned char> source_;
+    int allocMode_;
+    bool unsignedOnly_;
+    std::span<unsigned char> target_;  ///< the whole frame's block
+    std::size_t written_ = 0;          ///< bytes of target_ that have a value
+    std::size_t told_ = 0;             ///< the size that the caller is told
+};
+
+}  // namespace quorvex
