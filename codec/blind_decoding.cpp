@@ -32,7 +32,7 @@ const BlindForm* BlindFormOf(const PegasusParameters& parameters) noexcept {
 
 /// Nothing but the stream's own word speaks for its size: a short one must not ask for much.
 bool IsWorthItsMemory(std::size_t frameBytes, std::size_t sourceBytes) noexcept {
-    return frameBytes <= kBarePictureForAnybody ||
+    return frameBytes <= kBarePictureAllowance ||
            frameBytes / kMostBarePicturePerByte <= sourceBytes || RefuseBy(Limit::kLargestPicture);
 }
 

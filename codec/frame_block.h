@@ -15,7 +15,7 @@ namespace quorvex {
 [[nodiscard]] inline bool IsPlausiblePicture(std::optional<std::size_t> pictureBytes,
                                              std::size_t sourceBytes) noexcept {
     if (!pictureBytes) return RefuseBy(Limit::kLargestBlock);
-    return *pictureBytes <= kPictureForAnybody ||
+    return *pictureBytes <= kPictureAllowance ||
            sourceBytes >= *pictureBytes / kMostPicturePerByte || RefuseBy(Limit::kLargestPicture);
 }
 

@@ -80,7 +80,7 @@ MC_STATUS CountBytes(int, std::uint32_t, void* user, int, unsigned long length, 
 bool ArePlausible(const CDcmObject& object, TRANSFER_SYNTAX syntax, std::size_t frameBytes,
                   int count) {
     const std::size_t all = frameBytes * static_cast<std::size_t>(count);
-    if (!IsEncapsulated(syntax) || all <= kObjectForAnybody) return true;
+    if (!IsEncapsulated(syntax) || all <= kObjectAllowance) return true;
     std::size_t stored = 0;
     object.GetValueEx(tag::kPixelData, &stored, CountBytes);
     return all / kMostObjectPerByte <= stored || RefuseBy(Limit::kLargestObject);

@@ -29,7 +29,7 @@ struct MaskBlock {
 bool IsPlausibleMask(CSize size, const CXGSPSInfo& info) {
     const auto bytes = CheckedProduct(size.cx, size.cy);
     return size == CSize{info.imageColumns, info.imageRows} ||
-           (bytes && *bytes <= kPictureForAnybody) || RefuseBy(Limit::kLargestPicture);
+           (bytes && *bytes <= kPictureAllowance) || RefuseBy(Limit::kLargestPicture);
 }
 
 /// Throws std::bad_alloc where there is no memory for a mask, or the mask is not plausible.

@@ -1,41 +1,99 @@
 #include "foundation/types/limits.h"
 
 #include <array>
+#include <string_view>
 
 namespace quorvex {
 namespace {
 
 thread_local Limit latest = Limit::kNone;
 
+/// A number of bytes that is written as whole MiB or GiB.
+struct Bytes {
+    std::uint64_t count;
+};
+
+/// A sentence whose numbers are those of the limits. It is put together by the compiler.
+class Sentence {
+public:
+    template <class... Parts>
+    constexpr explicit Sentence(Parts... parts) {
+        (Add(parts), ...);
+    }
+    [[nodiscard]] constexpr const char* Text() const noexcept { return text_.data(); }
+
+private:
+    constexpr void Add(std::string_view words) {
+        for (const char letter : words) text_.at(length_++) = letter;
+    }
+    constexpr void Add(const char* words) { Add(std::string_view(words)); }
+    /// With a comma between thousands.
+    constexpr void Add(std::uint64_t number) {
+        if (number >= 1000) {
+            Add(number / 1000);
+            Add(",");
+            AddDigit(number / 100 % 10);
+            AddDigit(number / 10 % 10);
+        } else if (number >= 10) {
+            Add(number / 10);
+        }
+        AddDigit(number % 10);
+    }
+    constexpr void Add(std::int64_t number) { Add(static_cast<std::uint64_t>(number)); }
+    constexpr void Add(int number) { Add(static_cast<std::uint64_t>(number)); }
+    constexpr void Add(Bytes bytes) {
+        constexpr unsigned kMebi = 20;
+        constexpr unsigned kGibi = 30;
+        const bool isGibi = bytes.count >> kGibi != 0;
+        Add(bytes.count >> (isGibi ? kGibi : kMebi));
+        Add(isGibi ? " GiB" : " MiB");
+    }
+    constexpr void AddDigit(std::uint64_t digit) {
+        text_.at(length_++) = static_cast<char>('0' + digit);
+    }
+
+    std::array<char, 96> text_{};  // ends with a 0
+    std::size_t length_ = 0;
+};
+
 struct LimitRow {
     Limit limit;
     std::uint64_t value;
-    const char* sentence;
+    Sentence sentence;
 };
 constexpr std::array kRows = {
-    LimitRow{Limit::kNone, 0, ""},
-    LimitRow{Limit::kLargestBlock, kLargestBlock, "it asks for more than 4 GiB of memory at once"},
+    LimitRow{Limit::kNone, 0, Sentence()},
+    LimitRow{Limit::kLargestBlock, kLargestBlock,
+             Sentence("it asks for more than ", Bytes{kLargestBlock}, " of memory at once")},
     LimitRow{Limit::kLargestPicture, kMostPicturePerByte,
-             "it claims a picture of more than 64 MiB that its few bytes cannot hold"},
+             Sentence("it claims a picture of more than ", Bytes{kPictureAllowance},
+                      " that its few bytes cannot hold")},
     LimitRow{Limit::kLargestObject, kMostObjectPerByte,
-             "its frames would take more than 512 MiB, which its few bytes cannot hold"},
+             Sentence("its frames would take more than ", Bytes{kObjectAllowance},
+                      ", which its few bytes cannot hold")},
     LimitRow{Limit::kDeepestNesting, kDeepestNesting,
-             "its sequences are nested deeper than 64 levels"},
+             Sentence("its sequences are nested deeper than ", kDeepestNesting, " levels")},
     LimitRow{Limit::kMostParts, kMostParts,
-             "it has more than 33,554,432 elements, items and fragments"},
-    LimitRow{Limit::kMostFrames, kMostFrames, "it has more than 16,777,216 frames"},
+             Sentence("it has more than ", kMostParts, " elements, items and fragments")},
+    LimitRow{Limit::kMostFrames, kMostFrames,
+             Sentence("it has more than ", kMostFrames, " frames")},
     LimitRow{Limit::kLongestValue, kLongestValue,
-             "one of its values is longer than 4,294,967,294 bytes"},
+             Sentence("one of its values is longer than ", kLongestValue, " bytes")},
     LimitRow{Limit::kMostInflated, kMostInflatedPerByte,
-             "it inflates to more than 64 MiB and 400 times its size"},
-    LimitRow{Limit::kMostScans, kMostJpegScans, "its JPEG stream has more than 128 scans"},
+             Sentence("it inflates to more than ", Bytes{kInflatedAllowance}, " and ",
+                      kMostInflatedPerByte, " times its size")},
+    LimitRow{Limit::kMostScans, kMostJpegScans,
+             Sentence("its JPEG stream has more than ", kMostJpegScans, " scans")},
     LimitRow{Limit::kJpeg2000Work, kMostPacketsPerByte,
-             "its JPEG 2000 stream announces more than its few bytes can hold"},
-    LimitRow{Limit::kMostSegments, kMostRleSegments, "its RLE frame has more than 15 segments"},
+             Sentence("its JPEG 2000 stream announces more than its few bytes can hold")},
+    LimitRow{Limit::kMostSegments, kMostRleSegments,
+             Sentence("its RLE frame has more than ", kMostRleSegments, " segments")},
     LimitRow{Limit::kPolygonCrossings, kMostPolygonCrossings,
-             "its polygon crosses the rows of the image more than 67,108,864 times"},
-    LimitRow{Limit::kPaletteSegments, kMostPaletteSegments,
-             "its palette is expanded from more than 262,144 segments"},
+             Sentence("its polygon crosses the rows of the image more than ", kMostPolygonCrossings,
+                      " times")},
+    LimitRow{
+        Limit::kPaletteSegments, kMostPaletteSegments,
+        Sentence("its palette is expanded from more than ", kMostPaletteSegments, " segments")},
 };
 
 constexpr bool AreInOrder() {
@@ -71,7 +129,7 @@ std::uint64_t LimitValue(Limit limit) noexcept {
 }
 
 const char* LimitSentence(Limit limit) noexcept {
-    return RowOf(limit).sentence;
+    return RowOf(limit).sentence.Text();
 }
 
 }  // namespace quorvex

@@ -1,5 +1,5 @@
-/// Every limit on what an input may ask for, in one place. What a file claims is followed up to
-/// here; no real file of this field comes near.
+/// Every limit on what an input may ask for, in one place. What a file claims is believed up to the
+/// limit; no real file of this field comes near one.
 #pragma once
 
 #include "quorvex/Limits.h"
@@ -16,19 +16,20 @@ bool RefuseBy(Limit limit) noexcept;
 
 /// Bytes of the largest block that the library ever asks for.
 inline constexpr std::size_t kLargestBlock = std::size_t{4} << 30;
-/// A header of a few bytes can claim gigabytes. So many bytes of a picture are given to anybody;
-/// beyond, the source has to hold a byte for so many, which every real coding does at such sizes.
-inline constexpr std::size_t kPictureForAnybody = std::size_t{64} << 20;
+/// A header of a few bytes can claim gigabytes. A picture may take the allowance whatever its
+/// source is; beyond, the source must hold one byte for each kMostPicturePerByte, as real codings
+/// do.
+inline constexpr std::size_t kPictureAllowance = std::size_t{64} << 20;
 inline constexpr std::size_t kMostPicturePerByte = 4096;
 /// The same for all pictures of an object that is converted.
-inline constexpr std::size_t kObjectForAnybody = std::size_t{512} << 20;
+inline constexpr std::size_t kObjectAllowance = std::size_t{512} << 20;
 inline constexpr std::size_t kMostObjectPerByte = 4096;
-/// The same for a bare stream, for whose size nothing but its own word speaks.
-inline constexpr std::size_t kBarePictureForAnybody = std::size_t{16} << 20;
+/// The same for a bare stream, of which nothing but the stream itself tells the size.
+inline constexpr std::size_t kBarePictureAllowance = std::size_t{16} << 20;
 inline constexpr std::size_t kMostBarePicturePerByte = 1024;
 /// Bytes of an inflated data set. Images that are mostly empty reach a few hundred for one; a bomb
 /// reaches 1,032.
-inline constexpr std::size_t kInflatedForAnybody = std::size_t{64} << 20;
+inline constexpr std::size_t kInflatedAllowance = std::size_t{64} << 20;
 inline constexpr std::size_t kMostInflatedPerByte = 400;
 
 // Data sets.
@@ -55,12 +56,12 @@ inline constexpr std::size_t kLongestJpegHead = std::size_t{16} << 20;
 inline constexpr int kMostJpegScans = 128;
 /// JPEG 2000: a tile costs at least its tile-part's markers, a packet at least a byte, and the
 /// decoder takes four bytes and more for a sample. Streams that break off keep some of what they
-/// were: what is given to anybody is for those.
-inline constexpr std::uint64_t kTilesForAnybody = 1024;
+/// were: the allowances are for those.
+inline constexpr std::uint64_t kTileAllowance = 1024;
 inline constexpr std::uint64_t kLeastBytesOfTile = 14;
-inline constexpr std::uint64_t kPacketsForAnybody = 1 << 17;
+inline constexpr std::uint64_t kPacketAllowance = 1 << 17;
 inline constexpr std::uint64_t kMostPacketsPerByte = 4;
-inline constexpr std::uint64_t kSamplesForAnybody = std::uint64_t{1} << 27;
+inline constexpr std::uint64_t kSampleAllowance = std::uint64_t{1} << 27;
 inline constexpr std::uint64_t kMostSamplesPerByte = 4096;
 /// The longest side of a coded picture.
 inline constexpr std::uint32_t kLongestCodedSide = 65535;

@@ -11,7 +11,7 @@ namespace quorvex::test {
 namespace {
 
 /// What files of some kilobytes may cost: a few pictures of the size that any file may ask for.
-constexpr std::size_t kMostMemory = 8 * kPictureForAnybody;
+constexpr std::size_t kMostMemory = 8 * kPictureAllowance;
 constexpr double kMostSeconds = 1.0 * kSlowness;
 
 void ExpectCheap(const std::string& what, const DicomBuilder& file) {

@@ -122,7 +122,7 @@ TEST(Limits, AreEachRefusedByACodeAndNamed) {
          [&] { return CodeOfFrame(HostileImage(many, kExplicitUid), kMostFrames); }},
         {Limit::kLongestValue, kDcmFailure, SetLongValue},
         {Limit::kMostInflated, kDcmFailure,
-         [] { return Read(DeflatedZeros(kInflatedForAnybody * 2)); }},
+         [] { return Read(DeflatedZeros(kInflatedAllowance * 2)); }},
         {Limit::kMostSegments, QVM_ERROR_FAILED_TO_DECOMPRESS, RleOfManySegments},
         {Limit::kPolygonCrossings, 0, MakePolygonMask},
         {Limit::kPaletteSegments, 0, ExpandPalette},

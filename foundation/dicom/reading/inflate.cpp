@@ -60,7 +60,7 @@ private:
 std::optional<ByteBuffer> Inflate(Bytes deflated) {
     const std::size_t limit = std::min(
         kLargestBlock,
-        std::max(kInflatedForAnybody,
+        std::max(kInflatedAllowance,
                  CheckedProduct(deflated.size(), kMostInflatedPerByte).value_or(kLargestBlock)));
     for (const int windowBits : {kRawStream, kWrappedStream}) {
         ByteBuffer output;

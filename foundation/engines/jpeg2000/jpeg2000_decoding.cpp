@@ -22,9 +22,9 @@ constexpr int kMostBits = 16;
 bool IsJustified(const Jpeg2000Header& header, std::uint64_t length) noexcept {
     const std::uint64_t samples =
         std::uint64_t{header.width} * header.height * static_cast<std::uint64_t>(header.components);
-    const bool isJustified = header.tiles <= kTilesForAnybody + length / kLeastBytesOfTile &&
-                             header.packets <= kPacketsForAnybody + length * kMostPacketsPerByte &&
-                             samples <= kSamplesForAnybody + length * kMostSamplesPerByte;
+    const bool isJustified = header.tiles <= kTileAllowance + length / kLeastBytesOfTile &&
+                             header.packets <= kPacketAllowance + length * kMostPacketsPerByte &&
+                             samples <= kSampleAllowance + length * kMostSamplesPerByte;
     return isJustified || RefuseBy(Limit::kJpeg2000Work);
 }
 
