@@ -1,26 +1,17 @@
 #include "codec/colour.h"
 
 #include "codec/full_range.h"
-#include "quorvex/CxImageProcessor.h"
+#include "tests/codec/coded_frames.h"
 
-#include <cstdint>
 #include <gtest/gtest.h>
-#include <vector>
 
-namespace quorvex {
+namespace quorvex::test {
 namespace {
 
-using Bytes = std::vector<unsigned char>;
-
-_IMAGE_PROCESS_PARAM Param(const char* photometric, int planar, int rows, int columns,
-                           int bits = 8) {
-    _IMAGE_PROCESS_PARAM param;
-    param.transferSyntax = 101;
-    param.samplesPerPixel = 3;
+_IMAGE_PROCESS_PARAM Param(const char* photometric, int planar, unsigned columns, int bits = 8) {
+    _IMAGE_PROCESS_PARAM param = ParamOf(kExplicitLittleEndian, {columns, 1, 3});
     param.photometric = photometric;
     param.planarConfiguration = static_cast<std::uint16_t>(planar);
-    param.rows = static_cast<std::uint16_t>(rows);
-    param.columns = static_cast<std::uint16_t>(columns);
     param.bitsAllocated = static_cast<std::uint16_t>(bits);
     return param;
 }
@@ -62,33 +53,32 @@ TEST(FullRangeColour, IsTheDoubleArithmeticForEveryInput) {
 }
 
 TEST(FullRangeColour, ReadsPlanesPixelsAndPairsAlike) {
-    EXPECT_EQ(Convert(Param("YBR_FULL", 0, 1, 1), {128, 128, 128}, 3), (Bytes{128, 128, 128}));
-    EXPECT_EQ(Convert(Param("YBR_FULL", 0, 1, 1), {255, 128, 255}, 3)[0], 177);  // 433, not clamped
+    EXPECT_EQ(Convert(Param("YBR_FULL", 0, 1), {128, 128, 128}, 3), (Bytes{128, 128, 128}));
+    EXPECT_EQ(Convert(Param("YBR_FULL", 0, 1), {255, 128, 255}, 3)[0], 177);  // 433, not clamped
     const Bytes pixels{10, 90, 200, 20, 90, 200, 250, 30, 128};
     const Bytes planes{10, 20, 250, 90, 90, 30, 200, 200, 128};
     // Three columns: the second pair begins in the first row's last pixel.
     const Bytes pairs{10, 90, 20, 200, 250, 30, 0, 128};
-    const Bytes expected = Convert(Param("YBR_FULL", 0, 1, 3), pixels, 9);
-    EXPECT_EQ(Convert(Param("YBR_FULL", 1, 1, 3), planes, 9), expected);
-    EXPECT_EQ(Convert(Param("YBR_FULL_422", 7, 1, 3), pairs, 9), expected);
+    const Bytes expected = Convert(Param("YBR_FULL", 0, 3), pixels, 9);
+    EXPECT_EQ(Convert(Param("YBR_FULL", 1, 3), planes, 9), expected);
+    EXPECT_EQ(Convert(Param("YBR_FULL_422", 7, 3), pairs, 9), expected);
 }
 
 TEST(Colour, KnowsItsFormsExactly) {
     const Bytes source{1, 2, 3, 4, 5, 6};
-    EXPECT_EQ(Convert(Param("RGB", 0, 1, 2), source, 6), source);
-    EXPECT_EQ(Convert(Param("RGB", 1, 1, 2), source, 6), (Bytes{1, 3, 5, 2, 4, 6}));
+    EXPECT_EQ(Convert(Param("RGB", 0, 2), source, 6), source);
+    EXPECT_EQ(Convert(Param("RGB", 1, 2), source, 6), (Bytes{1, 3, 5, 2, 4, 6}));
     const Bytes untouched(6, 0xEE);
-    EXPECT_EQ(Convert(Param("rgb", 1, 1, 2), source, 6), untouched);
-    EXPECT_EQ(Convert(Param("ybr_full", 0, 1, 2), source, 6), untouched);
-    EXPECT_EQ(Convert(Param("YBR_FULL", 2, 1, 2), source, 6), untouched);
-    EXPECT_EQ(Convert(Param("YBR_FULL", 0, 1, 1, 16), source, 6), untouched);
-    EXPECT_EQ(Convert(Param("RGB", 1, 1, 1, 16), source, 6), source);
+    EXPECT_EQ(Convert(Param("rgb", 1, 2), source, 6), untouched);
+    EXPECT_EQ(Convert(Param("ybr_full", 0, 2), source, 6), untouched);
+    EXPECT_EQ(Convert(Param("YBR_FULL", 2, 2), source, 6), untouched);
+    EXPECT_EQ(Convert(Param("YBR_FULL", 0, 1, 16), source, 6), untouched);
+    EXPECT_EQ(Convert(Param("RGB", 1, 1, 16), source, 6), source);
     const Bytes wide{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
-    EXPECT_EQ(Convert(Param("RGB", 1, 1, 2, 16), wide, 12),
+    EXPECT_EQ(Convert(Param("RGB", 1, 2, 16), wide, 12),
               (Bytes{1, 2, 5, 6, 9, 10, 3, 4, 7, 8, 11, 12}));
 
-    auto grey = Param("MONOCHROME2", 0, 1, 1);
-    grey.samplesPerPixel = 1;
+    auto grey = ParamOf(kExplicitLittleEndian, {1, 1});
     unsigned char* result = nullptr;
     EXPECT_EQ(CxImageProcessor().ConvertYBRToRGB(&grey, nullptr, result),
               QVM_ERROR_NOT_COLOR_IMAGE);
@@ -102,10 +92,9 @@ TEST(Colour, AShortSourceGivesWhatItHas) {
         for (const std::size_t sampleBytes : {1U, 2U, 4U}) {
             if (sampleBytes > 1 && form < ColourForm::kRgbPlanes) continue;
             const ColourFrame frame{form, 6, 5, sampleBytes};
-            Bytes whole(frame.StoredBytes());
-            for (std::size_t i = 0; i < whole.size(); ++i) {
-                whole[i] = static_cast<unsigned char>(60 + 7 * i);
-            }
+            Bytes whole;
+            while (whole.size() < frame.StoredBytes())
+                whole.push_back(static_cast<unsigned char>(60 + 7 * whole.size()));
             Bytes expected(frame.RgbBytes());
             ASSERT_TRUE(ConvertToRgb(frame, whole, expected));
             for (std::size_t cut = 0; cut < whole.size(); ++cut) {
@@ -123,4 +112,4 @@ TEST(Colour, AShortSourceGivesWhatItHas) {
 }
 
 }  // namespace
-}  // namespace quorvex
+}  // namespace quorvex::test

@@ -1,53 +1,24 @@
-#include "quorvex/CxImageProcessor.h"
-#include "quorvex/DicomObject.h"
-#include "rle_frames.h"
+// Plain and RLE frames through CxImageProcessor, and frames scaled.
+#include "tests/codec/coded_frames.h"
 
 #include <chrono>
-#include <cstdint>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <numeric>
-#include <vector>
 
-namespace quorvex {
+namespace quorvex::test {
 namespace {
 
-using test::Bytes;
-
-_IMAGE_PROCESS_PARAM Grey(std::uint32_t syntax, int rows, int columns, int bits) {
-    _IMAGE_PROCESS_PARAM param;
-    param.transferSyntax = syntax;
-    param.samplesPerPixel = 1;
-    param.photometric = "MONOCHROME2";
-    param.planarConfiguration = 0;
-    param.rows = static_cast<std::uint16_t>(rows);
-    param.columns = static_cast<std::uint16_t>(columns);
+_IMAGE_PROCESS_PARAM Grey(std::uint32_t syntax, unsigned rows, unsigned columns, int bits) {
+    _IMAGE_PROCESS_PARAM param = ParamOf(syntax, {columns, rows});
     param.bitsAllocated = static_cast<std::uint16_t>(bits);
-    param.pixelRepresentation = 0;
-    param.targetSyntax = 1;
     return param;
 }
 
-struct Outcome {
-    QUORVEX_MESSAGE code;
-    Bytes frame;
-};
-
-Outcome Decompress(_IMAGE_PROCESS_PARAM param, Bytes& source, int allocMode = 1) {
-    CxImageProcessor processor;
-    processor.SetAllocMode(allocMode);
-    unsigned char* result = nullptr;
-    unsigned long size = 0;
-    const auto code =
-        processor.DecompressFrameData(&param, source.data(), source.size(), result, size, 0);
-    Outcome outcome{code, {}};
-    if (result != nullptr) outcome.frame.assign(result, result + size);
-    if (allocMode == 1) {
-        delete[] result;
-    } else {
-        ReleasePages(result);
-    }
-    return outcome;
+_IMAGE_PROCESS_PARAM Colour(std::uint32_t syntax, unsigned rows, unsigned columns,
+                            const char* photometric = "RGB") {
+    _IMAGE_PROCESS_PARAM param = ParamOf(syntax, {columns, rows, 3});
+    param.photometric = photometric;
+    return param;
 }
 
 Bytes Counting(std::size_t count) {
@@ -60,9 +31,9 @@ TEST(PlainFrame, IsCopiedUnderEverySyntaxWithoutDecoder) {
     for (const std::uint32_t syntax : {100U, 101U, 104U, 110U, 126U, 7U}) {
         for (const int allocMode : {1, 0}) {
             Bytes source = Counting(8);
-            const Outcome outcome = Decompress(Grey(syntax, 2, 2, 16), source, allocMode);
-            EXPECT_EQ(outcome.code, QVM_FRAME_COPIED) << syntax;
-            EXPECT_EQ(outcome.frame, Counting(8)) << syntax;
+            const auto decoded = Decompress(Grey(syntax, 2, 2, 16), source, allocMode);
+            EXPECT_EQ(decoded.code, QVM_FRAME_COPIED) << syntax;
+            EXPECT_EQ(decoded.frame, Counting(8)) << syntax;
         }
     }
     Bytes source = Counting(8);
@@ -72,15 +43,11 @@ TEST(PlainFrame, IsCopiedUnderEverySyntaxWithoutDecoder) {
 TEST(PlainFrame, BigEndianIsSwappedInTheSource) {
     for (const std::uint32_t syntax : {102U, 103U}) {
         Bytes source{1, 2, 3, 4, 5};
-        const Outcome outcome = Decompress(Grey(syntax, 1, 5, 8), source);
-        EXPECT_EQ(outcome.frame, (Bytes{2, 1, 4, 3, 5}));
-        EXPECT_EQ(source, outcome.frame);
+        EXPECT_EQ(Decompress(Grey(syntax, 1, 5, 8), source).frame, (Bytes{2, 1, 4, 3, 5}));
+        EXPECT_EQ(source, (Bytes{2, 1, 4, 3, 5}));
     }
     Bytes colour = Counting(6);
-    auto param = Grey(102, 1, 2, 8);
-    param.samplesPerPixel = 3;
-    param.photometric = "RGB";
-    EXPECT_EQ(Decompress(param, colour).frame, Counting(6));
+    EXPECT_EQ(Decompress(Colour(102, 1, 2), colour).frame, Counting(6));
 }
 
 TEST(PlainFrame, GrowsWithItsSourceAndIsZeroWhereThatEnds) {
@@ -88,11 +55,8 @@ TEST(PlainFrame, GrowsWithItsSourceAndIsZeroWhereThatEnds) {
     EXPECT_EQ(Decompress(Grey(101, 2, 2, 32), longer).frame, Counting(16));
     Bytes shorter = Counting(3);
     EXPECT_EQ(Decompress(Grey(101, 2, 2, 16), shorter).frame, (Bytes{1, 2, 3, 0, 0, 0, 0, 0}));
-    auto colour = Grey(101, 2, 2, 8);
-    colour.samplesPerPixel = 3;
-    colour.photometric = "CMYK";
     Bytes unknown = Counting(12);
-    EXPECT_EQ(Decompress(colour, unknown).frame, Bytes(12));
+    EXPECT_EQ(Decompress(Colour(101, 2, 2, "CMYK"), unknown).frame, Bytes(12));
 }
 
 TEST(PlainFrame, StaysInsideTheCallersBlock) {
@@ -102,15 +66,13 @@ TEST(PlainFrame, StaysInsideTheCallersBlock) {
         Bytes block(40, 0xEE);
         unsigned char* result = block.data();
         unsigned long size = stated;
-        CxImageProcessor processor;
-        EXPECT_EQ(
-            processor.DecompressFrameData(&param, source.data(), source.size(), result, size, 0),
-            QVM_FRAME_COPIED);
+        EXPECT_EQ(CxImageProcessor().DecompressFrameData(&param, source.data(), source.size(),
+                                                         result, size, 0),
+                  QVM_FRAME_COPIED);
         EXPECT_EQ(result, block.data());
-        const std::size_t written = stated == 0 ? 8 : stated;
-        for (std::size_t i = 0; i < block.size(); ++i) {
-            EXPECT_EQ(block[i], i < written ? source[i] : 0xEE) << stated << " " << i;
-        }
+        Bytes expected(40, 0xEE);
+        std::copy_n(source.begin(), stated == 0 ? 8 : stated, expected.begin());
+        EXPECT_EQ(block, expected) << stated;
     }
 }
 
@@ -119,7 +81,7 @@ TEST(CodedFrame, IsRefusedForGeometryThatNoDecoderHas) {
     for (const std::uint32_t syntax : {105U, 106U, 107U, 113U, 123U, 124U, 125U}) {
         auto samples = Grey(syntax, 2, 2, 8);
         samples.samplesPerPixel = 2;
-        for (auto param :
+        for (const auto& param :
              {samples, Grey(syntax, 0, 2, 8), Grey(syntax, 2, 0, 8), Grey(syntax, 2, 2, 7)}) {
             EXPECT_EQ(Decompress(param, source).code, QVM_ERROR_INVALID_IMAGE_FORMAT) << syntax;
         }
@@ -127,18 +89,16 @@ TEST(CodedFrame, IsRefusedForGeometryThatNoDecoderHas) {
 }
 
 TEST(CodedFrame, RleFailureIsReportedForGreyAndShownForColour) {
-    Bytes damaged = test::JoinSegments({{0, 9, 0xFF}, {1, 1, 2}, {1, 3, 4}});
-    auto colour = Grey(kRle, 1, 2, 8);
-    colour.samplesPerPixel = 3;
-    colour.photometric = "RGB";
+    Bytes damaged = JoinSegments({{0, 9, 0xFF}, {1, 1, 2}, {1, 3, 4}});
+    auto colour = Colour(kRle, 1, 2);
     colour.planarConfiguration = 1;
-    const Outcome shown = Decompress(colour, damaged);
+    const auto shown = Decompress(colour, damaged);
     EXPECT_EQ(shown.code, QVM_SUCCESS);
     EXPECT_EQ(shown.frame, (Bytes{9, 0, 0, 0, 0, 0}));
-    Bytes grey = test::JoinSegments({{0, 9, 0xFF}});
+    Bytes grey = JoinSegments({{0, 9, 0xFF}});
     EXPECT_EQ(Decompress(Grey(kRle, 1, 2, 8), grey).code, QVM_ERROR_FAILED_TO_DECOMPRESS);
 
-    Bytes whole = test::JoinSegments({{1, 1, 2}, {1, 3, 4}, {1, 5, 6}});
+    Bytes whole = JoinSegments({{1, 1, 2}, {1, 3, 4}, {1, 5, 6}});
     EXPECT_EQ(Decompress(colour, whole).frame, (Bytes{1, 3, 5, 2, 4, 6}));
     colour.planarConfiguration = 0;  // a segment for each byte of a pixel, the first one last
     EXPECT_EQ(Decompress(colour, whole).frame, (Bytes{5, 3, 1, 6, 4, 2}));
@@ -147,64 +107,60 @@ TEST(CodedFrame, RleFailureIsReportedForGreyAndShownForColour) {
 }
 
 TEST(CodedFrame, WideRleKeepsAllItsBytes) {
-    Bytes source = test::JoinSegments({{0, 1}, {0, 2}, {0, 3}, {0, 4}});
+    Bytes source = JoinSegments({{0, 1}, {0, 2}, {0, 3}, {0, 4}});
     EXPECT_EQ(Decompress(Grey(kRle, 1, 1, 32), source).frame, (Bytes{4, 3, 2, 1}));
 }
 
 TEST(AnyFrame, TenBytesDoNotBuyGigabytes) {
     const auto begin = std::chrono::steady_clock::now();
     for (const std::uint32_t syntax : {101U, 102U, 105U, 106U, 124U}) {
-        for (const int samples : {1, 3}) {
+        for (const auto& param : {Grey(syntax, 65535, 65535, 8), Colour(syntax, 65535, 65535)}) {
             Bytes source(10);
-            auto param = Grey(syntax, 65535, 65535, 8);
-            param.samplesPerPixel = static_cast<std::uint16_t>(samples);
-            param.photometric = "RGB";
-            const Outcome outcome = Decompress(param, source);
-            EXPECT_EQ(outcome.code, QVM_ERROR_FAILED_TO_DECOMPRESS) << syntax;
-            EXPECT_TRUE(outcome.frame.empty());
+            const auto decoded = Decompress(param, source);
+            EXPECT_EQ(decoded.code, QVM_ERROR_FAILED_TO_DECOMPRESS) << syntax;
+            EXPECT_TRUE(decoded.frame.empty());
         }
     }
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(500));
 }
 
-TEST(ResizedFrame, HasItsSizeAndKeepsFlatColours) {
-    for (const auto& [bits, samples] : {std::pair{8, 1}, {8, 3}, {8, 4}, {16, 1}}) {
-        auto param = Grey(101, 7, 5, bits);
-        param.samplesPerPixel = static_cast<std::uint16_t>(samples);
-        Bytes source(static_cast<std::size_t>(7 * 5 * bits / 8 * samples), 0x33);
+struct ResizeCase {
+    const char* what;
+    int bits, samples;
+    CSize size;
+    QUORVEX_MESSAGE code;
+    std::size_t bytes;  ///< of the result; 0 for none
+    unsigned char value = 0;
+};
+constexpr ResizeCase kResizes[] = {
+    {"grey", 8, 1, {12, 9}, QVM_SUCCESS, 108, 0x33},
+    {"colour", 8, 3, {12, 9}, QVM_SUCCESS, 324, 0x33},
+    {"four samples", 8, 4, {12, 9}, QVM_SUCCESS, 432, 0x33},
+    {"words", 16, 1, {12, 9}, QVM_SUCCESS, 216, 0x33},
+    {"32 bits: zeros", 32, 1, {4, 4}, QVM_SUCCESS, 64},
+    {"two samples", 8, 2, {4, 4}, QVM_ERROR_INVALID_SAMPLES_PER_PIXEL, 32},
+    {"a width of no whole words", 8, 1, {102, 4}, QVM_ERROR_INVALID_OUTPUT_SIZE, 0},
+    {"no width", 8, 1, {0, 4}, QVM_ERROR_INVALID_OUTPUT_SIZE, 0},
+    {"a negative width", 8, 1, {-4, 4}, QVM_ERROR_INVALID_OUTPUT_SIZE, 0},
+    {"no height", 8, 1, {4, 0}, QVM_ERROR_INVALID_OUTPUT_SIZE, 0},
+    {"too large", 8, 1, {2147483644, 2147483647}, QVM_ERROR_INVALID_OUTPUT_SIZE, 0},
+};
+
+TEST(ResizedFrame, HasItsSizeAndKeepsFlatPixels) {
+    for (const ResizeCase& c : kResizes) {
+        auto param = Grey(101, 7, 5, c.bits);
+        param.samplesPerPixel = static_cast<std::uint16_t>(c.samples);
+        Bytes source(static_cast<std::size_t>(7 * 5 * c.bits / 8 * c.samples), 0x33);
         unsigned char* result = nullptr;
         unsigned long size = 0;
-        CxImageProcessor processor;
-        ASSERT_EQ(processor.ResizeImage(&param, source.data(), result, size, {12, 9}), QVM_SUCCESS);
-        EXPECT_EQ(Bytes(result, result + size),
-                  Bytes(static_cast<std::size_t>(12 * 9 * bits / 8 * samples), 0x33));
-        delete[] result;
+        EXPECT_EQ(CxImageProcessor().ResizeImage(&param, source.data(), result, size, c.size),
+                  c.code)
+            << c.what;
+        const std::unique_ptr<unsigned char[]> owner(result);
+        EXPECT_EQ(result != nullptr, c.bytes != 0) << c.what;
+        EXPECT_EQ(Bytes(result, result + size), Bytes(c.bytes, c.value)) << c.what;
     }
-}
-
-TEST(ResizedFrame, RefusesWhatHasNoResult) {
-    auto param = Grey(101, 4, 4, 8);
-    Bytes source(64, 1);
-    CxImageProcessor processor;
-    unsigned char* result = nullptr;
-    unsigned long size = 0;
-    for (const CSize bad : {CSize{102, 4}, {0, 4}, {-4, 4}, {4, 0}, {2147483644, 2147483647}}) {
-        EXPECT_EQ(processor.ResizeImage(&param, source.data(), result, size, bad),
-                  QVM_ERROR_INVALID_OUTPUT_SIZE);
-        EXPECT_EQ(result, nullptr);
-    }
-    param.samplesPerPixel = 2;
-    EXPECT_EQ(processor.ResizeImage(&param, source.data(), result, size, {4, 4}),
-              QVM_ERROR_INVALID_SAMPLES_PER_PIXEL);
-    EXPECT_EQ(Bytes(result, result + size), Bytes(32));
-    delete[] result;
-    param.samplesPerPixel = 1;
-    param.bitsAllocated = 32;
-    result = nullptr;
-    EXPECT_EQ(processor.ResizeImage(&param, source.data(), result, size, {4, 4}), QVM_SUCCESS);
-    EXPECT_EQ(Bytes(result, result + size), Bytes(64));
-    delete[] result;
 }
 
 }  // namespace
-}  // namespace quorvex
+}  // namespace quorvex::test

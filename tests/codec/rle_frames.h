@@ -1,4 +1,4 @@
-/// RLE frames for tests: a plain encoder, and a decoder that goes byte by byte as the rules are told.
+/// RLE frames for tests: a plain encoder, and a decoder that goes byte by byte.
 #pragma once
 
 #include <algorithm>

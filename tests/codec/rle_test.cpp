@@ -1,34 +1,28 @@
 #include "codec/rle.h"
 
-#include "rle_frames.h"
+#include "tests/codec/rle_frames.h"
+#include "tests/reliability/guarded_bytes.h"
 
 #include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <memory>
 
-namespace quorvex {
+namespace quorvex::test {
 namespace {
-
-using test::Bytes;
-
-/// `source` in a block of exactly its size, so that a sanitizer sees the first byte too far.
-std::unique_ptr<unsigned char[]> Exactly(const Bytes& source) {
-    auto block = std::make_unique<unsigned char[]>(source.size());
-    std::ranges::copy(source, block.get());
-    return block;
-}
 
 struct Decoded {
     bool isWhole;
     Bytes frame;
 };
 
+std::size_t FrameBytes(const RleLayout& layout) {
+    return layout.pixels * layout.samplesPerPixel * layout.bytesPerSample;
+}
+
 Decoded Decode(const Bytes& source, const RleLayout& layout) {
-    const auto block = Exactly(source);
-    const std::size_t bytes = layout.pixels * layout.samplesPerPixel * layout.bytesPerSample;
-    Decoded decoded{false, Bytes(bytes, 0xEE)};
-    decoded.isWhole = DecodeRle({block.get(), source.size()}, layout, decoded.frame);
+    const GuardedBytes guarded(source);
+    Decoded decoded{false, Bytes(FrameBytes(layout), 0xEE)};
+    decoded.isWhole = DecodeRle(guarded.Bytes(), layout, decoded.frame);
     return decoded;
 }
 
@@ -52,17 +46,17 @@ constexpr LayoutCase kInterleaved[] = {
 Bytes RandomFrame(std::size_t segments, std::size_t places, std::mt19937& random) {
     std::vector<Bytes> coded;
     for (std::size_t i = 0; i < segments; ++i) {
-        coded.push_back(test::EncodeSegment(test::RunnyBytes(places, random), random));
+        coded.push_back(EncodeSegment(RunnyBytes(places, random), random));
     }
-    return test::JoinSegments(coded);
+    return JoinSegments(coded);
 }
 
 Decoded DecodeInterleavedSlowly(const Bytes& source, const LayoutCase& c) {
-    const std::size_t bytes = c.layout.pixels * c.layout.samplesPerPixel * c.layout.bytesPerSample;
+    const std::size_t bytes = FrameBytes(c.layout);
     Decoded decoded{false, Bytes(bytes + c.segments)};
-    decoded.isWhole = test::DecodeSlowly(source, c.segments, decoded.frame, [&](std::size_t i) {
+    decoded.isWhole = DecodeSlowly(source, c.segments, decoded.frame, [&](std::size_t i) {
         const std::size_t first = c.segments - 1 - i;
-        return test::Placement{first, c.segments, first + bytes};
+        return Placement{first, c.segments, first + bytes};
     });
     decoded.frame.resize(bytes);
     return decoded;
@@ -71,16 +65,14 @@ Decoded DecodeInterleavedSlowly(const Bytes& source, const LayoutCase& c) {
 TEST(Rle, GivesWhatByteByByteDecodingGives) {
     std::mt19937 random(3);
     for (const LayoutCase& c : kInterleaved) {
-        const std::size_t bytes =
-            c.layout.pixels * c.layout.bytesPerSample * c.layout.samplesPerPixel;
-        for (const std::size_t places : {bytes / c.segments, bytes / c.segments + 70}) {
+        const std::size_t fitting = FrameBytes(c.layout) / c.segments;
+        for (const std::size_t places : {fitting, fitting + 70}) {
             const Bytes whole = RandomFrame(c.segments, places, random);
             for (int cut = 0; cut < 40; ++cut) {
                 Bytes source = whole;
                 // Damage in a middle segment as well: its neighbour begins early.
-                if (cut > 20)
-                    source.resize(test::Bytes::size_type{64} + random() % (whole.size() - 64));
-                if (cut > 30 && c.segments > 1) test::PutWord(source, 8, 64 + random() % 200);
+                if (cut > 20) source.resize(64 + random() % (whole.size() - 64));
+                if (cut > 30 && c.segments > 1) PutWord(source, 8, 64 + random() % 200);
                 bool isInside = true;
                 for (std::size_t i = 0; i < c.segments; ++i) {
                     std::uint32_t offset = 0;
@@ -102,7 +94,7 @@ TEST(Rle, GivesWhatByteByByteDecodingGives) {
 
 TEST(Rle, PlanarSegmentsOfASampleBecomeLittleEndianSamples) {
     const Bytes source =
-        test::JoinSegments({{0, 0x11}, {0, 0x12}, {0, 0x21}, {0, 0x22}, {0, 0x31}, {0, 0x32}});
+        JoinSegments({{0, 0x11}, {0, 0x12}, {0, 0x21}, {0, 0x22}, {0, 0x31}, {0, 0x32}});
     const Decoded decoded = Decode(source, {1, 3, 2, true});
     EXPECT_TRUE(decoded.isWhole);
     EXPECT_EQ(decoded.frame, (Bytes{0x12, 0x11, 0x22, 0x21, 0x32, 0x31}));
@@ -129,34 +121,34 @@ const SmallCase kSmall[] = {
 
 TEST(Rle, TreatsRunsAtTheEnds) {
     for (const SmallCase& c : kSmall) {
-        const Decoded decoded = Decode(test::JoinSegments({c.segment}), {4, 1, 1, false});
+        const Decoded decoded = Decode(JoinSegments({c.segment}), {4, 1, 1, false});
         EXPECT_EQ(decoded.isWhole, c.isWhole) << c.what;
         EXPECT_EQ(decoded.frame, c.frame) << c.what;
     }
 }
 
 TEST(Rle, RefusesWhatTheHeaderCannotMean) {
-    const Bytes good = test::JoinSegments({{3, 1, 2, 3, 4}, {3, 5, 6, 7, 8}});
+    const Bytes good = JoinSegments({{3, 1, 2, 3, 4}, {3, 5, 6, 7, 8}});
     const RleLayout layout{4, 1, 2, false};
     EXPECT_EQ(Decode(good, layout).frame, (Bytes{5, 1, 6, 2, 7, 3, 8, 4}));
     EXPECT_FALSE(Decode(Bytes(good.begin(), good.begin() + 63), layout).isWhole);
     EXPECT_FALSE(Decode({}, layout).isWhole);
     for (const std::size_t count : {std::size_t{16}, std::size_t{0xFFFFFFFF}}) {
         Bytes bad = good;
-        test::PutWord(bad, 0, count);
+        PutWord(bad, 0, count);
         const Decoded decoded = Decode(bad, layout);
         EXPECT_FALSE(decoded.isWhole) << count;
         EXPECT_EQ(decoded.frame, Bytes(8)) << count;
     }
     Bytes lying = good;
-    test::PutWord(lying, 8, good.size() + 1);
+    PutWord(lying, 8, good.size() + 1);
     EXPECT_FALSE(Decode(lying, layout).isWhole);
     Bytes none = good;
-    test::PutWord(none, 0, 0);
+    PutWord(none, 0, 0);
     EXPECT_TRUE(Decode(none, layout).isWhole);
     EXPECT_EQ(Decode(none, layout).frame, Bytes(8));
     // Three planes for a frame of one: the first still comes.
-    const Bytes planes = test::JoinSegments({{3, 1, 2, 3, 4}, {3, 5, 6, 7, 8}, {0, 1}});
+    const Bytes planes = JoinSegments({{3, 1, 2, 3, 4}, {3, 5, 6, 7, 8}, {0, 1}});
     const Decoded tooMany = Decode(planes, {4, 1, 1, true});
     EXPECT_FALSE(tooMany.isWhole);
     EXPECT_EQ(tooMany.frame, (Bytes{1, 2, 3, 4}));
@@ -168,17 +160,17 @@ TEST(Rle, ColourBehindADamagedPlaneIsNotDecoded) {
     std::vector<Bytes> planes;
     std::vector<Bytes> segments;
     for (int i = 0; i < 3; ++i) {
-        planes.push_back(test::RunnyBytes(kPixels, random));
-        segments.push_back(test::EncodeSegment(planes.back(), random));
+        planes.push_back(RunnyBytes(kPixels, random));
+        segments.push_back(EncodeSegment(planes.back(), random));
     }
     const ColourFrame colour{ColourForm::kRgbPlanes, kPixels, 1, 1};
     const RleLayout layout{kPixels, 3, 1, true};
     Bytes rgb(3 * kPixels, 0xEE);
-    EXPECT_TRUE(DecodeRleColour(test::JoinSegments(segments), layout, colour, rgb));
+    EXPECT_TRUE(DecodeRleColour(JoinSegments(segments), layout, colour, rgb));
     for (std::size_t p = 0; p < kPixels; ++p) ASSERT_EQ(rgb[3 * p + 2], planes[2][p]) << p;
 
     segments[1].assign({0, 77, 0xFF});  // the second plane breaks off
-    EXPECT_FALSE(DecodeRleColour(test::JoinSegments(segments), layout, colour, rgb));
+    EXPECT_FALSE(DecodeRleColour(JoinSegments(segments), layout, colour, rgb));
     EXPECT_EQ(rgb[1], 77);
     for (std::size_t p = 0; p < kPixels; ++p) {
         ASSERT_EQ(rgb[3 * p], planes[0][p]) << p;
@@ -187,4 +179,4 @@ TEST(Rle, ColourBehindADamagedPlaneIsNotDecoded) {
 }
 
 }  // namespace
-}  // namespace quorvex
+}  // namespace quorvex::test

@@ -4,11 +4,10 @@
 #include "quorvex/Limits.h"
 #include "tests/engines/jpeg2000_test_streams.h"
 #include "tests/engines/jpeg_test_streams.h"
+#include "tests/engines/threads.h"
 
-#include <atomic>
 #include <gtest/gtest.h>
 #include <random>
-#include <thread>
 
 namespace quorvex {
 namespace {
@@ -23,7 +22,7 @@ using testing::Picture;
 ByteVector SignedPicture(int columns, int rows, int bits) {
     ByteVector bytes = Picture(columns, rows, 1, 2, bits);
     for (std::size_t i = 0; i < bytes.size(); i += 2) {
-        const int value = (bytes[i] | (bytes[i + 1] << 8)) - (1 << (bits - 1));
+        const int value = testing::SampleAt(bytes, i / 2, 2) - (1 << (bits - 1));
         bytes[i] = static_cast<unsigned char>(value);
         bytes[i + 1] = static_cast<unsigned char>(value >> 8);
     }
@@ -80,11 +79,14 @@ TEST(Jpeg2000Engine, TheByteTargetIsKept) {
     }
 }
 
+void AppendLongWord(ByteVector& file, std::uint32_t value) {
+    for (int shift = 24; shift >= 0; shift -= 8)
+        file.push_back(static_cast<unsigned char>(value >> shift));
+}
+
 void AppendBox(ByteVector& file, std::uint32_t length, const char* kind,
                const ByteVector& content) {
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        file.push_back(static_cast<unsigned char>(length >> shift));
-    }
+    AppendLongWord(file, length);
     file.insert(file.end(), kind, kind + 4);
     file.insert(file.end(), content.begin(), content.end());
 }
@@ -128,12 +130,8 @@ TEST(Jpeg2000Engine, CutAndDamagedStreamsGiveACodeAndNothingElse) {
 ByteVector BareHeader(std::uint32_t side, std::uint32_t tile, unsigned layers,
                       std::vector<unsigned char> precincts) {
     ByteVector bytes = {0xFF, 0x4F, 0xFF, 0x51, 0, 41, 0, 0};
-    const auto put = [&](std::uint32_t value) {
-        for (int shift = 24; shift >= 0; shift -= 8) {
-            bytes.push_back(static_cast<unsigned char>(value >> shift));
-        }
-    };
-    for (std::uint32_t value : {side, side, 0U, 0U, tile, tile, 0U, 0U}) put(value);
+    for (const std::uint32_t value : {side, side, 0U, 0U, tile, tile, 0U, 0U})
+        AppendLongWord(bytes, value);
     const unsigned char levels = precincts.empty() ? 5 : 0;
     const auto length = static_cast<unsigned char>(12 + precincts.size());
     bytes.insert(bytes.end(), {0, 1, 7, 1, 1});
@@ -183,17 +181,10 @@ TEST(Jpeg2000Engine, TheOrderOfRequestsIsKept) {
 TEST(Jpeg2000Engine, ThreadsDoNotDisturbEachOther) {
     const Jpeg2000Picture picture{.columns = 64, .rows = 64, .samples = 3};
     const ByteVector pixels = Picture(64, 64, 3, 1, 8);
-    std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < 4; ++t) {
-        threads.emplace_back([&] {
-            for (int round = 0; round < 5; ++round) {
-                if (DecodeJpeg2000Pixels(picture, CodeJpeg2000(picture, pixels)) != pixels) ++wrong;
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(testing::CountWrongInThreads([&](std::size_t) {
+                  return DecodeJpeg2000Pixels(picture, CodeJpeg2000(picture, pixels)) == pixels;
+              }),
+              0);
 }
 
 }  // namespace

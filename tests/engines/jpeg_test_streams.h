@@ -4,8 +4,10 @@
 #include "foundation/engines/jpeg/jpeg_engine.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <optional>
 #include <random>
 #include <vector>
@@ -35,6 +37,43 @@ inline ByteVector Picture(int columns, int rows, int samples, int bytesPerSample
     return bytes;
 }
 
+/// The sample at `index`, of 1 or 2 bytes.
+inline int SampleAt(const ByteVector& bytes, std::size_t index, int bytesPerSample) {
+    return bytesPerSample == 2 ? bytes[2 * index] | (bytes[2 * index + 1] << 8) : int{bytes[index]};
+}
+
+/// 65536 for pictures of different sizes.
+inline int GreatestError(const ByteVector& a, const ByteVector& b, int bytesPerSample) {
+    if (a.size() != b.size()) return 65536;
+    int greatest = 0;
+    for (std::size_t i = 0; i < a.size() / static_cast<std::size_t>(bytesPerSample); ++i) {
+        greatest = std::max(
+            greatest, std::abs(SampleAt(a, i, bytesPerSample) - SampleAt(b, i, bytesPerSample)));
+    }
+    return greatest;
+}
+
+/// In decibels; 0 for pictures of different sizes.
+inline double PeakSignalToNoise(const ByteVector& a, const ByteVector& b, int precision) {
+    if (a.size() != b.size()) return 0;
+    const int bytesPerSample = precision > 8 ? 2 : 1;
+    const std::size_t count = a.size() / static_cast<std::size_t>(bytesPerSample);
+    double squares = 0;
+    for (std::size_t i = 0; i < count; ++i)
+        squares += std::pow(SampleAt(a, i, bytesPerSample) - SampleAt(b, i, bytesPerSample), 2);
+    const double peak = std::pow(2, precision) - 1;
+    return 10 * std::log10(peak * peak * static_cast<double>(count) / std::max(squares, 1e-9));
+}
+
+inline JpegCodingBlock LosslessCoding(int columns, int rows, int samples, int precision) {
+    return {.columns = static_cast<std::uint16_t>(columns),
+            .rows = static_cast<std::uint16_t>(rows),
+            .samples = static_cast<std::uint8_t>(samples),
+            .bytesPerSample = static_cast<std::uint8_t>(precision > 8 ? 2 : 1),
+            .process = JpegProcess::kLossless,
+            .precision = static_cast<std::uint8_t>(precision)};
+}
+
 struct CodedOutput {
     unsigned char buffer[kJpegBufferBytes];
     ByteVector bytes;
@@ -52,13 +91,17 @@ inline int TakeCoded(int event, void* context, unsigned char** buffer, std::uint
     return 0;
 }
 
-/// The coded stream; empty where the coder refuses.
+/// The coded stream; empty where the coder refuses. Samples may lie anywhere: those of a picture with
+/// an odd number of columns begin at an odd address.
 inline ByteVector Code(JpegCodingBlock coding, const ByteVector& picture) {
+    const std::size_t shift = coding.columns % 2U;
+    ByteVector shifted(shift);
+    shifted.insert(shifted.end(), picture.begin(), picture.end());
     CodedOutput output;
     coding.write = TakeCoded;
     coding.writeContext = &output;
     JpegCompressionHandle handle;
-    const int result = comp_im_buf(handle, coding, picture.data(), coding.rows);
+    const int result = comp_im_buf(handle, coding, shifted.data() + shift, coding.rows);
     return result == 0 ? output.bytes : ByteVector{};
 }
 
@@ -98,6 +141,7 @@ struct HowToDecode {
     int stripe = 16;
 };
 
+/// Pixels of an odd number of columns go to an odd address.
 inline DecodedPicture DecodeAll(const ByteVector& stream, const HowToDecode& how) {
     DecodedPicture picture;
     StreamInput input{.bytes = stream, .block = how.block};
@@ -110,13 +154,16 @@ inline DecodedPicture DecodeAll(const ByteVector& stream, const HowToDecode& how
         return picture;
     }
     const int height = picture.description.frame.height;
-    picture.pixels.assign(picture.layout.rowBytes * static_cast<std::size_t>(height), 0xEE);
+    const std::size_t shift = picture.description.frame.width % 2U;
+    picture.pixels.assign(shift + picture.layout.rowBytes * static_cast<std::size_t>(height), 0xEE);
     int answer = 0;
     for (int line = 0; line < height && answer == 0; line += how.stripe) {
-        unsigned char* rows =
-            picture.pixels.data() + static_cast<std::size_t>(line) * picture.layout.rowBytes;
+        unsigned char* rows = picture.pixels.data() + shift +
+                              static_cast<std::size_t>(line) * picture.layout.rowBytes;
         answer = decompress(handle, rows, std::min(how.stripe, height - line));
     }
+    picture.pixels.erase(picture.pixels.begin(),
+                         picture.pixels.begin() + static_cast<std::ptrdiff_t>(shift));
     picture.lines = decompressed_lines(handle);
     picture.lastAnswer = answer;
     picture.warnings = decompression_warnings(handle);

@@ -1,8 +1,7 @@
 #include "tests/engines/lossless_test_streams.h"
+#include "tests/reliability/guarded_bytes.h"
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace quorvex {
 namespace {
@@ -136,29 +135,6 @@ TEST(LosslessDecoding, DamageComesOutAsTheLibraryHasIt) {
     EXPECT_GT(ours, 300);
 }
 
-/// Memory that ends where nobody may write.
-class GuardedRoom {
-public:
-    explicit GuardedRoom(std::size_t size)
-        : page_(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
-          length_((size / page_ + 2) * page_),
-          start_(
-              mmap(nullptr, length_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0)),
-          room_(static_cast<unsigned char*>(start_) + length_ - page_ - size) {
-        mprotect(static_cast<unsigned char*>(start_) + length_ - page_, page_, PROT_NONE);
-    }
-    GuardedRoom(const GuardedRoom&) = delete;
-    GuardedRoom& operator=(const GuardedRoom&) = delete;
-    ~GuardedRoom() { munmap(start_, length_); }
-    [[nodiscard]] unsigned char* Room() const { return room_; }
-
-private:
-    std::size_t page_;
-    std::size_t length_;
-    void* start_;
-    unsigned char* room_;
-};
-
 TEST(LosslessDecoding, NothingIsWrittenBehindThePicture) {
     std::minstd_rand random(5);
     for (int round = 0; round < 300; ++round) {
@@ -169,9 +145,9 @@ TEST(LosslessDecoding, NothingIsWrittenBehindThePicture) {
         const auto header = testing::LosslessHeader(stream);
         ASSERT_TRUE(header);
         LosslessDecoding how{.bytesPerSample = shape.precision > 8 ? 2 : 1, .stripe = 7};
-        const GuardedRoom guarded(static_cast<std::size_t>(shape.columns * shape.rows *
-                                                           shape.samples * how.bytesPerSample));
-        how.pixels = guarded.Room();
+        const test::GuardedBytes guarded(static_cast<std::size_t>(
+            shape.columns * shape.rows * shape.samples * how.bytesPerSample));
+        how.pixels = guarded.Data();
         const auto ours = Decode(stream, *header, how);
         how.pixels = nullptr;
         EXPECT_TRUE(ours.IsLike(DecodeByLibrary(stream, *header, how))) << Describe(shape);

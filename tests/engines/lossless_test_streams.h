@@ -241,15 +241,6 @@ inline LosslessOutcome DecodeByLibrary(const ByteVector& stream, const JpegHeade
 
 using MakeLosslessStream = std::unique_ptr<JpegLineCoder> (*)(const JpegCodingBlock& coding);
 
-inline JpegCodingBlock LosslessCoding(int columns, int rows, int samples, int precision) {
-    return {.columns = static_cast<std::uint16_t>(columns),
-            .rows = static_cast<std::uint16_t>(rows),
-            .samples = static_cast<std::uint8_t>(samples),
-            .bytesPerSample = static_cast<std::uint8_t>(precision > 8 ? 2 : 1),
-            .process = JpegProcess::kLossless,
-            .precision = static_cast<std::uint8_t>(precision)};
-}
-
 /// The stream of one coder; empty where it refuses.
 inline ByteVector Encode(MakeLosslessStream make, JpegCodingBlock coding,
                          const unsigned char* rows) {

@@ -1,131 +1,10 @@
-/// Frames of every coding that is read, made for tests that put them under other headers.
+/// Files of coded frames, made for tests that put frames under other headers.
 #pragma once
 
-#include "quorvex/CxImageProcessor.h"
-#include "quorvex/DicomObject.h"
-#include "tests/codec/rle_frames.h"
-#include "tests/engines/jpeg_test_streams.h"
-#include "tests/reliability/guarded_bytes.h"
+#include "tests/codec/coded_frames.h"
 #include "tests/support/dicom_builder.h"
 
-#include <cstdint>
-#include <memory>
-#include <random>
-
 namespace quorvex::test {
-
-/// A coding, and what it can hold.
-struct Coding {
-    const char* name;
-    std::uint32_t syntax;
-    const char* uid;
-    std::uint32_t target;  ///< a QUORVEX_XFERSYNTAX
-    unsigned leastBits;
-    unsigned mostBits;
-    bool isLossless;
-};
-
-inline constexpr Coding kCodings[] = {
-    {"native", kExplicitLittleEndian, "1.2.840.10008.1.2.1", kXferUncompressed, 8, 16, true},
-    {"RLE", kRle, "1.2.840.10008.1.2.5", kXferRle, 8, 16, true},
-    {"JPEG baseline", kJpegBaseline, "1.2.840.10008.1.2.4.50", kXferJpegBaseline, 8, 8, false},
-    {"JPEG extended", kJpegExtended, "1.2.840.10008.1.2.4.51", kXferJpegExtended, 12, 12, false},
-    {"JPEG lossless", kJpegLosslessFirstOrder, "1.2.840.10008.1.2.4.70", kXferJpegLossless, 8, 16,
-     true},
-    {"JPEG 2000", kJpeg2000, "1.2.840.10008.1.2.4.91", kXferJpeg2000, 8, 16, false},
-    {"JPEG 2000 lossless", kJpeg2000Lossless, "1.2.840.10008.1.2.4.90", kXferJpeg2000Lossless, 8,
-     16, true},
-};
-
-struct FrameForm {
-    unsigned columns = 24;
-    unsigned rows = 20;
-    unsigned samples = 1;
-    unsigned bits = 8;  ///< of a sample, all of them used
-
-    [[nodiscard]] unsigned SampleBytes() const { return bits > 8 ? 2 : 1; }
-    [[nodiscard]] std::size_t Bytes() const {
-        return std::size_t{columns} * rows * samples * SampleBytes();
-    }
-    [[nodiscard]] unsigned Allocated() const { return SampleBytes() * 8; }
-    [[nodiscard]] const char* Photometric() const { return samples == 3 ? "RGB" : "MONOCHROME2"; }
-};
-
-inline Bytes PictureOf(const FrameForm& form, unsigned seed = 1) {
-    return testing::Picture(static_cast<int>(form.columns), static_cast<int>(form.rows),
-                            static_cast<int>(form.samples), static_cast<int>(form.SampleBytes()),
-                            static_cast<int>(form.bits), seed);
-}
-
-inline Bytes CodeRle(const FrameForm& form, const Bytes& pixels) {
-    std::mt19937 random(form.columns);
-    const std::size_t step = form.samples * form.SampleBytes();
-    std::vector<Bytes> segments;
-    for (unsigned sample = 0; sample < form.samples; ++sample) {
-        for (unsigned byte = form.SampleBytes(); byte-- > 0;) {
-            Bytes plane;
-            for (std::size_t at = sample * form.SampleBytes() + byte; at < pixels.size();
-                 at += step)
-                plane.push_back(pixels[at]);
-            segments.push_back(EncodeSegment(plane, random));
-        }
-    }
-    return JoinSegments(segments);
-}
-
-/// 12-bit colour has no place in a DICOM coder of ours, but other people's streams have it.
-inline Bytes CodeExtended(const FrameForm& form, const Bytes& pixels) {
-    return testing::Code({.columns = static_cast<std::uint16_t>(form.columns),
-                          .rows = static_cast<std::uint16_t>(form.rows),
-                          .samples = static_cast<std::uint8_t>(form.samples),
-                          .bytesPerSample = 2,
-                          .process = JpegProcess::kExtended,
-                          .precision = 12,
-                          .quality = 95},
-                         pixels);
-}
-
-/// The coded frame; empty where the coding does not hold such pixels.
-inline Bytes CodeFrame(const Coding& coding, const FrameForm& form, Bytes pixels) {
-    if (form.bits < coding.leastBits || form.bits > coding.mostBits) return {};
-    if (coding.target == kXferUncompressed) return pixels;
-    if (coding.target == kXferRle) return CodeRle(form, pixels);
-    if (coding.target == kXferJpegExtended) return CodeExtended(form, pixels);
-    _IMAGE_PROCESS_PARAM param;
-    param.transferSyntax = kExplicitLittleEndian;
-    param.samplesPerPixel = static_cast<std::uint16_t>(form.samples);
-    param.photometric = form.Photometric();
-    param.planarConfiguration = 0;
-    param.rows = static_cast<std::uint16_t>(form.rows);
-    param.columns = static_cast<std::uint16_t>(form.columns);
-    param.bitsAllocated = static_cast<std::uint16_t>(form.bits);
-    param.pixelRepresentation = 0;
-    param.quality = coding.target == kXferJpegBaseline ? 95 : 1;
-    param.targetSyntax = coding.target;
-    unsigned char* coded = nullptr;
-    unsigned long size = 0;
-    CxImageProcessor processor;
-    processor.CompressFrameData(&param, pixels.data(), pixels.size(), coded, size);
-    const std::unique_ptr<unsigned char[]> owner(coded);
-    return coded == nullptr ? Bytes() : Bytes(coded, coded + size);
-}
-
-inline Bytes CodeFrame(const Coding& coding, const FrameForm& form) {
-    return CodeFrame(coding, form, PictureOf(form));
-}
-
-inline _IMAGE_PROCESS_PARAM DecodingParam(const Coding& coding, const FrameForm& header) {
-    _IMAGE_PROCESS_PARAM param;
-    param.transferSyntax = coding.syntax;
-    param.samplesPerPixel = static_cast<std::uint16_t>(header.samples);
-    param.photometric = header.Photometric();
-    param.planarConfiguration = coding.target == kXferRle ? 1 : 0;
-    param.rows = static_cast<std::uint16_t>(header.rows);
-    param.columns = static_cast<std::uint16_t>(header.columns);
-    param.bitsAllocated = static_cast<std::uint16_t>(header.Allocated());
-    param.pixelRepresentation = 0;
-    return param;
-}
 
 /// A file of one frame, coded as it may be, under a header that may say something else.
 inline Bytes FileOf(const char* uid, bool isEncapsulated, const FrameForm& header,
@@ -140,24 +19,6 @@ inline Bytes FileOf(const char* uid, bool isEncapsulated, const FrameForm& heade
 
 inline Bytes FileOf(const Coding& coding, const FrameForm& header, const Bytes& frame) {
     return FileOf(coding.uid, coding.target != kXferUncompressed, header, frame);
-}
-
-struct DecodedFrame {
-    QUORVEX_MESSAGE code;
-    Bytes frame;  ///< empty where the code is no success
-};
-
-/// Decodes with the stream and the caller's block between guard pages.
-inline DecodedFrame DecodeGuarded(_IMAGE_PROCESS_PARAM param, const Bytes& stream,
-                                  std::size_t frameBytes) {
-    const GuardedBytes source(stream);
-    const GuardedBytes block(frameBytes);
-    unsigned char* result = block.Data();
-    unsigned long size = frameBytes;
-    const auto code = CxImageProcessor().DecompressFrameData(&param, source.Data(), source.Size(),
-                                                             result, size, 0);
-    const bool isDone = code == QVM_SUCCESS || code == QVM_FRAME_COPIED;
-    return {code, isDone ? Bytes(result, result + frameBytes) : Bytes()};
 }
 
 }  // namespace quorvex::test

@@ -1,12 +1,9 @@
 // Subsampled chroma and odd sizes: every picture of 1 to 17 pixels a side, with every subsampling.
+#include "tests/engines/jpeg_library_streams.h"
 #include "tests/reliability/coded_frames.h"
 #include "tests/support/every_route.h"
 
-// The library's header wants the standard's first.
-#include <cstdio>
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <jpeglib.h>
 #include <openjpeg.h>
 #include <string>
 
@@ -25,38 +22,17 @@ void ForEachSize(Check check) {
     }
 }
 
-struct Subsampling {
-    const char* name;
-    int horizontal;
-    int vertical;
-};
-constexpr Subsampling kSubsamplings[] = {
-    {"4:4:4", 1, 1}, {"4:2:2", 2, 1}, {"4:2:0", 2, 2}, {"4:4:0", 1, 2}, {"4:1:1", 4, 1}};
+constexpr testing::JpegRecipe kRecipes[] = {{"4:4:4"},
+                                            {"4:2:2", 2, 1},
+                                            {"4:2:0", 2, 2},
+                                            {"4:4:0", 1, 2},
+                                            {"4:1:1", 4, 1},
+                                            {"4:2:0, progressive", 2, 2, true},
+                                            {"4:2:2, restarts", 2, 1, false, 1}};
 
-Bytes CodeSubsampled(const FrameForm& form, Bytes rgb, const Subsampling& subsampling) {
-    jpeg_compress_struct codec{};
-    jpeg_error_mgr errors{};
-    codec.err = jpeg_std_error(&errors);
-    jpeg_create_compress(&codec);
-    unsigned char* out = nullptr;
-    unsigned long size = 0;
-    jpeg_mem_dest(&codec, &out, &size);
-    codec.image_width = form.columns;
-    codec.image_height = form.rows;
-    codec.input_components = 3;
-    codec.in_color_space = JCS_RGB;
-    jpeg_set_defaults(&codec);
-    jpeg_set_quality(&codec, 95, TRUE);
-    codec.comp_info[0].h_samp_factor = subsampling.horizontal;
-    codec.comp_info[0].v_samp_factor = subsampling.vertical;
-    jpeg_start_compress(&codec, TRUE);
-    for (unsigned char* row = rgb.data(); codec.next_scanline < form.rows; row += form.columns * 3)
-        jpeg_write_scanlines(&codec, &row, 1);
-    jpeg_finish_compress(&codec);
-    jpeg_destroy_compress(&codec);
-    const Bytes stream(out, out + size);
-    std::free(out);
-    return stream;
+Bytes CodeSubsampled(const FrameForm& form, const Bytes& rgb, const testing::JpegRecipe& recipe) {
+    return testing::MakeJpeg(static_cast<int>(form.columns), static_cast<int>(form.rows), rgb,
+                             recipe);
 }
 
 /// As the library itself decodes, line by line.
@@ -96,19 +72,19 @@ TEST(OddSizes, SubsampledJpegIsWhatItsLibraryDecodes) {
     ForEachSize([&](const FrameForm& form) {
         const auto param = DecodingParam(baseline, form);
         const Bytes flat = Flat(form, {200, 90, 30});
-        for (const Subsampling& subsampling : kSubsamplings) {
-            const Bytes stream = CodeSubsampled(form, PictureOf(form), subsampling);
+        for (const testing::JpegRecipe& recipe : kRecipes) {
+            const Bytes stream = CodeSubsampled(form, PictureOf(form), recipe);
             _IMAGE_PROCESS_PARAM ybr = param;
             ybr.photometric = "YBR_FULL_422";
             EXPECT_EQ(DecodeGuarded(ybr, stream, form.Bytes()).frame, DecodeDirectly(form, stream))
-                << subsampling.name;
+                << recipe.name;
             EXPECT_EQ(DecodeGuarded(param, stream, form.Bytes()).frame,
                       DecodeDirectly(form, stream))
-                << subsampling.name;
+                << recipe.name;
             // An edge that takes its colour from elsewhere shows in a flat picture.
             const Bytes shown =
-                DecodeGuarded(param, CodeSubsampled(form, flat, subsampling), form.Bytes()).frame;
-            EXPECT_LE(GreatestError(shown, flat), 3) << subsampling.name;
+                DecodeGuarded(param, CodeSubsampled(form, flat, recipe), form.Bytes()).frame;
+            EXPECT_LE(GreatestError(shown, flat), 3) << recipe.name;
         }
     });
 }

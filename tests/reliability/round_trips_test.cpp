@@ -36,17 +36,6 @@ const Coder kCoders[] = {
     {kCodings[6], [](const Samples&) { return true; }, 0},
 };
 
-Bytes Coded(_IMAGE_PROCESS_PARAM param, const Bytes& pixels, QUORVEX_MESSAGE& code) {
-    const GuardedBytes source(pixels);
-    unsigned char* coded = nullptr;
-    unsigned long size = 0;
-    CxImageProcessor processor;
-    code = processor.CompressFrameData(&param, source.Data(), source.Size(), coded, size);
-    const std::unique_ptr<unsigned char[]> owner(coded);
-    EXPECT_EQ(coded != nullptr, code == QVM_SUCCESS);
-    return coded == nullptr ? Bytes() : Bytes(coded, coded + size);
-}
-
 Bytes Decoded(const _IMAGE_PROCESS_PARAM& param, const Bytes& coded, std::size_t frameBytes) {
     const auto decoded = DecodeGuarded(param, coded, frameBytes);
     EXPECT_EQ(decoded.code, QVM_SUCCESS);
@@ -68,14 +57,13 @@ int GreatestError(const Bytes& one, const Bytes& other, const Samples& kind) {
 }
 
 void ExpectRoundTrip(const Coder& coder, const Samples& kind, const FrameForm& form) {
-    const Bytes pixels = PictureOf(form, form.columns * 31 + form.rows);
+    Bytes pixels = PictureOf(form, form.columns * 31 + form.rows);
     _IMAGE_PROCESS_PARAM param = DecodingParam(coder.coding, form);
     param.pixelRepresentation = kind.isSigned ? 1 : 0;
     param.targetSyntax = coder.coding.target;
     param.quality = coder.coding.target == kXferJpegBaseline ? 98 : 1;
     param.transferSyntax = kExplicitLittleEndian;
-    QUORVEX_MESSAGE code = QVM_SUCCESS;
-    const Bytes coded = Coded(param, pixels, code);
+    const auto [code, coded] = Compress(param, pixels);
     ASSERT_TRUE(code == QVM_SUCCESS || !coder.takes(kind)) << code;
     if (code != QVM_SUCCESS) return;
     param.transferSyntax = coder.coding.syntax;
@@ -112,9 +100,9 @@ TEST(RoundTrips, CodersRefuseWhatTheirSourceDoesNotHold) {
                         param.transferSyntax = kExplicitLittleEndian;
                         param.bitsAllocated = static_cast<std::uint16_t>(bits);
                         param.targetSyntax = coder.coding.target;
-                        QUORVEX_MESSAGE code = QVM_SUCCESS;
-                        Coded(param, PictureOf(form), code);
-                        EXPECT_NE(code, QVM_SUCCESS) << columns << ' ' << rows << ' ' << samples;
+                        Bytes pixels = PictureOf(form);
+                        EXPECT_NE(Compress(param, pixels).code, QVM_SUCCESS)
+                            << columns << ' ' << rows << ' ' << samples;
                     }
                 }
             }
