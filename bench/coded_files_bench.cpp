@@ -50,31 +50,12 @@ void FileDcmtk(benchmark::State& state, const char* name) {
     DJDecoderRegistration::cleanup();
 }
 
-void BaselineFile(benchmark::State& state) {
-    FileOurs(state, "SC_rgb_jpeg_lossy_gdcm.dcm");
-}
-void BaselineFileDcmtk(benchmark::State& state) {
-    FileDcmtk(state, "SC_rgb_jpeg_lossy_gdcm.dcm");
-}
-void ExtendedFile(benchmark::State& state) {
-    FileOurs(state, "JPGExtended.dcm");
-}
-void ExtendedFileDcmtk(benchmark::State& state) {
-    FileDcmtk(state, "JPGExtended.dcm");
-}
-void LosslessFile(benchmark::State& state) {
-    FileOurs(state, "SC_rgb_jpeg_gdcm.dcm");
-}
-void LosslessFileDcmtk(benchmark::State& state) {
-    FileDcmtk(state, "SC_rgb_jpeg_gdcm.dcm");
-}
-
-BENCHMARK(BaselineFile);
-BENCHMARK(BaselineFileDcmtk);
-BENCHMARK(ExtendedFile);
-BENCHMARK(ExtendedFileDcmtk);
-BENCHMARK(LosslessFile);
-BENCHMARK(LosslessFileDcmtk);
+BENCHMARK_CAPTURE(FileOurs, , "SC_rgb_jpeg_lossy_gdcm.dcm")->Name("BaselineFile");
+BENCHMARK_CAPTURE(FileDcmtk, , "SC_rgb_jpeg_lossy_gdcm.dcm")->Name("BaselineFileDcmtk");
+BENCHMARK_CAPTURE(FileOurs, , "JPGExtended.dcm")->Name("ExtendedFile");
+BENCHMARK_CAPTURE(FileDcmtk, , "JPGExtended.dcm")->Name("ExtendedFileDcmtk");
+BENCHMARK_CAPTURE(FileOurs, , "SC_rgb_jpeg_gdcm.dcm")->Name("LosslessFile");
+BENCHMARK_CAPTURE(FileDcmtk, , "SC_rgb_jpeg_gdcm.dcm")->Name("LosslessFileDcmtk");
 
 }  // namespace
 }  // namespace quorvex::bench

@@ -23,29 +23,12 @@ extern "C" {
 constexpr Picture kColour{.columns = 1024, .rows = 768, .samples = 3};
 constexpr Picture kSlice{.columns = 512, .rows = 512, .precision = 16};
 
-void BaselineDecodeOurs(benchmark::State& state) {
-    DecodeOurs(state, kColour, kXferJpegBaseline, 90, kJpegBaseline);
-}
-void BaselineDecodeTurbo(benchmark::State& state) {
-    DecodeDirectly(state, kColour, kXferJpegBaseline, 90);
-}
-void BaselineEncodeOurs(benchmark::State& state) {
-    EncodeOurs(state, kColour, kXferJpegBaseline, 90);
-}
 void BaselineEncodeTurbo(benchmark::State& state) {
-    const Bytes pixels = Pixels(kColour);
-    for (auto _ : state) {
-        const Bytes stream = DirectEncode(
-            pixels, kColour.columns, kColour.rows, 3,
-            [](jpeg_compress_struct& codec) {
-                jpeg_set_quality(&codec, 90, TRUE);
-                codec.comp_info[0].h_samp_factor = 1;
-                codec.comp_info[0].v_samp_factor = 1;
-            },
-            [](jpeg_compress_struct&) {});
-        benchmark::DoNotOptimize(stream.data());
-    }
-    CountBytes(state, kColour);
+    EncodeDirectly(state, kColour, [](jpeg_compress_struct& codec) {
+        jpeg_set_quality(&codec, 90, TRUE);
+        codec.comp_info[0].h_samp_factor = 1;
+        codec.comp_info[0].v_samp_factor = 1;
+    });
 }
 
 /// Decodes and packs: what a caller without us would have to do.
@@ -120,21 +103,6 @@ void EncodeOpenJpeg(benchmark::State& state, const Picture& picture, const Bytes
     CountBytes(state, picture);
 }
 
-void Jpeg2000LosslessDecodeOurs(benchmark::State& state) {
-    DecodeOurs(state, kSlice, kXferJpeg2000Lossless, 1, kJpeg2000Lossless);
-}
-void Jpeg2000LosslessDecodeOpenJpeg(benchmark::State& state) {
-    DecodeOpenJpeg(state, kSlice, kXferJpeg2000Lossless);
-}
-void Jpeg2000LossyDecodeOurs(benchmark::State& state) {
-    DecodeOurs(state, kColour, kXferJpeg2000, 10, kJpeg2000);
-}
-void Jpeg2000LossyDecodeOpenJpeg(benchmark::State& state) {
-    DecodeOpenJpeg(state, kColour, kXferJpeg2000);
-}
-void Jpeg2000LosslessEncodeOurs(benchmark::State& state) {
-    EncodeOurs(state, kSlice, kXferJpeg2000Lossless, 1);
-}
 void Jpeg2000LosslessEncodeOpenJpeg(benchmark::State& state) {
     EncodeOpenJpeg(state, kSlice, Pixels(kSlice));
 }
@@ -142,15 +110,20 @@ void Jpeg2000SampleEncodeOpenJpeg(benchmark::State& state) {
     EncodeOpenJpeg(state, kSlice, SamplePixels());
 }
 
-BENCHMARK(BaselineDecodeOurs);
-BENCHMARK(BaselineDecodeTurbo);
-BENCHMARK(BaselineEncodeOurs);
+BENCHMARK_CAPTURE(DecodeOurs, , kColour, kXferJpegBaseline, 90, kJpegBaseline)
+    ->Name("BaselineDecodeOurs");
+BENCHMARK_CAPTURE(DecodeDirectly, , kColour, kXferJpegBaseline, 90)->Name("BaselineDecodeTurbo");
+BENCHMARK_CAPTURE(EncodeOurs, , kColour, kXferJpegBaseline, 90)->Name("BaselineEncodeOurs");
 BENCHMARK(BaselineEncodeTurbo);
-BENCHMARK(Jpeg2000LosslessDecodeOurs);
-BENCHMARK(Jpeg2000LosslessDecodeOpenJpeg);
-BENCHMARK(Jpeg2000LossyDecodeOurs);
-BENCHMARK(Jpeg2000LossyDecodeOpenJpeg);
-BENCHMARK(Jpeg2000LosslessEncodeOurs);
+BENCHMARK_CAPTURE(DecodeOurs, , kSlice, kXferJpeg2000Lossless, 1, kJpeg2000Lossless)
+    ->Name("Jpeg2000LosslessDecodeOurs");
+BENCHMARK_CAPTURE(DecodeOpenJpeg, , kSlice, kXferJpeg2000Lossless)
+    ->Name("Jpeg2000LosslessDecodeOpenJpeg");
+BENCHMARK_CAPTURE(DecodeOurs, , kColour, kXferJpeg2000, 10, kJpeg2000)
+    ->Name("Jpeg2000LossyDecodeOurs");
+BENCHMARK_CAPTURE(DecodeOpenJpeg, , kColour, kXferJpeg2000)->Name("Jpeg2000LossyDecodeOpenJpeg");
+BENCHMARK_CAPTURE(EncodeOurs, , kSlice, kXferJpeg2000Lossless, 1)
+    ->Name("Jpeg2000LosslessEncodeOurs");
 BENCHMARK(Jpeg2000LosslessEncodeOpenJpeg);
 BENCHMARK(Jpeg2000SampleEncodeOpenJpeg);
 
