@@ -99,18 +99,14 @@ TEST(Region, PolygonsFollowTheRayRule) {
 
 TEST(Region, AnyCoordinatesStayInThePicture) {
     constexpr int kEnds[] = {INT_MIN, -1, 0, 3, INT_MAX};
-    for (const int left : kEnds) {
-        for (const int top : kEnds) {
-            for (const int right : kEnds) {
-                for (const int bottom : kEnds) {
-                    Picture picture(5, 5);
-                    PaintRectangle(picture.mask, {left, top, right, bottom}, {1, 0});
-                    PaintEllipse(picture.mask, {left, top, right, bottom}, {1, 0});
-                    const CPoint points[] = {{left, top}, {right, bottom}, {right, top}, {0, 0}};
-                    PaintPolygon(picture.mask, points, {1, 0});
-                }
-            }
-        }
+    for (int i = 0; i < 5 * 5 * 5 * 5; ++i) {
+        const CRect box{kEnds[i % 5], kEnds[i / 5 % 5], kEnds[i / 25 % 5], kEnds[i / 125]};
+        const CPoint points[] = {
+            {box.left, box.top}, {box.right, box.bottom}, {box.right, box.top}, {0, 0}};
+        Picture picture(5, 5);
+        PaintRectangle(picture.mask, box, {1, 0});
+        PaintEllipse(picture.mask, box, {1, 0});
+        PaintPolygon(picture.mask, points, {1, 0});
     }
     Picture whole(5, 5);
     PaintEllipse(whole.mask, {INT_MIN, INT_MIN, INT_MAX, INT_MAX}, {1, 0});

@@ -46,14 +46,15 @@ TEST(Surface, ClipsAtEverySide) {
             for (int x = -5; x <= kWidth + 1; ++x) {
                 Canvas canvas(bytesPerPixel);
                 SetDIBitsToDevice(canvas.surface, {x, y}, HeaderOf(4, 3, 8), colours, bits);
-                for (int row = -1; row <= kHeight; ++row) {
-                    for (int column = -1; column <= kWidth; ++column) {
-                        const bool isInside = column >= 0 && column < kWidth && row >= 0 &&
-                                              row < kHeight && column >= x && column < x + 4 &&
-                                              row >= y && row < y + 3;
-                        ASSERT_EQ(canvas.Blue(column, row), isInside ? 1 : kUntouched)
-                            << x << "," << y << " at " << column << "," << row;
-                    }
+                for (int i = 0; i < (kWidth + 2) * (kHeight + 2); ++i) {
+                    const int column = i % (kWidth + 2) - 1;
+                    const int row = i / (kWidth + 2) - 1;
+                    const bool isOnSurface =
+                        column >= 0 && column < kWidth && row >= 0 && row < kHeight;
+                    const bool isInBitmap =
+                        column >= x && column < x + 4 && row >= y && row < y + 3;
+                    ASSERT_EQ(canvas.Blue(column, row), isOnSurface && isInBitmap ? 1 : kUntouched)
+                        << x << "," << y << " at " << column << "," << row;
                 }
             }
         }
@@ -73,16 +74,20 @@ TEST(Surface, DrawsFromTheBottomRowUpAndLeavesTheFourthByteAlone) {
 
 TEST(Surface, RefusesWhatItCannotDraw) {
     const std::vector<unsigned char> bits(64, 1);
+    const struct {
+        const char* what;
+        CPoint place;
+        tagBITMAPINFOHEADER header;
+    } kCases[] = {{"fewer bits than rows", {}, HeaderOf(9, 8, 8)},
+                  {"16 bits a pixel", {}, HeaderOf(8, 8, 16)},
+                  {"no width", {}, HeaderOf(0, 8, 8)},
+                  {"far outside", {2147483647, -2147483647}, HeaderOf(8, 8, 8)}};
     Canvas canvas(4);
-    EXPECT_EQ(SetDIBitsToDevice(canvas.surface, {}, HeaderOf(9, 8, 8), {}, bits), 0);
-    EXPECT_EQ(SetDIBitsToDevice(canvas.surface, {}, HeaderOf(8, 8, 16), {}, bits), 0);
-    EXPECT_EQ(SetDIBitsToDevice(canvas.surface, {}, HeaderOf(0, 8, 8), {}, bits), 0);
-    EXPECT_EQ(
-        SetDIBitsToDevice(canvas.surface, {2147483647, -2147483647}, HeaderOf(8, 8, 8), {}, bits),
-        0);
+    for (const auto& c : kCases)
+        EXPECT_EQ(SetDIBitsToDevice(canvas.surface, c.place, c.header, {}, bits), 0) << c.what;
+    EXPECT_EQ(canvas.Blue(0, 0), kUntouched);
     DrawingSurface empty;
     EXPECT_EQ(SetDIBitsToDevice(empty, {}, HeaderOf(8, 8, 8), {}, bits), 0);
-    EXPECT_EQ(canvas.Blue(0, 0), kUntouched);
 }
 
 }  // namespace

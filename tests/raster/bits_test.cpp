@@ -24,7 +24,7 @@ TEST(RowOperations, LeaveTheGapBetweenRowsAlone) {
     EXPECT_FALSE(ippiCopy_8u_C3R(source.data(), 2, image.data(), 5, {1, 2}));
 }
 
-// Expected colours by ITU-R BT.601 in floating point, held between 0 and 255.
+// Expected colours by ITU-R BT.601 in floating point, clamped to 0 and 255.
 TEST(PartialRange422, GivesRgb) {
     constexpr struct {
         unsigned char y, cb, cr;

@@ -1,51 +1,17 @@
-#include "foundation/raster/raster.h"
-#include "tests/raster/noise_image.h"
+#include "tests/raster/raster_calls.h"
 
 #include <algorithm>
 #include <cmath>
-#include <gtest/gtest.h>
 #include <limits>
 
 namespace quorvex {
 namespace {
 
-using Image8 = TestImage<unsigned char>;
-using Image16 = TestImage<std::uint16_t>;
-
-RasterRect Whole(CSize size) {
-    return {0, 0, size.cx, size.cy};
-}
-
-bool Resize(const Image8& from, RasterRect rect, Image8& to, double xFactor, double yFactor) {
-    const auto operation = from.channels == 1   ? ippiResize_8u_C1R
-                           : from.channels == 3 ? ippiResize_8u_C3R
-                                                : ippiResize_8u_C4R;
-    return operation(from.samples.data(), from.size, from.Step(), rect, to.samples.data(),
-                     to.Step(), to.size, xFactor, yFactor, kLinearInterpolation);
-}
-
-bool Resize(const Image16& from, RasterRect rect, Image16& to, double xFactor, double yFactor) {
-    return ippiResize_16u_C1R(from.samples.data(), from.size, from.Step(), rect, to.samples.data(),
-                              to.Step(), to.size, xFactor, yFactor, kLinearInterpolation);
-}
-
-template <class Image>
-Image Resized(const Image& from, CSize size) {
-    Image to(size, from.channels);
-    EXPECT_TRUE(Resize(from, Whole(from.size), to, double(size.cx) / from.size.cx,
-                       double(size.cy) / from.size.cy));
-    return to;
-}
-
-double Held(double position, int length) {
-    return std::clamp(position, 0.0, static_cast<double>(length - 1));
-}
-
 /// The definition, in double precision and one pixel at a time.
 template <class Image>
 double Exact(const Image& from, RasterRect rect, double x, double y, int channel) {
-    const double column = Held(x, rect.width);
-    const double row = Held(y, rect.height);
+    const double column = std::clamp(x, 0.0, rect.width - 1.0);
+    const double row = std::clamp(y, 0.0, rect.height - 1.0);
     const int left = std::min(static_cast<int>(column), rect.width - 1);
     const int top = std::min(static_cast<int>(row), rect.height - 1);
     const auto at = [&](int i, int j) {
@@ -73,11 +39,8 @@ double LargestError(const Image& from, RasterRect rect, const Image& to, double 
     return worst;
 }
 
-Image8 MirroredBothWays(Image8 image) {
-    const auto operation = image.channels == 3 ? ippiMirror_8u_C3IR : ippiMirror_8u_C1IR;
-    operation(image.samples.data(), image.Step(), image.size, kVerticalAxis);
-    operation(image.samples.data(), image.Step(), image.size, kHorizontalAxis);
-    return image;
+Image8 MirroredBothWays(const Image8& image) {
+    return Mirrored(Mirrored(image, kVerticalAxis), kHorizontalAxis);
 }
 
 constexpr struct {
@@ -179,13 +142,24 @@ TEST(Resize, TakesAnyFactor) {
 TEST(Resize, RefusesWhatHasNoPixels) {
     Image8 image({8, 8}, 1);
     unsigned char* data = image.samples.data();
-    const RasterRect whole{0, 0, 8, 8};
-    EXPECT_FALSE(ippiResize_8u_C1R(nullptr, {8, 8}, 8, whole, data, 8, {8, 8}, 1, 1, 2));
-    EXPECT_FALSE(ippiResize_8u_C1R(data, {8, 8}, 8, whole, nullptr, 8, {8, 8}, 1, 1, 2));
-    EXPECT_FALSE(ippiResize_8u_C1R(data, {-8, 8}, 8, whole, data, 8, {8, 8}, 1, 1, 2));
-    EXPECT_FALSE(ippiResize_8u_C1R(data, {8, 8}, 7, whole, data, 8, {8, 8}, 1, 1, 2));
-    EXPECT_FALSE(ippiResize_8u_C1R(data, {8, 8}, 8, whole, data, 8, {8, 0}, 1, 1, 2));
-    EXPECT_FALSE(ippiResize_8u_C3R(data, {8, 8}, 23, whole, data, 24, {1, 1}, 1, 1, 2));
+    const struct {
+        const char* what;
+        const unsigned char* source;
+        CSize size;
+        std::ptrdiff_t step;
+        unsigned char* destination;
+        CSize destinationSize;
+    } kCases[] = {{"no source", nullptr, {8, 8}, 8, data, {8, 8}},
+                  {"no destination", data, {8, 8}, 8, nullptr, {8, 8}},
+                  {"a negative width", data, {-8, 8}, 8, data, {8, 8}},
+                  {"a step below a row", data, {8, 8}, 7, data, {8, 8}},
+                  {"no height", data, {8, 8}, 8, data, {8, 0}}};
+    for (const auto& c : kCases)
+        EXPECT_FALSE(ippiResize_8u_C1R(c.source, c.size, c.step, {0, 0, 8, 8}, c.destination, 8,
+                                       c.destinationSize, 1, 1, kLinearInterpolation))
+            << c.what;
+    EXPECT_FALSE(ippiResize_8u_C3R(data, {8, 8}, 23, {0, 0, 8, 8}, data, 24, {1, 1}, 1, 1,
+                                   kLinearInterpolation));
 }
 
 }  // namespace

@@ -1,0 +1,77 @@
+/// The raster operations on whole test images.
+#pragma once
+
+#include "foundation/raster/raster.h"
+#include "tests/raster/noise_image.h"
+
+#include <gtest/gtest.h>
+#include <hwy/targets.h>
+
+namespace quorvex {
+
+using Image8 = TestImage<unsigned char>;
+using Image16 = TestImage<std::uint16_t>;
+
+inline RasterRect Whole(CSize size) {
+    return {0, 0, size.cx, size.cy};
+}
+
+inline bool Resize(const Image8& from, RasterRect rect, Image8& to, double xFactor,
+                   double yFactor) {
+    const auto operation = from.channels == 1   ? ippiResize_8u_C1R
+                           : from.channels == 3 ? ippiResize_8u_C3R
+                                                : ippiResize_8u_C4R;
+    return operation(from.samples.data(), from.size, from.Step(), rect, to.samples.data(),
+                     to.Step(), to.size, xFactor, yFactor, kLinearInterpolation);
+}
+
+inline bool Resize(const Image16& from, RasterRect rect, Image16& to, double xFactor,
+                   double yFactor) {
+    return ippiResize_16u_C1R(from.samples.data(), from.size, from.Step(), rect, to.samples.data(),
+                              to.Step(), to.size, xFactor, yFactor, kLinearInterpolation);
+}
+
+template <class Image>
+Image Resized(const Image& from, CSize size) {
+    Image to(size, from.channels);
+    EXPECT_TRUE(Resize(from, Whole(from.size), to, double(size.cx) / from.size.cx,
+                       double(size.cy) / from.size.cy));
+    return to;
+}
+
+/// By 90, 180 or 270 degrees: counter-clockwise as rows run down, brought back into the image.
+inline Image8 Turned(const Image8& image, int angle) {
+    const auto [width, height] = image.size;
+    const CSize size = angle == 180 ? image.size : CSize{height, width};
+    Image8 turned(size, image.channels);
+    const auto operation = image.channels == 3 ? ippiRotate_8u_C3R : ippiRotate_8u_C1R;
+    EXPECT_TRUE(operation(image.samples.data(), image.size, image.Step(), Whole(image.size),
+                          turned.samples.data(), turned.Step(), Whole(size), angle,
+                          angle == 90 ? 0 : size.cx, angle == 270 ? 0 : size.cy,
+                          kLinearInterpolation));
+    return turned;
+}
+
+inline Image8 Mirrored(Image8 image, int axis) {
+    const auto operation = image.channels == 3 ? ippiMirror_8u_C3IR : ippiMirror_8u_C1IR;
+    EXPECT_TRUE(operation(image.samples.data(), image.Step(), image.size, axis));
+    return image;
+}
+
+/// Calls `check` with the kernels of each instruction set that this machine has, one after the
+/// other.
+template <class Check>
+void ForEachInstructionSet(const Check& check) {
+    const auto choose = [](std::int64_t targets) {
+        hwy::SetSupportedTargetsForTest(targets);
+        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    };
+    for (const auto target : hwy::SupportedAndGeneratedTargets()) {
+        SCOPED_TRACE(hwy::TargetName(target));
+        choose(target);
+        check();
+    }
+    choose(0);
+}
+
+}  // namespace quorvex
