@@ -19,7 +19,7 @@ namespace quorvex {
            sourceBytes >= *pictureBytes / kMostPicturePerByte || RefuseBy(Limit::kLargestPicture);
 }
 
-/// Releases a block that a FrameBlock made; null is passed over.
+/// Releases a block that a FrameBlock made; null is ignored.
 void GiveBackBlock(unsigned char* block, int allocMode) noexcept;
 
 /// A result block. One made here is handed to the caller at once, who owns it on failure too.

@@ -145,8 +145,8 @@ void RenderRun::MapRowByRamp(int row, int prefetchRow) {
 /// Red, green, blue become blue, green, red, as bitmaps have them. Without a table all stays black.
 void RenderRun::RenderColorImage(int row) {
     if (table_ == nullptr) return;
-    MapColoursTurned(ByteTable256(table_, 256), info_.pixels + SourcePixel(row) * kColourBytes,
-                     WorkRow(row), static_cast<std::size_t>(workRoi_.Width()));
+    MapColoursReversed(ByteTable256(table_, 256), info_.pixels + SourcePixel(row) * kColourBytes,
+                       WorkRow(row), static_cast<std::size_t>(workRoi_.Width()));
 }
 
 void RenderRun::RenderSuppPal(int row) {

@@ -36,7 +36,7 @@ struct Release {
     void operator()(cairo_surface_t* surface) const noexcept { cairo_surface_destroy(surface); }
 };
 
-/// The library remembers the first trouble and draws nothing more.
+/// After its first error the library draws nothing more.
 void ThrowWithoutMemory(cairo_t* context) {
     if (cairo_status(context) == CAIRO_STATUS_NO_MEMORY) throw std::bad_alloc();
 }
@@ -45,24 +45,24 @@ bool IsPlace(CanvasPoint point) {
     return !std::isnan(point.x) && !std::isnan(point.y);
 }
 
-CanvasPoint Held(CanvasPoint point) {
+CanvasPoint Clamped(CanvasPoint point) {
     return {std::clamp(point.x, -kFarthest, kFarthest), std::clamp(point.y, -kFarthest, kFarthest)};
 }
 
 /// Of a line between two places, as far as it crosses the rows and columns of a surface.
 double CostOf(CanvasPoint from, CanvasPoint to, CSize surface) {
-    const auto held = [](double value, int most) {
-        return value > 0.0 ? std::min<double>(value, most) : 0.0;  // no number is 0
+    const auto clamped = [](double value, int most) {
+        return value > 0.0 ? std::min<double>(value, most) : 0.0;  // NaN is 0
     };
-    return kCostOfBend + std::abs(held(to.x, surface.cx) - held(from.x, surface.cx)) +
-           std::abs(held(to.y, surface.cy) - held(from.y, surface.cy));
+    return kCostOfBend + std::abs(clamped(to.x, surface.cx) - clamped(from.x, surface.cx)) +
+           std::abs(clamped(to.y, surface.cy) - clamped(from.y, surface.cy));
 }
 
 void Trace(cairo_t* context, std::span<const CanvasPoint> points) {
     cairo_new_path(context);
     for (const CanvasPoint point : points) {
         if (!IsPlace(point)) continue;
-        const auto [x, y] = Held(point);
+        const auto [x, y] = Clamped(point);
         cairo_line_to(context, x, y);
     }
 }
@@ -185,7 +185,7 @@ void Canvas::Area(std::span<const CanvasPoint> points) {
 
 void Canvas::Dot(CanvasPoint place) {
     if (!sheet_ || !IsPlace(place) || !sheet_->Spend(kCostOfDot)) return;
-    const auto [x, y] = Held(place);
+    const auto [x, y] = Clamped(place);
     cairo_new_path(sheet_->context.get());
     cairo_arc(sheet_->context.get(), x, y, kDotRadius, 0.0, 2 * std::numbers::pi);
     FillPath(sheet_->context.get());
@@ -194,7 +194,7 @@ void Canvas::Dot(CanvasPoint place) {
 void Canvas::Text(const std::string& utf8, CanvasPoint baseline, double size) {
     if (!sheet_ || !IsPlace(baseline) || !sheet_->Choose(size)) return;
     if (!sheet_->Spend(kCostOfCharacter * size * static_cast<double>(utf8.size()))) return;
-    const auto [x, y] = Held(baseline);
+    const auto [x, y] = Clamped(baseline);
     cairo_t* const context = sheet_->context.get();
     cairo_new_path(context);
     cairo_move_to(context, x, y);

@@ -15,14 +15,14 @@ struct CanvasPoint {
     double y = 0.0;
 };
 
-/// Collects what is drawn and puts it onto a surface in one go: white with a dark rim, so that it can
-/// be read on any ground.
+/// Collects what is drawn and puts it onto a surface in one go: white with a dark rim, so that it
+/// can be read on any ground.
 ///
-/// Coordinates may lie anywhere: those that are no number are passed over, those beyond a million
-/// pixels count as a million. Once a million pixels of line have been drawn, the rest is left out, so
-/// that a wild object cannot keep a host waiting. A canvas that cannot work (a build without the drawing library, a side
-/// below 1 or above 32,767 pixels, no memory) draws nothing. Text needs the font that the build
-/// found; without it no text is drawn, and it has no width.
+/// Coordinates may lie anywhere: NaN is skipped, and what lies beyond a million pixels counts as
+/// a million. Once a million pixels of line have been drawn, the rest is left out, so
+/// that a wild object cannot keep a host waiting. A canvas that cannot work (a build without the
+/// drawing library, a side below 1 or above 32,767 pixels, no memory) draws nothing. Text needs the
+/// font that the build found; without it no text is drawn, and it has no width.
 ///
 /// One canvas serves one thread at a time, different ones may work at once.
 class Canvas {

@@ -5,8 +5,8 @@
 
 namespace quorvex {
 
-/// Null where the font's file is not there. It lasts as long as the process, and any number of threads
-/// may use it.
+/// Null where the font's file is not there. It lasts as long as the process, and any number of
+/// threads may use it.
 [[nodiscard]] cairo_font_face_t* CanvasFont();
 
 }  // namespace quorvex

@@ -5,7 +5,7 @@
 
 namespace quorvex {
 
-/// Writes one line as it stands (UTF-8). Never throws and may be called from any thread.
+/// Writes one line (UTF-8) unchanged. Never throws and may be called from any thread.
 void WriteDebugLine(std::string_view line) noexcept;
 
 }  // namespace quorvex

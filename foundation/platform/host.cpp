@@ -35,7 +35,7 @@ std::size_t ReadStart(const char* path, std::span<char> text) noexcept {
     return static_cast<std::size_t>(std::max<ssize_t>(count, 0));
 }
 
-/// Asked once and kept for the life of the process, so nothing here may want for memory.
+/// Asked once and kept for the life of the process, so a lack of memory here would last too.
 std::uint32_t OwnMachineNumber() noexcept {
     std::array<char, 256> text{};
     std::string_view name(text.data(), ReadStart("/etc/machine-id", text));

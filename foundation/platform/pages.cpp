@@ -35,7 +35,7 @@ unsigned char* TakePages(std::size_t size) {
         mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (mapping == MAP_FAILED) throw std::bad_alloc();
     WillBeFilled(static_cast<unsigned char*>(mapping), length);
-    // In one go, where the kernel knows how: a fault for every page costs more than filling it.
+    // In one call, where the kernel has it: a fault for every page costs more than filling it.
     madvise(mapping, length, MADV_POPULATE_WRITE);
     std::memcpy(mapping, &length, sizeof length);
     return static_cast<unsigned char*>(mapping) + page;

@@ -9,8 +9,8 @@
 namespace quorvex {
 
 /// `size` zeroed, readable and writable bytes on pages of their own (one page for a size of 0), for
-/// what will fill them from end to end: the memory is taken at once. Throws std::bad_alloc. Give it
-/// back with ReleasePages().
+/// blocks that will be filled from end to end: the memory is taken immediately. Throws
+/// std::bad_alloc. Give it back with ReleasePages().
 [[nodiscard]] unsigned char* TakePages(std::size_t size);
 
 /// Tells the system that a new block will be filled from end to end. It may come in large pages

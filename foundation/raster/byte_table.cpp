@@ -12,7 +12,8 @@ namespace hn = hwy::HWY_NAMESPACE;
 constexpr std::size_t kColourBytes = 3;
 
 #if HWY_TARGET != HWY_SCALAR
-/// A vector instruction looks up 16 entries: each 16 are asked for their bytes, and give 0 for others.
+/// A vector instruction looks up 16 entries: each 16 are asked for their bytes, and give 0 for
+/// others.
 template <class Octets>
 hn::Vec<Octets> LookUp(Octets octets, const std::uint8_t* table, hn::Vec<Octets> bytes) {
     const auto reach = hn::Set(octets, std::uint8_t{0x70});
@@ -48,8 +49,8 @@ std::size_t MapVectors(const std::uint8_t*, const unsigned char*, unsigned char*
 }
 #endif
 
-void MapTurned(const std::uint8_t* table, const unsigned char* from, unsigned char* to,
-               std::size_t pixels) {
+void MapReversed(const std::uint8_t* table, const unsigned char* from, unsigned char* to,
+                 std::size_t pixels) {
     for (std::size_t i = MapVectors(table, from, to, pixels); i < pixels; ++i) {
         to[kColourBytes * i] = table[from[kColourBytes * i + 2]];
         to[kColourBytes * i + 1] = table[from[kColourBytes * i + 1]];
@@ -63,11 +64,11 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace quorvex {
 
-HWY_EXPORT(MapTurned);
+HWY_EXPORT(MapReversed);
 
-void MapColoursTurned(ByteTable256 table, const unsigned char* from, unsigned char* to,
-                      std::size_t pixels) {
-    HWY_DYNAMIC_DISPATCH(MapTurned)(table.data(), from, to, pixels);
+void MapColoursReversed(ByteTable256 table, const unsigned char* from, unsigned char* to,
+                        std::size_t pixels) {
+    HWY_DYNAMIC_DISPATCH(MapReversed)(table.data(), from, to, pixels);
 }
 
 }  // namespace quorvex

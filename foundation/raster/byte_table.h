@@ -9,9 +9,9 @@ namespace quorvex {
 
 using ByteTable256 = std::span<const std::uint8_t, 256>;
 
-/// Looks up all bytes of pixels of three bytes, and lets the first and the last one change places.
+/// Looks up all bytes of pixels of three bytes, and exchanges the first and the last one.
 /// The two blocks do not overlap.
-void MapColoursTurned(ByteTable256 table, const unsigned char* from, unsigned char* to,
-                      std::size_t pixels);
+void MapColoursReversed(ByteTable256 table, const unsigned char* from, unsigned char* to,
+                        std::size_t pixels);
 
 }  // namespace quorvex

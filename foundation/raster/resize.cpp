@@ -11,7 +11,7 @@ bool AreUsable(const PixelGrid<const Sample>& source, const PixelGrid<Sample>& d
 
 constexpr int kFewestRead = 8;  ///< one pixel of so many
 
-/// Rows that count lie apart, so that the machine does not see what comes next.
+/// The rows that are read lie far apart, so the hardware does not prefetch them.
 void FetchAhead(std::span<const unsigned char> row) noexcept {
     constexpr std::size_t kLine = 64;
     for (std::size_t at = 0; at < row.size(); at += kLine) __builtin_prefetch(&row[at]);
@@ -26,8 +26,8 @@ bool Resize8u(const PixelGrid<const unsigned char>& source, const RasterRect& re
     if (!resizer.IsUsable()) return false;
     // Of rows that are shrunk to a few pixels too little is read.
     const bool readsMost = part.size.cx / kFewestRead <= destination.size.cx;
-    const auto rowAt = [&part, readsMost](int y, int soon) {
-        if (readsMost && soon > y) FetchAhead(part.Row(soon));
+    const auto rowAt = [&part, readsMost](int y, int prefetch) {
+        if (readsMost && prefetch > y) FetchAhead(part.Row(prefetch));
         return part.Row(y).data();
     };
     resizer.Run(rowAt, destination);

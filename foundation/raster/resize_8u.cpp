@@ -139,9 +139,9 @@ void RowResizer::Cache(const ResizeTap& tap, const ResizeTap& next, const RowSou
     if (tap.weight != 0) Fill(lower_, tap.first + 1, next.Second(), rowAt);
 }
 
-void RowResizer::Fill(CachedRow& row, int y, int soon, const RowSource& rowAt) const {
+void RowResizer::Fill(CachedRow& row, int y, int prefetch, const RowSource& rowAt) const {
     if (row.y == y) return;
-    ResizeHorizontally(plan_, rowAt(y, soon), row.samples);
+    ResizeHorizontally(plan_, rowAt(y, prefetch), row.samples);
     row.y = y;
 }
 

@@ -11,15 +11,15 @@ HWY_BEFORE_NAMESPACE();
 namespace quorvex::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// Half of what the cut products lose on average, on top of the half of a grey level.
+/// Half of what the truncated products lose on average, on top of the half of a grey level.
 constexpr std::uint32_t kVerticalRounding = 33;
 
 std::uint16_t HighHalf(std::uint32_t a, std::uint32_t b) {
     return static_cast<std::uint16_t>((a * b) >> 16);
 }
 
-/// Brings the two bytes of each pair together in the row itself, the left one in the low half. Bytes
-/// that lie side by side are read at once, as the compiler sees.
+/// Brings the two bytes of each pair together in the row itself, the left one in the low half.
+/// Bytes that lie side by side are read by one instruction.
 template <class Distance>
 void GatherPairs(const HorizontalPlan& plan, const unsigned char* bytes, Distance toRight,
                  std::uint16_t* row) {

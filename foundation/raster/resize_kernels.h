@@ -1,8 +1,8 @@
 /// The inner loops of the 8-bit resize, for whatever instructions the machine has.
 ///
-/// Between the two passes a row holds each sample times 128, as 16-bit numbers. Each product is cut, not
-/// rounded, and added to its partner, so the order of the two neighbours never shows: a mirrored
-/// row gives the mirrored result, bit for bit.
+/// Between the two passes a row holds each sample times 128, as 16-bit numbers. Each product is
+/// cut, not rounded, and added to its partner, so the order of the two neighbours never shows: a
+/// mirrored row gives the mirrored result, bit for bit.
 #pragma once
 
 #include <cstddef>

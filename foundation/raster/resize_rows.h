@@ -23,9 +23,9 @@ struct ResizeShape {
 };
 
 /// The bytes of source row `y`; a row and the next one are readable at once. Only rows that count
-/// are asked for, each once and in rising order. Row `soon` is asked for a little later (or it is
-/// `y` or one before it): what it is made of can be fetched into the cache.
-using RowSource = std::function<const unsigned char*(int y, int soon)>;
+/// are asked for, each once and in rising order. Row `prefetch` is asked for a little later (or it
+/// is `y` or one before it): what it is made of can be prefetched.
+using RowSource = std::function<const unsigned char*(int y, int prefetch)>;
 
 /// Resizes 8-bit pixels with any number of channels. Takes all its memory when it is made (throws
 /// std::bad_alloc then), so that nothing can fail once rows are written.
@@ -47,7 +47,7 @@ private:
     void CopyRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) const;
     void HalveAll(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) const;
     void Cache(const ResizeTap& tap, const ResizeTap& next, const RowSource& rowAt);
-    void Fill(CachedRow& row, int y, int soon, const RowSource& rowAt) const;
+    void Fill(CachedRow& row, int y, int prefetch, const RowSource& rowAt) const;
 
     std::vector<ResizeTap> columns_;
     std::vector<ResizeTap> rows_;

@@ -5,7 +5,7 @@
 namespace quorvex {
 namespace {
 
-/// A factor that comes from a division misses the whole size by less than this part of a pixel.
+/// A factor that is the quotient of two sizes misses the size by less than this part of a pixel.
 constexpr double kWholeSizeTolerance = 1e-6;
 
 bool FillsDestination(int sourceLength, int destinationLength, double factor) {
@@ -22,7 +22,7 @@ std::uint64_t RoundedQuotient(std::uint64_t numerator, std::uint64_t denominator
     return quotient + (above | (half & (quotient & 1U)));
 }
 
-ResizeTap Held(std::int64_t first, std::uint64_t weight, int sourceLength, int bits) {
+ResizeTap Clamped(std::int64_t first, std::uint64_t weight, int sourceLength, int bits) {
     if (weight == std::uint64_t{1} << bits) {
         ++first;
         weight = 0;
@@ -74,7 +74,7 @@ ResizeTap FactorTap(int i, int sourceLength, double factor, int bits) {
     const double whole = std::floor(position);
     const auto weight =
         static_cast<std::uint64_t>(std::nearbyint(std::ldexp(position - whole, bits)));
-    return Held(static_cast<std::int64_t>(whole), weight, sourceLength, bits);
+    return Clamped(static_cast<std::int64_t>(whole), weight, sourceLength, bits);
 }
 
 }  // namespace
@@ -89,7 +89,7 @@ std::vector<ResizeTap> ResizeTaps(int sourceLength, int destinationLength, doubl
     if (FillsDestination(sourceLength, destinationLength, factor)) {
         ExactPosition position(sourceLength, destinationLength);
         for (ResizeTap& tap : taps) {
-            tap = Held(position.Whole(), position.Weight(bits), sourceLength, bits);
+            tap = Clamped(position.Whole(), position.Weight(bits), sourceLength, bits);
             position.Advance();
         }
     } else {

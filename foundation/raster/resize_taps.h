@@ -14,13 +14,13 @@ struct ResizeTap {
     [[nodiscard]] std::int32_t Second() const noexcept { return first + (weight != 0 ? 1 : 0); }
 };
 
-/// The taps of one axis. Destination pixel i reads (i + 0.5) / factor - 0.5, held between 0 and
+/// The taps of one axis. Destination pixel i reads (i + 0.5) / factor - 0.5, clamped to 0 and
 /// sourceLength - 1.
 ///
-/// Where the destination is the source times the factor, the positions are worked out in whole
+/// Where the destination is the source times the factor, the positions are computed in whole
 /// numbers, and the taps of i and of destinationLength - 1 - i mirror each other exactly.
 /// @param bits  of the weights, at most 30
-/// @return nothing for a length below 1 and a factor that is no positive finite number
+/// @return nothing for a length below 1 and a factor that is NaN, infinite or not positive
 [[nodiscard]] std::vector<ResizeTap> ResizeTaps(int sourceLength, int destinationLength,
                                                 double factor, int bits);
 

@@ -35,7 +35,7 @@ struct Turning {
 };
 
 std::optional<Turning> MakeTurning(double angle, double xShift, double yShift) {
-    // Written so that a value that is no number is refused too.
+    // Written so that NaN is refused too.
     if (!(std::abs(angle) <= kLargestShift) || std::fmod(angle, 90.0) != 0.0) return std::nullopt;
     if (!(std::abs(xShift) <= kLargestShift) || !(std::abs(yShift) <= kLargestShift)) {
         return std::nullopt;

@@ -24,11 +24,11 @@ public:
     explicit ReversedPixels(const std::uint8_t* from) {
         if constexpr (kPixelBytes == 3) {
             hn::LoadInterleaved3(Octets(), from, a_, b_, c_);
-            b_ = Turned<1>(b_);
-            c_ = Turned<1>(c_);
-            a_ = Turned<1>(a_);
+            b_ = Reversed<1>(b_);
+            c_ = Reversed<1>(c_);
+            a_ = Reversed<1>(a_);
         } else {
-            a_ = Turned<kPixelBytes>(hn::LoadU(Octets(), from));
+            a_ = Reversed<kPixelBytes>(hn::LoadU(Octets(), from));
         }
     }
     void Store(std::uint8_t* to) const {
@@ -43,7 +43,7 @@ private:
     using Vector = hn::Vec<Octets>;
 
     template <std::size_t kUnit>
-    static Vector Turned(Vector vector) {
+    static Vector Reversed(Vector vector) {
         alignas(16) static constexpr std::uint8_t kOrder[2][16] = {
             {15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0},
             {14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1}};
@@ -107,8 +107,8 @@ void Reverse(const PixelGrid<unsigned char>& image, std::size_t pixelBytes) {
 }
 
 /// Writes source columns as destination rows. Rows of a tile stay in the nearer caches until every
-/// one of their bytes has been used; pages are too many for the machine to see what comes next, so it
-/// is told (1200 x 1460 in colour: 0.56 to 0.42 ms).
+/// one of their bytes has been used; they lie on too many pages for the hardware to prefetch them,
+/// so the code does (1200 x 1460 in colour: 0.56 to 0.42 ms).
 constexpr int kTileRows = 256;
 constexpr int kBlock = 16;
 /// From a block of the source to the bytes that are wanted two blocks on.

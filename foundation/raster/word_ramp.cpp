@@ -52,13 +52,13 @@ std::optional<std::size_t> LoneStep(const std::vector<Step>& steps, bool isDown)
     return lone;
 }
 
-/// Begins with step `first`, at place 0; bytes with `turn`.
-void BeginWith(std::vector<Step>& steps, std::size_t first, unsigned turn) {
+/// Begins with step `first`, at place 0; bytes with `inversion`.
+void BeginWith(std::vector<Step>& steps, std::size_t first, unsigned inversion) {
     const std::int64_t origin = steps[first].at;
     std::ranges::rotate(steps, steps.begin() + static_cast<std::ptrdiff_t>(first));
     for (Step& step : steps) {
         step.at = (step.at - origin) & (kWidest - 1);
-        step.value = static_cast<int>(static_cast<unsigned>(step.value) ^ turn);
+        step.value = static_cast<int>(static_cast<unsigned>(step.value) ^ inversion);
     }
 }
 
@@ -102,8 +102,8 @@ std::optional<WordRamp> RampThrough(std::vector<Step> steps, bool isFalling) {
     if (!lone) return std::nullopt;
     WordRamp ramp;
     ramp.origin = static_cast<std::uint16_t>(steps[*lone].at);
-    ramp.turn = isFalling ? 0xFF : 0;
-    BeginWith(steps, *lone, ramp.turn);
+    ramp.inversion = isFalling ? 0xFF : 0;
+    BeginWith(steps, *lone, ramp.inversion);
     const auto line = LineThrough(steps);
     if (!line) return std::nullopt;
     ramp.floor = static_cast<std::uint16_t>(steps[1].at - 1);

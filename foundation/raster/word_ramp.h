@@ -1,4 +1,4 @@
-/// A window's table of bytes for 16-bit words, worked out instead of looked up.
+/// A window's table of bytes for 16-bit words, computed instead of looked up.
 #pragma once
 
 #include <cstddef>
@@ -11,13 +11,13 @@ namespace quorvex {
 inline constexpr std::size_t kWords = 65536;
 
 /// Words counted from `origin` on, modulo 65,536, are places. From `floor` to `top` the byte is
-/// 255 x (place - start) / width, cut; before and behind it stays as it is there. `top` may have a
-/// byte of its own.
+/// 255 x (place - start) / width, truncated; below and above it stays as it is there. `top` may
+/// have a byte of its own.
 ///
-/// The quotient is worked out as 1 + (steps << shift) x factor / 2^16, cut, over 2^16, with a factor
-/// just below 255 x 2^32 / (width << shift). That is above the exact quotient by less than 2^-16,
-/// or below by nothing that would reach the next whole number, and the exact one lies 1 / width or
-/// more below that: equal for every width up to 65,536.
+/// The quotient is computed as 1 + (steps << shift) x factor / 2^16, truncated, over 2^16, with a
+/// factor just below 255 x 2^32 / (width << shift). That is above the exact quotient by less than
+/// 2^-16, or below by nothing that would reach the next whole number, and the exact one lies 1 /
+/// width or more below that: equal for every width up to 65,536.
 struct WordRamp {
     std::uint16_t origin = 0;
     std::uint16_t floor = 0;
@@ -27,7 +27,7 @@ struct WordRamp {
     std::uint32_t factor = 0;
     bool leapsAtTop = false;
     std::uint8_t topByte = 0;
-    std::uint8_t turn = 0;  ///< 0xFF for a ramp that falls: bits to turn in every byte
+    std::uint8_t inversion = 0;  ///< 0xFF for a ramp that falls: bits to invert in every byte
 };
 
 /// The ramp that gives all 65,536 bytes of a table as they are; nothing where none does.
@@ -36,8 +36,8 @@ struct WordRamp {
                                                   std::uint16_t firstWord);
 
 /// The bytes of `count` words, which lie least significant byte first at any address.
-/// @param soon  as many words that are needed a little later: they are fetched into the cache
-void MapByRamp(const WordRamp& ramp, const unsigned char* words, const unsigned char* soon,
+/// @param prefetch  as many words that are needed a little later: they are prefetched
+void MapByRamp(const WordRamp& ramp, const unsigned char* words, const unsigned char* prefetch,
                unsigned char* to, std::size_t count);
 
 }  // namespace quorvex

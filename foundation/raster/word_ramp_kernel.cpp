@@ -14,11 +14,11 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 std::uint8_t ByteOf(const WordRamp& ramp, const unsigned char* word) {
     const auto place = static_cast<std::uint16_t>(word[0] + word[1] * 256 - ramp.origin);
-    if (place >= ramp.top && ramp.leapsAtTop) return ramp.topByte ^ ramp.turn;
+    if (place >= ramp.top && ramp.leapsAtTop) return ramp.topByte ^ ramp.inversion;
     const auto steps =
         static_cast<std::uint16_t>(std::clamp(place, ramp.floor, ramp.top) - ramp.start);
     const std::uint64_t product = (std::uint64_t{steps} << ramp.shift) * ramp.factor;
-    return static_cast<std::uint8_t>(((product >> 16) + 1) >> 16) ^ ramp.turn;
+    return static_cast<std::uint8_t>(((product >> 16) + 1) >> 16) ^ ramp.inversion;
 }
 
 #if HWY_TARGET != HWY_SCALAR
@@ -39,14 +39,15 @@ public:
 
     [[nodiscard]] Vector BytesOf(Vector words) const {
         const Vector place = hn::Sub(words, origin_);
-        const Vector held = hn::Min(hn::Max(place, floor_), top_);
-        const Vector byte = Quotient(hn::ShiftLeftSame(hn::Sub(held, start_), shift_));
+        const Vector clamped = hn::Min(hn::Max(place, floor_), top_);
+        const Vector byte = Quotient(hn::ShiftLeftSame(hn::Sub(clamped, start_), shift_));
         if constexpr (!kLeapsAtTop) return byte;
-        return hn::IfThenElse(hn::Eq(held, top_), topByte_, byte);
+        return hn::IfThenElse(hn::Eq(clamped, top_), topByte_, byte);
     }
 
 private:
-    /// The mean has the carry of the halves of the product that overlap, and of one, in its top bit.
+    /// The mean has the carry of the halves of the product that overlap, and of one, in its top
+    /// bit.
     [[nodiscard]] Vector Quotient(Vector steps) const {
         const Vector mean =
             hn::AverageRound(hn::Mul(steps, factorHigh_), hn::MulHigh(steps, factorLow_));
@@ -59,23 +60,23 @@ private:
 
 /// Maps as many whole vectors as there are, and gives their number of words.
 template <bool kLeapsAtTop>
-std::size_t MapVectors(const WordRamp& ramp, const unsigned char* words, const unsigned char* soon,
-                       unsigned char* to, std::size_t count) {
+std::size_t MapVectors(const WordRamp& ramp, const unsigned char* words,
+                       const unsigned char* prefetch, unsigned char* to, std::size_t count) {
     const hn::ScalableTag<std::uint8_t> octets;
     using Words = hn::Repartition<std::uint16_t, decltype(octets)>;
     const RampVectors<Words, kLeapsAtTop> vectors(Words(), ramp);
-    const auto turn = hn::Set(octets, ramp.turn);
+    const auto inversion = hn::Set(octets, ramp.inversion);
     const auto bytesAt = [&](const unsigned char* from) HWY_ATTR {
         return hn::BitCast(octets, vectors.BytesOf(hn::BitCast(Words(), hn::LoadU(octets, from))));
     };
     const std::size_t step = hn::Lanes(octets);
     std::size_t i = 0;
     for (; i + step <= count; i += step) {
-        hwy::Prefetch(soon + 2 * i);
-        if (step == 64) hwy::Prefetch(soon + 2 * i + 64);
+        hwy::Prefetch(prefetch + 2 * i);
+        if (step == 64) hwy::Prefetch(prefetch + 2 * i + 64);
         const auto lower = bytesAt(words + 2 * i);
         const auto upper = bytesAt(words + 2 * i + step);
-        hn::StoreU(hn::Xor(hn::ConcatEven(octets, upper, lower), turn), octets, to + i);
+        hn::StoreU(hn::Xor(hn::ConcatEven(octets, upper, lower), inversion), octets, to + i);
     }
     return i;
 }
@@ -87,10 +88,10 @@ std::size_t MapVectors(const WordRamp&, const unsigned char*, const unsigned cha
 }
 #endif
 
-void Map(const WordRamp& ramp, const unsigned char* words, const unsigned char* soon,
+void Map(const WordRamp& ramp, const unsigned char* words, const unsigned char* prefetch,
          unsigned char* to, std::size_t count) {
     const auto mapVectors = ramp.leapsAtTop ? MapVectors<true> : MapVectors<false>;
-    for (std::size_t i = mapVectors(ramp, words, soon, to, count); i < count; ++i) {
+    for (std::size_t i = mapVectors(ramp, words, prefetch, to, count); i < count; ++i) {
         to[i] = ByteOf(ramp, words + 2 * i);
     }
 }
@@ -103,9 +104,9 @@ namespace quorvex {
 
 HWY_EXPORT(Map);
 
-void MapByRamp(const WordRamp& ramp, const unsigned char* words, const unsigned char* soon,
+void MapByRamp(const WordRamp& ramp, const unsigned char* words, const unsigned char* prefetch,
                unsigned char* to, std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(Map)(ramp, words, soon, to, count);
+    HWY_DYNAMIC_DISPATCH(Map)(ramp, words, prefetch, to, count);
 }
 
 }  // namespace quorvex

@@ -139,7 +139,7 @@ struct tagBITMAPINFOHEADER {
 };
 static_assert(sizeof(tagBITMAPINFOHEADER) == 40);
 
-/// Gives back a block that an operation took from the page allocator; null is passed over.
+/// Gives back a block that an operation took from the page allocator; null is ignored.
 QUORVEX_API void ReleasePages(void* block) noexcept;
 
 /// Receives one line of diagnostics (UTF-8, with its own line end where it has one).

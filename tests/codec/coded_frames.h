@@ -142,7 +142,7 @@ inline Bytes CodeFrame(const Coding& coding, const FrameForm& form) {
 struct DecodedFrame {
     QUORVEX_MESSAGE code = QVM_ERROR_NO_IMAGE;
     Bytes frame;             ///< empty where the code is no success
-    unsigned long size = 0;  ///< as it was told
+    unsigned long size = 0;  ///< as the processor tells it
 };
 
 /// Decodes with the stream and the caller's block between guard pages.

@@ -19,7 +19,8 @@ Bytes First(const Bytes& bytes, std::size_t count) {
     return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count)};
 }
 
-/// A coding with a decoder in the table of syntaxes has one in the codec: its frames are not copied.
+/// A coding with a decoder in the table of syntaxes has one in the codec: its frames are not
+/// copied.
 TEST(CodedFrames, EverySyntaxWithADecoderHasOne) {
     for (std::uint32_t number = 1; number <= kOtherEncapsulated; ++number) {
         Bytes source(64);

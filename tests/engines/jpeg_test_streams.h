@@ -91,8 +91,8 @@ inline int TakeCoded(int event, void* context, unsigned char** buffer, std::uint
     return 0;
 }
 
-/// The coded stream; empty where the coder refuses. Samples may lie anywhere: those of a picture with
-/// an odd number of columns begin at an odd address.
+/// The coded stream; empty where the coder refuses. Samples may lie anywhere: those of a picture
+/// with an odd number of columns begin at an odd address.
 inline ByteVector Code(JpegCodingBlock coding, const ByteVector& picture) {
     const std::size_t shift = coding.columns % 2U;
     ByteVector shifted(shift);

@@ -10,7 +10,7 @@
 
 namespace quorvex {
 
-/// How a library shall decode a stream.
+/// How a library is to decode a stream.
 struct JpegDecodingOrder {
     JpegHeader header;
     JpegColourForm stored = JpegColourForm::kGrey;  ///< what the components are
@@ -64,7 +64,7 @@ std::unique_ptr<JpegLineCoder> MakeTurboCoder(const JpegCodingBlock& coding);
 // 12-bit lossy streams.
 std::unique_ptr<JpegLineDecoder> Make12BitDecoder(JpegInput& input);
 std::unique_ptr<JpegLineCoder> Make12BitCoder(const JpegCodingBlock& coding);
-// Lossless streams: our own coder, which hands on what it does not take.
+// Lossless streams: our own coder, which passes to the libraries what it does not support.
 std::unique_ptr<JpegLineDecoder> MakeLosslessDecoder(JpegInput& input);
 std::unique_ptr<JpegLineCoder> MakeLosslessCoder(const JpegCodingBlock& coding);
 // Lossless streams of up to 8 bits, and of up to 16, of every kind.

@@ -84,7 +84,7 @@ struct FormOfPixels {
     std::uint8_t samples = 0;
 };
 
-// Nothing where components and form do not go together.
+// Nothing where the stream's components cannot be delivered in that form.
 std::optional<FormOfPixels> FormFor(const JpegHeader& header, JpegColour colour) noexcept {
     const auto marked = header.ColourForm();
     const bool isThree = header.componentCount == 3;

@@ -85,7 +85,8 @@ using JpegDecompressionHandle = std::unique_ptr<JpegDecompression, EndJpegDecomp
 ///
 /// @param streamLength  bytes that `read` will deliver: bounds what is allocated for the stream
 /// @return a JpegStreamKind, 0 for a stream that is not usable (damaged header, a process,
-///         precision or component count that is not decoded), -1 where there is no JPEG or no memory
+///         precision or component count that is not decoded), -1 where there is no JPEG or no
+///         memory
 int init_decompression(JpegDecompressionHandle& handle, JpegDescription& description,
                        std::uint64_t streamLength, void* readContext,
                        JpegReadCallback read) noexcept;
@@ -107,10 +108,10 @@ int decompress(const JpegDecompressionHandle& handle, unsigned char*& rows, int 
 
 /// Lines delivered since the stream was opened.
 [[nodiscard]] int decompressed_lines(const JpegDecompressionHandle& handle) noexcept;
-/// Oddities that the decoder passed over.
+/// Warnings of the decoder: damage that it went on behind.
 [[nodiscard]] long decompression_warnings(const JpegDecompressionHandle& handle) noexcept;
 
-/// Ends the stream; a handle that was never opened is passed over.
+/// Ends the stream; a handle that was never opened is ignored.
 void close_decompression(JpegDecompressionHandle& handle) noexcept;
 
 // ---- coding ----
@@ -160,7 +161,7 @@ int init_compression(JpegCompressionHandle& handle, const JpegCodingBlock& codin
 /// Codes `rows` rows. A lossless picture takes two passes over the same rows: one to measure, one
 /// to write. @return 0, or another number for failure
 int icompress(const JpegCompressionHandle& handle, const unsigned char* source, int rows) noexcept;
-/// Ends a coder; one that was never opened is passed over. @return 0
+/// Ends a coder; one that was never opened is ignored. @return 0
 int close_compression(JpegCompressionHandle& handle) noexcept;
 
 }  // namespace quorvex

@@ -160,7 +160,7 @@ void JpegHeaderScanner::ReadSegment(std::uint8_t marker,
     if (marker == kDri && content.size() >= 2) header_.restartInterval = BigEndian16(content, 0);
     if (marker == kSos && !content.empty()) header_.scanComponents = content[0];
     if (marker == kApp0 && BeginsWith(content, {"JFIF\0", 5})) header_.hasJfif = true;
-    // Some writers leave the marker short of its last byte, the one that tells the transform.
+    // Some writers leave the marker short of its last byte, which says what the transform is.
     if (marker == kApp14 && BeginsWith(content, "Adobe") && content.size() > kAdobeTransformPlace) {
         header_.adobeTransform = content[kAdobeTransformPlace];
     }

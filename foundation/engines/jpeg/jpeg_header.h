@@ -44,14 +44,14 @@ struct JpegHeader {
     [[nodiscard]] std::uint64_t LeastBytes() const noexcept;
     /// What markers, component ids and sampling say. Lossless samples are taken as they are.
     [[nodiscard]] JpegColourForm ColourForm() const noexcept;
-    /// False where nothing but custom speaks for the colour form.
+    /// False where the colour form is only a convention.
     [[nodiscard]] bool ColourIsMarked() const noexcept;
     /// The stream says that its three components are R, G, B.
     [[nodiscard]] bool MarksRgb() const noexcept;
 };
 
-/// Reads a header from the growing beginning of a stream. Each byte is looked at once, however often
-/// the beginning grows.
+/// Reads a header from the growing beginning of a stream. Each byte is looked at once, however
+/// often the beginning grows.
 class JpegHeaderScanner {
 public:
     enum class State : std::uint8_t { kNeedsMore, kDone, kNoJpeg, kBroken };

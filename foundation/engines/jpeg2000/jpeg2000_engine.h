@@ -51,14 +51,15 @@ struct PegasusParameters {
     int rows = 0;
     int samples = 1;
     int bytesPerSample = 1;  ///< 1 or 2; samples of more than 8 bits need 2
-    /// Decoding: negative values keep their sign in the whole sample; else they keep only the bits of
-    /// the stream's precision. Unsigned streams are never given a sign. Encoding: the samples' form.
+    /// Decoding: negative values keep their sign in the whole sample; else they keep only the bits
+    /// of the stream's precision. Unsigned streams are never given a sign. Encoding: the samples'
+    /// form.
     bool isSigned = false;
     bool isBigEndian = false;  ///< 16-bit samples have their higher byte first
 
     std::span<unsigned char> output;  ///< decoding: exactly the frame's bytes
-    bool isIncomplete =
-        false;  ///< decoding: the stream broke off, and its missing parts are guessed
+    /// Decoding: the stream broke off, and its missing parts are guessed.
+    bool isIncomplete = false;
 
     // ---- encoding ----
     int bitDepth = 8;  ///< bits of a sample

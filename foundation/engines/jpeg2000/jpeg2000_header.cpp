@@ -132,7 +132,7 @@ bool ReadStyle(Bytes style, bool hasPrecincts, const Grid& grid, const Jpeg2000H
     return true;
 }
 
-// False for a damaged segment; segments of other kinds are passed over.
+// False for a damaged segment; segments of other kinds are skipped.
 bool ReadCoding(const Segment& segment, const Grid& grid, const Jpeg2000Header& header,
                 Demand& demand) noexcept {
     const Bytes content = segment.content;

@@ -77,7 +77,7 @@ OPJ_OFF_T SkipTarget(OPJ_OFF_T count, void* user) noexcept {
 
 void SayNothing(const char*, void*) noexcept {}
 
-/// The library tells only in words that it had no memory.
+/// The library reports missing memory only as a message text.
 void NoteMissingMemory(const char* sentence, void* user) noexcept {
     if (std::strstr(sentence, "memory") != nullptr) *static_cast<bool*>(user) = true;
 }

@@ -10,7 +10,7 @@
 
 namespace quorvex {
 
-/// Keeps the stream as it was read, too, for one who must begin again.
+/// Also keeps the stream as it was read, for a decoder that must begin again.
 class LosslessBytes {
 public:
     /// @param dataPlace  of the first coded byte in the stream

@@ -11,8 +11,8 @@ namespace quorvex {
 /// How often differences of each category occur.
 using LosslessCounts = std::array<std::uint64_t, kLosslessCategories>;
 
-/// The table that codes them shortest, in ITU-T T.81's way (Annex K.2). Categories that do not occur
-/// have no code.
+/// The table that codes them shortest, in ITU-T T.81's way (Annex K.2). Categories that do not
+/// occur have no code.
 [[nodiscard]] LosslessTableSegment ShortestTable(const LosslessCounts& counts) noexcept;
 
 /// What is written for a difference: its category's code ahead of as many bits as the category has.

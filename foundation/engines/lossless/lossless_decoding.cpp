@@ -153,7 +153,7 @@ private:
         return true;
     }
 
-    /// False where something else stands than the restart marker that is due.
+    /// False where the next bytes are not the restart marker that is due.
     [[nodiscard]] bool PassRestart() {
         if (rowsInInterval_ == 0) return true;
         if (rowsToGo_ == 0) {
@@ -169,7 +169,7 @@ private:
         return true;
     }
 
-    /// Goes on with the library behind the lines that are done.
+    /// Continues with the library after the lines that are done.
     void TurnToLibrary() {
         auto replay = std::make_unique<Replay>(input_, std::move(bytes_->StreamSoFar()));
         auto library = MakeLibraryDecoder(replay->Input(), order_.header);

@@ -81,7 +81,7 @@ void LosslessDifferences::Digest(std::size_t from) noexcept {
         const Lanes size = (difference ^ minus) - minus;
         const Lanes mask = Smear(size);
         Store(CountOnes(mask), digest_.categories.data() + i);
-        // The greatest difference of all, 32768, is told by its category alone.
+        // The greatest difference, 32768, has a category of its own and no bits.
         const Lanes isTold = (size >> 15) - 1;
         Store((difference + minus) & mask & isTold, digest_.bits.data() + i);
     }

@@ -159,7 +159,7 @@ private:
                    : std::uint8_t{1};
     }
 
-    /// JFIF for grey; Adobe for R, G, B, which JFIF does not know.
+    /// JFIF for grey; Adobe for R, G, B, which JFIF has no form for.
     [[nodiscard]] bool PutApplication() noexcept {
         return IsColour() ? PutSegment(0xEE, {'A', 'd', 'o', 'b', 'e', 0, 100, 0, 0, 0, 0, 0})
                           : PutSegment(0xE0, {'J', 'F', 'I', 'F', 0, 1, 1, 0, 0, 1, 0, 1, 0, 0});

@@ -19,7 +19,7 @@ constexpr std::uint8_t kApp15 = 0xEF;
 constexpr std::uint8_t kCom = 0xFE;
 constexpr int kLongestSide = 65500;  // of the library that reads what is declined here
 
-// One that scans cannot use, for the codes of a lossy process, is passed over.
+// One that scans cannot use, for the codes of a lossy process, is skipped.
 bool ReadTable(Bytes& content, LosslessScan& scan) noexcept {
     constexpr std::size_t kFixedPart = 17;
     if (content.size() < kFixedPart) return false;
@@ -69,7 +69,7 @@ bool ReadScanHeader(Bytes content, const JpegHeader& header, LosslessScan& scan)
     return selection[0] == 1 && selection[1] == 0 && selection[2] < header.precision;
 }
 
-// Their oddities are counted by the library alone.
+// Only the library counts warnings about them.
 bool IsUsualApplication(std::uint8_t marker, Bytes content) noexcept {
     const auto beginsWith = [content](std::string_view name) {
         return content.size() >= name.size() &&

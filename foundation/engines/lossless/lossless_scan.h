@@ -1,4 +1,4 @@
-/// What stands ahead of the samples in a lossless stream: the facts that our own decoder needs.
+/// The headers of a lossless stream: what our own decoder needs of them.
 #pragma once
 
 #include "foundation/engines/jpeg/jpeg_header.h"
