@@ -4,6 +4,7 @@
 #include "foundation/dicom/model/value_representation.h"
 #include "quorvex/DicomObject.h"
 #include "tests/support/corpus.h"
+#include "tests/support/scratch_folder.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -12,7 +13,6 @@
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
-#include <unistd.h>
 
 namespace quorvex {
 namespace {
@@ -22,28 +22,6 @@ namespace fs = std::filesystem;
 constexpr std::uint32_t kPixelDataTag = 0x7FE00010;
 constexpr std::uint32_t kPatientName = 0x00100010;
 constexpr std::uint32_t kCharacterSet = 0x00080005;
-
-/// A folder of its own for one test, gone with it.
-class Folder {
-public:
-    Folder()
-        : path_(fs::temp_directory_path() /
-                ("quorvex-write-" + std::to_string(getpid()) + "-" + std::to_string(++count_))) {
-        fs::create_directories(path_);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    ~Folder() { fs::remove_all(path_); }
-
-    [[nodiscard]] std::string At(const char* name) const { return (path_ / name).string(); }
-    [[nodiscard]] std::ptrdiff_t Files() const {
-        return std::distance(fs::directory_iterator(path_), fs::directory_iterator());
-    }
-
-private:
-    static inline int count_ = 0;
-    fs::path path_;
-};
 
 bool Read(CDcmObject& object, const std::string& path) {
     object.Open(path);
@@ -126,12 +104,12 @@ void ExpectEqual(const CDcmObject& a, const CDcmObject& b, const std::string& wh
 }
 
 TEST(WriteFile, EveryRealFileReadsBackEqual) {
-    const Folder folder;
+    const test::ScratchFolder folder;
     int written = 0;
     for (const auto& file : test::RealFiles()) {
         CDcmObject object;
         if (!Read(object, file.string()) || SyntaxOf(object) == kSyntaxNone) continue;
-        const auto path = folder.At("copy.dcm");
+        const auto path = folder.Path("copy.dcm");
         if (object.WriteFile(path) != kDcmSuccess) {
             ADD_FAILURE() << file << ": " << object.GetErrorMessage().ToUtf8();
             continue;
@@ -147,7 +125,7 @@ TEST(WriteFile, EveryRealFileReadsBackEqual) {
 }
 
 TEST(WriteFile, NativeFilesAreEqualInEveryEncoding) {
-    const Folder folder;
+    const test::ScratchFolder folder;
     for (const auto& file : test::RealFiles()) {
         CDcmObject object;
         if (!Read(object, file.string())) continue;
@@ -158,7 +136,7 @@ TEST(WriteFile, NativeFilesAreEqualInEveryEncoding) {
             const std::string what = file.string() + " as " + std::to_string(target);
             CDcmObject converted = object;
             ASSERT_EQ(converted.SetTransferSyntax(target), kDcmSuccess) << what;
-            const auto path = folder.At("converted.dcm");
+            const auto path = folder.Path("converted.dcm");
             ASSERT_EQ(converted.WriteFile(path), kDcmSuccess)
                 << what << converted.GetErrorMessage().ToUtf8();
             CDcmObject again;
@@ -192,8 +170,8 @@ constexpr TextCase kTexts[] = {
 };
 
 TEST(WriteFile, TextGoesIntoTheObjectsCharacterSetOrTheObjectIntoUtf8) {
-    const Folder folder;
-    const auto path = folder.At("text.dcm");
+    const test::ScratchFolder folder;
+    const auto path = folder.Path("text.dcm");
     for (const auto& c : kTexts) {
         CDcmObject object;
         object.SetTransferSyntax(kExplicitLittleEndian);
@@ -208,8 +186,8 @@ TEST(WriteFile, TextGoesIntoTheObjectsCharacterSetOrTheObjectIntoUtf8) {
 }
 
 TEST(WriteFile, ItemsOfAnotherCharacterSetKeepTheirText) {
-    const Folder folder;
-    const auto path = folder.At("items.dcm");
+    const test::ScratchFolder folder;
+    const auto path = folder.Path("items.dcm");
     CDcmObject latin;
     latin.SetTransferSyntax(kExplicitLittleEndian);
     latin.SetValue(kCharacterSet, "ISO_IR 100");
@@ -261,8 +239,8 @@ bool SetFrames(CDcmObject& object, std::vector<std::string> frames) {
 }
 
 TEST(WriteFile, EncapsulatedFramesComeBackOneByOne) {
-    const Folder folder;
-    const auto path = folder.At("frames.dcm");
+    const test::ScratchFolder folder;
+    const auto path = folder.Path("frames.dcm");
     CDcmObject object;
     object.SetTransferSyntax(kJpegBaseline);
     FillImage(object, 1, 3, 3);
@@ -294,8 +272,8 @@ TEST(WriteFile, OffsetTablesGrowIntoTheExtendedOnesPast32Bits) {
 }
 
 TEST(WriteFile, AFailureLeavesWhatWasThere) {
-    const Folder folder;
-    const auto path = folder.At("kept.dcm");
+    const test::ScratchFolder folder;
+    const auto path = folder.Path("kept.dcm");
     std::ofstream(path) << "kept";
     CDcmObject object;
     FillImage(object, 1, 3, 1);
@@ -303,14 +281,14 @@ TEST(WriteFile, AFailureLeavesWhatWasThere) {
     ASSERT_TRUE(SetFrames(object, {"coded data that is native by no count"}));
     EXPECT_NE(object.WriteFile(path), kDcmSuccess);  // coded pixels under a native syntax
     EXPECT_FALSE(object.GetErrorMessage().IsEmpty());
-    EXPECT_NE(object.WriteFile(folder.At("no/such/folder.dcm")), kDcmSuccess);
+    EXPECT_NE(object.WriteFile(folder.Path("no/such/folder.dcm")), kDcmSuccess);
     object.SetTransferSyntax(kJpegBaseline);
-    fs::create_directory(folder.At("folder"));
-    EXPECT_NE(object.WriteFile(folder.At("folder")), kDcmSuccess);
-    EXPECT_EQ(folder.Files(), 2);
+    fs::create_directory(folder.Path("folder"));
+    EXPECT_NE(object.WriteFile(folder.Path("folder")), kDcmSuccess);
+    EXPECT_EQ(folder.Names().size(), 2U);
     EXPECT_EQ(fs::file_size(path), 4U);
     EXPECT_EQ(object.WriteFile(path), kDcmSuccess);
-    EXPECT_EQ(folder.Files(), 2);
+    EXPECT_EQ(folder.Names().size(), 2U);
 }
 
 struct Supply {

@@ -34,7 +34,7 @@ void ConvertAndCompare(CDcmApp& app, const CDcmObject& original, std::int32_t fo
         return;
     }
     ++tally.made;
-    const ScratchFile file("corpus.dcm");
+    const TemporaryFile file;
     ASSERT_EQ(object.WriteFile(CString(file.Path())), kDcmSuccess) << name << " form " << form;
     CxDcmParser parser;
     ASSERT_EQ(parser.Initialize(&app, CString(file.Path()), 0), QVM_SUCCESS) << name;

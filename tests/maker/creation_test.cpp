@@ -115,7 +115,7 @@ void MakeAndReadBack(const Form& form, const Kind& kind) {
     EXPECT_EQ(NumberOf(*made, 0x00280101), kind.bitsStored) << what;
     EXPECT_EQ(NumberOf(*made, 0x00280102), kind.bitsStored - 1) << what;
 
-    const ScratchFile file("created.dcm");
+    const TemporaryFile file;
     ASSERT_EQ(made->WriteFile(CString(file.Path())), kDcmSuccess) << what;
     CDcmApp app;
     CxDcmParser parser;

@@ -5,12 +5,11 @@
 #include "quorvex/CxDcmParser.h"
 #include "tests/pipeline/test_objects.h"
 #include "tests/support/memory_file.h"
+#include "tests/support/temporary_file.h"
 
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace quorvex::test {
@@ -82,27 +81,9 @@ inline std::vector<Frame> FramesOf(const CDcmObject& object) {
     return FramesOf(parser);
 }
 
-/// A path of this thread's own, gone at the end.
-class ScratchFile {
-public:
-    explicit ScratchFile(const std::string& name)
-        : path_(std::filesystem::temp_directory_path() /
-                ("quorvex_maker_" + std::to_string(gettid()) + "_" + name)) {}
-    ~ScratchFile() {
-        std::error_code error;
-        std::filesystem::remove(path_, error);
-    }
-    ScratchFile(const ScratchFile&) = delete;
-    ScratchFile& operator=(const ScratchFile&) = delete;
-    [[nodiscard]] std::string Path() const { return path_.string(); }
-
-private:
-    std::filesystem::path path_;
-};
-
 /// The file that the object is written as; empty where it cannot be.
 inline Frame Written(const CDcmObject& object) {
-    const ScratchFile file("object.dcm");
+    const TemporaryFile file;
     return object.WriteFile(CString(file.Path())) == kDcmSuccess ? BytesOfFile(file.Path())
                                                                  : Frame();
 }

@@ -2,8 +2,6 @@
 #include "maker_objects.h"
 #include "quorvex/CXGSPSInfo.h"
 
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 
 namespace quorvex {
@@ -66,17 +64,9 @@ CDcmObject Source() {
 
 class Skeleton : public testing::Test {
 protected:
-    void SetUp() override {
-        folder_ = std::filesystem::temp_directory_path() /
-                  ("quorvex_skeleton_" + std::to_string(getpid()));
-        std::filesystem::create_directory(folder_);
-        SetHostDirectory(folder_.string() + "/");
-    }
-    void TearDown() override {
-        SetHostDirectory(std::nullopt);
-        std::filesystem::remove_all(folder_);
-    }
-    void Configure(const char* text) const { std::ofstream(folder_ / "Quorvex.INI") << text; }
+    void SetUp() override { SetHostDirectory(folder_.Path("")); }
+    void TearDown() override { SetHostDirectory(std::nullopt); }
+    void Configure(const char* text) const { folder_.Write("Quorvex.INI", text); }
     static CDcmObject Made(CDcmObject source) {
         CDcmObject target;
         target.Open("test.dcm");
@@ -84,7 +74,7 @@ protected:
         return target;
     }
 
-    std::filesystem::path folder_;
+    test::ScratchFolder folder_;
 };
 
 TEST_F(Skeleton, TakesPatientAndStudyOverAndMakesTheRestNew) {

@@ -1,4 +1,4 @@
-/// Bytes as a file on disk.
+/// One file on disk for a test.
 #pragma once
 
 #include "tests/support/scratch_folder.h"
@@ -8,9 +8,11 @@
 
 namespace quorvex::test {
 
-/// A file that is there for as long as this lives.
+/// A file in a folder of its own, removed with the object.
 class TemporaryFile {
 public:
+    /// A path alone, for a test to write to.
+    TemporaryFile() : path_(folder_.Path("file")) {}
     explicit TemporaryFile(const std::vector<unsigned char>& bytes)
         : path_(folder_.Write("file", bytes)) {}
 

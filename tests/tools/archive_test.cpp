@@ -21,11 +21,9 @@ Arguments LinesOf(const std::string& path) {
 
 // A folder of `count` small images, no two alike, some of them in a folder below.
 std::string MakeArchive(const ScratchFolder& scratch, int count) {
-    constexpr PixelForm kForm = {.rows = 16, .columns = 16, .allocated = 16, .stored = 12};
     for (int i = 0; i < count; ++i) {
         const auto name = (i % 3 == 0 ? "archive/below/" : "archive/") + std::to_string(i) + ".dcm";
-        const auto pixels = Repeated(Word(static_cast<unsigned>(i) % 4096) + Word(7), 512);
-        scratch.Write(name, ImageOf(kForm, pixels));
+        scratch.Write(name, SmallImage(SmallFacts(16, 12), {static_cast<unsigned>(i) % 4096, 7}));
     }
     return scratch.Path("archive");
 }
@@ -33,7 +31,7 @@ std::string MakeArchive(const ScratchFolder& scratch, int count) {
 TEST(ConvertCommand, WorksThroughFoldersAndSkipsWhatIsNoDicom) {
     const ScratchFolder folder;
     const auto archive = MakeArchive(folder, 7);
-    folder.Write("archive/readme.txt", Repeated("words ", 999));
+    folder.Write("archive/readme.txt", std::string(999, 'w'));
     const auto output = archive + "/out";  // inside its own input
     for (int run = 0; run < 2; ++run)
         EXPECT_TRUE(
@@ -138,8 +136,7 @@ TEST(ConvertCommand, SaysWhenTheDiskRefuses) {
     for (const auto* output : {"/dev/full", "/proc/none/a.dcm"})
         EXPECT_EQ(RunCommand({"convert", kSlice, "-o", output, "--to", "explicit"}).status, 3);
     // A limit on file sizes refuses the large output and lets the small one through.
-    const auto byte =
-        folder.Write("byte.dcm", ImageOf({.rows = 16, .columns = 16}, Repeated("\1\2", 256)));
+    const auto byte = folder.Write("byte.dcm", SmallImage(SmallFacts(8, 8), {1, 2}));
     const auto limited = "trap '' XFSZ; ulimit -f 64; " + kCommand + " convert " + kSlice + ' ' +
                          byte + " -o " + folder.Path("out") + " --to explicit > /dev/null 2>" +
                          folder.Path("complaints");

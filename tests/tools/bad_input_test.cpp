@@ -1,13 +1,12 @@
 // What the command does with inputs that are no use.
+#include "tests/support/dicom_builder.h"
 #include "tests/tools/run_command.h"
-#include "tests/tools/small_image.h"
 
 #include <gtest/gtest.h>
 
 namespace quorvex::test {
 namespace {
 
-constexpr std::string_view kRle = "1.2.840.10008.1.2.5";
 constexpr double kLongest = 1.0;  // seconds; sanitizers and busy machines get a multiple
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr double kAllowance = 20.0;
@@ -15,25 +14,23 @@ constexpr double kAllowance = 20.0;
 constexpr double kAllowance = 3.0;
 #endif
 
-constexpr PixelForm kWords = {.allocated = 16, .stored = 16};
-using Bytes = std::vector<unsigned char>;
+constexpr ImageFacts kFacts = {.rows = 8, .columns = 8};
+const Bytes kPixels(128, 'x');
 
-Bytes RleImage(std::string_view fragment) {
-    const PixelForm form = {.rows = 4, .columns = 4, .allocated = 16, .stored = 16};
-    return HeaderOf(form, kRle)
-        .Header(tag::kPixelData, "OB", 0xFFFFFFFF)
-        .Item(0)
-        .Item(static_cast<std::uint32_t>(fragment.size()))
-        .Raw(fragment)
-        .EndSequence()
-        .Bytes();
+Bytes Native(const ImageFacts& facts, const Bytes& pixels) {
+    return NativeFile(kExplicitUid, facts, pixels);
+}
+
+Bytes Rle(const Bytes& fragment) {
+    return EncapsulatedFile(kRleUid, {.rows = 4, .columns = 4}, {fragment});
 }
 
 // Segments that claim to begin far behind the fragment's end, and inside its own header.
-std::string LyingSegments() {
-    std::string header = Word(2) + Word(0) + Word(0xFFF0) + Word(0x7FFF) + Word(3) + Word(0);
-    header.resize(64, '\xFF');
-    return header + std::string(16, '\x05');
+Bytes LyingSegments() {
+    auto bytes = DicomBuilder().Number(2, 4).Number(0x7FFFFFF0, 4).Number(3, 4).Bytes();
+    bytes.resize(64, 0xFF);
+    bytes.resize(80, 5);
+    return bytes;
 }
 
 Bytes NestedSequences(int depth) {
@@ -49,10 +46,10 @@ Bytes DescendingElements(std::uint32_t count) {
     return file.Bytes();
 }
 
-std::string Junk(std::size_t size) {
-    std::string bytes;
+Bytes Junk(std::size_t size) {
+    Bytes bytes;
     for (std::uint32_t state = 1; bytes.size() < size; state = state * 1664525U + 1013904223U)
-        bytes += static_cast<char>(state >> 24);
+        bytes.push_back(static_cast<unsigned char>(state >> 24));
     return bytes;
 }
 
@@ -70,18 +67,16 @@ TEST(BadInput, AnswersWithOneLineAndStatusOne) {
         const char* code;
         bool isReadable = true;  // as far as `info` is concerned
     };
-    const std::string junk = Junk(100'000);
     const Case cases[] = {
         {"132 bytes", Bytes(132, 'a'), "QVM_ERROR_FAILED_TO_READ_FILE (10): ", false},
-        {"junk", Bytes(junk.begin(), junk.end()), "QVM_ERROR_FAILED_TO_PARSE_DICOM (11): ", false},
-        {"no rows", ImageOf({.rows = 0, .allocated = 16, .stored = 16}, std::string(128, 'x')),
+        {"junk", Junk(100'000), "QVM_ERROR_FAILED_TO_PARSE_DICOM (11): ", false},
+        {"no rows", Native({.rows = 0, .columns = 8}, kPixels),
          "QVM_ERROR_FAILED_TO_GET_PIXEL_DATA (9): "},
-        {"no pixels", HeaderOf(kWords).Bytes(), "QVM_ERROR_"},
-        {"ten bytes of a huge image",
-         ImageOf({.rows = 65535, .columns = 65535, .allocated = 16, .stored = 16}, "xxxxxxxxxx"),
+        {"no pixels", ImageFile(kExplicitUid, kFacts).Bytes(), "QVM_ERROR_"},
+        {"ten bytes of a huge image", Native({.rows = 65535, .columns = 65535}, Bytes(10, 'x')),
          "QVM_ERROR_"},
-        {"lying RLE offsets", RleImage(LyingSegments()), "QVM_ERROR_FAILED_TO_DECOMPRESS (1): "},
-        {"RLE cut in its header", RleImage("\x02"), "QVM_ERROR_FAILED_TO_DECOMPRESS (1): "},
+        {"lying RLE offsets", Rle(LyingSegments()), "QVM_ERROR_FAILED_TO_DECOMPRESS (1): "},
+        {"RLE cut in its header", Rle({2}), "QVM_ERROR_FAILED_TO_DECOMPRESS (1): "},
     };
     const ScratchFolder folder;
     for (const auto& bad : cases) {
@@ -99,7 +94,7 @@ TEST(BadInput, AnswersWithOneLineAndStatusOne) {
 TEST(BadInput, ShortPixelDataIsNeverACrash) {
     const ScratchFolder folder;
     for (const std::size_t bytes : {0U, 2U, 126U}) {
-        const auto path = folder.Write("short.dcm", ImageOf(kWords, std::string(bytes, 'x')));
+        const auto path = folder.Write("short.dcm", Native(kFacts, Bytes(bytes, 'x')));
         for (const auto* verb : {"frame", "render"})
             EXPECT_LE(RunCommand({verb, path, "-o", folder.Path("out")}).status, 1)
                 << verb << ' ' << bytes;
@@ -118,7 +113,7 @@ TEST(BadInput, FilesThatAreNone) {
 
 TEST(BadInput, FramesThatAreNot) {
     const ScratchFolder folder;
-    const auto path = folder.Write("one.dcm", ImageOf(kWords, std::string(128, 'x')));
+    const auto path = folder.Write("one.dcm", Native(kFacts, kPixels));
     const Arguments out = {"-o", folder.Path("out")};
     for (const auto* index : {"1", "-1", "2147483647"})
         for (const auto* verb : {"frame", "render"})
@@ -146,7 +141,7 @@ TEST(BadInput, HostileStructureIsShownOrRefusedInTime) {
 TEST(BadInput, InfoGoesOnPastABadFile) {
     const ScratchFolder folder;
     const auto bad = folder.Write("bad.dcm", "no DICOM");
-    const auto good = folder.Write("good.dcm", ImageOf(kWords, std::string(128, 'x')));
+    const auto good = folder.Write("good.dcm", Native(kFacts, kPixels));
     EXPECT_TRUE(Has(ExpectStatus(1, {"info", bad, good}).output, "8 x 8, 1 frame"));
 }
 

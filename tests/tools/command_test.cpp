@@ -1,6 +1,6 @@
 // What the command makes of good inputs, and of wrong arguments.
+#include "tests/support/dicom_builder.h"
 #include "tests/tools/run_command.h"
-#include "tests/tools/small_image.h"
 
 #include <algorithm>
 #include <cmath>
@@ -45,9 +45,7 @@ TEST(RenderCommand, ShowsTheWindow) {
     constexpr int kCentre = 40;
     constexpr int kWidth = 400;
     const auto picture = RenderPicture({kSlice});
-    ASSERT_EQ(picture.width, 512);
-    ASSERT_EQ(picture.height, 512);
-    EXPECT_EQ(picture.channels, 1);
+    ASSERT_EQ(picture.Shape(), (std::array{512, 512, 1}));
     EXPECT_TRUE(picture.pixels == RenderPicture({kSlice, "--window", "40,400"}).pixels);
     const auto stored = StoredPixels(kSlice, 512 * 512 * 2);
     for (int i = 0; i < 512 * 512; i += 97) {
@@ -61,18 +59,15 @@ TEST(RenderCommand, ShowsTheWindow) {
 
 TEST(RenderCommand, Monochrome1ShowsLowValuesWhite) {
     const auto picture = RenderPicture({kRadiograph});
-    ASSERT_EQ(picture.width, 480);
-    ASSERT_EQ(picture.height, 586);
+    ASSERT_EQ(picture.Shape(), (std::array{480, 586, 1}));
     EXPECT_LT(picture.At(5, 300), 30);    // open field: much radiation, black
     EXPECT_GT(picture.At(430, 66), 200);  // the lead marker: white
 }
 
 TEST(RenderCommand, ColourStaysColour) {
     const auto picture = RenderPicture({kLoop, "--frame", "1"});
-    ASSERT_EQ(picture.width, 256);
-    ASSERT_EQ(picture.channels, 3);
+    ASSERT_EQ(picture.Shape(), (std::array{256, 192, 3}));
     const auto stored = StoredPixels(kLoop, 4 * kLoopFrame).substr(kLoopFrame, kLoopFrame);
-    ASSERT_EQ(picture.pixels.size(), stored.size());
     for (std::size_t i = 0; i < stored.size(); i += 7)
         ASSERT_NEAR(picture.pixels[i], static_cast<unsigned char>(stored[i]), 1) << i;
 }
@@ -80,8 +75,7 @@ TEST(RenderCommand, ColourStaysColour) {
 TEST(RenderCommand, TurnsFlipsAndInverts) {
     const auto upright = RenderPicture({kRadiograph});
     const auto turned = RenderPicture({kRadiograph, "--rotate", "90"});
-    ASSERT_EQ(turned.width, 586);
-    ASSERT_EQ(turned.height, 480);
+    ASSERT_EQ(turned.Shape(), (std::array{586, 480, 1}));
     const auto flipped = RenderPicture({kRadiograph, "--flip"});
     const auto inverted = RenderPicture({kRadiograph, "--invert"});
     for (int y = 8; y < 570; y += 37) {
@@ -97,7 +91,7 @@ TEST(RenderCommand, TurnsFlipsAndInverts) {
 
 TEST(RenderCommand, LaysTheImageIntoTheView) {
     const auto picture = RenderPicture({kSlice, "--view", "800x600", "--window", "-1000,1"});
-    ASSERT_EQ(picture.width, 800);
+    ASSERT_EQ(picture.Shape(), (std::array{800, 600, 1}));
     EXPECT_EQ(picture.At(50, 300), 0);  // beside the fitted image
     EXPECT_EQ(picture.At(400, 300), 255);
     const auto panned = RenderPicture(
@@ -105,8 +99,7 @@ TEST(RenderCommand, LaysTheImageIntoTheView) {
     EXPECT_EQ(panned.At(200, 400), 255);
     EXPECT_EQ(panned.At(400, 300), 0);
     const auto result = RenderPicture({kSlice, "--view", "800x600", "--zoom", "0.5", "--result"});
-    EXPECT_EQ(result.width, 256);
-    EXPECT_EQ(result.height, 256);
+    EXPECT_EQ(result.Shape(), (std::array{256, 256, 1}));
 }
 
 TEST(RenderCommand, AppliesAState) {

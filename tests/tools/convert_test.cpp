@@ -80,30 +80,33 @@ struct BadSource {
 };
 
 std::vector<BadSource> BadSources(const ScratchFolder& folder) {
-    constexpr PixelForm kByte = {.rows = 16, .columns = 16};
-    constexpr PixelForm kTwelve = {16, 16, 16, 12};
-    constexpr PixelForm kSixteen = {16, 16, 16, 16};
-    constexpr PixelForm kSigned = {16, 16, 16, 16, 1};
-    const auto image = [&](const char* name, const PixelForm& form, const std::string& pattern,
-                           std::size_t bytes = 512) {
-        return folder.Write(name, ImageOf(form, Repeated(pattern, bytes)));
-    };
     const auto beginning = [&](const char* name, std::size_t bytes) {
         return folder.Write(name, ReadAll(kSlice).substr(0, bytes));
     };
-    const auto white = Word(4095) + Word(4095) + Word(0);
-    const auto text = folder.Write("text.dcm", Repeated("no DICOM. ", 5000));
+    std::string text;
+    while (text.size() < 5000) text += "no DICOM. ";
+    constexpr auto kTwelveBits = SmallFacts(16, 12);
     return {
         {kState, {"explicit"}, "no usable pixel data"},
         {kSlice, {"jpeg"}, "holds 8 bits"},
-        {image("byte.dcm", kByte, "\1\2", 256), {"jpeg12"}, "more than 8 bits"},
-        {image("signed.dcm", kSigned, Word(0xFF00)), {"jpeg12"}, "signed"},
-        {image("wide.dcm", kSixteen, Word(60000)), {"jpeg12"}, "above 4095"},
-        {image("white.dcm", kTwelve, white), {"j2k", "--quality", "4"}, "bits stored"},
+        {folder.Write("byte.dcm", SmallImage(SmallFacts(8, 8), {1, 2})),
+         {"jpeg12"},
+         "more than 8 bits"},
+        {folder.Write("signed.dcm", SmallImage(SmallFacts(16, 16, 1), {0xFF00})),
+         {"jpeg12"},
+         "signed"},
+        {folder.Write("wide.dcm", SmallImage(SmallFacts(16, 16), {60000})),
+         {"jpeg12"},
+         "above 4095"},
+        {folder.Write("white.dcm", SmallImage(kTwelveBits, {4095, 4095, 0})),
+         {"j2k", "--quality", "4"},
+         "bits stored"},
         {beginning("cut.dcm", 900), {"j2k-lossless"}, "QVM_ERROR_"},
         {beginning("half.dcm", 250'000), {"explicit"}, "ends before its data"},
-        {image("short.dcm", kTwelve, "\1\2", 500), {"j2k-lossless"}, "fewer pixels"},
-        {text, {"explicit"}, "QVM_ERROR_FAILED_TO_PARSE_DICOM"},
+        {folder.Write("short.dcm", SmallImage(kTwelveBits, {0x0201}, 250)),
+         {"j2k-lossless"},
+         "fewer pixels"},
+        {folder.Write("text.dcm", text), {"explicit"}, "QVM_ERROR_FAILED_TO_PARSE_DICOM"},
         {folder.Path("none.dcm"), {"explicit"}, "QVM_ERROR_FAILED_TO_READ_FILE"},
     };
 }

@@ -1,6 +1,6 @@
 // New objects from pictures, and presentation states.
+#include "tests/support/dicom_builder.h"
 #include "tests/tools/run_command.h"
-#include "tests/tools/small_image.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // Names of outputs come from arguments, never from what stands in a file; and a file's preamble is
 // not passed on.
+#include "tests/support/dicom_builder.h"
 #include "tests/tools/run_command.h"
-#include "tests/tools/small_image.h"
 
 #include <algorithm>
 #include <array>
@@ -29,17 +29,16 @@ Arguments HostileNames() {
 }
 
 /// An image whose every identifier and text is `name`.
-std::vector<unsigned char> ImageNamed(const std::string& name) {
-    const std::string even = name + std::string(name.size() % 2, ' ');
+Bytes ImageNamed(const std::string& name) {
     auto file = DicomBuilder::Part10(kExplicitUid);
-    file.Add(tag::kSOPClassUID, "UI", even).Add(tag::kSOPInstanceUID, "UI", even);
+    for (const auto tag : {tag::kSOPClassUID, tag::kSOPInstanceUID}) file.Padded(tag, "UI", name);
     for (const auto tag : {tag::kAccessionNumber, tag::kModality, tag::kInstitutionName,
                            tag::kSeriesDescription, tag::kPatientName, tag::kPatientID,
                            tag::kStudyInstanceUID, tag::kSeriesInstanceUID, tag::kStudyID})
-        file.Add(tag, "LO", even);
-    AddForm(file, {});
-    return file.Add(tag::kContentLabel, "LO", even)
-        .Add(tag::kPixelData, "OB", std::string(64, 'x'))
+        file.Padded(tag, "LO", name);
+    return file.Image({.rows = 8, .columns = 8, .bits = 8})
+        .Padded(tag::kContentLabel, "LO", name)
+        .Add(tag::kPixelData, "OB", Bytes(64, 'x'))
         .Bytes();
 }
 

@@ -1,35 +1,33 @@
 // Overlays and palettes as the command shows them.
+#include "tests/support/dicom_builder.h"
 #include "tests/tools/run_command.h"
-#include "tests/tools/small_image.h"
 
-#include <array>
 #include <gtest/gtest.h>
 
 namespace quorvex::test {
 namespace {
 
-constexpr PixelForm kGrey = {.rows = 2, .columns = 4};
-constexpr PixelForm kPalette = {.rows = 2, .columns = 4, .photometric = "PALETTE COLOR "};
-const std::string kPixels = {0, 1, 2, 3, 0, 1, 2, 3};
+constexpr ImageFacts kGrey = {.rows = 2, .columns = 4, .bits = 8};
+const Bytes kPixels = {0, 1, 2, 3, 0, 1, 2, 3};
 // Bits 0 and 5 of a plane that lies on the image: its first pixel, and the second one of row 2.
-const std::string kMarks = {0x21, 0};
+const Bytes kMarks = {0x21, 0};
 constexpr bool IsMarked(std::size_t pixel) {
     return pixel == 0 || pixel == 5;
 }
 
 struct Overlay {
-    std::uint16_t rows = 2;
-    std::uint16_t columns = 4;
+    unsigned rows = 2;
+    unsigned columns = 4;
     unsigned originRow = 1;
     unsigned originColumn = 1;
-    std::string data = kMarks;
+    Bytes data = kMarks;
 };
 
-std::vector<unsigned char> ImageUnder(const Overlay& overlay, DicomBuilder file) {
+Bytes ImageUnder(const Overlay& overlay, DicomBuilder file) {
     return file.Us(tag::kOverlayRows, overlay.rows)
         .Us(tag::kOverlayColumns, overlay.columns)
         .Add(tag::kOverlayDescription, "LO", "marks ")
-        .Add(tag::kOverlayOrigin, "SS", Word(overlay.originRow) + Word(overlay.originColumn))
+        .Words(tag::kOverlayOrigin, "SS", {overlay.originRow, overlay.originColumn})
         .Us(tag::kOverlayBitsAllocated, 1)
         .Us(tag::kOverlayBitPosition, 0)
         .Add(tag::kOverlayData, "OW", overlay.data)
@@ -37,24 +35,28 @@ std::vector<unsigned char> ImageUnder(const Overlay& overlay, DicomBuilder file)
         .Bytes();
 }
 
-/// The three tables of a palette, each of four entries of 16 bits from index 0.
-DicomBuilder PaletteHeader(const PixelForm& form, const std::array<std::string, 3>& tables,
-                           bool isSegmented = false) {
-    auto file = HeaderOf(form);
+/// Red, green and blue of four indices, 16 bits each.
+using Palette = std::vector<std::vector<unsigned>>;
+
+DicomBuilder PaletteHeader(unsigned columns, const Palette& palette, bool isSegmented = false) {
+    auto file = ImageFile(
+        kExplicitUid, {.rows = 2, .columns = columns, .bits = 8, .photometric = "PALETTE COLOR"});
     for (std::uint32_t colour = 0; colour < 3; ++colour)
-        file.Add(tag::kRedPaletteColorLookupTableDescriptor + colour, "US",
-                 Word(4) + Word(0) + Word(16));
-    for (std::uint32_t colour = 0; colour < 3; ++colour)
-        file.Add((isSegmented ? tag::kSegmentedRedPaletteColorLookupTableData
-                              : tag::kRedPaletteColorLookupTableData) +
-                     colour,
-                 "OW", (isSegmented ? Word(0) + Word(4) : "") + tables[colour]);
+        file.Words(tag::kRedPaletteColorLookupTableDescriptor + colour, "US", {4, 0, 16});
+    for (std::uint32_t colour = 0; colour < 3; ++colour) {
+        auto entries = palette[colour];
+        if (isSegmented) entries.insert(entries.begin(), {0, 4});
+        file.Words((isSegmented ? tag::kSegmentedRedPaletteColorLookupTableData
+                                : tag::kRedPaletteColorLookupTableData) +
+                       colour,
+                   "OW", entries);
+    }
     return file;
 }
 
 TEST(RenderCommand, BurnsInOverlays) {
     const ScratchFolder folder;
-    const auto path = folder.Write("grey.dcm", ImageUnder({}, HeaderOf(kGrey)));
+    const auto path = folder.Write("grey.dcm", ImageUnder({}, ImageFile(kExplicitUid, kGrey)));
     const Arguments render = {"render", path, "--window", "100,200"};
     const auto plain = PictureBy(render);
     const auto marked = PictureBy(render + Arguments{"--overlays"});
@@ -67,11 +69,9 @@ TEST(RenderCommand, BurnsInOverlays) {
 }
 
 TEST(RenderCommand, BurnsOverlaysIntoPaletteColours) {
-    const std::string dark(8, '\0');
-    const auto ramp = Word(0) + Word(0x4000) + Word(0x8000) + Word(0xFF00);
+    const Palette reddish = {{0, 0x4000, 0x8000, 0xFF00}, {0, 0, 0, 0}, {0, 0, 0, 0}};
     const ScratchFolder folder;
-    const auto path =
-        folder.Write("palette.dcm", ImageUnder({}, PaletteHeader(kPalette, {ramp, dark, dark})));
+    const auto path = folder.Write("palette.dcm", ImageUnder({}, PaletteHeader(4, reddish)));
     const auto picture = PictureBy({"render", path, "--overlays"});
     ASSERT_EQ(picture.channels, 3);
     const int reds[] = {255, 63, 127, 254, 0, 255, 127, 254};
@@ -83,11 +83,12 @@ TEST(RenderCommand, BurnsOverlaysIntoPaletteColours) {
 
 TEST(RenderCommand, BadOverlaysStillGiveAPicture) {
     const Overlay cases[] = {{.originRow = 0x8000, .originColumn = 0x7FFF},
-                             {.data = ""},
+                             {.data = {}},
                              {65535, 65535, 0x8000, 0x8000}};
     const ScratchFolder folder;
     for (const auto& overlay : cases) {
-        const auto path = folder.Write("bad.dcm", ImageUnder(overlay, HeaderOf(kGrey)));
+        const auto path =
+            folder.Write("bad.dcm", ImageUnder(overlay, ImageFile(kExplicitUid, kGrey)));
         EXPECT_EQ(PictureBy({"render", path, "--overlays"}).pixels.size(), 8U) << &overlay - cases;
     }
 }
@@ -95,15 +96,12 @@ TEST(RenderCommand, BadOverlaysStillGiveAPicture) {
 // Two by two indices of a palette of four colours: black, red, green, blue; or the same in segments.
 TEST(PaletteImage, IsShownInItsColours) {
     constexpr int kBrightest = 254;  // 65535 * 255 / 65536, cut
-    std::array<std::string, 3> tables;
-    for (std::size_t colour = 0; colour < 3; ++colour)
-        for (std::size_t i = 0; i < 4; ++i) tables[colour] += Word(i == colour + 1 ? 0xFFFF : 0);
-    const PixelForm form = {.rows = 2, .columns = 2, .photometric = "PALETTE COLOR "};
+    const Palette palette = {{0, 0xFFFF, 0, 0}, {0, 0, 0xFFFF, 0}, {0, 0, 0, 0xFFFF}};
     const ScratchFolder folder;
     for (const bool isSegmented : {false, true}) {
-        auto file = PaletteHeader(form, tables, isSegmented);
+        auto file = PaletteHeader(2, palette, isSegmented);
         const auto path =
-            folder.Write("palette.dcm", file.Add(tag::kPixelData, "OB", {"\0\1\2\3", 4}).Bytes());
+            folder.Write("palette.dcm", file.Add(tag::kPixelData, "OB", Bytes{0, 1, 2, 3}).Bytes());
         const auto shown = PictureBy({"render", path, "--view", "80x80"});
         ASSERT_EQ(shown.channels, 3) << isSegmented;
         for (int index = 0; index < 4; ++index) {

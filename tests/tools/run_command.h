@@ -3,6 +3,7 @@
 
 #include "tests/support/scratch_folder.h"
 
+#include <array>
 #include <set>
 #include <string>
 #include <string_view>
@@ -56,6 +57,8 @@ struct ReadPicture {
     int height = 0;
     int channels = 0;
     std::vector<unsigned char> pixels;
+    /// Width, height and channels.
+    [[nodiscard]] std::array<int, 3> Shape() const { return {width, height, channels}; }
     [[nodiscard]] int At(int x, int y) const {
         return pixels.at(static_cast<std::size_t>((y * width + x) * channels));
     }

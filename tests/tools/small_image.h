@@ -1,55 +1,26 @@
-/// Small DICOM images of one sample a pixel, written by hand.
+/// Small images for the command to work on.
 #pragma once
 
-#include "quorvex/Tags.h"
 #include "tests/support/dicom_builder.h"
-
-#include <string>
-#include <string_view>
 
 namespace quorvex::test {
 
-struct PixelForm {
-    std::uint16_t rows = 8;  ///< 0: not told
-    std::uint16_t columns = 8;
-    std::uint16_t allocated = 8;
-    std::uint16_t stored = 8;
-    std::uint16_t isSigned = 0;
-    std::string_view photometric = "MONOCHROME2 ";
-};
-
-/// The attributes that describe the pixels.
-inline DicomBuilder& AddForm(DicomBuilder& file, const PixelForm& form) {
-    file.Us(tag::kSamplesPerPixel, 1).Add(tag::kPhotometricInterpretation, "CS", form.photometric);
-    if (form.rows > 0) file.Us(tag::kRows, form.rows);
-    return file.Us(tag::kColumns, form.columns)
-        .Us(tag::kBitsAllocated, form.allocated)
-        .Us(tag::kBitsStored, form.stored)
-        .Us(tag::kHighBit, static_cast<std::uint16_t>(form.stored - 1))
-        .Us(tag::kPixelRepresentation, form.isSigned);
+/// Sixteen by sixteen pixels.
+constexpr ImageFacts SmallFacts(unsigned bits, unsigned stored, unsigned representation = 0) {
+    return {.rows = 16,
+            .columns = 16,
+            .bits = bits,
+            .representation = representation,
+            .stored = stored};
 }
 
-/// A file with these attributes alone, explicit and little-endian, its Pixel Data to be added.
-inline DicomBuilder HeaderOf(const PixelForm& form, std::string_view syntax = kExplicitUid) {
-    auto file = DicomBuilder::Part10(syntax);
-    return AddForm(file, form);
-}
-
-/// A whole file.
-inline std::vector<unsigned char> ImageOf(const PixelForm& form, std::string_view pixels) {
-    return HeaderOf(form).Add(tag::kPixelData, "OW", pixels).Bytes();
-}
-
-/// The beginning of a pattern that goes on without end.
-inline std::string Repeated(const std::string& pattern, std::size_t bytes) {
-    std::string pixels;
-    while (pixels.size() < bytes) pixels += pattern;
-    return pixels.substr(0, bytes);
-}
-
-/// A little-endian number of two bytes.
-inline std::string Word(unsigned value) {
-    return {static_cast<char>(value & 255), static_cast<char>(value >> 8 & 255)};
+/// A native image whose first `count` pixels repeat these samples; the others are missing.
+inline Bytes SmallImage(const ImageFacts& facts, const std::vector<unsigned>& samples,
+                        std::size_t count = 256) {
+    DicomBuilder pixels;
+    for (std::size_t i = 0; i < count; ++i)
+        pixels.Number(samples[i % samples.size()], static_cast<int>(facts.bits / 8));
+    return NativeFile(kExplicitUid, facts, pixels.Bytes());
 }
 
 }  // namespace quorvex::test

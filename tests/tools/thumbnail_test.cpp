@@ -11,20 +11,16 @@ TEST(ThumbnailCommand, KeepsTheShapeOfTheImage) {
     struct Case {
         std::string file;
         const char* size;
-        int width;
-        int height;
-        int channels;
+        std::array<int, 3> shape;
     };
     const Case cases[] = {
-        {kSlice, "128x128", 128, 128, 1},      {kSlice, "300x50", 52, 50, 1},
-        {kRadiograph, "128x128", 104, 128, 1}, {kLoop, "100x100", 100, 75, 3},
-        {kLoop, "101x200", 100, 76, 3},        {kRadiograph, "4x4", 4, 4, 1},
+        {kSlice, "128x128", {128, 128, 1}},      {kSlice, "300x50", {52, 50, 1}},
+        {kRadiograph, "128x128", {104, 128, 1}}, {kLoop, "100x100", {100, 75, 3}},
+        {kLoop, "101x200", {100, 76, 3}},        {kRadiograph, "4x4", {4, 4, 1}},
     };
     for (const auto& c : cases) {
         const auto picture = PictureBy({"thumbnail", c.file, "--size", c.size});
-        EXPECT_EQ(picture.width, c.width) << c.file << ' ' << c.size;
-        EXPECT_EQ(picture.height, c.height) << c.file << ' ' << c.size;
-        EXPECT_EQ(picture.channels, c.channels) << c.file << ' ' << c.size;
+        EXPECT_EQ(picture.Shape(), c.shape) << c.file << ' ' << c.size;
     }
 }
 
