@@ -101,6 +101,12 @@ std::string FloatText(std::uint64_t bits, std::size_t width) {
                       : ShortestText(std::bit_cast<double>(bits));
 }
 
+// Meta information is little-endian in every file.
+bool IsBigEndian(const DcmElementView& element, bool isDataSetBigEndian) {
+    constexpr std::uint32_t kMetaGroup = 0x0002;
+    return isDataSetBigEndian && element.tag >> 16 != kMetaGroup;
+}
+
 std::string NumberText(std::string_view bytes, const Representation& representation,
                        bool bigEndian) {
     const auto number = ReadNumber(bytes, bigEndian);
@@ -154,10 +160,11 @@ std::string NumbersAsText(const DcmElementView& element, bool bigEndian) {
     if (representation.kind == Kind::kBytes)
         return Hexadecimal(bytes.substr(0, kMostBytesShown), " ") +
                (bytes.size() > kMostBytesShown ? " ..." : "");
+    const bool isBigEndian = IsBigEndian(element, bigEndian);
     std::string text;
     ForEachNumber(bytes, representation.width, kMostNumbersShown, [&](std::string_view number) {
         if (!text.empty()) text += '\\';
-        text += NumberText(number, representation, bigEndian);
+        text += NumberText(number, representation, isBigEndian);
     });
     return bytes.size() / representation.width > kMostNumbersShown ? text + "\\..." : text;
 }
@@ -168,10 +175,11 @@ std::string NumbersAsJson(const DcmElementView& element, bool bigEndian) {
     if (representation.kind == Kind::kBytes)
         return bytes.size() > kMostBytesInJson ? "null" : '"' + Hexadecimal(bytes) + '"';
     if (bytes.size() / representation.width > kMostNumbersInJson) return "null";
+    const bool isBigEndian = IsBigEndian(element, bigEndian);
     std::string text;
     ForEachNumber(bytes, representation.width, kMostNumbersInJson, [&](std::string_view number) {
         if (!text.empty()) text += ',';
-        text += JsonOf(NumberText(number, representation, bigEndian), representation.kind);
+        text += JsonOf(NumberText(number, representation, isBigEndian), representation.kind);
     });
     return '[' + text + ']';
 }

@@ -22,7 +22,8 @@ bool IsPlainAscii(std::string_view bytes) noexcept;
 std::string_view ValueBytes(const DcmElementView& element) noexcept;
 
 /// A value that is not text, for a reader: numbers joined with backslashes or bytes in hexadecimal,
-/// cut where it gets long. `bigEndian` is the byte order of the data set.
+/// cut where it gets long. `bigEndian` is the byte order of the data set; meta information is
+/// little-endian in every file.
 std::string NumbersAsText(const DcmElementView& element, bool bigEndian);
 
 /// The same for a program: a JSON array of numbers, or a JSON string of hexadecimal digits; "null"

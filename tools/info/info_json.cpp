@@ -62,7 +62,7 @@ private:
 
     std::string ValueOf(const DcmElementView& element) {
         if (IsText(element.vr)) return JsonString(owner_.Text(element));
-        return NumbersAsJson(element, bigEndian_ && element.tag >> 16 != 0x0002);
+        return NumbersAsJson(element, bigEndian_);
     }
 
     // Items without elements are never visited and stand as empty arrays.

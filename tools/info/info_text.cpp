@@ -72,8 +72,7 @@ private:
         if (IsText(element.vr)) return '[' + Printable(Shortened(owner_.Text(element))) + ']' + cut;
         if (element.vr == MC_VR_UN && IsReadable(ValueBytes(element)))
             return '[' + Shortened(ValueBytes(element)) + ']' + cut;
-        const bool fileOrder = bigEndian_ && element.tag >> 16 != 0x0002;
-        return NumbersAsText(element, fileOrder) + LengthOf(element) + cut;
+        return NumbersAsText(element, bigEndian_) + LengthOf(element) + cut;
     }
 
     static std::string LengthOf(const DcmElementView& element) {
