@@ -13,15 +13,15 @@ struct ConvertTarget {
     const TransferSyntax* syntax = nullptr;
     int quality = 0;          ///< where none is asked for; 0 where quality means nothing
     int worst = 0, best = 0;  ///< the range that --quality has
-    const char* codedColours =
-        nullptr;  ///< Photometric Interpretation of coded RGB; null where it stays RGB
+    /// Photometric Interpretation of coded RGB; null where it stays RGB.
+    const char* codedColours = nullptr;
 };
 
 /// The target of that name. A WrongUsage for any other text.
 ConvertTarget ConvertTargetOf(const std::string& name);
 
-/// Says of an object that was coded as RGB how its colours lie in the coded frames, as readers expect
-/// it: JPEG 2000 turns them into luminance and differences.
+/// Sets the Photometric Interpretation of an object that was coded as RGB to what the coded frames
+/// have, as readers expect it: JPEG 2000 makes luminance and differences of the colours.
 void NameColoursOf(CDcmObject& object, const ConvertTarget& target);
 
 }  // namespace quorvex::tools

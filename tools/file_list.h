@@ -14,8 +14,8 @@ namespace quorvex::tools {
 /// One input, and the name that its output has inside the output folder.
 struct InputFile {
     std::string path;
-    /// A relative path without "..": the last part of a file that was named, the path below a folder
-    /// that was, the whole path of an entry of a list.
+    /// A relative path without "..": the last part of a file of the command line, the path below a
+    /// folder of it, or the whole path of an entry of a list.
     std::string name;
     bool isNamed = false;  ///< stands on the command line itself
 };

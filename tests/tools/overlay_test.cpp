@@ -93,7 +93,7 @@ TEST(RenderCommand, BadOverlaysStillGiveAPicture) {
     }
 }
 
-// Two by two indices of a palette of four colours: black, red, green, blue; or the same in segments.
+// Two by two indices of a palette of black, red, green and blue; or the same in segments.
 TEST(PaletteImage, IsShownInItsColours) {
     constexpr int kBrightest = 254;  // 65535 * 255 / 65536, cut
     const Palette palette = {{0, 0xFFFF, 0, 0}, {0, 0, 0xFFFF, 0}, {0, 0, 0, 0xFFFF}};

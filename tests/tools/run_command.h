@@ -65,7 +65,8 @@ struct ReadPicture {
 };
 ReadPicture ReadPng(const std::string& path);
 
-/// The PNG picture that the command makes with these arguments and an output, which is all it makes.
+/// The PNG picture that the command makes with these arguments and an output; it must make no other
+/// file.
 ReadPicture PictureBy(const Arguments& arguments);
 
 }  // namespace quorvex::test
