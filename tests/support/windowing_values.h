@@ -32,6 +32,20 @@ inline std::vector<std::int32_t> ModalityTableOf(CXWindowing& windowing) {
                                  CXWindowing::kModalityTableCount);
 }
 
+struct Window {
+    int level = 0;
+    int width = 0;
+    friend bool operator==(const Window&, const Window&) = default;
+};
+
+inline Window WindowOf(CXWindowing& windowing) {
+    Window window;
+    windowing.GetWindowingFactor(window.width, window.level);
+    EXPECT_EQ(window.level, ValueOf(windowing, CXWindowing::kWindowLevel));
+    EXPECT_EQ(window.width, ValueOf(windowing, CXWindowing::kWindowWidth));
+    return window;
+}
+
 inline void SetWindow(CXWindowing& windowing, int width, int level) {
     int widthAndLevel[] = {width, level};
     ASSERT_EQ(windowing.SetValue(CXWindowing::kWindow, widthAndLevel, nullptr), 0);

@@ -20,24 +20,22 @@ struct Record : CXGSPSInfo {
     explicit Record(int bits) { pixelBitDepth = bits; }
 
     void SetModalityLut(Words& words, int first) {
-        modalityLUTData = words.data();
-        modalityLUTCount = CountOf(words);
-        modalityLUTFirst = static_cast<std::uint16_t>(first);
+        modalityLUTCount = Set(words, first, modalityLUTData, modalityLUTFirst);
     }
     void SetVoiLut(Words& words, int first, int bits) {
-        voiLUTData = words.data();
-        voiLUTCount = CountOf(words);
-        voiLUTFirst = static_cast<std::uint16_t>(first);
+        voiLUTCount = Set(words, first, voiLUTData, voiLUTFirst);
         voiLUTBits = bits;
     }
     void SetPresentationLut(Words& words, int first, int bits) {
-        presentationLUTData = words.data();
-        presentationLUTCount = CountOf(words);
-        presentationLUTFirst = static_cast<std::uint16_t>(first);
+        presentationLUTCount = Set(words, first, presentationLUTData, presentationLUTFirst);
         presentationLUTBits = bits;
     }
-    static std::int32_t CountOf(const Words& words) {
-        return static_cast<std::int32_t>(words.size() % 65536);
+
+private:
+    static int Set(Words& words, int first, std::uint16_t*& data, std::uint16_t& firstValue) {
+        data = words.data();
+        firstValue = static_cast<std::uint16_t>(first);
+        return static_cast<int>(words.size() % 65536);
     }
 };
 
@@ -64,6 +62,12 @@ TEST(ModalityDomain, FollowsDepthAndRescale) {
         {"one value", 0, 3.0, 4.0, 1, 0, 4, 4, {4}},
         {"NaN", 8, std::nan(""), 0.0, 256, 0, 0, 0, {0, 0}},
         {"clamped at both ends of int", 12, 1e300, -1e303, 4096, 0, INT_MIN, INT_MAX, {INT_MIN}},
+        {"negative bits have no table", -1, 1.0, 0.0, 0, 0, 0, -1, {}},
+        {"nor have 25 bits", 25, 1.0, 0.0, 0, 0, 0, -1, {}},
+        {"nor 32", 32, 1.0, 0.0, 0, 0, 0, -1, {}},
+        {"nor 65535", 65535, 1.0, 0.0, 0, 0, 0, -1, {}},
+        {"nor the largest int", INT_MAX, 1.0, 0.0, 0, 0, 0, -1, {}},
+        {"nor the least", INT_MIN, 1.0, 0.0, 0, 0, 0, -1, {}},
     };
     for (const auto& c : cases) {
         Record record(c.bits);
@@ -105,33 +109,22 @@ TEST(ModalityDomain, LutEntriesLieFromTheFirstMappedValueOn) {
     EXPECT_EQ(table, (Ints{100, 65535, 6}));
 }
 
-TEST(ModalityDomain, DepthsWithoutATableLeaveNone) {
-    for (const int bits : {-1, 25, 32, 65535, INT_MAX, INT_MIN}) {
-        Record record(bits);
-        record.rescaleSlope = 1.0;
-        CXWindowing windowing;
-        windowing.PrepareGSPSProcessing(&record);
-        EXPECT_EQ(ValueOf(windowing, kDisplayTableCount), 0) << bits;
-        EXPECT_EQ(ValueOf(windowing, kModalityTableCount), 0) << bits;
-    }
-}
-
 TEST(RecordWindow, IsChosenByRangeAndRecord) {
     constexpr struct {
         const char* what;
         int bits, minimum, maximum;
         double slope, intercept;
         int recordCenter, recordWidth, offset;
-        int level, width;
+        Window window;
     } kCases[] = {
-        {"8 bits", 8, 0, 255, 1.0, 0.0, 0, 0, 0, 128, 256},
-        {"8 bits with a window", 8, 0, 255, 1.0, 0.0, 90, 60, 0, 90, 60},
-        {"full range", 16, 0, 1000, 1.0, 0.0, 0, 0, 0, 500, 1000},
-        {"full range in output units", 16, 0, 1000, 2.0, -100.0, 0, 0, 0, 900, 2000},
-        {"small slopes do not count", 16, 0, 1000, 0.5, 0.0, 0, 0, 0, 500, 1000},
-        {"halves are truncated", 16, -4, 1, 1.0, 0.0, 0, 0, 0, -1, 5},
-        {"a window with an offset", 16, 0, 1000, 1.0, 0.0, 40, 400, 10, 30, 400},
-        {"one value only", 16, 77, 77, 1.0, 0.0, 0, 0, 0, 0, 400},
+        {"8 bits", 8, 0, 255, 1.0, 0.0, 0, 0, 0, {128, 256}},
+        {"8 bits with a window", 8, 0, 255, 1.0, 0.0, 90, 60, 0, {90, 60}},
+        {"full range", 16, 0, 1000, 1.0, 0.0, 0, 0, 0, {500, 1000}},
+        {"full range in output units", 16, 0, 1000, 2.0, -100.0, 0, 0, 0, {900, 2000}},
+        {"small slopes do not count", 16, 0, 1000, 0.5, 0.0, 0, 0, 0, {500, 1000}},
+        {"halves are truncated", 16, -4, 1, 1.0, 0.0, 0, 0, 0, {-1, 5}},
+        {"a window with an offset", 16, 0, 1000, 1.0, 0.0, 40, 400, 10, {30, 400}},
+        {"one value only", 16, 77, 77, 1.0, 0.0, 0, 0, 0, {0, 400}},
     };
     for (const auto& c : kCases) {
         Record record(c.bits);
@@ -141,8 +134,7 @@ TEST(RecordWindow, IsChosenByRangeAndRecord) {
         CXWindowing windowing;
         windowing.SetRescale(c.slope, c.intercept);
         EXPECT_EQ(windowing.PrepareGSPSProcessing2(&record, c.minimum, c.maximum), 0);
-        EXPECT_EQ(ValueOf(windowing, kWindowLevel), c.level) << c.what;
-        EXPECT_EQ(ValueOf(windowing, kWindowWidth), c.width) << c.what;
+        EXPECT_EQ(WindowOf(windowing), c.window) << c.what;
     }
 }
 
