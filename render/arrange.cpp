@@ -63,12 +63,12 @@ void RenderRun::HorizontalFlipImage(unsigned char* image, CSize size) const {
 
 /// Counter-clockwise in memory, which is clockwise on the screen since rows run from the bottom.
 void RenderRun::RotateImage(const unsigned char* image, CSize size) const {
-    const CSize turned{info_.outputWidth, info_.outputHeight};
-    const double xShift = info_.rotation == 90 ? 0 : turned.cx;
-    const double yShift = info_.rotation == 270 ? 0 : turned.cy;
+    const CSize output{info_.outputWidth, info_.outputHeight};
+    const double xShift = info_.rotation == 90 ? 0 : output.cx;
+    const double yShift = info_.rotation == 270 ? 0 : output.cy;
     const auto operation = outputPixelSize_ == kColourBytes ? ippiRotate_8u_C3R : ippiRotate_8u_C1R;
     operation(image, size, RowStep(size, outputPixelSize_), {0, 0, size.cx, size.cy}, info_.output,
-              RowStep(turned, outputPixelSize_), {0, 0, turned.cx, turned.cy}, info_.rotation,
+              RowStep(output, outputPixelSize_), {0, 0, output.cx, output.cy}, info_.rotation,
               xShift, yShift, kLinearInterpolation);
 }
 

@@ -18,8 +18,8 @@ struct ValueDomain {
 
 /// A window in units of a table's domain.
 ///
-/// The ramp runs from `lower` up to but not including `upper`, and rises by 255 over `width`. A width
-/// of 0 or less leaves no ramp.
+/// The ramp runs from `lower` up to but not including `upper`, and rises by 255 over `width`. With
+/// a width of 0 or less there is no ramp.
 struct DomainWindow {
     std::int64_t lower;
     std::int64_t upper;
@@ -40,8 +40,8 @@ struct DisplayBytes {
     std::uint8_t high;
 };
 
-/// What a window shows without any LUT. The flat ends take the values at the window's edges, clipped
-/// to the domain, so that a window wider than the domain does not jump to white at its end.
+/// What a window shows without any LUT. The flat ends take the values at the window's edges,
+/// clipped to the domain, so that a window wider than the domain does not jump to white at its end.
 [[nodiscard]] DisplayBytes PlainDisplayBytes(const DomainWindow& window, const ValueDomain& domain,
                                              bool isInverse) noexcept;
 

@@ -19,14 +19,14 @@ inline constexpr int kRenderOverlay = 3;              ///< `overlayImage` burnt 
 ///
 /// The *working image* is the source after the look-up table, at source size, its rows reversed:
 /// working row y shows source row imageHeight - 1 - y. The finished image has the same order, row 0
-/// at the bottom of the picture, and keeps blue ahead of green ahead of red.
+/// at the bottom of the picture, and its colour pixels are blue, green, red.
 struct _IMAGE_INFO {
     /// Stored bytes of one source pixel: 1 or 2 for grey; more than 2 means colour, which is read
-    /// as three bytes a pixel: red, green, blue.
+    /// as three bytes for each pixel: red, green, blue.
     int bytesPerPixel = 1;
     int imageWidth = 0;               ///< source columns
     int imageHeight = 0;              ///< source rows
-    unsigned char* pixels = nullptr;  ///< rows from the top, each directly behind the last
+    unsigned char* pixels = nullptr;  ///< rows from the top, without gaps
     /// Receives outputWidth x outputHeight pixels: three bytes each for colour and for
     /// kRenderSupplementalPalette, otherwise one.
     unsigned char* output = nullptr;
@@ -35,7 +35,7 @@ struct _IMAGE_INFO {
     /// What to show, in working pixels; clipped to the image. An empty one gives a black image.
     CRect roi;
     int rotation = 0;        ///< degrees clockwise on the screen: 0, 90, 180 or 270
-    int horizontalFlip = 0;  ///< non-zero mirrors left to right, ahead of the rotation
+    int horizontalFlip = 0;  ///< non-zero mirrors left to right, before the rotation
     int shutterValue = 0;    ///< output of a grey pixel under the mask; the low byte counts
     /// Null, or one byte for each source pixel, in source row order; non-zero hides a grey pixel.
     unsigned char* shutterMask = nullptr;
