@@ -85,7 +85,7 @@ QUORVEX_MESSAGE FrameFetch::Decompress(std::span<const unsigned char> source, un
         processor.DecompressFrameData(&param, bytes, source.size(), decoded, decodedSize, 0);
     std::unique_ptr<unsigned char[]> owner(decoded);
     if (result != QVM_SUCCESS && result != QVM_FRAME_COPIED) return QVM_ERROR_FAILED_TO_DECOMPRESS;
-    // A broken stream tells how far it came; the block behind that is zero, and as much the frame.
+    // The size of a broken stream is how far it came; the zeros behind that are of the frame too.
     size = std::max<unsigned long>(decodedSize, shape_.DecodedFrameBytes());
     data = owner.release();
     return QVM_SUCCESS;

@@ -1,68 +1,68 @@
-#include "parser/palette/palette_image.h"
-#include "quorvex/CxDcmParser.h"
 #include "quorvex/CxPaletteLUT.h"
-#include "tests/support/dicom_builder.h"
-#include "tests/support/temporary_file.h"
+#include "tests/parser/parsed.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace quorvex {
 namespace {
 
-using test::Bytes;
+using namespace test;
 using Words = std::vector<unsigned>;
 
-/// A parser on a file with the given elements ahead of Pixel Data.
-struct Parsed {
-    CDcmApp app;
-    CxDcmParser parser;
-    explicit Parsed(const test::DicomBuilder& file) {
-        const test::TemporaryFile onDisk(file.Bytes());
-        EXPECT_EQ(parser.Initialize(&app, CString(onDisk.Path()), 0), QVM_SUCCESS);
-    }
-    [[nodiscard]] CDcmObject* Object() const { return parser.GetHeader(); }
-};
+constexpr std::uint32_t kDescriptor = tag::kRedPaletteColorLookupTableDescriptor;
+constexpr std::uint32_t kPlain = tag::kRedPaletteColorLookupTableData;
+constexpr std::uint32_t kSegmented = tag::kSegmentedRedPaletteColorLookupTableData;
 
-Parsed WithTable(const Words& descriptor, const Words& data, bool isSegmented) {
-    return Parsed(test::ImageFile(test::kExplicitUid, {})
-                      .Words(0x00281101, "US", descriptor)
-                      .Words(isSegmented ? 0x00281221 : 0x00281201, "OW", data));
+/// A file with a red table.
+Parsed WithTable(const Words& descriptor, const Words& data, std::uint32_t dataTag = kPlain) {
+    return Parsed(ImageFile(kExplicitUid, {})
+                      .Words(kDescriptor, "US", descriptor)
+                      .Words(dataTag, "OW", data)
+                      .Bytes());
 }
 
-Words Entries(const CxPaletteLUT& lut, int first, int count) {
+Words Entries(const CxPaletteLUT& lut, int first, std::size_t count) {
     Words entries;
-    for (int i = 0; i < count; ++i) entries.push_back(lut.Lookup(first + i));
+    for (std::size_t i = 0; i < count; ++i)
+        entries.push_back(lut.Lookup(first + static_cast<int>(i)));
     return entries;
 }
 
-TEST(PaletteLut, ClampsOutsideItsTable) {
-    CxPaletteLUT lut(0);
-    EXPECT_EQ(lut.Lookup(5), 0);
-    ASSERT_EQ(lut.LoadLUT(WithTable({3, 100, 16}, {5000, 6000, 7000}, false).Object(), 0x00281101,
-                          0x00281201, 0),
-              1);
-    EXPECT_EQ(Entries(lut, 98, 6), (Words{5000, 5000, 5000, 6000, 7000, 7000}));
-    EXPECT_EQ(lut.GetEntryBits(), 16);
-    CxPaletteLUT below(1);
-    ASSERT_EQ(below.LoadLUT(WithTable({2, 65535, 16}, {4095, 1}, false).Object(), 0x00281101,
-                            0x00281201, 0),
-              1);
-    EXPECT_EQ(below.GetEntryBits(), 12);
-    EXPECT_EQ(below.Lookup(65535), 4095);
-    EXPECT_EQ(Entries(below, -2, 3), (Words{4095, 4095, 1}));
-}
+struct TableCase {
+    const char* what;
+    int representation;
+    Words descriptor;
+    Words data;
+    int entryBits;  ///< 0: refused
+    int first;
+    Words entries;  ///< from pixel value `first` on
+};
 
-TEST(PaletteLut, ReadsByteEntriesWhereverTheyLie) {
-    CxPaletteLUT lut(0);
-    ASSERT_EQ(lut.LoadLUT(WithTable({3, 0, 8}, {171 * 256, 0, 9}, false).Object(), 0x00281101,
-                          0x00281201, 0),
-              1);
-    EXPECT_EQ(Entries(lut, 0, 3), (Words{171, 0, 9}));
-    ASSERT_EQ(lut.LoadLUT(WithTable({3, 0, 8}, {0x0201, 0x0003}, false).Object(), 0x00281101,
-                          0x00281201, 0),
-              1);
-    EXPECT_EQ(Entries(lut, 0, 3), (Words{1, 2, 3}));
+const TableCase kTables[] = {
+    {"clamps", 0, {3, 100, 16}, {5000, 6000, 7000}, 16, 98, {5000, 5000, 5000, 6000, 7000, 7000}},
+    {"signed", 1, {2, 65535, 16}, {4095, 1}, 12, -2, {4095, 4095, 1}},
+    {"signed, as a word", 1, {2, 65535, 16}, {4095, 1}, 12, 65535, {4095}},
+    {"bytes in high bytes", 0, {3, 0, 8}, {171 * 256, 0, 9}, 8, 0, {171, 0, 9}},
+    {"bytes packed", 0, {3, 0, 8}, {0x0201, 0x0003}, 8, 0, {1, 2, 3}},
+    {"0 for 65,536 entries", 0, {0, 0, 16}, Words(65536, 3), 12, 65534, {3, 3, 3}},
+    {"half a descriptor", 0, {2, 0}, {1, 2}, 0, 0, {}},
+    {"short data", 0, {3, 0, 16}, {1, 2}, 0, 0, {0}},
+};
+
+TEST(PaletteLut, ReadsPlainTables) {
+    for (const TableCase& c : kTables) {
+        CxPaletteLUT lut(c.representation);
+        EXPECT_EQ(lut.Lookup(5), 0) << c.what;
+        const Parsed parsed = WithTable(c.descriptor, c.data);
+        EXPECT_EQ(lut.LoadLUT(parsed.Header(), kDescriptor, kPlain, 0), c.entryBits == 0 ? 0 : 1)
+            << c.what;
+        if (c.entryBits != 0) {
+            EXPECT_EQ(lut.GetEntryBits(), c.entryBits) << c.what;
+        }
+        EXPECT_EQ(Entries(lut, c.first, c.entries.size()), c.entries) << c.what;
+        EXPECT_EQ(lut.LoadLUT(nullptr, kDescriptor, kPlain, 0), 0);
+        EXPECT_TRUE(lut.GetEntries().empty());
+    }
 }
 
 struct SegmentCase {
@@ -92,72 +92,69 @@ const SegmentCase kSegments[] = {
 TEST(PaletteLut, ExpandsSegments) {
     for (const SegmentCase& c : kSegments) {
         CxPaletteLUT lut(0);
-        const Parsed parsed = WithTable({c.entries, 0, 16}, c.data, true);
-        EXPECT_EQ(lut.LoadLUT(parsed.Object(), 0x00281101, 0x00281201, 0), 0) << c.what;
-        EXPECT_EQ(lut.LoadLUT(parsed.Object(), 0x00281101, 0x00281221, 1),
+        const Parsed parsed = WithTable({c.entries, 0, 16}, c.data, kSegmented);
+        EXPECT_EQ(lut.LoadLUT(parsed.Header(), kDescriptor, kPlain, 0), 0) << c.what;
+        EXPECT_EQ(lut.LoadLUT(parsed.Header(), kDescriptor, kSegmented, 1),
                   c.expected.empty() ? 0 : 1)
             << c.what;
-        EXPECT_EQ(Entries(lut, 0, static_cast<int>(c.expected.size())), c.expected) << c.what;
+        EXPECT_EQ(Entries(lut, 0, c.expected.size()), c.expected) << c.what;
     }
 }
 
-TEST(PaletteLut, RefusesWhatIsMissingOrShort) {
-    CxPaletteLUT lut(0);
-    EXPECT_EQ(lut.LoadLUT(nullptr, 0x00281101, 0x00281201, 0), 0);
-    EXPECT_EQ(lut.LoadLUT(WithTable({2, 0}, {1, 2}, false).Object(), 0x00281101, 0x00281201, 0), 0);
-    EXPECT_EQ(lut.LoadLUT(WithTable({3, 0, 16}, {1, 2}, false).Object(), 0x00281101, 0x00281201, 0),
-              0);
-    EXPECT_EQ(lut.LoadLUT(WithTable({0, 0, 16}, Words(65536, 3), false).Object(), 0x00281101,
-                          0x00281201, 0),
-              1);
-    EXPECT_EQ(lut.Lookup(65535), 3);
-}
-
-Bytes Colours(const Words& red, const Words& green, const Words& blue, unsigned entryBits) {
-    auto writer = test::ImageFile(test::kExplicitUid, {.photometric = "PALETTE COLOR"});
-    const auto entries = static_cast<unsigned>(red.size());
-    for (const unsigned tag : {0x00281101U, 0x00281102U, 0x00281103U}) {
-        writer.Words(tag, "US", {entries, 0, entryBits});
-    }
-    writer.Words(0x00281201, "OW", red).Words(0x00281202, "OW", green);
-    writer.Words(0x00281203, "OW", blue);
-    Parsed parsed(writer);
-    Bytes pixels{0, 0, 1, 0};
+struct Coloured {
+    QUORVEX_MESSAGE code;
+    Bytes rgb;
     unsigned short bits = 16;
     unsigned short samples = 1;
-    CString photometric("PALETTE COLOR");
+    CString photometric = "PALETTE COLOR";
+};
+
+/// Two pixels, of the indices 0 and 1.
+Coloured Colour(Parsed parsed) {
+    Bytes pixels{0, 0, 1, 0};
+    Coloured coloured;
     unsigned char* rgb = nullptr;
-    EXPECT_EQ(parsed.parser.GetRGBBufferFromPaletteImage(pixels.data(), 2, 1, bits, samples,
-                                                         photometric, rgb, 0),
-              QVM_SUCCESS);
-    EXPECT_EQ(bits, 24);
-    EXPECT_EQ(samples, 3);
-    EXPECT_EQ(photometric, CString("RGB"));
-    const Bytes result(rgb, rgb + 6);
-    delete[] rgb;
-    return result;
+    coloured.code = parsed.parser.GetRGBBufferFromPaletteImage(
+        pixels.data(), 2, 1, coloured.bits, coloured.samples, coloured.photometric, rgb, 0);
+    coloured.rgb = Answered::Take(coloured.code, rgb, 6).bytes;
+    return coloured;
 }
 
+struct ColourCase {
+    const char* what;
+    unsigned entryBits;
+    Words tables[3];  ///< red, green, blue
+    Bytes rgb;
+};
+
+const ColourCase kColours[] = {
+    {"16 bits", 16, {{65535, 0}, {32768, 256}, {0, 65535}}, {254, 127, 0, 0, 0, 254}},
+    {"12 in 16 bits", 16, {{4095, 0}, {2048, 16}, {0, 4095}}, {254, 127, 0, 0, 0, 254}},
+    {"8 in 12 bits", 12, {{255, 0}, {128, 16}, {0, 255}}, {254, 127, 0, 0, 15, 254}},
+    {"8 bits", 8, {{255, 0}, {128, 16}, {0, 255}}, {254, 127, 0, 0, 15, 254}},
+    {"the deepest decides", 16, {{0, 9}, {65535, 0}, {0, 65535}}, {0, 254, 0, 0, 0, 254}},
+};
+
 TEST(PaletteImage, ScalesEntriesToBytes) {
-    EXPECT_EQ(Colours({65535, 0}, {32768, 256}, {0, 65535}, 16), (Bytes{254, 127, 0, 0, 0, 254}));
-    EXPECT_EQ(Colours({4095, 0}, {2048, 16}, {0, 4095}, 16), (Bytes{254, 127, 0, 0, 0, 254}));
-    EXPECT_EQ(Colours({255, 0}, {128, 16}, {0, 255}, 12), (Bytes{254, 127, 0, 0, 15, 254}));
-    EXPECT_EQ(Colours({255, 0}, {128, 16}, {0, 255}, 8), (Bytes{254, 127, 0, 0, 15, 254}));
-    EXPECT_EQ(Colours({0, 9}, {65535, 0}, {0, 65535}, 16), (Bytes{0, 254, 0, 0, 0, 254}));
+    for (const ColourCase& c : kColours) {
+        auto file = ImageFile(kExplicitUid, {.photometric = "PALETTE COLOR"});
+        for (std::uint32_t s = 0; s < 3; ++s)
+            file.Words(kDescriptor + s, "US", {2, 0, c.entryBits});
+        for (std::uint32_t s = 0; s < 3; ++s) file.Words(kPlain + s, "OW", c.tables[s]);
+        const Coloured coloured = Colour(Parsed(file.Bytes()));
+        EXPECT_EQ(coloured.code, QVM_SUCCESS) << c.what;
+        EXPECT_EQ(coloured.rgb, c.rgb) << c.what;
+        EXPECT_EQ(coloured.bits, 24);
+        EXPECT_EQ(coloured.samples, 3);
+        EXPECT_EQ(coloured.photometric, CString("RGB"));
+    }
 }
 
 TEST(PaletteImage, NeedsAllThreeTables) {
-    Parsed parsed = WithTable({2, 0, 16}, {1, 2}, false);
-    Bytes pixels(2);
-    unsigned short bits = 8;
-    unsigned short samples = 1;
-    CString photometric("PALETTE COLOR");
-    unsigned char* rgb = nullptr;
-    EXPECT_EQ(parsed.parser.GetRGBBufferFromPaletteImage(pixels.data(), 2, 1, bits, samples,
-                                                         photometric, rgb, 0),
-              QVM_ERROR_INVALID_PHOTOMETRIC);
-    EXPECT_EQ(rgb, nullptr);
-    EXPECT_EQ(bits, 8);
+    const Coloured coloured = Colour(WithTable({2, 0, 16}, {1, 2}));
+    EXPECT_EQ(coloured.code, QVM_ERROR_INVALID_PHOTOMETRIC);
+    EXPECT_TRUE(coloured.rgb.empty());
+    EXPECT_EQ(coloured.bits, 16);
 }
 
 }  // namespace

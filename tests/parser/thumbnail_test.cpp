@@ -1,8 +1,6 @@
 #include "parser/thumbnail/thumbnail_pixels.h"
 #include "parser/thumbnail/thumbnail_window.h"
-#include "quorvex/CxDcmParser.h"
-#include "tests/support/dicom_builder.h"
-#include "tests/support/temporary_file.h"
+#include "tests/parser/parsed.h"
 
 #include <algorithm>
 #include <cstring>
@@ -12,7 +10,7 @@
 namespace quorvex {
 namespace {
 
-using test::Bytes;
+using namespace test;
 
 struct RangeCase {
     const char* what;
@@ -47,150 +45,152 @@ TEST(ThumbnailWindow, SpansTheData) {
         EXPECT_EQ(window.At(65535), 255) << c.what;
     }
     EXPECT_EQ(MakeWindowTable(Words({7, 7}), false, 0).At(60000), 0);
-    const ThumbnailWindow padded = MakeWindowTable(Words({-2000, 0, 255}), true, -2000);
-    EXPECT_EQ(padded.At(128), 128);
+    EXPECT_EQ(MakeWindowTable(Words({-2000, 0, 255}), true, -2000).At(128), 128);
     EXPECT_EQ(MakeWindowTable(Words({0, 100, 9000}), false, 9000).At(9000), 0);
 }
 
-CDcmObject Header(const char* photometric, const char* center, const char* width, const char* slope,
-                  unsigned short bitsStored = 12) {
+/// What a header says about its window; null leaves an attribute out.
+struct Windowed {
+    const char* center = nullptr;
+    const char* width = nullptr;
+    const char* slope = nullptr;
+    const char* photometric = "MONOCHROME2";
+    unsigned short bitsStored = 12;
+};
+
+ThumbnailWindow WindowOf(const Windowed& says) {
     CDcmObject header;
-    header.SetValue(0x00280004, photometric);
-    header.SetValue(0x00280101, bitsStored);
-    if (center != nullptr) header.SetValue(0x00281050, center);
-    if (width != nullptr) header.SetValue(0x00281051, width);
-    if (slope != nullptr) header.SetValue(0x00281053, slope);
-    return header;
+    header.SetValue(tag::kPhotometricInterpretation, says.photometric);
+    header.SetValue(tag::kBitsStored, says.bitsStored);
+    if (says.center != nullptr) header.SetValue(tag::kWindowCenter, says.center);
+    if (says.width != nullptr) header.SetValue(tag::kWindowWidth, says.width);
+    if (says.slope != nullptr) header.SetValue(tag::kRescaleSlope, says.slope);
+    return MakeWindowTableFromHeader(header);
 }
 
+struct HeaderCase {
+    const char* what;
+    Windowed header;
+    int value;
+    int byte;
+};
+
+constexpr HeaderCase kHeaders[] = {
+    {"below", {"100", "200"}, -1, 0},
+    {"center", {"100", "200"}, 100, 127},
+    {"above", {"100", "200"}, 200, 255},
+    {"inverse, below", {"100", "200", nullptr, "MONOCHROME1"}, -1, 255},
+    {"inverse, above", {"100", "200", nullptr, "MONOCHROME1"}, 200, 0},
+    {"center by default", {}, 1200, 127},
+    {"end by default", {}, 2400, 255},
+    {"center by default, bytes", {nullptr, nullptr, nullptr, "MONOCHROME2", 8}, 255, 127},
+    {"width by default", {"100"}, 1300, 255},
+};
+
 TEST(ThumbnailWindow, FollowsTheHeader) {
-    const auto plain = MakeWindowTableFromHeader(Header("MONOCHROME2", "100", "200", nullptr));
-    EXPECT_EQ(plain.At(-1), 0);
-    EXPECT_EQ(plain.At(100), 127);
-    EXPECT_EQ(plain.At(200), 255);
-    const auto halved = MakeWindowTableFromHeader(Header("MONOCHROME2", "200", "400", "2"));
+    for (const HeaderCase& c : kHeaders)
+        EXPECT_EQ(WindowOf(c.header).At(c.value), c.byte) << c.what;
+    const auto plain = WindowOf({"100", "200"});
+    const auto halved = WindowOf({"200", "400", "2"});
     for (int i = -10; i < 300; ++i) EXPECT_EQ(halved.At(i), plain.At(i));
-    const auto inverse = MakeWindowTableFromHeader(Header("MONOCHROME1", "100", "200", nullptr));
-    EXPECT_EQ(inverse.At(-1), 255);
-    EXPECT_EQ(inverse.At(200), 0);
-    const auto none = MakeWindowTableFromHeader(Header("MONOCHROME2", nullptr, nullptr, nullptr));
-    EXPECT_EQ(none.At(1200), 127);
-    EXPECT_EQ(none.At(2400), 255);
-    const auto bytes = MakeWindowTableFromHeader(Header("MONOCHROME2", nullptr, nullptr, nullptr, 8));
-    EXPECT_EQ(bytes.At(255), 127);
-    const auto partner = MakeWindowTableFromHeader(Header("MONOCHROME2", "100", nullptr, nullptr));
-    EXPECT_EQ(partner.At(1300), 255);
     for (const auto& [width, slope] :
          {std::pair{"0", "1"}, {"200", "0"}, {"-5", "1"}, {"2147483647", "1e-30"}}) {
-        const auto odd = MakeWindowTableFromHeader(Header("MONOCHROME2", "100", width, slope));
+        const auto odd = WindowOf({"100", width, slope});
         EXPECT_LE(odd.At(-60000), odd.At(60000)) << width;
     }
 }
 
-struct Thumbnail {
-    QUORVEX_MESSAGE code;
-    Bytes image;
+struct Asked {
+    CSize size{4, 4};
+    int format = kXferUncompressed;
+    int useDataRange = 1;
+    int frame = 0;
+};
+
+struct Thumbnail : Answered {
     unsigned long headerSize = 0;
     tagBITMAPINFOHEADER header;
 };
 
-Thumbnail Make(const Bytes& file, CSize size, int format = 1, int useDataRange = 1, int frame = 0) {
-    CDcmApp app;
-    CxDcmParser parser;
-    const test::TemporaryFile onDisk(file);
-    EXPECT_EQ(parser.Initialize(&app, CString(onDisk.Path()), 0), QVM_SUCCESS);
+Thumbnail Make(const Bytes& file, const Asked& asked = {}) {
+    Parsed parsed(file);
+    EXPECT_EQ(parsed.code, QVM_SUCCESS);
     unsigned char* image = nullptr;
-    unsigned long imageSize = 0;
+    unsigned long size = 0;
     tagBITMAPINFOHEADER* header = nullptr;
-    unsigned long headerSize = 0;
-    Thumbnail made{parser.MakeThumbNail(frame, size, static_cast<QUORVEX_XFERSYNTAX>(format),
-                                        useDataRange, image, imageSize, header, headerSize, 90),
-                   {},
-                   0,
-                   {}};
-    const std::unique_ptr<unsigned char[]> imageOwner(image);
-    auto* headerBytes = static_cast<unsigned char*>(static_cast<void*>(header));
-    const std::unique_ptr<unsigned char[]> headerOwner(headerBytes);
-    if (made.code != QVM_SUCCESS || format != 1) {
-        if (made.code == QVM_SUCCESS) {
-            made.image.assign(image, image + imageSize);
-        } else {
-            EXPECT_EQ(image, nullptr);
-        }
-        EXPECT_EQ(header, nullptr);
-        made.headerSize = headerSize;
-        return made;
-    }
-    made.image.assign(image, image + imageSize);
-    made.headerSize = headerSize;
-    std::memcpy(&made.header, headerBytes, sizeof made.header);
-    if (headerSize > 40) {
-        EXPECT_EQ(headerBytes[40 + 4 * 200 + 2], 200);
+    Thumbnail made;
+    const auto code = parsed.parser.MakeThumbNail(
+        asked.frame, asked.size, static_cast<QUORVEX_XFERSYNTAX>(asked.format), asked.useDataRange,
+        image, size, header, made.headerSize, 90);
+    static_cast<Answered&>(made) = Answered::Take(code, image, size);
+    auto* bytes = static_cast<unsigned char*>(static_cast<void*>(header));
+    const std::unique_ptr<unsigned char[]> owner(bytes);
+    const bool isPlain = code == QVM_SUCCESS && asked.format == kXferUncompressed;
+    EXPECT_EQ(header != nullptr, isPlain);
+    if (isPlain) std::memcpy(&made.header, bytes, sizeof made.header);
+    if (made.headerSize > 40) {
+        EXPECT_EQ(bytes[40 + 4 * 200 + 2], 200);
     }
     return made;
 }
 
+constexpr ImageFacts kColour{
+    .rows = 4, .columns = 4, .bits = 8, .photometric = "RGB", .samples = 3};
+
 TEST(Thumbnail, IsGreyOrColour) {
-    const test::ImageFacts grey{.rows = 8, .columns = 8, .bits = 16};
-    Bytes pixels(128);
-    for (std::size_t i = 0; i < 64; ++i)
-        pixels[2 * i] = static_cast<unsigned char>(i < 32 ? 10 : 110);
-    const Bytes file = test::NativeFile(test::kExplicitUid, grey, pixels);
-    const Thumbnail small = Make(file, {4, 4});
+    Bytes words(128);
+    for (std::size_t i = 0; i < 64; ++i) words[2 * i] = i < 32 ? 10 : 110;
+    const Bytes file = NativeFile(kExplicitUid, {.rows = 8, .columns = 8}, words);
+    const Thumbnail small = Make(file);
     ASSERT_EQ(small.code, QVM_SUCCESS);
-    EXPECT_EQ(small.image.size(), 16U);
-    EXPECT_EQ(small.image.front(), 0);
-    EXPECT_EQ(small.image.back(), 255);
+    EXPECT_EQ(small.bytes.size(), 16U);
+    EXPECT_EQ(small.bytes.front(), 0);
+    EXPECT_EQ(small.bytes.back(), 255);
     EXPECT_EQ(small.headerSize, 1064U);
     EXPECT_EQ(small.header.biWidth, 4);
     EXPECT_EQ(small.header.biHeight, 4);
     EXPECT_EQ(small.header.biBitCount, 8);
-    EXPECT_EQ(Make(file, {4, 4}, 1, 0).code, QVM_SUCCESS);
+    EXPECT_EQ(Make(file, {.useDataRange = 0}).code, QVM_SUCCESS);
 
-    const test::ImageFacts colour{
-        .rows = 4, .columns = 4, .bits = 8, .photometric = "RGB", .samples = 3};
-    const Thumbnail rgb = Make(test::NativeFile(test::kExplicitUid, colour, Bytes(48, 77)), {8, 2});
-    EXPECT_EQ(rgb.image, Bytes(48, 77));
+    const Thumbnail rgb = Make(NativeFile(kExplicitUid, kColour, Bytes(48, 77)), {.size = {8, 2}});
+    EXPECT_EQ(rgb.bytes, Bytes(48, 77));
     EXPECT_EQ(rgb.headerSize, 40U);
     EXPECT_EQ(rgb.header.biBitCount, 24);
 
-    const test::ImageFacts bytes{.rows = 4, .columns = 4, .bits = 8};
-    EXPECT_EQ(Make(test::NativeFile(test::kExplicitUid, bytes, Bytes(16, 5)), {4, 4}).image,
-              Bytes(16, 5));
+    const ImageFacts bytes{.rows = 4, .columns = 4, .bits = 8};
+    EXPECT_EQ(Make(NativeFile(kExplicitUid, bytes, Bytes(16, 5))).bytes, Bytes(16, 5));
+}
+
+TEST(Thumbnail, IsTheSameForEveryByteOrder) {
+    Bytes words(128);
+    for (std::size_t i = 0; i < 64; ++i) words[2 * i] = static_cast<unsigned char>(i * 3);
+    Bytes swapped = words;
+    for (std::size_t i = 0; i < 128; i += 2) std::swap(swapped[i], swapped[i + 1]);
+    const ImageFacts facts{.rows = 8, .columns = 8};
+    for (const int useDataRange : {0, 1}) {
+        EXPECT_EQ(Make(NativeFile(kBigEndianUid, facts, swapped), {.useDataRange = useDataRange}),
+                  Make(NativeFile(kExplicitUid, facts, words), {.useDataRange = useDataRange}));
+    }
 }
 
 TEST(Thumbnail, IsCodedWhereAsked) {
-    const test::ImageFacts colour{
-        .rows = 4, .columns = 4, .bits = 8, .photometric = "RGB", .samples = 3};
-    const Bytes rgb = test::NativeFile(test::kExplicitUid, colour, Bytes(48, 77));
     Bytes words(32, 0);
     std::fill(words.begin() + 16, words.end(), static_cast<unsigned char>(0xFF));
-    const test::ImageFacts facts{.rows = 4, .columns = 4, .representation = 1};
-    const Bytes grey = test::NativeFile(test::kExplicitUid, facts, words);
-    for (const Bytes& file : {rgb, grey}) {
+    const ImageFacts grey{.rows = 4, .columns = 4, .representation = 1};
+    for (const Bytes& file : {NativeFile(kExplicitUid, kColour, Bytes(48, 77)),
+                              NativeFile(kExplicitUid, grey, words)}) {
+        const Bytes plain = Make(file, {.size = {8, 8}}).bytes;
         for (const int format : {5, 7}) {
-            Thumbnail coded = Make(file, {8, 8}, format);
+            Thumbnail coded = Make(file, {.size = {8, 8}, .format = format});
             ASSERT_EQ(coded.code, QVM_SUCCESS) << format;
             EXPECT_EQ(coded.headerSize, 0U);
-            unsigned char* pixels = nullptr;
-            unsigned long size = 0;
-            unsigned short columns = 0;
-            unsigned short rows = 0;
-            unsigned short samples = 0;
-            unsigned short bits = 0;
-            unsigned short bytesPerPixel = 0;
-            CxImageProcessor processor;
-            ASSERT_EQ(processor.DecompressBlindJPEGData(coded.image.data(), coded.image.size(),
-                                                        pixels, size, columns, rows, samples, bits,
-                                                        bytesPerPixel),
-                      QVM_SUCCESS);
-            const Bytes decoded(pixels, pixels + size);
-            delete[] pixels;
-            EXPECT_EQ(columns, 8);
-            EXPECT_EQ(rows, 8);
-            const Bytes plain = Make(file, {8, 8}).image;
-            ASSERT_EQ(decoded.size(), plain.size());
-            for (std::size_t i = 0; i < plain.size(); ++i) EXPECT_NEAR(decoded[i], plain[i], 8);
+            const BlindAnswer decoded = BlindlyDecoded(kBlindDecoders[0], coded.bytes);
+            ASSERT_EQ(decoded.code, QVM_SUCCESS) << format;
+            EXPECT_EQ(decoded.width, 8);
+            EXPECT_EQ(decoded.height, 8);
+            ASSERT_EQ(decoded.bytes.size(), plain.size());
+            for (std::size_t i = 0; i < plain.size(); ++i)
+                EXPECT_NEAR(decoded.bytes[i], plain[i], 8) << format;
         }
     }
 }
@@ -221,62 +221,30 @@ TEST(ThumbnailPixels, TakeEveryDepth) {
     }
 }
 
-TEST(Thumbnail, SaysWhyThereIsNone) {
-    const Bytes file = test::NativeFile(test::kExplicitUid, {}, Bytes(8, 1));
-    EXPECT_EQ(Make(file, {50, 4}).code, QVM_ERROR_INVALID_OUTPUT_SIZE);
-    EXPECT_EQ(Make(file, {4, 0}).code, QVM_ERROR_INVALID_OUTPUT_SIZE);
-    EXPECT_EQ(Make(file, {4, 4}, 6).code, QVM_ERROR_INVALID_TARGET_SYNTAX);
-    EXPECT_EQ(Make(file, {4, 4}, 1, 1, 1).code, QVM_ERROR_INVALID_FRAME_INDEX);
-    const test::ImageFacts odd{.bits = 12};
-    EXPECT_EQ(Make(test::NativeFile(test::kExplicitUid, odd, Bytes(6, 1)), {4, 4}).code,
-              QVM_ERROR_INVALID_BITS_ALLOCATED);
-    const test::ImageFacts palette{.bits = 8, .photometric = "PALETTE COLOR"};
-    EXPECT_EQ(Make(test::NativeFile(test::kExplicitUid, palette, Bytes(4, 1)), {4, 4}).code,
-              QVM_ERROR_INVALID_PHOTOMETRIC);
-}
-
-struct SliceCase {
+struct RefusalCase {
     const char* what;
-    const char* position;
-    const char* orientation;
-    const char* location;
-    double expected;  ///< -999: none
+    ImageFacts facts;
+    Asked asked;
+    QUORVEX_MESSAGE code;
 };
 
-constexpr SliceCase kSlices[] = {
-    {"axial", "1\\2\\3", "1\\0\\0\\0\\1\\0", "9", 3},
-    {"coronal", "1\\2\\3", "1\\0\\0\\0\\0\\-1", nullptr, 2},
-    {"sagittal", "1\\2\\3", "0\\1\\0\\0\\0\\-1", nullptr, 1},
-    {"a tie goes to y", "1\\2\\3", "0.7\\0.7\\0\\0\\0\\1", nullptr, 1},
-    {"shared axis", "1\\2\\3", "1\\0\\0\\1\\0\\0", nullptr, 3},
-    {"row along z", "1\\2\\3", "0\\0\\1\\0\\1\\0", nullptr, 1},
-    {"no orientation", "1\\2\\-3.5", nullptr, nullptr, -3.5},
-    {"four numbers of orientation", "1\\2\\3", "0\\1\\0\\0", nullptr, 3},
-    {"two numbers of position", "1\\2", "1\\0\\0\\0\\1\\0", "+9.25", 9.25},
-    {"no position", nullptr, nullptr, "-4e1", -40},
-    {"nothing", nullptr, nullptr, nullptr, -999},
-    {"no numbers", "a\\b\\c", nullptr, "x", -999},
+constexpr RefusalCase kRefusals[] = {
+    {"width", {}, {.size = {50, 4}}, QVM_ERROR_INVALID_OUTPUT_SIZE},
+    {"height", {}, {.size = {4, 0}}, QVM_ERROR_INVALID_OUTPUT_SIZE},
+    {"format", {}, {.format = 6}, QVM_ERROR_INVALID_TARGET_SYNTAX},
+    {"frame", {}, {.frame = 1}, QVM_ERROR_INVALID_FRAME_INDEX},
+    {"depth", {.bits = 12}, {}, QVM_ERROR_INVALID_BITS_ALLOCATED},
+    {"palette", {.bits = 8, .photometric = "PALETTE COLOR"}, {}, QVM_ERROR_INVALID_PHOTOMETRIC},
 };
 
-TEST(SliceLocation, IsThePositionAcrossTheSlice) {
-    for (const SliceCase& c : kSlices) {
-        auto full = test::DicomBuilder::Part10(test::kExplicitUid).SopUids();
-        if (c.position != nullptr) full.Padded(0x00200032, "DS", c.position);
-        if (c.orientation != nullptr) full.Padded(0x00200037, "DS", c.orientation);
-        if (c.location != nullptr) full.Padded(0x00201041, "DS", c.location);
-        Bytes file = full.Bytes();
-        file.resize(std::max<std::size_t>(file.size(), 133));
-        CDcmApp app;
-        CxDcmParser parser;
-        const test::TemporaryFile onDisk(file);
-        ASSERT_EQ(parser.Initialize(&app, CString(onDisk.Path()), 0), QVM_SUCCESS) << c.what;
-        double location = -999;
-        EXPECT_EQ(parser.GetSliceLocation(parser.GetHeader(), location), c.expected == -999 ? 0 : 1)
-            << c.what;
-        EXPECT_DOUBLE_EQ(location, c.expected) << c.what;
+TEST(Thumbnail, SaysWhyThereIsNone) {
+    for (const RefusalCase& c : kRefusals) {
+        const Thumbnail made = Make(NativeFile(kExplicitUid, c.facts, Bytes(8, 1)), c.asked);
+        EXPECT_EQ(made.code, c.code) << c.what;
+        EXPECT_TRUE(made.bytes.empty()) << c.what;
     }
-    double location = 5;
-    EXPECT_EQ(CxDcmParser::GetSliceLocation(nullptr, location), 0);
+    CxDcmParser parser;
+    EXPECT_EQ(ThumbnailOf(parser, {}).code, QVM_ERROR_FAILED_TO_PARSE_DICOM);
 }
 
 }  // namespace
