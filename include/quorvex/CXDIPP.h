@@ -54,7 +54,8 @@ public:
     ///         After a failure the former image stays.
     QUORVEX_MESSAGE Initialize(CDcmApp* app, CString path, CSize viewSize, int frameIndex);
 
-    /// The same from a data set, which stays the caller's and must outlive later frame changes.
+    /// The same from a data set, which stays the caller's and must outlive later frame changes and
+    /// presentation states.
     QUORVEX_MESSAGE Initialize(CDcmApp* app, CDcmObject* object, CSize viewSize, int frameIndex);
 
     /// Shows the caller's pixels under the header of a data set.

@@ -1,6 +1,6 @@
 #include "pipeline/intake/functional_groups.h"
 
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/attributes.h"
 
 #include <algorithm>
 #include <array>
@@ -17,7 +17,7 @@ struct Setting {
     Holds holds = Holds::kNumbers;
 };
 
-/// One functional group: the sequence that holds it, and what of it a frame is shown by.
+/// One functional group: its sequence, and the attributes in it that decide how a frame looks.
 struct GroupMacro {
     std::uint32_t sequence;
     std::array<Setting, 3> settings;
@@ -62,19 +62,22 @@ void CopyNumbers(const CDcmItem& from, std::uint32_t tag, CDcmObject& to) {
 }
 
 void CopyFirstItem(const CDcmItem& from, std::uint32_t tag, CDcmObject& to) {
-    CDcmItem item;
-    if (from.GetValue(tag, item) == kDcmSuccess) to.SetValue(tag, &item);
+    auto item = Read<CDcmItem>(from, tag);
+    if (item) to.SetValue(tag, &*item);
 }
 
 void CopySettings(const CDcmItem& from, std::span<const Setting> settings, CDcmObject& to) {
     for (const Setting& setting : settings) {
         if (!Has(from, setting)) continue;
-        setting.holds == Holds::kItem ? CopyFirstItem(from, setting.tag, to)
-                                      : CopyNumbers(from, setting.tag, to);
+        if (setting.holds == Holds::kItem) {
+            CopyFirstItem(from, setting.tag, to);
+        } else {
+            CopyNumbers(from, setting.tag, to);
+        }
     }
 }
 
-/// The groups that speak of a frame, its own ahead of those that all frames share.
+/// The groups that describe a frame: its own come before those that all frames share.
 struct GroupsOfFrame {
     std::optional<CDcmItem> own;
     std::optional<CDcmItem> shared;
@@ -82,7 +85,7 @@ struct GroupsOfFrame {
     [[nodiscard]] std::optional<CDcmItem> Find(const GroupMacro& macro) const {
         for (const auto* groups : {&own, &shared}) {
             if (!*groups) continue;
-            auto item = ItemAt(**groups, macro.sequence, 0);
+            auto item = Read<CDcmItem>(**groups, macro.sequence);
             if (item && HasAny(*item, macro.settings)) return item;
         }
         return std::nullopt;

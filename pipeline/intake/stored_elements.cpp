@@ -91,7 +91,7 @@ PixelBlock WholeElements(PixelBlock frame, const StoredLayout& layout, std::size
     return frame;
 }
 
-// Most frames have nothing in their unused bits, which their span tells without another pass.
+// Most frames have nothing in their unused bits, which their span shows without another pass.
 bool HasOtherBits(const StoredLayout& layout, BitPlace place, ValueSpan span) {
     if (layout.isSigned && !layout.extendsSign) return false;
     if (place.below > 0) return true;

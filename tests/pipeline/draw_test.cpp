@@ -1,24 +1,15 @@
-#include "tests/pipeline/shown.h"
-
-#include <algorithm>
+#include "tests/pipeline/screen.h"
 
 namespace quorvex::pipeline_test {
 namespace {
 
 constexpr int kView = 40;
 
-/// The rectangle that holds all white pixels of a black view of 40 x 40.
+/// What encloses the white pixels on a black view of 40 x 40.
 CRect White(CXDIPP& dipp) {
-    const auto drawn = test::DrawnOf(dipp, {kView, kView}, 4);
-    EXPECT_EQ(drawn.code, QVM_SUCCESS);
-    CRect box{kView, kView, 0, 0};
-    for (int i = 0; i < kView * kView; ++i) {
-        if (drawn.bytes[static_cast<std::size_t>(i) * 4] < 100) continue;
-        const CPoint at{i % kView, i / kView};
-        box = {std::min(box.left, at.x), std::min(box.top, at.y), std::max(box.right, at.x + 1),
-               std::max(box.bottom, at.y + 1)};
-    }
-    return box;
+    Screen screen({kView, kView});
+    screen.Draw(dipp);
+    return screen.Bright(100);
 }
 
 struct PlaceCase {
@@ -83,7 +74,7 @@ TEST(Draw, NeedsNoSurfaceToSurvive) {
     dipp.UpdatePan_ABS({2147483647, -2147483647});
     dipp.UpdatePan_Offset({2147483647, -2147483647});
     dipp.UpdateZoom_ABS(1e300);
-    EXPECT_EQ(test::DrawnOf(dipp, {kView, kView}, 4).code, QVM_SUCCESS);
+    White(dipp);
 }
 
 }  // namespace

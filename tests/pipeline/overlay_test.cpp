@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace quorvex::pipeline_test {
 namespace {
@@ -15,8 +16,10 @@ constexpr int kHighest = std::numeric_limits<int>::max();
 constexpr unsigned char kGuard = 0xA5;
 constexpr std::size_t kGuardBytes = 64;
 
+enum Form { kFirst, kSecond };
+
 /// The overlay image that one of the two operations makes, which must keep to its bytes.
-Bytes Image(CDcmObject& object, CSize size, std::size_t pixelBytes, bool isSecondForm,
+Bytes Image(CDcmObject& object, CSize size, Form form, std::size_t pixelBytes = 1,
             CLData* data = nullptr) {
     const auto pixels = static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy);
     Bytes block(pixels * pixelBytes + 2 * kGuardBytes, kGuard);
@@ -26,8 +29,9 @@ Bytes Image(CDcmObject& object, CSize size, std::size_t pixelBytes, bool isSecon
     unsigned long length = 0;
     unsigned short width = 0;
     const auto result =
-        isSecondForm ? dipp.MakeOverlayImage2(&object, data, image, length, width, 0, 0, 0, 0, 0, 0)
-                     : dipp.MakeOverlayImage(&object, nullptr, image, length, width, 0);
+        form == kSecond
+            ? dipp.MakeOverlayImage2(&object, data, image, length, width, 0, 0, 0, 0, 0, 0)
+            : dipp.MakeOverlayImage(&object, nullptr, image, length, width, 0);
     EXPECT_EQ(result, QVM_SUCCESS);
     EXPECT_EQ(length, pixels);
     EXPECT_EQ(std::count(block.begin(), block.begin() + kGuardBytes, kGuard), kGuardBytes);
@@ -35,16 +39,34 @@ Bytes Image(CDcmObject& object, CSize size, std::size_t pixelBytes, bool isSecon
     return {image, image + pixels * pixelBytes};
 }
 
-Bytes Expected(const std::vector<TestOverlay>& overlays, CSize size) {
+using Planes = std::vector<TestOverlay>;
+
+/// A grey overlay image in which the bits of some planes are set.
+Bytes Marked(const Planes& planes, CSize size) {
     Bytes image;
     for (int y = 0; y < size.cy; ++y) {
         for (int x = 0; x < size.cx; ++x) {
-            const bool isSet = std::ranges::any_of(
-                overlays, [&](const TestOverlay& overlay) { return overlay.Covers(y, x); });
-            image.push_back(isSet ? 255 : 0);
+            const auto covers = [&](const TestOverlay& plane) { return plane.Covers(y, x); };
+            image.push_back(std::ranges::any_of(planes, covers) ? 255 : 0);
         }
     }
     return image;
+}
+
+/// The header of a picture with planes in the groups 6000, 6002 ...
+CDcmObject Picture(CSize size, unsigned short bits, const Planes& planes,
+                   unsigned short samples = 1) {
+    CDcmObject object;
+    SetPicture(object, size, bits, samples);
+    std::uint32_t group = 0x6000;
+    for (const auto& plane : planes) AddOverlay(object, std::exchange(group, group + 2), plane);
+    return object;
+}
+
+TestOverlay WithData(TestOverlay plane, unsigned seed, std::size_t bytes = 1000) {
+    const std::size_t whole = (std::size_t{plane.rows} * plane.columns + 15) / 16 * 2;
+    plane.data = RandomBytes(std::min(whole, bytes), seed);
+    return plane;
 }
 
 struct PlacementCase {
@@ -76,115 +98,93 @@ const PlacementCase kPlacements[] = {
 TEST(OverlayImage, PlacesPlanesAsTheirOriginSays) {
     unsigned seed = 0;
     for (const auto& c : kPlacements) {
-        SCOPED_TRACE(c.what);
-        TestOverlay overlay = c.overlay;
-        const std::size_t whole = (std::size_t{overlay.rows} * overlay.columns + 15) / 16 * 2;
-        overlay.data = RandomBytes(std::min(whole, c.bytes), ++seed);
-        CDcmObject object;
-        SetPicture(object, c.picture, c.bits);
-        AddOverlay(object, 0x6000, overlay);
-        const auto expected = Expected({overlay}, c.picture);
-        EXPECT_TRUE(Image(object, c.picture, 1, false) == expected);
-        EXPECT_TRUE(Image(object, c.picture, 1, true) == expected);
+        const TestOverlay plane = WithData(c.overlay, ++seed, c.bytes);
+        CDcmObject object = Picture(c.picture, c.bits, {plane});
+        const auto expected = Marked({plane}, c.picture);
+        EXPECT_TRUE(Image(object, c.picture, kFirst) == expected) << c.what;
+        EXPECT_TRUE(Image(object, c.picture, kSecond) == expected) << c.what;
     }
 }
 
 TEST(OverlayImage, FirstFormTakesOnePlaneAndSecondFormAll) {
     const CSize size{24, 16};
-    CDcmObject object;
-    SetPicture(object, size, 16);
-    const TestOverlay one{16, 24, 1, 1, 1, 0, RandomBytes(48, 1)};
-    const TestOverlay other{5, 6, 9, 11, 1, 0, RandomBytes(4, 2)};
-    TestOverlay withoutData{16, 24};
-    AddOverlay(object, 0x6000, withoutData);
-    AddOverlay(object, 0x6006, one);
+    const auto one = WithData({16, 24}, 1);
+    const auto other = WithData({5, 6, 9, 11}, 2);
+    CDcmObject object = Picture(size, 16, {{16, 24}, one});  // the first has no data
     AddOverlay(object, 0x601E, other);
-    AddOverlay(object, 0x6020, {16, 24, 1, 1, 1, 0, RandomBytes(48, 3)});
-    EXPECT_TRUE(Image(object, size, 1, false) == Expected({one}, size));
-    EXPECT_TRUE(Image(object, size, 1, true) == Expected({one, other}, size));
+    AddOverlay(object, 0x6020, WithData({16, 24}, 3));
+    EXPECT_TRUE(Image(object, size, kFirst) == Marked({one}, size));
+    EXPECT_TRUE(Image(object, size, kSecond) == Marked({one, other}, size));
 }
 
 TEST(OverlayImage, SkipsGroupsThatLackAnAttribute) {
     const CSize size{24, 16};
-    for (const std::uint32_t element : {0x10U, 0x11U, 0x50U, 0x100U, 0x102U, 0x3000U}) {
-        CDcmObject object;
-        SetPicture(object, size, 16);
-        AddOverlay(object, 0x6000, {16, 24, 1, 1, 1, 0, RandomBytes(48, 1)});
-        object.RemoveValue(0x60000000 | element);
-        const Bytes clear(24 * 16);
-        EXPECT_TRUE(Image(object, size, 1, true) == clear) << std::hex << element;
-        EXPECT_EQ(Image(object, size, 1, false) == clear, element != 0x102) << std::hex << element;
+    const Bytes clear(24 * 16);
+    for (const std::uint32_t missing :
+         {tag::kOverlayRows, tag::kOverlayColumns, tag::kOverlayOrigin, tag::kOverlayBitsAllocated,
+          tag::kOverlayBitPosition, tag::kOverlayData}) {
+        CDcmObject object = Picture(size, 16, {WithData({16, 24}, 1)});
+        object.RemoveValue(missing);
+        EXPECT_TRUE(Image(object, size, kSecond) == clear) << std::hex << missing;
+        EXPECT_EQ(Image(object, size, kFirst) == clear, missing != tag::kOverlayBitPosition);
     }
 }
 
 TEST(OverlayImage, ColourPlanesKeepTheirColours) {
     const CSize size{16, 4};
-    CDcmObject object;
-    SetPicture(object, size, 8, 3);
-    TestOverlay red{4, 16, 1, 1, 1, 0, RandomBytes(8, 1)};
-    const TestOverlay white{4, 16, 2, 1, 1, 0, RandomBytes(8, 2)};
-    AddOverlay(object, 0x6000, red);
-    AddOverlay(object, 0x6002, white);
+    const auto red = WithData({4, 16}, 1);
+    const auto white = WithData({4, 16, 2, 1}, 2);
+    CDcmObject object = Picture(size, 8, {red, white}, 3);
     object.SetValue(tag::kOverlaysRed, static_cast<unsigned short>(0x12FF));
     object.SetValue(tag::kOverlaysGreen, static_cast<unsigned short>(0));
     object.SetValue(tag::kOverlaysBlue, static_cast<unsigned short>(7));
-    const auto image = Image(object, size, 3, true);
-    for (int y = 0; y < size.cy; ++y) {
-        for (int x = 0; x < size.cx; ++x) {
-            const auto at = static_cast<std::size_t>(y * size.cx + x) * 3;
-            const Values expected = white.Covers(y, x) ? Values{255, 255, 255}
-                                    : red.Covers(y, x) ? Values{255, 0, 7}
-                                                       : Values{0, 0, 0};
-            ASSERT_EQ((Values{image[at], image[at + 1], image[at + 2]}), expected) << x << ' ' << y;
-        }
+    Bytes expected;
+    for (int i = 0; i < 64; ++i) {
+        const auto pixel = white.Covers(i / 16, i % 16) ? Bytes{255, 255, 255}
+                           : red.Covers(i / 16, i % 16) ? Bytes{255, 0, 7}
+                                                        : Bytes{0, 0, 0};
+        expected.insert(expected.end(), pixel.begin(), pixel.end());
     }
+    EXPECT_EQ(Image(object, size, kSecond, 3), expected);
 }
 
 TEST(OverlayImage, LeavesTheFourthByteOfAPixelAlone) {
-    CDcmObject object;
-    SetPicture(object, {8, 1}, 8, 4);
-    AddOverlay(object, 0x6000, {1, 8, 1, 1, 1, 0, {0x81, 0}});
-    const auto image = Image(object, {8, 1}, 4, true);
-    EXPECT_EQ(std::vector<int>(image.begin() + 28, image.end()), (std::vector{255, 255, 255, 0}));
-    EXPECT_TRUE(Image(object, {8, 1}, 4, false) == image);
+    CDcmObject object = Picture({8, 1}, 8, {{1, 8, 1, 1, 1, 0, {0x81, 0}}}, 4);
+    Bytes expected(32);
+    for (const std::size_t at : {0U, 1U, 2U, 28U, 29U, 30U}) expected[at] = 255;
+    EXPECT_EQ(Image(object, {8, 1}, kSecond, 4), expected);
+    EXPECT_EQ(Image(object, {8, 1}, kFirst, 4), expected);
 }
 
-TEST(OverlayImage, ALargerPlaneShowsOnlyWhatTheMergedOnesHold) {
+TEST(OverlayImage, ALargerPlaneShowsOnlyWhatTheMergedOnesHave) {
     const CSize size{8, 2};
-    CDcmObject object;
-    SetPicture(object, size, 8);
     const TestOverlay larger{4, 8, 1, 1, 1, 0, {0xFF, 0xFF, 0xFF, 0xFF}};
-    AddOverlay(object, 0x6002, larger);
-    EXPECT_TRUE(Image(object, size, 1, true) == Bytes(16));
     const TestOverlay fitting{2, 8, 1, 1, 1, 0, {0x0F, 0x81}};
-    AddOverlay(object, 0x6000, fitting);
-    EXPECT_TRUE(Image(object, size, 1, true) == Expected({fitting}, size));
-    EXPECT_TRUE(Image(object, size, 1, false) == Expected({fitting}, size));
+    CDcmObject alone = Picture(size, 8, {larger});
+    EXPECT_EQ(Image(alone, size, kSecond), Bytes(16));
+    CDcmObject both = Picture(size, 8, {fitting, larger});
+    EXPECT_EQ(Image(both, size, kSecond), Marked({fitting}, size));
+    EXPECT_EQ(Image(both, size, kFirst), Marked({fitting}, size));
 }
 
 TEST(OverlayImage, TakesPlanesInThePixelDataFromTheVolume) {
     const CSize size{16, 4};
-    CDcmObject object;
-    SetPicture(object, size, 16);
-    TestOverlay plane{4, 16, 1, 1, 16, 12, RandomBytes(8, 1)};
-    AddOverlay(object, 0x6000, plane);
+    TestOverlay plane = WithData({4, 16, 1, 1, 16, 12}, 1);
+    CDcmObject object = Picture(size, 16, {plane});
     CLData data;
     auto bits = RandomBytes(8, 2);
     data.overlayPlane = bits.data();
-    const Bytes clear(64);
     for (const unsigned long given : {0UL, 3UL, 8UL}) {
         data.overlayPlaneSize = given;
         plane.data.assign(bits.begin(), bits.begin() + static_cast<std::ptrdiff_t>(given));
-        EXPECT_TRUE(Image(object, size, 1, true, &data) == Expected({plane}, size)) << given;
+        EXPECT_EQ(Image(object, size, kSecond, 1, &data), Marked({plane}, size)) << given;
     }
-    EXPECT_TRUE(Image(object, size, 1, true, nullptr) == clear);
-    EXPECT_TRUE(Image(object, size, 1, false, &data) == clear);
+    EXPECT_EQ(Image(object, size, kSecond, 1, nullptr), Bytes(64));
+    EXPECT_EQ(Image(object, size, kFirst, 1, &data), Bytes(64));
 }
 
 TEST(OverlayImage, ArgumentsWinOverTheObject) {
-    CDcmObject object;
-    SetPicture(object, {99, 99}, 16);
-    AddOverlay(object, 0x6000, {1, 8, 1, 1, 1, 0, {0xFF, 0}});
+    CDcmObject object = Picture({99, 99}, 16, {{1, 8, 1, 1, 1, 0, {0xFF, 0}}});
     Bytes image(4 * 2 * 3);
     unsigned long length = 0;
     unsigned short width = 0;

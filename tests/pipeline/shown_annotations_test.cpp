@@ -1,15 +1,15 @@
 #include "foundation/platform/canvas.h"
-#include "foundation/platform/surface.h"
 #include "pipeline/layers/annotation_drawing.h"
-#include "quorvex/CXGSPSInfo.h"
 #include "quorvex/Tags.h"
-#include "tests/pipeline/shown.h"
+#include "tests/pipeline/graphics.h"
+#include "tests/pipeline/screen.h"
 #include "tests/pipeline/test_objects.h"
 #include "tests/presentation/presentation_objects.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <deque>
 #include <limits>
 #include <memory>
 #include <string>
@@ -19,12 +19,6 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr int kPixel = 0;
-constexpr int kDisplay = 1;
-enum Type { kPoint = 1, kPolyline, kInterpolated, kCircle, kEllipse };
-
-using Coordinates = std::vector<GSPSPoint>;
-
 /// A graphic of an object; its words are those of the standard.
 CDcmItem GraphicItem(const char* type, const char* units, const Coordinates& points) {
     CDcmItem graphic;
@@ -38,17 +32,6 @@ CDcmItem GraphicItem(const char* type, const char* units, const Coordinates& poi
     CDcmItem annotation;
     test::PutItems(annotation, tag::kGraphicObjectSequence, {graphic});
     return annotation;
-}
-
-/// The same in a record.
-std::unique_ptr<GSPSGraphicObject> Graphic(int type, const Coordinates& points, int units = kPixel,
-                                           int filled = 0) {
-    auto graphic = std::make_unique<GSPSGraphicObject>();
-    graphic->graphicType = type;
-    graphic->annotationUnits = units;
-    graphic->filled = filled;
-    for (const auto& point : points) graphic->points.Add(new GSPSPoint(point));
-    return graphic;
 }
 
 double* NewPair(double x, double y) {
@@ -65,82 +48,22 @@ std::unique_ptr<GSPSTextObject> BoxedText(const CString& text, int justification
     return object;
 }
 
-/// A black surface with a rim around it that nobody may write to.
-class Screen {
-public:
-    static constexpr CSize kSize{160, 120};
+constexpr CSize kScreen{160, 120};
 
-    explicit Screen(int pixelBytes = 4)
-        : pixelBytes_(pixelBytes), bytes_(static_cast<std::size_t>(kStep * (kSize.cy + 2)), kRim) {
-        for (int y = 0; y < kSize.cy; ++y) std::fill_n(Row(y), kSize.cx * pixelBytes, kBlack);
-        surface_ = {Row(0), kSize.cx, kSize.cy, kStep, pixelBytes};
-    }
-    void Draw(CXDIPP& dipp) {
-        CDC dc(&surface_);
-        EXPECT_EQ(dipp.Draw(&dc), QVM_SUCCESS);
-    }
-    /// Over an image of 80 x 60 that fills half of the screen each way.
-    void Draw(const CXGSPSInfo& record) {
-        const RenderedView view{{80, 60}, 1.0, 0, false};
-        DrawAnnotations(
-            record, {ImageToSurface(view, {80, 60}, {40, 30}), DisplayedArea(record, view, kSize)},
-            surface_);
-        EXPECT_TRUE(IsRimWhole());
-    }
-    [[nodiscard]] bool IsRimWhole() const {
-        const auto inside = static_cast<std::ptrdiff_t>(kSize.cx * kSize.cy * pixelBytes_);
-        std::ptrdiff_t rimInside = 0;
-        for (int y = 0; y < kSize.cy; ++y) {
-            rimInside += std::count(Row(y), Row(y) + kSize.cx * pixelBytes_, kRim);
-        }
-        const auto rim = std::ranges::count(bytes_, kRim) - rimInside;
-        return rim + inside == static_cast<std::ptrdiff_t>(bytes_.size());
-    }
-    /// Middle of the light on the surface, in the coordinates of a canvas.
-    [[nodiscard]] CanvasPoint Middle() const {
-        CanvasPoint sum;
-        double all = 0.0;
-        ForEachPixel([&](int x, int y, double light) {
-            if (light <= 2) return;  // black images are no lighter
-            sum = {sum.x + (x + 0.5) * light, sum.y + (y + 0.5) * light};
-            all += light;
-        });
-        return {sum.x / all, sum.y / all};
-    }
-    /// What holds all pixels that are brighter than half.
-    [[nodiscard]] CRect Bright() const {
-        CRect box{kSize.cx, kSize.cy, 0, 0};
-        ForEachPixel([&](int x, int y, double light) {
-            if (light < 128) return;
-            box = {std::min(box.left, x), std::min(box.top, y), std::max(box.right, x + 1),
-                   std::max(box.bottom, y + 1)};
-        });
-        return box;
-    }
-    [[nodiscard]] bool IsBlack() const { return Bright() == CRect{kSize.cx, kSize.cy, 0, 0}; }
-    [[nodiscard]] const Bytes& All() const { return bytes_; }
-
-private:
-    static constexpr int kMargin = 8;
-    static constexpr int kStep = kSize.cx * 4 + 2 * kMargin;
-    static constexpr unsigned char kRim = 0x5A;
-    static constexpr unsigned char kBlack = 0;
-
-    unsigned char* Row(int y) { return bytes_.data() + kStep * (y + 1) + kMargin; }
-    [[nodiscard]] const unsigned char* Row(int y) const {
-        return bytes_.data() + kStep * (y + 1) + kMargin;
-    }
-    template <class Work>
-    void ForEachPixel(Work work) const {
-        for (int y = 0; y < kSize.cy; ++y) {
-            for (int x = 0; x < kSize.cx; ++x) work(x, y, Row(y)[x * pixelBytes_]);
-        }
-    }
-
-    int pixelBytes_;
-    Bytes bytes_;
-    DrawingSurface surface_;
-};
+/// Draws over an image of 80 x 60 that fills half of the screen each way.
+Screen Drawn(const CXGSPSInfo& record) {
+    const RenderedView view{{80, 60}, 1.0, 0, false};
+    const AnnotationPlace place{ImageToSurface(view, {80, 60}, {40, 30}),
+                                DisplayedArea(record, view, kScreen)};
+    Screen screen(kScreen);
+    screen.DrawBy([&](DrawingSurface& surface) { DrawAnnotations(record, place, surface); });
+    return screen;
+}
+Screen Drawn(CXDIPP& dipp, int pixelBytes = 4) {
+    Screen screen(kScreen, pixelBytes);
+    screen.Draw(dipp);
+    return screen;
+}
 
 class ShownAnnotations : public testing::Test {
 protected:
@@ -150,13 +73,13 @@ protected:
     /// Shows an image with one annotation.
     void Show(CXDIPP& dipp, CSize size, const Bytes& pixels, const CDcmItem& annotation,
               std::initializer_list<int> aspect = {1, 1}) {
-        CDcmObject object;
+        CDcmObject& object = images_.emplace_back();
         FillImage(object, {size, 1, 8, 8}, pixels);
         object.SetValue(tag::kWindowCenter, "128");
         object.SetValue(tag::kWindowWidth, "256");
         test::Put(object, tag::kPixelAspectRatio, aspect);
         test::PutItems(object, tag::kGraphicAnnotationSequence, {annotation});
-        ASSERT_EQ(dipp.Initialize(&app_, &object, Screen::kSize, 0), QVM_SUCCESS);
+        ASSERT_EQ(dipp.Initialize(&app_, &object, kScreen, 0), QVM_SUCCESS);
         dipp.ShowAnnotations(1);
     }
     /// A black image of 80 x 60 that fills half of the screen each way.
@@ -164,12 +87,10 @@ protected:
         Show(dipp, {80, 60}, Repeated(80 * 60, 0), annotation);
         Shown(dipp);
     }
-    static CRect BrightOf(CXDIPP& dipp) {
-        Screen screen;
-        screen.Draw(dipp);
-        return screen.Bright();
-    }
     CDcmApp app_;
+
+private:
+    std::deque<CDcmObject> images_;  // the object on show is read again for a state
 };
 
 struct LayCase {
@@ -203,10 +124,7 @@ TEST_F(ShownAnnotations, LieOnThePixelThatTheyName) {
                 if (turn > 3) dipp.UpdateHFlip_Toggle();
                 dipp.UpdatePan_ABS(lay.pan);
                 EXPECT_EQ(dipp.Render(), QVM_SUCCESS);
-                Screen screen(pixelBytes);
-                screen.Draw(dipp);
-                EXPECT_TRUE(screen.IsRimWhole());
-                return screen.Middle();
+                return Drawn(dipp, pixelBytes).Middle();
             };
             Bytes pixels = Repeated(lay.image.cx * lay.image.cy, 0);
             const CanvasPoint drawn = middleOf(pixels, point, 4);
@@ -221,18 +139,12 @@ TEST_F(ShownAnnotations, LieOnThePixelThatTheyName) {
 TEST_F(ShownAnnotations, AreDrawnOnlyWhileAskedFor) {
     CXDIPP dipp;
     ShowBlack(dipp, GraphicItem("POLYLINE", "PIXEL", {{10, 10}, {70, 50}}));
-    Screen drawn;
-    drawn.Draw(dipp);
-    EXPECT_FALSE(drawn.IsBlack());
+    EXPECT_FALSE(Drawn(dipp).IsBlack());
     EXPECT_LE(std::ranges::max(Rendered(dipp)), 2) << "the result has none";
     dipp.ShowAnnotations(0);
-    Screen after;
-    after.Draw(dipp);
     CXDIPP bare;
     ShowBlack(bare, CDcmItem());
-    Screen without;
-    without.Draw(bare);
-    EXPECT_EQ(after.All(), without.All());
+    EXPECT_EQ(Drawn(dipp).All(), Drawn(bare).All());
     CDC none;
     EXPECT_EQ(dipp.Draw(&none), QVM_SUCCESS);
 }
@@ -241,7 +153,7 @@ TEST_F(ShownAnnotations, InDisplayUnitsStayWithTheDisplayedArea) {
     const CDcmItem line = GraphicItem("POLYLINE", "DISPLAY", {{0.25, 0.5}, {0.75, 0.5}});
     CXDIPP dipp;
     ShowBlack(dipp, line);  // whole image: laid out to fill the screen
-    const CRect bright = BrightOf(dipp);
+    const CRect bright = Drawn(dipp).Bright();
     EXPECT_NEAR(bright.left, 40, 1);
     EXPECT_NEAR(bright.right, 120, 1);
     EXPECT_NEAR(bright.top, 59, 1);
@@ -249,7 +161,7 @@ TEST_F(ShownAnnotations, InDisplayUnitsStayWithTheDisplayedArea) {
     dipp.UpdatePan_ABS({13, 5});
     dipp.UpdateHFlip_Toggle();
     ASSERT_EQ(dipp.Render(), QVM_SUCCESS);
-    EXPECT_EQ(BrightOf(dipp), bright);
+    EXPECT_EQ(Drawn(dipp).Bright(), bright);
 
     CDcmItem area;  // 20 x 60 pixels: 40 x 120 of the screen, in its middle
     test::Put(area, tag::kDisplayedAreaTopLeftHandCorner, {1, 1});
@@ -258,21 +170,19 @@ TEST_F(ShownAnnotations, InDisplayUnitsStayWithTheDisplayedArea) {
     test::PutItems(state, tag::kDisplayedAreaSelectionSequence, {area});
     test::PutItems(state, tag::kGraphicAnnotationSequence, {line});
     dipp.ApllyGSPSObject(&app_, &state);
-    EXPECT_NEAR(BrightOf(dipp).left, 70, 1);
-    EXPECT_NEAR(BrightOf(dipp).right, 90, 1);
+    EXPECT_NEAR(Drawn(dipp).Bright().left, 70, 1);
+    EXPECT_NEAR(Drawn(dipp).Bright().right, 90, 1);
     dipp.UpdateRotate_ABS(90);  // on its side: 160 wide
     ASSERT_EQ(dipp.Render(), QVM_SUCCESS);
-    EXPECT_NEAR(BrightOf(dipp).left, 40, 1);
-    EXPECT_NEAR(BrightOf(dipp).right, 120, 1);
+    EXPECT_NEAR(Drawn(dipp).Bright().left, 40, 1);
+    EXPECT_NEAR(Drawn(dipp).Bright().right, 120, 1);
 }
 
 TEST_F(ShownAnnotations, TextStandsInItsBox) {
     const auto brightOf = [](std::unique_ptr<GSPSTextObject> text) {
         CXGSPSInfo record;
         record.textObjects.Add(text.release());
-        Screen screen;
-        screen.Draw(record);
-        return screen.Bright();
+        return Drawn(record).Bright();
     };
     const CRect left = brightOf(BoxedText("HIM", 0));
     const CRect right = brightOf(BoxedText("HIM", 1));
@@ -321,9 +231,7 @@ TEST_F(ShownAnnotations, SurviveBadGraphics) {
         for (const int units : {kPixel, kDisplay}) {
             CXGSPSInfo record;
             record.graphicObjects.Add(Graphic(bad.type, bad.points, units, 1).release());
-            Screen screen;
-            screen.Draw(record);
-            EXPECT_TRUE(bad.isDrawn || screen.IsBlack());
+            EXPECT_TRUE(Drawn(record).IsBlack() || bad.isDrawn);
         }
     }
 }
@@ -341,11 +249,9 @@ TEST_F(ShownAnnotations, KeepNobodyWaiting) {
         for (int i = 0; i < 20; ++i) {
             record.graphicObjects.Add(Graphic(type, tangle, kPixel, 1).release());
         }
-        Screen screen;
         const auto begin = std::chrono::steady_clock::now();
-        screen.Draw(record);
+        EXPECT_FALSE(Drawn(record).IsBlack());
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));
-        EXPECT_FALSE(screen.IsBlack());
     }
 }
 
@@ -366,56 +272,7 @@ TEST_F(ShownAnnotations, SurviveBadTexts) {
         }
     }
     record.textObjects.Add(new GSPSTextObject);
-    Screen().Draw(record);
-}
-
-// On a surface that shows a 100 x 100 image as it is.
-DrawnShape Shape(int type, const Coordinates& points, int filled = 0) {
-    const RenderedView view{{100, 100}, 1.0, 0, false};
-    const AnnotationPlace place{ImageToSurface(view, {100, 100}, {0, 0}), {0, 0, 100, 100}};
-    return ShapeOf(*Graphic(type, points, kPixel, filled), place);
-}
-
-double NearestTo(const std::vector<CanvasPoint>& outline, GSPSPoint place) {
-    double nearest = kInfinity;
-    for (const auto& point : outline) {
-        nearest = std::min(nearest, std::hypot(point.x - place.x, point.y - place.y));
-    }
-    return nearest;
-}
-
-TEST(AnnotationShapes, AreRoundAndSmooth) {
-    for (const auto& point : Shape(kCircle, {{50, 40}, {53, 44}}).outline) {
-        EXPECT_NEAR(std::hypot(point.x - 50, point.y - 40), 5.0, 1e-9);
-    }
-    const Coordinates ends = {{20, 50}, {80, 50}, {50, 35}, {50, 65}};
-    const auto ellipse = Shape(kEllipse, ends).outline;
-    for (const auto& point : ellipse) {
-        EXPECT_NEAR(std::hypot((point.x - 50) / 30, (point.y - 50) / 15), 1.0, 1e-9);
-    }
-    for (const auto& end : ends) EXPECT_LT(NearestTo(ellipse, end), 1e-9);
-
-    const Coordinates bends = {{10, 10}, {40, 60}, {70, 10}, {90, 80}};
-    const auto curve = Shape(kInterpolated, bends).outline;
-    EXPECT_GT(curve.size(), 20U);
-    for (const auto& bend : bends) EXPECT_LT(NearestTo(curve, bend), 1e-9);
-    for (std::size_t i = 2; i < curve.size(); ++i) {  // no corner anywhere
-        const double before =
-            std::atan2(curve[i - 1].y - curve[i - 2].y, curve[i - 1].x - curve[i - 2].x);
-        const double after = std::atan2(curve[i].y - curve[i - 1].y, curve[i].x - curve[i - 1].x);
-        EXPECT_LT(std::abs(std::remainder(after - before, 6.2831853)), 0.9) << i;
-    }
-}
-
-TEST(AnnotationShapes, AreFilledWhereTheyClose) {
-    const Coordinates open = {{10, 10}, {40, 10}, {40, 40}};
-    Coordinates closed = open;
-    closed.push_back(open.front());
-    EXPECT_FALSE(Shape(kPolyline, open, 1).isFilled);
-    EXPECT_TRUE(Shape(kPolyline, closed, 1).isFilled);
-    EXPECT_FALSE(Shape(kPolyline, closed, 0).isFilled);
-    EXPECT_TRUE(Shape(kCircle, {{9, 9}, {9, 4}}, 1).isFilled);
-    EXPECT_LE(Shape(kInterpolated, Coordinates(100000, {5, 5})).outline.size(), 65535U);
+    Drawn(record);  // within the surface
 }
 
 }  // namespace

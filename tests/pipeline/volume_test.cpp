@@ -57,6 +57,11 @@ TEST(VolumeImage, BringsItsWindowAndSpacingAndKeepsRotationAndFlip) {
     dipp.GetPixelSpace(x, y);
     EXPECT_EQ(x, 0.5);
     EXPECT_EQ(y, 0.75);
+    volume.data.windowWidth = 0;
+    Show(dipp, volume, 100);
+    EXPECT_EQ(WindowOf(dipp), (CSize{256, 128})) << "that of 8-bit images";
+    Show(dipp, nullptr, volume, kPlain, 100);
+    EXPECT_EQ(WindowOf(dipp), (CSize{100, 50})) << "the full range";
     volume.data.pixelSpacingY = 0.5;
     const Values shown = Show(dipp, volume);
     EXPECT_EQ(ResultSize(dipp), (CSize{4, 8}));
