@@ -1,5 +1,5 @@
 /// Presentation states made from records, read back into records.
-#include "presentation_objects.h"
+#include "tests/presentation/presentation_objects.h"
 #include "quorvex/CxDcmMaker.h"
 
 #include <gtest/gtest.h>
