@@ -1,5 +1,6 @@
 /// Real files, brought into each lossless form and read back.
-#include "maker_objects.h"
+#include "tests/maker/maker_objects.h"
+#include "tests/support/answers.h"
 #include "tests/support/corpus.h"
 
 #include <gtest/gtest.h>
@@ -20,28 +21,23 @@ struct Tally {
     int refused = 0;
 };
 
-void ConvertAndCompare(CDcmApp& app, const CDcmObject& original, std::int32_t form,
-                       const std::string& name, Tally& tally) {
-    const auto frames = FramesOf(original);
+void ConvertAndCompare(const CDcmObject& original, std::int32_t form, const std::string& name,
+                       Tally& tally) {
+    const std::string what = name + " form " + std::to_string(form);
     CDcmObject object = original;
-    _USER_SETTING_INFO settings;
-    settings.compressionType = form;
-    CxDcmMaker maker;
-    ASSERT_EQ(maker.MakeDcmObject(&app, &object, &settings), QVM_SUCCESS) << name;
-    if (maker.GetOutcome() != QVM_SUCCESS && maker.GetOutcome() != QVM_FRAME_COPIED) {
+    const auto outcome = ConvertTo(form, object);
+    if (outcome != QVM_SUCCESS && outcome != QVM_FRAME_COPIED) {
         ++tally.refused;
-        EXPECT_EQ(Written(object), Written(original)) << name << " form " << form;
+        EXPECT_EQ(Written(object), Written(original)) << what;
         return;
     }
     ++tally.made;
-    const TemporaryFile file;
-    ASSERT_EQ(object.WriteFile(CString(file.Path())), kDcmSuccess) << name << " form " << form;
-    CxDcmParser parser;
-    ASSERT_EQ(parser.Initialize(&app, CString(file.Path()), 0), QVM_SUCCESS) << name;
-    const bool isPalette = TextOf(original, 0x00280004).Find("PALETTE") >= 0;
-    const bool isExpanded = isPalette && maker.GetOutcome() == QVM_SUCCESS;
-    if (!isExpanded) {
-        EXPECT_EQ(FramesOf(parser), frames) << name << " form " << form;
+    const bool isPalette = TextOf(original, 0x00280004).find("PALETTE") != std::string::npos;
+    const auto read = FramesOfFile(object);
+    if (isPalette && outcome == QVM_SUCCESS) {
+        EXPECT_FALSE(read.empty()) << what << ": frames of colours now";
+    } else {
+        EXPECT_EQ(read, FramesOf(original)) << what;
     }
 }
 
@@ -56,7 +52,7 @@ TEST(CorpusConversion, EveryLosslessFormGivesTheSameFrames) {
         if (parser.GetHeader()->GetTransferSyntax(syntax) != kDcmSuccess) continue;
         if (FramesOf(parser).size() != static_cast<std::size_t>(parser.GetFrameCount())) continue;
         for (const std::int32_t form : kLosslessForms)
-            ConvertAndCompare(app, *parser.GetHeader(), form, path.filename().string(), tally);
+            ConvertAndCompare(*parser.GetHeader(), form, path.filename().string(), tally);
     }
     RecordProperty("made", tally.made);
     RecordProperty("refused", tally.refused);

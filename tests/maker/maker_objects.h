@@ -4,6 +4,7 @@
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
 #include "tests/pipeline/test_objects.h"
+#include "tests/support/attribute_values.h"
 #include "tests/support/memory_file.h"
 #include "tests/support/temporary_file.h"
 
@@ -15,26 +16,6 @@
 namespace quorvex::test {
 
 using Frame = std::vector<unsigned char>;
-
-inline CString TextOf(const CDcmObject& object, std::uint32_t tag) {
-    CString text;
-    return object.GetValue(tag, text) == kDcmSuccess ? text : CString("(absent)");
-}
-
-/// Every value of an attribute, with backslashes between them.
-inline std::string AllOf(const CDcmObject& object, std::uint32_t tag) {
-    CString value;
-    std::string all;
-    for (auto r = object.GetValue(tag, value); r == kDcmSuccess;
-         r = object.GetNextValue(tag, value))
-        all += (all.empty() ? "" : "\\") + value.ToUtf8();
-    return all;
-}
-
-inline int NumberOf(const CDcmObject& object, std::uint32_t tag) {
-    int number = 0;
-    return object.GetValue(tag, number) == kDcmSuccess ? number : -1;
-}
 
 inline TRANSFER_SYNTAX SyntaxOf(const CDcmObject& object) {
     TRANSFER_SYNTAX syntax = kSyntaxNone;
@@ -83,9 +64,18 @@ inline std::vector<Frame> FramesOf(const CDcmObject& object) {
 
 /// The file that the object is written as; empty where it cannot be.
 inline Frame Written(const CDcmObject& object) {
-    const TemporaryFile file;
-    return object.WriteFile(CString(file.Path())) == kDcmSuccess ? BytesOfFile(file.Path())
-                                                                 : Frame();
+    const ScratchFolder folder;
+    const std::string path = folder.Path("object.dcm");
+    return object.WriteFile(path) == kDcmSuccess ? BytesOfFile(path) : Frame();
+}
+
+/// All frames of the object, written to a file and read back.
+inline std::vector<Frame> FramesOfFile(const CDcmObject& object) {
+    const TemporaryFile file(Written(object));
+    CDcmApp app;
+    CxDcmParser parser;
+    if (parser.Initialize(&app, file.Path(), 0) != QVM_SUCCESS) return {};
+    return FramesOf(parser);
 }
 
 }  // namespace quorvex::test

@@ -39,13 +39,6 @@ inline std::vector<unsigned char> RandomBytes(std::size_t count, unsigned seed) 
     return bytes;
 }
 
-inline void SetBytes(CDcmObject& object, std::uint32_t tag, std::vector<unsigned char> data,
-                     MC_VR vr = MC_VR_OW) {
-    detail::Bytes bytes{std::move(data)};
-    object.SetValue(tag, &bytes, detail::Bytes::Give);
-    object.SetValueRepresentation(tag, vr);
-}
-
 /// 32 bits a value, of which a file has 16: so a value may be as far outside as can be.
 inline std::vector<unsigned char> OriginBytes(const TestOverlay& overlay) {
     std::vector<unsigned char> bytes(8);

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace quorvex::pipeline_test {
@@ -36,6 +37,14 @@ struct Bytes {
 };
 
 }  // namespace detail
+
+/// Sets a value by its bytes, under a representation.
+inline void SetBytes(CDcmObject& object, std::uint32_t tag, std::vector<unsigned char> data,
+                     MC_VR vr = MC_VR_OW) {
+    detail::Bytes bytes{std::move(data)};
+    object.SetValue(tag, &bytes, detail::Bytes::Give);
+    object.SetValueRepresentation(tag, vr);
+}
 
 /// A native image of as many frames as `samples` has frames' worth.
 template <class Sample>

@@ -1,5 +1,6 @@
 // Modality, VOI and presentation data of images and of presentation states.
 #include "tests/presentation/presentation_objects.h"
+#include "tests/presentation/record_text.h"
 
 #include <gtest/gtest.h>
 
@@ -8,238 +9,175 @@ namespace {
 
 using namespace test;
 
+enum Module : unsigned int { kModality = 0, kVoi = 2, kPresentation = 3 };
+
 constexpr std::uint32_t kModalityLUTs = 0x00283000;
 constexpr std::uint32_t kLUTs = 0x00283010;
 constexpr std::uint32_t kSoftcopyLUTs = 0x00283110;
 constexpr std::uint32_t kPresentationLUTs = 0x20500010;
-constexpr std::uint32_t kCenter = 0x00281050;
-constexpr std::uint32_t kWidth = 0x00281051;
 
-CDcmItem Window(const char* center, const char* width) {
-    CDcmItem item;
-    item.SetValue(kCenter, center);
-    item.SetValue(kWidth, width);
-    return item;
+CDcmItem Holding(const CDcmItem& lut, const char* attributes = "") {
+    return With(With<CDcmItem>(attributes), kLUTs, {lut});
 }
 
-CDcmItem VoiLut(int count, int first, int bits, const std::vector<int>& entries) {
-    CDcmItem item;
-    PutItems(item, kLUTs, {LutItem(count, first, bits, entries)});
-    return item;
-}
+/// An object, and all that a module of it puts into a fresh record.
+struct Case {
+    const char* what;
+    CDcmObject object;
+    const char* read;
+};
 
-TEST(ModalityReading, RescaleWinsOverTheLut) {
-    CDcmObject image;
-    image.SetValue(0x00280100, static_cast<unsigned short>(16));
-    image.SetValue(0x00280101, static_cast<unsigned short>(12));
-    image.SetValue(0x00280103, static_cast<unsigned short>(1));
-    PutItems(image, kModalityLUTs, {LutItem(3, -2, 16, {5, 6, 65535})});
-    {
+void Check(Module module, const char* imageUID, const std::vector<Case>& cases) {
+    CXGSPSObject reader;
+    reader.imageUID = imageUID;
+    for (const Case& c : cases) {
         Record info;
-        EXPECT_EQ(ReadImage(image, info), 1);
-        EXPECT_EQ(Entries(info.modalityLUTData, 3), (std::vector<int>{5, 6, 65535}));
-        EXPECT_EQ(info.modalityLUTCount, 3);
-        EXPECT_EQ(info.modalityLUTFirst, 65534);
-        EXPECT_EQ(info.pixelRepresentation, 1);
-        EXPECT_EQ(info.pixelBitDepth, 12);
+        CDcmObject object = c.object;
+        EXPECT_EQ(reader.GetGSPSModule(module, &object, &info), 1) << c.what;
+        EXPECT_EQ(TextOf(info), c.read) << c.what;
     }
-    image.SetValue(0x00281052, "-1024");
-    Record info;
-    info.pixelValueOffset = 7;
-    ReadImage(image, info);
-    EXPECT_EQ(info.modalityLUTData, nullptr);
-    EXPECT_EQ(info.rescaleIntercept, -1024.0);
-    EXPECT_EQ(info.rescaleSlope, 1.0);
-    EXPECT_EQ(info.pixelValueOffset, 0);
-    image.SetValue(0x00281053, "0");
-    ReadImage(image, info);
-    EXPECT_EQ(info.rescaleSlope, 0.0);
 }
 
-TEST(ModalityReading, BitDepthNeedsBitsAllocated) {
-    CDcmObject image;
-    image.SetValue(0x00280101, static_cast<unsigned short>(12));
-    Record info;
-    ReadImage(image, info);
-    EXPECT_EQ(info.pixelBitDepth, 0);
-    EXPECT_EQ(info.rescaleSlope, 0.0);
+TEST(ModalityReading, PrefersTheRescale) {
+    const auto table = With(With("00280100=16; 00280101=12; 00280103=1"), kModalityLUTs,
+                            {LutItem(3, -2, 16, {5, 6, 65535})});
+    Check(kModality, "",
+          {
+              {"a table", table, "depth 12; signed 1; modality 3,65534,0: 5 6 65535"},
+              {"no slope is 1", With(table, "00281052=-1024"),
+               "depth 12; signed 1; slope 1; intercept -1024"},
+              {"a slope of 0", With(table, "00281052=-1024; 00281053=0"),
+               "depth 12; signed 1; intercept -1024"},
+              {"no Bits Allocated: no depth", With("00280101=12"), ""},
+          });
 }
 
-TEST(VoiReading, ImagesPreferTheLut) {
-    CDcmObject image;
-    image.SetValue(kCenter, "-100.7");
-    image.SetNextValue(kCenter, "50");
-    image.SetValue(kWidth, "350.9");
-    {
+TEST(VoiReading, OfImagesPrefersTheTable) {
+    const auto window = With("00281050=-100.7\\50; 00281051=350.9");
+    Check(kVoi, "",
+          {
+              {"the first window", window, "center -100; width 350"},
+              {"both", With(window, kLUTs, {LutItem(4, 10, 12, {1, 2, 3, 4})}),
+               "VOI 4,10,12: 1 2 3 4"},
+              {"no width", With("00281050=40"), "center 40"},
+          });
+}
+
+TEST(VoiReading, OfStatesPrefersTheWindowAndTheLastItem) {
+    const auto other = Referring(With<CDcmItem>("00281050=1; 00281051=2"), {Reference("9.9")});
+    const auto first = Holding(LutItem(2, 0, 8, {1, 2}));
+    const auto second = Holding(LutItem(2, 0, 8, {3, 4}));
+    const auto both = Holding(LutItem(2, 0, 8, {1, 2}), "00281050=-100.7; 00281051=350.9");
+    const auto window = With<CDcmItem>("00281050=40; 00281051=400");
+    const auto state = [](std::vector<CDcmItem> items) {
+        return With(CDcmObject(), kSoftcopyLUTs, std::move(items));
+    };
+    Check(kVoi, kImage,
+          {
+              {"both", state({both}), "center -100; width 350"},
+              {"two tables", state({first, second, other}), "VOI 2,0,8: 3 4"},
+              {"a window behind them", state({first, second, window}), "center 40; width 400"},
+              {"another image's", state({other}), ""},
+              {"an image's attributes", With("00281050=40; 00281051=400"), ""},
+          });
+}
+
+TEST(VoiReading, ForgetsTheWindowOfARecord) {
+    constexpr std::pair<const char*, const char*> kCases[] = {
+        {"", "00280010=1"}, {"", "00281050=40"}, {kImage, "00280010=1"}};
+    for (const auto& [image, attributes] : kCases) {
+        auto object = With(attributes);
         Record info;
-        ReadImage(image, info);
-        EXPECT_EQ(info.windowCenter, -100);
-        EXPECT_EQ(info.windowWidth, 350);
+        info.windowWidth = 99;
+        CXGSPSObject().GSPSApplier(&object, &info, image, -1);
+        EXPECT_EQ(info.windowWidth, 0) << image << attributes;
     }
-    PutItems(image, kLUTs, {LutItem(4, 10, 12, {1, 2, 3, 4})});
-    Record info;
-    ReadImage(image, info);
-    EXPECT_EQ(Entries(info.voiLUTData, 4), (std::vector<int>{1, 2, 3, 4}));
-    EXPECT_EQ(info.voiLUTFirst, 10);
-    EXPECT_EQ(info.voiLUTBits, 12);
-    EXPECT_EQ(info.windowWidth, 0);
-}
-
-TEST(VoiReading, ACenterWithoutAWidthIsNoWindow) {
-    CDcmObject image;
-    image.SetValue(kCenter, "40");
-    Record info;
-    info.windowWidth = 99;
-    ReadImage(image, info);
-    EXPECT_EQ(info.windowWidth, 0);
-}
-
-TEST(VoiReading, StatesPreferTheWindow) {
-    CDcmItem both = VoiLut(2, 0, 8, {1, 2});
-    both.SetValue(kCenter, "-100.7");
-    both.SetValue(kWidth, "350.9");
-    CDcmObject state;
-    PutItems(state, kSoftcopyLUTs, {both});
-    Record info;
-    EXPECT_EQ(ReadState(state, info), 1);
-    EXPECT_EQ(info.windowCenter, -100);
-    EXPECT_EQ(info.windowWidth, 350);
-    EXPECT_EQ(info.voiLUTData, nullptr);
-}
-
-TEST(VoiReading, TheLastItemThatAppliesStands) {
-    CDcmObject state;
-    PutItems(state, kSoftcopyLUTs,
-             {VoiLut(2, 0, 8, {1, 2}), VoiLut(2, 0, 8, {3, 4}),
-              Referring(Window("1", "2"), {Reference("9.9")})});
-    {
-        Record info;
-        ReadState(state, info);  // the first LUT must not be left behind either
-        EXPECT_EQ(Entries(info.voiLUTData, 2), (std::vector<int>{3, 4}));
-    }
-    CDcmItem window = Window("40", "400");
-    state.SetNextValue(kSoftcopyLUTs, &window);
-    Record info;
-    ReadState(state, info);
-    EXPECT_EQ(info.voiLUTData, nullptr);
-    EXPECT_EQ(info.windowWidth, 400);
-}
-
-TEST(VoiReading, NothingThatAppliesIsNoWindow) {
-    CDcmObject state;
-    state.SetValue(kCenter, "40");  // an image's attribute means nothing here
-    state.SetValue(kWidth, "400");
-    Record info;
-    ReadState(state, info);
-    EXPECT_EQ(info.windowWidth, 0);
-    PutItems(state, kSoftcopyLUTs, {Referring(Window("1", "2"), {Reference("9.9")})});
-    ReadState(state, info);
-    EXPECT_EQ(info.windowWidth, 0);
-    EXPECT_EQ(info.voiLUTData, nullptr);
 }
 
 TEST(PresentationReading, TakesTheShape) {
-    struct Case {
-        bool isState;
-        std::uint32_t tag;
-        const char* word;
-        int shape;
-    };
-    constexpr Case kCases[] = {
-        {false, 0x00280004, "MONOCHROME1", 1},   {false, 0x00280004, "MONOCHROME2", 0},
-        {false, 0x00280004, "XMONOCHROME1Y", 1}, {false, 0x00280004, "RGB", 2},
-        {false, 0x20500020, "IDENTITY", 2},      {true, 0x20500020, "INVERSE", 1},
-        {true, 0x20500020, "IDENTITY", 0},       {true, 0x20500020, "inverse", 2},
-        {true, 0x00280004, "MONOCHROME1", 0},
-    };
-    for (const Case& c : kCases) {
-        CDcmObject object;
-        object.SetValue(c.tag, c.word);
-        Record info;
-        c.isState ? ReadState(object, info) : ReadImage(object, info);
-        EXPECT_EQ(info.presentationShape, c.shape) << c.word << (c.isState ? " state" : " image");
-    }
-}
-
-TEST(PresentationReading, TakesTheLutOfAState) {
-    CDcmObject state;
-    PutItems(state, kPresentationLUTs, {LutItem(2, 1, 16, {7, 8})});
+    const auto table = With(CDcmObject(), kPresentationLUTs, {LutItem(2, 1, 16, {7, 8})});
+    Check(kPresentation, "",
+          {
+              {"inverse", With("00280004=MONOCHROME1"), "shape 1"},
+              {"identity", With("00280004=MONOCHROME2"), ""},
+              {"text around the word", With("00280004=XMONOCHROME1Y"), "shape 1"},
+              {"colour", With("00280004=RGB"), "shape 2"},
+              {"a state's attribute", With("20500020=IDENTITY"), "shape 2"},
+          });
+    Check(kPresentation, kImage,
+          {
+              {"inverse", With("20500020=INVERSE"), "shape 1"},
+              {"identity", With("20500020=IDENTITY"), ""},
+              {"small letters", With("20500020=inverse"), "shape 2"},
+              {"an image's attribute", With("00280004=MONOCHROME1"), ""},
+              {"a table", table, "presentation 2,1,16: 7 8"},
+          });
+    CDcmObject state = table;
     Record info;
     info.presentationShape = 1;
     ReadState(state, info);
-    EXPECT_EQ(Entries(info.presentationLUTData, 2), (std::vector<int>{7, 8}));
-    EXPECT_EQ(info.presentationLUTFirst, 1);
-    EXPECT_EQ(info.presentationLUTBits, 16);
-    EXPECT_EQ(info.presentationShape, 1);
+    EXPECT_EQ(info.presentationShape, 1) << "a table leaves the shape as it is";
 }
 
-TEST(LutReading, ShortDataIsFilledUpToTheDescriptor) {
-    CDcmObject image;
-    PutItems(image, kLUTs, {LutItem(5, 0, 8, {1, 2, 3})});
-    PutItems(image, kModalityLUTs, {LutItem(0, 0, 16, {4, 9})});
+TEST(LutReading, FillsShortTablesUpToTheDescriptor) {
+    CDcmObject image = With(With(CDcmObject(), kLUTs, {LutItem(5, 0, 8, {1, 2, 3})}), kModalityLUTs,
+                            {LutItem(0, 0, 16, {4, 9})});
+    Check(kVoi, "", {{"5 entries", image, "VOI 5,0,8: 1 2 3 3 3"}});
+    Check(kModality, "", {{"65536 entries", image, "modality 0,0,0: 4 9 9 9 9 9 9 9"}});
     Record info;
     ReadImage(image, info);
-    EXPECT_EQ(info.voiLUTCount, 5);
-    EXPECT_EQ(Entries(info.voiLUTData, 5), (std::vector<int>{1, 2, 3, 3, 3}));
-    EXPECT_EQ(info.modalityLUTCount, 0);
     EXPECT_EQ(Entries(info.modalityLUTData, 65536).back(), 9);
 }
 
-TEST(LutReading, UnusableLutsLeaveTheRecordAlone) {
-    CDcmItem noDescriptor = LutItem(2, 0, 8, {1, 2});
+TEST(LutReading, LeavesTheRecordAloneWhereATableIsNotUsable) {
+    auto noDescriptor = LutItem(2, 0, 8, {1, 2});
     noDescriptor.RemoveValue(0x00283002);
-    CDcmItem nested;
-    CDcmItem sequenceData = LutItem(2, 0, 8, {});
-    sequenceData.SetValue(0x00283006, &nested);
-    for (const CDcmItem& lut : {noDescriptor, LutItem(2, 0, 8, {}), sequenceData, CDcmItem()}) {
-        CDcmObject image;
-        for (const std::uint32_t tag : {kLUTs, kModalityLUTs}) PutItems(image, tag, {lut});
-        CDcmObject state;
-        CDcmItem softcopy;
-        PutItems(softcopy, kLUTs, {lut});
-        PutItems(state, kSoftcopyLUTs, {softcopy});
-        PutItems(state, kPresentationLUTs, {lut});
-        Record info;
-        EXPECT_EQ(ReadImage(image, info), 1);
-        EXPECT_EQ(ReadState(state, info), 1);
-        EXPECT_EQ(info.voiLUTData, nullptr);
-        EXPECT_EQ(info.modalityLUTData, nullptr);
-        EXPECT_EQ(info.presentationLUTData, nullptr);
-        EXPECT_EQ(info.voiLUTCount, 0);
+    const auto sequence = With(LutItem(2, 0, 8, {}), 0x00283006, {CDcmItem()});
+    for (const CDcmItem& lut : {noDescriptor, LutItem(2, 0, 8, {}), sequence, CDcmItem()}) {
+        CDcmObject object = With(With(CDcmObject(), kLUTs, {lut}), kModalityLUTs, {lut});
+        PutItems(object, kSoftcopyLUTs, {Holding(lut)});
+        PutItems(object, kPresentationLUTs, {lut});
+        for (const char* image : {"", kImage}) Check(kVoi, image, {{image, object, ""}});
+        Check(kModality, "", {{"modality", object, ""}});
+        Check(kPresentation, kImage, {{"presentation", object, ""}});
     }
 }
 
 TEST(Modules, RunOneByOne) {
-    CDcmObject image;
-    image.SetValue(0x00281052, "5");
-    image.SetValue(kCenter, "40");
-    image.SetValue(kWidth, "400");
-    image.SetValue(0x00700041, "Y");
-    CXGSPSObject reader;
-    Record info;
-    for (const unsigned int selector : {4U, 7U, 9U, 0xFFFFFFFFU}) {
-        EXPECT_EQ(reader.GetGSPSModule(selector, &image, &info), 1);
+    auto image = With("00281052=5; 00281050=40; 00281051=400; 00700041=Y; 00700042=90");
+    constexpr std::pair<unsigned int, const char*> kRead[] = {
+        {0, "slope 1; intercept 5"},
+        {1, ""},
+        {2, "center 40; width 400"},
+        {3, "shape 2"},
+        {5, "rotation 90; flip 1"},
+        {6, "aspect x 1; aspect y 1; magnification 1"},
+        {4, ""},
+        {7, ""},
+        {9, ""},
+        {0xFFFFFFFF, ""},
+    };
+    for (const auto& [selector, read] : kRead) {
+        Record info;
+        EXPECT_EQ(CXGSPSObject().GetGSPSModule(selector, &image, &info), 1) << selector;
+        EXPECT_EQ(TextOf(info), read) << selector;
     }
-    EXPECT_EQ(info.rescaleSlope, 0.0);
-    EXPECT_EQ(reader.GetGSPSModule(0, &image, &info), 1);
-    EXPECT_EQ(info.rescaleIntercept, 5.0);
-    EXPECT_EQ(info.windowWidth, 0);
-    EXPECT_EQ(reader.GetGSPSModule(2, &image, &info), 1);
-    EXPECT_EQ(info.windowWidth, 400);
-    EXPECT_EQ(reader.GetGSPSModule(5, &image, &info), 1);
-    EXPECT_EQ(info.imageHorizontalFlip, 1);
 }
 
-TEST(Modules, ANullObjectChangesNothing) {
+TEST(Modules, NeedAnObjectAndARecord) {
     Record info;
     info.pixelValueOffset = 7;
     CXGSPSObject reader;
-    EXPECT_EQ(reader.GSPSApplier(nullptr, &info, kImage, 3), 0);
-    EXPECT_EQ(info.pixelValueOffset, 7);
-    EXPECT_TRUE(reader.imageUID.IsEmpty());
     CDcmObject object;
+    EXPECT_EQ(reader.GSPSApplier(nullptr, &info, kImage, 3), 0);
     EXPECT_EQ(reader.GSPSApplier(&object, nullptr, kImage, 3), 0);
     EXPECT_EQ(reader.GetGSPSModule(0, nullptr, &info), 1);
+    EXPECT_EQ(info.pixelValueOffset, 7);
+    EXPECT_TRUE(reader.imageUID.IsEmpty());
+    EXPECT_EQ(reader.GSPSApplier(&object, &info, kImage, 3), 1);
+    EXPECT_EQ(info.pixelValueOffset, 0);
+    EXPECT_EQ(reader.imageUID, CString(kImage));
+    EXPECT_EQ(reader.frameNumber, 3);
 }
 
 }  // namespace

@@ -1,8 +1,10 @@
-/// Objects for the presentation tests, built in memory, and a record that cleans up after itself.
+/// Objects for tests of presentation data, built in memory, and what is read out of them.
 #pragma once
 
+#include "maker/attribute_writing.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/DicomObject.h"
+#include "tests/support/attribute_values.h"
 #include "tests/support/record.h"
 
 #include <cstdint>
@@ -14,25 +16,20 @@ namespace quorvex::test {
 
 template <class Value>
 void Put(CDcmObjectCommon& object, std::uint32_t tag, std::initializer_list<Value> values) {
-    bool isFirst = true;
-    for (const Value& value : values) {
-        if (std::exchange(isFirst, false)) {
-            object.SetValue(tag, value);
-        } else {
-            object.SetNextValue(tag, value);
-        }
-    }
+    ValueWriter writer(object, tag);
+    for (const Value& value : values) writer.Add(value);
 }
 
 inline void PutItems(CDcmObjectCommon& object, std::uint32_t tag, std::vector<CDcmItem> items) {
-    bool isFirst = true;
-    for (CDcmItem& item : items) {
-        if (std::exchange(isFirst, false)) {
-            object.SetValue(tag, &item);
-        } else {
-            object.SetNextValue(tag, &item);
-        }
-    }
+    ValueWriter writer(object, tag);
+    for (CDcmItem& item : items) writer.Add(std::move(item));
+}
+
+/// The same object with a sequence besides.
+template <class Object>
+Object With(Object object, std::uint32_t tag, std::vector<CDcmItem> items) {
+    PutItems(object, tag, std::move(items));
+    return object;
 }
 
 inline CDcmItem LutItem(int count, int first, int bits, const std::vector<int>& entries) {
@@ -40,15 +37,8 @@ inline CDcmItem LutItem(int count, int first, int bits, const std::vector<int>& 
     Put(item, 0x00283002,
         {static_cast<unsigned short>(count), static_cast<unsigned short>(first),
          static_cast<unsigned short>(bits)});
-    bool isFirst = true;
-    for (const int entry : entries) {
-        const auto word = static_cast<unsigned short>(entry);
-        if (std::exchange(isFirst, false)) {
-            item.SetValue(0x00283006, word);
-        } else {
-            item.SetNextValue(0x00283006, word);
-        }
-    }
+    ValueWriter writer(item, 0x00283006);
+    for (const int entry : entries) writer.Add(static_cast<unsigned short>(entry));
     return item;
 }
 
@@ -61,8 +51,7 @@ inline CDcmItem Reference(const char* uid, std::initializer_list<int> frames = {
 }
 
 inline CDcmItem Referring(CDcmItem item, std::vector<CDcmItem> references) {
-    PutItems(item, 0x00081140, std::move(references));
-    return item;
+    return With(std::move(item), 0x00081140, std::move(references));
 }
 
 inline constexpr const char* kImage = "1.2.3.4";

@@ -1,9 +1,11 @@
 // Every attribute that the code reads, in a representation that its tag does not promise.
 #include "foundation/dicom/model/dictionary.h"
+#include "quorvex/CXGSPSObject.h"
 #include "tests/reliability/measured_child.h"
 #include "tests/support/dicom_builder.h"
 #include "tests/support/every_route.h"
 #include "tests/support/named_tags.h"
+#include "tests/support/record.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -43,7 +45,7 @@ constexpr Spoiler kSpoilers[] = {
     {"bytes", "OB", "\x01\x02\x03"sv},
     {"nothing", "UN", ""sv},
     {"two numbers", "US", "\xFF\xFF\xFE\xFF"sv},
-    {"a large number", "FD", "\xFF\xFF\xFF\xFF\xFF\xFF\xEF\x7F"sv},
+    {"large numbers", "FD", "\xFF\xFF\xFF\xFF\xFF\xFF\xEF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xEF\x7F"sv},
     {"no number", "FD", "\x00\x00\x00\x00\x00\x00\xF8\x7F"sv},
     {"text", "LT", "-1.5e9\\\xC3\xBC\\\\x"sv},
 };
@@ -56,8 +58,8 @@ void AddGood(DicomBuilder& out, std::uint32_t tag) {
         {0x60000102, "0 "},           {0x00700023, "POLYLINE"},
     };
     const auto found = kValues.find(tag);
-    // Numbers as text: any of our readers takes them.
-    out.Add(tag, "LT", found != kValues.end() ? found->second : "16\\16");
+    // Numbers as text: every reader takes them, alone or in pairs.
+    out.Add(tag, "LO", found != kValues.end() ? found->second : "16\\16");
 }
 
 void AddAll(DicomBuilder& out, const std::vector<std::uint32_t>& tags, std::uint32_t spoiled,
@@ -95,6 +97,21 @@ DicomBuilder SpoiltFile(const std::vector<std::uint32_t>& tags, std::uint32_t sp
     return std::move(file.Add(0x7FE00010, "OW", std::string(512, 'x')));
 }
 
+/// Reads presentation data with every shutter: as an image, and as a state whose references all name
+/// image and frame 16.
+void ThroughPresentation(const DicomBuilder& file, std::uint32_t spoiled) {
+    auto memory = file.File();
+    CDcmObject object;
+    ASSERT_EQ(ReadUpTo(object, memory, kToTheEnd), kDcmSuccess);
+    for (const char* shape : {"RECTANGULAR", "CIRCULAR", "POLYGONAL", "BITMAP"}) {
+        if (spoiled != 0x00181600) object.SetValue(0x00181600, shape);
+        for (const char* image : {"", "16"}) {
+            Record record;
+            EXPECT_EQ(CXGSPSObject().GSPSApplier(&object, &record, image, 16), 1) << shape;
+        }
+    }
+}
+
 TEST(WrongType, NoAttributeThatIsReadDoesHarm) {
     const auto tags = TagsThatAreRead();
     ASSERT_GT(tags.size(), 100U);
@@ -103,7 +120,10 @@ TEST(WrongType, NoAttributeThatIsReadDoesHarm) {
         spoiled.push_back(0x7FE00010);
         for (const std::uint32_t tag : spoiled) {
             const auto file = SpoiltFile(tags, tag, spoiler);
-            const auto work = [&] { ThroughEverything(file.Bytes()); };
+            const auto work = [&] {
+                ThroughEverything(file.Bytes());
+                ThroughPresentation(file, tag);
+            };
             EXPECT_NO_FATAL_FAILURE(work()) << std::hex << tag << " is " << spoiler.what;
         }
     }
@@ -118,6 +138,10 @@ TEST(WrongType, TheFileThatIsSpoiltIsGood) {
     CDcmItem item;
     EXPECT_EQ(object.GetValue(0x00700001, item), kDcmSuccess);
     EXPECT_EQ(item.GetValue(0x00700009, item), kDcmSuccess);
+    Record record;
+    CXGSPSObject().GSPSApplier(&object, &record, "16", 16);
+    EXPECT_EQ(record.displayedAreaLeft, 16);
+    EXPECT_EQ(record.graphicObjects.GetSize(), 1);
     int rows = 0;
     EXPECT_EQ(object.GetValue(0x00280010, rows), kDcmSuccess);
     EXPECT_EQ(rows, 16);
