@@ -12,8 +12,8 @@ namespace quorvex::test {
 
 inline constexpr const char* kAbsent = "(absent)";
 
-/// Hands each attribute of a list to `take`: "ggggeeee=value\value; ggggeeee; ...", where one without
-/// "=" is absent.
+/// Hands each attribute of a list to `take`: "ggggeeee=value\value; ggggeeee; ...", where one
+/// without "=" is absent.
 template <class Take>
 void ForEachAttribute(const std::string& list, Take take) {
     constexpr std::size_t kTagDigits = 8;
