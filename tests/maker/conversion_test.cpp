@@ -24,9 +24,9 @@ TEST(Conversion, GoesThroughEveryFormAndBack) {
     const auto frames = FramesOf(original);
     CDcmObject object = original;
     for (const std::int32_t type : {9, 7, 3, 7, 9, 1}) {
-        ASSERT_EQ(ConvertTo(type, object), QVM_SUCCESS) << type;
+        ASSERT_EQ(ConvertTo(type, object).Code(), QVM_SUCCESS) << type;
         EXPECT_TRUE(FramesOf(object) == frames) << type;
-        EXPECT_EQ(ConvertTo(type, object), QVM_FRAME_COPIED) << type;
+        EXPECT_EQ(ConvertTo(type, object).Code(), QVM_FRAME_COPIED) << type;
     }
     EXPECT_EQ(TextOf(object, 0x00080018), TextOf(original, 0x00080018));
     EXPECT_EQ(TextOf(object, 0x00281051), "400");
@@ -36,7 +36,7 @@ TEST(Conversion, OfExtendedJpegHasTwelveBits) {
     CDcmObject object = GreyObject();
     object.SetValue(0x00280101, 16);
     object.SetValue(0x00280102, 15);
-    ASSERT_EQ(ConvertTo(kXferJpegExtended, object), QVM_SUCCESS);
+    ASSERT_EQ(ConvertTo(kXferJpegExtended, object).Code(), QVM_SUCCESS);
     ExpectAttributes(object, "00280101=12; 00280102=11; 00282110=01");
 }
 
@@ -78,7 +78,7 @@ TEST(Conversion, ThatFailsLeavesTheObjectAsItWas) {
         CDcmObject object = GreyObject();
         c.spoil(object);
         const Frame before = Written(object);
-        EXPECT_EQ(ConvertTo(c.type, object), c.outcome) << c.what;
+        EXPECT_EQ(ConvertTo(c.type, object).Code(), c.outcome) << c.what;
         EXPECT_TRUE(Written(object) == before) << c.what;
     }
 }
@@ -120,7 +120,7 @@ TEST(Conversion, ExpandsPalettesOfEveryFrame) {
     PutTable(object, 0, {0, 0, 0xFF, 0xFF, 0, 0x80});
     PutTable(object, 1, {0, 0, 0, 0x80, 0, 0});
     PutTable(object, 2, {0xFF, 0xFF, 0, 0, 0, 0x80});
-    ASSERT_EQ(ConvertTo(kXferJpegLossless, object), QVM_SUCCESS);
+    ASSERT_EQ(ConvertTo(kXferJpegLossless, object).Code(), QVM_SUCCESS);
     const std::vector<Frame> expected = {{0, 0, 254, 254, 127, 0}, {254, 127, 0, 127, 0, 127}};
     EXPECT_EQ(FramesOf(object), expected);
     ExpectAttributes(object, "00280004=RGB; 00280002=3; 00280102=7; 00280006=0");
@@ -129,10 +129,10 @@ TEST(Conversion, ExpandsPalettesOfEveryFrame) {
 
 TEST(Conversion, ForgetsTheOffsetTablesOfCodedFrames) {
     CDcmObject object = GreyObject();
-    ASSERT_EQ(ConvertTo(kXferJpegLossless, object), QVM_SUCCESS);
+    ASSERT_EQ(ConvertTo(kXferJpegLossless, object).Code(), QVM_SUCCESS);
     object.SetValue(0x7FE00001, 1);
     object.SetValue(0x7FE00002, 1);
-    ASSERT_EQ(ConvertTo(kXferUncompressedExplicit, object), QVM_SUCCESS);
+    ASSERT_EQ(ConvertTo(kXferUncompressedExplicit, object).Code(), QVM_SUCCESS);
     ExpectAttributes(object, "7FE00001; 7FE00002");
 }
 

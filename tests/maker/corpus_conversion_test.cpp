@@ -25,7 +25,7 @@ void ConvertAndCompare(const CDcmObject& original, std::int32_t form, const std:
                        Tally& tally) {
     const std::string what = name + " form " + std::to_string(form);
     CDcmObject object = original;
-    const auto outcome = ConvertTo(form, object);
+    const auto outcome = ConvertTo(form, object).Code();
     if (outcome != QVM_SUCCESS && outcome != QVM_FRAME_COPIED) {
         ++tally.refused;
         EXPECT_EQ(Written(object), Written(original)) << what;
