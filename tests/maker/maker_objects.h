@@ -64,9 +64,8 @@ inline std::vector<Frame> FramesOf(const CDcmObject& object) {
 
 /// The file that the object is written as; empty where it cannot be.
 inline Frame Written(const CDcmObject& object) {
-    const ScratchFolder folder;
-    const std::string path = folder.Path("object.dcm");
-    return object.WriteFile(path) == kDcmSuccess ? BytesOfFile(path) : Frame();
+    const TemporaryFile file;
+    return object.WriteFile(file.Path()) == kDcmSuccess ? BytesOfFile(file.Path()) : Frame();
 }
 
 /// All frames of the object, written to a file and read back.

@@ -22,17 +22,14 @@ constexpr Field<std::int32_t> kNumbers[] = {
     {"radius", &CXGSPSInfo::shutterRadius},       {"rotation", &CXGSPSInfo::imageRotation},
     {"flip", &CXGSPSInfo::imageHorizontalFlip},   {"area left", &CXGSPSInfo::displayedAreaLeft},
     {"top", &CXGSPSInfo::displayedAreaTop},       {"right", &CXGSPSInfo::displayedAreaRight},
-    {"bottom", &CXGSPSInfo::displayedAreaBottom}, {"mode", &CXGSPSInfo::presentationSizeMode},
-};
-constexpr Field<double> kReals[] = {
-    {"slope", &CXGSPSInfo::rescaleSlope},
-    {"intercept", &CXGSPSInfo::rescaleIntercept},
-    {"spacing x", &CXGSPSInfo::pixelSpacingX},
-    {"spacing y", &CXGSPSInfo::pixelSpacingY},
-    {"aspect x", &CXGSPSInfo::pixelAspectHorizontal},
-    {"aspect y", &CXGSPSInfo::pixelAspectVertical},
-    {"magnification", &CXGSPSInfo::presentationMagnification},
-};
+    {"bottom", &CXGSPSInfo::displayedAreaBottom}, {"mode", &CXGSPSInfo::presentationSizeMode}};
+constexpr Field<double> kReals[] = {{"slope", &CXGSPSInfo::rescaleSlope},
+                                    {"intercept", &CXGSPSInfo::rescaleIntercept},
+                                    {"spacing x", &CXGSPSInfo::pixelSpacingX},
+                                    {"spacing y", &CXGSPSInfo::pixelSpacingY},
+                                    {"aspect x", &CXGSPSInfo::pixelAspectHorizontal},
+                                    {"aspect y", &CXGSPSInfo::pixelAspectVertical},
+                                    {"magnification", &CXGSPSInfo::presentationMagnification}};
 
 class Writer {
 public:
