@@ -248,13 +248,9 @@ std::vector<Operation> Planes() {
     };
 }
 
-class DisplayMemory : public testing::TestWithParam<Operation> {};
-TEST_P(DisplayMemory, MayFail) {
-    FailEveryAllocation(GetParam());
-}
-INSTANTIATE_TEST_SUITE_P(Openings, DisplayMemory, testing::ValuesIn(Openings()));
-INSTANTIATE_TEST_SUITE_P(Views, DisplayMemory, testing::ValuesIn(Views()));
-INSTANTIATE_TEST_SUITE_P(Planes, DisplayMemory, testing::ValuesIn(Planes()));
+INSTANTIATE_TEST_SUITE_P(DisplayMemoryOpenings, FailingAllocation, testing::ValuesIn(Openings()));
+INSTANTIATE_TEST_SUITE_P(DisplayMemoryViews, FailingAllocation, testing::ValuesIn(Views()));
+INSTANTIATE_TEST_SUITE_P(DisplayMemoryPlanes, FailingAllocation, testing::ValuesIn(Planes()));
 
 }  // namespace
 }  // namespace quorvex

@@ -121,4 +121,8 @@ void FailEveryAllocation(const Operation& operation) {
     std::printf("    %-45s %3d kinds %8ld allocations failed\n", operation.name, kinds, refusals);
 }
 
+TEST_P(FailingAllocation, IsReportedAndLeavesNothingHalfDone) {
+    FailEveryAllocation(GetParam());
+}
+
 }  // namespace quorvex::test

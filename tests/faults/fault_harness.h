@@ -71,4 +71,7 @@ Operation On(const char* name, const How& how, Work work) {
 /// without noticing; past 200 only some of them.
 void FailEveryAllocation(const Operation& operation);
 
+/// Each file instantiates this with its operations.
+class FailingAllocation : public testing::TestWithParam<Operation> {};
+
 }  // namespace quorvex::test

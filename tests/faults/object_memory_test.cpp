@@ -193,13 +193,9 @@ std::vector<Operation> Files() {
     };
 }
 
-class ObjectMemory : public testing::TestWithParam<Operation> {};
-TEST_P(ObjectMemory, MayFail) {
-    FailEveryAllocation(GetParam());
-}
-INSTANTIATE_TEST_SUITE_P(Reads, ObjectMemory, testing::ValuesIn(Reads()));
-INSTANTIATE_TEST_SUITE_P(Changes, ObjectMemory, testing::ValuesIn(Changes()));
-INSTANTIATE_TEST_SUITE_P(Files, ObjectMemory, testing::ValuesIn(Files()));
+INSTANTIATE_TEST_SUITE_P(ObjectMemoryReads, FailingAllocation, testing::ValuesIn(Reads()));
+INSTANTIATE_TEST_SUITE_P(ObjectMemoryChanges, FailingAllocation, testing::ValuesIn(Changes()));
+INSTANTIATE_TEST_SUITE_P(ObjectMemoryFiles, FailingAllocation, testing::ValuesIn(Files()));
 
 }  // namespace
 }  // namespace quorvex

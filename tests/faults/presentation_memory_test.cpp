@@ -196,12 +196,10 @@ std::vector<Operation> Presentations() {
     };
 }
 
-class PresentationMemory : public testing::TestWithParam<Operation> {};
-TEST_P(PresentationMemory, MayFail) {
-    FailEveryAllocation(GetParam());
-}
-INSTANTIATE_TEST_SUITE_P(Windowing, PresentationMemory, testing::ValuesIn(Windowing()));
-INSTANTIATE_TEST_SUITE_P(Presentations, PresentationMemory, testing::ValuesIn(Presentations()));
+INSTANTIATE_TEST_SUITE_P(PresentationMemoryWindowing, FailingAllocation,
+                         testing::ValuesIn(Windowing()));
+INSTANTIATE_TEST_SUITE_P(PresentationMemoryPresentations, FailingAllocation,
+                         testing::ValuesIn(Presentations()));
 
 }  // namespace
 }  // namespace quorvex

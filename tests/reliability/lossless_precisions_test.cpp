@@ -1,7 +1,6 @@
 // High-bit lossless paths reached by code for 8 bits: every precision of lossless JPEG meets every
 // option that comes after the decoder.
 #include "tests/reliability/coded_frames.h"
-#include "tests/reliability/guarded_bytes.h"
 #include "tests/support/every_route.h"
 #include "tests/support/temporary_file.h"
 
@@ -82,18 +81,15 @@ Bytes Expected(const LosslessStream& made, bool isMarked, _IMAGE_PROCESS_PARAM p
     return rgb;
 }
 
-void ExpectDecoded(const LosslessStream& made, bool isMarked, _IMAGE_PROCESS_PARAM param) {
+void ExpectDecoded(const LosslessStream& made, bool isMarked, const _IMAGE_PROCESS_PARAM& param) {
     const bool isWide = param.bitsAllocated > 8;
-    const GuardedBytes source(isMarked ? made.stream : Unmarked(made.stream));
-    const GuardedBytes block(std::size_t{kColumns} * kRows * made.samples * (isWide ? 2 : 1));
-    unsigned char* result = block.Data();
-    unsigned long length = block.Size();
-    const auto code = CxImageProcessor().DecompressFrameData(&param, source.Data(), source.Size(),
-                                                             result, length, 0);
+    const std::size_t frameBytes = std::size_t{kColumns} * kRows * made.samples * (isWide ? 2 : 1);
+    const Bytes stream = isMarked ? made.stream : Unmarked(made.stream);
+    const auto decoded = DecodeGuarded(param, stream, frameBytes);
     const bool fits = made.precision <= 8 || isWide;
-    ASSERT_EQ(code, fits ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_DECOMPRESS);
+    ASSERT_EQ(decoded.code, fits ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_DECOMPRESS);
     if (!fits) return;
-    ASSERT_TRUE(std::ranges::equal(block.Bytes(), Expected(made, isMarked, param)));
+    ASSERT_EQ(decoded.frame, Expected(made, isMarked, param));
 }
 
 constexpr const char* kPhotometrics[] = {"MONOCHROME1",  "PALETTE COLOR", "RGB", "YBR_FULL",
