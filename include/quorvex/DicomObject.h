@@ -1,7 +1,8 @@
 /// The DICOM object library: data sets, their items, and every read and write of an attribute.
 ///
-/// A tag is one number, group in the high half: (0028,0010) is 0x00280010. Every operation answers
-/// `kDcmSuccess` (1) or a failure; an absent attribute is a failure too, and a normal one.
+/// A tag is one number, group in the high half: (0028,0010) is `tag::kRows` of `Tags.h`. Every
+/// operation answers `kDcmSuccess` (1) or a failure; an absent attribute is a failure too, and a
+/// normal one. `Attributes.h` has shorter forms of the usual reads.
 #pragma once
 
 #include "quorvex/Export.h"
@@ -13,11 +14,7 @@
 
 namespace quorvex {
 
-namespace dicom {
-class DataSet;
-class NativePixels;
-struct ReadOutcome;
-}  // namespace dicom
+class ObjectState;
 
 /// Result of an operation of the object library: 1 is success, anything else is failure.
 using DCMRESULT = int;
@@ -73,7 +70,7 @@ enum MC_VR : std::int32_t {
 class QUORVEX_API CDcmApp {};
 
 /// Supplies a file's bytes in pieces: file name, user data, length out, data out, first-call flag,
-/// last-piece flag out. The data stays valid until the next call.
+/// last-piece flag out. The data stay valid until the next call.
 using FileReadCallback = MC_STATUS (*)(const char* fileName, void* user, int* length, void** data,
                                        int first, int* last);
 /// The same for a stream: message id, user data, first-call flag, length out, data out, last out.
@@ -82,8 +79,8 @@ using StreamReadCallback = MC_STATUS (*)(int messageId, void* user, int first, i
 /// Receives one piece of a value: message id, tag, user data, length, data, first flag, last flag.
 using ValueReadCallback = MC_STATUS (*)(int messageId, std::uint32_t tag, void* user, int length,
                                         void* data, int first, int last);
-/// Supplies one piece of a value: message id, tag, user data, first-call flag, length out, data out,
-/// last-piece flag out. Each piece is copied before the next call.
+/// Supplies one piece of a value: message id, tag, user data, first-call flag, length out, data
+/// out, last-piece flag out. Each piece is copied before the next call.
 using ValueWriteCallback = MC_STATUS (*)(int messageId, std::uint32_t tag, void* user, int first,
                                          int* length, void** data, int* last);
 
@@ -129,25 +126,26 @@ public:
     [[nodiscard]] CString GetErrorMessage() const;
 
 protected:
-    CDcmCommon() = default;
-    CDcmCommon(const CDcmCommon&) = default;
-    CDcmCommon& operator=(const CDcmCommon&) = default;
-    void SetErrorMessage(const char* sentence) const noexcept;
+    CDcmCommon();
+    CDcmCommon(const CDcmCommon& other);
+    CDcmCommon& operator=(const CDcmCommon& other);
 
 private:
-    mutable const char* errorMessage_ = "";
+    friend class ObjectState;
+    std::unique_ptr<ObjectState> state_;
 };
 
 /// A data set: every operation on attributes, for objects and items alike.
 ///
 /// Reads convert to the type asked for, whatever the value representation: a number from any
 /// numeric form or from text that begins with one, cut towards zero for whole numbers. `GetValue`
-/// gives the first value (or item) and `GetNextValue` each following one, per attribute, until it
-/// answers other than 1. Text values come one at a time, decoded by Specific Character Set and
-/// without their padding; the `index` of -1 that callers pass stands for "the current value". A text
-/// attribute that is there but empty has one empty value; any other empty attribute has none.
+/// gives the first value (or item) and `GetNextValue` each following one, for each attribute on its
+/// own, until it answers other than 1. Text values come one at a time, decoded by Specific
+/// Character Set and without their padding; `index` is ignored (-1 by custom). A text attribute
+/// that is there but empty has one empty value; any other empty attribute has none.
 ///
-/// Copies are deep in effect: a change to one is never seen in another.
+/// Copies are deep in effect: a change to one is never seen in another. One object serves one
+/// thread at a time, for reads too.
 class QUORVEX_API CDcmObjectCommon : public CDcmCommon {
 public:
     CDcmObjectCommon();
@@ -205,7 +203,7 @@ public:
     DCMRESULT SetValue(std::uint32_t tag, void* user, ValueWriteCallback callback);
 
     DCMRESULT SetValueRepresentation(std::uint32_t tag, MC_VR vr);
-    /// Takes the attribute out; absent ones are passed over with success.
+    /// Takes the attribute out; success too where it is absent.
     DCMRESULT RemoveValue(std::uint32_t tag);
 
     /// Visits every element in tag order, those of items behind their sequence.
@@ -213,50 +211,24 @@ public:
 
     /// Drops the content.
     virtual DCMRESULT Close();
-
-protected:
-    explicit CDcmObjectCommon(std::shared_ptr<dicom::DataSet> dataSet);
-    [[nodiscard]] dicom::DataSet& Writable();
-
-    /// Takes another content; what was being read value by value starts over.
-    void Adopt(std::shared_ptr<dicom::DataSet> dataSet) noexcept;
-
-    /// Answers that the attribute is not there, and says so.
-    DCMRESULT Missing() const noexcept;
-
-    std::shared_ptr<dicom::DataSet> dataSet_;
-
-private:
-    struct Cursors;
-    template <class Value>
-    DCMRESULT ReadFirst(std::uint32_t tag, Value& value) const;
-    template <class Value>
-    DCMRESULT ReadNext(std::uint32_t tag, Value& value) const;
-    template <class Value>
-    DCMRESULT Write(std::uint32_t tag, const Value& value, bool isNext);
-    DCMRESULT WriteItem(std::uint32_t tag, const CDcmItem* item, bool isNext);
-    mutable std::unique_ptr<Cursors> cursors_;
 };
 
 /// An item of a sequence.
 class QUORVEX_API CDcmItem : public CDcmObjectCommon {
 public:
-    /// An empty item; the number says that it is local to its maker and has no other effect.
+    /// An empty item. The number is ignored (1 by custom).
     explicit CDcmItem(int local = 1);
-    /// Empties the item; the name only names it.
+    /// Empties the item. The name is ignored.
     DCMRESULT Create(const CString& name);
-
-private:
-    friend class CDcmObjectCommon;
 };
 
 /// A DICOM object: a data set with its file meta information.
 class QUORVEX_API CDcmObject : public CDcmObjectCommon {
 public:
     CDcmObject();
-    CDcmObject(const CDcmObject& other) = default;
+    CDcmObject(const CDcmObject& other);
     CDcmObject& operator=(const CDcmObject& other);
-    ~CDcmObject() override = default;
+    ~CDcmObject() override;
 
     /// Names the object; nothing is read. `ReadFile` later reads the file of that name.
     DCMRESULT Open(const CString& name);
@@ -265,60 +237,58 @@ public:
     DCMRESULT RenameFile(const CString& name);
     [[nodiscard]] CString GetFileName() const;
 
-    /// Reads the file named by `Open` whole, Pixel Data included. `user` and `callback` may be null;
-    /// with a callback the bytes come from it.
+    /// Reads the file named by `Open` whole, Pixel Data included. `user` and `callback` may be
+    /// null; with a callback the bytes come from it.
     DCMRESULT ReadFile(CDcmApp* app, void* user, FileReadCallback callback);
     /// Reads a Part 10 file from `callback`, up to the first element of the main data set whose tag
-    /// is above `stopTag`. `offset` receives where that element begins (or the data ends), counted
-    /// in bytes of the file; of a deflated data set in inflated bytes, and such an object holds its
-    /// Pixel Data itself. Without the marker "DICM" at offset 128 it is a failure.
+    /// is above `stopTag`. Without the marker "DICM" at offset 128 it is a failure.
+    ///
+    /// `offset` receives where that element begins (or the data end), in bytes of the file; in
+    /// inflated bytes for a deflated data set, which is read whole: such an object holds its Pixel
+    /// Data itself.
     DCMRESULT ReadFileUptoTag(CDcmApp* app, std::uint32_t stopTag, unsigned long* offset,
                               void* user, FileReadCallback callback);
-    /// Reads a bare data set that begins at `startTag` or, ahead of it, group 0002. `offset` receives
-    /// where the reading stopped. `syntax` says how the data is encoded unless its
-    /// own bytes or its group 0002 say otherwise. On failure the object holds what could be read, and
-    /// `offset` is where the data set should have begun.
+    /// Reads a bare data set whose first element is of the group of `startTag`, or of group 0002.
+    ///
+    /// `syntax` says how the data are encoded unless their own bytes or group 0002 say otherwise.
+    /// `offset` receives where the reading stopped; on failure, where the data set should have
+    /// begun, and the object holds what could be read. `scratch` is ignored and may be null.
     DCMRESULT ReadStream2(std::uint32_t startTag, std::uint32_t stopTag, TRANSFER_SYNTAX syntax,
                           unsigned long* scratch, unsigned long* offset, void* user,
                           StreamReadCallback callback);
 
-    /// Fails for an object without a syntax and for a UID that names none that we know of.
+    /// Fails for an object without a syntax and for one whose UID is unknown.
     DCMRESULT GetTransferSyntax(TRANSFER_SYNTAX& syntax) const;
+    /// Sets the number and Transfer Syntax UID; no value is changed. Fails for a number that
+    /// `TransferSyntaxOf` does not know.
     DCMRESULT SetTransferSyntax(TRANSFER_SYNTAX syntax);
-    /// Bytes from the start of a Pixel Data element to its value, as this data set is encoded (8 or 12).
+    /// Bytes from the start of a Pixel Data element to its value: 8 or 12, by the encoding.
     [[nodiscard]] unsigned long PixelDataHeaderLength() const noexcept;
 
-    /// Walks Pixel Data that lies at `value` in a foreign buffer of `remaining` bytes and is encoded
-    /// as this object says.
+    /// Walks Pixel Data that lies at `value` in a foreign buffer of `remaining` bytes and is
+    /// encoded as this object says.
     ///
-    /// Encapsulated data is told by its first item tag and given fragment by fragment, with one
+    /// Encapsulated data, known by their first item tag, are given fragment by fragment, with one
     /// event for each end of frame: by the extended or basic offset table where one is there and
-    /// makes sense, else one fragment a frame when the counts agree, else by the codec's
+    /// makes sense, else one fragment for each frame when the counts agree, else by the codec's
     /// start-of-image markers. Native data is given in pieces of `frameSize` bytes, the last one
     /// possibly shorter, its samples in this machine's byte order: decode such a piece as
     /// `kExplicitLittleEndian`, whatever the object's syntax is. That may take a block, put into
     /// `scratch`, which the caller releases with delete[]. Without a `scratch`, or with `reserved`
-    /// other than 0, pieces are handed out as they are stored, so that every one lies in the buffer.
+    /// other than 0, pieces are given as they are stored, so that each one lies in the buffer.
     DCMRESULT GetValueEx(unsigned char** scratch, unsigned long remaining, unsigned char* value,
                          int littleEndian, int reserved, unsigned long frameSize, void* user,
                          PixelWalkCallback callback) const;
     /// Walks the Pixel Data that the object itself holds; native samples in this machine's order.
     DCMRESULT GetValueEx(std::uint32_t tag, void* user, PixelItemCallback callback) const;
-    /// Encapsulates one item a buffer, with a basic offset table. The bytes are copied.
+    /// Encapsulates one item for each buffer, with a basic offset table, or with the extended
+    /// tables where an offset needs more than 32 bits. The bytes are copied.
     DCMRESULT SetValueEx(std::uint32_t tag, int count, const unsigned long* lengths,
                          unsigned char* const* buffers);
 
     /// Writes a Part 10 file: preamble, meta information made from the data set, data set. Nothing
     /// is left under `path` unless the file is whole.
     DCMRESULT WriteFile(const CString& path) const;
-
-    DCMRESULT Close() override;
-
-private:
-    friend class dicom::NativePixels;
-    DCMRESULT Keep(dicom::ReadOutcome&& outcome, unsigned long* offset);
-
-    CString name_;
 };
 
 }  // namespace quorvex

@@ -1,7 +1,7 @@
 /// The attributes that the library reads and writes, by name.
 ///
-/// A name is "k" and the keyword of the standard (PS3.6), its number the group in the high half. A host
-/// that needs another attribute writes its number: the operations take any tag.
+/// A name is "k" and the keyword of the standard (DICOM PS3.6), its number the group in the high
+/// half. A host that needs another attribute writes its number: the operations take any tag.
 #pragma once
 
 #include <cstdint>

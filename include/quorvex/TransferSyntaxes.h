@@ -1,5 +1,5 @@
-/// The transfer syntaxes: what each is called, how it writes a data set down, and what decodes and codes
-/// its frames.
+/// The transfer syntaxes: what each is called, how it encodes a data set, and what decodes and
+/// codes its frames.
 #pragma once
 
 #include "quorvex/Export.h"

@@ -3,8 +3,6 @@
 #include "foundation/dicom/model/byte_order.h"
 #include "foundation/dicom/model/element_values.h"
 
-#include <algorithm>
-
 namespace quorvex::dicom {
 namespace {
 
@@ -62,17 +60,3 @@ std::shared_ptr<DataSet> TakeItem(const Element& element, Place& place) {
 }
 
 }  // namespace quorvex::dicom
-
-namespace quorvex {
-
-dicom::Cursor* CDcmObjectCommon::Cursors::Find(std::uint32_t tag) noexcept {
-    const auto place = std::find_if(all.begin(), all.end(),
-                                    [&](const dicom::Cursor& cursor) { return cursor.tag == tag; });
-    return place == all.end() ? nullptr : &*place;
-}
-
-void CDcmObjectCommon::Cursors::Forget(std::uint32_t tag) noexcept {
-    std::erase_if(all, [&](const dicom::Cursor& cursor) { return cursor.tag == tag; });
-}
-
-}  // namespace quorvex

@@ -5,14 +5,13 @@
 #include "foundation/dicom/model/data_set.h"
 #include "foundation/dicom/model/element_values.h"
 #include "foundation/dicom/model/numbers.h"
-#include "quorvex/DicomObject.h"
+#include "quorvex/Types.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace quorvex::dicom {
 
@@ -45,15 +44,3 @@ struct Cursor : Place {
 [[nodiscard]] std::shared_ptr<DataSet> TakeItem(const Element& element, Place& place);
 
 }  // namespace quorvex::dicom
-
-namespace quorvex {
-
-/// The cursors of the attributes that are being read value by value.
-struct CDcmObjectCommon::Cursors {
-    [[nodiscard]] dicom::Cursor* Find(std::uint32_t tag) noexcept;
-    void Forget(std::uint32_t tag) noexcept;
-
-    std::vector<dicom::Cursor> all{};
-};
-
-}  // namespace quorvex

@@ -1,5 +1,6 @@
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/object/object_state.h"
 #include "foundation/dicom/reading/data_set_reader.h"
 #include "foundation/dicom/reading/element_header.h"
 #include "foundation/dicom/reading/element_reader.h"
@@ -12,23 +13,32 @@
 
 namespace quorvex {
 
+namespace {
+
 using dicom::ByteFeed;
 using dicom::DataSet;
 using dicom::ReadOutcome;
 
+/// Makes what was read the object's content, whether it is all that there was or not.
+DCMRESULT Keep(ReadOutcome&& outcome, ObjectState& state, unsigned long* offset) {
+    if (offset != nullptr) *offset = outcome.offset;
+    state.Adopt(std::move(outcome.dataSet));
+    if (outcome.result == kDcmSuccess) return kDcmSuccess;
+    return state.Fail(outcome.result, outcome.failure);
+}
+
+}  // namespace
+
 CDcmObject::CDcmObject() = default;
 
-CDcmObject& CDcmObject::operator=(const CDcmObject& other) {
-    CString name = other.name_;  // all that can fail
-    CDcmObjectCommon::operator=(other);
-    std::swap(name_, name);
-    return *this;
-}
+CDcmObject::CDcmObject(const CDcmObject& other) = default;
+CDcmObject& CDcmObject::operator=(const CDcmObject& other) = default;
+CDcmObject::~CDcmObject() = default;
 
 DCMRESULT CDcmObject::Open(const CString& name) {
     return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
         CString copy = name;
-        std::swap(name_, copy);
+        std::swap(ObjectState::Of(*this).name, copy);
         return kDcmSuccess;
     });
 }
@@ -42,27 +52,17 @@ DCMRESULT CDcmObject::RenameFile(const CString& name) {
 }
 
 CString CDcmObject::GetFileName() const {
-    return Answer(CString(), [&] { return name_; });
-}
-
-DCMRESULT CDcmObject::Close() {
-    return CDcmObjectCommon::Close();
-}
-
-DCMRESULT CDcmObject::Keep(ReadOutcome&& outcome, unsigned long* offset) {
-    if (offset != nullptr) *offset = outcome.offset;
-    if (outcome.result != kDcmSuccess) SetErrorMessage(outcome.failure);
-    Adopt(std::move(outcome.dataSet));
-    return outcome.result;
+    return Answer(CString(), [&] { return ObjectState::Of(*this).name; });
 }
 
 DCMRESULT CDcmObject::ReadFile(CDcmApp* app, void* user, FileReadCallback callback) {
     if (callback != nullptr)
         return ReadFileUptoTag(app, dicom::kNoStopTag, nullptr, user, callback);
     return Answer(DCMRESULT{kDcmOutOfMemory}, [&] {
-        dicom::NamedFileSource source(name_.ToUtf8());
+        auto& state = ObjectState::Of(*this);
+        dicom::NamedFileSource source(state.name.ToUtf8());
         ByteFeed feed(source);
-        return Keep(ReadPart10(feed, dicom::kNoStopTag), nullptr);
+        return Keep(ReadPart10(feed, dicom::kNoStopTag), state, nullptr);
     });
 }
 
@@ -70,9 +70,10 @@ DCMRESULT CDcmObject::ReadFileUptoTag(CDcmApp*, std::uint32_t stopTag, unsigned 
                                       void* user, FileReadCallback callback) {
     return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
         if (callback == nullptr) return kDcmFailure;
-        dicom::FileCallbackSource source(name_.ToUtf8(), user, callback);
+        auto& state = ObjectState::Of(*this);
+        dicom::FileCallbackSource source(state.name.ToUtf8(), user, callback);
         ByteFeed feed(source);
-        return Keep(ReadPart10(feed, stopTag), offset);
+        return Keep(ReadPart10(feed, stopTag), state, offset);
     });
 }
 
@@ -83,24 +84,24 @@ DCMRESULT CDcmObject::ReadStream2(std::uint32_t startTag, std::uint32_t stopTag,
         if (callback == nullptr) return kDcmFailure;
         dicom::StreamCallbackSource source(user, callback);
         ByteFeed feed(source);
-        return Keep(ReadBareDataSet(feed, startTag, stopTag, syntax), offset);
+        return Keep(ReadBareDataSet(feed, startTag, stopTag, syntax), ObjectState::Of(*this),
+                    offset);
     });
 }
 
 DCMRESULT CDcmObject::GetTransferSyntax(TRANSFER_SYNTAX& syntax) const {
-    if (dataSet_->syntax == kSyntaxNone) return Missing();
-    syntax = dataSet_->syntax;
+    auto& state = ObjectState::Of(*this);
+    if (state.Content().syntax == kSyntaxNone) return state.Missing();
+    syntax = state.Content().syntax;
     return kDcmSuccess;
 }
 
 DCMRESULT CDcmObject::SetTransferSyntax(TRANSFER_SYNTAX syntax) {
     return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
+        auto& state = ObjectState::Of(*this);
         const TransferSyntax* known = TransferSyntaxOf(syntax);
-        if (known == nullptr) {
-            SetErrorMessage("there is no such transfer syntax");
-            return kDcmFailure;
-        }
-        DataSet& dataSet = Writable();
+        if (known == nullptr) return state.Fail(kDcmFailure, "there is no such transfer syntax");
+        DataSet& dataSet = state.Writable();
         dataSet.PutBytes(tag::kTransferSyntaxUID, MC_VR_UI, {known->uid.begin(), known->uid.end()});
         dataSet.syntax = syntax;
         dataSet.encoding = {known->isExplicit, known->isBigEndian};
@@ -110,8 +111,9 @@ DCMRESULT CDcmObject::SetTransferSyntax(TRANSFER_SYNTAX syntax) {
 }
 
 unsigned long CDcmObject::PixelDataHeaderLength() const noexcept {
-    if (dataSet_->pixelDataHeaderBytes != 0) return dataSet_->pixelDataHeaderBytes;
-    return dataSet_->encoding.isExplicit ? dicom::kLongHeader : dicom::kShortHeader;
+    const DataSet& dataSet = ObjectState::Of(*this).Content();
+    if (dataSet.pixelDataHeaderBytes != 0) return dataSet.pixelDataHeaderBytes;
+    return dataSet.encoding.isExplicit ? dicom::kLongHeader : dicom::kShortHeader;
 }
 
 }  // namespace quorvex

@@ -4,6 +4,7 @@
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/object/native_pixels.h"
+#include "foundation/dicom/object/object_state.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "quorvex/DicomObject.h"
@@ -122,14 +123,14 @@ NativeFrames CutOwn(const Element& element, Bytes stored, const PixelShape& shap
 
 std::optional<NativeFrames> NativePixels::In(const CDcmObject& object, Bytes value,
                                              std::size_t frameBytes) {
-    const DataSet& dataSet = *object.dataSet_;
+    const DataSet& dataSet = ObjectState::Of(object).Content();
     if (AreItems(dataSet, value)) return std::nullopt;
     const PixelShape shape = ShapeOf(object);
     return CutNative(value, shape, frameBytes, OrderInBuffer(dataSet, shape));
 }
 
 std::optional<NativeFrames> NativePixels::Of(const CDcmObject& object) {
-    const DataSet& dataSet = *object.dataSet_;
+    const DataSet& dataSet = ObjectState::Of(object).Content();
     const Element* element = dataSet.Find(tag::kPixelData);
     if (element == nullptr || !dataSet.FragmentsOf(*element).IsEmpty()) return std::nullopt;
     const Bytes stored = dataSet.ValueOf(*element);
@@ -143,28 +144,30 @@ DCMRESULT CDcmObject::GetValueEx(unsigned char** scratch, unsigned long remainin
                                  PixelWalkCallback callback) const {
     return Answer(kDcmOutOfMemory, [&]() -> DCMRESULT {
         if (value == nullptr || callback == nullptr || remaining == 0) return kDcmNotFound;
+        const DataSet& dataSet = ObjectState::Of(*this).Content();
         const Bytes stored(value, remaining);
         const PixelShape shape = ShapeOf(*this);
         BufferSink sink(callback, user);
-        if (AreItems(*dataSet_, stored))
-            return WalkItems(*dataSet_, ItemsOf(*dataSet_, stored), shape, sink);
+        if (AreItems(dataSet, stored))
+            return WalkItems(dataSet, ItemsOf(dataSet, stored), shape, sink);
         const bool isInPlace = scratch == nullptr || reserved != 0;
-        const auto order = isInPlace ? NativeOrder() : OrderInBuffer(*dataSet_, shape);
+        const auto order = isInPlace ? NativeOrder() : OrderInBuffer(dataSet, shape);
         return WalkInBlock(CutNative(stored, shape, frameSize, order), sink, scratch);
     });
 }
 
 DCMRESULT CDcmObject::GetValueEx(std::uint32_t tag, void* user, PixelItemCallback callback) const {
     return Answer(kDcmOutOfMemory, [&]() -> DCMRESULT {
-        const Element* element = dataSet_->Find(tag);
+        const DataSet& dataSet = ObjectState::Of(*this).Content();
+        const Element* element = dataSet.Find(tag);
         if (element == nullptr || callback == nullptr) return kDcmNotFound;
         const PixelShape shape = ShapeOf(*this);
         ObjectSink sink(tag, callback, user);
-        const FragmentView view = dataSet_->FragmentsOf(*element);
-        if (!view.IsEmpty()) return WalkItems(*dataSet_, ItemsIn(view), shape, sink);
-        const Bytes stored = dataSet_->ValueOf(*element);
-        if (AreItems(*dataSet_, stored))
-            return WalkItems(*dataSet_, ItemsOf(*dataSet_, stored), shape, sink);
+        const FragmentView view = dataSet.FragmentsOf(*element);
+        if (!view.IsEmpty()) return WalkItems(dataSet, ItemsIn(view), shape, sink);
+        const Bytes stored = dataSet.ValueOf(*element);
+        if (AreItems(dataSet, stored))
+            return WalkItems(dataSet, ItemsOf(dataSet, stored), shape, sink);
         return WalkInBlock(CutOwn(*element, stored, shape), sink, nullptr);
     });
 }

@@ -1,48 +1,33 @@
-#include "foundation/dicom/model/data_set.h"
-#include "foundation/dicom/object/cursors.h"
+#include "foundation/dicom/object/object_state.h"
 #include "foundation/types/answer.h"
 #include "quorvex/DicomObject.h"
 
-#include <utility>
-
 namespace quorvex {
+
+CDcmCommon::CDcmCommon() : state_(std::make_unique<ObjectState>()) {}
+
+CDcmCommon::CDcmCommon(const CDcmCommon& other)
+    : state_(std::make_unique<ObjectState>(*other.state_)) {}
+
+CDcmCommon& CDcmCommon::operator=(const CDcmCommon& other) {
+    *state_ = *other.state_;
+    return *this;
+}
 
 CDcmCommon::~CDcmCommon() = default;
 
 CString CDcmCommon::GetErrorMessage() const {
-    return Answer(CString(), [&] { return CString(errorMessage_); });
+    return Answer(CString(), [&] { return CString(state_->ErrorMessage()); });
 }
 
-void CDcmCommon::SetErrorMessage(const char* sentence) const noexcept {
-    errorMessage_ = sentence;
-}
-
-CDcmObjectCommon::CDcmObjectCommon() : dataSet_(std::make_shared<dicom::DataSet>()) {}
-
-CDcmObjectCommon::CDcmObjectCommon(std::shared_ptr<dicom::DataSet> dataSet)
-    : dataSet_(std::move(dataSet)) {}
-
-CDcmObjectCommon::CDcmObjectCommon(const CDcmObjectCommon& other)
-    : CDcmCommon(other), dataSet_(other.dataSet_) {}
-
-CDcmObjectCommon& CDcmObjectCommon::operator=(const CDcmObjectCommon& other) {
-    CDcmCommon::operator=(other);
-    Adopt(other.dataSet_);
-    return *this;
-}
-
+CDcmObjectCommon::CDcmObjectCommon() = default;
+CDcmObjectCommon::CDcmObjectCommon(const CDcmObjectCommon& other) = default;
+CDcmObjectCommon& CDcmObjectCommon::operator=(const CDcmObjectCommon& other) = default;
 CDcmObjectCommon::~CDcmObjectCommon() = default;
 
-void CDcmObjectCommon::Adopt(std::shared_ptr<dicom::DataSet> dataSet) noexcept {
-    dataSet_ = std::move(dataSet);
-    cursors_.reset();
-}
-
 DCMRESULT CDcmObjectCommon::Close() {
-    return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
-        Adopt(std::make_shared<dicom::DataSet>());
-        return kDcmSuccess;
-    });
+    ObjectState::Of(*this).Clear();
+    return kDcmSuccess;
 }
 
 CDcmItem::CDcmItem(int) {}

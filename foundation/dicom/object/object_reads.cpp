@@ -1,6 +1,6 @@
 #include "foundation/dicom/model/byte_order.h"
 #include "foundation/dicom/model/element_values.h"
-#include "foundation/dicom/object/cursors.h"
+#include "foundation/dicom/object/object_state.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/undo.h"
 #include "quorvex/DicomObject.h"
@@ -45,7 +45,7 @@ DCMRESULT Take(const DataSet&, const Element& element, Place& place,
 }
 
 /// Moves a new cursor behind the first value.
-void PassFirst(const DataSet& dataSet, const Element& element, Cursor& cursor) {
+void SkipFirst(const DataSet& dataSet, const Element& element, Cursor& cursor) {
     if (dicom::IsText(dicom::MeaningOf(element))) {
         static_cast<void>(dicom::TakeText(dataSet, element, cursor));
     } else {
@@ -88,52 +88,56 @@ private:
     dicom::ByteBuffer piece_;
 };
 
-}  // namespace
-
 template <class Value>
-DCMRESULT CDcmObjectCommon::ReadFirst(std::uint32_t tag, Value& value) const {
+DCMRESULT ReadFirst(ObjectState& state, std::uint32_t tag, Value& value) {
     return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
-        if (cursors_ != nullptr) cursors_->Forget(tag);
-        const Element* element = dataSet_->Find(tag);
-        if (element == nullptr) return Missing();
+        state.ForgetCursor(tag);
+        const Element* element = state.Content().Find(tag);
+        if (element == nullptr) return state.Missing();
         std::conditional_t<std::is_same_v<Value, CString>, Cursor, Place> first;
-        return Take(*dataSet_, *element, first, value);
+        return Take(state.Content(), *element, first, value);
     });
 }
 
+Cursor& CursorOf(ObjectState& state, const Element& element) {
+    if (Cursor* cursor = state.FindCursor(element.tag)) return *cursor;
+    Cursor behindFirst;
+    behindFirst.tag = element.tag;
+    SkipFirst(state.Content(), element, behindFirst);
+    return state.AddCursor(std::move(behindFirst));
+}
+
 template <class Value>
-DCMRESULT CDcmObjectCommon::ReadNext(std::uint32_t tag, Value& value) const {
+DCMRESULT ReadNext(ObjectState& state, std::uint32_t tag, Value& value) {
     return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
-        const Element* element = dataSet_->Find(tag);
-        if (element == nullptr) return Missing();
-        if (cursors_ == nullptr) cursors_ = std::make_unique<Cursors>();
-        Cursor* cursor = cursors_->Find(tag);
-        if (cursor == nullptr) {
-            Cursor behindFirst;
-            behindFirst.tag = tag;
-            PassFirst(*dataSet_, *element, behindFirst);
-            cursor = &cursors_->all.emplace_back(std::move(behindFirst));
-        }
-        UndoUnlessKept stay([cursor, place = dicom::Place(*cursor)] {
-            static_cast<dicom::Place&>(*cursor) = place;
-        });
-        const DCMRESULT result = Take(*dataSet_, *element, *cursor, value);
+        const Element* element = state.Content().Find(tag);
+        if (element == nullptr) return state.Missing();
+        Cursor& cursor = CursorOf(state, *element);
+        UndoUnlessKept stay(
+            [&cursor, place = Place(cursor)] { static_cast<Place&>(cursor) = place; });
+        const DCMRESULT result = Take(state.Content(), *element, cursor, value);
         stay.Keep();
         return result;
     });
 }
 
-DCMRESULT CDcmObjectCommon::Missing() const noexcept {
-    SetErrorMessage("the attribute is not there");
-    return kDcmNotFound;
+/// `read` is one of the two above.
+template <class Read>
+DCMRESULT ReadItem(const CDcmObjectCommon& object, std::uint32_t tag, CDcmItem& item, Read read) {
+    std::shared_ptr<DataSet> content;
+    const DCMRESULT result = read(ObjectState::Of(object), tag, content);
+    if (result == kDcmSuccess) ObjectState::Of(item).Adopt(std::move(content));
+    return result;
 }
+
+}  // namespace
 
 #define QUORVEX_READS_OF(Type)                                                       \
     DCMRESULT CDcmObjectCommon::GetValue(std::uint32_t tag, Type& value) const {     \
-        return ReadFirst(tag, value);                                                \
+        return ReadFirst(ObjectState::Of(*this), tag, value);                        \
     }                                                                                \
     DCMRESULT CDcmObjectCommon::GetNextValue(std::uint32_t tag, Type& value) const { \
-        return ReadNext(tag, value);                                                 \
+        return ReadNext(ObjectState::Of(*this), tag, value);                         \
     }
 QUORVEX_READS_OF(unsigned short)
 QUORVEX_READS_OF(short)
@@ -145,32 +149,27 @@ QUORVEX_READS_OF(double)
 #undef QUORVEX_READS_OF
 
 DCMRESULT CDcmObjectCommon::GetValue(std::uint32_t tag, CString& value, int) const {
-    return ReadFirst(tag, value);
+    return ReadFirst(ObjectState::Of(*this), tag, value);
 }
 
 DCMRESULT CDcmObjectCommon::GetNextValue(std::uint32_t tag, CString& value, int) const {
-    return ReadNext(tag, value);
+    return ReadNext(ObjectState::Of(*this), tag, value);
 }
 
 DCMRESULT CDcmObjectCommon::GetValue(std::uint32_t tag, CDcmItem& item) const {
-    std::shared_ptr<DataSet> content;
-    const DCMRESULT result = ReadFirst(tag, content);
-    if (result == kDcmSuccess) item.Adopt(std::move(content));
-    return result;
+    return ReadItem(*this, tag, item, ReadFirst<std::shared_ptr<DataSet>>);
 }
 
 DCMRESULT CDcmObjectCommon::GetNextValue(std::uint32_t tag, CDcmItem& item) const {
-    std::shared_ptr<DataSet> content;
-    const DCMRESULT result = ReadNext(tag, content);
-    if (result == kDcmSuccess) item.Adopt(std::move(content));
-    return result;
+    return ReadItem(*this, tag, item, ReadNext<std::shared_ptr<DataSet>>);
 }
 
 DCMRESULT CDcmObjectCommon::GetValueCount(std::uint32_t tag, int& count) const {
     return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
-        const Element* element = dataSet_->Find(tag);
-        if (element == nullptr) return Missing();
-        count = static_cast<int>(dicom::ValueCount(*dataSet_, *element));
+        auto& state = ObjectState::Of(*this);
+        const Element* element = state.Content().Find(tag);
+        if (element == nullptr) return state.Missing();
+        count = static_cast<int>(dicom::ValueCount(state.Content(), *element));
         return kDcmSuccess;
     });
 }
@@ -178,11 +177,12 @@ DCMRESULT CDcmObjectCommon::GetValueCount(std::uint32_t tag, int& count) const {
 DCMRESULT CDcmObjectCommon::GetValueLength(std::uint32_t tag, int index,
                                            unsigned long& length) const {
     return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
-        const Element* element = dataSet_->Find(tag);
-        if (element == nullptr) return Missing();
+        auto& state = ObjectState::Of(*this);
+        const Element* element = state.Content().Find(tag);
+        if (element == nullptr) return state.Missing();
         if (index < 1) return kDcmNotFound;
         const auto bytes =
-            dicom::ValueLength(*dataSet_, *element, static_cast<std::size_t>(index - 1));
+            dicom::ValueLength(state.Content(), *element, static_cast<std::size_t>(index - 1));
         if (!bytes) return kDcmNotFound;
         length = *bytes;
         return kDcmSuccess;
@@ -192,13 +192,14 @@ DCMRESULT CDcmObjectCommon::GetValueLength(std::uint32_t tag, int index,
 DCMRESULT CDcmObjectCommon::GetValue(std::uint32_t tag, void* user,
                                      ValueReadCallback callback) const {
     return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
-        const Element* element = dataSet_->Find(tag);
-        if (element == nullptr || callback == nullptr) return Missing();
+        auto& state = ObjectState::Of(*this);
+        const Element* element = state.Content().Find(tag);
+        if (element == nullptr || callback == nullptr) return state.Missing();
         if (dicom::ItemsOf(*element) != nullptr) return kDcmFailure;
-        const dicom::FragmentView fragments = dataSet_->FragmentsOf(*element);
+        const dicom::FragmentView fragments = state.Content().FragmentsOf(*element);
         if (!fragments.IsEmpty()) return kDcmFailure;
         // The object itself may be changed while the callback runs.
-        const std::shared_ptr<const DataSet> kept = dataSet_;
+        const std::shared_ptr<const DataSet> kept = state.SharedContent();
         const Element copy = *element;
         const Bytes value = kept->ValueOf(copy);
         PieceGiver giver(tag, user, callback, value.size());

@@ -1,5 +1,6 @@
 #include "foundation/dicom/model/dictionary.h"
 #include "foundation/dicom/model/element_values.h"
+#include "foundation/dicom/object/object_state.h"
 #include "foundation/types/answer.h"
 #include "quorvex/DicomObject.h"
 
@@ -48,7 +49,8 @@ bool Walk(const DataSet& dataSet, int depth, int itemIndex, void* user, ElementV
 DCMRESULT CDcmObjectCommon::WalkElements(void* user, ElementVisitor visitor) const {
     return Answer(DCMRESULT{kDcmOutOfMemory}, [&]() -> DCMRESULT {
         if (visitor == nullptr) return kDcmFailure;
-        const std::shared_ptr<const DataSet> kept = dataSet_;  // the visitor may change the object
+        const std::shared_ptr<const DataSet> kept =
+            ObjectState::Of(*this).SharedContent();  // the visitor may change the object
         return Walk(*kept, 0, -1, user, visitor) ? kDcmSuccess : kDcmFailure;
     });
 }

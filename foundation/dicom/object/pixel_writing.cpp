@@ -4,6 +4,7 @@
 #include "foundation/dicom/model/dictionary.h"
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/value_representation.h"
+#include "foundation/dicom/object/object_state.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/limits.h"
 #include "quorvex/DicomObject.h"
@@ -117,12 +118,11 @@ void TurnToLittleEndian(DataSet& dataSet, Element& element) {
 DCMRESULT CDcmObject::SetValueEx(std::uint32_t tag, int count, const unsigned long* lengths,
                                  unsigned char* const* buffers) {
     return Answer(kDcmOutOfMemory, [&]() -> DCMRESULT {
+        auto& state = ObjectState::Of(*this);
         const auto frames = BuffersOf(count, lengths, buffers);
-        if (!frames) {
-            SetErrorMessage("there is no frame to encapsulate, or one without data");
-            return kDcmFailure;
-        }
-        PutFrames(Writable(), tag, *frames);
+        if (!frames)
+            return state.Fail(kDcmFailure, "there is no frame to encapsulate, or one without data");
+        PutFrames(state.Writable(), tag, *frames);
         return kDcmSuccess;
     });
 }
@@ -130,22 +130,22 @@ DCMRESULT CDcmObject::SetValueEx(std::uint32_t tag, int count, const unsigned lo
 DCMRESULT CDcmObjectCommon::SetValue(std::uint32_t tag, void* user, ValueWriteCallback callback) {
     return Answer(kDcmOutOfMemory, [&]() -> DCMRESULT {
         auto value = callback == nullptr ? std::nullopt : Pulled(tag, user, callback);
-        if (!value) {
-            SetErrorMessage("the callback gave no usable value");
-            return kDcmFailure;
-        }
-        Writable().PutBytes(tag, VrForNew(*dataSet_, tag), std::move(*value));
+        auto& state = ObjectState::Of(*this);
+        if (!value) return state.Fail(kDcmFailure, "the callback gave no usable value");
+        const MC_VR vr = VrForNew(state.Content(), tag);
+        state.Writable().PutBytes(tag, vr, std::move(*value));
         return kDcmSuccess;
     });
 }
 
 DCMRESULT CDcmObjectCommon::SetValueRepresentation(std::uint32_t tag, MC_VR vr) {
     return Answer(kDcmOutOfMemory, [&]() -> DCMRESULT {
-        const Element* element = dataSet_->Find(tag);
+        auto& state = ObjectState::Of(*this);
+        const Element* element = state.Content().Find(tag);
         if (element == nullptr) return kDcmNotFound;
         const bool isSequence = ItemsOf(*element) != nullptr;
         if (isSequence != (vr == MC_VR_SQ) || Describe(vr).vr != vr) return kDcmFailure;
-        DataSet& dataSet = Writable();
+        DataSet& dataSet = state.Writable();
         Element& changed = *dataSet.FindMutable(tag);
         if (changed.isBigEndian && !isSequence && dataSet.FragmentsOf(changed).IsEmpty())
             TurnToLittleEndian(dataSet, changed);

@@ -3,6 +3,7 @@
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/model/value_representation.h"
+#include "foundation/dicom/object/object_state.h"
 #include "foundation/dicom/writing/data_set_writer.h"
 #include "foundation/dicom/writing/deflating_sink.h"
 #include "foundation/dicom/writing/meta_information.h"
@@ -121,16 +122,14 @@ void WriteAll(const DataSet& main, const WritingPlan& plan, ByteSink& sink) {
 
 DCMRESULT CDcmObject::WriteFile(const CString& path) const {
     return Answer(kDcmOutOfMemory, [&]() -> DCMRESULT {
-        const WritingPlan plan = PlanOf(*dataSet_, ShapeOf(*this));
-        if (plan.obstacle != nullptr) {
-            SetErrorMessage(plan.obstacle);
-            return kDcmFailure;
-        }
+        auto& state = ObjectState::Of(*this);
+        const DataSet& main = state.Content();
+        const WritingPlan plan = PlanOf(main, ShapeOf(*this));
+        if (plan.obstacle != nullptr) return state.Fail(kDcmFailure, plan.obstacle);
         OutputFile file(path.ToUtf8());
-        if (file.IsOpen()) WriteAll(*dataSet_, plan, file);
+        if (file.IsOpen()) WriteAll(main, plan, file);
         if (file.Commit()) return kDcmSuccess;
-        SetErrorMessage("the file cannot be written");
-        return kDcmFailure;
+        return state.Fail(kDcmFailure, "the file cannot be written");
     });
 }
 
