@@ -10,7 +10,7 @@ namespace {
 
 // Items have no keyword in the standard's table of data elements.
 bool IsItem(std::uint32_t tag) {
-    return dicom::GroupOf(tag) == 0xFFFE;
+    return dicom::IsItemTag(tag);
 }
 
 TEST(Tags, BearTheStandardsKeywords) {

@@ -52,7 +52,7 @@ std::string PlainValue(const DcmElementView& view, const Snapshot& snapshot) {
     const unsigned char pad = dicom::Describe(view.vr).pad;
     if (value.size() % 2 != 0) value.push_back(pad);
     if (snapshot.isBigEndian)
-        dicom::TurnBytes(value.data(), value.size(), UnitOf(view, snapshot.bitsAllocated));
+        dicom::SwapBytes(value.data(), value.size(), UnitOf(view, snapshot.bitsAllocated));
     return {value.begin(), value.end()};
 }
 

@@ -1,58 +1,45 @@
 #include "foundation/dicom/frames/encapsulated_items.h"
 
+#include "foundation/dicom/model/encoding.h"
+
 #include <algorithm>
-#include <array>
 #include <optional>
 
 namespace quorvex::dicom {
 namespace {
 
-constexpr std::size_t kItemHeaderBytes = 8;
-
-using TagBytes = std::array<unsigned char, 4>;
-
-/// Item headers in one byte order.
-struct ItemForm {
-    TagBytes item;
-    TagBytes sequenceDelimiter;
-    std::array<std::size_t, 4> lengthBytes;  ///< where they lie, the most significant first
-};
-constexpr ItemForm kLittleEndian = {
-    {0xFE, 0xFF, 0x00, 0xE0}, {0xFE, 0xFF, 0xDD, 0xE0}, {7, 6, 5, 4}};
-constexpr ItemForm kBigEndian = {{0xFF, 0xFE, 0xE0, 0x00}, {0xFF, 0xFE, 0xE0, 0xDD}, {4, 5, 6, 7}};
-
-bool StartsWith(Bytes bytes, const TagBytes& start) noexcept {
-    return bytes.size() >= start.size() && std::equal(start.begin(), start.end(), bytes.begin());
+bool BeginsWithTag(Bytes bytes, std::uint32_t tag, bool isBigEndian) noexcept {
+    return bytes.size() >= kTagBytes && LoadTag(bytes.data(), isBigEndian) == tag;
 }
 
 /// What is left when the items have been cut off is nothing, or a delimiter.
-bool IsEndOfItems(Bytes rest, const ItemForm& form) noexcept {
-    return rest.empty() || StartsWith(rest, form.sequenceDelimiter);
+bool IsEndOfItems(Bytes rest, bool isBigEndian) noexcept {
+    return rest.empty() || BeginsWithTag(rest, tag::kSequenceDelimitationItem, isBigEndian);
 }
 
 /// Cuts the next item off `rest` and gives its content.
-std::optional<Bytes> TakeItem(Bytes& rest, const ItemForm& form = kLittleEndian) noexcept {
-    if (!StartsWith(rest, form.item) || rest.size() < kItemHeaderBytes) return std::nullopt;
-    std::size_t length = 0;
-    for (const std::size_t at : form.lengthBytes) length = length << 8U | rest[at];
-    rest = rest.subspan(kItemHeaderBytes);
+std::optional<Bytes> TakeItem(Bytes& rest, bool isBigEndian = false) noexcept {
+    if (!BeginsWithTag(rest, tag::kItem, isBigEndian) || rest.size() < kItemHeader)
+        return std::nullopt;
+    const std::size_t length = LoadItemLength(rest.data(), isBigEndian);
+    rest = rest.subspan(kItemHeader);
     const Bytes content = rest.first(std::min(length, rest.size()));
     rest = rest.subspan(content.size());
     return content;
 }
 
 void AddFragment(EncapsulatedItems& items, Bytes content) {
-    const std::uint64_t offset = items.fragments.empty()
-                                     ? 0
-                                     : items.fragments.back().offset + kItemHeaderBytes +
-                                           items.fragments.back().bytes.size();
+    const std::uint64_t offset =
+        items.fragments.empty()
+            ? 0
+            : items.fragments.back().offset + kItemHeader + items.fragments.back().bytes.size();
     items.fragments.push_back({content, offset});
 }
 
 }  // namespace
 
 bool BeginsWithItem(Bytes value) noexcept {
-    return StartsWith(value, kLittleEndian.item);
+    return BeginsWithTag(value, tag::kItem, false);
 }
 
 EncapsulatedItems ItemsIn(Bytes value, TRANSFER_SYNTAX syntax) {
@@ -65,16 +52,16 @@ EncapsulatedItems ItemsIn(Bytes value, TRANSFER_SYNTAX syntax) {
         }
     }
     while (const auto content = TakeItem(value)) AddFragment(items, *content);
-    items.isChained = IsEndOfItems(value, kLittleEndian);
+    items.isChained = IsEndOfItems(value, false);
     return items;
 }
 
 bool IsChainOfItems(Bytes value) noexcept {
-    for (const ItemForm& form : {kLittleEndian, kBigEndian}) {
+    for (const bool isBigEndian : {false, true}) {
         Bytes rest = value;
         bool hasItem = false;
-        while (TakeItem(rest, form)) hasItem = true;
-        if (hasItem && IsEndOfItems(rest, form)) return true;
+        while (TakeItem(rest, isBigEndian)) hasItem = true;
+        if (hasItem && IsEndOfItems(rest, isBigEndian)) return true;
     }
     return false;
 }

@@ -1,5 +1,6 @@
 #include "foundation/dicom/frames/frame_boundaries.h"
 
+#include "foundation/dicom/model/encoding.h"
 #include "foundation/types/limits.h"
 
 #include <algorithm>
@@ -9,7 +10,6 @@
 namespace quorvex::dicom {
 namespace {
 
-constexpr std::size_t kItemHeaderBytes = 8;
 constexpr std::size_t kRleHeaderBytes = 64;
 
 constexpr std::array<unsigned char, 3> kJpegStart = {0xFF, 0xD8, 0xFF};  // JPEG-LS too
@@ -24,10 +24,7 @@ bool StartsWith(std::span<const unsigned char> bytes,
 
 template <class Number>
 Number LittleEndianAt(std::span<const unsigned char> bytes, std::size_t index) {
-    Number number = 0;
-    for (std::size_t i = sizeof(Number); i-- > 0;)
-        number = static_cast<Number>(number << 8 | bytes[index * sizeof(Number) + i]);
-    return number;
+    return Load<Number>(bytes.subspan(index * sizeof(Number), sizeof(Number)).data(), false);
 }
 
 /// DICOM PS3.5 Annex G: a segment count, then ascending offsets of which the first is the header's
@@ -45,7 +42,7 @@ bool BeginsRle(std::span<const unsigned char> bytes) {
 }
 
 std::uint64_t EndOf(const Fragment& fragment) {
-    return fragment.offset + kItemHeaderBytes + fragment.bytes.size();
+    return fragment.offset + kItemHeader + fragment.bytes.size();
 }
 
 /// The fragments that a table of offsets points to; nothing when it does not make sense.

@@ -16,7 +16,7 @@ struct Fragment {
     std::uint64_t offset = 0;  ///< of its item tag, counted from the item tag of the first fragment
 };
 
-/// Encapsulated Pixel Data, and all that tells its frames apart.
+/// Encapsulated Pixel Data, and all that separates its frames.
 struct EncapsulatedFrames {
     std::span<const Fragment> fragments;
     std::span<const unsigned char> offsetTable;      ///< basic: 32-bit offsets, content of item 0
@@ -30,13 +30,13 @@ struct EncapsulatedFrames {
                                TRANSFER_SYNTAX syntax) noexcept;
 
 /// Index of the first fragment of each frame, ascending; a frame ends where the next one begins,
-/// the last one with the last fragment. Empty without fragments. It has fewer entries than there
-/// should be frames when frames are missing, and one when nothing tells the frames apart.
+/// the last one with the last fragment. Empty without fragments. Fewer entries than Number of
+/// Frames says where frames are missing; one entry where nothing separates the frames.
 ///
 /// The extended, then the basic offset table decides where it makes sense: first entry 0,
-/// ascending, one entry a frame, each at an item (entries past the end of a cut file are passed
-/// over). Else one fragment is a frame when the counts agree, a single frame takes all fragments,
-/// and otherwise a frame begins where the codec's own start of image stands.
+/// ascending, one entry for each frame, each at an item (entries past the end of a cut file are
+/// skipped). Else one fragment is a frame where the counts agree, a single frame takes all
+/// fragments, and otherwise a frame begins at the codec's own start of image.
 [[nodiscard]] std::vector<std::size_t> FirstFragments(const EncapsulatedFrames& frames);
 
 }  // namespace quorvex::dicom

@@ -1,24 +1,18 @@
 #include "foundation/dicom/frames/offset_tables.h"
 
+#include "foundation/dicom/model/encoding.h"
+
 #include <limits>
 #include <vector>
 
 namespace quorvex::dicom {
 namespace {
 
-constexpr std::uint64_t kItemHeaderBytes = 8;
-
-template <class Number>
-void Append(ByteBuffer& buffer, std::uint64_t value) {
-    for (std::size_t i = 0; i < sizeof(Number); ++i)
-        buffer.push_back(static_cast<unsigned char>(value >> (8 * i)));
-}
-
 template <class Number>
 ByteBuffer TableOf(std::span<const std::uint64_t> numbers) {
     ByteBuffer table;
     table.reserve(numbers.size() * sizeof(Number));
-    for (const std::uint64_t number : numbers) Append<Number>(table, number);
+    for (const std::uint64_t number : numbers) AppendNumber(table, static_cast<Number>(number));
     return table;
 }
 
@@ -29,7 +23,7 @@ OffsetTables OffsetTablesOf(std::span<const std::uint64_t> frameLengths) {
     std::uint64_t offset = 0;
     for (const std::uint64_t length : frameLengths) {
         offsets.push_back(offset);
-        offset += kItemHeaderBytes + length + length % 2;
+        offset += kItemHeader + length + length % 2;
     }
     if (offsets.empty() || offsets.back() <= std::numeric_limits<std::uint32_t>::max())
         return {

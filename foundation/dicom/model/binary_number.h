@@ -25,10 +25,8 @@ namespace quorvex::dicom {
     return Describe(element.vr == MC_VR_UN ? LookUp(element.tag).vr : element.vr);
 }
 
-inline constexpr std::size_t kTagBytes = 4;
-
-/// The first number of these is a count, the second a stored pixel value of either sign: callers
-/// take them unsigned and know the sign themselves, whatever the VR of the file says.
+/// The first number of these is a count, the second a stored pixel value of either sign: they are
+/// read as unsigned, whatever the VR of the file says, and callers know the sign themselves.
 inline constexpr std::uint32_t kDescriptors[] = {tag::kGrayLookupTableDescriptor,
                                                  tag::kRedPaletteColorLookupTableDescriptor,
                                                  tag::kGreenPaletteColorLookupTableDescriptor,
@@ -84,10 +82,7 @@ Number LoadNumber(const unsigned char* bytes, bool isBigEndian, const NumberForm
 
 inline Number LoadNumber(const unsigned char* bytes, bool isBigEndian,
                          const NumberForm& form) noexcept {
-    if (form.isTag) {
-        const std::uint32_t group = Load<std::uint16_t>(bytes, isBigEndian);
-        return Number::Whole(group << 16U | Load<std::uint16_t>(bytes + 2, isBigEndian));
-    }
+    if (form.isTag) return Number::Whole(LoadTag(bytes, isBigEndian));
     switch (form.bytes) {
         case 1:
             return LoadNumber<std::uint8_t>(bytes, isBigEndian, form);

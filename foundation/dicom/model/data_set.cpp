@@ -13,10 +13,6 @@ Iterator LowerBound(Iterator first, Iterator last, std::uint32_t tag) {
         first, last, tag, [](const Element& element, std::uint32_t t) { return element.tag < t; });
 }
 
-std::string_view AsText(Bytes bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
 }  // namespace
 
 Element* DataSet::FindMutable(std::uint32_t tag) noexcept {
@@ -62,7 +58,7 @@ FragmentView DataSet::FragmentsOf(const Element& element) const noexcept {
 }
 
 std::string_view DataSet::CharacterSetText() const noexcept {
-    if (const Element* own = Find(tag::kSpecificCharacterSet)) return AsText(ValueOf(*own));
+    if (const Element* own = Find(tag::kSpecificCharacterSet)) return CharactersOf(ValueOf(*own));
     return inheritedCharacterSet_ ? std::string_view(*inheritedCharacterSet_) : std::string_view();
 }
 

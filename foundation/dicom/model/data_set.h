@@ -3,7 +3,7 @@
 #pragma once
 
 #include "foundation/dicom/model/element.h"
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/encoding.h"
 #include "foundation/types/limits.h"
 
 #include <algorithm>
@@ -17,15 +17,8 @@
 
 namespace quorvex::dicom {
 
-/// How the elements of a data set are written down.
-struct Encoding {
-    bool isExplicit = true;
-    bool isBigEndian = false;
-    friend bool operator==(const Encoding&, const Encoding&) = default;
-};
-
 /// Main data sets hold their file meta information (group 0002) like any other element. A copy is
-/// cheap and shares content: `Mutable` makes sure that it is never changed under another's feet.
+/// cheap and shares content; `Unshared` copies the content of an element before it is changed.
 class DataSet {
 public:
     DataSet() = default;
@@ -46,7 +39,7 @@ public:
         return nullptr;
     }
 
-    /// Puts an element in its place; one of the same tag goes.
+    /// Puts an element in its place; replaces one of the same tag.
     Element& Put(Element element);
     /// The same with a value that the element owns, little endian.
     Element& PutBytes(std::uint32_t tag, MC_VR vr, ByteBuffer value);
@@ -68,8 +61,8 @@ public:
     /// Empty for a value that is not encapsulated.
     [[nodiscard]] FragmentView FragmentsOf(const Element& element) const noexcept;
 
-    /// The text of Specific Character Set that holds here: this data set's own, or else the one of
-    /// the data set that this item was read from.
+    /// The text of Specific Character Set that applies here: this data set's own, or else the one
+    /// of the data set that this item was read from.
     [[nodiscard]] std::string_view CharacterSetText() const noexcept;
     void InheritCharacterSet(std::shared_ptr<const std::string> text) noexcept {
         inheritedCharacterSet_ = std::move(text);
@@ -93,8 +86,8 @@ private:
     std::shared_ptr<const std::string> inheritedCharacterSet_;
 };
 
-/// The content of an element as `Kind` (ByteBuffer, Items or Fragments) that nobody else holds: a
-/// shared one is copied first, any other kind is replaced by an empty one.
+/// The content of an element as `Kind` (ByteBuffer, Items or Fragments), owned by this element
+/// alone: shared content is copied first, content of another kind is replaced by an empty one.
 template <class Kind>
 [[nodiscard]] Kind& Unshared(Element& element) {
     auto* kind = std::get_if<Kind>(element.content.get());

@@ -1,5 +1,7 @@
 #include "foundation/dicom/model/dictionary.h"
 
+#include "foundation/dicom/model/tags.h"
+
 #include <algorithm>
 #include <iterator>
 
@@ -27,10 +29,9 @@ constexpr DictionaryEntry kGroupLength = {0, MC_VR_UL, VrChoice::kFixed, "1", ""
 constexpr DictionaryEntry kPrivateCreator = {0, MC_VR_LO, VrChoice::kFixed, "1", ""};
 
 const DictionaryEntry& LookUpByRule(std::uint32_t tag) noexcept {
-    const std::uint32_t element = tag & 0xFFFFU;
-    const bool isPrivate = (tag & 0x10000U) != 0;
-    if (element == 0) return kGroupLength;
-    if (isPrivate) return element >= 0x10 && element <= 0xFF ? kPrivateCreator : kUnknown;
+    const std::uint32_t element = ElementOf(tag);
+    if (IsGroupLength(tag)) return kGroupLength;
+    if (IsPrivate(tag)) return element >= 0x10 && element <= 0xFF ? kPrivateCreator : kUnknown;
     const auto* repeating =
         std::find_if(std::begin(kRepeating), std::end(kRepeating),
                      [&](const RepeatingEntry& row) { return (tag & row.mask) == row.entry.tag; });

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -17,8 +18,12 @@ class DataSet;
 using Bytes = std::span<const unsigned char>;
 using ByteBuffer = std::vector<unsigned char>;
 
-/// Items of a sequence. An item that more than one owner holds is never changed in place.
+/// Items of a sequence. An item with more than one owner is never changed in place.
 using Items = std::vector<std::shared_ptr<DataSet>>;
+
+[[nodiscard]] inline std::string_view CharactersOf(Bytes bytes) noexcept {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
 
 /// A place in a buffer.
 struct ByteRange {
@@ -36,10 +41,9 @@ struct Fragments {
 /// What an element owns when its value does not lie in the source of its data set.
 using Content = std::variant<ByteBuffer, Items, Fragments>;
 
-/// `offset` and `length` tell the value's place in the source that its data set was read from. With
-/// a `content` the value is what that holds; sequences and encapsulated data always have one, and
-/// their place, where they were read, spans everything behind the element's header up to the
-/// delimiter that ends them.
+/// `offset` and `length` are the value's place in the source that its data set was read from. Where
+/// there is a `content`, the value is that. Sequences and encapsulated data always have one; the
+/// place of one that was read spans everything behind the element's header up to the delimiter.
 struct Element {
     std::uint32_t tag = 0;
     MC_VR vr = MC_VR_UN;
@@ -48,7 +52,7 @@ struct Element {
     std::shared_ptr<Content> content{};
     bool isCut = false;        ///< the data ended before the value did
     bool isBigEndian = false;  ///< the byte order of the value, whatever the data set's syntax
-    bool isUtf8 = false;       ///< text that was set: UTF-8, whatever Specific Character Set says
+    bool isUtf8 = false;       ///< text that was set: UTF-8 under any Specific Character Set
 };
 
 [[nodiscard]] inline const Items* ItemsOf(const Element& element) noexcept {

@@ -10,8 +10,6 @@
 namespace quorvex::dicom {
 namespace {
 
-constexpr unsigned char kEscape = 0x1B;
-
 bool IsOneValue(const Element& element, const ValueRepresentation& vr) {
     if (element.tag == tag::kLUTData) return false;
     return vr.kind == ValueKind::kRaw || vr.kind == ValueKind::kProse;
@@ -76,13 +74,6 @@ std::optional<std::string> BinaryText(const DataSet& dataSet, const Element& ele
     if (vr == MC_VR_UV) return std::to_string(number->As<std::uint64_t>());
     if (vr == MC_VR_FL || vr == MC_VR_OF) return TextOfFloat(number->As<float>());
     return TextOfNumber(*number);
-}
-
-bool IsPlainText(std::string_view text) noexcept {
-    return std::all_of(text.begin(), text.end(), [](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        return byte < 0x80 && byte != kEscape;
-    });
 }
 
 std::u16string DecodedText(const DataSet& dataSet, const Element& element) {

@@ -37,18 +37,13 @@ template <class Text>
 [[nodiscard]] std::optional<std::string> BinaryText(const DataSet& dataSet, const Element& element,
                                                     std::size_t index);
 
-[[nodiscard]] inline std::string_view CharactersOf(Bytes bytes) noexcept {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-/// True for text that means the same in every character set: ASCII without escapes.
-[[nodiscard]] bool IsPlainText(std::string_view text) noexcept;
 /// The whole value, all its values with the backslashes between them, decoded.
 [[nodiscard]] std::u16string DecodedText(const DataSet& dataSet, const Element& element);
 /// Without the padding that the VR allows at its ends.
 [[nodiscard]] std::string_view Trimmed(std::string_view text, ValueKind kind) noexcept;
 [[nodiscard]] std::u16string_view Trimmed(std::u16string_view text, ValueKind kind) noexcept;
 
-/// Text kinds, and bytes of which nothing is known.
+/// Text kinds, and bytes of unknown meaning.
 [[nodiscard]] inline bool IsText(const ValueRepresentation& vr) noexcept {
     return vr.kind == ValueKind::kText || vr.kind == ValueKind::kProse || vr.vr == MC_VR_UN;
 }

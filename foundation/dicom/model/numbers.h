@@ -11,10 +11,10 @@
 
 namespace quorvex::dicom {
 
-/// A whole number: what does not fit becomes the nearest that does, and what is no number 0.
+/// A whole number: clamped to what fits, 0 for NaN.
 [[nodiscard]] std::int64_t CutTowardsZero(double real) noexcept;
 
-/// A value on its way: a whole number where the stored form is one, so that 64 bits pass unhurt.
+/// A number as it was stored: whole or real, so that 64-bit integers lose nothing.
 struct Number {
     bool isReal = false;
     std::int64_t whole = 0;

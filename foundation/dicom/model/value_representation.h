@@ -27,7 +27,7 @@ struct ValueRepresentation {
     bool isSigned;
     bool hasLongLength;    ///< explicit VR writes it with two reserved bytes and a 32-bit length
     bool hasCharacterSet;  ///< Specific Character Set says how the text is encoded
-    std::uint8_t unit;     ///< bytes that a change of byte order turns round; 1 for none
+    std::uint8_t unit;     ///< bytes that a change of byte order reverses; 1 for none
     std::uint8_t pad;      ///< the byte that makes an odd value even
 };
 

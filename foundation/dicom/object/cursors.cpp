@@ -2,6 +2,7 @@
 
 #include "foundation/dicom/model/byte_order.h"
 #include "foundation/dicom/model/element_values.h"
+#include "foundation/dicom/text/text_codec.h"
 
 namespace quorvex::dicom {
 namespace {

@@ -20,7 +20,7 @@ using dicom::DataSet;
 using dicom::Element;
 using dicom::Place;
 
-/// A multiple of every unit that bytes are turned by.
+/// A multiple of every unit that bytes are swapped in.
 constexpr std::size_t kValuePiece = std::size_t{1} << 16;
 
 template <class Type>
@@ -53,24 +53,24 @@ void SkipFirst(const DataSet& dataSet, const Element& element, Cursor& cursor) {
     }
 }
 
-/// Gives a value to a callback piece by piece, each in a copy that the callback may keep busy with.
+/// Gives a value to a callback piece by piece, each in a copy that the callback may change.
 class PieceGiver {
 public:
     PieceGiver(std::uint32_t tag, void* user, ValueReadCallback callback, std::size_t total)
         : tag_(tag), user_(user), callback_(callback), left_(total) {}
 
-    bool Give(Bytes value, std::size_t turnedUnit) {
+    bool Give(Bytes value, std::size_t swappedUnit) {
         for (std::size_t at = 0; at < value.size(); at += kValuePiece) {
             if (!GivePiece(value.subspan(at, std::min(kValuePiece, value.size() - at)),
-                           turnedUnit)) {
+                           swappedUnit)) {
                 return false;
             }
         }
         return true;
     }
-    bool GivePiece(Bytes piece, std::size_t turnedUnit) {
+    bool GivePiece(Bytes piece, std::size_t swappedUnit) {
         piece_.assign(piece.begin(), piece.end());
-        dicom::TurnBytes(piece_.data(), piece_.size(), turnedUnit);
+        dicom::SwapBytes(piece_.data(), piece_.size(), swappedUnit);
         left_ -= piece.size();
         const HostCode host;
         const MC_STATUS status = callback_(0, tag_, user_, static_cast<int>(piece.size()),
@@ -203,8 +203,9 @@ DCMRESULT CDcmObjectCommon::GetValue(std::uint32_t tag, void* user,
         const Element copy = *element;
         const Bytes value = kept->ValueOf(copy);
         PieceGiver giver(tag, user, callback, value.size());
-        const std::size_t turnedUnit = copy.isBigEndian ? dicom::Describe(copy.vr).unit : 1;
-        const bool isTaken = value.empty() ? giver.GivePiece({}, 1) : giver.Give(value, turnedUnit);
+        const std::size_t swappedUnit = copy.isBigEndian ? dicom::Describe(copy.vr).unit : 1;
+        const bool isTaken =
+            value.empty() ? giver.GivePiece({}, 1) : giver.Give(value, swappedUnit);
         return isTaken ? kDcmSuccess : kDcmFailure;
     });
 }

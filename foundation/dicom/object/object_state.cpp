@@ -34,7 +34,7 @@ ObjectState& ObjectState::operator=(const ObjectState& other) {
 
 DataSet& ObjectState::Writable() {
     if (content_.use_count() > 1) content_ = std::make_shared<DataSet>(*content_);
-    // Other owners may have let go in other threads: what they read came before what is written now.
+    // Other owners may have let go in other threads: what they read comes before what is written.
     std::atomic_thread_fence(std::memory_order_acquire);
     return *content_;
 }

@@ -75,7 +75,7 @@ void PutFrames(DataSet& dataSet, std::uint32_t tag, const Buffers& frames) {
     dataSet = std::move(changed);
 }
 
-/// The pieces that a callback supplies, as one; nothing when it refuses, or gives what is none.
+/// The pieces that a callback supplies, joined; nothing where it refuses or gives none.
 std::optional<ByteBuffer> Pulled(std::uint32_t tag, void* user, ValueWriteCallback callback) {
     ByteBuffer value;
     for (bool isFirst = true;; isFirst = false) {
@@ -91,11 +91,11 @@ std::optional<ByteBuffer> Pulled(std::uint32_t tag, void* user, ValueWriteCallba
         if (IsTooLong(value.size() + piece.size())) return std::nullopt;
         value.insert(value.end(), piece.begin(), piece.end());
         if (isLast != 0) return value;
-        if (length == 0) return std::nullopt;  // or it could go on like that for ever
+        if (length == 0) return std::nullopt;  // or the callback could go on for ever
     }
 }
 
-/// Bytes under the tag of a sequence are no items, and must not be written as if they were.
+/// Bytes under the tag of a sequence are no items and must not be written as items.
 MC_VR VrForNew(const DataSet& dataSet, std::uint32_t tag) {
     const Element* present = dataSet.Find(tag);
     if (present != nullptr && present->vr != MC_VR_SQ) return present->vr;
@@ -105,10 +105,10 @@ MC_VR VrForNew(const DataSet& dataSet, std::uint32_t tag) {
 }
 
 /// The same value, owned and little endian, so that another VR may read it.
-void TurnToLittleEndian(DataSet& dataSet, Element& element) {
+void MakeLittleEndian(DataSet& dataSet, Element& element) {
     const Bytes stored = dataSet.ValueOf(element);
     ByteBuffer value(stored.begin(), stored.end());
-    TurnBytes(value.data(), value.size(), Describe(element.vr).unit);
+    SwapBytes(value.data(), value.size(), Describe(element.vr).unit);
     element.content = std::make_shared<Content>(std::move(value));
     element.isBigEndian = false;
 }
@@ -148,7 +148,7 @@ DCMRESULT CDcmObjectCommon::SetValueRepresentation(std::uint32_t tag, MC_VR vr) 
         DataSet& dataSet = state.Writable();
         Element& changed = *dataSet.FindMutable(tag);
         if (changed.isBigEndian && !isSequence && dataSet.FragmentsOf(changed).IsEmpty())
-            TurnToLittleEndian(dataSet, changed);
+            MakeLittleEndian(dataSet, changed);
         changed.vr = vr;
         return kDcmSuccess;
     });

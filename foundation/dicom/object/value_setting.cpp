@@ -4,6 +4,7 @@
 #include "foundation/dicom/model/dictionary.h"
 #include "foundation/dicom/model/element_values.h"
 #include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/text/text_codec.h"
 #include "foundation/types/utf.h"
 
 #include <algorithm>
@@ -33,12 +34,6 @@ MC_VR VrFor(const DataSet& dataSet, std::uint32_t tag, const Number* number) {
     return number->isReal ? MC_VR_FD : MC_VR_SL;
 }
 
-template <std::unsigned_integral Stored>
-void Append(ByteBuffer& value, Stored stored) {
-    const auto bytes = std::bit_cast<std::array<unsigned char, sizeof(Stored)>>(stored);
-    value.insert(value.end(), bytes.begin(), bytes.end());
-}
-
 void AppendWhole(ByteBuffer& value, std::int64_t whole, std::size_t unit) {
     const auto bytes = std::bit_cast<std::array<unsigned char, sizeof whole>>(whole);
     value.insert(value.end(), bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(unit));
@@ -46,17 +41,17 @@ void AppendWhole(ByteBuffer& value, std::int64_t whole, std::size_t unit) {
 
 void AppendReal(ByteBuffer& value, double real, std::size_t unit) {
     if (unit == sizeof(float)) {
-        Append(value, std::bit_cast<std::uint32_t>(static_cast<float>(real)));
+        AppendNumber(value, std::bit_cast<std::uint32_t>(static_cast<float>(real)));
     } else {
-        Append(value, std::bit_cast<std::uint64_t>(real));
+        AppendNumber(value, std::bit_cast<std::uint64_t>(real));
     }
 }
 
 void AppendBinary(ByteBuffer& value, const ValueRepresentation& vr, const Number& number) {
     if (vr.kind == ValueKind::kTag) {
         const auto tag = number.As<std::uint32_t>();
-        Append(value, static_cast<std::uint16_t>(tag >> 16U));
-        Append(value, static_cast<std::uint16_t>(tag));
+        AppendNumber(value, static_cast<std::uint16_t>(GroupOf(tag)));
+        AppendNumber(value, static_cast<std::uint16_t>(ElementOf(tag)));
     } else if (vr.kind == ValueKind::kReal || vr.vr == MC_VR_OF || vr.vr == MC_VR_OD) {
         AppendReal(value, number.AsReal(), vr.unit);
     } else {
@@ -85,7 +80,7 @@ Element& Extensible(DataSet& dataSet, Element& element) {
         while (!value.empty() && (value.back() == ' ' || value.back() == 0)) value.pop_back();
     } else {
         value.assign(stored.begin(), stored.end());
-        if (element.isBigEndian) TurnBytes(value.data(), value.size(), Describe(element.vr).unit);
+        if (element.isBigEndian) SwapBytes(value.data(), value.size(), Describe(element.vr).unit);
     }
     element.content = std::make_shared<Content>(std::move(value));  // nothing fails from here on
     if (isText) element.isUtf8 = true;
@@ -94,13 +89,13 @@ Element& Extensible(DataSet& dataSet, Element& element) {
     return element;
 }
 
-/// Whether the element's text is told by the data set's character set.
+/// Whether the meaning of the element's text depends on the data set's character set.
 bool DependsOnCharacterSet(const DataSet& dataSet, const Element& element) {
     return MeaningOf(element).hasCharacterSet && !element.isUtf8 &&
            !IsPlainText(CharactersOf(dataSet.ValueOf(element)));
 }
 
-/// Text that was read keeps its meaning when the character set that told it is about to change.
+/// Keeps the meaning of text that was read when its character set is about to change.
 void KeepMeaningOfText(DataSet& dataSet) {
     for (std::size_t i = 0; i < dataSet.Elements().size(); ++i) {
         const std::uint32_t tag = dataSet.Elements()[i].tag;

@@ -1,4 +1,4 @@
-/// Values on their way into a data set, in the VR that the attribute has there.
+/// Sets and adds values, in the VR that the attribute has.
 #pragma once
 
 #include "foundation/dicom/model/data_set.h"
@@ -10,8 +10,8 @@
 namespace quorvex::dicom {
 
 /// Sets the attribute to one number, or with `isNext` adds the number behind what is there. The VR
-/// is that of the dictionary; of a tag that has none there, that of the element that is there, or
-/// else one that holds numbers of this kind.
+/// is that of the dictionary; for an unknown tag that of the element that is there, else one for
+/// numbers of this kind.
 [[nodiscard]] bool SetNumber(DataSet& dataSet, std::uint32_t tag, const Number& number,
                              bool isNext);
 

@@ -22,9 +22,6 @@ namespace {
 
 using namespace dicom;
 
-constexpr std::size_t kPreambleBytes = 128;
-constexpr std::string_view kMarker = "DICM";
-
 /// How an object is written, or why it cannot be.
 struct WritingPlan {
     std::string_view transferSyntaxUid = {};
@@ -55,7 +52,8 @@ std::size_t BytesIn(const FragmentView& fragments) {
     return bytes;
 }
 
-/// Some writers put native pixels into items; those, and no coded ones, have the size of all frames.
+/// Some writers put native pixels into items. Those have the size of all frames, coded ones have
+/// not.
 bool HoldsNativePixels(const FragmentView& fragments, const PixelShape& shape) {
     const auto frame = StoredFrameBytes(shape);
     const auto all = frame ? CheckedProduct(*frame, shape.frameCount) : std::nullopt;
@@ -63,16 +61,17 @@ bool HoldsNativePixels(const FragmentView& fragments, const PixelShape& shape) {
     return all && there >= *all && there - *all < 2;
 }
 
-/// In implicit VR the tag alone tells items from values, and what is not what it says would be taken for
-/// the other, or for fragments.
-bool BeliesItsTag(const DataSet& dataSet) {
+/// In implicit VR only the tag says whether items or a value follow: an element of another kind
+/// than its tag would be read as the other one, or as fragments.
+bool ContradictsItsTag(const DataSet& dataSet) {
     return std::ranges::any_of(dataSet.Elements(), [&](const Element& element) {
         const MC_VR expected = LookUp(element.tag).vr;
         const Items* items = ItemsOf(element);
         if (items == nullptr) return expected == MC_VR_SQ && !dataSet.ValueOf(element).empty();
         const bool isRaw = expected != MC_VR_UN && Describe(expected).kind == ValueKind::kRaw;
-        return (isRaw && !items->empty()) ||
-               std::ranges::any_of(*items, [](const auto& item) { return BeliesItsTag(*item); });
+        return (isRaw && !items->empty()) || std::ranges::any_of(*items, [](const auto& item) {
+                   return ContradictsItsTag(*item);
+               });
     });
 }
 
@@ -101,7 +100,7 @@ WritingPlan PlanOf(const DataSet& main, const PixelShape& shape) {
                                   .bitsAllocated = shape.bitsAllocated},
                         .isDeflated = syntax->isDeflated};
     PlanPixelData(plan, main, shape, syntax->isEncapsulated);
-    if (!syntax->isExplicit && BeliesItsTag(main))
+    if (!syntax->isExplicit && ContradictsItsTag(main))
         plan.obstacle =
             "an attribute is of another kind than its tag, which implicit VR cannot tell";
     return plan;
@@ -110,7 +109,7 @@ WritingPlan PlanOf(const DataSet& main, const PixelShape& shape) {
 void WriteAll(const DataSet& main, const WritingPlan& plan, ByteSink& sink) {
     constexpr std::array<unsigned char, kPreambleBytes> kPreamble = {};
     sink.Put(kPreamble);
-    sink.Put({reinterpret_cast<const unsigned char*>(kMarker.data()), kMarker.size()});
+    sink.Put({reinterpret_cast<const unsigned char*>(kPart10Marker.data()), kPart10Marker.size()});
     WriteMetaInformation(MetaInformationOf(main, plan.transferSyntaxUid), sink);
     if (!plan.isDeflated) return WriteDataSet(main, plan.rules, sink);
     DeflatingSink deflating(sink);

@@ -6,19 +6,16 @@
 #include "foundation/dicom/reading/inflate.h"
 
 #include <algorithm>
-#include <cstring>
 #include <optional>
 #include <string>
 
 namespace quorvex::dicom {
 namespace {
 
-constexpr std::size_t kPreamble = 128;
-constexpr std::size_t kPreambleAndMarker = kPreamble + 4;
-constexpr std::uint32_t kUsualGroup = 0x0008;  // the group that data sets begin with
-constexpr std::size_t kFewestOfBare = 2;       // fewer elements are more likely junk
+constexpr std::size_t kPart10Start = kPreambleBytes + kPart10Marker.size();
+constexpr std::size_t kFewestOfBare = 2;  // fewer elements are more likely junk
 
-/// How the data set behind the meta information is written.
+/// How the data set behind the meta information is said to be encoded.
 struct Label {
     TRANSFER_SYNTAX number = kSyntaxNone;  ///< none for a UID that is not known
     Encoding encoding;
@@ -51,10 +48,10 @@ public:
 
     /// Reads group 0002, where it stands ahead, and labels the data set by its UID or `fallback`.
     [[nodiscard]] bool ReadMeta(const Label& fallback);
-    /// Group of the first element, in the byte order that the data set really has.
+    /// Group of the first element; 0xFFFF where there is none.
     [[nodiscard]] std::uint32_t FirstGroup();
     [[nodiscard]] bool InflateRest();
-    /// Looks at the first element for what the data set really is.
+    /// Looks at the first element for the encoding that the data set really has.
     void CorrectLabel();
     [[nodiscard]] ReadOutcome ReadRest(std::uint32_t stopTag, std::size_t fewest);
     [[nodiscard]] ReadOutcome Refuse(const char* why);
@@ -64,6 +61,9 @@ public:
 private:
     [[nodiscard]] bool HasElement() { return feed_.Has(elements_.Position(), kShortHeader); }
     [[nodiscard]] const unsigned char* Next() const { return feed_.At(elements_.Position()); }
+    [[nodiscard]] std::uint32_t NextTag(bool isBigEndian) const {
+        return LoadTag(Next(), isBigEndian);
+    }
     [[nodiscard]] std::optional<ElementHeader> PixelDataHere();
     [[nodiscard]] ReadOutcome Outcome(DCMRESULT result, std::size_t offset, const char* failure);
 
@@ -76,7 +76,7 @@ private:
 
 bool DataSetReader::ReadMeta(const Label& fallback) {
     label_ = fallback;
-    const bool hasMeta = HasElement() && IsMetaTag(LoadTag(Next(), false));
+    const bool hasMeta = HasElement() && IsMetaTag(NextTag(false));
     if (hasMeta && !elements_.ReadMeta({IsVr(Next() + 4), false})) return false;
     const std::string uid = UidText(elements_.ValueRead(tag::kTransferSyntaxUID));
     if (!uid.empty()) label_ = LabelOf(TransferSyntaxOfUid(uid));
@@ -86,13 +86,12 @@ bool DataSetReader::ReadMeta(const Label& fallback) {
 }
 
 std::uint32_t DataSetReader::FirstGroup() {
-    return HasElement() ? GroupOf(LoadTag(Next(), label_.encoding.isBigEndian)) : 0xFFFF;
+    return HasElement() ? GroupOf(NextTag(label_.encoding.isBigEndian)) : 0xFFFF;
 }
 
-/// A data set that only says that it is deflated stays as it is.
+/// A data set that is labelled as deflated and is not stays as it is.
 bool DataSetReader::InflateRest() {
-    const bool isPlain =
-        HasElement() && GroupOf(LoadTag(Next(), false)) == kUsualGroup && IsVr(Next() + 4);
+    const bool isPlain = HasElement() && GroupOf(NextTag(false)) == kFirstGroup && IsVr(Next() + 4);
     if (isPlain) return true;
     feed_.PullAll();
     const auto inflated = Inflate({Next(), feed_.Size() - begin_});
@@ -101,11 +100,11 @@ bool DataSetReader::InflateRest() {
 }
 
 void DataSetReader::CorrectLabel() {
-    if (!HasElement() || FirstGroup() == kDelimiterGroup) return;
+    if (!HasElement() || IsItemTag(NextTag(label_.encoding.isBigEndian))) return;
     Encoding& encoding = label_.encoding;
     const Encoding labelled = encoding;
-    const bool isTurned = GroupOf(LoadTag(Next(), !labelled.isBigEndian)) == kUsualGroup;
-    if (isTurned) encoding.isBigEndian = !labelled.isBigEndian;
+    const bool isSwapped = GroupOf(NextTag(!labelled.isBigEndian)) == kFirstGroup;
+    if (isSwapped) encoding.isBigEndian = !labelled.isBigEndian;
     // As implicit VR the letters would be a length of 16 KiB and more, which no first element has.
     encoding.isExplicit = IsVr(Next() + 4);
     const bool isByEncoding = label_.number != kSyntaxNone && !label_.isEncapsulated;
@@ -123,7 +122,7 @@ ReadOutcome DataSetReader::Refuse(const char* why) {
 }
 
 std::optional<ElementHeader> DataSetReader::PixelDataHere() {
-    if (!HasElement() || LoadTag(Next(), label_.encoding.isBigEndian) != tag::kPixelData) return {};
+    if (!HasElement() || NextTag(label_.encoding.isBigEndian) != tag::kPixelData) return {};
     const std::size_t bytes = HeaderBytes(Next(), label_.encoding);
     if (!feed_.Has(elements_.Position(), bytes)) return {};
     return ReadHeader(Next(), label_.encoding);
@@ -148,9 +147,10 @@ ReadOutcome DataSetReader::ReadRest(std::uint32_t stopTag, std::size_t fewest) {
 }  // namespace
 
 ReadOutcome ReadPart10(ByteFeed& feed, std::uint32_t stopTag) {
-    DataSetReader reader(feed, kPreambleAndMarker);
+    DataSetReader reader(feed, kPart10Start);
     const bool isPart10 =
-        feed.Has(0, kPreambleAndMarker) && std::memcmp(feed.At(kPreamble), "DICM", 4) == 0;
+        feed.Has(0, kPart10Start) &&
+        CharactersOf({feed.At(kPreambleBytes), kPart10Marker.size()}) == kPart10Marker;
     if (!isPart10) return reader.Refuse("this is no DICOM file: it has no marker");
     if (!reader.ReadMeta(LabelOf(TransferSyntaxOf(kExplicitLittleEndian)))) {
         return reader.Refuse("the meta information cannot be read");

@@ -1,4 +1,4 @@
-/// Whole data sets: Part 10 files and bare streams, in whatever way their bytes are really written.
+/// Whole data sets: Part 10 files and bare streams, in whatever encoding they really have.
 #pragma once
 
 #include "foundation/dicom/model/data_set.h"

@@ -4,11 +4,11 @@
 #include "foundation/dicom/model/value_representation.h"
 
 namespace quorvex::dicom {
-/// Letters that this table does not know may be a VR of later days, which have long lengths; the
-/// reserved bytes then are zero.
+
+/// Unknown letters may be a VR that the standard got later. Those have long lengths, and zeros in
+/// the reserved bytes.
 HeaderForm HeaderFormOf(const unsigned char* eight, Encoding encoding) noexcept {
-    const bool hasVr =
-        encoding.isExplicit && GroupOf(LoadTag(eight, encoding.isBigEndian)) != kDelimiterGroup;
+    const bool hasVr = encoding.isExplicit && !IsItemTag(LoadTag(eight, encoding.isBigEndian));
     if (!hasVr) return HeaderForm::kImplicit;
     if (const auto* vr = VrOfLetters(eight[4], eight[5])) {
         return vr->hasLongLength ? HeaderForm::kLong : HeaderForm::kShort;
@@ -28,7 +28,7 @@ ElementHeader ReadHeader(const unsigned char* bytes, Encoding encoding, HeaderFo
         header.vr = entry.vr;
         header.isUsOrSs = entry.choice == VrChoice::kUsOrSs;
         header.length = Load<std::uint32_t>(bytes + 4, encoding.isBigEndian);
-        header.isGuessed = encoding.isExplicit && GroupOf(header.tag) != kDelimiterGroup;
+        header.isGuessed = encoding.isExplicit && !IsItemTag(header.tag);
         return header;
     }
     if (const auto* vr = VrOfLetters(bytes[4], bytes[5])) header.vr = vr->vr;

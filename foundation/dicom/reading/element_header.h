@@ -1,20 +1,13 @@
 /// The header of an element as a file writes it: tag, VR, length.
 #pragma once
 
-#include "foundation/dicom/model/byte_order.h"
-#include "foundation/dicom/model/data_set.h"
+#include "foundation/dicom/model/encoding.h"
+#include "quorvex/DicomObject.h"
 
 #include <cstddef>
 #include <cstdint>
 
 namespace quorvex::dicom {
-
-inline constexpr std::uint32_t kDelimiterGroup = 0xFFFE;
-inline constexpr std::uint32_t kUndefinedLength = 0xFFFFFFFF;
-
-/// Bytes of a header without, and with, two reserved bytes and a 32-bit length behind its VR.
-inline constexpr std::size_t kShortHeader = 8;
-inline constexpr std::size_t kLongHeader = 12;
 
 struct ElementHeader {
     std::uint32_t tag = 0;
@@ -29,17 +22,12 @@ struct ElementHeader {
     [[nodiscard]] bool IsUndefined() const noexcept { return length == kUndefinedLength; }
 };
 
-[[nodiscard]] inline std::uint32_t LoadTag(const unsigned char* bytes, bool isBigEndian) noexcept {
-    const std::uint32_t group = Load<std::uint16_t>(bytes, isBigEndian);
-    return group << 16U | Load<std::uint16_t>(bytes + 2, isBigEndian);
-}
-
 /// True for two letters that name a VR.
 [[nodiscard]] bool IsVr(const unsigned char* letters) noexcept;
 
 enum class HeaderForm : std::uint8_t { kImplicit, kShort, kLong };
 
-/// How the header is written that begins with these eight bytes.
+/// The form of the header that begins with these eight bytes.
 [[nodiscard]] HeaderForm HeaderFormOf(const unsigned char* eight, Encoding encoding) noexcept;
 
 /// How many bytes a header takes.

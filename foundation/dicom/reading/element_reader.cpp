@@ -92,7 +92,7 @@ bool ElementReader::ReadElements(Level& level) {
                 position_ += kShortHeader;
                 break;
             case Step::kFailure:
-                return PassJunk(level);
+                return SkipJunk(level);
             case Step::kElement:
                 if (!ReadElement(level)) return false;
         }
@@ -106,18 +106,17 @@ ElementReader::Step ElementReader::NextStep(const Level& level) {
     if (level.isMeta && !IsMetaTag(tag)) return Step::kEnd;
     if (level.depth > 0) {
         if (tag == tag::kItemDelimitationItem) position_ += kShortHeader;
-        return GroupOf(tag) == kDelimiterGroup ? Step::kEnd : Step::kElement;
+        return IsItemTag(tag) ? Step::kEnd : Step::kElement;
     }
     if (tag == tag::kItem) return Step::kFailure;
-    if (GroupOf(tag) == kDelimiterGroup)
-        return Step::kSkip;  // some writers close what they never opened
+    if (IsItemTag(tag)) return Step::kSkip;  // some writers close what they never opened
     if (tag > level.stopTag) return Step::kEnd;
     if (tag == 0) return pending_.empty() ? Step::kFailure : Step::kEnd;  // padded with zeros
     return Step::kElement;
 }
 
-/// Passes over the rest of an item whose end is known; anywhere else nothing more can be read.
-bool ElementReader::PassJunk(const Level& level) {
+/// Skips the rest of an item whose end is known; anywhere else nothing more can be read.
+bool ElementReader::SkipJunk(const Level& level) {
     if (level.depth == 0 || level.end == kOpenEnd)
         return Fail("there is no element where one should begin");
     position_ += Available(level.end - position_, level.end);
@@ -134,7 +133,7 @@ bool ElementReader::ReadElement(Level& level) {
     const ElementHeader header = ReadHeader(feed_.At(position_), level.encoding, form);
     if (header.isGuessed && !feed_.Has(position_ + header.bytes, header.length) &&
         !header.IsUndefined()) {
-        return PassJunk(level);
+        return SkipJunk(level);
     }
     if (!CountPart()) return false;
     position_ += header.bytes;
@@ -188,7 +187,7 @@ bool ElementReader::ReadUndefined(const ElementHeader& header, Element element,
     }
     const bool isSequence = header.vr == MC_VR_SQ || IsAt(tag::kItem, inner) ||
                             IsAt(tag::kSequenceDelimitationItem, inner);
-    if (!isSequence) return PassJunk(level);
+    if (!isSequence) return SkipJunk(level);
     return ReadSequence(std::move(element), inner, level.end, true);
 }
 
@@ -215,7 +214,7 @@ bool ElementReader::ReadSequence(Element element, const Level& level, std::size_
 }
 
 bool ElementReader::ReadItem(Items& items, const Level& level, std::size_t end) {
-    const auto length = Load<std::uint32_t>(feed_.At(position_) + 4, level.encoding.isBigEndian);
+    const auto length = LoadItemLength(feed_.At(position_), level.encoding.isBigEndian);
     if (!CountPart()) return false;
     position_ += kShortHeader;
     Level inner = level;
@@ -238,8 +237,7 @@ bool ElementReader::ReadFragments(Element element, const Level& level) {
         isClosed = tag == tag::kSequenceDelimitationItem;
         if (tag != tag::kItem) break;
         if (!CountPart()) return false;
-        const auto length =
-            Load<std::uint32_t>(feed_.At(position_) + 4, level.encoding.isBigEndian);
+        const auto length = LoadItemLength(feed_.At(position_), level.encoding.isBigEndian);
         position_ += kShortHeader;
         const std::size_t there = Available(length, level.end);
         fragments.ranges.push_back({position_, there});
@@ -262,7 +260,7 @@ void ElementReader::ReadOpenValue(Element element, const Level& level) {
         const unsigned char* last = feed_.At(position_ - kShortHeader);
         const bool isDelimiter =
             LoadTag(last, level.encoding.isBigEndian) == tag::kSequenceDelimitationItem &&
-            Load<std::uint32_t>(last + 4, false) == 0;
+            LoadItemLength(last, false) == 0;
         if (isDelimiter) element.length -= kShortHeader;
     }
     pending_.push_back(std::move(element));

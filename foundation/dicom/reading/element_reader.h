@@ -1,11 +1,13 @@
-/// Reads elements, items and fragments from a feed, wherever their lengths may lie.
+/// Reads elements, items and fragments from a feed, whatever lengths they claim.
 ///
-/// A value that would pass the end of its item, or of the data, is what is there and says that it
-/// is cut. Nesting ends at `kDeepestNesting`, so that the reading may recurse.
+/// A value that would reach past the end of its item, or of the data, is cut there and marked as
+/// cut. Items nest `kDeepestNesting` levels at most, so that the reading may recurse.
 #pragma once
 
+#include "foundation/dicom/model/data_set.h"
 #include "foundation/dicom/reading/byte_feed.h"
 #include "foundation/dicom/reading/element_header.h"
+#include "foundation/types/limits.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,7 +32,6 @@ public:
     [[nodiscard]] bool ReadMain(Encoding encoding, std::uint32_t stopTag);
 
     [[nodiscard]] std::size_t Position() const noexcept { return position_; }
-    void MoveTo(std::size_t position) noexcept { position_ = position; }
     [[nodiscard]] std::size_t ElementCount() const noexcept { return pending_.size(); }
     [[nodiscard]] const char* Failure() const noexcept { return failure_; }
     /// The value of an element of the main data set that was read; empty where there is none.
@@ -42,7 +43,7 @@ public:
 private:
     static constexpr std::size_t kOpenEnd = std::numeric_limits<std::size_t>::max();
 
-    /// One data set on the way down from the main one.
+    /// A data set that is being read: the main one or an item.
     struct Level {
         std::size_t end = kOpenEnd;
         Encoding encoding;
@@ -65,7 +66,7 @@ private:
 
     [[nodiscard]] bool ReadElements(Level& level);
     [[nodiscard]] Step NextStep(const Level& level);
-    [[nodiscard]] bool PassJunk(const Level& level);
+    [[nodiscard]] bool SkipJunk(const Level& level);
     [[nodiscard]] bool ReadElement(Level& level);
     [[nodiscard]] bool ReadDefined(const ElementHeader& header, Element element, Level& level);
     [[nodiscard]] bool ReadUndefined(const ElementHeader& header, Element element,
@@ -80,7 +81,7 @@ private:
     [[nodiscard]] std::shared_ptr<DataSet> MakeDataSet(std::size_t first, Encoding encoding);
     [[nodiscard]] bool Fail(const char* why) noexcept;
     [[nodiscard]] bool Fail(Limit limit) noexcept;
-    /// One more element, item or fragment; false where that is one too many.
+    /// Counts one more element, item or fragment; false above the limit.
     [[nodiscard]] bool CountPart() noexcept {
         return ++parts_ <= mostParts_ || Fail(Limit::kMostParts);
     }

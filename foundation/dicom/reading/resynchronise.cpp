@@ -8,10 +8,8 @@
 #include <optional>
 
 namespace quorvex::dicom {
-
 namespace {
 
-constexpr std::uint32_t kFirstGroup = 0x0008;
 constexpr int kFewestElements = 2;
 
 bool EndsHeader(std::uint32_t tag) {
@@ -40,11 +38,11 @@ std::optional<Encoding> EncodingAt(const unsigned char* eight) {
 
 }  // namespace
 
-/// One walk along the elements from a position. What it passes is marked as failed while it goes,
-/// and cleared by a second walk should it have been right.
+/// One walk along the elements from a position. It marks each place that it visits as failed; after
+/// a walk that succeeds, a second one clears the marks.
 class ChainWalk {
 public:
-    enum class Manner { kMark, kClear, kMild };
+    enum class Manner { kMark, kClear, kLenient };
 
     ChainWalk(DataSetFinder& finder, std::size_t at, Encoding encoding, Manner manner)
         : finder_(finder), data_(finder.data_), at_(at), encoding_(encoding), manner_(manner) {}
@@ -54,19 +52,20 @@ public:
         for (int count = 0;; ++count) {
             if (IsAtEnd()) return count >= kFewestElements;
             const auto header = Header();
-            if (!header) return IsMild() && count >= kFewestElements;
+            if (!header) return IsLenient() && count >= kFewestElements;
             if (EndsHeader(header->tag)) return count >= kFewestElements;
-            if (IsMild() && header->tag == 0) return count >= kFewestElements;  // padded with zeros
-            const bool isInOrder = header->tag > lastTag || IsMild();
+            if (IsLenient() && header->tag == 0)
+                return count >= kFewestElements;  // padded with zeros
+            const bool isInOrder = header->tag > lastTag || IsLenient();
             if (count == 0 ? !IsFirst(*header) : !isInOrder) return false;
-            if (!Pass(&DataSetFinder::FailedPlaces::elements)) return false;
+            if (!Visit(&DataSetFinder::FailedPlaces::elements)) return false;
             lastTag = header->tag;
-            if (!PassValue(*header, 0)) return false;
+            if (!SkipValue(*header, 0)) return false;
         }
     }
 
 private:
-    bool IsMild() const { return manner_ == Manner::kMild; }
+    bool IsLenient() const { return manner_ == Manner::kLenient; }
     bool IsAtEnd() const { return at_ == data_.size(); }
     std::size_t Left() const { return data_.size() - at_; }
 
@@ -78,14 +77,14 @@ private:
         if (Left() < kShortHeader) return std::nullopt;
         const unsigned char* bytes = data_.data() + at_;
         if (Left() < HeaderBytes(bytes, encoding_)) return std::nullopt;
-        const bool isItem = GroupOf(LoadTag(bytes, encoding_.isBigEndian)) == kDelimiterGroup;
+        const bool isItem = IsItemTag(LoadTag(bytes, encoding_.isBigEndian));
         if (encoding_.isExplicit && !isItem && !IsVr(bytes + 4)) return std::nullopt;
         return ReadHeader(bytes, encoding_);
     }
 
     /// False where a walk has failed from here before.
-    bool Pass(std::vector<bool> DataSetFinder::FailedPlaces::*kind) {
-        if (IsMild()) return true;
+    bool Visit(std::vector<bool> DataSetFinder::FailedPlaces::*kind) {
+        if (IsLenient()) return true;
         std::vector<bool>& places = finder_.FailedIn(encoding_).*kind;
         if (places.empty()) places.resize(data_.size());
         if (manner_ == Manner::kMark && places[at_]) return false;
@@ -93,47 +92,47 @@ private:
         return true;
     }
 
-    bool PassValue(const ElementHeader& header, int depth) {
-        if (GroupOf(header.tag) == kDelimiterGroup) return false;
+    bool SkipValue(const ElementHeader& header, int depth) {
+        if (IsItemTag(header.tag)) return false;
         at_ += header.bytes;
-        if (!header.IsUndefined()) return PassBytes(header.length);
+        if (!header.IsUndefined()) return SkipBytes(header.length);
         const Encoding outer = encoding_;
         if (header.vr == MC_VR_UN && outer.isExplicit) encoding_ = {false, false};
-        const bool isGood = PassItems(depth, HoldsFragments(header));
+        const bool isGood = SkipItems(depth, HoldsFragments(header));
         encoding_ = outer;
         return isGood;
     }
 
-    bool PassBytes(std::uint32_t length) {
-        if (!IsMild() && (length % 2 != 0 || length > Left())) return false;
+    bool SkipBytes(std::uint32_t length) {
+        if (!IsLenient() && (length % 2 != 0 || length > Left())) return false;
         at_ += std::min<std::size_t>(length, Left());
         return true;
     }
 
     /// Items up to the delimiter; depth is that of the data set that holds the sequence.
-    bool PassItems(int depth, bool areFragments) {
+    bool SkipItems(int depth, bool areFragments) {
         if (depth == kDeepestNesting) return RefuseBy(Limit::kDeepestNesting);
         while (Left() >= kShortHeader) {
             const ElementHeader item = ReadHeader(data_.data() + at_, encoding_);
-            if (!Pass(&DataSetFinder::FailedPlaces::items)) return false;
+            if (!Visit(&DataSetFinder::FailedPlaces::items)) return false;
             at_ += kShortHeader;
             if (item.tag == tag::kSequenceDelimitationItem) return true;
             if (item.tag != tag::kItem || (item.IsUndefined() && areFragments)) return false;
-            if (item.IsUndefined() ? !PassNested(depth + 1) : !PassBytes(item.length)) return false;
+            if (item.IsUndefined() ? !SkipNested(depth + 1) : !SkipBytes(item.length)) return false;
         }
-        return IsMild();
+        return IsLenient();
     }
 
-    bool PassNested(int depth) {
+    bool SkipNested(int depth) {
         while (const auto header = Header()) {
-            if (!Pass(&DataSetFinder::FailedPlaces::nested)) return false;
+            if (!Visit(&DataSetFinder::FailedPlaces::nested)) return false;
             if (header->tag == tag::kItemDelimitationItem) {
                 at_ += kShortHeader;
                 return true;
             }
-            if (!PassValue(*header, depth)) return false;
+            if (!SkipValue(*header, depth)) return false;
         }
-        return IsMild() && IsAtEnd();
+        return IsLenient() && IsAtEnd();
     }
 
     DataSetFinder& finder_;
@@ -160,7 +159,7 @@ bool DataSetFinder::BeginsWithMeta() const {
 bool DataSetFinder::CanBeginFile() {
     if (BeginsWithMeta()) return true;
     const auto encoding = EncodingAt(data_.data());
-    return encoding && ChainWalk(*this, 0, *encoding, ChainWalk::Manner::kMild).Run();
+    return encoding && ChainWalk(*this, 0, *encoding, ChainWalk::Manner::kLenient).Run();
 }
 
 bool DataSetFinder::CanBeginAt(std::size_t position) {

@@ -1,9 +1,10 @@
-/// Telling where a bare data set can begin in a stream that begins with something else.
+/// Finds where a bare data set can begin in a stream that begins with something else.
 ///
-/// That the bytes can be read is no test: from a random place of any file they often can. A data set
-/// must begin in group 0008 with a value of 64 KiB at most, its tags must ascend, its lengths be even
-/// and inside the data (undefined ones: closed by their delimiters), and the chain of at least two
-/// elements must end exactly at the end of the data, at Pixel Data or at the trailing padding.
+/// That the bytes can be read is no test: from a random place of any file they often can. A data
+/// set must begin in group 0008 with a value of 64 KiB at most, its tags must ascend, its lengths
+/// be even and inside the data (undefined ones: closed by their delimiters), and the chain of at
+/// least two elements must end exactly at the end of the data, at Pixel Data or at the trailing
+/// padding.
 #pragma once
 
 #include "foundation/dicom/model/data_set.h"
@@ -20,9 +21,9 @@ class DataSetFinder {
 public:
     explicit DataSetFinder(Bytes data) noexcept : data_(data) {}
 
-    /// True where a data set can begin. At position 0 a file is given more credit: group 0002 may
-    /// stand ahead, lengths may be odd, tags in any order and the last value cut. Past `kMostBeginnings` positive
-    /// answers, which only data made for the purpose gives, all others are negative.
+    /// True where a data set can begin. Position 0 is tested less strictly: group 0002 may stand
+    /// ahead, lengths may be odd, tags in any order and the last value cut. After
+    /// `kMostBeginnings` positive answers, which only hostile data give, all others are negative.
     [[nodiscard]] bool CanBeginAt(std::size_t position);
 
 private:

@@ -49,6 +49,9 @@ struct CharacterSets {
     friend bool operator==(const CharacterSets&, const CharacterSets&) = default;
 };
 
+/// True for text that means the same in every character set: ASCII without escapes.
+[[nodiscard]] bool IsPlainText(std::string_view text) noexcept;
+
 /// Reads the stored value of (0008,0005), backslashes included. Spellings with other blanks,
 /// underscores or hyphens, and lower case, are understood; an unknown name counts as ASCII.
 [[nodiscard]] CharacterSets ParseCharacterSets(std::string_view specificCharacterSet);

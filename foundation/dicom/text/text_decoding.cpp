@@ -114,8 +114,12 @@ private:
 
 }  // namespace
 
+bool IsPlainText(std::string_view text) noexcept {
+    return std::ranges::all_of(text, IsPlain);
+}
+
 std::u16string DecodeText(std::string_view bytes, const CharacterSets& sets, bool isPersonName) {
-    if (std::ranges::all_of(bytes, IsPlain)) return {bytes.begin(), bytes.end()};
+    if (IsPlainText(bytes)) return {bytes.begin(), bytes.end()};
     if (RowOf(sets.First()).form != kWhole)
         return ExtendedTextDecoder(sets, isPersonName).Decode(bytes);
     std::u16string text;

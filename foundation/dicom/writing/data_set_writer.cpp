@@ -1,15 +1,15 @@
 #include "foundation/dicom/writing/data_set_writer.h"
 
-#include "foundation/dicom/frames/encapsulated_items.h"
 #include "foundation/dicom/frames/native_frames.h"
 #include "foundation/dicom/model/byte_order.h"
+#include "foundation/dicom/model/encoding.h"
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/value_representation.h"
-#include "foundation/dicom/reading/element_header.h"
 #include "foundation/dicom/writing/text_target.h"
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 namespace quorvex::dicom {
 namespace {
@@ -23,9 +23,7 @@ void PadToEven(ByteBuffer& value, MC_VR vr) {
 
 /// A value under the tag of an item or delimiter would be taken for one.
 bool IsWritten(std::uint32_t tag, bool isMain) {
-    const bool isGroupLength = (tag & 0xFFFFU) == 0;
-    const bool isDelimiter = GroupOf(tag) == kDelimiterGroup;
-    return !isGroupLength && !isDelimiter && !(isMain && IsMetaTag(tag));
+    return !IsGroupLength(tag) && !IsItemTag(tag) && !(isMain && IsMetaTag(tag));
 }
 
 class Writer {
@@ -34,13 +32,13 @@ public:
 
     void WriteMain(const DataSet& main) {
         const auto target = TextTarget::OfMain(main, rules_.isForcedToUtf8);
-        bool owesCharacterSet =
+        bool needsCharacterSet =
             rules_.isForcedToUtf8 && main.Find(tag::kSpecificCharacterSet) == nullptr;
         for (const Element& element : main.Elements()) {
             if (!IsWritten(element.tag, true)) continue;
-            if (owesCharacterSet && element.tag > tag::kSpecificCharacterSet) {
+            if (needsCharacterSet && element.tag > tag::kSpecificCharacterSet) {
                 WriteUtf8Term();
-                owesCharacterSet = false;
+                needsCharacterSet = false;
             }
             WriteElement(main, element, target, true);
         }
@@ -57,16 +55,16 @@ private:
 
     template <class Number>
     void PutNumber(Number number) {
-        if (rules_.encoding.isBigEndian) number = Turned(number);
+        if (rules_.encoding.isBigEndian) number = Swapped(number);
         sink_.Put({reinterpret_cast<const unsigned char*>(&number), sizeof number});
     }
 
     void PutTag(std::uint32_t tag) {
         Put16(GroupOf(tag));
-        Put16(tag & 0xFFFFU);
+        Put16(ElementOf(tag));
     }
 
-    void PutDelimiter(std::uint32_t tag, std::size_t length) {
+    void PutItemTag(std::uint32_t tag, std::size_t length) {
         PutTag(tag);
         Put32(length);
     }
@@ -105,9 +103,9 @@ private:
             return WriteBytes(element, WrittenText(element, value, target).value_or(stored));
         }
         const std::size_t unit = Describe(element.vr).unit;
-        const bool isTurned = unit > 1 && element.isBigEndian != rules_.encoding.isBigEndian;
-        if (!isTurned) return WriteAsStored(element.tag, element.vr, value);
-        WriteTurned(element.tag, element.vr, value, unit);
+        const bool isSwapped = unit > 1 && element.isBigEndian != rules_.encoding.isBigEndian;
+        if (!isSwapped) return WriteAsStored(element.tag, element.vr, value);
+        WriteSwapped(element.tag, element.vr, value, unit);
     }
 
     void WriteUtf8Term() {
@@ -126,12 +124,12 @@ private:
         PutPadded(value, Describe(vr).pad);
     }
 
-    void WriteTurned(std::uint32_t tag, MC_VR vr, Bytes value, std::size_t unit) {
-        ByteBuffer turned(value.begin(), value.end());
-        PadToEven(turned, vr);
-        TurnBytes(turned.data(), turned.size(), unit);
-        PutHeader(tag, vr, turned.size());
-        sink_.Put(turned);
+    void WriteSwapped(std::uint32_t tag, MC_VR vr, Bytes value, std::size_t unit) {
+        ByteBuffer swapped(value.begin(), value.end());
+        PadToEven(swapped, vr);
+        SwapBytes(swapped.data(), swapped.size(), unit);
+        PutHeader(tag, vr, swapped.size());
+        sink_.Put(swapped);
     }
 
     void PutPadded(Bytes value, unsigned char pad) {
@@ -143,10 +141,10 @@ private:
     void WritePixelData(const Element& element, Bytes value) {
         const bool isBytes = element.vr == MC_VR_OB && rules_.bitsAllocated <= 8;
         const MC_VR vr = isBytes ? MC_VR_OB : MC_VR_OW;
-        const bool isTurned = element.isBigEndian != rules_.encoding.isBigEndian;
+        const bool isSwapped = element.isBigEndian != rules_.encoding.isBigEndian;
         const std::size_t unit = PixelWordBytes(vr, rules_.bitsAllocated);
-        if (!isTurned || unit == 1) return WriteAsStored(element.tag, vr, value);
-        WriteTurned(element.tag, vr, value, unit);
+        if (!isSwapped || unit == 1) return WriteAsStored(element.tag, vr, value);
+        WriteSwapped(element.tag, vr, value, unit);
     }
 
     void WriteJoined(const Element& element, const FragmentView& fragments) {
@@ -162,11 +160,11 @@ private:
         if (items.empty()) return PutHeader(tag, MC_VR_SQ, 0);
         PutHeader(tag, MC_VR_SQ, kUndefinedLength);
         for (const auto& item : items) {
-            PutDelimiter(tag::kItem, kUndefinedLength);
+            PutItemTag(tag::kItem, kUndefinedLength);
             WriteItem(*item, target.OfItem(*item));
-            PutDelimiter(tag::kItemDelimitationItem, 0);
+            PutItemTag(tag::kItemDelimitationItem, 0);
         }
-        PutDelimiter(tag::kSequenceDelimitationItem, 0);
+        PutItemTag(tag::kSequenceDelimitationItem, 0);
     }
 
     void WriteItem(const DataSet& item, const TextTarget& target) {
@@ -179,11 +177,11 @@ private:
         PutHeader(element.tag, MC_VR_OB, kUndefinedLength);
         PutFragment(PaddedOffsetTable(fragments));
         for (std::size_t i = 1; i < fragments.Count(); ++i) PutFragment(fragments[i]);
-        PutDelimiter(tag::kSequenceDelimitationItem, 0);
+        PutItemTag(tag::kSequenceDelimitationItem, 0);
     }
 
     void PutFragment(Bytes content) {
-        PutDelimiter(tag::kItem, content.size() + content.size() % 2);
+        PutItemTag(tag::kItem, content.size() + content.size() % 2);
         PutPadded(content, 0);
     }
 
@@ -209,11 +207,10 @@ void WriteDataSet(const DataSet& main, const WritingRules& rules, ByteSink& sink
 void WriteMetaInformation(const DataSet& meta, ByteSink& sink) {
     BufferSink elements;
     Writer({}, elements).WriteMeta(meta);
+    ByteBuffer length;
+    AppendNumber(length, static_cast<std::uint32_t>(elements.Written().size()));
     DataSet groupLength;
-    const auto length = static_cast<std::uint32_t>(elements.Written().size());
-    const auto* bytes = reinterpret_cast<const unsigned char*>(&length);
-    groupLength.PutBytes(tag::kFileMetaInformationGroupLength, MC_VR_UL,
-                         ByteBuffer(bytes, bytes + sizeof length));
+    groupLength.PutBytes(tag::kFileMetaInformationGroupLength, MC_VR_UL, std::move(length));
     Writer({}, sink).WriteMeta(groupLength);
     sink.Put(elements.Written());
 }

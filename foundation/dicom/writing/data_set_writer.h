@@ -1,4 +1,4 @@
-/// Writes data sets down, in any encoding.
+/// Writes data sets in any encoding.
 #pragma once
 
 #include "foundation/dicom/model/data_set.h"
@@ -6,20 +6,20 @@
 
 namespace quorvex::dicom {
 
-/// What the writing of a main data set takes beside its elements.
+/// How a main data set is written.
 struct WritingRules {
     Encoding encoding;
     /// All text is written in UTF-8, and Specific Character Set says so.
     bool isForcedToUtf8 = false;
-    /// Pixel Data of the main data set that is held in fragments is written as one native value.
+    /// Fragments of the main data set's Pixel Data are written as one native value.
     bool joinsPixelData = false;
-    /// Bits Allocated; the words of native Pixel Data have that many bits, or 16.
+    /// Bits Allocated, by which native Pixel Data are words of 8, 16, 32 or 64 bits.
     std::uint32_t bitsAllocated = 0;
 };
 
-/// Writes the elements of `main` but for group 0002 and group lengths. Sequences and items get
-/// undefined lengths, odd values a pad byte; values are turned to the order of the encoding. A value
-/// too long for the short length of its VR is written as UN.
+/// Writes the elements of `main` except group 0002 and group lengths. Sequences and items get
+/// undefined lengths, odd values a pad byte; values are byte-swapped where the encoding asks for
+/// it. A value too long for the short length of its VR is written as UN.
 void WriteDataSet(const DataSet& main, const WritingRules& rules, ByteSink& sink);
 
 /// Writes file meta information: the group length, then the elements, explicit VR little endian.

@@ -23,8 +23,7 @@ std::string_view FirstUid(const DataSet& main, std::uint32_t tag, std::uint32_t 
 std::string_view UidOf(const DataSet& dataSet, std::uint32_t tag) {
     const Element* element = dataSet.Find(tag);
     if (element == nullptr) return {};
-    const Bytes value = dataSet.ValueOf(*element);
-    std::string_view text(reinterpret_cast<const char*>(value.data()), value.size());
+    std::string_view text = CharactersOf(dataSet.ValueOf(*element));
     while (!text.empty() && (text.back() == '\0' || text.back() == ' ')) text.remove_suffix(1);
     return text;
 }

@@ -7,8 +7,8 @@
 
 namespace quorvex::dicom {
 
-/// Group 0002 made from `main`: what the data set says goes before what the meta information says
-/// that it was read with, of which nothing else is taken over. The group length is left out.
+/// Group 0002 made from `main`, without the group length. The UIDs of the data set are used; those
+/// of the meta information that it was read with only where it has none of its own.
 [[nodiscard]] DataSet MetaInformationOf(const DataSet& main, std::string_view transferSyntaxUid);
 
 /// A UID as it stands in the data set, without its padding; empty where there is none.

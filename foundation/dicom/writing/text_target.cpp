@@ -11,16 +11,8 @@ namespace {
 
 constexpr CharacterSets kUtf8 = {{CharacterSet::kIr192}, 1};
 
-std::string_view AsText(Bytes bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
 ByteBuffer AsBytes(std::string_view text) {
     return {text.begin(), text.end()};
-}
-
-bool IsAscii(Bytes value) {
-    return std::ranges::all_of(value, [](unsigned char c) { return c < 0x80 && c != 0x1B; });
 }
 
 bool HoldsAllText(const DataSet& dataSet, const TextTarget& target) {
@@ -51,9 +43,10 @@ TextTarget TextTarget::OfItem(const DataSet& item) const {
 std::optional<ByteBuffer> WrittenText(const Element& element, Bytes value,
                                       const TextTarget& target) {
     const auto& stored = element.isUtf8 ? kUtf8 : target.stored;
-    if (stored == target.written || IsAscii(value)) return ByteBuffer(value.begin(), value.end());
+    const std::string_view characters = CharactersOf(value);
+    if (stored == target.written || IsPlainText(characters)) return AsBytes(characters);
     const bool isPersonName = element.vr == MC_VR_PN;
-    const auto text = DecodeText(AsText(value), stored, isPersonName);
+    const auto text = DecodeText(characters, stored, isPersonName);
     const auto written = EncodeText(text, target.written, isPersonName);
     if (!written) return std::nullopt;
     return AsBytes(*written);

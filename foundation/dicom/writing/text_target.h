@@ -1,4 +1,4 @@
-/// Under which character sets the text of a data set is written.
+/// The character sets in which the text of a data set is written.
 #pragma once
 
 #include "foundation/dicom/model/data_set.h"
@@ -6,14 +6,14 @@
 
 namespace quorvex::dicom {
 
-/// How the text of one data set is stored, and how it shall be written.
+/// In what the text of one data set is stored, and in what it is to be written.
 struct TextTarget {
     CharacterSets stored;
     CharacterSets written;
     bool isForcedToUtf8 = false;  ///< all text is written in UTF-8, whatever the object says
 
     [[nodiscard]] static TextTarget OfMain(const DataSet& main, bool isForcedToUtf8);
-    /// What holds in an item of the data set that this holds for.
+    /// The same for an item of this data set.
     [[nodiscard]] TextTarget OfItem(const DataSet& item) const;
 };
 
