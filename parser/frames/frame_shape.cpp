@@ -1,8 +1,8 @@
 #include "parser/frames/frame_shape.h"
 
-#include "foundation/dicom/frames/pixel_shape.h"
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/object/pixel_shape.h"
 #include "foundation/types/checked_size.h"
 
 namespace quorvex {

@@ -1,4 +1,4 @@
-#include "foundation/dicom/frames/pixel_shape.h"
+#include "foundation/dicom/object/pixel_shape.h"
 
 #include "foundation/dicom/model/attributes.h"
 
