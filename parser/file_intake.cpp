@@ -1,4 +1,5 @@
 #include "foundation/dicom/model/attributes.h"
+#include "foundation/dicom/model/encoding.h"
 #include "foundation/platform/diagnostics.h"
 #include "foundation/platform/file_reader.h"
 #include "foundation/types/answer.h"
@@ -6,27 +7,17 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <new>
 #include <string>
 
 namespace quorvex {
 namespace {
 
-constexpr std::size_t kPreambleBytes = 128;
-constexpr std::size_t kMarkedBytes = 132;
-constexpr const char* kMarker = "DICM";
-
-bool IsMarked(std::span<const unsigned char> bytes) noexcept {
-    return bytes.size() >= kMarkedBytes &&
-           std::memcmp(bytes.data() + kPreambleBytes, kMarker, 4) == 0;
-}
-
 /// Whether memory that a caller hands over begins like a bare data set, little endian.
 bool BeginsWithKnownGroup(std::span<const unsigned char> bytes) noexcept {
     if (bytes.size() < 2) return false;
-    const unsigned group = bytes[0] + bytes[1] * 256U;
-    return group == 0x0002 || group == 0x0008;
+    const std::uint32_t group = dicom::Load<std::uint16_t>(bytes.data(), false);
+    return group == dicom::kMetaGroup || group == dicom::kFirstGroup;
 }
 
 bool HasOneSample(const CString& photometric) {
@@ -73,11 +64,11 @@ int ParsedFile::ReadDicomFileToBuffer(const CString& path) {
     if (!file.IsOpen()) {
         return Fail("ReadDicomFileToBuffer file open error :" + std::to_string(file.Error()));
     }
-    std::array<unsigned char, kMarkedBytes> start{};
-    if (file.Size() <= kMarkedBytes || !file.Read(start)) {
+    std::array<unsigned char, dicom::kPart10Start> start{};
+    if (file.Size() <= dicom::kPart10Start || !file.Read(start)) {
         return Fail("ReadDicomFileToBuffer file size error\n");
     }
-    if (IsMarked(start)) {
+    if (dicom::HasPart10Marker(start)) {
         isPart10 = 1;
     } else if (start[0] == 0 && (start[1] == 8 || start[1] == 2)) {
         isPart10 = 0;
@@ -100,7 +91,7 @@ bool ParsedFile::TakeFileBuffer(std::size_t size) {
 }
 
 int ParsedFile::IsThisPart10File() const noexcept {
-    return IsMarked(FileBytes()) ? 1 : 0;
+    return dicom::HasPart10Marker(FileBytes()) ? 1 : 0;
 }
 
 QUORVEX_MESSAGE ParsedFile::Initialize(CDcmApp& newApp, CDcmObject& object,

@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <span>
 #include <string_view>
 
 namespace quorvex::dicom {
@@ -19,6 +21,13 @@ struct Encoding {
 /// What a Part 10 file begins with: bytes of any content, then the marker.
 inline constexpr std::size_t kPreambleBytes = 128;
 inline constexpr std::string_view kPart10Marker = "DICM";
+inline constexpr std::size_t kPart10Start = kPreambleBytes + kPart10Marker.size();
+
+[[nodiscard]] inline bool HasPart10Marker(std::span<const unsigned char> file) noexcept {
+    return file.size() >= kPart10Start &&
+           std::memcmp(file.data() + kPreambleBytes, kPart10Marker.data(), kPart10Marker.size()) ==
+               0;
+}
 
 /// The length of a sequence, item or encapsulated value that ends with a delimiter.
 inline constexpr std::uint32_t kUndefinedLength = 0xFFFFFFFF;

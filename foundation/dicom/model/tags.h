@@ -17,12 +17,13 @@ namespace quorvex::dicom {
     return group << 16U | element;
 }
 
+inline constexpr std::uint32_t kMetaGroup = GroupOf(tag::kFileMetaInformationGroupLength);
 /// The group that data sets begin with, behind their file meta information.
 inline constexpr std::uint32_t kFirstGroup = GroupOf(tag::kSpecificCharacterSet);
 
 /// File meta information.
 [[nodiscard]] constexpr bool IsMetaTag(std::uint32_t tag) noexcept {
-    return GroupOf(tag) == GroupOf(tag::kFileMetaInformationGroupLength);
+    return GroupOf(tag) == kMetaGroup;
 }
 /// Items and delimiters.
 [[nodiscard]] constexpr bool IsItemTag(std::uint32_t tag) noexcept {

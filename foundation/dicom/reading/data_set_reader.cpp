@@ -12,7 +12,6 @@
 namespace quorvex::dicom {
 namespace {
 
-constexpr std::size_t kPart10Start = kPreambleBytes + kPart10Marker.size();
 constexpr std::size_t kFewestOfBare = 2;  // fewer elements are more likely junk
 
 /// How the data set behind the meta information is said to be encoded.
@@ -148,9 +147,7 @@ ReadOutcome DataSetReader::ReadRest(std::uint32_t stopTag, std::size_t fewest) {
 
 ReadOutcome ReadPart10(ByteFeed& feed, std::uint32_t stopTag) {
     DataSetReader reader(feed, kPart10Start);
-    const bool isPart10 =
-        feed.Has(0, kPart10Start) &&
-        CharactersOf({feed.At(kPreambleBytes), kPart10Marker.size()}) == kPart10Marker;
+    const bool isPart10 = feed.Has(0, kPart10Start) && HasPart10Marker({feed.At(0), kPart10Start});
     if (!isPart10) return reader.Refuse("this is no DICOM file: it has no marker");
     if (!reader.ReadMeta(LabelOf(TransferSyntaxOf(kExplicitLittleEndian)))) {
         return reader.Refuse("the meta information cannot be read");
