@@ -1,9 +1,8 @@
-#include "quorvex/DicomObject.h"
+#include "tests/dicom/pixel_frames.h"
 #include "tests/support/corpus.h"
+#include "tests/support/memory_file.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,40 +12,24 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-constexpr std::uint32_t kStopAheadOfPixelData = 0x7FE0000F;
-constexpr std::uint32_t kPixelDataTag = 0x7FE00010;
-
 /// A file's bytes, and its header as a parser reads it.
 struct OpenFile {
-    std::string bytes;
+    test::MemoryFile file;
     CDcmObject header;
     unsigned long pixelDataOffset = 0;
 };
 
-MC_STATUS GiveAll(const char*, void* user, int* length, void** data, int, int* last) {
-    auto& bytes = *static_cast<std::string*>(user);
-    *length = static_cast<int>(bytes.size());
-    *data = bytes.data();
-    *last = 1;
-    return kMcContinue;
+std::string PathOf(const char* name) {
+    return (test::CorpusFolder() / "files" / name).string();
 }
 
-std::unique_ptr<OpenFile> Opened(const std::string& name) {
-    const auto folder = test::CorpusFolder();
-    std::ifstream stream(folder / "files" / name, std::ios::binary);
-    if (folder.empty() || !stream) return nullptr;
-    auto file = std::make_unique<OpenFile>();
-    file->bytes.assign(std::istreambuf_iterator<char>(stream), {});
-    CDcmApp app;
-    const auto result = file->header.ReadFileUptoTag(&app, kStopAheadOfPixelData,
-                                                     &file->pixelDataOffset, &file->bytes, GiveAll);
-    return result == kDcmSuccess ? std::move(file) : nullptr;
-}
-
-std::uint32_t NumberOf(const CDcmObject& object, std::uint32_t tag) {
-    unsigned int number = 0;
-    static_cast<void>(object.GetValue(tag, number));
-    return number;
+/// Null where the file is missing or cannot be read.
+std::unique_ptr<OpenFile> Opened(const char* name) {
+    auto open = std::make_unique<OpenFile>();
+    open->file.bytes = test::BytesOfFile(PathOf(name));
+    const auto result =
+        test::ReadUpTo(open->header, open->file, test::kUpToPixelData, &open->pixelDataOffset);
+    return result == kDcmSuccess ? std::move(open) : nullptr;
 }
 
 /// Joins the pieces of each frame as the events say.
@@ -60,9 +43,9 @@ struct Joined {
 MC_STATUS JoinPiece(int item, unsigned long length, unsigned char* data, int skip, int event,
                     void* user) {
     auto& joined = *static_cast<Joined*>(user);
-    if (event == 2) {
+    if (event == kPixelWalkBegins) {
         joined.isBegun = true;
-    } else if (event == 1) {
+    } else if (event == kPixelFrameEnds) {
         joined.isOpen = false;
     } else if (item == 0 && skip == 0) {
         joined.offsetTable.assign(data, data + length);
@@ -74,61 +57,44 @@ MC_STATUS JoinPiece(int item, unsigned long length, unsigned char* data, int ski
     return kMcContinue;
 }
 
-Joined WalkFile(const OpenFile& file, unsigned long frameSize) {
-    std::string copy = file.bytes;
-    auto* value = reinterpret_cast<unsigned char*>(copy.data()) + file.pixelDataOffset +
-                  file.header.PixelDataHeaderLength();
-    const auto remaining = copy.size() - file.pixelDataOffset - file.header.PixelDataHeaderLength();
+Joined WalkFile(OpenFile& open, unsigned long frameSize) {
+    const auto begin = open.pixelDataOffset + open.header.PixelDataHeaderLength();
+    auto& bytes = open.file.bytes;
     unsigned char* scratch = nullptr;
     Joined joined;
-    EXPECT_EQ(
-        file.header.GetValueEx(&scratch, remaining, value, 1, 0, frameSize, &joined, JoinPiece),
-        kDcmSuccess);
+    EXPECT_EQ(open.header.GetValueEx(&scratch, bytes.size() - begin, bytes.data() + begin, 1, 0,
+                                     frameSize, &joined, JoinPiece),
+              kDcmSuccess);
     delete[] scratch;
     EXPECT_TRUE(joined.isBegun);
     EXPECT_FALSE(joined.isOpen);
     return joined;
 }
 
-MC_STATUS JoinItem(int, std::uint32_t, void* user, int item, unsigned long length,
-                   unsigned char* data, int, int) {
-    auto& frames = *static_cast<Texts*>(user);
-    if (item > 0) {
-        frames.resize(static_cast<std::size_t>(item));
-        frames.back().append(data, data + length);
-    }
-    return kMcContinue;
-}
-
-Texts WalkObject(const std::string& name) {
+Texts WalkObject(const char* name) {
     CDcmObject object;
-    object.Open((test::CorpusFolder() / "files" / name).string());
-    CDcmApp app;
-    Texts frames;
-    EXPECT_EQ(object.ReadFile(&app, nullptr, nullptr), kDcmSuccess) << name;
-    EXPECT_EQ(object.GetValueEx(kPixelDataTag, &frames, JoinItem), kDcmSuccess) << name;
-    return frames;
+    EXPECT_TRUE(test::ReadWhole(object, PathOf(name))) << name;
+    return test::StoredFrames(object);
 }
 
-struct NativeFile {
+struct Frames {
     Texts ofBuffer;
     Texts ofObject;
 };
 
-NativeFile FetchNative(const std::string& name) {
-    const auto file = Opened(name);
-    if (file == nullptr) return {};
-    const auto samples = NumberOf(file->header, 0x00280002);
-    const auto bits = NumberOf(file->header, 0x00280100);
-    const auto size = static_cast<unsigned long>(NumberOf(file->header, 0x00280010)) *
-                      NumberOf(file->header, 0x00280011) * samples * bits / 8;
-    NativeFile native = {WalkFile(*file, size).frames, WalkObject(name)};
-    int frameCount = 1;
-    static_cast<void>(file->header.GetValue(0x00280008, frameCount));
-    for (auto* frames : {&native.ofBuffer, &native.ofObject}) {
-        frames->resize(static_cast<std::size_t>(frameCount));
-    }
-    return native;
+Frames FetchNative(const char* name) {
+    const auto open = Opened(name);
+    if (open == nullptr) return {};
+    const auto number = [&](std::uint32_t tag) {
+        return static_cast<unsigned long>(Read<unsigned int>(open->header, tag).value_or(0));
+    };
+    const auto size = number(tag::kRows) * number(tag::kColumns) * number(tag::kSamplesPerPixel) *
+                      number(tag::kBitsAllocated) / 8;
+    Frames frames = {WalkFile(*open, size).frames, WalkObject(name)};
+    const auto count = Read<int>(open->header, tag::kNumberOfFrames).value_or(1);
+    for (auto* texts : {&frames.ofBuffer, &frames.ofObject})
+        texts->resize(static_cast<std::size_t>(count));
+    return frames;
 }
 
 struct Pair {
@@ -172,7 +138,7 @@ constexpr FragmentedFile kFragmentedFiles[] = {
     {"emri_small_jpeg_2k_lossless.dcm", 10},
 };
 
-TEST(ObjectFrames, BufferAndObjectTellTheSameFrames) {
+TEST(ObjectFrames, BufferAndObjectGiveTheSameFrames) {
     if (test::CorpusFolder().empty()) GTEST_SKIP() << "QUORVEX_CORPUS is not set";
     for (const auto& c : kFragmentedFiles) {
         const auto file = Opened(c.name);
@@ -186,7 +152,7 @@ TEST(ObjectFrames, BufferAndObjectTellTheSameFrames) {
 TEST(ObjectFrames, ReservedKeepsBigEndianPiecesInTheBuffer) {
     CDcmObject object;
     object.SetTransferSyntax(kExplicitBigEndian);
-    object.SetValue(0x00280100, static_cast<unsigned short>(16));
+    object.SetValue(tag::kBitsAllocated, static_cast<unsigned short>(16));
     unsigned char value[] = {1, 2, 3, 4};
     unsigned char* scratch = nullptr;
     Joined joined;
@@ -222,7 +188,7 @@ TEST(ObjectFrames, UnusableCallsFail) {
     EXPECT_NE(object.GetValueEx(nullptr, 8, value, 1, 0, 0, nullptr, nullptr), kDcmSuccess);
     EXPECT_NE(object.GetValueEx(nullptr, 8, value, 1, 0, 0, &joined, JoinPiece), kDcmSuccess);
     EXPECT_NE(object.GetValueEx(nullptr, 4, value, 1, 0, 2, &joined, RefusePiece), kDcmSuccess);
-    EXPECT_NE(object.GetValueEx(kPixelDataTag, &joined, JoinItem), kDcmSuccess);
+    EXPECT_NE(object.GetValueEx(tag::kPixelData, &joined, test::JoinItem), kDcmSuccess);
 }
 
 struct NameCase {
@@ -256,9 +222,7 @@ TEST(Text, OfRealFilesIsDecoded) {
     for (const auto& c : kNames) {
         const auto file = Opened(c.file);
         ASSERT_NE(file, nullptr) << c.file;
-        CString name;
-        EXPECT_EQ(file->header.GetValue(0x00100010, name), kDcmSuccess) << c.file;
-        EXPECT_EQ(name.ToUtf8(), c.name) << c.file;
+        EXPECT_EQ(Read<CString>(file->header, tag::kPatientName), CString(c.name)) << c.file;
     }
 }
 

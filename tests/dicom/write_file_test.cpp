@@ -1,8 +1,9 @@
 #include "foundation/dicom/frames/native_frames.h"
 #include "foundation/dicom/frames/offset_tables.h"
 #include "foundation/dicom/model/byte_order.h"
+#include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/value_representation.h"
-#include "quorvex/DicomObject.h"
+#include "tests/dicom/pixel_frames.h"
 #include "tests/support/corpus.h"
 #include "tests/support/scratch_folder.h"
 
@@ -19,21 +20,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::uint32_t kPixelDataTag = 0x7FE00010;
-constexpr std::uint32_t kPatientName = 0x00100010;
-constexpr std::uint32_t kCharacterSet = 0x00080005;
+using test::ReadWhole;
+using test::SyntaxOf;
 
-bool Read(CDcmObject& object, const std::string& path) {
-    object.Open(path);
-    CDcmApp app;
-    return object.ReadFile(&app, nullptr, nullptr) == kDcmSuccess;
-}
-
-TRANSFER_SYNTAX SyntaxOf(const CDcmObject& object) {
-    TRANSFER_SYNTAX syntax = kSyntaxNone;
-    static_cast<void>(object.GetTransferSyntax(syntax));
-    return syntax;
-}
+constexpr auto kCharacterSet = tag::kSpecificCharacterSet;
 
 struct Snapshot {
     bool isBigEndian = false;
@@ -42,7 +32,7 @@ struct Snapshot {
 };
 
 std::size_t UnitOf(const DcmElementView& view, std::uint32_t bitsAllocated) {
-    if (view.tag != kPixelDataTag) return dicom::Describe(view.vr).unit;
+    if (view.tag != tag::kPixelData) return dicom::Describe(view.vr).unit;
     return dicom::PixelWordBytes(view.vr, bitsAllocated);
 }
 
@@ -58,9 +48,9 @@ std::string PlainValue(const DcmElementView& view, const Snapshot& snapshot) {
 
 MC_STATUS AddLine(const DcmElementView& view, void* user) {
     auto& snapshot = *static_cast<Snapshot*>(user);
-    const bool isGroupLength = (view.tag & 0xFFFF) == 0;
-    if (view.tag >> 16 == 2 || isGroupLength || view.vr == MC_VR_SQ) return kMcContinue;
-    const bool isPixelData = view.tag == kPixelDataTag && view.depth == 0;
+    const bool isLeftOut = dicom::IsMetaTag(view.tag) || dicom::IsGroupLength(view.tag);
+    if (isLeftOut || view.vr == MC_VR_SQ) return kMcContinue;
+    const bool isPixelData = view.tag == tag::kPixelData && view.depth == 0;
     std::string line = std::to_string(view.depth) + "[" + std::to_string(view.itemIndex) + "]" +
                        std::to_string(view.tag) + ":";
     if (!isPixelData && view.data != nullptr) line += PlainValue(view, snapshot);
@@ -68,19 +58,9 @@ MC_STATUS AddLine(const DcmElementView& view, void* user) {
     return kMcContinue;
 }
 
-MC_STATUS AddPiece(int, std::uint32_t, void* user, int item, unsigned long length,
-                   unsigned char* data, int, int) {
-    auto& frames = *static_cast<std::vector<std::string>*>(user);
-    if (item == 0) return kMcContinue;
-    frames.resize(static_cast<std::size_t>(item));
-    frames.back().append(data, data + length);
-    return kMcContinue;
-}
-
 /// The frames as the walk gives them, without the pad byte that a last one may end with.
 std::vector<std::string> FramesOf(const CDcmObject& object) {
-    std::vector<std::string> frames;
-    static_cast<void>(object.GetValueEx(kPixelDataTag, &frames, AddPiece));
+    auto frames = test::StoredFrames(object);
     for (auto& frame : frames) {
         if (frame.size() % 2 != 0) frame += '\0';
     }
@@ -89,9 +69,7 @@ std::vector<std::string> FramesOf(const CDcmObject& object) {
 
 Snapshot SnapshotOf(const CDcmObject& object) {
     Snapshot snapshot = {.isBigEndian = SyntaxOf(object) == kExplicitBigEndian, .lines = {}};
-    int bits = 0;
-    if (object.GetValue(0x00280100, bits) == kDcmSuccess)
-        snapshot.bitsAllocated = static_cast<std::uint32_t>(bits);
+    snapshot.bitsAllocated = Read<unsigned int>(object, tag::kBitsAllocated).value_or(0);
     static_cast<void>(object.WalkElements(&snapshot, AddLine));
     return snapshot;
 }
@@ -108,14 +86,14 @@ TEST(WriteFile, EveryRealFileReadsBackEqual) {
     int written = 0;
     for (const auto& file : test::RealFiles()) {
         CDcmObject object;
-        if (!Read(object, file.string()) || SyntaxOf(object) == kSyntaxNone) continue;
+        if (!ReadWhole(object, file.string()) || SyntaxOf(object) == kSyntaxNone) continue;
         const auto path = folder.Path("copy.dcm");
         if (object.WriteFile(path) != kDcmSuccess) {
             ADD_FAILURE() << file << ": " << object.GetErrorMessage().ToUtf8();
             continue;
         }
         CDcmObject again;
-        ASSERT_TRUE(Read(again, path)) << file;
+        ASSERT_TRUE(ReadWhole(again, path)) << file;
         EXPECT_EQ(SyntaxOf(again), SyntaxOf(object)) << file;
         ExpectEqual(object, again, file.string());
         EXPECT_TRUE(FramesOf(object) == FramesOf(again)) << file;
@@ -128,7 +106,7 @@ TEST(WriteFile, NativeFilesAreEqualInEveryEncoding) {
     const test::ScratchFolder folder;
     for (const auto& file : test::RealFiles()) {
         CDcmObject object;
-        if (!Read(object, file.string())) continue;
+        if (!ReadWhole(object, file.string())) continue;
         const auto syntax = SyntaxOf(object);
         if (syntax < kImplicitLittleEndian || syntax > kDeflatedExplicitLittleEndian) continue;
         for (const auto target : {kImplicitLittleEndian, kExplicitLittleEndian, kExplicitBigEndian,
@@ -140,7 +118,7 @@ TEST(WriteFile, NativeFilesAreEqualInEveryEncoding) {
             ASSERT_EQ(converted.WriteFile(path), kDcmSuccess)
                 << what << converted.GetErrorMessage().ToUtf8();
             CDcmObject again;
-            ASSERT_TRUE(Read(again, path)) << what;
+            ASSERT_TRUE(ReadWhole(again, path)) << what;
             EXPECT_EQ(SyntaxOf(again), target) << what;
             ExpectEqual(object, again, what);
             EXPECT_TRUE(FramesOf(object) == FramesOf(again)) << what;
@@ -149,9 +127,7 @@ TEST(WriteFile, NativeFilesAreEqualInEveryEncoding) {
 }
 
 std::string TextOf(const CDcmObjectCommon& object, std::uint32_t tag) {
-    CString text;
-    static_cast<void>(object.GetValue(tag, text));
-    return text.ToUtf8();
+    return Read<CString>(object, tag).value_or(CString()).ToUtf8();
 }
 
 struct TextCase {
@@ -176,11 +152,11 @@ TEST(WriteFile, TextGoesIntoTheObjectsCharacterSetOrTheObjectIntoUtf8) {
         CDcmObject object;
         object.SetTransferSyntax(kExplicitLittleEndian);
         if (*c.characterSet != '\0') object.SetValue(kCharacterSet, c.characterSet);
-        object.SetValue(kPatientName, CString(c.name));
+        object.SetValue(tag::kPatientName, CString(c.name));
         ASSERT_EQ(object.WriteFile(path), kDcmSuccess) << c.name;
         CDcmObject again;
-        ASSERT_TRUE(Read(again, path)) << c.name;
-        EXPECT_EQ(TextOf(again, kPatientName), c.name);
+        ASSERT_TRUE(ReadWhole(again, path)) << c.name;
+        EXPECT_EQ(TextOf(again, tag::kPatientName), c.name);
         EXPECT_EQ(TextOf(again, kCharacterSet), c.characterSetAfter) << c.name;
     }
 }
@@ -197,34 +173,34 @@ TEST(WriteFile, ItemsOfAnotherCharacterSetKeepTheirText) {
     ASSERT_EQ(latin.WriteFile(path), kDcmSuccess);
 
     CDcmObject source;
-    ASSERT_TRUE(Read(source, path));
+    ASSERT_TRUE(ReadWhole(source, path));
     CDcmItem read;
     ASSERT_EQ(source.GetValue(0x00400100, read), kDcmSuccess);
     CDcmObject greek;
     greek.SetTransferSyntax(kExplicitLittleEndian);
     greek.SetValue(kCharacterSet, "ISO_IR 126");
-    greek.SetValue(kPatientName, CString("Διονυσιος"));
+    greek.SetValue(tag::kPatientName, CString("Διονυσιος"));
     greek.SetValue(0x00400100, &read);
     ASSERT_EQ(greek.WriteFile(path), kDcmSuccess);
 
     CDcmObject again;
-    ASSERT_TRUE(Read(again, path));
+    ASSERT_TRUE(ReadWhole(again, path));
     CDcmItem item;
     ASSERT_EQ(again.GetValue(0x00400100, item), kDcmSuccess);
     EXPECT_EQ(TextOf(item, 0x00400007), "Schädel");
-    EXPECT_EQ(TextOf(again, kPatientName), "Διονυσιος");
+    EXPECT_EQ(TextOf(again, tag::kPatientName), "Διονυσιος");
     EXPECT_EQ(TextOf(again, kCharacterSet), "ISO_IR 192");
 }
 
 void FillImage(CDcmObject& object, int rows, int columns, int frames) {
-    object.SetValue(0x00080016, "1.2.840.10008.5.1.4.1.1.7");
-    object.SetValue(0x00080018, "1.2.999.700040.1.9");
-    object.SetValue(0x00280002, static_cast<unsigned short>(1));
-    object.SetValue(0x00280004, "MONOCHROME2");
-    object.SetValue(0x00280008, frames);
-    object.SetValue(0x00280010, static_cast<unsigned short>(rows));
-    object.SetValue(0x00280011, static_cast<unsigned short>(columns));
-    object.SetValue(0x00280100, static_cast<unsigned short>(8));
+    object.SetValue(tag::kSOPClassUID, "1.2.840.10008.5.1.4.1.1.7");
+    object.SetValue(tag::kSOPInstanceUID, "1.2.999.700040.1.9");
+    object.SetValue(tag::kSamplesPerPixel, static_cast<unsigned short>(1));
+    object.SetValue(tag::kPhotometricInterpretation, "MONOCHROME2");
+    object.SetValue(tag::kNumberOfFrames, frames);
+    object.SetValue(tag::kRows, static_cast<unsigned short>(rows));
+    object.SetValue(tag::kColumns, static_cast<unsigned short>(columns));
+    object.SetValue(tag::kBitsAllocated, static_cast<unsigned short>(8));
 }
 
 bool SetFrames(CDcmObject& object, std::vector<std::string> frames) {
@@ -234,7 +210,7 @@ bool SetFrames(CDcmObject& object, std::vector<std::string> frames) {
         lengths.push_back(frame.size());
         buffers.push_back(reinterpret_cast<unsigned char*>(frame.data()));
     }
-    return object.SetValueEx(kPixelDataTag, static_cast<int>(frames.size()), lengths.data(),
+    return object.SetValueEx(tag::kPixelData, static_cast<int>(frames.size()), lengths.data(),
                              buffers.data()) == kDcmSuccess;
 }
 
@@ -249,10 +225,10 @@ TEST(WriteFile, EncapsulatedFramesComeBackOneByOne) {
     EXPECT_EQ(FramesOf(object), padded);
     ASSERT_EQ(object.WriteFile(path), kDcmSuccess);
     CDcmObject again;
-    ASSERT_TRUE(Read(again, path));
+    ASSERT_TRUE(ReadWhole(again, path));
     EXPECT_EQ(FramesOf(again), padded);
-    EXPECT_EQ(TextOf(again, 0x00020003), "1.2.999.700040.1.9");
-    EXPECT_EQ(TextOf(again, 0x00020010), "1.2.840.10008.1.2.4.50");
+    EXPECT_EQ(TextOf(again, tag::kMediaStorageSOPInstanceUID), "1.2.999.700040.1.9");
+    EXPECT_EQ(TextOf(again, tag::kTransferSyntaxUID), "1.2.840.10008.1.2.4.50");
     if (std::system("command -v dcmdump > /dev/null") == 0) {
         EXPECT_EQ(std::system(("dcmdump -q " + path + " > /dev/null").c_str()), 0);
     }
@@ -312,16 +288,16 @@ TEST(PixelWriting, ACallbackSuppliesAValueInPieces) {
     CDcmObject object;
     FillImage(object, 1, 4, 2);
     Supply supply = {{"abcd", "ef", "gh"}};
-    ASSERT_EQ(object.SetValue(kPixelDataTag, &supply, SupplyPiece), kDcmSuccess);
+    ASSERT_EQ(object.SetValue(tag::kPixelData, &supply, SupplyPiece), kDcmSuccess);
     EXPECT_EQ(FramesOf(object), (std::vector<std::string>{"abcd", "efgh"}));
-    EXPECT_EQ(object.SetValueRepresentation(kPixelDataTag, MC_VR_OW), kDcmSuccess);
-    EXPECT_NE(object.SetValueRepresentation(kPixelDataTag, MC_VR_SQ), kDcmSuccess);
-    EXPECT_NE(object.SetValueRepresentation(kPatientName, MC_VR_LO), kDcmSuccess);
+    EXPECT_EQ(object.SetValueRepresentation(tag::kPixelData, MC_VR_OW), kDcmSuccess);
+    EXPECT_NE(object.SetValueRepresentation(tag::kPixelData, MC_VR_SQ), kDcmSuccess);
+    EXPECT_NE(object.SetValueRepresentation(tag::kPatientName, MC_VR_LO), kDcmSuccess);
 
     Supply refused = {{"ij"}, 0, kMcRefuse};
-    EXPECT_NE(object.SetValue(kPixelDataTag, &refused, SupplyPiece), kDcmSuccess);
+    EXPECT_NE(object.SetValue(tag::kPixelData, &refused, SupplyPiece), kDcmSuccess);
     Supply endless = {{"", "", ""}};
-    EXPECT_NE(object.SetValue(kPixelDataTag, &endless, SupplyPiece), kDcmSuccess);
+    EXPECT_NE(object.SetValue(tag::kPixelData, &endless, SupplyPiece), kDcmSuccess);
     EXPECT_EQ(FramesOf(object).size(), 2U);
 }
 
