@@ -2,6 +2,7 @@
 
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/object/object_state.h"
 #include "maker/pixel_attributes.h"
 #include "maker/pixel_draft.h"
 #include "maker/plain_frames.h"
@@ -197,8 +198,9 @@ QUORVEX_MESSAGE MakePixels(const _DCM_PIXEL_INFO& format, FrameSupply& frames, C
     PixelDraft draft(format, target);
     auto result = Describe(draft, frames);
     if (result == QVM_SUCCESS) result = CreateDICOMExportObject(draft, frames);
-    // The name is the same; to copy it could fail between the two.
-    if (result == QVM_SUCCESS) static_cast<CDcmObjectCommon&>(target) = draft.object;
+    // The content alone: a name that is copied could fail between the two.
+    if (result == QVM_SUCCESS)
+        ObjectState::Of(target).Adopt(ObjectState::Of(draft.object).SharedContent());
     return result;
 }
 
