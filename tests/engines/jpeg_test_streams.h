@@ -95,8 +95,8 @@ inline int TakeCoded(int event, void* context, unsigned char** buffer, std::uint
 /// with an odd number of columns begin at an odd address.
 inline ByteVector Code(JpegCodingBlock coding, const ByteVector& picture) {
     const std::size_t shift = coding.columns % 2U;
-    ByteVector shifted(shift);
-    shifted.insert(shifted.end(), picture.begin(), picture.end());
+    ByteVector shifted(shift + picture.size());
+    std::ranges::copy(picture, shifted.data() + shift);
     CodedOutput output;
     coding.write = TakeCoded;
     coding.writeContext = &output;
