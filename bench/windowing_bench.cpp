@@ -21,7 +21,8 @@ void RebuildTable(benchmark::State& state) {
     CXWindowing windowing;
     Prepare(windowing);
     int window[2] = {static_cast<int>(state.range(0)), kEntries / 2};
-    for (auto _ : state) benchmark::DoNotOptimize(windowing.SetValue(CXWindowing::kWindow, window, nullptr));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(windowing.SetValue(CXWindowing::kWindow, window, nullptr));
 }
 BENCHMARK(RebuildTable)->Arg(400)->Arg(4096)->Arg(kEntries);
 

@@ -2,9 +2,9 @@
 
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
+#include "pipeline/layers/overlay_planes.h"
 #include "pipeline/pixel_elements.h"
 #include "pipeline/pixel_header.h"
-#include "pipeline/layers/overlay_planes.h"
 #include "quorvex/CLData.h"
 
 #include <algorithm>
