@@ -65,8 +65,7 @@ def machine():
                               capture_output=True, text=True, check=False).stdout.rstrip(", ")
     compiler = subprocess.run(["c++", "--version"], capture_output=True, text=True,
                               check=False).stdout.splitlines()[0]
-    return (f"{cpu}, {os.cpu_count()} cores, load {os.getloadavg()[0]:.1f} at the end; {compiler}; "
-            f"{versions}.")
+    return f"{cpu}, {os.cpu_count()} cores; {compiler}; {versions}."
 
 
 def job_rows(rows):
