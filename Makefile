@@ -7,7 +7,7 @@ FILE ?=
 # ON makes every warning an error.
 WERROR ?= OFF
 
-.PHONY: run test bench fuzz asan tsan soak corpus-asan memcheck format install clean build
+.PHONY: run test bench fuzz asan tsan soak corpus-asan memcheck check tidy abi docs format install clean build
 
 build:
 	@cmake --preset $(PRESET) -DCMAKE_COMPILE_WARNING_AS_ERROR=$(WERROR) $(CMAKE_ARGS) >/dev/null
@@ -66,6 +66,30 @@ fuzz:
 	@scripts/install_packages.sh fuzz
 	@$(MAKE) --no-print-directory build PRESET=fuzz
 	@scripts/run_fuzzers.sh build/fuzz $(FUZZ_SECONDS)
+
+# Format, line width, and which room may include which.
+check:
+	@scripts/install_packages.sh check
+	@scripts/check_source.sh
+
+# clang-tidy over the whole product; TIDY= takes only what changed since the last release.
+TIDY ?= all
+tidy:
+	@scripts/install_packages.sh check
+	@cmake --preset $(PRESET) >/dev/null
+	@scripts/run_tidy.sh $(BUILD) $(TIDY)
+
+# Whether hosts of the last release still run with this library.
+abi:
+	@scripts/install_packages.sh check
+	@$(MAKE) --no-print-directory build BUILD_ARGS="--target QuorvexU"
+	@scripts/check_abi.sh $(BUILD)
+
+# The public headers and docs/, as pages in build/docs.
+docs:
+	@scripts/install_packages.sh docs
+	@mkdir -p build
+	@doxygen docs/Doxyfile
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs the Debian packages that a job needs and that are missing. Usage: install_packages.sh run|test|bench|fuzz|memcheck
+# Installs the Debian packages that a job needs and that are missing. Usage: install_packages.sh run|test|bench|fuzz|memcheck|check|docs
 set -eu
 job=${1:-run}
 
@@ -10,12 +10,15 @@ tests="libgtest-dev python3 python3-pydicom dcmtk dicom3tools"
 benches="libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev"
 
 fuzzers="clang libclang-rt-14-dev python3 python3-pydicom"
+checkers="clang-format clang-tidy abigail-tools git python3"
 
 case $job in
     run) packages=$build ;;
     test) packages="$build $tests" ;;
     bench) packages="$build $tests $benches" ;;
     memcheck) packages="$build $tests valgrind" ;;
+    check) packages="$build $checkers" ;;
+    docs) packages="make doxygen" ;;
     fuzz) packages="$build $fuzzers" ;;
     *) echo "install_packages.sh: unknown job '$job'" >&2; exit 2 ;;
 esac
