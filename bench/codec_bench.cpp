@@ -132,7 +132,8 @@ void Ours(benchmark::State& state, bool isColour) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(frame.decodedBytes));
 }
 
-/// What dcmdata's codec does for a frame: each segment decoded, then copied byte by byte to its places.
+/// What dcmdata's codec does for a frame: each segment decoded, then copied byte by byte to its
+/// places.
 void Dcmdata(benchmark::State& state, bool isColour) {
     const auto side = static_cast<int>(state.range(0));
     RleFrame frame = isColour ? ColourFrame(side) : GreyFrame(side);

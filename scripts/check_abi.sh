@@ -2,8 +2,8 @@
 # Whether a host that was built against the last release still runs with this library.
 # Usage: check_abi.sh BUILD [COMMIT]
 #
-# Builds the library of the last release, or of COMMIT, beside BUILD and compares the two with abidiff, as far as the public
-# headers show types. A break is allowed only with another QUORVEX_ABI (CMakeLists.txt).
+# Builds the library of the last release, or of COMMIT, beside BUILD and compares the two with abidiff, as far
+# as the public headers show types. A break is allowed only with another QUORVEX_ABI (CMakeLists.txt).
 set -eu
 cd "$(dirname "$0")/.."
 build=${1:-build/release}

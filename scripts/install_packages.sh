@@ -1,5 +1,6 @@
 #!/bin/sh
-# Installs the Debian packages that a job needs and that are missing. Usage: install_packages.sh run|test|bench|fuzz|memcheck|check|docs
+# Installs the Debian packages that a job needs and that are missing.
+# Usage: install_packages.sh run|test|bench|fuzz|memcheck|check|docs
 set -eu
 job=${1:-run}
 

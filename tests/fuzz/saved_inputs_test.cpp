@@ -1,5 +1,5 @@
-// The fuzz targets without a fuzzer: small pictures and every input that once found something, whole
-// and cut, and some mutations of them. A target answers a fault by ending the process.
+// The fuzz targets without a fuzzer: small pictures and every input that once found something,
+// whole and cut, and some mutations of them. A target answers a fault by ending the process.
 #include "tests/support/memory_file.h"
 
 #include <algorithm>

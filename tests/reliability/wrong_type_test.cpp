@@ -97,8 +97,8 @@ DicomBuilder SpoiltFile(const std::vector<std::uint32_t>& tags, std::uint32_t sp
     return std::move(file.Add(0x7FE00010, "OW", std::string(512, 'x')));
 }
 
-/// Reads presentation data with every shutter: as an image, and as a state whose references all name
-/// image and frame 16.
+/// Reads presentation data with every shutter: as an image, and as a state whose references all
+/// name image and frame 16.
 void ThroughPresentation(const DicomBuilder& file, std::uint32_t spoiled) {
     auto memory = file.File();
     CDcmObject object;
