@@ -1,7 +1,7 @@
 #include "codec/blind_decoding.h"
 
-#include "codec/jpeg2000_route.h"
-#include "codec/jpeg_stream.h"
+#include "codec/jpeg/jpeg_stream.h"
+#include "codec/jpeg2000/jpeg2000_route.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
 #include "foundation/types/limits.h"

@@ -1,6 +1,6 @@
 #include "codec/frame_coder.h"
 
-#include "codec/jpeg_coding.h"
+#include "codec/jpeg/jpeg_coding.h"
 #include "foundation/raster/interleave.h"
 #include "foundation/types/answer.h"
 

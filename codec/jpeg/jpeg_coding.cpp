@@ -1,4 +1,4 @@
-#include "codec/jpeg_coding.h"
+#include "codec/jpeg/jpeg_coding.h"
 
 #include "codec/frame_coder.h"
 #include "foundation/dicom/model/transfer_syntax.h"

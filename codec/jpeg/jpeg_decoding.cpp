@@ -1,5 +1,5 @@
 #include "codec/frame_decoder.h"
-#include "codec/jpeg_stream.h"
+#include "codec/jpeg/jpeg_stream.h"
 
 namespace quorvex {
 namespace {

@@ -1,4 +1,4 @@
-#include "codec/jpeg_stream.h"
+#include "codec/jpeg/jpeg_stream.h"
 
 #include <algorithm>
 #include <cstdint>

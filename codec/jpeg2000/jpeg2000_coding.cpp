@@ -1,5 +1,5 @@
 #include "codec/frame_coder.h"
-#include "codec/jpeg2000_route.h"
+#include "codec/jpeg2000/jpeg2000_route.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,5 +1,5 @@
 #include "codec/frame_decoder.h"
-#include "codec/jpeg2000_route.h"
+#include "codec/jpeg2000/jpeg2000_route.h"
 #include "foundation/types/checked_size.h"
 
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "codec/jpeg2000_route.h"
+#include "codec/jpeg2000/jpeg2000_route.h"
 
 #include "foundation/dicom/model/transfer_syntax.h"
 

@@ -1,6 +1,6 @@
-#include "codec/rle.h"
+#include "codec/rle/rle.h"
 
-#include "codec/rle_planes.h"
+#include "codec/rle/rle_planes.h"
 #include "foundation/platform/pages.h"
 
 #include <algorithm>

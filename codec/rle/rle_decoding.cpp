@@ -1,5 +1,5 @@
 #include "codec/frame_decoder.h"
-#include "codec/rle.h"
+#include "codec/rle/rle.h"
 
 namespace quorvex {
 namespace {

@@ -1,4 +1,4 @@
-#include "codec/rle_header.h"
+#include "codec/rle/rle_header.h"
 
 #include <algorithm>
 

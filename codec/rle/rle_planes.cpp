@@ -1,4 +1,4 @@
-#include "codec/rle_planes.h"
+#include "codec/rle/rle_planes.h"
 
 #include "foundation/raster/interleave.h"
 

@@ -1,8 +1,8 @@
 /// The planes of an RLE frame, read side by side in bands that stay in the cache.
 #pragma once
 
-#include "codec/rle_header.h"
-#include "codec/rle_segment.h"
+#include "codec/rle/rle_header.h"
+#include "codec/rle/rle_segment.h"
 
 #include <array>
 #include <cstddef>

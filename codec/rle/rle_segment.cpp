@@ -1,4 +1,4 @@
-#include "codec/rle_segment.h"
+#include "codec/rle/rle_segment.h"
 
 #include <algorithm>
 #include <cstring>

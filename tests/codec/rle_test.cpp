@@ -1,4 +1,4 @@
-#include "codec/rle.h"
+#include "codec/rle/rle.h"
 
 #include "tests/codec/rle_frames.h"
 #include "tests/reliability/guarded_bytes.h"
