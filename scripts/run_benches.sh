@@ -15,5 +15,5 @@ for bench in "$build"/bin/*_bench; do
         --benchmark_enable_random_interleaving=true --benchmark_min_time=0.05 \
         --benchmark_out="$results/$name.json" --benchmark_out_format=json >/dev/null 2>&1
 done
-python3 bench/whole_process.py "$build/bin/quorvex" "$results/whole_process.json"
-python3 bench/report.py "$results"
+python3 bench/report/whole_process.py "$build/bin/quorvex" "$results/whole_process.json"
+python3 bench/report/report.py "$results"

@@ -15,7 +15,7 @@ import subprocess
 import tempfile
 import time
 
-SAMPLE = pathlib.Path(__file__).parent.parent / "samples" / "ct.dcm"
+SAMPLE = pathlib.Path(__file__).parents[2] / "samples" / "ct.dcm"
 
 
 def with_value(data, header, value):
