@@ -1,8 +1,6 @@
 #include "codec/frame_coder.h"
 
-#include "codec/jpeg/jpeg_coding.h"
 #include "foundation/raster/interleave.h"
-#include "foundation/types/answer.h"
 
 #include <algorithm>
 
@@ -117,39 +115,6 @@ int FrameCoder::Interleave_RGB_Data(unsigned char* data, unsigned long length) c
     const std::array planes{copy.data(), copy.data() + plane, copy.data() + 2 * plane};
     InterleavePlanes(planes, frame_.Pixels(), frame_.BytesPerSample(), data);
     return 1;
-}
-
-// A coder learns from a 0 that there is no memory for its output.
-int FrameCoder::FrameDataConvertProc(void* state, unsigned int /*tag*/, unsigned char* data,
-                                     unsigned long length, CL_CONVERT_ACT action) noexcept {
-    auto& output = *static_cast<CompressOutputState*>(state);
-    return Contain(0, [&] {
-        if (action == kConvertStart) output.startPosition = output.written;
-        if (action == kConvertBlock) {
-            output.coded.insert(output.coded.end(), data, data + length);
-            output.written += length;
-        }
-        if (action == kConvertEnd) output.codedSize = output.written;
-        return 1;
-    });
-}
-
-void FrameCoder::SetQuantizationMatrix(const unsigned short (&matrix)[64]) noexcept {
-    std::ranges::copy(matrix, quantizationTable_.begin());
-}
-
-void FrameCoder::SetQuantizationFactor(float factor) noexcept {
-    constexpr float kLargestStep = 32767;  // what coders take
-    const float used = factor > 0 ? factor : 1;
-    for (std::size_t i = 0; i < quantizationTable_.size(); ++i) {
-        const float step = static_cast<float>(kDefaultQuantization[i]) * used;
-        quantizationTable_[i] = static_cast<std::uint16_t>(std::min(step, kLargestStep));
-    }
-}
-
-void FrameCoder::SetQualityFactor(float factor) noexcept {
-    chromaQuality_ = static_cast<std::uint32_t>(factor);
-    lumaQuality_ = static_cast<std::uint8_t>(chromaQuality_ & 0xFF);
 }
 
 }  // namespace quorvex

@@ -1,15 +1,32 @@
-#include "codec/jpeg/jpeg_coding.h"
-
 #include "codec/frame_coder.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/engines/jpeg/jpeg_engine.h"
+#include "foundation/types/answer.h"
 
 #include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
 namespace quorvex {
 namespace {
+
+/// Where the coded bytes of one frame go.
+struct CompressOutputState {
+    std::vector<unsigned char>& coded;  ///< grows where coded data outgrow the frame
+    std::size_t written = 0;
+    std::size_t startPosition = 0;
+    std::size_t codedSize = 0;
+};
+
+/// Luminance steps in zigzag order (ITU-T T.81 Table K.1).
+constexpr std::array<std::uint16_t, 64> kDefaultQuantization = {
+    16, 11, 12,  14,  12,  10, 16, 14,  13,  14,  18,  17,  16, 19,  24,  40,
+    26, 24, 22,  22,  24,  49, 35, 37,  29,  40,  58,  51,  61, 60,  57,  51,
+    56, 55, 64,  72,  92,  78, 64, 68,  87,  69,  55,  56,  80, 109, 81,  87,
+    95, 98, 103, 104, 103, 62, 77, 113, 121, 112, 100, 120, 92, 101, 103, 99};
 
 /// What the engine's write callback works with.
 struct JpegWriteContext {
@@ -128,6 +145,39 @@ int FrameCoder::CompressRawData2Jpeg_51_70() {
         coding.quantizationTable = &quantizationTable_;
     }
     return CodeInPasses(coding, context, samples) ? 1 : 0;
+}
+
+// A coder learns from a 0 that there is no memory for its output.
+int FrameCoder::FrameDataConvertProc(void* state, unsigned int /*tag*/, unsigned char* data,
+                                     unsigned long length, CL_CONVERT_ACT action) noexcept {
+    auto& output = *static_cast<CompressOutputState*>(state);
+    return Contain(0, [&] {
+        if (action == kConvertStart) output.startPosition = output.written;
+        if (action == kConvertBlock) {
+            output.coded.insert(output.coded.end(), data, data + length);
+            output.written += length;
+        }
+        if (action == kConvertEnd) output.codedSize = output.written;
+        return 1;
+    });
+}
+
+void FrameCoder::SetQuantizationMatrix(const unsigned short (&matrix)[64]) noexcept {
+    std::ranges::copy(matrix, quantizationTable_.begin());
+}
+
+void FrameCoder::SetQuantizationFactor(float factor) noexcept {
+    constexpr float kLargestStep = 32767;  // what coders take
+    const float used = factor > 0 ? factor : 1;
+    for (std::size_t i = 0; i < quantizationTable_.size(); ++i) {
+        const float step = static_cast<float>(kDefaultQuantization[i]) * used;
+        quantizationTable_[i] = static_cast<std::uint16_t>(std::min(step, kLargestStep));
+    }
+}
+
+void FrameCoder::SetQualityFactor(float factor) noexcept {
+    chromaQuality_ = static_cast<std::uint32_t>(factor);
+    lumaQuality_ = static_cast<std::uint8_t>(chromaQuality_ & 0xFF);
 }
 
 }  // namespace quorvex

@@ -32,6 +32,7 @@ int ReadJpegSource(int event, void* user, unsigned char** buffer, std::uint16_t*
 JpegStream::JpegStream(std::span<const unsigned char> source) noexcept {
     context_.source = source.data();
     context_.sourceLength = source.size();
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): the engine reads the context
     kind_ = init_decompression(handle_, description_, source.size(), &context_, ReadJpegSource);
 }
 

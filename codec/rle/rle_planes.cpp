@@ -40,6 +40,7 @@ void RlePlaneReader::Interleave(std::span<unsigned char> bytes) const {
     for (std::size_t i = 0; i < width_; ++i) {
         planes[i] = band_.data() + (width_ - 1 - i) * kBandPlaces;
     }
+    // NOLINTNEXTLINE(clang-analyzer-core.DivideZero): a plane is a byte wide at least
     const std::size_t whole = bytes.size() / width_;
     InterleavePlanes(std::span(planes).first(width_), whole, 1, bytes.data());
     for (std::size_t i = whole * width_; i < bytes.size(); ++i) {
