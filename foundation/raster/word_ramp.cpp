@@ -55,7 +55,7 @@ std::optional<std::size_t> LoneStep(const std::vector<Step>& steps, bool isDown)
 /// Begins with step `first`, at place 0; bytes with `inversion`.
 void BeginWith(std::vector<Step>& steps, std::size_t first, unsigned inversion) {
     const std::int64_t origin = steps[first].at;
-    std::ranges::rotate(steps, steps.begin() + static_cast<std::ptrdiff_t>(first));
+    std::rotate(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(first), steps.end());
     for (Step& step : steps) {
         step.at = (step.at - origin) & (kWidest - 1);
         step.value = static_cast<int>(static_cast<unsigned>(step.value) ^ inversion);
