@@ -1,4 +1,3 @@
-#include "quorvex/Tags.h"
 #include "tests/pipeline/shown.h"
 #include "tests/pipeline/test_objects.h"
 #include "tests/presentation/presentation_objects.h"
@@ -8,47 +7,44 @@
 namespace quorvex::pipeline_test {
 namespace {
 
+using test::With;
+
 struct StateShape {
     const char* imageUID = kImageUID;
     std::initializer_list<int> frames = {};
-    const char* center = "250";
-    const char* width = "100";
+    const char* window = "WindowCenter=250; WindowWidth=100";
     int rotation = 0;
     const char* flip = "N";
 };
 
 /// A state with a window and a displayed area for one image, and a spatial transform.
 CDcmObject State(const StateShape& shape) {
-    const auto forImage = [&shape](CDcmItem item) {
-        return test::Referring(item, {test::Reference(shape.imageUID, shape.frames)});
+    const auto put = [&shape](CDcmObject& state, std::uint32_t sequence, const std::string& item) {
+        const auto reference = test::Reference(shape.imageUID, shape.frames);
+        test::PutItems(state, sequence, {test::Referring(With<CDcmItem>(item), {reference})});
     };
-    CDcmItem voi;
-    voi.SetValue(tag::kWindowCenter, shape.center);
-    voi.SetValue(tag::kWindowWidth, shape.width);
-    CDcmItem area;
-    test::Put(area, tag::kDisplayedAreaTopLeftHandCorner, {1, 1});
-    test::Put(area, tag::kDisplayedAreaBottomRightHandCorner, {2, 2});
-    test::Put(area, tag::kPresentationPixelAspectRatio, {1, 1});
-    area.SetValue(tag::kPresentationSizeMode, "SCALE TO FIT");
-    CDcmObject state;
-    test::PutItems(state, tag::kSoftcopyVOILUTSequence, {forImage(voi)});
-    test::PutItems(state, tag::kDisplayedAreaSelectionSequence, {forImage(area)});
-    state.SetValue(tag::kImageRotation, static_cast<unsigned short>(shape.rotation));
-    state.SetValue(tag::kImageHorizontalFlip, shape.flip);
-    state.SetValue(tag::kPresentationLUTShape, "IDENTITY");
+    auto state =
+        With("PresentationLUTShape=IDENTITY; ImageRotation=" + std::to_string(shape.rotation) +
+             "; ImageHorizontalFlip=" + shape.flip);
+    put(state, tag::kSoftcopyVOILUTSequence, shape.window);
+    put(state, tag::kDisplayedAreaSelectionSequence,
+        "DisplayedAreaTopLeftHandCorner=1\\1; DisplayedAreaBottomRightHandCorner=2\\2; "
+        "PresentationPixelAspectRatio=1\\1; PresentationSizeMode=SCALE TO FIT");
     return state;
 }
 
-/// An image of 4 x 4 pixels, dark in the upper left corner only.
+/// 4 x 4 pixels, dark in the upper left corner only.
+template <class Sample>
+CDcmObject Picture(const ImageShape& shape, Sample light) {
+    std::vector<Sample> samples(std::size_t{16} * shape.samples, light);
+    std::fill_n(samples.begin(), shape.samples, Sample{0});
+    return ImageOf(shape, samples, "WindowCenter=200; WindowWidth=400");
+}
+
 class ApplyState : public testing::Test {
 protected:
     ApplyState() {
-        Words pixels(16, 300);
-        pixels[0] = 0;
-        FillImage(image_, {{4, 4}, 1, 16, 12}, pixels);
-        image_.SetValue(tag::kWindowCenter, "200");
-        image_.SetValue(tag::kWindowWidth, "400");
-        EXPECT_EQ(dipp_.Initialize(&app_, &image_, {8, 8}, 0), QVM_SUCCESS);
+        ShowObject(dipp_, image_, {8, 8});
         EXPECT_EQ(WindowOf(dipp_), kOwnWindow);
     }
     void Apply(const StateShape& shape) {
@@ -67,35 +63,38 @@ protected:
     static constexpr CSize kOwnWindow{400, 200};
     static constexpr CSize kFullRange{300, 150};
     CDcmApp app_;
-    CDcmObject image_;
+    CDcmObject image_ = Picture<std::uint16_t>({{4, 4}}, 300);
     CXDIPP dipp_;
 };
 
-TEST_F(ApplyState, ReplacesWindowAndTurnAtOnceAndTheAreaWithTheNextView) {
-    Apply({.rotation = 90, .flip = "Y"});
-    EXPECT_EQ(WindowOf(dipp_), (CSize{100, 250}));
-    EXPECT_EQ(DarkCorner(), 3);
-    EXPECT_DOUBLE_EQ(dipp_.GetZoomFactor(), 2.0);
-    EXPECT_EQ(std::ranges::count(Shown(dipp_), 255), 15) << "the window reaches the pixels";
-    dipp_.UpdateViewSize({16, 16});
-    EXPECT_DOUBLE_EQ(dipp_.GetZoomFactor(), 8.0);  // 2 x 2 pixels fitted
-}
-
-TEST_F(ApplyState, ASecondStateReplacesTheFirstAndInitializeBoth) {
-    Apply({.rotation = 90});
-    Apply({.center = "50", .width = "60"});
-    EXPECT_EQ(WindowOf(dipp_), (CSize{60, 50}));
-    EXPECT_EQ(DarkCorner(), 0);
+TEST_F(ApplyState, ReplacesTheOneBeforeAndInitializeReplacesAll) {
+    const struct {
+        const char* what;
+        StateShape state;
+        CSize window;
+        int darkCorner;
+    } cases[] = {
+        {"a turn", {.rotation = 90}, {100, 250}, 1},
+        {"a window", {.window = "WindowCenter=50; WindowWidth=60"}, {60, 50}, 0},
+        {"a flip", {.rotation = 90, .flip = "Y"}, {100, 250}, 3},
+        {"another image's", {.imageUID = "9.9.9", .rotation = 180}, kFullRange, 3},
+        {"another frame's", {.frames = {1}}, kFullRange, 0},
+    };
+    for (const auto& c : cases) {
+        Apply(c.state);
+        EXPECT_EQ(WindowOf(dipp_), c.window) << c.what;
+        EXPECT_EQ(DarkCorner(), c.darkCorner) << c.what;
+    }
     EXPECT_EQ(dipp_.Initialize(&app_, {8, 8}, 0), QVM_SUCCESS);
     EXPECT_EQ(WindowOf(dipp_), kOwnWindow);
 }
 
-TEST_F(ApplyState, StatesForOtherImagesOrFramesLeaveDefaults) {
-    Apply({.imageUID = "9.9.9", .rotation = 180});
-    EXPECT_EQ(WindowOf(dipp_), kFullRange);
-    EXPECT_EQ(DarkCorner(), 3);
-    Apply({.frames = {1}});
-    EXPECT_EQ(WindowOf(dipp_), kFullRange);
+TEST_F(ApplyState, TheWindowReachesThePixelsAndTheAreaTheNextView) {
+    Apply({});
+    EXPECT_DOUBLE_EQ(dipp_.GetZoomFactor(), 2.0);
+    EXPECT_EQ(std::ranges::count(Shown(dipp_), 255), 15);
+    dipp_.UpdateViewSize({16, 16});
+    EXPECT_DOUBLE_EQ(dipp_.GetZoomFactor(), 8.0);  // 2 x 2 pixels fitted
 }
 
 TEST_F(ApplyState, AnUnreadableStateLeavesAnImageThatCanBeShown) {
@@ -111,18 +110,14 @@ TEST_F(ApplyState, WithoutAnImageNothingHappens) {
     CDcmObject state = State({.rotation = 90});
     EXPECT_EQ(empty.ApllyGSPSObject(&app_, &state), QVM_SUCCESS);
     EXPECT_EQ(empty.Render(), QVM_ERROR_NO_IMAGE);
-    TestVolume volume({8, 4}, 8, Repeated(32, 9));  // a volume leaves the rotation as it is
-    ASSERT_EQ(empty.Initialize(&volume.data, {8, 4}, 255, 0), QVM_SUCCESS);
+    ShowBlank(empty, {8, 4}, {8, 4});  // raw pixels leave the rotation as it is
     EXPECT_EQ(empty.Render(), QVM_SUCCESS);
     EXPECT_EQ(ResultSize(empty), (CSize{8, 4}));
 }
 
 TEST_F(ApplyState, ColourTurnsAndKeepsItsWindow) {
-    CDcmObject colour;
-    Bytes pixels(48, 100);
-    std::fill_n(pixels.begin(), 3, static_cast<unsigned char>(0));
-    FillImage(colour, {{4, 4}, 3, 8, 8, 0, "RGB"}, pixels);
-    ASSERT_EQ(dipp_.Initialize(&app_, &colour, {8, 8}, 0), QVM_SUCCESS);
+    auto colour = Picture<unsigned char>({{4, 4}, 3, 8, 8, 0, "RGB"}, 100);
+    ShowObject(dipp_, colour, {8, 8});
     const CSize before = WindowOf(dipp_);
     Apply({.rotation = 270});
     EXPECT_EQ(WindowOf(dipp_), before);

@@ -1,89 +1,59 @@
-#include "quorvex/Tags.h"
 #include "tests/pipeline/shown.h"
 #include "tests/pipeline/test_objects.h"
 #include "tests/presentation/presentation_objects.h"
 #include "tests/support/corpus.h"
 
-#include <filesystem>
-#include <string>
+#include <array>
 
 namespace quorvex::pipeline_test {
 namespace {
 
-constexpr ImageShape kShape{{8, 4}, 1, 16, 12, 0, "MONOCHROME2"};
+using test::With;
+
 constexpr std::size_t kFrames = 3;
 
-/// What a frame is shown by, as the texts of a file have it.
-struct Settings {
-    const char* intercept;
-    const char* slope;
-    const char* center;
-    const char* width;
-    const char* rowSpacing;
-    const char* columnSpacing;
+/// What a frame is shown by, a macro each, and the sequences of the macros.
+using Settings = std::array<std::string, 3>;
+constexpr std::uint32_t kMacros[] = {tag::kPixelValueTransformationSequence,
+                                     tag::kFrameVOILUTSequence, tag::kPixelMeasuresSequence};
+const Settings kOfFrames[kFrames] = {
+    {"RescaleIntercept=-1024; RescaleSlope=1", "WindowCenter=40; WindowWidth=400",
+     "PixelSpacing=0.5\\0.75"},
+    {"RescaleIntercept=0; RescaleSlope=2.5", "WindowCenter=300; WindowWidth=900.5",
+     "PixelSpacing=0.5\\0.5"},
+    {"RescaleIntercept=12.5; RescaleSlope=0.0625", "WindowCenter=20; WindowWidth=60",
+     "PixelSpacing=1\\2"},
 };
-constexpr Settings kOfFrames[kFrames] = {
-    {"-1024", "1", "40", "400", "0.5", "0.75"},
-    {"0", "2.5", "300", "900.5", "0.5", "0.5"},
-    {"12.5", "0.0625", "20", "60", "1", "2"},
-};
+constexpr double kSpacingX[kFrames] = {0.75, 0.5, 2};
 
-void PutRescale(CDcmObjectCommon& to, const Settings& settings) {
-    to.SetValue(tag::kRescaleIntercept, settings.intercept);
-    to.SetValue(tag::kRescaleSlope, settings.slope);
-}
-void PutWindow(CDcmObjectCommon& to, const Settings& settings) {
-    to.SetValue(tag::kWindowCenter, settings.center);
-    to.SetValue(tag::kWindowWidth, settings.width);
-}
-void PutSpacing(CDcmObjectCommon& to, const Settings& settings) {
-    test::Put(to, tag::kPixelSpacing, {settings.rowSpacing, settings.columnSpacing});
-}
-void PutAll(CDcmObjectCommon& to, const Settings& settings) {
-    PutRescale(to, settings);
-    PutWindow(to, settings);
-    PutSpacing(to, settings);
-}
-
-/// A group of one macro whose item `put` fills.
-template <class Put>
-void PutMacro(CDcmItem& groups, std::uint32_t sequence, Put put, const Settings& settings) {
-    CDcmItem macro;
-    put(macro, settings);
-    test::PutItems(groups, sequence, {macro});
+CDcmObject WithAll(CDcmObject object, const Settings& settings) {
+    for (const auto& macro : settings) object = With(std::move(object), macro);
+    return object;
 }
 
 CDcmItem AllGroups(const Settings& settings) {
     CDcmItem groups;
-    PutMacro(groups, tag::kPixelValueTransformationSequence, PutRescale, settings);
-    PutMacro(groups, tag::kFrameVOILUTSequence, PutWindow, settings);
-    PutMacro(groups, tag::kPixelMeasuresSequence, PutSpacing, settings);
+    for (std::size_t i = 0; i < settings.size(); ++i) {
+        test::PutItems(groups, kMacros[i], {With<CDcmItem>(settings[i])});
+    }
     return groups;
 }
 
-void PutGroupsOfFrames(CDcmObject& object) {
-    test::PutItems(object, tag::kPerFrameFunctionalGroupsSequence,
-                   {AllGroups(kOfFrames[0]), AllGroups(kOfFrames[1]), AllGroups(kOfFrames[2])});
+CDcmObject WithGroupsOfFrames(CDcmObject object) {
+    return With(std::move(object), tag::kPerFrameFunctionalGroupsSequence,
+                {AllGroups(kOfFrames[0]), AllGroups(kOfFrames[1]), AllGroups(kOfFrames[2])});
 }
 
-Words FramePixels(std::size_t frame) {
+/// The frames from one number to another, 32 pixels each.
+CDcmObject Frames(std::size_t from, std::size_t to) {
     Words pixels;
-    for (std::size_t i = 0; i < 32; ++i) {
-        pixels.push_back(static_cast<unsigned short>((i * 131 + frame * 977) % 4096));
+    for (std::size_t i = 32 * from; i < 32 * to; ++i) {
+        pixels.push_back(static_cast<unsigned short>((i % 32 * 131 + i / 32 * 977) % 4096));
     }
-    return pixels;
+    return ImageOf({{8, 4}}, pixels, "NumberOfFrames=" + std::to_string(to - from));
 }
-
 CDcmObject MultiFrame() {
-    CDcmObject object;
-    Words pixels;
-    for (std::size_t frame = 0; frame < kFrames; ++frame) {
-        const auto more = FramePixels(frame);
-        pixels.insert(pixels.end(), more.begin(), more.end());
-    }
-    FillImage(object, kShape, pixels);
-    object.SetValue(tag::kNumberOfFrames, std::to_string(kFrames).c_str());
-    return object;
+    return Frames(0, kFrames);
 }
 
 /// All that a host sees of a frame.
@@ -95,77 +65,62 @@ struct Seen {
     friend bool operator==(const Seen&, const Seen&) = default;
 };
 
-Seen See(CDcmObject& object, std::size_t frame) {
-    CDcmApp app;
+Seen See(CDcmObject object, std::size_t frame) {
+    const bool hasRescale = test::TextOf(object, tag::kRescaleIntercept) != test::kAbsent;
     CXDIPP dipp;
-    EXPECT_EQ(dipp.Initialize(&app, &object, {8, 4}, static_cast<int>(frame)), QVM_SUCCESS);
+    ShowObject(dipp, object, {8, 4}, static_cast<int>(frame));
     Seen seen{.pixels = Shown(dipp), .window = WindowOf(dipp)};
     dipp.GetPixelSpace(seen.spacingX, seen.spacingY);
+    EXPECT_EQ(test::TextOf(object, tag::kRescaleIntercept) != test::kAbsent, hasRescale);
     return seen;
 }
 
 /// What a single-frame file with these settings shows.
 Seen SeeTwin(std::size_t frame, const Settings& settings) {
-    CDcmObject twin;
-    FillImage(twin, kShape, FramePixels(frame));
-    PutAll(twin, settings);
-    return See(twin, 0);
+    return See(WithAll(Frames(frame, frame + 1), settings), 0);
 }
 
 TEST(FunctionalGroups, EachFrameLooksLikeItsSingleFrameTwin) {
-    CDcmObject enhanced = MultiFrame();
-    PutGroupsOfFrames(enhanced);
+    const CDcmObject enhanced = WithGroupsOfFrames(MultiFrame());
     for (std::size_t frame = 0; frame < kFrames; ++frame) {
         const Seen seen = See(enhanced, frame);
         EXPECT_EQ(seen, SeeTwin(frame, kOfFrames[frame])) << frame;
-        EXPECT_EQ(seen.spacingX, std::stod(kOfFrames[frame].columnSpacing));
+        EXPECT_EQ(seen.spacingX, kSpacingX[frame]);
     }
-    CString untouched;
-    EXPECT_NE(enhanced.GetValue(tag::kRescaleIntercept, untouched), kDcmSuccess);
 }
 
 TEST(FunctionalGroups, OfTheFrameWinOverSharedOnesMacroByMacro) {
-    CDcmItem own;  // of the second frame; the first has no macro, the third no groups at all
-    PutMacro(own, tag::kFrameVOILUTSequence, PutWindow, kOfFrames[1]);
-    test::PutItems(own, tag::kPixelMeasuresSequence, {CDcmItem()});  // a macro that says nothing
-    CDcmObject enhanced = MultiFrame();
-    test::PutItems(enhanced, tag::kSharedFunctionalGroupsSequence, {AllGroups(kOfFrames[0])});
-    test::PutItems(enhanced, tag::kPerFrameFunctionalGroupsSequence, {CDcmItem(), own});
-
+    // The first frame has no macro, the second a window and a macro that says nothing, the third
+    // no groups at all.
+    const CDcmItem own = With(With(CDcmItem(), kMacros[1], {With<CDcmItem>(kOfFrames[1][1])}),
+                              kMacros[2], {CDcmItem()});
+    const CDcmObject enhanced =
+        With(With(MultiFrame(), tag::kSharedFunctionalGroupsSequence, {AllGroups(kOfFrames[0])}),
+             tag::kPerFrameFunctionalGroupsSequence, {CDcmItem(), own});
     Settings mixed = kOfFrames[0];
-    mixed.center = kOfFrames[1].center;
-    mixed.width = kOfFrames[1].width;
-    const Settings* const expected[kFrames] = {&kOfFrames[0], &mixed, &kOfFrames[0]};
+    mixed[1] = kOfFrames[1][1];
     for (std::size_t frame = 0; frame < kFrames; ++frame) {
-        EXPECT_EQ(See(enhanced, frame), SeeTwin(frame, *expected[frame])) << frame;
+        EXPECT_EQ(See(enhanced, frame), SeeTwin(frame, frame == 1 ? mixed : kOfFrames[0])) << frame;
     }
 }
 
 TEST(FunctionalGroups, GiveWayToTheTopLevel) {
-    CDcmObject plain = MultiFrame();
-    PutAll(plain, kOfFrames[1]);
-    CDcmObject grouped = plain;
-    PutGroupsOfFrames(grouped);
+    const CDcmObject plain = WithAll(MultiFrame(), kOfFrames[1]);
     for (std::size_t frame = 0; frame < kFrames; ++frame) {
-        EXPECT_EQ(See(grouped, frame), See(plain, frame)) << frame;
+        EXPECT_EQ(See(WithGroupsOfFrames(plain), frame), See(plain, frame)) << frame;
     }
 }
 
 TEST(FunctionalGroups, BringVOITables) {
     std::vector<int> entries;
     for (int i = 0; i < 4096; ++i) entries.push_back(255 - i / 16);
-    const CDcmItem table = test::LutItem(4096, 0, 8, entries);
-    CDcmItem macro;
-    test::PutItems(macro, tag::kVOILUTSequence, {table});
-    CDcmItem groups;
-    test::PutItems(groups, tag::kFrameVOILUTSequence, {macro});
-    CDcmObject enhanced = MultiFrame();
-    test::PutItems(enhanced, tag::kSharedFunctionalGroupsSequence, {groups});
-    CDcmObject plain = MultiFrame();
-    CDcmObject twin = plain;
-    test::PutItems(twin, tag::kVOILUTSequence, {table});
-    EXPECT_EQ(See(enhanced, 2), See(twin, 2));
-    EXPECT_NE(See(enhanced, 2), See(plain, 2));
+    const auto withTable = [&](auto object) {
+        return With(std::move(object), tag::kVOILUTSequence, {test::LutItem(4096, 0, 8, entries)});
+    };
+    const CDcmItem groups = With(CDcmItem(), kMacros[1], {withTable(CDcmItem())});
+    const Seen seen = See(With(MultiFrame(), tag::kSharedFunctionalGroupsSequence, {groups}), 2);
+    EXPECT_EQ(seen, See(withTable(MultiFrame()), 2));
+    EXPECT_NE(seen, See(MultiFrame(), 2));
 }
 
 // Shared groups of a real enhanced CT: rescale -1024, window 49 and 102, spacing 0.388672.

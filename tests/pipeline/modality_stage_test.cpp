@@ -27,7 +27,9 @@ std::vector<int> ElementsOf(const ModalityFrame& frame) {
     return elements;
 }
 
+using Bytes = std::vector<std::uint8_t>;
 using Words = std::vector<std::uint16_t>;
+using DoubleWords = std::vector<std::uint32_t>;
 using Ints = std::vector<int>;
 
 struct Rescale {
@@ -41,6 +43,11 @@ ModalityFrame Staged(PixelBlock frame, const StoredLayout& layout, Rescale resca
     record.rescaleSlope = rescale.slope;
     record.rescaleIntercept = rescale.intercept;
     return ApplyModalityStage(std::move(frame), layout, ModalityTransform(record), met);
+}
+
+/// A layout of whole words that are all used.
+StoredLayout Layout(std::size_t pixels, int bits, bool isSigned = false) {
+    return {pixels, bits, bits, bits - 1, isSigned, true};
 }
 
 struct WordCase {
@@ -84,23 +91,20 @@ TEST(ModalityStage, MapsWords) {
     }
 }
 
+/// The elements and values of bytes after the stage.
+template <class Sample>
+void ExpectBytes(bool isSigned, Rescale rescale, const Ints& elements, ValueSpan values) {
+    const auto frame = Staged(FrameOf(Bytes{0, 100, 255}), Layout(3, 8, isSigned), rescale);
+    EXPECT_EQ(frame.bytesPerPixel, sizeof(Sample));
+    EXPECT_EQ(ElementsOf<Sample>(frame), elements);
+    EXPECT_EQ(frame.values.low, values.low);
+    EXPECT_EQ(frame.values.high, values.high);
+}
+
 TEST(ModalityStage, MapsBytesAndWidensThoseThatOutgrowThem) {
-    const StoredLayout plain{3, 8, 8, 7, false, true};
-    const std::vector<std::uint8_t> stored{0, 100, 255};
-    const auto same = Staged(FrameOf(stored), plain, {1, -1024});
-    EXPECT_EQ(same.bytesPerPixel, 1);
-    EXPECT_EQ(same.values.low, -1024);
-    EXPECT_EQ(same.values.high, -769);
-    EXPECT_EQ(ElementsOf<std::uint8_t>(same), (Ints{0, 100, 255}));
-
-    const auto wider = Staged(FrameOf(stored), plain, {4, 0});
-    EXPECT_EQ(wider.bytesPerPixel, 2);
-    EXPECT_EQ(ElementsOf<std::int16_t>(wider), (Ints{0, 400, 1020}));
-
-    const StoredLayout signedBytes{3, 8, 8, 7, true, true};
-    const auto negative = Staged(FrameOf(stored), signedBytes);
-    EXPECT_EQ(negative.values.low, -1);
-    EXPECT_EQ(negative.values.high, 100);
+    ExpectBytes<std::uint8_t>(false, {1, -1024}, {0, 100, 255}, {-1024, -769});
+    ExpectBytes<std::int16_t>(false, {4, 0}, {0, 400, 1020}, {0, 1020});
+    ExpectBytes<std::uint8_t>(true, {}, {0, 100, 255}, {-1, 100});
 }
 
 TEST(ModalityStage, OutsideALookUpTableItsNearestEntryCounts) {
@@ -111,8 +115,7 @@ TEST(ModalityStage, OutsideALookUpTableItsNearestEntryCounts) {
     record.modalityLUTData = entries;
     record.modalityLUTCount = 10;
     record.modalityLUTFirst = 100;
-    const StoredLayout layout{4, 16, 16, 15, false, true};
-    const auto frame = ApplyModalityStage(FrameOf(Words{50, 105, 1000, 104}), layout,
+    const auto frame = ApplyModalityStage(FrameOf(Words{50, 105, 1000, 104}), Layout(4, 16),
                                           ModalityTransform(record), {});
     EXPECT_EQ(ElementsOf<std::int16_t>(frame), (Ints{1000, 1005, 1009, 996}));
     EXPECT_EQ(frame.values.low, 996);
@@ -120,31 +123,27 @@ TEST(ModalityStage, OutsideALookUpTableItsNearestEntryCounts) {
 }
 
 TEST(ModalityStage, ScalesWhatWordsCannotHold) {
-    const std::vector<std::uint32_t> dose{0, 1'000'000'000, 4'000'000'000};
-    const auto frame = Staged(FrameOf(dose), {3, 32, 32, 31, false, true});
+    const auto frame = Staged(FrameOf(DoubleWords{0, 1'000'000'000, 4'000'000'000}), Layout(3, 32));
     EXPECT_EQ(frame.bytesPerPixel, 2);
     EXPECT_EQ(ElementsOf<std::uint16_t>(frame), (Ints{0, 16384, 65535}));
     EXPECT_EQ(frame.values.high, 4'000'000'000);
     EXPECT_EQ(frame.elements.high, 65535);
 
-    // A PET slope: the words span 0 .. 599,479.
-    const auto pet =
-        Staged(FrameOf(Words{0, 65535}), {2, 16, 16, 15, false, true}, {9.1475195822016, 0});
-    EXPECT_EQ(ElementsOf<std::uint16_t>(pet), (Ints{0, 65535}));
-    EXPECT_EQ(pet.values.high, 599'482);
+    const Rescale pet{9.1475195822016, 0};  // the words span 0 .. 599,479
+    const auto first = Staged(FrameOf(Words{0, 65535}), Layout(2, 16), pet);
+    EXPECT_EQ(ElementsOf<std::uint16_t>(first), (Ints{0, 65535}));
+    EXPECT_EQ(first.values.high, 599'482);
     // A frame after one that went twice as high keeps its place.
-    const auto next = Staged(FrameOf(Words{0, 65535}), {2, 16, 16, 15, false, true},
-                             {9.1475195822016, 0}, {0, 2 * 599'482});
+    const auto next = Staged(FrameOf(Words{0, 65535}), Layout(2, 16), pet, {0, 2 * 599'482});
     EXPECT_EQ(ElementsOf<std::uint16_t>(next), (Ints{0, 32768}));
 
-    const auto small = Staged(FrameOf(std::vector<std::uint32_t>{3, 70'000}),
-                              {2, 32, 32, 31, false, true}, {0.5, 0});
+    const auto small = Staged(FrameOf(DoubleWords{3, 70'000}), Layout(2, 32), {0.5, 0});
     EXPECT_TRUE(small.scale.IsPlain());
     EXPECT_EQ(ElementsOf<std::uint16_t>(small), (Ints{1, 35'000}));
 }
 
 TEST(ModalityStage, KeepsStoredValuesWhereARescaleWouldLeaveNothing) {
-    const StoredLayout layout{3, 16, 16, 15, true, true};
+    const auto layout = Layout(3, 16, true);
     const auto tiny = Staged(FrameOf(Words{0, 100, 65535}), layout, {1e-5, 0});
     EXPECT_EQ(ElementsOf<std::int16_t>(tiny), (Ints{0, 100, -1}));
     EXPECT_EQ(tiny.values.high, 0);
@@ -155,12 +154,10 @@ TEST(ModalityStage, KeepsStoredValuesWhereARescaleWouldLeaveNothing) {
 }
 
 TEST(ModalityStage, UnpacksPixelsThatShareBytes) {
-    const auto bits =
-        Staged(FrameOf(std::vector<std::uint8_t>{0b10110001, 0b10}), {10, 1, 1, 0, false, true});
+    const auto bits = Staged(FrameOf(Bytes{0b10110001, 0b10}), Layout(10, 1));
     EXPECT_EQ(ElementsOf<std::uint8_t>(bits), (Ints{1, 0, 0, 0, 1, 1, 0, 1, 0, 1}));
     EXPECT_EQ(bits.values.high, 1);
-    const auto twelve =
-        Staged(FrameOf(std::vector<std::uint8_t>{0x34, 0x12, 0xAB}), {2, 12, 12, 11, false, true});
+    const auto twelve = Staged(FrameOf(Bytes{0x34, 0x12, 0xAB}), Layout(2, 12));
     EXPECT_EQ(ElementsOf<std::int16_t>(twelve), (Ints{0x234, 0xAB1}));
 }
 
@@ -169,13 +166,13 @@ TEST(ModalityStage, EndsShortFramesInZerosForEveryShapeOfHeader) {
         for (const int stored : {0, 1, 8, 12, 32, 65535}) {
             for (const int highBit : {0, 7, 15, 31, 65535}) {
                 const StoredLayout layout{9, allocated, stored, highBit, stored % 2 == 0, true};
-                const auto frame = Staged(FrameOf(std::vector<std::uint8_t>(1)), layout, {3e9, -7});
+                const auto frame = Staged(FrameOf(Bytes(1)), layout, {3e9, -7});
                 EXPECT_EQ(frame.pixels.size, 9U * static_cast<unsigned>(frame.bytesPerPixel));
                 EXPECT_EQ(frame.values.low, -7);
             }
         }
     }
-    const auto cut = Staged(FrameOf(Words{5}), {3, 16, 16, 15, false, true});
+    const auto cut = Staged(FrameOf(Words{5}), Layout(3, 16));
     EXPECT_EQ(ElementsOf<std::int16_t>(cut), (Ints{5, 0, 0}));
 }
 

@@ -21,22 +21,23 @@ enum Form { kFirst, kSecond };
 /// The overlay image that one of the two operations makes, which must keep to its bytes.
 Bytes Image(CDcmObject& object, CSize size, Form form, std::size_t pixelBytes = 1,
             CLData* data = nullptr) {
-    const auto pixels = static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy);
+    const auto pixels = static_cast<std::size_t>(size.cx * size.cy);
     Bytes block(pixels * pixelBytes + 2 * kGuardBytes, kGuard);
-    unsigned char* const image = block.data() + kGuardBytes;
-    std::fill_n(image, pixels * pixelBytes, static_cast<unsigned char>(0));
+    const auto begin = block.begin() + kGuardBytes;
+    const auto end = block.end() - kGuardBytes;
+    std::fill(begin, end, static_cast<unsigned char>(0));
     const CXDIPP dipp;
     unsigned long length = 0;
     unsigned short width = 0;
     const auto result =
         form == kSecond
-            ? dipp.MakeOverlayImage2(&object, data, image, length, width, 0, 0, 0, 0, 0, 0)
-            : dipp.MakeOverlayImage(&object, nullptr, image, length, width, 0);
+            ? dipp.MakeOverlayImage2(&object, data, &*begin, length, width, 0, 0, 0, 0, 0, 0)
+            : dipp.MakeOverlayImage(&object, nullptr, &*begin, length, width, 0);
     EXPECT_EQ(result, QVM_SUCCESS);
     EXPECT_EQ(length, pixels);
-    EXPECT_EQ(std::count(block.begin(), block.begin() + kGuardBytes, kGuard), kGuardBytes);
-    EXPECT_EQ(std::count(block.end() - kGuardBytes, block.end(), kGuard), kGuardBytes);
-    return {image, image + pixels * pixelBytes};
+    EXPECT_EQ(std::count(block.begin(), begin, kGuard) + std::count(end, block.end(), kGuard),
+              2 * kGuardBytes);
+    return {begin, end};
 }
 
 using Planes = std::vector<TestOverlay>;
@@ -134,10 +135,8 @@ TEST(OverlayImage, ColourPlanesKeepTheirColours) {
     const CSize size{16, 4};
     const auto red = WithData({4, 16}, 1);
     const auto white = WithData({4, 16, 2, 1}, 2);
-    CDcmObject object = Picture(size, 8, {red, white}, 3);
-    object.SetValue(tag::kOverlaysRed, static_cast<unsigned short>(0x12FF));
-    object.SetValue(tag::kOverlaysGreen, static_cast<unsigned short>(0));
-    object.SetValue(tag::kOverlaysBlue, static_cast<unsigned short>(7));
+    CDcmObject object = test::With(Picture(size, 8, {red, white}, 3),
+                                   "OverlaysRed=4863; OverlaysGreen=0; OverlaysBlue=7");  // 0x12FF
     Bytes expected;
     for (int i = 0; i < 64; ++i) {
         const auto pixel = white.Covers(i / 16, i % 16) ? Bytes{255, 255, 255}
@@ -195,10 +194,8 @@ TEST(OverlayImage, ArgumentsWinOverTheObject) {
 }
 
 TEST(EmbeddedOverlays, GatherTheUnusedBitsOfTheFrame) {
-    CDcmObject object;
-    const std::vector<std::uint16_t> words = {0x0FFF, 0x8000, 0x4FFF, 0x1000, 0x2FFF,
-                                              0,      0,      0,      0xC000, 0x0001};
-    FillImage(object, {.size = {5, 2}}, words);
+    const Words words = {0xFFF, 0x8000, 0x4FFF, 0x1000, 0x2FFF, 0, 0, 0, 0xC000, 1};
+    CDcmObject object = ImageOf({{5, 2}}, words);
     AddOverlay(object, 0x6000, {2, 5, 1, 1, 16, 15});
     AddOverlay(object, 0x6002, {2, 5, 1, 1, 16, 14});
     AddOverlay(object, 0x6004, {2, 4, 1, 1, 16, 13});   // not of the image's size

@@ -42,6 +42,11 @@ struct TestVolume {
     }
 };
 
+/// Shows a frame of an object, which a state that is applied later reads again.
+inline void ShowObject(CXDIPP& dipp, CDcmObject& object, CSize view, int frame = 0) {
+    CDcmApp app;
+    ASSERT_EQ(dipp.Initialize(&app, &object, view, frame), QVM_SUCCESS);
+}
 /// An image of one grey value a pixel, shown without a header.
 inline void ShowBytes(CXDIPP& dipp, Bytes pixels, CSize size, CSize view) {
     ASSERT_EQ(dipp.Initialize(pixels.data(), view, size, 1, 255, 0, 0), QVM_SUCCESS);
@@ -62,10 +67,16 @@ inline Values Rendered(CXDIPP& dipp) {
     }
     return fromTop;
 }
-/// The same at a zoom of 1.
 inline Values Shown(CXDIPP& dipp) {
     dipp.UpdateZoom_ABS(1.0);
     return Rendered(dipp);
+}
+
+/// Equal but for one level.
+template <class Expected>
+void ExpectNear(const Values& shown, const Expected& expected) {
+    ASSERT_EQ(shown.size(), std::size(expected));
+    for (std::size_t i = 0; i < shown.size(); ++i) EXPECT_NEAR(shown[i], expected[i], 1) << i;
 }
 
 inline CSize ResultSize(const CXDIPP& dipp) {

@@ -1,7 +1,5 @@
 #include "foundation/platform/canvas.h"
 #include "pipeline/layers/annotation_drawing.h"
-#include "quorvex/Tags.h"
-#include "tests/pipeline/graphics.h"
 #include "tests/pipeline/screen.h"
 #include "tests/pipeline/test_objects.h"
 #include "tests/presentation/presentation_objects.h"
@@ -17,21 +15,78 @@
 namespace quorvex::pipeline_test {
 namespace {
 
+enum Type { kPoint = 1, kPolyline, kInterpolated, kCircle, kEllipse };
+constexpr int kPixel = 0;
+constexpr int kDisplay = 1;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-/// A graphic of an object; its words are those of the standard.
-CDcmItem GraphicItem(const char* type, const char* units, const Coordinates& points) {
-    CDcmItem graphic;
-    graphic.SetValue(tag::kGraphicType, type);
-    graphic.SetValue(tag::kGraphicAnnotationUnits, units);
-    graphic.SetValue(tag::kGraphicFilled, "N");
-    for (const GSPSPoint& point : points) {
-        graphic.SetNextValue(tag::kGraphicData, point.x);
-        graphic.SetNextValue(tag::kGraphicData, point.y);
+
+using Coordinates = std::vector<GSPSPoint>;
+
+/// A graphic object of a record.
+std::unique_ptr<GSPSGraphicObject> Graphic(int type, const Coordinates& points, int units,
+                                           int filled) {
+    auto graphic = std::make_unique<GSPSGraphicObject>();
+    graphic->graphicType = type;
+    graphic->annotationUnits = units;
+    graphic->filled = filled;
+    for (const auto& point : points) graphic->points.Add(new GSPSPoint(point));
+    return graphic;
+}
+
+// On a surface that shows a 100 x 100 image as it is.
+DrawnShape Shape(int type, const Coordinates& points, int filled = 0) {
+    const RenderedView view{{100, 100}, 1.0, 0, false};
+    const AnnotationPlace place{ImageToSurface(view, {100, 100}, {0, 0}), {0, 0, 100, 100}};
+    return ShapeOf(*Graphic(type, points, kPixel, filled), place);
+}
+
+double NearestTo(const std::vector<CanvasPoint>& outline, GSPSPoint place) {
+    double nearest = std::numeric_limits<double>::infinity();
+    for (const auto& point : outline) {
+        nearest = std::min(nearest, std::hypot(point.x - place.x, point.y - place.y));
     }
-    CDcmItem annotation;
-    test::PutItems(annotation, tag::kGraphicObjectSequence, {graphic});
-    return annotation;
+    return nearest;
+}
+
+TEST(AnnotationShapes, AreRoundAndSmooth) {
+    for (const auto& point : Shape(kCircle, {{50, 40}, {53, 44}}).outline) {
+        EXPECT_NEAR(std::hypot(point.x - 50, point.y - 40), 5.0, 1e-9);
+    }
+    const Coordinates ends = {{20, 50}, {80, 50}, {50, 35}, {50, 65}};
+    const auto ellipse = Shape(kEllipse, ends).outline;
+    for (const auto& point : ellipse) {
+        EXPECT_NEAR(std::hypot((point.x - 50) / 30, (point.y - 50) / 15), 1.0, 1e-9);
+    }
+    for (const auto& end : ends) EXPECT_LT(NearestTo(ellipse, end), 1e-9);
+
+    const Coordinates bends = {{10, 10}, {40, 60}, {70, 10}, {90, 80}};
+    const auto curve = Shape(kInterpolated, bends).outline;
+    EXPECT_GT(curve.size(), 20U);
+    for (const auto& bend : bends) EXPECT_LT(NearestTo(curve, bend), 1e-9);
+    for (std::size_t i = 2; i < curve.size(); ++i) {  // no corner anywhere
+        const double before =
+            std::atan2(curve[i - 1].y - curve[i - 2].y, curve[i - 1].x - curve[i - 2].x);
+        const double after = std::atan2(curve[i].y - curve[i - 1].y, curve[i].x - curve[i - 1].x);
+        EXPECT_LT(std::abs(std::remainder(after - before, 6.2831853)), 0.9) << i;
+    }
+}
+
+TEST(AnnotationShapes, AreFilledWhereTheyClose) {
+    const Coordinates open = {{10, 10}, {40, 10}, {40, 40}};
+    Coordinates closed = open;
+    closed.push_back(open.front());
+    EXPECT_FALSE(Shape(kPolyline, open, 1).isFilled);
+    EXPECT_TRUE(Shape(kPolyline, closed, 1).isFilled);
+    EXPECT_FALSE(Shape(kPolyline, closed, 0).isFilled);
+    EXPECT_TRUE(Shape(kCircle, {{9, 9}, {9, 4}}, 1).isFilled);
+    EXPECT_LE(Shape(kInterpolated, Coordinates(100000, {5, 5})).outline.size(), 65535U);
+}
+
+/// An annotation of an object that has one graphic.
+CDcmItem Annotation(const std::string& graphic) {
+    return test::With(CDcmItem(), tag::kGraphicObjectSequence,
+                      {test::With<CDcmItem>("GraphicFilled=N; " + graphic)});
 }
 
 double* NewPair(double x, double y) {
@@ -73,13 +128,11 @@ protected:
     /// Shows an image with one annotation.
     void Show(CXDIPP& dipp, CSize size, const Bytes& pixels, const CDcmItem& annotation,
               std::initializer_list<int> aspect = {1, 1}) {
-        CDcmObject& object = images_.emplace_back();
-        FillImage(object, {size, 1, 8, 8}, pixels);
-        object.SetValue(tag::kWindowCenter, "128");
-        object.SetValue(tag::kWindowWidth, "256");
+        CDcmObject& object = images_.emplace_back(
+            ImageOf({size, 1, 8, 8}, pixels, "WindowCenter=128; WindowWidth=256"));
         test::Put(object, tag::kPixelAspectRatio, aspect);
         test::PutItems(object, tag::kGraphicAnnotationSequence, {annotation});
-        ASSERT_EQ(dipp.Initialize(&app_, &object, kScreen, 0), QVM_SUCCESS);
+        ShowObject(dipp, object, kScreen);
         dipp.ShowAnnotations(1);
     }
     /// A black image of 80 x 60 that fills half of the screen each way.
@@ -110,7 +163,8 @@ const LayCase kLays[] = {
 
 // The picture itself shows where a pixel lies: one white pixel on black, its middle of light.
 TEST_F(ShownAnnotations, LieOnThePixelThatTheyName) {
-    const CDcmItem point = GraphicItem("POINT", "PIXEL", {{11.5, 6.5}});
+    const CDcmItem point =
+        Annotation("GraphicType=POINT; GraphicAnnotationUnits=PIXEL; GraphicData=11.5\\6.5");
     for (const LayCase& lay : kLays) {
         for (int turn = 0; turn < 8; ++turn) {
             if (*lay.aspect.begin() != 1 && turn % 2 == 1) continue;  // cut by its own height
@@ -138,7 +192,10 @@ TEST_F(ShownAnnotations, LieOnThePixelThatTheyName) {
 
 TEST_F(ShownAnnotations, AreDrawnOnlyWhileAskedFor) {
     CXDIPP dipp;
-    ShowBlack(dipp, GraphicItem("POLYLINE", "PIXEL", {{10, 10}, {70, 50}}));
+    ShowBlack(
+        dipp,
+        Annotation(
+            "GraphicType=POLYLINE; GraphicAnnotationUnits=PIXEL; GraphicData=10\\10\\70\\50"));
     EXPECT_FALSE(Drawn(dipp).IsBlack());
     EXPECT_LE(std::ranges::max(Rendered(dipp)), 2) << "the result has none";
     dipp.ShowAnnotations(0);
@@ -150,32 +207,34 @@ TEST_F(ShownAnnotations, AreDrawnOnlyWhileAskedFor) {
 }
 
 TEST_F(ShownAnnotations, InDisplayUnitsStayWithTheDisplayedArea) {
-    const CDcmItem line = GraphicItem("POLYLINE", "DISPLAY", {{0.25, 0.5}, {0.75, 0.5}});
+    const CDcmItem line = Annotation(
+        "GraphicType=POLYLINE; GraphicAnnotationUnits=DISPLAY; GraphicData=0.25\\0.5\\0.75\\0.5");
     CXDIPP dipp;
     ShowBlack(dipp, line);  // whole image: laid out to fill the screen
     const CRect bright = Drawn(dipp).Bright();
-    EXPECT_NEAR(bright.left, 40, 1);
-    EXPECT_NEAR(bright.right, 120, 1);
     EXPECT_NEAR(bright.top, 59, 1);
+    const auto expectAcross = [&dipp](int left, int right) {
+        EXPECT_NEAR(Drawn(dipp).Bright().left, left, 1);
+        EXPECT_NEAR(Drawn(dipp).Bright().right, right, 1);
+    };
+    expectAcross(40, 120);
     dipp.UpdateZoom_ABS(0.5);
     dipp.UpdatePan_ABS({13, 5});
     dipp.UpdateHFlip_Toggle();
     ASSERT_EQ(dipp.Render(), QVM_SUCCESS);
     EXPECT_EQ(Drawn(dipp).Bright(), bright);
 
-    CDcmItem area;  // 20 x 60 pixels: 40 x 120 of the screen, in its middle
-    test::Put(area, tag::kDisplayedAreaTopLeftHandCorner, {1, 1});
-    test::Put(area, tag::kDisplayedAreaBottomRightHandCorner, {20, 60});
+    // 20 x 60 pixels: 40 x 120 of the screen, in its middle
+    const auto area = test::With<CDcmItem>(
+        "DisplayedAreaTopLeftHandCorner=1\\1; DisplayedAreaBottomRightHandCorner=20\\60");
     CDcmObject state;
     test::PutItems(state, tag::kDisplayedAreaSelectionSequence, {area});
     test::PutItems(state, tag::kGraphicAnnotationSequence, {line});
     dipp.ApllyGSPSObject(&app_, &state);
-    EXPECT_NEAR(Drawn(dipp).Bright().left, 70, 1);
-    EXPECT_NEAR(Drawn(dipp).Bright().right, 90, 1);
+    expectAcross(70, 90);
     dipp.UpdateRotate_ABS(90);  // on its side: 160 wide
     ASSERT_EQ(dipp.Render(), QVM_SUCCESS);
-    EXPECT_NEAR(Drawn(dipp).Bright().left, 40, 1);
-    EXPECT_NEAR(Drawn(dipp).Bright().right, 120, 1);
+    expectAcross(40, 120);
 }
 
 TEST_F(ShownAnnotations, TextStandsInItsBox) {
@@ -239,10 +298,8 @@ TEST_F(ShownAnnotations, SurviveBadGraphics) {
 // What crosses itself everywhere would take minutes to draw, and is left out past a limit.
 TEST_F(ShownAnnotations, KeepNobodyWaiting) {
     Coordinates tangle;
-    for (unsigned i = 0; i < 65535; ++i) {
-        tangle.push_back(
-            {static_cast<double>(i * 7919 % 83), static_cast<double>(i * 104729 % 61)});
-    }
+    for (unsigned i = 0; i < 65535; ++i)
+        tangle.push_back({double(i * 7919 % 83), double(i * 104729 % 61)});
     tangle.push_back(tangle.front());
     for (const int type : {kPolyline, kInterpolated}) {
         CXGSPSInfo record;

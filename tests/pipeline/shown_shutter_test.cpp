@@ -1,4 +1,3 @@
-#include "quorvex/Tags.h"
 #include "tests/pipeline/overlay_objects.h"
 #include "tests/pipeline/shown.h"
 
@@ -10,7 +9,7 @@ namespace {
 
 constexpr CSize kSize{12, 8};
 constexpr std::size_t kPixels = 96;
-constexpr int kHidden = 0x9A;
+constexpr int kHidden = 0x9A;  // of 39612, 0x9ABC
 
 // What a rectangle from column 3 to 9 and row 2 to 6 leaves in sight.
 bool IsHidden(std::size_t pixel) {
@@ -19,24 +18,9 @@ bool IsHidden(std::size_t pixel) {
     return x < 3 || x >= 9 || y < 2 || y >= 6;
 }
 
-void AddShutter(CDcmObject& object) {
-    object.SetValue(tag::kShutterShape, "RECTANGULAR");
-    object.SetValue(tag::kShutterLeftVerticalEdge, 3);
-    object.SetValue(tag::kShutterRightVerticalEdge, 9);
-    object.SetValue(tag::kShutterUpperHorizontalEdge, 2);
-    object.SetValue(tag::kShutterLowerHorizontalEdge, 6);
-    object.SetValue(tag::kShutterPresentationValue, static_cast<unsigned short>(0x9ABC));
-}
-
-template <class Sample>
-CDcmObject Picture(const ImageShape& shape, const std::vector<Sample>& samples) {
-    CDcmObject object;
-    FillImage(object, shape, samples);
-    object.SetValue(tag::kWindowCenter, 128.0);
-    object.SetValue(tag::kWindowWidth, 256.0);
-    AddShutter(object);
-    return object;
-}
+constexpr const char* kShutter =
+    "ShutterShape=RECTANGULAR; ShutterLeftVerticalEdge=3; ShutterRightVerticalEdge=9; "
+    "ShutterUpperHorizontalEdge=2; ShutterLowerHorizontalEdge=6; ShutterPresentationValue=39612";
 
 struct KindCase {
     const char* what;
@@ -52,16 +36,16 @@ KindCase Kind(const char* what, const ImageShape& shape) {
         image.push_back(static_cast<Sample>(i * 7 % 120));
         mask.push_back(static_cast<Sample>(IsHidden(i / shape.samples) ? 255 : 0));
     }
-    return {what, Picture(shape, image), Picture(shape, mask)};
+    const std::string all = std::string("WindowCenter=128; WindowWidth=256; ") + kShutter;
+    return {what, ImageOf(shape, image, all), ImageOf(shape, mask, all)};
 }
 
 KindCase GreyBytes() {
-    return Kind<unsigned char>("grey bytes", {kSize, 1, 8, 8, 0, "MONOCHROME2"});
+    return Kind<unsigned char>("grey bytes", {kSize, 1, 8, 8});
 }
 
 void Show(CXDIPP& dipp, CDcmObject& object, int turn = 0) {
-    CDcmApp app;
-    ASSERT_EQ(dipp.Initialize(&app, &object, kSize, 0), QVM_SUCCESS);
+    ShowObject(dipp, object, kSize);
     dipp.UpdateZoom_ABS(1.0);
     dipp.UpdateRotate_ABS(turn % 4 * 90);
     if (turn > 3) dipp.UpdateHFlip_Toggle();
@@ -69,8 +53,7 @@ void Show(CXDIPP& dipp, CDcmObject& object, int turn = 0) {
 
 // A picture of the mask that was turned in the same way says where the mask lies.
 TEST(ShownShutter, LiesWhereThePictureOfItsMaskLies) {
-    KindCase kinds[] = {GreyBytes(),
-                        Kind<unsigned short>("grey words", {kSize, 1, 16, 12, 0, "MONOCHROME2"}),
+    KindCase kinds[] = {GreyBytes(), Kind<unsigned short>("grey words", {kSize}),
                         Kind<unsigned char>("colour", {kSize, 3, 8, 8, 0, "RGB"})};
     for (auto& kind : kinds) {
         for (int turn = 0; turn < 8; ++turn) {
@@ -134,21 +117,18 @@ TEST(ShownShutter, HidesSupplementalColours) {
 
 TEST(ShownShutter, OfAStateReplacesThatOfTheImage) {
     auto kind = GreyBytes();
-    CDcmApp app;
-    const auto hiddenUnder = [&](CDcmObject& state) {
+    const auto hiddenUnder = [&](CDcmObject state) {
+        CDcmApp app;
         CXDIPP dipp;
         Show(dipp, kind.image);
         dipp.ShowShutter(1);
         dipp.ApllyGSPSObject(&app, &state);
         return std::ranges::count(Rendered(dipp), kHidden);
     };
-    CDcmObject state;
-    EXPECT_EQ(hiddenUnder(state), 0);
-    AddShutter(state);
-    EXPECT_EQ(hiddenUnder(state), 12 * 8 - 6 * 4);
-    state.SetValue(tag::kRows, static_cast<unsigned short>(3));  // a mask smaller than the image
-    state.SetValue(tag::kColumns, static_cast<unsigned short>(4));
-    EXPECT_EQ(hiddenUnder(state), 0);
+    EXPECT_EQ(hiddenUnder(CDcmObject()), 0);
+    EXPECT_EQ(hiddenUnder(test::With(kShutter)), 12 * 8 - 6 * 4);
+    EXPECT_EQ(hiddenUnder(test::With(test::With("Rows=3; Columns=4"), kShutter)), 0)
+        << "a mask smaller than the image";
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include "quorvex/DicomObject.h"
 #include "quorvex/Tags.h"
+#include "tests/support/attribute_values.h"
 
 #include <cstdint>
 #include <cstring>
@@ -63,6 +64,15 @@ void FillImage(CDcmObject& object, const ImageShape& shape, const std::vector<Sa
     bytes.data.resize(samples.size() * sizeof(Sample));
     std::memcpy(bytes.data.data(), samples.data(), bytes.data.size());
     object.SetValue(tag::kPixelData, &bytes, detail::Bytes::Give);
+}
+
+/// The same as a new object, with a list of attributes besides.
+template <class Sample>
+CDcmObject ImageOf(const ImageShape& shape, const std::vector<Sample>& samples,
+                   const std::string& attributes = "") {
+    CDcmObject object;
+    FillImage(object, shape, samples);
+    return test::With(std::move(object), attributes);
 }
 
 }  // namespace quorvex::pipeline_test

@@ -1,9 +1,13 @@
 #include "pipeline/displayed_image.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "tests/pipeline/shown.h"
+#include "tests/pipeline/test_objects.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
+#include <random>
+#include <utility>
 
 namespace quorvex::pipeline_test {
 namespace {
@@ -61,13 +65,13 @@ TEST(ViewTransform, LaysTheImageOut) {
 }
 
 TEST(ViewTransform, ZoomStepsStayBetweenATenthAndTen) {
+    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
     struct {
         double from;
         int percent;
         double zoom;
-    } const cases[] = {{1.5, 10, 1.6},   {9.95, 10, 10.0},
-                       {0.15, -10, 0.1}, {20.0, 0, 10.0},
-                       {20.0, 1, 10.0},  {std::numeric_limits<double>::quiet_NaN(), 1, 0.1}};
+    } const cases[] = {{1.5, 10, 1.6},  {9.95, 10, 10.0}, {0.15, -10, 0.1},
+                       {20.0, 0, 10.0}, {20.0, 1, 10.0},  {kNaN, 1, 0.1}};
     CXDIPP dipp;
     for (const auto& c : cases) {
         dipp.UpdateZoom_ABS(c.from);
@@ -139,6 +143,88 @@ TEST(ViewTransform, WindowUpdatesReachWindowing) {
     dipp.UpdateVOILUT_ABS(40, 400);
     dipp.UpdateVOILUT_Offset(10, -20);
     EXPECT_EQ(WindowOf(dipp), (CSize{420, 30}));
+}
+
+// --- An object that has rendered before shows what one shows that renders for the first time ------
+
+constexpr CSize kSmall{200, 200};
+constexpr CSize kLarge{310, 230};  // enough pixels for every way to map them
+
+/// Two frames of one range with a shutter, and a state.
+struct Host {
+    Host() {
+        std::mt19937 engine(7);
+        Words words(2 * std::size_t{310} * 230);
+        for (auto& word : words) word = static_cast<std::uint16_t>(engine() & 0xFFFU);
+        words[0] = words[words.size() / 2] = 0;
+        words[1] = words[words.size() / 2 + 1] = 0xFFF;
+        image = ImageOf({kLarge}, words,
+                        "NumberOfFrames=2; RescaleIntercept=-1024; RescaleSlope=1; "
+                        "ShutterShape=CIRCULAR; CenterOfCircularShutter=110\\150; "
+                        "RadiusOfCircularShutter=90");
+        auto voi = test::With<CDcmItem>("WindowCenter=300; WindowWidth=700");
+        state.SetValue(tag::kSoftcopyVOILUTSequence, &voi);
+    }
+    CDcmApp app;
+    CDcmObject image;
+    CDcmObject state =
+        test::With("ImageRotation=90; ImageHorizontalFlip=Y; PresentationLUTShape=INVERSE");
+};
+
+/// Something that a user does, with a number that says how much.
+struct Act {
+    const char* name;
+    void (*perform)(CXDIPP&, Host&, int amount);
+};
+
+const Act kActs[] = {
+    {"window", [](CXDIPP& d, Host&, int n) { d.UpdateVOILUT_ABS(n * 9 - 900, 1 + n * n / 5); }},
+    {"window offset", [](CXDIPP& d, Host&, int n) { d.UpdateVOILUT_Offset(n - 50, 60 - n); }},
+    {"zoom", [](CXDIPP& d, Host&, int n) { d.UpdateZoom_ABS(0.1 + n * 0.02); }},
+    {"zoom 1", [](CXDIPP& d, Host&, int n) { d.UpdateZoom_ABS(n % 2 != 0 ? 1.0 : 0.5); }},
+    {"pan",
+     [](CXDIPP& d, Host&, int n) {
+         d.UpdatePan_Offset(CPoint{n, -n});
+     }},
+    {"turn", [](CXDIPP& d, Host&, int n) { d.UpdateRotate_Offset(n % 4 * 90); }},
+    {"flip", [](CXDIPP& d, Host&, int) { d.UpdateHFlip_Toggle(); }},
+    {"toggle", [](CXDIPP& d, Host&, int) { d.UpdatePresentationLUT_Toggle(); }},
+    {"view",
+     [](CXDIPP& d, Host&, int n) {
+         d.UpdateViewSize(CSize{100 + n, 300 - n});
+     }},
+    {"shutter", [](CXDIPP& d, Host&, int n) { d.ShowShutter(n % 2); }},
+    {"state", [](CXDIPP& d, Host& h, int) { d.ApllyGSPSObject(&h.app, &h.state); }},
+    {"frame", [](CXDIPP& d, Host& h, int n) { d.Initialize(&h.app, kSmall, n % 2); }},
+    {"copy", [](CXDIPP& d, Host&, int) { d = CXDIPP(d); }},
+    {"bytes",
+     [](CXDIPP& d, Host&, int n) {
+         Bytes grey(310 * 230);
+         for (std::size_t i = 0; i < grey.size(); ++i)
+             grey[i] = static_cast<unsigned char>(i * i >> n % 9);
+         ShowBytes(d, grey, kLarge, kSmall);
+     }},
+};
+
+TEST(ViewTransform, ShowsNothingOfEarlierRenders) {
+    Host host;
+    std::mt19937 engine(11);
+    for (int sequence = 0; sequence < 6; ++sequence) {
+        CXDIPP lasting;
+        ASSERT_EQ(lasting.Initialize(&host.app, &host.image, {250, 200}, 0), QVM_SUCCESS);
+        std::vector<std::pair<const Act*, int>> done;
+        for (int i = 0; i < 25; ++i) {
+            done.emplace_back(&kActs[engine() % std::size(kActs)],
+                              static_cast<int>(engine() % 100));
+            done.back().first->perform(lasting, host, done.back().second);
+            CXDIPP fresh;
+            fresh.Initialize(&host.app, &host.image, {250, 200}, 0);
+            for (const auto& [act, amount] : done) act->perform(fresh, host, amount);
+            ASSERT_EQ(Rendered(lasting), Rendered(fresh))
+                << done.back().first->name << ' ' << done.back().second << ", act " << i
+                << " of sequence " << sequence;
+        }
+    }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "quorvex/Attributes.h"
+#include "tests/support/named_tags.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -12,17 +13,24 @@ namespace quorvex::test {
 
 inline constexpr const char* kAbsent = "(absent)";
 
-/// Hands each attribute of a list to `take`: "ggggeeee=value\value; ggggeeee; ...", where one
+/// A name of quorvex/Tags.h without its k, or eight hexadecimal digits.
+inline std::uint32_t TagOf(const std::string& name) {
+    static const std::vector<NamedTag> tags = NamedTags();
+    const auto named = std::ranges::find(tags, name, &NamedTag::name);
+    return named != tags.end() ? named->tag
+                               : static_cast<std::uint32_t>(std::stoul(name, nullptr, 16));
+}
+
+/// Hands each attribute of a list to `take`: "Rows=4; PixelSpacing=0.5\0.25; ...", where one
 /// without "=" is absent.
 template <class Take>
 void ForEachAttribute(const std::string& list, Take take) {
-    constexpr std::size_t kTagDigits = 8;
     for (std::size_t at = 0; at < list.size();) {
         const std::size_t end = std::min(list.find("; ", at), list.size());
-        const auto tag =
-            static_cast<std::uint32_t>(std::stoul(list.substr(at, kTagDigits), nullptr, 16));
-        const std::size_t equals = at + kTagDigits;
-        take(tag, equals < end ? list.substr(equals + 1, end - equals - 1) : kAbsent);
+        const std::string one = list.substr(at, end - at);
+        const std::size_t equals = one.find('=');
+        take(TagOf(one.substr(0, equals)),
+             equals == std::string::npos ? kAbsent : one.substr(equals + 1));
         at = end + 2;
     }
 }
