@@ -17,13 +17,13 @@ long Following(long n) {
 }
 
 /// As a host calls it: an exception counts as "thrown".
-enum class Answered { kDone, kRefused, kThrown };
+enum class End { kDone, kRefused, kThrown };
 
-Answered Run(const Subject& subject) {
+End Run(const Operation& operation, Host& host) {
     try {
-        return subject.work() ? Answered::kDone : Answered::kRefused;
+        return operation.work(host) ? End::kDone : End::kRefused;
     } catch (const std::bad_alloc&) {
-        return Answered::kThrown;
+        return End::kThrown;
     }
 }
 
@@ -40,12 +40,12 @@ bool IsTriedOn(const How& how, const Kind& kind) {
 class Examination {
 public:
     Examination(const Operation& operation, const Kind& kind) : operation_(operation), kind_(kind) {
-        Subject subject = operation_.make(kind_);
-        before_ = subject.look();
-        EXPECT_TRUE(subject.work()) << Name() << ": cannot be done at all";
-        after_ = subject.look();
+        const auto host = Make();
+        before_ = operation_.look(*host);
+        EXPECT_TRUE(operation_.work(*host)) << Name() << ": cannot be done at all";
+        after_ = operation_.look(*host);
         // What the first run makes for the whole process is made by now.
-        Subject(operation_.make(kind_)).work();
+        operation_.work(*Make());
     }
 
     [[nodiscard]] long Refusals() const { return refusals_; }
@@ -62,6 +62,11 @@ public:
     }
 
 private:
+    [[nodiscard]] std::unique_ptr<Host> Make() const {
+        auto host = std::make_unique<Host>(kind_);
+        operation_.prepare(*host);
+        return host;
+    }
     [[nodiscard]] std::string Name() const {
         return std::string(operation_.name) + " on " + kind_.name;
     }
@@ -73,29 +78,28 @@ private:
 
     /// False when the operation needs fewer than n allocations.
     bool Try(long n, Failing how) {
-        Subject subject = operation_.make(kind_);
+        const auto host = Make();
         FailingMemory memory(n, how);
-        const Answered answered = test::Run(subject);
+        const End end = test::Run(operation_, *host);
         if (memory.Stop() == 0) return false;
         ++refusals_;
-        Judge(n, answered, subject.look());
-        if (answered != Answered::kDone && !subject.work()) Complain(n) << "not usable any more\n";
-        if (answered == Answered::kDone && operation_.how.reports == Reports::kNothing) return true;
-        if (subject.look() != after_) Complain(n) << "another result afterwards\n";
+        Judge(n, end, operation_.look(*host));
+        if (end != End::kDone && !operation_.work(*host)) Complain(n) << "not usable any more\n";
+        if (end == End::kDone && operation_.how.reports == Reports::kNothing) return true;
+        if (operation_.look(*host) != after_) Complain(n) << "another result afterwards\n";
         return true;
     }
 
-    void Judge(long n, Answered answered, const std::string& seen) {
-        if (answered == Answered::kThrown && operation_.how.reports != Reports::kException)
-            Complain(n) << "an exception gets out\n";
+    void Judge(long n, End end, const std::string& seen) {
+        const bool isSilent = operation_.how.reports == Reports::kNothing;
         const bool isAfter = seen == after_;
         const bool isBefore = operation_.how.leaves == Leaves::kUsable || seen == before_;
-        if (answered == Answered::kDone && !isAfter && operation_.how.reports != Reports::kNothing)
+        if (end == End::kThrown && operation_.how.reports != Reports::kException)
+            Complain(n) << "an exception gets out\n";
+        if (end == End::kDone && !isAfter && !isSilent)
             Complain(n) << "success with a wrong result\n";
-        if (answered == Answered::kDone && !isAfter &&
-            operation_.how.reports == Reports::kNothing && !isBefore)
-            Complain(n) << "half done\n";
-        if (answered != Answered::kDone && !isBefore) Complain(n) << "half changed\n";
+        if (end == End::kDone && !isAfter && isSilent && !isBefore) Complain(n) << "half done\n";
+        if (end != End::kDone && !isBefore) Complain(n) << "half changed\n";
     }
 
     const Operation& operation_;
@@ -108,7 +112,8 @@ private:
 
 }  // namespace
 
-void FailEveryAllocation(const Operation& operation) {
+TEST_P(FailingAllocation, IsReportedAndLeavesNothingHalfDone) {
+    const Operation& operation = GetParam();
     long refusals = 0;
     int kinds = 0;
     for (const Kind& kind : AllKinds()) {
@@ -119,10 +124,6 @@ void FailEveryAllocation(const Operation& operation) {
         refusals += examination.Refusals();
     }
     std::printf("    %-45s %3d kinds %8ld allocations failed\n", operation.name, kinds, refusals);
-}
-
-TEST_P(FailingAllocation, IsReportedAndLeavesNothingHalfDone) {
-    FailEveryAllocation(GetParam());
 }
 
 }  // namespace quorvex::test

@@ -1,22 +1,12 @@
 /// Fails every allocation of an operation in turn and looks at what is left of its objects.
 #pragma once
 
-#include "tests/faults/fault_kinds.h"
+#include "tests/faults/host.h"
 
-#include <functional>
 #include <gtest/gtest.h>
-#include <memory>
 #include <string>
-#include <vector>
 
 namespace quorvex::test {
-
-/// Objects that an operation works on: the call, and all that a host can see of the objects and of
-/// the call's results.
-struct Subject {
-    std::function<bool()> work;  ///< true: the operation answers success
-    std::function<std::string()> look;
-};
 
 /// What is left after a failure.
 enum class Leaves {
@@ -31,47 +21,43 @@ enum class Reports {
     kNothing,    ///< its answer is always the same; the objects are as before or as after
 };
 
-inline constexpr const char* kStates = "presentation state";
-
 struct How {
     const char* on = "";     ///< names of kinds, '|' between them; empty for all
     const char* notOn = "";  ///< the same
     Leaves leaves = Leaves::kAsBefore;
     Reports reports = Reports::kCode;
 };
+constexpr How On(const char* kinds, Leaves leaves = Leaves::kAsBefore) {
+    return {.on = kinds, .leaves = leaves};
+}
+constexpr How NotOn(const char* kinds, Leaves leaves = Leaves::kAsBefore) {
+    return {.notOn = kinds, .leaves = leaves};
+}
+inline constexpr How kOnAll{};
 inline constexpr How kOnImages{.notOn = kStates};
 inline constexpr How kOnImagesUsable{.notOn = kStates, .leaves = Leaves::kUsable};
-inline constexpr How kUsable{.leaves = Leaves::kUsable};
 inline constexpr How kThrows{.reports = Reports::kException};
+inline constexpr How kUsable{.leaves = Leaves::kUsable};
 
+/// A call, what a host sees of its objects and results, and what comes ahead of it.
 struct Operation {
     const char* name;
     How how;
-    std::function<Subject(const Kind&)> make;
+    std::string (*look)(Host&);
+    bool (*work)(Host&);  ///< true: the operation answers success
+    void (*prepare)(Host&) = [](Host&) {};
 };
 
 inline void PrintTo(const Operation& operation, std::ostream* out) {
     *out << operation.name;
 }
 
-/// An operation on a new `State(kind)`: `work(state)` is the call, `look(state)` what a host sees.
-template <class State, class Work, class Look>
-Operation On(const char* name, const How& how, Work work, Look look) {
-    return {name, how, [=](const Kind& kind) {
-                auto state = std::make_shared<State>(kind);
-                return Subject{[=] { return work(*state); }, [=] { return look(*state); }};
-            }};
-}
-template <class State, class Work>
-Operation On(const char* name, const How& how, Work work) {
-    return On<State>(name, how, work, [](State& state) { return state.Look(); });
-}
+/// What is done to a host `s`, and whether that succeeds.
+#define DO(...) [](Host& s) { static_cast<void>((__VA_ARGS__)); }
+#define DONE(...) [](Host& s) { return IsDone((__VA_ARGS__)); }
 
-/// Fails the n-th allocation, once and from then on, for every n until the operation is done
-/// without noticing; past 200 only some of them.
-void FailEveryAllocation(const Operation& operation);
-
-/// Each file instantiates this with its operations.
+/// Each file instantiates this with its operations. The n-th allocation fails, once and from then
+/// on, for every n until the operation is done without noticing; past 200 only some of them.
 class FailingAllocation : public testing::TestWithParam<Operation> {};
 
 }  // namespace quorvex::test

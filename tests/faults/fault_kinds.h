@@ -10,6 +10,9 @@
 
 namespace quorvex::test {
 
+/// The last of the kinds; all others are images.
+inline constexpr const char* kStates = "presentation state";
+
 struct Kind {
     std::string name;
     CDcmObject object = {};  ///< whole, Pixel Data included
@@ -17,7 +20,6 @@ struct Kind {
     std::vector<unsigned char> bytes = {};
 };
 
-/// Images first, the presentation state behind them.
 [[nodiscard]] std::span<const Kind> AllKinds();
 [[nodiscard]] const Kind& KindOf(std::string_view name);
 

@@ -1,23 +1,22 @@
-// Failing memory under the object library.
+// Failing memory under the object library, the maker and the presentations.
 #include "quorvex/Tags.h"
 #include "tests/faults/failing_reads.h"
 #include "tests/faults/fault_harness.h"
-#include "tests/faults/given_block.h"
-#include "tests/support/memory_file.h"
-#include "tests/support/scratch_folder.h"
+#include "tests/maker/maker_objects.h"
+#include "tests/presentation/presentation_objects.h"
 
 namespace quorvex {
 namespace {
 
 using namespace test;
 
-MC_STATUS AddLength(int, std::uint32_t, void* user, int length, void*, int, int) {
-    *static_cast<int*>(user) += length;
+template <class Length, class Bytes>
+MC_STATUS AddLength(int, std::uint32_t, void* user, int, Length length, Bytes, int, int) {
+    *static_cast<int*>(user) += static_cast<int>(length);
     return kMcContinue;
 }
-MC_STATUS AddItemLength(int, std::uint32_t, void* user, int, unsigned long length, unsigned char*,
-                        int, int) {
-    *static_cast<int*>(user) += static_cast<int>(length);
+MC_STATUS AddPieceLength(int, std::uint32_t, void* user, int length, void*, int, int) {
+    *static_cast<int*>(user) += length;
     return kMcContinue;
 }
 MC_STATUS CountElement(const DcmElementView&, void* user) {
@@ -25,177 +24,192 @@ MC_STATUS CountElement(const DcmElementView&, void* user) {
     return kMcContinue;
 }
 
-/// An object, what is put into it, and what is read from it.
-struct Values {
-    explicit Values(const Kind& kind) : object(kind.object), bytes(kind.bytes) {
-        object.Open(kind.path);
-        given.SetValue(tag::kReferencedSOPClassUID, "1.2.3");
-    }
-    [[nodiscard]] std::string Look() const { return test::Look(object); }
-    [[nodiscard]] std::string LookAtRead() const {
-        return text.ToUtf8() + test::Look(item) + std::to_string(count);
-    }
-
-    CDcmObject object;
-    std::vector<unsigned char> bytes;
-    CDcmItem given;
-    CString description =
-        "Gr\xC3\xB6\xC3\x9F"
-        "e, a longer description";
-    CString text;
-    CDcmItem item;
-    int count = 0;
-};
-
-std::string LookAtRead(const Values& s) {
-    return s.LookAtRead();
+/// Values one by one: one that could not be given comes with the next call.
+DCMRESULT ReadSecondPosition(Host& s) {
+    s.text = CString();
+    s.object.GetValue(tag::kImageOrientationPatient, s.text);
+    return s.object.GetNextValue(tag::kImagePositionPatient, s.text);
+}
+void ReadFirstPosition(Host& s) {
+    double first = 0;
+    s.object.GetValue(tag::kImagePositionPatient, first);
 }
 
-struct SecondPosition : Values {
-    explicit SecondPosition(const Kind& kind) : Values(kind) {
-        double first = 0;
-        object.GetValue(tag::kImagePositionPatient, first);
-    }
+constexpr Operation kReads[] = {
+    {"CDcmObject::GetValue, text", kOnAll, SeenValues,
+     DONE(s.object.GetValue(tag::kPatientName, s.text))},
+    {"CDcmObject::GetNextValue", kUsable, SeenValues, DONE(ReadSecondPosition(s)),
+     ReadFirstPosition},
+    {"CDcmObject::GetValue, item", On("tables"), SeenValues,
+     DONE(s.object.GetValue(tag::kVOILUTSequence, s.item))},
+    {"CDcmObject::GetValue, callback", On("native CT|big endian", Leaves::kUsable), SeenValues,
+     DONE(s.count = 0, s.object.GetValue(tag::kPixelData, &s.count, AddPieceLength))},
+    {"CDcmObject::GetValueEx", kOnImagesUsable, SeenValues,
+     DONE(s.count = 0, s.object.GetValueEx(tag::kPixelData, &s.count, AddLength))},
+    {"CDcmObject::WalkElements", kUsable, SeenValues,
+     DONE(s.count = 0, s.object.WalkElements(&s.count, CountElement))},
 };
 
-struct Closed : Values {
-    explicit Closed(const Kind& kind) : Values(kind) { object.Close(); }
-};
-
-struct Copied {
-    explicit Copied(const Kind& kind) : from(kind), target(AllKinds().front()) {}
-    [[nodiscard]] std::string Look() const {
-        return target.Look() + target.object.GetFileName().ToUtf8();
-    }
-    Values from;
-    Values target;
-};
-
-struct Written : Values {
-    using Values::Values;
-    [[nodiscard]] std::string Look() const {
-        const auto names = folder.Names();
-        return std::to_string(names.size()) + (names.empty() ? "" : ReadAll(path.ToUtf8()));
-    }
-    ScratchFolder folder;
-    CString path = folder.Path("written.dcm");
-};
-
-/// A call that answers kDcmSuccess.
-template <class State = Values, class Call, class... Look>
-Operation Do(const char* name, const How& how, Call call, Look... look) {
-    return On<State>(
-        name, how, [=](State& s) { return call(s) == kDcmSuccess; }, look...);
-}
-
-std::vector<Operation> Reads() {
-    return {
-        Do(
-            "CDcmObject::GetValue, text", {},
-            [](Values& s) { return s.object.GetValue(tag::kPatientName, s.text); }, LookAtRead),
-        // Values one by one: one that could not be given comes with the next call.
-        Do<SecondPosition>(
-            "CDcmObject::GetNextValue", kUsable,
-            [](Values& s) {
-                s.text = CString();
-                s.object.GetValue(tag::kImageOrientationPatient, s.text);
-                return s.object.GetNextValue(tag::kImagePositionPatient, s.text);
-            },
-            LookAtRead),
-        Do(
-            "CDcmObject::GetValue, item", {.on = "tables"},
-            [](Values& s) { return s.object.GetValue(tag::kVOILUTSequence, s.item); }, LookAtRead),
-        Do(
-            "CDcmObject::GetValue, callback",
-            {.on = "native CT|big endian", .leaves = Leaves::kUsable},
-            [](Values& s) {
-                s.count = 0;
-                return s.object.GetValue(tag::kPixelData, &s.count, AddLength);
-            },
-            LookAtRead),
-        Do(
-            "CDcmObject::GetValueEx", kOnImagesUsable,
-            [](Values& s) {
-                s.count = 0;
-                return s.object.GetValueEx(tag::kPixelData, &s.count, AddItemLength);
-            },
-            LookAtRead),
-        Do(
-            "CDcmObject::WalkElements", kUsable,
-            [](Values& s) {
-                s.count = 0;
-                return s.object.WalkElements(&s.count, CountElement);
-            },
-            LookAtRead),
-    };
+void GiveText(Host& s) {
+    s.text = "Gr\xC3\xB6\xC3\x9F, a longer description";
+    s.item.SetValue(tag::kReferencedSOPClassUID, "1.2.3");
 }
 
 /// Adding a value may bring those that are there into another form first; what they say stays.
-DCMRESULT AddOnce(Values& s) {
+DCMRESULT AddOnce(Host& s) {
     if (s.count != 0) return kDcmSuccess;
-    const DCMRESULT answer = s.object.SetNextValue(tag::kImageOrientationPatient, s.description);
+    const DCMRESULT answer = s.object.SetNextValue(tag::kImageOrientationPatient, s.text);
     s.count = answer == kDcmSuccess ? 1 : 0;
     return answer;
 }
 
-DCMRESULT SetTwoFrames(Values& s) {
+DCMRESULT SetTwoFrames(Host& s) {
     const unsigned long lengths[] = {500, 500};
-    unsigned char* const frames[] = {s.bytes.data(), s.bytes.data()};
+    unsigned char* const frames[] = {s.pixels.data(), s.pixels.data()};
     return s.object.SetValueEx(tag::kPixelData, 2, lengths, frames);
 }
 
-std::vector<Operation> Changes() {
-    return {
-        Do("CDcmObject::SetValue, text", {},
-           [](Values& s) { return s.object.SetValue(tag::kSeriesDescription, s.description); }),
-        Do("CDcmObject::SetValue, number", {},
-           [](Values& s) { return s.object.SetValue(tag::kLargestImagePixelValue, 4095); }),
-        Do("CDcmObject::SetValue, character set", {},
-           [](Values& s) { return s.object.SetValue(tag::kSpecificCharacterSet, "ISO_IR 100"); }),
-        Do("CDcmObject::SetValue, item", {},
-           [](Values& s) { return s.object.SetValue(tag::kReferencedImageSequence, &s.given); }),
-        Do("CDcmObject::SetNextValue", {.notOn = "big endian"}, AddOnce),
-        Do("CDcmObject::SetValueEx", {.on = "JPEG baseline"}, SetTwoFrames),
-        Do("CDcmObject::SetTransferSyntax", {},
-           [](Values& s) { return s.object.SetTransferSyntax(kImplicitLittleEndian); }),
-        Do("CDcmObject::SetValueRepresentation", {.on = "native CT|big endian"},
-           [](Values& s) { return s.object.SetValueRepresentation(tag::kHighBit, MC_VR_SS); }),
-        Do("CDcmObject::RemoveValue", {},
-           [](Values& s) { return s.object.RemoveValue(tag::kPatientName); }),
-        Do("CDcmObject::Close", {}, [](Values& s) { return s.object.Close(); }),
-        Do<Copied>("CDcmObject, copy", kThrows,
-                   [](Copied& s) {
-                       s.target.object = s.from.object;
-                       return kDcmSuccess;
-                   }),
-    };
+void BesideTheFirst(Host& s) {
+    s.from = std::make_unique<Host>(s.kind);
+    s.object = AllKinds().front().object;
 }
 
-std::vector<Operation> Files() {
-    constexpr How kPart10{.notOn = "bare data set"};
-    return {
-        Do<Closed>("CDcmObject::ReadFile", kPart10,
-                   [](Values& s) { return s.object.ReadFile(nullptr, nullptr, nullptr); }),
-        Do<Closed>("CDcmObject::ReadFileUptoTag", kPart10,
-                   [](Values& s) {
-                       PieceGiver giver{s.bytes, MemoryFile::kPiece};
-                       return s.object.ReadFileUptoTag(nullptr, kUpToPixelData, nullptr, &giver,
-                                                       PieceGiver::File);
-                   }),
-        Do<Closed>("CDcmObject::ReadStream2", {.on = "bare data set"},
-                   [](Values& s) {
-                       PieceGiver giver{s.bytes, MemoryFile::kPiece};
-                       return s.object.ReadStream2(0x00080000, kToTheEnd, kImplicitLittleEndian,
-                                                   nullptr, nullptr, &giver, PieceGiver::Stream);
-                   }),
-        Do<Written>("CDcmObject::WriteFile", {},
-                    [](Written& s) { return s.object.WriteFile(s.path); }),
-    };
+constexpr Operation kChanges[] = {
+    {"CDcmObject::SetValue, text", kOnAll, SeenObject,
+     DONE(s.object.SetValue(tag::kSeriesDescription, s.text)), GiveText},
+    {"CDcmObject::SetValue, number", kOnAll, SeenObject,
+     DONE(s.object.SetValue(tag::kLargestImagePixelValue, 4095))},
+    {"CDcmObject::SetValue, character set", kOnAll, SeenObject,
+     DONE(s.object.SetValue(tag::kSpecificCharacterSet, "ISO_IR 100"))},
+    {"CDcmObject::SetValue, item", kOnAll, SeenObject,
+     DONE(s.object.SetValue(tag::kReferencedImageSequence, &s.item)), GiveText},
+    {"CDcmObject::SetNextValue", NotOn("big endian"), SeenObject, DONE(AddOnce(s)), GiveText},
+    {"CDcmObject::SetValueEx", On("JPEG baseline"), SeenObject, DONE(SetTwoFrames(s))},
+    {"CDcmObject::SetTransferSyntax", kOnAll, SeenObject,
+     DONE(s.object.SetTransferSyntax(kImplicitLittleEndian))},
+    {"CDcmObject::SetValueRepresentation", On("native CT|big endian"), SeenObject,
+     DONE(s.object.SetValueRepresentation(tag::kHighBit, MC_VR_SS))},
+    {"CDcmObject::RemoveValue", kOnAll, SeenObject, DONE(s.object.RemoveValue(tag::kPatientName))},
+    {"CDcmObject::Close", kOnAll, SeenObject, DONE(s.object.Close())},
+    {"CDcmObject, copy", kThrows, SeenObject, DONE(s.object = s.from->object, true),
+     BesideTheFirst},
+};
+
+DCMRESULT ReadUpToPixels(Host& s) {
+    PieceGiver giver{s.kind.bytes, MemoryFile::kPiece};
+    return s.object.ReadFileUptoTag(nullptr, kUpToPixelData, nullptr, &giver, PieceGiver::File);
+}
+DCMRESULT ReadStream(Host& s) {
+    PieceGiver giver{s.kind.bytes, MemoryFile::kPiece};
+    return s.object.ReadStream2(kFromTheStart, kToTheEnd, kImplicitLittleEndian, nullptr, nullptr,
+                                &giver, PieceGiver::Stream);
 }
 
-INSTANTIATE_TEST_SUITE_P(ObjectMemoryReads, FailingAllocation, testing::ValuesIn(Reads()));
-INSTANTIATE_TEST_SUITE_P(ObjectMemoryChanges, FailingAllocation, testing::ValuesIn(Changes()));
-INSTANTIATE_TEST_SUITE_P(ObjectMemoryFiles, FailingAllocation, testing::ValuesIn(Files()));
+constexpr Operation kFiles[] = {
+    {"CDcmObject::ReadFile", NotOn("bare data set"), SeenObject,
+     DONE(s.object.ReadFile(nullptr, nullptr, nullptr)), DO(s.object.Close())},
+    {"CDcmObject::ReadFileUptoTag", NotOn("bare data set"), SeenObject, DONE(ReadUpToPixels(s)),
+     DO(s.object.Close())},
+    {"CDcmObject::ReadStream2", On("bare data set"), SeenObject, DONE(ReadStream(s)),
+     DO(s.object.Close())},
+    {"CDcmObject::WriteFile", kOnAll, SeenFolder, DONE(s.object.WriteFile(s.path.Give())),
+     DO(s.path = GivenText(s.folder.emplace().Path("written.dcm")))},
+};
+
+bool Convert(Host& s, std::int32_t form) {
+    s.settings.compressionType = form;
+    const auto code = s.maker.MakeDcmObject(&s.app, &s.object, &s.settings);
+    const auto outcome = s.maker.GetOutcome();
+    return IsDone(code) && (IsDone(outcome) || outcome == QVM_FRAME_COPIED);
+}
+
+void GiveSettings(Host& s) {
+    s.records[0].objectKind = 1;
+    s.records[0].seriesNumber = "a series number";
+    s.records[0].patientName = s.settings.patientName = "a name that needs memory";
+    s.settings.fileName = "a file name that needs memory";
+    s.made = std::make_unique<CDcmObject>(AllKinds().front().object);
+}
+
+void GiveFrames(Host& s) {
+    GiveSettings(s);
+    s.settings.compressionType = kXferJpeg2000Lossless;
+    s.made.reset();
+    for (int i = 0; i < 6; ++i) s.frames.emplace_back(NewCopy(StoredFrames(s.kind.object).front()));
+}
+
+bool AddFrame(Host& s) {
+    if (!IsDone(s.maker.AddFrame(s.frames.back().get()))) return false;
+    static_cast<void>(s.frames.back().release());
+    s.frames.pop_back();
+    return true;
+}
+
+/// A new object of two frames; where it fails it begins again, as a host would.
+bool MakeOfTwoFrames(Host& s) {
+    if (!IsDone(s.maker.DcmMakerInit(&s.object, &s.settings, nullptr))) return false;
+    if (!AddFrame(s) || !AddFrame(s)) return false;
+    CDcmObject* result = nullptr;
+    const auto answer = s.maker.MakeDcmObject(result);
+    s.made.reset(result);
+    return IsDone(answer);
+}
+
+#define OF_BYTES "colour|palette|RLE colour|JPEG baseline|JPEG 2000"
+constexpr How kOfBytes = On(OF_BYTES, Leaves::kUsable);
+constexpr How kOfWords = NotOn(OF_BYTES "|presentation state", Leaves::kUsable);
+
+constexpr Operation kMakers[] = {
+    {"CxDcmMaker::MakeDcmSkeleton", kOnAll, SeenMade,
+     DONE(s.maker.MakeDcmSkeleton(&s.object, s.made.get())), GiveSettings},
+    {"CxDcmMaker::UpdateUserSettingInfo", kOnAll, SeenObject,
+     DONE(s.maker.UpdateUserSettingInfo(&s.records[0], &s.object)), GiveSettings},
+    {"CxDcmMaker::MakeDcmObject, to uncompressed", kOfWords, SeenConverted,
+     DONE(Convert(s, kXferUncompressed)), GiveSettings},
+    {"CxDcmMaker::MakeDcmObject, to baseline", kOfBytes, SeenConverted,
+     DONE(Convert(s, kXferJpegBaseline)), GiveSettings},
+    {"CxDcmMaker::MakeDcmObject, to lossless", kOfWords, SeenConverted,
+     DONE(Convert(s, kXferJpegLossless)), GiveSettings},
+    {"CxDcmMaker::MakeDcmObject, to JPEG 2000", kOfWords, SeenConverted,
+     DONE(Convert(s, kXferJpeg2000Lossless)), GiveSettings},
+    {"CxDcmMaker, cycle", On("native CT|colour"), SeenMade, DONE(MakeOfTwoFrames(s)), GiveFrames},
+};
+
+template <unsigned selector>
+bool ReadModule(Host& s) {
+    return IsDone(s.reader.GetGSPSModule(selector, &s.object, &s.Next()));
+}
+
+void ReadPresentation(Host& s) {
+    CXGSPSObject().GSPSApplier(&s.object, &s.Next(), s.reader.imageUID, -1);
+    s.path = GivenText(s.reader.imageUID);
+}
+
+bool MakeState(Host& s) {
+    CXGSPSInfo* records[] = {s.records.data()};
+    CDcmObject* result = nullptr;
+    const int answer = CXGSPSObject().MakeGSPSObject(&s.object, records, 1, result);
+    s.made.reset(result);
+    return IsDone(answer);
+}
+
+constexpr Operation kPresentations[] = {
+    {"CXGSPSObject::GSPSApplier", kUsable, SeenRecord,
+     DONE(CXGSPSObject().GSPSApplier(&s.object, &s.Next(), s.path.Give(), -1)),
+     DO(s.path = GivenText(s.reader.imageUID))},
+    {"CXGSPSObject::GetGSPSModule, modality", kUsable, SeenRecord, ReadModule<0>},
+    {"CXGSPSObject::GetGSPSModule, shutter", kUsable, SeenRecord, ReadModule<1>},
+    {"CXGSPSObject::GetGSPSModule, VOI", kUsable, SeenRecord, ReadModule<2>},
+    {"CXGSPSObject::GetGSPSModule, presentation", kUsable, SeenRecord, ReadModule<3>},
+    {"CXGSPSObject::GetGSPSModule, area", kUsable, SeenRecord, ReadModule<6>},
+    {"CXGSPSObject::MakeGSPSObject", kOnAll, SeenMade, MakeState, ReadPresentation},
+};
+
+INSTANTIATE_TEST_SUITE_P(ObjectMemoryReads, FailingAllocation, testing::ValuesIn(kReads));
+INSTANTIATE_TEST_SUITE_P(ObjectMemoryChanges, FailingAllocation, testing::ValuesIn(kChanges));
+INSTANTIATE_TEST_SUITE_P(ObjectMemoryFiles, FailingAllocation, testing::ValuesIn(kFiles));
+INSTANTIATE_TEST_SUITE_P(MakerMemory, FailingAllocation, testing::ValuesIn(kMakers));
+INSTANTIATE_TEST_SUITE_P(PresentationMemory, FailingAllocation, testing::ValuesIn(kPresentations));
 
 }  // namespace
 }  // namespace quorvex

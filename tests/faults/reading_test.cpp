@@ -107,7 +107,7 @@ TEST(Reading, OfAFileThatChangesGivesACode) {
 DCMRESULT ReadFrom(PieceGiver& giver, const Kind& kind, CDcmObject& object) {
     if (kind.name != "bare data set") return object.ReadFile(nullptr, &giver, PieceGiver::File);
     unsigned long offset = 0;
-    return object.ReadStream2(0x00080000, kToTheEnd, kImplicitLittleEndian, nullptr, &offset,
+    return object.ReadStream2(kFromTheStart, kToTheEnd, kImplicitLittleEndian, nullptr, &offset,
                               &giver, PieceGiver::Stream);
 }
 

@@ -55,6 +55,7 @@ struct MemoryFile {
     }
 };
 
+inline constexpr std::uint32_t kFromTheStart = 0x00080000;  ///< of a bare data set
 inline constexpr std::uint32_t kUpToPixelData = 0x7FE0000F;
 inline constexpr std::uint32_t kToTheEnd = 0xFFFFFFFF;
 
@@ -65,7 +66,7 @@ inline DCMRESULT ReadUpTo(CDcmObject& object, MemoryFile& file, std::uint32_t st
 
 inline DCMRESULT ReadBare(CDcmObject& object, MemoryFile& file, std::uint32_t stopTag,
                           unsigned long* offset = nullptr) {
-    return object.ReadStream2(0x00080000, stopTag, kImplicitLittleEndian, nullptr, offset, &file,
+    return object.ReadStream2(kFromTheStart, stopTag, kImplicitLittleEndian, nullptr, offset, &file,
                               MemoryFile::GiveStream);
 }
 

@@ -1,0 +1,109 @@
+/// All that a host may hold of the library, and all that it sees of each part.
+#pragma once
+
+#include "quorvex/CLData.h"
+#include "quorvex/CXDIPP.h"
+#include "quorvex/CXGSPSObject.h"
+#include "quorvex/CXImageCreator.h"
+#include "quorvex/CXWindowing.h"
+#include "quorvex/CxDcmMaker.h"
+#include "quorvex/CxDcmParser.h"
+#include "quorvex/CxImageProcessor.h"
+#include "quorvex/CxPaletteLUT.h"
+#include "tests/faults/fault_kinds.h"
+#include "tests/faults/given_block.h"
+#include "tests/support/record.h"
+#include "tests/support/scratch_folder.h"
+
+#include <array>
+#include <memory>
+#include <optional>
+
+namespace quorvex::test {
+
+inline constexpr CSize kKindSize = {36, 20};
+inline constexpr CSize kView = {80, 60};
+
+/// Of one kind; every part is empty until an operation or its preparation fills it.
+struct Host {
+    explicit Host(const Kind& of);
+    ~Host() { ReleasePages(pages); }
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    const Kind& kind;
+    CDcmApp app;
+    CDcmObject object;  ///< that of the kind
+    GivenText path;
+    std::unique_ptr<CDcmObject> made;
+    std::unique_ptr<Host> from;  ///< what is copied from
+    CDcmItem item;
+    CString text;
+    int count = 0;
+    std::optional<ScratchFolder> folder;
+
+    CxDcmParser parser;
+    GivenBlock block;
+    GivenBlock bitmap;
+    unsigned long place = 0;
+    unsigned long length = 0;
+    double location = -1;
+    CxPaletteLUT lut{0};
+
+    _IMAGE_PROCESS_PARAM param;
+    std::vector<unsigned char> source;
+    CxImageProcessor processor;
+    unsigned char* pages = nullptr;
+
+    CXDIPP dipp;
+    CLData volume;
+    std::vector<unsigned char> pixels = std::vector<unsigned char>(36 * 20 * 3, 5);
+    std::vector<unsigned char> surface = std::vector<unsigned char>(80 * 60 * 4);
+    DrawingSurface target{surface.data(), 80, 60, 80 * 4, 4};
+
+    CXWindowing windowing;
+    CXImageCreator creator;
+    CXGSPSObject reader;
+    std::array<Record, 4> records;  ///< a fresh one for each try
+    std::size_t latest = 0;         ///< 0: none is read
+    Record& Next() { return records[++latest - 1]; }
+
+    CxDcmMaker maker;
+    _USER_SETTING_INFO settings;
+    std::vector<std::unique_ptr<unsigned char[]>> frames;
+};
+
+inline bool IsDone(bool isDone) {
+    return isDone;
+}
+inline bool IsDone(QUORVEX_MESSAGE code) {
+    return code == QVM_SUCCESS;
+}
+inline bool IsDone(int result) {
+    return result == kDcmSuccess;
+}
+
+/// Shows an object in the view.
+inline void Show(Host& s, CDcmObject& object) {
+    static_cast<void>(s.dipp.Initialize(&s.app, &object, kView, 0));
+}
+/// Shows the host's own under the presentation state.
+void ShowUnderState(Host& s);
+
+std::string SeenObject(Host& s);
+std::string SeenConverted(Host& s);  ///< the object but for what is new in each
+std::string SeenMade(Host& s);       ///< the made one, the same way
+std::string SeenValues(Host& s);     ///< text, item and count
+std::string SeenFolder(Host& s);
+std::string SeenParser(Host& s);
+std::string SeenFrame(Host& s);  ///< the parser's first one besides
+std::string SeenPalette(Host& s);
+std::string SeenCoding(Host& s);  ///< the source too
+std::string SeenBlock(Host& s);
+std::string SeenDisplay(Host& s);  ///< what is rendered, and what would be
+std::string SeenWindows(Host& s);
+std::string SeenSurface(Host& s);
+std::string SeenPixels(Host& s);
+std::string SeenRecord(Host& s);  ///< the latest
+
+}  // namespace quorvex::test
