@@ -18,17 +18,11 @@ using namespace pipeline_test;
 constexpr CSize kSize = {36, 20};
 constexpr std::size_t kPixels = 36 * 20;
 
-void Identify(CDcmObject& object) {
-    object.SetValue(0x00080005, "ISO_IR 192");
-    object.SetValue(0x00080016, "1.2.840.10008.5.1.4.1.1.7");
-    object.SetValue(0x00080018, kImage);
-    object.SetValue(0x00080060, "CT");
-    object.SetValue(0x00100010, "M\xC3\xBCller^Anna");
-    object.SetValue(0x0020000D, "1.2.3");
-    object.SetValue(0x0020000E, "1.2.3.1");
-    Put<const char*>(object, 0x00200032, {"1.5", "-20", "33.25"});
-    Put<const char*>(object, 0x00200037, {"1", "0", "0", "0", "1", "0"});
-    Put<const char*>(object, 0x00280030, {"0.5", "0.5"});
+CDcmObject Identified(CDcmObject object) {
+    return With(std::move(object),
+                "00080005=ISO_IR 192; 00080016=1.2.840.10008.5.1.4.1.1.7; 00080018=1.2.3.4; "
+                "00080060=CT; 00100010=M\xC3\xBCller^Anna; 0020000D=1.2.3; 0020000E=1.2.3.1; "
+                "00200032=1.5\\-20\\33.25; 00200037=1\\0\\0\\0\\1\\0; 00280030=0.5\\0.5");
 }
 
 CDcmObject Grey(int frames = 1) {
@@ -37,55 +31,46 @@ CDcmObject Grey(int frames = 1) {
     for (std::size_t i = 0; i < kPixels * static_cast<std::size_t>(frames); ++i)
         samples.push_back(static_cast<std::uint16_t>(i * 5 % 4096));
     FillImage(object, {.size = kSize}, samples);
-    Identify(object);
-    object.SetValue(0x00281050, "40");
-    object.SetValue(0x00281051, "400");
-    object.SetValue(0x00281052, "-1024");
-    object.SetValue(0x00281053, "1.5");
-    if (frames > 1) object.SetValue(0x00280008, std::to_string(frames).c_str());
-    return object;
+    if (frames > 1) object.SetValue(tag::kNumberOfFrames, std::to_string(frames).c_str());
+    return With(Identified(object), "00281050=40; 00281051=400; 00281052=-1024; 00281053=1.5");
 }
 
 CDcmObject Colour() {
     CDcmObject object;
-    const ImageShape shape = {kSize, 3, 8, 8, 0, "RGB"};
-    FillImage(object, shape, WavyFrame(kPixels * 3, 1, 255));
-    Identify(object);
-    object.SetValue(0x00280006, static_cast<unsigned short>(0));
-    return object;
+    FillImage(object, {kSize, 3, 8, 8, 0, "RGB"}, WavyFrame(kPixels * 3, 1, 255));
+    return With(Identified(object), "00280006=0");
 }
 
 CDcmObject Palette() {
     CDcmObject object;
     FillImage(object, {kSize, 1, 8, 8, 0, "PALETTE COLOR"}, WavyFrame(kPixels, 1, 255));
-    Identify(object);
     TestTable ramp;
     for (int i = 0; i < 256; ++i) ramp.entries.push_back(static_cast<std::uint16_t>(i * 256));
     const TestTable flat{0, std::vector<std::uint16_t>(256, 0x8000)};
     AddPalette(object, ramp, flat, ramp, 16);
-    return object;
+    return Identified(object);
 }
 
 CDcmObject Overlaid() {
     CDcmObject object = Grey();
     AddOverlay(object, 0x6000, {20, 36, 1, 1, 1, 0, RandomBytes(90, 7)});
     AddOverlay(object, 0x6002, {20, 36, 1, 1, 16, 15, {}});
-    object.SetValue(0x00181600, "CIRCULAR");
-    Put<const char*>(object, 0x00181610, {"10", "18"});
-    object.SetValue(0x00181612, "8");
-    return object;
+    return With(object, "00181600=CIRCULAR; 00181610=10\\18; 00181612=8");
+}
+
+CDcmItem Ramp(int entries, int step, int bits = 16) {
+    std::vector<int> ramp;
+    for (int i = 0; i < entries; ++i) ramp.push_back(i * step);
+    return LutItem(entries, 0, bits, ramp);
 }
 
 CDcmObject WithTables() {
     CDcmObject object = Grey();
-    object.RemoveValue(0x00281052);
-    object.RemoveValue(0x00281053);
-    std::vector<int> ramp;
-    for (int i = 0; i < 256; ++i) ramp.push_back(i * 200);
-    PutItems(object, 0x00283000, {LutItem(256, 0, 16, ramp)});
-    PutItems(object, 0x00283010, {LutItem(256, 0, 16, ramp)});
-    object.RemoveValue(0x00281050);
-    object.RemoveValue(0x00281051);
+    for (const auto tag :
+         {tag::kRescaleIntercept, tag::kRescaleSlope, tag::kWindowCenter, tag::kWindowWidth})
+        object.RemoveValue(tag);
+    PutItems(object, tag::kModalityLUTSequence, {Ramp(256, 200)});
+    PutItems(object, tag::kVOILUTSequence, {Ramp(256, 200)});
     return object;
 }
 
@@ -111,64 +96,29 @@ CDcmObject In(CDcmObject object, TRANSFER_SYNTAX syntax) {
     return object;
 }
 
-CDcmItem AreaItem() {
-    CDcmItem area;
-    Put<int>(area, 0x00700052, {2, 1});
-    Put<int>(area, 0x00700053, {30, 18});
-    area.SetValue(0x00700100, "SCALE TO FIT");
-    Put<const char*>(area, 0x00700102, {"1", "1"});
-    PutItems(area, 0x00081140, {Reference(kImage)});
-    return area;
-}
-
-CDcmItem AnnotationItem() {
-    CDcmItem text;
-    text.SetValue(0x00700006,
-                  "Gr\xC3\xB6\xC3\x9F"
-                  "e");
-    text.SetValue(0x00700004, "PIXEL");
-    Put<double>(text, 0x00700014, {3.0, 4.0});
-    text.SetValue(0x00700015, "Y");
-    CDcmItem shape;
-    shape.SetValue(0x00700005, "PIXEL");
-    shape.SetValue(0x00700020, static_cast<unsigned short>(2));
-    shape.SetValue(0x00700021, static_cast<unsigned short>(3));
-    Put<double>(shape, 0x00700022, {1.0, 1.0, 9.0, 9.0, 20.0, 5.0});
-    shape.SetValue(0x00700023, "POLYLINE");
-    shape.SetValue(0x00700024, "N");
-    CDcmItem item;
-    PutItems(item, 0x00081140, {Reference(kImage)});
-    PutItems(item, 0x00700008, {text});
-    PutItems(item, 0x00700009, {shape});
-    return item;
-}
-
 CDcmObject State() {
-    CDcmObject state;
-    state.SetTransferSyntax(kExplicitLittleEndian);
-    Identify(state);
-    state.SetValue(0x00080016, "1.2.840.10008.5.1.4.1.1.11.1");
-    state.SetValue(0x00080060, "PR");
-    std::vector<int> ramp;
-    for (int i = 0; i < 512; ++i) ramp.push_back(i * 100);
-    PutItems(state, 0x00283000, {LutItem(512, 0, 16, ramp)});
-    CDcmItem voi;
-    PutItems(voi, 0x00283010, {LutItem(512, 0, 16, ramp)});
-    PutItems(voi, 0x00081140, {Reference(kImage)});
-    PutItems(state, 0x00283110, {voi});
-    PutItems(state, 0x20500010,
-             {LutItem(256, 0, 8, std::vector<int>(ramp.begin(), ramp.begin() + 256))});
-    PutItems(state, 0x0070005A, {AreaItem()});
-    PutItems(state, 0x00700001, {AnnotationItem()});
-    state.SetValue(0x00700042, static_cast<unsigned short>(90));
-    state.SetValue(0x00700041, "Y");
-    Put<const char*>(state, 0x00181600, {"RECTANGULAR", "POLYGONAL"});
-    state.SetValue(0x00181602, "3");
-    state.SetValue(0x00181604, "30");
-    state.SetValue(0x00181606, "3");
-    state.SetValue(0x00181608, "17");
-    Put<const char*>(state, 0x00181620, {"2", "2", "18", "3", "10", "30"});
-    state.SetValue(0x00181622, static_cast<unsigned short>(0x4000));
+    const auto area =
+        With<CDcmItem>("00700052=2\\1; 00700053=30\\18; 00700100=SCALE TO FIT; 00700102=1\\1");
+    const auto text =
+        With<CDcmItem>("00700004=PIXEL; 00700006=L\xC3\xA4nge; 00700014=3\\4; 00700015=Y");
+    const auto shape = With<CDcmItem>(
+        "00700005=PIXEL; 00700020=2; 00700021=3; 00700022=1\\1\\9\\9\\20\\5; 00700023=POLYLINE; "
+        "00700024=N");
+    CDcmItem annotation = Referring(CDcmItem(), {Reference(kImage)});
+    PutItems(annotation, tag::kTextObjectSequence, {text});
+    PutItems(annotation, tag::kGraphicObjectSequence, {shape});
+    CDcmItem voi = Referring(CDcmItem(), {Reference(kImage)});
+    PutItems(voi, tag::kVOILUTSequence, {Ramp(512, 100)});
+    CDcmObject state =
+        With(Identified(In({}, kExplicitLittleEndian)),
+             "00080016=1.2.840.10008.5.1.4.1.1.11.1; 00080060=PR; 00700042=90; 00700041=Y; "
+             "00181600=RECTANGULAR\\POLYGONAL; 00181602=3; 00181604=30; 00181606=3; 00181608=17; "
+             "00181620=2\\2\\18\\3\\10\\30; 00181622=16384");
+    PutItems(state, tag::kModalityLUTSequence, {Ramp(512, 100)});
+    PutItems(state, tag::kSoftcopyVOILUTSequence, {voi});
+    PutItems(state, tag::kPresentationLUTSequence, {Ramp(256, 100, 8)});
+    PutItems(state, tag::kDisplayedAreaSelectionSequence, {Referring(area, {Reference(kImage)})});
+    PutItems(state, tag::kGraphicAnnotationSequence, {annotation});
     return state;
 }
 
@@ -259,7 +209,7 @@ std::string Look(const CDcmObjectCommon& object) {
 
 std::vector<std::vector<unsigned char>> StoredFrames(const CDcmObject& object) {
     std::vector<std::vector<unsigned char>> frames;
-    object.GetValueEx(0x7FE00010, &frames, TakeItem);
+    object.GetValueEx(tag::kPixelData, &frames, TakeItem);
     return frames;
 }
 
