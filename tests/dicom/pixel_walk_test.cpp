@@ -1,5 +1,8 @@
 #include "foundation/dicom/frames/pixel_walk.h"
 
+#include "quorvex/Tags.h"
+#include "tests/dicom/pixel_frames.h"
+
 #include <gtest/gtest.h>
 #include <string>
 
@@ -65,42 +68,27 @@ struct WalkCase {
     Texts frames;
 };
 
+const std::string kTable = Item("");
 const WalkCase kWalks[] = {
-    {"two frames", Item("") + Item("ab") + Item("cd") + kDelimiter, 2, {"ab", "cd"}},
-    {"no delimiter", Item("") + Item("ab") + Item("cd"), 2, {"ab", "cd"}},
-    {"a delimiter among the pixels",
-     Item("") + Item("a" + kDelimiter + "b") + kDelimiter,
+    {"two frames", kTable + Item("ab") + Item("cd") + kDelimiter, 2, {"ab", "cd"}},
+    {"no delimiter", kTable + Item("ab") + Item("cd"), 2, {"ab", "cd"}},
+    {"a delimiter among pixels",
+     kTable + Item(kDelimiter + "b") + kDelimiter,
      1,
-     {"a" + kDelimiter + "b"}},
-    {"something else behind the delimiter",
-     Item("") + Item("ab") + kDelimiter + Item("xx"),
-     1,
-     {"ab"}},
-    {"something else in place of the delimiter",
-     Item("") + Item("ab") + "\xFC\xFF\xFC\xFF    ",
-     1,
-     {"ab"}},
-    {"a length past the end", Item("") + Item("ab") + Header(0, 500) + "cd", 2, {"ab", "cd"}},
-    {"the longest length", Item("") + Header(0, 0xFFFFFFFF) + "cd", 1, {"cd"}},
-    {"half an item header", Item("") + Item("ab") + Header(0, 9).substr(0, 5), 1, {"ab"}},
-    {"an empty fragment", Item("") + Item("ab") + Item("") + Item("cd") + kDelimiter, 1, {"abcd"}},
+     {kDelimiter + "b"}},
+    {"something behind the delimiter", kTable + Item("ab") + kDelimiter + Item("xx"), 1, {"ab"}},
+    {"something else for a delimiter", kTable + Item("ab") + "\xFC\xFF\xFC\xFF    ", 1, {"ab"}},
+    {"a length past the end", kTable + Item("ab") + Header(0, 500) + "cd", 2, {"ab", "cd"}},
+    {"the longest length", kTable + Header(0, 0xFFFFFFFF) + "cd", 1, {"cd"}},
+    {"half an item header", kTable + Item("ab") + Header(0, 9).substr(0, 5), 1, {"ab"}},
+    {"an empty fragment", kTable + Item("ab") + Item("") + Item("cd") + kDelimiter, 1, {"abcd"}},
     {"no offset table item", Item(kStart + "ab") + Item("cd") + kDelimiter, 1, {kStart + "abcd"}},
-    {"nothing but a table", Item(""), 1, {}},
+    {"nothing but a table", kTable, 1, {}},
     {"nothing", "", 1, {}},
 };
 
 TEST(PixelWalk, FollowsTheLengthsOfItems) {
     for (const auto& c : kWalks) EXPECT_EQ(WalkedFrames(c.value, c.frameCount), c.frames) << c.what;
-}
-
-TEST(PixelWalk, FiveFramesOfThreeFragmentsWithoutATableStayFive) {
-    std::string value = Item("");
-    Texts expected;
-    for (char frame = 'a'; frame < 'f'; ++frame) {
-        expected.push_back(kStart + std::string(3, frame) + "--" + "++++");
-        value += Item(kStart + std::string(3, frame)) + Item("--") + Item("++++");
-    }
-    EXPECT_EQ(WalkedFrames(value + kDelimiter, 5), expected);
 }
 
 TEST(PixelWalk, EveryCutGivesABeginning) {
@@ -139,12 +127,7 @@ TEST(NativeFrames, AreCutBySize) {
     EXPECT_EQ(NativeTexts({bytes.first(2), 1'000'000, {}}), (Texts{"ab"}));
     EXPECT_EQ(NativeTexts({bytes.first(0), 3, {}}), Texts{});
     // Two pixels of 4:2:2 lie in four bytes, whatever size the caller computed.
-    const PixelShape halfChroma = {.rows = 1,
-                                   .columns = 2,
-                                   .samplesPerPixel = 3,
-                                   .bitsAllocated = 8,
-                                   .frameCount = 1,
-                                   .isHalfChroma = true};
+    const PixelShape halfChroma{1, 2, 3, 8, 1, true};
     EXPECT_EQ(NativeTexts(CutNative(bytes.first(7), halfChroma, 6, {})), (Texts{"abcd", "efg"}));
 }
 
@@ -168,36 +151,39 @@ TEST(NativeFrames, OfBitsBeginAtTheirLowestBit) {
     EXPECT_EQ(NativeTexts(CutNative(padded, shape, 0, {})).size(), 3U);
 }
 
-struct OrderCase {
-    const char* what;
-    MC_VR vr;
-    std::uint32_t samplesPerPixel;
-    std::uint32_t bitsAllocated;
-    std::string stored;
-    Texts pixels;  ///< of frames of 1 x 3 pixels, lowest byte first
-};
+/// Joins the pieces of each frame as the events say.
+MC_STATUS JoinPiece(int, unsigned long length, unsigned char* data, int, int event, void* user) {
+    auto& frames = *static_cast<Texts*>(user);
+    if (event == kPixelWalkBegins) frames.assign(1, "");
+    if (event == kPixelFrameEnds) frames.emplace_back();
+    if (event == 0) frames.at(frames.size() - 1).append(data, data + length);
+    return kMcContinue;
+}
+MC_STATUS RefusePiece(int item, unsigned long, unsigned char*, int, int event, void*) {
+    return item > 0 && event == 0 ? kMcRefuse : kMcContinue;
+}
 
-const OrderCase kOrders[] = {
-    {"16 bits", MC_VR_OW, 1, 16, "badcfehg", {"abcdef", "gh"}},
-    {"8 bits in words", MC_VR_OW, 1, 8, "badcfe", {"abc", "def"}},
-    {"8 bits in bytes", MC_VR_OB, 1, 8, "abcdef", {"abc", "def"}},
-    {"8 bits, colour in words", MC_VR_OW, 3, 8, "badcfehgji", {"abcdefghi"}},
-    {"8 bits, colour in bytes", MC_VR_OB, 3, 8, "abcdefghi", {"abcdefghi"}},
-    {"16 bits, colour", MC_VR_OW, 3, 16, "badcfehgjilknmporq", {"abcdefghijklmnopqr"}},
-    {"32 bits", MC_VR_OW, 1, 32, "dcbahgfelkji", {"abcdefghijkl"}},
-    {"4 samples", MC_VR_OW, 4, 8, "badcfehgjilk", {"abcdefghijkl"}},
-};
-
-TEST(NativeFrames, OfBigEndianDataComeOutInThisMachinesOrder) {
-    for (const auto& c : kOrders) {
-        const PixelShape shape = {.rows = 1,
-                                  .columns = 3,
-                                  .samplesPerPixel = c.samplesPerPixel,
-                                  .bitsAllocated = c.bitsAllocated,
-                                  .frameCount = 1};
-        const auto order = NativeOrder::Of(true, c.vr, shape);
-        EXPECT_EQ(NativeTexts(CutNative(AsBytes(c.stored), shape, 0, order)), c.pixels) << c.what;
-    }
+TEST(ObjectWalk, LeavesBigEndianPiecesAsTheyAreOnlyWhereAsked) {
+    CDcmObject object;
+    unsigned char value[] = {1, 2, 3, 4};
+    Texts frames;
+    unsigned char* scratch = nullptr;
+    const auto walk = [&](int reserved, auto callback) {
+        frames.clear();
+        return object.GetValueEx(&scratch, 4, value, 1, reserved, 2, &frames, callback);
+    };
+    object.SetTransferSyntax(kExplicitBigEndian);
+    object.SetValue(tag::kBitsAllocated, static_cast<unsigned short>(16));
+    EXPECT_EQ(walk(1, JoinPiece), kDcmSuccess);
+    EXPECT_EQ(scratch, nullptr);
+    EXPECT_EQ(frames, (Texts{"\1\2", "\3\4", ""}));
+    EXPECT_EQ(walk(0, JoinPiece), kDcmSuccess);
+    EXPECT_EQ(frames, (Texts{"\2\1", "\4\3", ""}));
+    EXPECT_NE(walk(0, RefusePiece), kDcmSuccess);
+    EXPECT_NE(object.GetValueEx(tag::kPixelData, &frames, test::JoinItem), kDcmSuccess);
+    unsigned char item[] = {0xFE, 0xFF, 0x00, 0xE0, 0, 0, 0, 0};
+    EXPECT_NE(CDcmObject().GetValueEx(nullptr, 8, item, 1, 0, 0, &frames, JoinPiece), kDcmSuccess);
+    delete[] scratch;
 }
 
 }  // namespace

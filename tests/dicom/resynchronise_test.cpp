@@ -13,8 +13,11 @@ using test::DicomBuilder;
 
 DicomBuilder SmallDataSet(bool isExplicit, bool isBigEndian) {
     DicomBuilder builder(isExplicit, isBigEndian);
-    builder.Add(0x00080060, "CS", "CT").Sequence(0x00081140).Item().Add(0x00081155, "UI", "1.23");
-    builder.EndItem().EndSequence().Add(0x00100010, "PN", "A^B ");
+    builder.Add(tag::kModality, "CS", "CT")
+        .Sequence(tag::kReferencedImageSequence)
+        .Item()
+        .Add(tag::kReferencedSOPInstanceUID, "UI", "1.23");
+    builder.EndItem().EndSequence().Add(tag::kPatientName, "PN", "A^B ");
     return builder;
 }
 
@@ -34,39 +37,32 @@ int FirstPlace(const ByteBuffer& bytes) {
     return -1;
 }
 
-TEST(DataSetFinder, FindsTheDataSetBehindJunk) {
+TEST(DataSetFinder, FindsAWholeChainOfElementsBehindJunk) {
     for (const auto& [isExplicit, isBigEndian] :
-         {std::pair{true, false}, {false, false}, {true, true}}) {
+         {std::pair{true, false}, {false, false}, {true, true}})
         EXPECT_EQ(FirstPlace(Behind(1000, SmallDataSet(isExplicit, isBigEndian))), 1000);
-    }
-    auto withPixels = SmallDataSet(true, false);
-    withPixels.Header(0x7FE00010, "OW", 0xFFFFFFF0).Raw("cut");
-    EXPECT_EQ(FirstPlace(Behind(77, withPixels)), 77);
-}
-
-TEST(DataSetFinder, WantsAWholeChainOfElements) {
-    DicomBuilder one;
-    one.Add(0x00080060, "CS", "CT");
-    EXPECT_EQ(FirstPlace(Behind(100, one)), -1);
-    auto broken = SmallDataSet(true, false);
-    broken.Raw("xyz");
-    EXPECT_EQ(FirstPlace(Behind(100, broken)), -1);
-    auto descending = SmallDataSet(true, false);
-    descending.Add(0x00080005, "CS", "ISO_IR 100");
-    EXPECT_EQ(FirstPlace(Behind(100, descending)), -1);
-}
-
-TEST(DataSetFinder, IsLessStrictAtTheBeginning) {
-    auto odd = SmallDataSet(true, false);
-    odd.Add(0x00100020, "LO", "odd")
-        .Add(0x00080005, "CS", "late")
-        .Header(0x00100030, "DA", 8)
-        .Raw("2020");
-    EXPECT_EQ(FirstPlace(Behind(0, odd)), 0);
-    EXPECT_EQ(FirstPlace(Behind(10, odd)), -1);
-    DicomBuilder meta;
-    meta.Add(0x00020010, "UI", "1.2.840.10008.1.2");
-    EXPECT_EQ(FirstPlace(Behind(0, meta)), 0);
+    const auto small = SmallDataSet(true, false);
+    auto odd = small;
+    odd.Add(tag::kPatientID, "LO", "odd").Add(tag::kSpecificCharacterSet, "CS", "late");
+    odd.Header(tag::kPatientBirthDate, "DA", 8).Raw("2020");
+    const auto then = [&] { return small; };
+    constexpr auto kSet = tag::kSpecificCharacterSet;
+    const struct {
+        const char* what;
+        DicomBuilder dataSet;
+        std::size_t junk;
+        int place;
+    } kCases[] = {
+        {"cut pixels", then().Header(tag::kPixelData, "OW", 0xFFFFFFF0).Raw("cut"), 77, 77},
+        {"one element", DicomBuilder().Add(tag::kModality, "CS", "CT"), 100, -1},
+        {"a broken one", then().Raw("xyz"), 100, -1},
+        {"a descending one", then().Add(kSet, "CS", "ISO_IR 100"), 100, -1},
+        {"odd, but at the beginning", odd, 0, 0},
+        {"odd", odd, 10, -1},
+        {"meta information", DicomBuilder().Add(0x00020010, "UI", "1.2.840.10008.1.2"), 0, 0},
+    };
+    for (const auto& c : kCases)
+        EXPECT_EQ(FirstPlace(Behind(c.junk, c.dataSet)), c.place) << c.what;
 }
 
 /// Many elements of undefined length whose items all run into the same long list, which never ends.

@@ -51,28 +51,17 @@ const NameCase kNames[] = {
     {"an unknown escape", "\\ISO 2022 IR 87", "a\x1BZb", "a\xEF\xBF\xBDZb", false},
     {"an escape at the end", "\\ISO 2022 IR 87", "a\x1B", "a\xEF\xBF\xBD", false},
     {"half a kanji", "\\ISO 2022 IR 87", "\x1B$B;3E", "山\xEF\xBF\xBD", false},
-    {"a bad byte in UTF-8", "ISO_IR 192",
-     "a\xFF"
-     "b",
-     "a\xEF\xBF\xBD"
-     "b",
-     false},
+    {"a bad byte in UTF-8", "ISO_IR 192", "a\xFFz", "a\xEF\xBF\xBDz", false},
     {"a bad byte among Korean ones", "ISO 2022 IR 149", "\xFB\xF3\xFF", "洪\xEF\xBF\xBD", false},
     {"an unknown set", "ISO_IR 999", "\xE9", "é", false},
 };
 
-TEST(TextCodec, DecodesNamesOfEverySet) {
+TEST(TextCodec, ReadsNamesOfEverySetAndWritesThemAlike) {
     for (const auto& c : kNames) {
-        const auto text = DecodeText(c.bytes, ParseCharacterSets(c.sets), true);
-        EXPECT_EQ(Utf8FromUtf16(text), c.utf8) << c.what;
-    }
-}
-
-TEST(TextCodec, WritesNamesAsTheyWereRead) {
-    for (const auto& c : kNames) {
-        if (!c.isWrittenAlike) continue;
-        const auto bytes = EncodeText(Utf16FromUtf8(c.utf8), ParseCharacterSets(c.sets), true);
-        EXPECT_EQ(bytes, c.bytes) << c.what;
+        const auto sets = ParseCharacterSets(c.sets);
+        EXPECT_EQ(Utf8FromUtf16(DecodeText(c.bytes, sets, true)), c.utf8) << c.what;
+        const auto bytes = EncodeText(Utf16FromUtf8(c.utf8), sets, true);
+        EXPECT_TRUE(bytes == c.bytes || !c.isWrittenAlike) << c.what;
     }
 }
 

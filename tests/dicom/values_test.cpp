@@ -1,7 +1,10 @@
 /// Attributes: what every read makes of every stored form, and what setting one leaves behind.
+#include "foundation/dicom/model/dictionary.h"
+#include "foundation/dicom/model/tags.h"
 #include "quorvex/Attributes.h"
 #include "quorvex/Tags.h"
 #include "tests/support/dicom_builder.h"
+#include "tests/support/named_tags.h"
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -15,6 +18,7 @@ using test::DicomBuilder;
 
 constexpr std::uint32_t kPrivate = 0x00291010;
 constexpr std::uint32_t kSmallest = 0x00280106;  // US or SS
+constexpr std::uint32_t kRedTable = tag::kRedPaletteColorLookupTableData;
 constexpr auto kCenter = tag::kWindowCenter;
 constexpr auto kDescriptor = tag::kLUTDescriptor;
 constexpr auto kCharacterSet = tag::kSpecificCharacterSet;
@@ -95,12 +99,17 @@ TEST(DicomValues, EveryFormReadsAsEveryType) {
 TEST(DicomValues, UsOrSsFollowsPixelRepresentationButDescriptorsDoNot) {
     for (const bool isSigned : {false, true}) {
         auto builder = DicomBuilder::Part10(test::kImplicitUid);
-        builder.Add(0x00080060, "", "CT").Us(0x00280103, isSigned ? 1 : 0).Us(kSmallest, 0xFFFF);
-        builder.Sequence(0x00283000).Item().Us(kDescriptor, 0xFFFF).Us(kSmallest, 0xFFFF);
+        builder.Add(tag::kModality, "", "CT")
+            .Us(tag::kPixelRepresentation, isSigned ? 1 : 0)
+            .Us(kSmallest, 0xFFFF);
+        builder.Sequence(tag::kModalityLUTSequence)
+            .Item()
+            .Us(kDescriptor, 0xFFFF)
+            .Us(kSmallest, 0xFFFF);
         builder.EndItem().EndSequence();
         const CDcmObject object = ObjectOf(builder);
         CDcmItem item(1);
-        ASSERT_EQ(object.GetValue(0x00283000, item), kDcmSuccess);
+        ASSERT_EQ(object.GetValue(tag::kModalityLUTSequence, item), kDcmSuccess);
         const int expected = isSigned ? -1 : 65535;
         EXPECT_EQ(Read<int>(object, kSmallest), expected);
         EXPECT_EQ(Read<int>(item, kSmallest), expected);
@@ -116,11 +125,16 @@ struct CountCase {
     unsigned long length;
 };
 constexpr CountCase kCounts[] = {
-    {"OW", 0x60003000, "12345678", 1, 8},    {"OB", 0x60003000, "12345678", 1, 8},
-    {"UN", 0x00281201, "12345678", 1, 8},    {"OW", tag::kLUTData, "12345678", 4, 2},
-    {"US", tag::kLUTData, "12345678", 4, 2}, {"UN", tag::kLUTData, "12345678", 4, 2},
-    {"DS", kCenter, "1\\22\\3 ", 3, 1},      {"FD", kPrivate, "12345678", 1, 8},
-    {"LT", kPrivate, "a\\b ", 1, 4},         {"UN", kPrivate, "a\\b ", 1, 4},
+    {"OW", tag::kOverlayData, "12345678", 1, 8},
+    {"OB", tag::kOverlayData, "12345678", 1, 8},
+    {"UN", kRedTable, "12345678", 1, 8},
+    {"OW", tag::kLUTData, "12345678", 4, 2},
+    {"US", tag::kLUTData, "12345678", 4, 2},
+    {"UN", tag::kLUTData, "12345678", 4, 2},
+    {"DS", kCenter, "1\\22\\3 ", 3, 1},
+    {"FD", kPrivate, "12345678", 1, 8},
+    {"LT", kPrivate, "a\\b ", 1, 4},
+    {"UN", kPrivate, "a\\b ", 1, 4},
 };
 
 TEST(DicomValues, CountsAndLengthsAreWhatCallersRelyOn) {
@@ -139,21 +153,21 @@ TEST(DicomValues, CountsAndLengthsAreWhatCallersRelyOn) {
 
 TEST(DicomValues, AttributesAreReadSideBySide) {
     auto builder = DicomBuilder::Part10(test::kExplicitUid);
-    builder.Add(kCenter, "DS", "1\\2\\\\4").Add(0x00281051, "DS", "10\\20 ");
+    builder.Add(kCenter, "DS", "1\\2\\\\4").Add(tag::kWindowWidth, "DS", "10\\20 ");
     const CDcmObject object = ObjectOf(builder);
     EXPECT_EQ(Texts(object, kCenter), (std::vector<std::string>{"1", "2", "", "4"}));
     double center = 0;
     double width = 0;
     EXPECT_EQ(object.GetValue(kCenter, center), kDcmSuccess);
-    EXPECT_EQ(object.GetValue(0x00281051, width), kDcmSuccess);
+    EXPECT_EQ(object.GetValue(tag::kWindowWidth, width), kDcmSuccess);
     EXPECT_EQ(object.GetNextValue(kCenter, center), kDcmSuccess);
-    EXPECT_EQ(object.GetNextValue(0x00281051, width), kDcmSuccess);
+    EXPECT_EQ(object.GetNextValue(tag::kWindowWidth, width), kDcmSuccess);
     EXPECT_EQ(center, 2);
     EXPECT_EQ(width, 20);
     EXPECT_NE(object.GetNextValue(kCenter, center), kDcmSuccess);  // an empty value
     EXPECT_EQ(object.GetNextValue(kCenter, center), kDcmSuccess);
     EXPECT_NE(object.GetNextValue(kCenter, center), kDcmSuccess);
-    EXPECT_NE(object.GetNextValue(0x00281051, width), kDcmSuccess);
+    EXPECT_NE(object.GetNextValue(tag::kWindowWidth, width), kDcmSuccess);
 }
 
 TEST(DicomValues, ItemsReadTheirTextByTheSetOfTheirParent) {
@@ -192,11 +206,11 @@ MC_STATUS Collect(int, std::uint32_t, void* user, int length, void* data, int, i
 
 TEST(DicomValues, BigEndianValuesArriveInTheOrderOfThisMachine) {
     auto builder = DicomBuilder::Part10(test::kBigEndianUid);
-    builder.Us(tag::kRows, 513).Words(0x00281201, "OW", {1, 2});
+    builder.Us(tag::kRows, 513).Words(kRedTable, "OW", {1, 2});
     CDcmObject object = ObjectOf(builder);
     EXPECT_EQ(Read<int>(object, tag::kRows), 513);
     std::string value;
-    EXPECT_EQ(object.GetValue(0x00281201, &value, Collect), kDcmSuccess);
+    EXPECT_EQ(object.GetValue(kRedTable, &value, Collect), kDcmSuccess);
     EXPECT_EQ(value, std::string("\1\0\2\0", 4));
     EXPECT_EQ(object.SetNextValue(tag::kRows, 7), kDcmSuccess);
     EXPECT_EQ(Texts(object, tag::kRows), (std::vector<std::string>{"513", "7"}));
@@ -211,10 +225,10 @@ TEST(DicomValues, SettingConvertsToTheRepresentationOfTheAttribute) {
     EXPECT_EQ(Texts(object, kCenter).at(1), "40");
     EXPECT_EQ(object.SetValue(tag::kRows, "512\\256"), kDcmSuccess);
     EXPECT_EQ(Texts(object, tag::kRows), (std::vector<std::string>{"512", "256"}));
-    EXPECT_EQ(object.SetValue(0x00200013, 7.9), kDcmSuccess);  // IS
-    EXPECT_EQ(Text(object, 0x00200013), "7");
-    EXPECT_EQ(object.SetValue(0x00280009, "(0018,1063)"), kDcmSuccess);  // AT
-    EXPECT_EQ(Text(object, 0x00280009), "(0018,1063)");
+    EXPECT_EQ(object.SetValue(tag::kInstanceNumber, 7.9), kDcmSuccess);  // IS
+    EXPECT_EQ(Text(object, tag::kInstanceNumber), "7");
+    EXPECT_EQ(object.SetValue(tag::kFrameIncrementPointer, "(0018,1063)"), kDcmSuccess);  // AT
+    EXPECT_EQ(Text(object, tag::kFrameIncrementPointer), "(0018,1063)");
     EXPECT_EQ(object.SetValue(kSmallest, -5), kDcmSuccess);
     EXPECT_EQ(Read<int>(object, kSmallest), -5);
     EXPECT_EQ(object.SetValue(tag::kRows, "wide"), kDcmFailure);
@@ -224,36 +238,26 @@ TEST(DicomValues, SettingConvertsToTheRepresentationOfTheAttribute) {
     EXPECT_EQ(Text(object, kCenter), "(none)");
 }
 
-TEST(DicomValues, CopiesNeverSeeEachOther) {
-    CDcmItem item(1);
-    item.SetValue(kUid, "1.1");
-    CDcmObject object;
-    EXPECT_EQ(object.SetValue(kSequence, &item), kDcmSuccess);
-    item.SetValue(kUid, "2.2");
-    EXPECT_EQ(object.SetNextValue(kSequence, &item), kDcmSuccess);
-    CDcmObject copy(object);
-    CDcmItem inside(1);
-    ASSERT_EQ(copy.GetValue(kSequence, inside), kDcmSuccess);
-    EXPECT_EQ(Text(inside, kUid), "1.1");
-    inside.SetValue(kUid, "9.9");
-    EXPECT_EQ(copy.SetNextValue(kSequence, &inside), kDcmSuccess);
-    int count = 0;
-    EXPECT_EQ(object.GetValueCount(kSequence, count), kDcmSuccess);
-    EXPECT_EQ(count, 2);
-    CDcmItem again(1);
-    ASSERT_EQ(object.GetValue(kSequence, again), kDcmSuccess);
-    EXPECT_EQ(Text(again, kUid), "1.1");
-}
-
-TEST(DicomValues, AnItemPutIntoItselfIsThereAsItWas) {
+TEST(DicomValues, AnItemPutIntoItselfIsACopy) {
     CDcmItem item(1);
     item.SetValue(kUid, "1.1");
     EXPECT_EQ(item.SetValue(kSequence, &item), kDcmSuccess);
     const auto inside = Read<CDcmItem>(item, kSequence);
     ASSERT_TRUE(inside);
+    item.SetValue(kUid, "2.2");
     EXPECT_EQ(Text(*inside, kUid), "1.1");
     EXPECT_FALSE(Read<CDcmItem>(*inside, kSequence));
     EXPECT_EQ(item.SetValue(kSequence, static_cast<CDcmItem*>(nullptr)), kDcmFailure);
+}
+
+TEST(Tags, BearTheStandardsKeywords) {
+    const auto tags = test::NamedTags();
+    ASSERT_GT(tags.size(), 100U);
+    for (const auto& [name, tag] : tags) {
+        if (dicom::IsItemTag(tag)) continue;  // items have no keyword in the standard's table
+        EXPECT_EQ(name, dicom::LookUp(tag).keyword);
+    }
+    EXPECT_EQ(tag::InGroup(0x601E, tag::kOverlayData), 0x601E3000U);
 }
 
 }  // namespace

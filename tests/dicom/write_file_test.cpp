@@ -5,14 +5,12 @@
 #include "foundation/dicom/model/value_representation.h"
 #include "tests/dicom/pixel_frames.h"
 #include "tests/support/corpus.h"
-#include "tests/support/scratch_folder.h"
+#include "tests/support/temporary_file.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <set>
 #include <string>
 
 namespace quorvex {
@@ -26,24 +24,22 @@ using test::SyntaxOf;
 constexpr auto kCharacterSet = tag::kSpecificCharacterSet;
 
 struct Snapshot {
-    bool isBigEndian = false;
-    std::uint32_t bitsAllocated = 0;
+    bool isBigEndian;
+    std::uint32_t bitsAllocated;
     std::vector<std::string> lines;
 };
 
-std::size_t UnitOf(const DcmElementView& view, std::uint32_t bitsAllocated) {
-    if (view.tag != tag::kPixelData) return dicom::Describe(view.vr).unit;
-    return dicom::PixelWordBytes(view.vr, bitsAllocated);
-}
-
 /// The value as text, little endian and without its padding.
 std::string PlainValue(const DcmElementView& view, const Snapshot& snapshot) {
-    std::vector<unsigned char> value(view.data, view.data + view.length);
-    const unsigned char pad = dicom::Describe(view.vr).pad;
-    if (value.size() % 2 != 0) value.push_back(pad);
-    if (snapshot.isBigEndian)
-        dicom::SwapBytes(value.data(), value.size(), UnitOf(view, snapshot.bitsAllocated));
-    return {value.begin(), value.end()};
+    std::string value(view.data, view.data + view.length);
+    const auto form = dicom::Describe(view.vr);
+    if (value.size() % 2 != 0) value += static_cast<char>(form.pad);
+    const auto unit = view.tag == tag::kPixelData
+                          ? dicom::PixelWordBytes(view.vr, snapshot.bitsAllocated)
+                          : std::size_t{form.unit};
+    auto* bytes = reinterpret_cast<unsigned char*>(value.data());
+    if (snapshot.isBigEndian) dicom::SwapBytes(bytes, value.size(), unit);
+    return value;
 }
 
 MC_STATUS AddLine(const DcmElementView& view, void* user) {
@@ -58,72 +54,54 @@ MC_STATUS AddLine(const DcmElementView& view, void* user) {
     return kMcContinue;
 }
 
+std::vector<std::string> LinesOf(const CDcmObject& object) {
+    Snapshot snapshot{SyntaxOf(object) == kExplicitBigEndian,
+                      Read<unsigned int>(object, tag::kBitsAllocated).value_or(0),
+                      {}};
+    static_cast<void>(object.WalkElements(&snapshot, AddLine));
+    return snapshot.lines;
+}
+
 /// The frames as the walk gives them, without the pad byte that a last one may end with.
 std::vector<std::string> FramesOf(const CDcmObject& object) {
     auto frames = test::StoredFrames(object);
-    for (auto& frame : frames) {
-        if (frame.size() % 2 != 0) frame += '\0';
-    }
+    for (auto& frame : frames) frame.append(frame.size() % 2, '\0');
     return frames;
 }
 
-Snapshot SnapshotOf(const CDcmObject& object) {
-    Snapshot snapshot = {.isBigEndian = SyntaxOf(object) == kExplicitBigEndian, .lines = {}};
-    snapshot.bitsAllocated = Read<unsigned int>(object, tag::kBitsAllocated).value_or(0);
-    static_cast<void>(object.WalkElements(&snapshot, AddLine));
-    return snapshot;
+/// The object written and read back.
+CDcmObject Again(const CDcmObject& object, const std::string& what) {
+    const test::TemporaryFile file;
+    CDcmObject again;
+    EXPECT_EQ(object.WriteFile(file.Path()), kDcmSuccess)
+        << what << object.GetErrorMessage().ToUtf8();
+    EXPECT_TRUE(ReadWhole(again, file.Path())) << what;
+    return again;
 }
 
-void ExpectEqual(const CDcmObject& a, const CDcmObject& b, const std::string& what) {
-    const auto before = SnapshotOf(a).lines;
-    const auto after = SnapshotOf(b).lines;
-    ASSERT_EQ(before.size(), after.size()) << what;
-    for (std::size_t i = 0; i < before.size(); ++i) ASSERT_EQ(before[i], after[i]) << what;
-}
-
-TEST(WriteFile, EveryRealFileReadsBackEqual) {
-    const test::ScratchFolder folder;
+TEST(WriteFile, RealFilesReadBackEqualAndNativeOnesInEveryEncoding) {
     int written = 0;
     for (const auto& file : test::RealFiles()) {
         CDcmObject object;
         if (!ReadWhole(object, file.string()) || SyntaxOf(object) == kSyntaxNone) continue;
-        const auto path = folder.Path("copy.dcm");
-        if (object.WriteFile(path) != kDcmSuccess) {
-            ADD_FAILURE() << file << ": " << object.GetErrorMessage().ToUtf8();
-            continue;
-        }
-        CDcmObject again;
-        ASSERT_TRUE(ReadWhole(again, path)) << file;
-        EXPECT_EQ(SyntaxOf(again), SyntaxOf(object)) << file;
-        ExpectEqual(object, again, file.string());
-        EXPECT_TRUE(FramesOf(object) == FramesOf(again)) << file;
-        ++written;
-    }
-    if (written == 0) GTEST_SKIP() << "no real files on this machine";
-}
-
-TEST(WriteFile, NativeFilesAreEqualInEveryEncoding) {
-    const test::ScratchFolder folder;
-    for (const auto& file : test::RealFiles()) {
-        CDcmObject object;
-        if (!ReadWhole(object, file.string())) continue;
-        const auto syntax = SyntaxOf(object);
-        if (syntax < kImplicitLittleEndian || syntax > kDeflatedExplicitLittleEndian) continue;
-        for (const auto target : {kImplicitLittleEndian, kExplicitLittleEndian, kExplicitBigEndian,
-                                  kDeflatedExplicitLittleEndian}) {
+        std::vector<TRANSFER_SYNTAX> targets = {SyntaxOf(object)};
+        if (targets[0] <= kDeflatedExplicitLittleEndian)
+            targets = {kImplicitLittleEndian, kExplicitLittleEndian, kExplicitBigEndian,
+                       kDeflatedExplicitLittleEndian};
+        for (const auto target : targets) {
             const std::string what = file.string() + " as " + std::to_string(target);
             CDcmObject converted = object;
-            ASSERT_EQ(converted.SetTransferSyntax(target), kDcmSuccess) << what;
-            const auto path = folder.Path("converted.dcm");
-            ASSERT_EQ(converted.WriteFile(path), kDcmSuccess)
-                << what << converted.GetErrorMessage().ToUtf8();
-            CDcmObject again;
-            ASSERT_TRUE(ReadWhole(again, path)) << what;
+            if (target != SyntaxOf(object)) {
+                ASSERT_EQ(converted.SetTransferSyntax(target), kDcmSuccess) << what;
+            }
+            const CDcmObject again = Again(converted, what);
             EXPECT_EQ(SyntaxOf(again), target) << what;
-            ExpectEqual(object, again, what);
+            EXPECT_EQ(LinesOf(again), LinesOf(object)) << what;
             EXPECT_TRUE(FramesOf(object) == FramesOf(again)) << what;
+            ++written;
         }
     }
+    if (written == 0) GTEST_SKIP() << "no real files on this machine";
 }
 
 std::string TextOf(const CDcmObjectCommon& object, std::uint32_t tag) {
@@ -145,49 +123,39 @@ constexpr TextCase kTexts[] = {
     {"GB18030", "Wang^XiaoDong=王^小东", "GB18030"},
 };
 
+/// An object with a character set, where there is one.
+CDcmObject ObjectIn(const char* characterSet) {
+    CDcmObject object;
+    object.SetTransferSyntax(kExplicitLittleEndian);
+    if (*characterSet != '\0') object.SetValue(kCharacterSet, characterSet);
+    return object;
+}
+
 TEST(WriteFile, TextGoesIntoTheObjectsCharacterSetOrTheObjectIntoUtf8) {
-    const test::ScratchFolder folder;
-    const auto path = folder.Path("text.dcm");
     for (const auto& c : kTexts) {
-        CDcmObject object;
-        object.SetTransferSyntax(kExplicitLittleEndian);
-        if (*c.characterSet != '\0') object.SetValue(kCharacterSet, c.characterSet);
+        CDcmObject object = ObjectIn(c.characterSet);
         object.SetValue(tag::kPatientName, CString(c.name));
-        ASSERT_EQ(object.WriteFile(path), kDcmSuccess) << c.name;
-        CDcmObject again;
-        ASSERT_TRUE(ReadWhole(again, path)) << c.name;
+        const CDcmObject again = Again(object, c.name);
         EXPECT_EQ(TextOf(again, tag::kPatientName), c.name);
         EXPECT_EQ(TextOf(again, kCharacterSet), c.characterSetAfter) << c.name;
     }
 }
 
 TEST(WriteFile, ItemsOfAnotherCharacterSetKeepTheirText) {
-    const test::ScratchFolder folder;
-    const auto path = folder.Path("items.dcm");
-    CDcmObject latin;
-    latin.SetTransferSyntax(kExplicitLittleEndian);
-    latin.SetValue(kCharacterSet, "ISO_IR 100");
+    constexpr auto kSequence = tag::kReferencedImageSequence;
+    CDcmObject latin = ObjectIn("ISO_IR 100");
     CDcmItem step;
-    step.SetValue(0x00400007, CString("Schädel"));
-    latin.SetValue(0x00400100, &step);
-    ASSERT_EQ(latin.WriteFile(path), kDcmSuccess);
-
-    CDcmObject source;
-    ASSERT_TRUE(ReadWhole(source, path));
-    CDcmItem read;
-    ASSERT_EQ(source.GetValue(0x00400100, read), kDcmSuccess);
-    CDcmObject greek;
-    greek.SetTransferSyntax(kExplicitLittleEndian);
-    greek.SetValue(kCharacterSet, "ISO_IR 126");
+    step.SetValue(tag::kSeriesDescription, CString("Schädel"));
+    latin.SetValue(kSequence, &step);
+    auto read = Read<CDcmItem>(Again(latin, "Latin"), kSequence);
+    ASSERT_TRUE(read);
+    CDcmObject greek = ObjectIn("ISO_IR 126");
     greek.SetValue(tag::kPatientName, CString("Διονυσιος"));
-    greek.SetValue(0x00400100, &read);
-    ASSERT_EQ(greek.WriteFile(path), kDcmSuccess);
-
-    CDcmObject again;
-    ASSERT_TRUE(ReadWhole(again, path));
-    CDcmItem item;
-    ASSERT_EQ(again.GetValue(0x00400100, item), kDcmSuccess);
-    EXPECT_EQ(TextOf(item, 0x00400007), "Schädel");
+    greek.SetValue(kSequence, &*read);
+    const CDcmObject again = Again(greek, "Greek");
+    const auto item = Read<CDcmItem>(again, kSequence);
+    ASSERT_TRUE(item);
+    EXPECT_EQ(TextOf(*item, tag::kSeriesDescription), "Schädel");
     EXPECT_EQ(TextOf(again, tag::kPatientName), "Διονυσιος");
     EXPECT_EQ(TextOf(again, kCharacterSet), "ISO_IR 192");
 }
@@ -215,23 +183,21 @@ bool SetFrames(CDcmObject& object, std::vector<std::string> frames) {
 }
 
 TEST(WriteFile, EncapsulatedFramesComeBackOneByOne) {
-    const test::ScratchFolder folder;
-    const auto path = folder.Path("frames.dcm");
     CDcmObject object;
     object.SetTransferSyntax(kJpegBaseline);
     FillImage(object, 1, 3, 3);
     ASSERT_TRUE(SetFrames(object, {"odd", "even", "x"}));
     const std::vector<std::string> padded = {{"odd\0", 4}, "even", {"x\0", 2}};
     EXPECT_EQ(FramesOf(object), padded);
-    ASSERT_EQ(object.WriteFile(path), kDcmSuccess);
+    const test::TemporaryFile file;
+    ASSERT_EQ(object.WriteFile(file.Path()), kDcmSuccess);
     CDcmObject again;
-    ASSERT_TRUE(ReadWhole(again, path));
+    ASSERT_TRUE(ReadWhole(again, file.Path()));
     EXPECT_EQ(FramesOf(again), padded);
     EXPECT_EQ(TextOf(again, tag::kMediaStorageSOPInstanceUID), "1.2.999.700040.1.9");
     EXPECT_EQ(TextOf(again, tag::kTransferSyntaxUID), "1.2.840.10008.1.2.4.50");
-    if (std::system("command -v dcmdump > /dev/null") == 0) {
-        EXPECT_EQ(std::system(("dcmdump -q " + path + " > /dev/null").c_str()), 0);
-    }
+    const bool hasTool = std::system("command -v dcmdump > /dev/null") == 0;
+    EXPECT_EQ(hasTool ? std::system(("dcmdump -q " + file.Path() + " > /dev/null").c_str()) : 0, 0);
 }
 
 TEST(WriteFile, OffsetTablesGrowIntoTheExtendedOnesPast32Bits) {
@@ -270,7 +236,6 @@ TEST(WriteFile, AFailureLeavesWhatWasThere) {
 struct Supply {
     std::vector<std::string> pieces;
     std::size_t next = 0;
-    MC_STATUS answer = kMcContinue;
 };
 
 MC_STATUS SupplyPiece(int, std::uint32_t, void* user, int first, int* length, void** data,
@@ -281,7 +246,7 @@ MC_STATUS SupplyPiece(int, std::uint32_t, void* user, int first, int* length, vo
     *length = static_cast<int>(piece.size());
     *data = piece.data();
     *last = supply.next == supply.pieces.size() ? 1 : 0;
-    return supply.answer;
+    return kMcContinue;
 }
 
 TEST(PixelWriting, ACallbackSuppliesAValueInPieces) {
@@ -293,9 +258,6 @@ TEST(PixelWriting, ACallbackSuppliesAValueInPieces) {
     EXPECT_EQ(object.SetValueRepresentation(tag::kPixelData, MC_VR_OW), kDcmSuccess);
     EXPECT_NE(object.SetValueRepresentation(tag::kPixelData, MC_VR_SQ), kDcmSuccess);
     EXPECT_NE(object.SetValueRepresentation(tag::kPatientName, MC_VR_LO), kDcmSuccess);
-
-    Supply refused = {{"ij"}, 0, kMcRefuse};
-    EXPECT_NE(object.SetValue(tag::kPixelData, &refused, SupplyPiece), kDcmSuccess);
     Supply endless = {{"", "", ""}};
     EXPECT_NE(object.SetValue(tag::kPixelData, &endless, SupplyPiece), kDcmSuccess);
     EXPECT_EQ(FramesOf(object).size(), 2U);
