@@ -52,10 +52,8 @@ inline std::vector<unsigned char> DecodeJpeg2000Pixels(const Jpeg2000Picture& pi
                                                        bool* isIncomplete = nullptr) {
     PegasusParameters parameters = Describe(picture);
     parameters.input = stream;
-    std::vector<unsigned char> pixels(static_cast<std::size_t>(picture.columns) *
-                                      static_cast<std::size_t>(picture.rows) *
-                                      static_cast<std::size_t>(picture.samples) *
-                                      static_cast<std::size_t>(picture.bytesPerSample));
+    std::vector<unsigned char> pixels(static_cast<std::size_t>(
+        picture.columns * picture.rows * picture.samples * picture.bytesPerSample));
     parameters.output = pixels;
     if (PegasusQuery(parameters) == 0 || !RunAll(parameters)) return {};
     if (isIncomplete != nullptr) *isIncomplete = parameters.isIncomplete;

@@ -42,12 +42,9 @@ Values RandomValues(const LosslessShape& shape, int bits, std::minstd_rand& rand
     const unsigned kept = greatest & ~((1U << shape.pointTransform) - 1);
     const bool isHalf = bits == 16 && random() % 2 == 0;  // differences of 32768 and 0
     for (std::size_t i = 0; i < values.size(); ++i) {
-        if (isHalf) {
-            values[i] = static_cast<std::uint16_t>(((random() >> 8) % 2) << (shape.precision - 1));
-            continue;
-        }
-        const auto noise = static_cast<unsigned>(random() >> 8) & ((1U << bits) - 1);
-        values[i] = static_cast<std::uint16_t>((noise + i) & kept);
+        const auto noise = static_cast<unsigned>(random() >> 8);
+        values[i] = static_cast<std::uint16_t>(isHalf ? noise % 2 << (shape.precision - 1)
+                                                      : ((noise & ((1U << bits) - 1)) + i) & kept);
     }
     return values;
 }
@@ -94,22 +91,12 @@ TEST(LosslessDecoding, PicturesOfEveryShapeComeOutAsTheyWent) {
 void Damage(ByteVector& stream, std::size_t from, std::minstd_rand& random) {
     const std::size_t place = from + random() % (stream.size() - from);
     const auto at = stream.begin() + static_cast<std::ptrdiff_t>(place);
-    switch (random() % 5) {
-        case 0:
-            stream.erase(at, stream.end());
-            return;
-        case 1:
-            stream.erase(at);
-            return;
-        case 2:
-            stream.insert(at, {0xFF, static_cast<unsigned char>(0xD0 + random() % 10)});
-            return;
-        case 3:
-            stream.insert(at, random() % 4, 0xFF);
-            return;
-        default:
-            *at ^= static_cast<unsigned char>(1U << random() % 8);
-    }
+    const auto kind = random() % 5;
+    if (kind == 0) stream.erase(at, stream.end());
+    if (kind == 1) stream.erase(at);
+    if (kind == 2) stream.insert(at, {0xFF, static_cast<unsigned char>(0xD0 + random() % 10)});
+    if (kind == 3) stream.insert(at, random() % 4, 0xFF);
+    if (kind == 4) *at ^= static_cast<unsigned char>(1U << random() % 8);
 }
 
 TEST(LosslessDecoding, DamageComesOutAsTheLibraryHasIt) {

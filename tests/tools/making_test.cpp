@@ -90,25 +90,23 @@ TEST(CaptureCommand, RefusesWhatDoesNotFit) {
 }
 
 TEST(StateCommand, IsShownAsItsOptionsSay) {
-    struct Case {
-        Arguments wishes;
-        Arguments view;  // the same by hand
-    };
-    const Case cases[] = {
-        {{"--window", "-500,1500"}, {"--window", "-500,1500"}},
+    const Arguments window = {"--window", "-500,1500"};
+    const Arguments area = {"--area", "51,101,350,400"};
+    const Arguments areaByHand = {"--zoom", "1.7066666666666668", "--pan", "95,10"};
+    const std::pair<Arguments, Arguments> cases[] = {
+        {window, window},
         {{"--invert"}, {"--invert"}},
         {{"--rotate", "90"}, {"--rotate", "90"}},
         {{"--flip"}, {"--flip"}},
-        {{"--area", "51,101,350,400", "--window", "-500,1500"},
-         {"--window", "-500,1500", "--zoom", "1.7066666666666668", "--pan", "95,10"}},
+        {area + window, areaByHand + window},
     };
     const ScratchFolder folder;
     const auto state = folder.Path("state.dcm");
-    for (const auto& c : cases) {
-        OutputOf(Arguments{"state", kSlice, "-o", state} + c.wishes);
+    for (const auto& [wishes, view] : cases) {
+        OutputOf(Arguments{"state", kSlice, "-o", state} + wishes);
         const auto shown = PictureBy({"render", kSlice, "--state", state});
-        const auto wanted = PictureBy(Arguments{"render", kSlice} + c.view);
-        EXPECT_TRUE(shown.pixels == wanted.pixels) << c.wishes.front();
+        EXPECT_TRUE(shown.pixels == PictureBy(Arguments{"render", kSlice} + view).pixels)
+            << wishes.front();
     }
 }
 

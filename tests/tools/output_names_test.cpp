@@ -15,10 +15,11 @@ const std::string kEvil = "quorvex_evil_" + std::to_string(getpid());
 
 Arguments HostileNames() {
     const std::string above = "../../" + kEvil;
+    const std::string zero("1.2\0/", 5);
     return {above,
             "/tmp/" + kEvil,
             "a/../" + above,
-            std::string("1.2\0/", 5) + above,
+            zero + above,
             ".",
             "..",
             "/",

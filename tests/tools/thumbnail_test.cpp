@@ -3,25 +3,19 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <tuple>
 
 namespace quorvex::test {
 namespace {
 
 TEST(ThumbnailCommand, KeepsTheShapeOfTheImage) {
-    struct Case {
-        std::string file;
-        const char* size;
-        std::array<int, 3> shape;
-    };
-    const Case cases[] = {
+    const std::tuple<std::string, const char*, std::array<int, 3>> cases[] = {
         {kSlice, "128x128", {128, 128, 1}},      {kSlice, "300x50", {52, 50, 1}},
         {kRadiograph, "128x128", {104, 128, 1}}, {kLoop, "100x100", {100, 75, 3}},
         {kLoop, "101x200", {100, 76, 3}},        {kRadiograph, "4x4", {4, 4, 1}},
     };
-    for (const auto& c : cases) {
-        const auto picture = PictureBy({"thumbnail", c.file, "--size", c.size});
-        EXPECT_EQ(picture.Shape(), c.shape) << c.file << ' ' << c.size;
-    }
+    for (const auto& [file, size, shape] : cases)
+        EXPECT_EQ(PictureBy({"thumbnail", file, "--size", size}).Shape(), shape) << file << size;
 }
 
 TEST(ThumbnailCommand, GoesOnPastBadFilesAndFillsAFolder) {
