@@ -3,6 +3,7 @@
 
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "tests/engines/jpeg2000_test_streams.h"
+#include "tests/support/answers.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -69,26 +70,6 @@ TEST(CodedFrames, AHeaderOfAnotherSizeGivesWhatFitsOrACode) {
     }
 }
 
-struct Blind {
-    QUORVEX_MESSAGE code;
-    Bytes frame;
-    unsigned short columns = 0, rows = 0, samples = 0, bits = 0, bytesPerPixel = 0;
-};
-
-Blind DecodeBlind(Bytes stream, bool isJpeg2000) {
-    CxImageProcessor processor;
-    Blind blind;
-    unsigned char* result = nullptr;
-    unsigned long size = 0;
-    const auto decode = isJpeg2000 ? &CxImageProcessor::DecompressBlindJP2KData
-                                   : &CxImageProcessor::DecompressBlindJPEGData;
-    blind.code = (processor.*decode)(stream.data(), stream.size(), result, size, blind.columns,
-                                     blind.rows, blind.samples, blind.bits, blind.bytesPerPixel);
-    if (result != nullptr) blind.frame.assign(result, result + size);
-    delete[] result;
-    return blind;
-}
-
 TEST(CodedFrames, AStreamThatClaimsAHugePictureIsRefused) {
     Bytes stream = Code({.columns = 16, .rows = 16}, PictureOf({16, 16}));
     const unsigned char marker[] = {0xFF, 0xC0};
@@ -97,10 +78,10 @@ TEST(CodedFrames, AStreamThatClaimsAHugePictureIsRefused) {
     for (int i = 5; i < 9; ++i) frame[i] = i % 2 == 1 ? 0xEA : 0x60;  // 60000 x 60000
     EXPECT_EQ(DecodeGuarded(ParamOf(kJpegBaseline, {16, 16}), stream, 256).code,
               QVM_ERROR_FAILED_TO_DECOMPRESS);
-    const Blind blind = DecodeBlind(stream, false);
+    const BlindAnswer blind = BlindlyDecoded(kBlindDecoders[0], stream);
     EXPECT_EQ(blind.code, QVM_ERROR_FAILED_TO_DECOMPRESS);
-    EXPECT_EQ(blind.columns, 60000);
-    EXPECT_TRUE(blind.frame.empty());  // no memory for what cannot be there
+    EXPECT_EQ(blind.width, 60000);
+    EXPECT_TRUE(blind.bytes.empty());  // no memory for what cannot be there
 }
 
 TEST(CodedFrames, ABrokenStreamGivesItsFirstLinesAndZeros) {
@@ -127,47 +108,43 @@ TEST(CodedFrames, TheBlindRoutesTellWhatTheyFound) {
         const Bytes pixels = PictureOf(form);
         const int samples = static_cast<int>(form.samples);
         const int bits = static_cast<int>(form.bits);
-        for (const bool isJpeg2000 : {false, true}) {
-            const Bytes stream = isJpeg2000
-                                     ? CodeJpeg2000({20, 10, samples, bits / 8, bits}, pixels)
-                                     : Code(LosslessCoding(20, 10, samples, bits), pixels);
-            const Blind blind = DecodeBlind(stream, isJpeg2000);
-            SCOPED_TRACE(isJpeg2000 ? "JPEG 2000" : "JPEG");
-            EXPECT_EQ(blind.code, QVM_SUCCESS);
-            EXPECT_EQ(blind.frame, pixels);
-            EXPECT_EQ(blind.columns, 20);
-            EXPECT_EQ(blind.rows, 10);
-            EXPECT_EQ(blind.samples, samples);
-            EXPECT_EQ(blind.bits, bits);
-            EXPECT_EQ(blind.bytesPerPixel, samples * bits / 8);
-        }
+        const auto word = [](int value) { return static_cast<unsigned short>(value); };
+        const BlindAnswer expected{{QVM_SUCCESS, pixels}, 20,         10,
+                                   word(samples),         word(bits), word(samples * bits / 8)};
+        Bytes jpeg = Code(LosslessCoding(20, 10, samples, bits), pixels);
+        Bytes j2k = CodeJpeg2000({20, 10, samples, bits / 8, bits}, pixels);
+        EXPECT_EQ(BlindlyDecoded(kBlindDecoders[0], jpeg), expected) << samples << ' ' << bits;
+        EXPECT_EQ(BlindlyDecoded(kBlindDecoders[1], j2k), expected) << samples << ' ' << bits;
     }
 }
 
 TEST(CodedFrames, TheBlindRoutesTellTroubleApart) {
     const Bytes deep = PictureOf({20, 10, 1, 12});
-    Bytes cutJpeg = Code({.columns = 90, .rows = 80}, PictureOf({90, 80}));
+    const Bytes large = PictureOf({90, 80});
+    Bytes cutJpeg = Code({.columns = 90, .rows = 80}, large);
     cutJpeg.resize(cutJpeg.size() * 2 / 3);
-    Bytes cutJpeg2000 = CodeJpeg2000({.columns = 90, .rows = 80}, PictureOf({90, 80}));
-    cutJpeg2000.resize(cutJpeg2000.size() * 2 / 3);
+    Bytes cutJ2k = CodeJpeg2000({90, 80}, large);
+    cutJ2k.resize(cutJ2k.size() * 2 / 3);
+    const Bytes noHeader = {0xFF, 0xD8, 0xFF, 0xD9};
+    const Bytes deepJpeg = Code(LosslessCoding(20, 10, 1, 12), deep);
     const struct {
         const char* what;
         Bytes stream;
-        bool isJpeg2000;
+        int decoder;  ///< 0 for JPEG
         QUORVEX_MESSAGE code;
     } kTroubles[] = {
-        {"12-bit JPEG", Code(LosslessCoding(20, 10, 1, 12), deep), false,
-         QVM_ERROR_INVALID_JPEG_PRECISION},
-        {"12-bit JPEG 2000", CodeJpeg2000({20, 10, 1, 2, 12}, deep), true,
-         QVM_ERROR_CANNOT_OPEN_STREAM},
-        {"no JPEG", {1, 2, 3}, false, QVM_ERROR_CANNOT_OPEN_STREAM},
-        {"no JPEG 2000", {1, 2, 3}, true, QVM_ERROR_CANNOT_OPEN_STREAM},
-        {"no frame header", {0xFF, 0xD8, 0xFF, 0xD9}, false, QVM_ERROR_INVALID_JPEG_STREAM},
-        {"JPEG that ends early", cutJpeg, false, QVM_ERROR_FAILED_TO_DECOMPRESS},
-        {"JPEG 2000 that ends early", cutJpeg2000, true, QVM_ERROR_FAILED_TO_DECOMPRESS},
+        {"12-bit JPEG", deepJpeg, 0, QVM_ERROR_INVALID_JPEG_PRECISION},
+        {"12-bit J2K", CodeJpeg2000({20, 10, 1, 2, 12}, deep), 1, QVM_ERROR_CANNOT_OPEN_STREAM},
+        {"no JPEG", {1, 2, 3}, 0, QVM_ERROR_CANNOT_OPEN_STREAM},
+        {"no J2K", {1, 2, 3}, 1, QVM_ERROR_CANNOT_OPEN_STREAM},
+        {"no frame header", noHeader, 0, QVM_ERROR_INVALID_JPEG_STREAM},
+        {"JPEG that ends early", cutJpeg, 0, QVM_ERROR_FAILED_TO_DECOMPRESS},
+        {"J2K that ends early", cutJ2k, 1, QVM_ERROR_FAILED_TO_DECOMPRESS},
     };
-    for (const auto& c : kTroubles)
-        EXPECT_EQ(DecodeBlind(c.stream, c.isJpeg2000).code, c.code) << c.what;
+    for (const auto& c : kTroubles) {
+        Bytes stream = c.stream;
+        EXPECT_EQ(BlindlyDecoded(kBlindDecoders[c.decoder], stream).code, c.code) << c.what;
+    }
 }
 
 TEST(CodedFrames, LosslessYbrIsShownInColour) {

@@ -133,20 +133,16 @@ TEST(Rle, RefusesWhatTheHeaderCannotMean) {
     EXPECT_EQ(Decode(good, layout).frame, (Bytes{5, 1, 6, 2, 7, 3, 8, 4}));
     EXPECT_FALSE(Decode(Bytes(good.begin(), good.begin() + 63), layout).isWhole);
     EXPECT_FALSE(Decode({}, layout).isWhole);
-    for (const std::size_t count : {std::size_t{16}, std::size_t{0xFFFFFFFF}}) {
+    for (const std::size_t count : {std::size_t{0}, std::size_t{16}, std::size_t{0xFFFFFFFF}}) {
         Bytes bad = good;
         PutWord(bad, 0, count);
         const Decoded decoded = Decode(bad, layout);
-        EXPECT_FALSE(decoded.isWhole) << count;
+        EXPECT_EQ(decoded.isWhole, count == 0) << count;
         EXPECT_EQ(decoded.frame, Bytes(8)) << count;
     }
     Bytes lying = good;
     PutWord(lying, 8, good.size() + 1);
     EXPECT_FALSE(Decode(lying, layout).isWhole);
-    Bytes none = good;
-    PutWord(none, 0, 0);
-    EXPECT_TRUE(Decode(none, layout).isWhole);
-    EXPECT_EQ(Decode(none, layout).frame, Bytes(8));
     // Three planes for a frame of one: the first still comes.
     const Bytes planes = JoinSegments({{3, 1, 2, 3, 4}, {3, 5, 6, 7, 8}, {0, 1}});
     const Decoded tooMany = Decode(planes, {4, 1, 1, true});

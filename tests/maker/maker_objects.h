@@ -4,6 +4,7 @@
 #include "quorvex/CxDcmMaker.h"
 #include "quorvex/CxDcmParser.h"
 #include "tests/pipeline/test_objects.h"
+#include "tests/support/answers.h"
 #include "tests/support/attribute_values.h"
 #include "tests/support/memory_file.h"
 #include "tests/support/temporary_file.h"
@@ -45,11 +46,9 @@ inline unsigned char* NewCopy(const Frame& frame) {
 inline std::vector<Frame> FramesOf(CxDcmParser& parser) {
     std::vector<Frame> frames;
     for (int i = 0; i < parser.GetFrameCount(); ++i) {
-        unsigned char* data = nullptr;
-        unsigned long size = 0;
-        if (parser.GetAFrame(i, data, size, 0) != QVM_SUCCESS) break;
-        const std::unique_ptr<unsigned char[]> owner(data);
-        frames.emplace_back(data, data + size);
+        Answered frame = FrameOf(parser, i);
+        if (frame.code != QVM_SUCCESS) break;
+        frames.push_back(std::move(frame.bytes));
     }
     return frames;
 }
