@@ -33,8 +33,7 @@ TEST(Initialize, ShowsValuesOverTheirRange) {
     expect(ImageOf({}, Words{0, 1024, 2048, 4095}, "RescaleIntercept=-1024; RescaleSlope=1"),
            Range(-1024, 3071), {0, 64, 128, 255}, {2, 0});
     expect(ImageOf(kDeep, DoubleWords{0, 250'000, 500'000, 1'000'000}), Range(0, 1'000'000),
-           {0, 64, 127, 255},
-           {40, 250'000});  // 32 bits: scaled, with a window that counts in values
+           {0, 64, 127, 255}, {40, 250'000});  // 32 bits, scaled; the window counts in values
     ExpectNear(RenderedOf(ImageOf(kDeep, DoubleWords{0, 1U << 31, 3U << 30, 4294967295U})),
                Values{0, 127, 191, 255});  // beyond an int
     EXPECT_EQ(RenderedOf(ImageOf({{8, 1}, 1, 1, 1}, Bytes{0b10110001, 0}), {8, 1}),

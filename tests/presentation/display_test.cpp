@@ -1,6 +1,5 @@
 // What applies to which image, the displayed area, and the annotations.
 #include "tests/presentation/presentation_objects.h"
-#include "tests/presentation/record_text.h"
 
 #include <gtest/gtest.h>
 
@@ -9,20 +8,16 @@ namespace {
 
 using namespace test;
 
-constexpr std::uint32_t kAreas = 0x0070005A;
-constexpr std::uint32_t kAnnotations = 0x00700001;
-constexpr std::uint32_t kTexts = 0x00700008;
-constexpr std::uint32_t kGraphics = 0x00700009;
+constexpr std::uint32_t kAreas = tag::kDisplayedAreaSelectionSequence;
+constexpr std::uint32_t kAnnotations = tag::kGraphicAnnotationSequence;
+constexpr std::uint32_t kTexts = tag::kTextObjectSequence;
+constexpr std::uint32_t kGraphics = tag::kGraphicObjectSequence;
 constexpr unsigned int kDisplay = 6;
 
 CDcmItem Area() {
     return With<CDcmItem>(
         "00700052=10\\11; 00700053=110\\111; 00700100=TRUE SIZE; 00700101=0.5\\0.25; "
         "00700102=2\\1; 00700103=1.5");
-}
-
-CDcmItem Annotation(const char* text) {
-    return With(CDcmItem(), kTexts, {With<CDcmItem>(std::string("00700006=") + text)});
 }
 
 std::string ReadDisplay(CDcmObject object, const char* imageUID, Record&& info = Record()) {
@@ -42,26 +37,25 @@ std::string ReadAnnotations(CDcmObject object, const char* imageUID) {
 }
 
 TEST(References, ChooseImageAndFrame) {
-    struct Case {
+    const CDcmItem frames = Reference(kImage, {1, 2, 3});
+    const struct {
         const char* what;
         std::vector<CDcmItem> references;
         int frame;
         bool applies;
         const char* image = kImage;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"no reference", {}, 4, true},
         {"another image", {Reference("1.2.3.5")}, -1, false},
-        {"this image", {Reference(kImage)}, 7, true},
-        {"this among others", {Reference("9"), Reference(kImage)}, -1, true},
-        {"listed frame", {Reference(kImage, {1, 2, 3})}, 2, true},
-        {"the last one listed", {Reference(kImage, {1, 2, 3})}, 3, true},
-        {"another frame", {Reference(kImage, {1, 2, 3})}, 4, false},
-        {"no frame in particular", {Reference(kImage, {1, 2, 3})}, -1, false},
+        {"this among others", {Reference("9"), Reference(kImage)}, 7, true},
+        {"listed frame", {frames}, 2, true},
+        {"the last one listed", {frames}, 3, true},
+        {"another frame", {frames}, 4, false},
+        {"no frame in particular", {frames}, -1, false},
         {"a reference without a name", {CDcmItem()}, -1, false},
         {"letters of the other case", {Reference("1.2.ab")}, -1, true, "1.2.AB"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         CDcmObject state = With(CDcmObject(), kAreas, {Referring(Area(), c.references)});
         Record info;
         CXGSPSObject().GSPSApplier(&state, &info, c.image, c.frame);
@@ -110,35 +104,35 @@ TEST(Display, RotatesOnlyWhereThereIsAFlip) {
     }
 }
 
-TEST(Annotations, HaveBoxAndAnchor) {
+TEST(Annotations, HaveBoxAndAnchorAndThePairsOfGraphics) {
     const auto whole = With<CDcmItem>(
         "00700006=Mean; 00700010=1.5\\2.5; 00700011=10\\20; 00700003=PIXEL; 00700012=RIGHT; "
         "00700014=5\\6; 00700004=DISPLAY; 00700015=Y");
     const auto half =
         With<CDcmItem>("00700010=1.5\\2.5; 00700003=DISPLAY; 00700012=CENTER; 00700015=Y");
-    const auto annotation = With(CDcmItem(), kTexts, {whole, half, CDcmItem()});
-    EXPECT_EQ(ReadAnnotations(With(CDcmObject(), kAnnotations, {annotation}), kImage),
-              "text Mean box 1.5,2.5 to 10,20 has 11 units 01 at 1 anchor 5,6 visible; "
-              "text  has 00 units 10 at 2; "
-              "text  has 00 units 00 at 0");
-}
-
-TEST(Annotations, KeepThePairsOfGraphics) {
     const auto line = With<CDcmItem>(
         "00700005=PIXEL; 00700021=9; 00700023=POLYLINE; 00700024=Y; "
         "00700022=1\\2\\3\\4\\5");  // 5 has no partner
     const auto star = With<CDcmItem>("00700005=MATRIX; 00700023=STAR");
-    const auto annotation = With(CDcmItem(), kGraphics, {line, star, CDcmItem()});
+    const auto annotation = With(With(CDcmItem(), kTexts, {whole, half, CDcmItem()}), kGraphics,
+                                 {line, star, CDcmItem()});
     EXPECT_EQ(ReadAnnotations(With(CDcmObject(), kAnnotations, {annotation}), kImage),
+              "text Mean box 1.5,2.5 to 10,20 has 11 units 01 at 1 anchor 5,6 visible; "
+              "text  has 00 units 10 at 2; "
+              "text  has 00 units 00 at 0; "
               "graphic 2 of 9 units 0 filled 1,2 3,4; graphic 5 of 0 units 1; "
               "graphic 0 of 0 units 0");
 }
 
 TEST(Annotations, AddUpOverTheItemsThatApply) {
-    const auto state =
-        With(CDcmObject(), kAnnotations,
-             {Annotation("all"), Referring(Annotation("other"), {Reference("9")}),
-              Referring(Annotation("twice"), {Reference(kImage), Reference(kImage)})});
+    const auto text = [](const char* words, std::vector<CDcmItem> references) {
+        const auto item = With<CDcmItem>(std::string("UnformattedTextValue=") + words);
+        const auto annotation = With(CDcmItem(), kTexts, {item});
+        return references.empty() ? annotation : Referring(annotation, std::move(references));
+    };
+    const auto state = With(CDcmObject(), kAnnotations,
+                            {text("all", {}), text("other", {Reference("9")}),
+                             text("twice", {Reference(kImage), Reference(kImage)})});
     EXPECT_EQ(ReadAnnotations(state, kImage),
               "text all has 00 units 00 at 0; text twice has 00 units 00 at 0");
     EXPECT_EQ(ReadAnnotations(state, ""), "text all has 00 units 00 at 0") << "an image";

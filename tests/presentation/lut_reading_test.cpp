@@ -1,6 +1,5 @@
 // Modality, VOI and presentation data of images and of presentation states.
 #include "tests/presentation/presentation_objects.h"
-#include "tests/presentation/record_text.h"
 
 #include <gtest/gtest.h>
 
@@ -11,10 +10,10 @@ using namespace test;
 
 enum Module : unsigned int { kModality = 0, kVoi = 2, kPresentation = 3 };
 
-constexpr std::uint32_t kModalityLUTs = 0x00283000;
-constexpr std::uint32_t kLUTs = 0x00283010;
-constexpr std::uint32_t kSoftcopyLUTs = 0x00283110;
-constexpr std::uint32_t kPresentationLUTs = 0x20500010;
+constexpr std::uint32_t kModalityLUTs = tag::kModalityLUTSequence;
+constexpr std::uint32_t kLUTs = tag::kVOILUTSequence;
+constexpr std::uint32_t kSoftcopyLUTs = tag::kSoftcopyVOILUTSequence;
+constexpr std::uint32_t kPresentationLUTs = tag::kPresentationLUTSequence;
 
 CDcmItem Holding(const CDcmItem& lut, const char* attributes = "") {
     return With(With<CDcmItem>(attributes), kLUTs, {lut});
@@ -42,25 +41,21 @@ TEST(ModalityReading, PrefersTheRescale) {
     const auto table = With(With("00280100=16; 00280101=12; 00280103=1"), kModalityLUTs,
                             {LutItem(3, -2, 16, {5, 6, 65535})});
     Check(kModality, "",
-          {
-              {"a table", table, "depth 12; signed 1; modality 3,65534,0: 5 6 65535"},
-              {"no slope is 1", With(table, "00281052=-1024"),
-               "depth 12; signed 1; slope 1; intercept -1024"},
-              {"a slope of 0", With(table, "00281052=-1024; 00281053=0"),
-               "depth 12; signed 1; intercept -1024"},
-              {"no Bits Allocated: no depth", With("00280101=12"), ""},
-          });
+          {{"a table", table, "depth 12; signed 1; modality 3,65534,0: 5 6 65535"},
+           {"no slope is 1", With(table, "00281052=-1024"),
+            "depth 12; signed 1; slope 1; intercept -1024"},
+           {"a slope of 0", With(table, "00281052=-1024; 00281053=0"),
+            "depth 12; signed 1; intercept -1024"},
+           {"no Bits Allocated: no depth", With("00280101=12"), ""}});
 }
 
 TEST(VoiReading, OfImagesPrefersTheTable) {
     const auto window = With("00281050=-100.7\\50; 00281051=350.9");
-    Check(kVoi, "",
-          {
-              {"the first window", window, "center -100; width 350"},
-              {"both", With(window, kLUTs, {LutItem(4, 10, 12, {1, 2, 3, 4})}),
-               "VOI 4,10,12: 1 2 3 4"},
-              {"no width", With("00281050=40"), "center 40"},
-          });
+    Check(
+        kVoi, "",
+        {{"the first window", window, "center -100; width 350"},
+         {"both", With(window, kLUTs, {LutItem(4, 10, 12, {1, 2, 3, 4})}), "VOI 4,10,12: 1 2 3 4"},
+         {"no width", With("00281050=40"), "center 40"}});
 }
 
 TEST(VoiReading, OfStatesPrefersTheWindowAndTheLastItem) {
@@ -73,13 +68,11 @@ TEST(VoiReading, OfStatesPrefersTheWindowAndTheLastItem) {
         return With(CDcmObject(), kSoftcopyLUTs, std::move(items));
     };
     Check(kVoi, kImage,
-          {
-              {"both", state({both}), "center -100; width 350"},
-              {"two tables", state({first, second, other}), "VOI 2,0,8: 3 4"},
-              {"a window behind them", state({first, second, window}), "center 40; width 400"},
-              {"another image's", state({other}), ""},
-              {"an image's attributes", With("00281050=40; 00281051=400"), ""},
-          });
+          {{"both", state({both}), "center -100; width 350"},
+           {"two tables", state({first, second, other}), "VOI 2,0,8: 3 4"},
+           {"a window behind them", state({first, second, window}), "center 40; width 400"},
+           {"another image's", state({other}), ""},
+           {"an image's attributes", With("00281050=40; 00281051=400"), ""}});
 }
 
 TEST(VoiReading, ForgetsTheWindowOfARecord) {
@@ -97,21 +90,17 @@ TEST(VoiReading, ForgetsTheWindowOfARecord) {
 TEST(PresentationReading, TakesTheShape) {
     const auto table = With(CDcmObject(), kPresentationLUTs, {LutItem(2, 1, 16, {7, 8})});
     Check(kPresentation, "",
-          {
-              {"inverse", With("00280004=MONOCHROME1"), "shape 1"},
-              {"identity", With("00280004=MONOCHROME2"), ""},
-              {"text around the word", With("00280004=XMONOCHROME1Y"), "shape 1"},
-              {"colour", With("00280004=RGB"), "shape 2"},
-              {"a state's attribute", With("20500020=IDENTITY"), "shape 2"},
-          });
+          {{"inverse", With("00280004=MONOCHROME1"), "shape 1"},
+           {"identity", With("00280004=MONOCHROME2"), ""},
+           {"text around the word", With("00280004=XMONOCHROME1Y"), "shape 1"},
+           {"colour", With("00280004=RGB"), "shape 2"},
+           {"a state's attribute", With("20500020=IDENTITY"), "shape 2"}});
     Check(kPresentation, kImage,
-          {
-              {"inverse", With("20500020=INVERSE"), "shape 1"},
-              {"identity", With("20500020=IDENTITY"), ""},
-              {"small letters", With("20500020=inverse"), "shape 2"},
-              {"an image's attribute", With("00280004=MONOCHROME1"), ""},
-              {"a table", table, "presentation 2,1,16: 7 8"},
-          });
+          {{"inverse", With("20500020=INVERSE"), "shape 1"},
+           {"identity", With("20500020=IDENTITY"), ""},
+           {"small letters", With("20500020=inverse"), "shape 2"},
+           {"an image's attribute", With("00280004=MONOCHROME1"), ""},
+           {"a table", table, "presentation 2,1,16: 7 8"}});
     CDcmObject state = table;
     Record info;
     info.presentationShape = 1;
@@ -131,13 +120,14 @@ TEST(LutReading, FillsShortTablesUpToTheDescriptor) {
 
 TEST(LutReading, LeavesTheRecordAloneWhereATableIsNotUsable) {
     auto noDescriptor = LutItem(2, 0, 8, {1, 2});
-    noDescriptor.RemoveValue(0x00283002);
-    const auto sequence = With(LutItem(2, 0, 8, {}), 0x00283006, {CDcmItem()});
+    noDescriptor.RemoveValue(tag::kLUTDescriptor);
+    const auto sequence = With(LutItem(2, 0, 8, {}), tag::kLUTData, {CDcmItem()});
     for (const CDcmItem& lut : {noDescriptor, LutItem(2, 0, 8, {}), sequence, CDcmItem()}) {
         CDcmObject object = With(With(CDcmObject(), kLUTs, {lut}), kModalityLUTs, {lut});
         PutItems(object, kSoftcopyLUTs, {Holding(lut)});
         PutItems(object, kPresentationLUTs, {lut});
-        for (const char* image : {"", kImage}) Check(kVoi, image, {{image, object, ""}});
+        Check(kVoi, "", {{"an image's VOI", object, ""}});
+        Check(kVoi, kImage, {{"a state's VOI", object, ""}});
         Check(kModality, "", {{"modality", object, ""}});
         Check(kPresentation, kImage, {{"presentation", object, ""}});
     }
@@ -155,8 +145,7 @@ TEST(Modules, RunOneByOne) {
         {4, ""},
         {7, ""},
         {9, ""},
-        {0xFFFFFFFF, ""},
-    };
+        {0xFFFFFFFF, ""}};
     for (const auto& [selector, read] : kRead) {
         Record info;
         EXPECT_EQ(CXGSPSObject().GetGSPSModule(selector, &image, &info), 1) << selector;

@@ -4,11 +4,13 @@
 #include "maker/attribute_writing.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/DicomObject.h"
+#include "quorvex/Tags.h"
 #include "tests/support/attribute_values.h"
 #include "tests/support/record.h"
 
 #include <cstdint>
 #include <initializer_list>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -34,24 +36,25 @@ Object With(Object object, std::uint32_t tag, std::vector<CDcmItem> items) {
 
 inline CDcmItem LutItem(int count, int first, int bits, const std::vector<int>& entries) {
     CDcmItem item;
-    Put(item, 0x00283002,
-        {static_cast<unsigned short>(count), static_cast<unsigned short>(first),
-         static_cast<unsigned short>(bits)});
-    ValueWriter writer(item, 0x00283006);
-    for (const int entry : entries) writer.Add(static_cast<unsigned short>(entry));
+    const auto put = [&item](std::uint32_t tag, const std::vector<int>& words) {
+        ValueWriter writer(item, tag);
+        for (const int word : words) writer.Add(static_cast<unsigned short>(word));
+    };
+    put(tag::kLUTDescriptor, {count, first, bits});
+    put(tag::kLUTData, entries);
     return item;
 }
 
 /// An item of a Referenced Image Sequence; without frames where the list is empty.
 inline CDcmItem Reference(const char* uid, std::initializer_list<int> frames = {}) {
     CDcmItem item;
-    item.SetValue(0x00081155, uid);
-    Put(item, 0x00081160, frames);
+    item.SetValue(tag::kReferencedSOPInstanceUID, uid);
+    Put(item, tag::kReferencedFrameNumber, frames);
     return item;
 }
 
 inline CDcmItem Referring(CDcmItem item, std::vector<CDcmItem> references) {
-    return With(std::move(item), 0x00081140, std::move(references));
+    return With(std::move(item), tag::kReferencedImageSequence, std::move(references));
 }
 
 inline constexpr const char* kImage = "1.2.3.4";
@@ -63,6 +66,11 @@ inline int ReadImage(CDcmObject& object, CXGSPSInfo& info) {
 inline int ReadState(CDcmObject& object, CXGSPSInfo& info, int frame = -1) {
     return CXGSPSObject().GSPSApplier(&object, &info, kImage, frame);
 }
+
+/// A record as "name value; ..." for each field of a reading that is not 0, null or empty: whole
+/// numbers, other numbers, look-up tables (count, first value, bits: at most eight entries),
+/// annotations.
+std::string TextOf(const CXGSPSInfo& info);
 
 inline std::vector<int> Entries(const std::uint16_t* data, int count) {
     return data == nullptr ? std::vector<int>() : std::vector<int>(data, data + count);

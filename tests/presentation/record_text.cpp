@@ -1,4 +1,4 @@
-#include "tests/presentation/record_text.h"
+#include "tests/presentation/presentation_objects.h"
 
 #include <algorithm>
 #include <sstream>

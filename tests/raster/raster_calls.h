@@ -1,13 +1,46 @@
-/// The raster operations on whole test images.
+/// Small images with known content, and the raster operations on them.
 #pragma once
 
 #include "foundation/raster/raster.h"
-#include "tests/raster/noise_image.h"
 
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
+#include <random>
+#include <vector>
 
 namespace quorvex {
+
+/// An image with known content.
+template <class Sample>
+struct TestImage {
+    CSize size;
+    int channels = 1;
+    std::vector<Sample> samples;
+
+    TestImage(CSize imageSize, int channelCount, Sample value = 0)
+        : size(imageSize),
+          channels(channelCount),
+          samples(static_cast<std::size_t>(imageSize.cx * imageSize.cy * channelCount), value) {}
+
+    Sample& At(int x, int y, int channel = 0) {
+        return samples[static_cast<std::size_t>((y * size.cx + x) * channels + channel)];
+    }
+    const Sample& At(int x, int y, int channel = 0) const {
+        return const_cast<TestImage*>(this)->At(x, y, channel);
+    }
+    [[nodiscard]] std::ptrdiff_t Step() const {
+        return std::ptrdiff_t{size.cx} * channels * static_cast<std::ptrdiff_t>(sizeof(Sample));
+    }
+    friend bool operator==(const TestImage&, const TestImage&) = default;
+};
+
+template <class Sample = unsigned char>
+TestImage<Sample> NoiseImage(CSize size, int channels, unsigned seed) {
+    TestImage<Sample> image(size, channels);
+    std::mt19937 engine(seed);
+    for (Sample& sample : image.samples) sample = static_cast<Sample>(engine());
+    return image;
+}
 
 using Image8 = TestImage<unsigned char>;
 using Image16 = TestImage<std::uint16_t>;

@@ -47,25 +47,34 @@ constexpr struct {
     CSize source;
     CSize destination;
 } kSizes[] = {
-    {{1, 1}, {7, 5}},       {{2, 3}, {64, 33}},    {{17, 16}, {5, 4}},     {{64, 20}, {63, 21}},
-    {{33, 9}, {34, 10}},    {{300, 12}, {100, 4}}, {{1000, 6}, {37, 5}},   {{48, 7}, {96, 14}},
-    {{5, 200}, {200, 5}},   {{129, 31}, {65, 62}}, {{640, 11}, {1237, 3}}, {{15, 15}, {16, 16}},
-    {{3520, 3}, {1200, 2}}, {{7, 7}, {8, 1}},      {{202, 8}, {101, 4}},   {{6, 2}, {3, 1}},
-    {{37, 37}, {37, 74}},   {{4000, 4}, {128, 2}},
+    {{1, 1}, {7, 5}},       {{2, 3}, {64, 33}},     {{17, 16}, {5, 4}},      {{64, 20}, {63, 21}},
+    {{33, 9}, {34, 10}},    {{300, 12}, {100, 4}},  {{1000, 6}, {37, 5}},    {{48, 7}, {96, 14}},
+    {{5, 200}, {200, 5}},   {{129, 31}, {65, 62}},  {{640, 11}, {1237, 3}},  {{15, 15}, {16, 16}},
+    {{3520, 3}, {1200, 2}}, {{7, 7}, {8, 1}},       {{202, 8}, {101, 4}},    {{6, 2}, {3, 1}},
+    {{37, 37}, {37, 74}},   {{4000, 4}, {128, 2}},  {{203, 94}, {310, 120}}, {{203, 94}, {77, 31}},
+    {{203, 94}, {13, 9}},   {{202, 94}, {101, 47}},
 };
 
-TEST(Resize, StaysWithinHalfALevelAndALittle) {
+/// The same with every instruction set.
+template <class Image>
+Image ResizedByAll(const Image& from, CSize size) {
+    const Image to = Resized(from, size);
+    ForEachInstructionSet([&] { EXPECT_EQ(Resized(from, size), to); });
+    return to;
+}
+
+TEST(Resize, StaysWithinHalfALevelAndALittleWithEveryInstructionSet) {
     for (const auto& c : kSizes) {
         const double xFactor = double(c.destination.cx) / c.source.cx;
         const double yFactor = double(c.destination.cy) / c.source.cy;
         for (const int channels : {1, 3, 4}) {
             const auto from = NoiseImage(c.source, channels, 11);
-            const auto to = Resized(from, c.destination);
+            const auto to = ResizedByAll(from, c.destination);
             EXPECT_LT(LargestError(from, Whole(c.source), to, xFactor, yFactor), 0.6)
                 << c.source.cx << " to " << c.destination.cx << ", channels " << channels;
         }
         const auto wide = NoiseImage<std::uint16_t>(c.source, 1, 12);
-        const auto to = Resized(wide, c.destination);
+        const auto to = ResizedByAll(wide, c.destination);
         EXPECT_LT(LargestError(wide, Whole(c.source), to, xFactor, yFactor), 0.65);
     }
 }

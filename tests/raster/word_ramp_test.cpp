@@ -1,9 +1,9 @@
 #include "foundation/raster/word_ramp.h"
 
+#include "tests/raster/raster_calls.h"
 #include "windowing/window_arithmetic.h"
 
 #include <algorithm>
-#include <gtest/gtest.h>
 #include <numeric>
 #include <random>
 #include <set>
@@ -101,6 +101,15 @@ TEST(WordRamp, IsTheTableOfAnyWindow) {
     }
 }
 
+TEST(WordRamp, IsTheSameWithEveryInstructionSet) {
+    for (const bool isInverse : {false, true}) {
+        const Table table = TableOf({2048, 4096, {-200, 4095}, isInverse}, 0x8000);
+        const auto ramp = RampOf(table, 0x8000);
+        ASSERT_TRUE(ramp);
+        ForEachInstructionSet([&] { EXPECT_EQ(Mapped(*ramp, 0x8000), table) << isInverse; });
+    }
+}
+
 TEST(WordRamp, IsNotFoundWhereATableBendsAtAll) {
     const WindowCase window{2048, 3000, {0, 4095}};
     const Table straight = TableOf(window, 0);
@@ -111,9 +120,9 @@ TEST(WordRamp, IsNotFoundWhereATableBendsAtAll) {
         EXPECT_FALSE(RampOf(table, 0)) << bent;
     }
     EXPECT_FALSE(RampOf(Table(kWords, 9), 0));
-    Table noise(kWords);
-    std::iota(noise.begin(), noise.end(), std::uint8_t{0});
-    EXPECT_FALSE(RampOf(noise, 0));
+    Table saw(kWords);
+    std::iota(saw.begin(), saw.end(), std::uint8_t{0});
+    EXPECT_FALSE(RampOf(saw, 0));
 }
 
 }  // namespace

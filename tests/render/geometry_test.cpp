@@ -60,14 +60,8 @@ TEST(RenderingRoi, ShowsWhatTheViewSees) {
         {"no zoom", {100, 80}, 0, 0, 0.0, {0, 0}, 1.0, {0, 0, 0, 0}},
     };
     for (const auto& c : kCases) {
-        _ROI_INFO info{{0, 0, c.view.cx, c.view.cy},
-                       100,
-                       80,
-                       c.rotation,
-                       c.flip,
-                       c.zoom,
-                       c.pan,
-                       c.aspectRatio};
+        const CRect view{0, 0, c.view.cx, c.view.cy};
+        _ROI_INFO info{view, 100, 80, c.rotation, c.flip, c.zoom, c.pan, c.aspectRatio};
         CRect rect;
         EXPECT_EQ(CXImageCreator().GetRenderingROI(info, rect), 0);
         EXPECT_EQ(rect, c.rect) << c.what << ", " << c.rotation << ": " << rect.left << ", "

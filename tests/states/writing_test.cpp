@@ -1,8 +1,6 @@
 // Presentation states made from records, read back into records.
 #include "quorvex/CxDcmMaker.h"
 #include "tests/presentation/presentation_objects.h"
-#include "tests/presentation/record_text.h"
-#include "tests/support/attribute_values.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -41,19 +39,26 @@ std::unique_ptr<CDcmObject> MakeState(std::vector<CXGSPSInfo*> infos, CDcmObject
     return std::unique_ptr<CDcmObject>(state);
 }
 
-/// What a state made of the record has for its image.
-std::string WrittenAndRead(CXGSPSInfo& written, CDcmObject image = Image()) {
-    Record read;
-    read.imageColumns = 64;
-    read.imageRows = 48;
-    EXPECT_EQ(ReadState(*MakeState({&written}, std::move(image)), read), 1);
-    return TextOf(read);
-}
+/// What a state made of a record has for its image, of 64 x 48 pixels.
+struct ReadBack : Record {
+    explicit ReadBack(CXGSPSInfo& written) {
+        imageColumns = 64;
+        imageRows = 48;
+        EXPECT_EQ(ReadState(*MakeState({&written}), *this), 1);
+    }
+};
 
 int ItemsOf(const CDcmObjectCommon& object, std::uint32_t tag) {
     int count = 0;
     object.GetValueCount(tag, count);
     return count;
+}
+
+/// The first item of a sequence.
+CDcmItem ItemOf(const CDcmObjectCommon& object, std::uint32_t sequence) {
+    CDcmItem item;
+    EXPECT_EQ(object.GetValue(sequence, item), kDcmSuccess);
+    return item;
 }
 
 double* Place(double x, double y) {
@@ -106,7 +111,7 @@ TEST(StateWriting, GivesTheRecordBack) {
     const std::string both = "slope 1; intercept -1024; ";
     const std::string expected = TextOf(written);
     const std::size_t reals = expected.find("spacing x");
-    EXPECT_EQ(WrittenAndRead(written), expected.substr(0, reals) + both + expected.substr(reals))
+    EXPECT_EQ(TextOf(ReadBack(written)), expected.substr(0, reals) + both + expected.substr(reals))
         << "all of it, and the rescale of the image";
 }
 
@@ -122,11 +127,11 @@ TEST(StateWriting, IsAnObjectOfItsOwn) {
                      "00200011=3; 00281054=HU; 00700080=LABEL; 00700081=a description; "
                      "00700084=Doe^John; 00181600; 00700082=" +
                          CxDcmMaker::GetDate().ToUtf8());
-    EXPECT_EQ(ItemsOf(*state, 0x00700060), 1) << "the layer, without annotations too";
-    EXPECT_EQ(ItemsOf(*state, 0x00700001), 0);
-    CDcmItem series;
-    ASSERT_EQ(state->GetValue(0x00081115, series), kDcmSuccess);
-    EXPECT_EQ(TextOf(series, 0x0020000E), "1.2.3.9");
+    EXPECT_EQ(ItemsOf(*state, tag::kGraphicLayerSequence), 1)
+        << "the layer, without annotations too";
+    EXPECT_EQ(ItemsOf(*state, tag::kGraphicAnnotationSequence), 0);
+    EXPECT_EQ(TextOf(ItemOf(*state, tag::kReferencedSeriesSequence), tag::kSeriesInstanceUID),
+              "1.2.3.9");
 }
 
 TEST(StateWriting, KeepsImagesApart) {
@@ -137,11 +142,10 @@ TEST(StateWriting, KeepsImagesApart) {
     second.windowWidth = 200;
     AddPolyline(second);
     const auto state = MakeState({&first, &second});
-    EXPECT_EQ(ItemsOf(*state, 0x0070005A), 2);
-    EXPECT_EQ(ItemsOf(*state, 0x00700001), 1);
-    CDcmItem series;
-    ASSERT_EQ(state->GetValue(0x00081115, series), kDcmSuccess);
-    EXPECT_EQ(ItemsOf(series, 0x00081140), 2);
+    EXPECT_EQ(ItemsOf(*state, tag::kDisplayedAreaSelectionSequence), 2);
+    EXPECT_EQ(ItemsOf(*state, tag::kGraphicAnnotationSequence), 1);
+    EXPECT_EQ(
+        ItemsOf(ItemOf(*state, tag::kReferencedSeriesSequence), tag::kReferencedImageSequence), 2);
     const auto windowAndGraphics = [&](const char* image, int frame) {
         Record info;
         CXGSPSObject().GSPSApplier(state.get(), &info, image, frame);
@@ -167,37 +171,31 @@ TEST(StateWriting, GivesEveryShutterBack) {
         written.shutterRadius = 12;
         written.shutterPresentationValue = 77;
         written.shutterVertices = {{10, 5}, {50, 5}, {30, 40}};
-        Record read;
-        read.imageColumns = 64;
-        read.imageRows = 48;
-        ReadState(*MakeState({&written}), read);
+        const ReadBack read(written);
         ASSERT_NE(read.shutterMask, nullptr) << type;
         EXPECT_EQ(read.shutterMask[20 * 64 + 30], 0) << type;
         EXPECT_NE(read.shutterMask[0], 0) << type;
         EXPECT_TRUE(TextOf(read).starts_with(kGeometry[type])) << TextOf(read);
-        EXPECT_EQ(read.shutterVertices.size(), type == 2 ? 3U : 0U);
-        if (type == 2) {
-            EXPECT_EQ(read.shutterVertices, written.shutterVertices);
-        }
+        EXPECT_EQ(read.shutterVertices,
+                  type == 2 ? written.shutterVertices : std::vector<CPoint>());
     }
 }
 
 TEST(StateWriting, GivesLookUpTablesOfEveryLengthBack) {
     for (const int count : {2, 40'000, 65'536}) {
         StateRecord written;
-        const auto entries = static_cast<std::size_t>(count);
-        written.voiLUTData = new std::uint16_t[entries];
-        written.presentationLUTData = new std::uint16_t[entries];
-        std::iota(written.voiLUTData, written.voiLUTData + count, std::uint16_t{0});
-        std::iota(written.presentationLUTData, written.presentationLUTData + count,
-                  std::uint16_t{9});
+        const auto ramp = [count](std::uint16_t first) {
+            auto* const entries = new std::uint16_t[static_cast<std::size_t>(count)];
+            std::iota(entries, entries + count, first);
+            return entries;
+        };
+        written.voiLUTData = ramp(0);
+        written.presentationLUTData = ramp(9);
         written.voiLUTCount = written.presentationLUTCount = count % 65'536;
         written.voiLUTFirst = 64'512;
         written.voiLUTBits = written.presentationLUTBits = 16;
-        const auto state = MakeState({&written});
-        EXPECT_EQ(TextOf(*state, 0x20500020), kAbsent);
-        Record read;
-        ReadState(*state, read);
+        const ReadBack read(written);
+        EXPECT_EQ(TextOf(*MakeState({&written}), tag::kPresentationLUTShape), kAbsent);
         EXPECT_EQ(read.voiLUTCount, count % 65'536);
         EXPECT_EQ(read.voiLUTFirst, 64'512);
         EXPECT_EQ(Entries(read.voiLUTData, count), Entries(written.voiLUTData, count));
@@ -220,12 +218,10 @@ TEST(StateWriting, RefusesNothingButMissingInput) {
     EXPECT_EQ(maker.MakeGSPSObject(&image, infos, 2, state), 0);
     EXPECT_EQ(state, nullptr);
     const auto made = MakeState({&info}, image);
-    EXPECT_EQ(TextOf(*made, 0x20500020), "");
-    CDcmItem area;
-    CDcmItem reference;
-    ASSERT_EQ(made->GetValue(0x0070005A, area), kDcmSuccess);
-    ASSERT_EQ(area.GetValue(0x00081140, reference), kDcmSuccess);
-    EXPECT_EQ(TextOf(reference, 0x00081160), "0");
+    EXPECT_EQ(TextOf(*made, tag::kPresentationLUTShape), "");
+    const CDcmItem area = ItemOf(*made, tag::kDisplayedAreaSelectionSequence);
+    EXPECT_EQ(TextOf(ItemOf(area, tag::kReferencedImageSequence), tag::kReferencedFrameNumber),
+              "0");
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <climits>
 #include <cmath>
 #include <random>
-#include <thread>
 
 namespace quorvex {
 namespace {
@@ -151,7 +150,6 @@ TEST(Window, NoChangeIsAnsweredWithFour) {
     EXPECT_EQ(windowing.SetValue(kInversion + 1, &value, nullptr), 4);
     EXPECT_EQ(windowing.SetValue(kWindow, nullptr, nullptr), 4);
     EXPECT_EQ(windowing.GetValue(kWindow, &value, nullptr), 4);
-    EXPECT_EQ(windowing.GetValue(kDisplayTable, nullptr, nullptr), 4);
     EXPECT_EQ(value, 7);
     // Any step raises a width below 2 that was set as it is.
     SetWindow(windowing, -5, 0);
@@ -173,12 +171,11 @@ TEST(Window, HasNoTableBeforeTheFirstRebuild) {
 TEST(Window, ReportsTheDomainLessThePostIntercept) {
     CXWindowing windowing;
     Apply(windowing, {-1024, 3071});
+    windowing.SetPostIntercept(-0.75);
     int size = 0;
     int start = 0;
-    windowing.SetPostIntercept(-0.75);
     EXPECT_EQ(windowing.GetValue(kDisplayTableCount, &size, &start), 0);
-    EXPECT_EQ(size, 4096);
-    EXPECT_EQ(start, -1023);
+    EXPECT_EQ(std::pair(size, start), std::pair(4096, -1023));
     EXPECT_EQ(ValueOf(windowing, kDisplayTableFirst), -1024);
 }
 
@@ -216,19 +213,6 @@ TEST(Window, CopiesAreDeep) {
     EXPECT_EQ(DisplayTableOf(second), table);
     second = first;
     EXPECT_EQ(DisplayTableOf(second), DisplayTableOf(first));
-}
-
-TEST(Window, ACopyOfTheTableIsNeverHalfOld) {
-    CXWindowing windowing;
-    Apply(windowing, {0, 65535, -10, 1});
-    std::thread changes([&] {
-        for (int i = 0; i < 500; ++i) SetWindow(windowing, 1, i % 2 == 0 ? 70000 : -10);
-    });
-    for (int i = 0; i < 200; ++i) {
-        const Bytes table = DisplayTableOf(windowing);
-        EXPECT_EQ(table.front(), table.back());
-    }
-    changes.join();
 }
 
 }  // namespace
