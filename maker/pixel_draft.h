@@ -4,11 +4,13 @@
 #include "maker/pixel_attributes.h"
 #include "quorvex/CxDcmMaker.h"
 
+#include <utility>
+
 namespace quorvex {
 
 struct PixelDraft {
-    PixelDraft(const _DCM_PIXEL_INFO& wanted, const CDcmObject& target)
-        : format(wanted), object(target) {}
+    PixelDraft(_DCM_PIXEL_INFO wanted, CDcmObject target)
+        : format(std::move(wanted)), object(std::move(target)) {}
 
     _DCM_PIXEL_INFO format;                   ///< of the pixels to be written
     PixelLayout incoming{};                   ///< of the frames as they come

@@ -17,7 +17,10 @@ public:
     Owned(std::unique_ptr<Object> object) noexcept : object_(std::move(object)) {}
     Owned(const Owned& other) : object_(std::make_unique<Object>(*other.object_)) {}
     Owned(Owned&&) noexcept = default;
-    Owned& operator=(const Owned& other) { return *this = Owned(other); }
+    Owned& operator=(const Owned& other) {
+        *this = Owned(other);
+        return *this;
+    }
     Owned& operator=(Owned&&) noexcept = default;
     ~Owned() = default;
 

@@ -1,7 +1,7 @@
 #include "foundation/platform/clock.h"
 
 #include <atomic>
-#include <time.h>
+#include <ctime>
 
 namespace quorvex {
 namespace {

@@ -36,7 +36,9 @@ std::size_t MapVectors(const std::uint8_t* table, const unsigned char* from, uns
     const std::size_t step = hn::Lanes(octets);
     std::size_t i = 0;
     for (; i + step <= pixels; i += step) {
-        hn::Vec<decltype(octets)> first, second, third;
+        hn::Vec<decltype(octets)> first;
+        hn::Vec<decltype(octets)> second;
+        hn::Vec<decltype(octets)> third;
         hn::LoadInterleaved3(octets, from + kColourBytes * i, first, second, third);
         hn::StoreInterleaved3(LookUp(octets, table, third), LookUp(octets, table, second),
                               LookUp(octets, table, first), octets, to + kColourBytes * i);

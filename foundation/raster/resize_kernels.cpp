@@ -180,7 +180,12 @@ std::size_t HalveColour(const unsigned char* upper, const unsigned char* lower,
     const std::size_t lanes = hn::Lanes(words);
     std::size_t i = 0;
     for (; i + lanes <= pixels; i += lanes) {
-        hn::Vec<Octets> upperR, upperG, upperB, lowerR, lowerG, lowerB;
+        hn::Vec<Octets> upperR;
+        hn::Vec<Octets> upperG;
+        hn::Vec<Octets> upperB;
+        hn::Vec<Octets> lowerR;
+        hn::Vec<Octets> lowerG;
+        hn::Vec<Octets> lowerB;
         hn::LoadInterleaved3(Octets(), upper + 6 * i, upperR, upperG, upperB);
         hn::LoadInterleaved3(Octets(), lower + 6 * i, lowerR, lowerG, lowerB);
         hn::StoreInterleaved3(means(upperR, lowerR), means(upperG, lowerG), means(upperB, lowerB),

@@ -2,6 +2,7 @@
 #include "quorvex/Types.h"
 
 #include <algorithm>
+#include <compare>
 
 namespace quorvex {
 namespace {
@@ -54,7 +55,8 @@ int CString::CompareNoCase(const CString& other) const noexcept {
     const auto order = std::lexicographical_compare_three_way(
         text_.begin(), text_.end(), other.text_.begin(), other.text_.end(),
         [](char16_t a, char16_t b) { return Lower(a) <=> Lower(b); });
-    return order < 0 ? -1 : order > 0 ? 1 : 0;
+    if (std::is_lt(order)) return -1;
+    return std::is_gt(order) ? 1 : 0;
 }
 
 char16_t CString::operator[](int index) const noexcept {

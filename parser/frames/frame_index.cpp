@@ -20,8 +20,8 @@ MC_STATUS FrameIndex::Collect(int item, unsigned long length, unsigned char* dat
 }
 
 void FrameIndex::Close(bool isWalkWhole) {
-    const std::size_t bytes =
-        pieces_.size() * sizeof pieces_.front() + ends_.size() * sizeof ends_.front();
+    const std::size_t bytes = pieces_.size() * sizeof(decltype(pieces_)::value_type) +
+                              ends_.size() * sizeof(decltype(ends_)::value_type);
     const std::size_t most = std::max(kSmallIndexBytes, source_.bytes / kLargestPart);
     if (isWalkWhole && bytes <= most) return;
     pieces_ = {};

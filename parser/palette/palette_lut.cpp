@@ -10,7 +10,7 @@
 namespace quorvex {
 namespace {
 
-constexpr std::size_t kMostBytes = kMostPaletteEntries * 2;
+constexpr std::size_t kMostBytes = std::size_t{kMostPaletteEntries} * 2;
 constexpr int kTwelveBitEnd = 4096;
 
 std::int32_t AsSigned16(std::int32_t value) noexcept {

@@ -9,6 +9,7 @@ namespace quorvex {
 
 namespace {
 
+constexpr unsigned short kFullColour = 255;
 constexpr std::uint32_t kColours[] = {tag::kOverlaysRed, tag::kOverlaysGreen, tag::kOverlaysBlue};
 
 /// Reads attributes of one overlay group.
@@ -72,10 +73,9 @@ std::optional<std::vector<unsigned char>> ReadOverlayData(const CDcmObject& obje
 
 OverlayColour ReadOverlayColour(const CDcmObject& object, std::uint32_t group) {
     const GroupReader reader{object, group};
-    OverlayColour colour{255, 255, 255};
+    OverlayColour colour{};
     for (std::size_t i = 0; i < colour.size(); ++i) {
-        const auto value = reader.Word(kColours[i]);
-        if (value) colour[i] = static_cast<unsigned char>(*value);
+        colour[i] = static_cast<unsigned char>(reader.Word(kColours[i]).value_or(kFullColour));
     }
     return colour;
 }

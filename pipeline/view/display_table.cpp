@@ -24,7 +24,7 @@ struct WindowingTable {
         const std::int64_t known = std::clamp<std::int64_t>(first + count - low, below, size);
         std::fill_n(to.begin(), below, entries.front());
         if (known > below) {
-            std::copy_n(entries.begin() + (low + below - first), known - below, &to[0] + below);
+            std::copy_n(entries.begin() + (low + below - first), known - below, to.data() + below);
         }
         std::fill(to.begin() + known, to.end(), entries.back());
     }

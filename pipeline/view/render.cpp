@@ -25,7 +25,7 @@ constexpr unsigned short kHalfWordBits = 8;
 bool IsRenderable(const _OUTSIZE_INFO& info) {
     if (info.rotation % 90 != 0) return false;
     if (!std::isfinite(info.zoom) || info.zoom < 0.0) return false;
-    constexpr double kLongestSide = std::numeric_limits<std::int32_t>::max() / 2;
+    constexpr std::int32_t kLongestSide = std::numeric_limits<std::int32_t>::max() / 2;
     const double longest =
         std::max({double{1}, info.aspectRatio}) * std::max(info.roi.Width(), info.roi.Height());
     return longest * info.zoom < kLongestSide;

@@ -16,7 +16,7 @@ namespace {
 /// A few bytes can claim gigabytes, which would be taken before the first pixel is read. Deflate
 /// makes at most 1,032 bytes of one, and a pixel takes a bit at least.
 bool CanHold(const std::string& path, const png_image& image) {
-    constexpr std::uint64_t kMostPixelsOfAByte = 1032 * 8;
+    constexpr std::uint64_t kMostPixelsOfAByte = std::uint64_t{1032} * 8;
     std::error_code unknown;  // the size of what is no plain file: then it is the largest number
     const std::uintmax_t bytes = std::filesystem::file_size(path, unknown);
     return std::uint64_t{image.width} * image.height / kMostPixelsOfAByte <= bytes;

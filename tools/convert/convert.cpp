@@ -9,10 +9,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <exception>
 #include <memory>
 #include <mutex>
-#include <signal.h>
 #include <thread>
 
 namespace quorvex::tools {

@@ -24,7 +24,7 @@ constexpr const char* kVerifications[] = {"", "off", "equal", "lossy", "differen
 
 // The members that name a file, ahead of which a comma stands.
 std::string NameMembers(const std::string& name, const std::string& path) {
-    const auto json = JsonMember(name, JsonString(path));
+    auto json = JsonMember(name, JsonString(path));
     if (CString(path).ToUtf8() == path) return json;
     return json + JsonMember(name + "Bytes", JsonString(Hexadecimal(path)));
 }
@@ -181,7 +181,7 @@ std::array<char, 15> Manifest::KeyOf(const ConvertRecord& wanted) {
 
 bool Manifest::IsDone(const ConvertRecord& wanted, bool isVerified) const {
     const auto found = std::ranges::equal_range(done_, KeyOf(wanted), {}, &Done::key);
-    return std::ranges::any_of(found, [&](const Done& done) {
+    return std::any_of(found.begin(), found.end(), [&](const Done& done) {
         return (done.isVerified || !isVerified) && HasSize(wanted.input, done.sourceBytes) &&
                HasSize(wanted.output, done.resultBytes);
     });
@@ -195,9 +195,10 @@ void Manifest::Add(const ConvertRecord& record) {
     const auto written = write(descriptor_, line.data(), line.size());
     if (written == static_cast<ssize_t>(line.size())) return;
     if (written >= 0) errno = ENOSPC;
-    const auto failure = SystemFailure(path_);
+    const int cause = errno;
     static_cast<void>(ftruncate(descriptor_, status.st_size) == 0);  // the next opening cuts it too
-    throw failure;
+    errno = cause;
+    throw SystemFailure(path_);
 }
 
 }  // namespace quorvex::tools

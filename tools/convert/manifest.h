@@ -75,7 +75,7 @@ private:
     static std::array<char, 15> KeyOf(const ConvertRecord& wanted);
     void CutTornLine();
     void ReadLines();
-    void ReadLine(const std::string& line);
+    void ReadLine(const std::string& text);
 
     std::string path_;
     int descriptor_ = -1;

@@ -122,7 +122,7 @@ std::string NumberText(std::string_view bytes, const Representation& representat
     }
 }
 
-std::string JsonOf(std::string number, Kind kind) {
+std::string JsonOf(const std::string& number, Kind kind) {
     if (kind == Kind::kTag) return '"' + number + '"';
     const bool isNumber = number.find_first_not_of("0123456789+-.e") == std::string::npos;
     return isNumber ? number : "null";  // infinities, and what is not a number

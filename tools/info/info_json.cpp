@@ -53,7 +53,7 @@ private:
     void AddHead(const DcmElementView& element) {
         std::array<char, 16> tag{};
         std::snprintf(tag.data(), tag.size(), "%08x", element.tag);
-        json_ += "{\"tag\":\"" + std::string(tag.data()) + "\",\"vr\":\"" +
+        json_ += R"({"tag":")" + std::string(tag.data()) + R"(","vr":")" +
                  std::string(RepresentationName(element.vr)) + '"';
         if (*element.keyword != '\0') json_ += ",\"keyword\":" + JsonString(element.keyword);
         json_ += ",\"length\":" + std::to_string(element.length);
@@ -178,7 +178,7 @@ std::string InfoAsJson(const std::string& path, const ImageSummary& summary,
 }
 
 std::string ErrorAsJson(const std::string& path, QUORVEX_MESSAGE result) {
-    return "{\"file\":" + JsonString(path) + ",\"error\":{\"code\":" + std::to_string(result) +
+    return "{\"file\":" + JsonString(path) + R"(,"error":{"code":)" + std::to_string(result) +
            JsonMember("name", JsonString(ResultName(result))) +
            JsonMember("sentence", JsonString(SentenceOf(result))) + "}}\n";
 }

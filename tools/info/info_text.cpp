@@ -81,7 +81,9 @@ private:
     }
 
     static std::string Margin(int depth) {
-        return std::string(static_cast<std::size_t>(depth * kIndent), ' ');
+        std::string margin;
+        margin.append(static_cast<std::size_t>(depth) * kIndent, ' ');
+        return margin;
     }
 
     ElementOwner owner_;

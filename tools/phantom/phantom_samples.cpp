@@ -31,7 +31,7 @@ constexpr Attribute kSlice[] = {
     {tag::kPatientPosition, "HFS"},
     {tag::kAcquisitionNumber, "1"},
     {tag::kImagePositionPatient, "-199.609375\\-199.609375\\0"},
-    {tag::kImageOrientationPatient, "1\\0\\0\\0\\1\\0"},
+    {tag::kImageOrientationPatient, R"(1\0\0\0\1\0)"},
     {tag::kFrameOfReferenceUID, "2.25.32980073569858662929564197851150617301"},
     {tag::kPositionReferenceIndicator, ""},
     {tag::kPhotometricInterpretation, "MONOCHROME2"},
@@ -52,7 +52,7 @@ constexpr Attribute kRadiograph[] = {
     {tag::kWindowWidth, "3600"},
 };
 constexpr Attribute kLoop[] = {
-    {tag::kImageType, "ORIGINAL\\PRIMARY\\INTRACARDIAC\\0011"},
+    {tag::kImageType, R"(ORIGINAL\PRIMARY\INTRACARDIAC\0011)"},
     {tag::kModality, "US"},
     {tag::kFrameTime, "40"},
     {tag::kSamplesPerPixel, Number(3)},

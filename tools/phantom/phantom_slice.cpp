@@ -77,7 +77,8 @@ void AddRibs(std::vector<Organ>& organs) {
     constexpr double kFirst = 20;  // degrees from the front
     constexpr double kStep = 26;
     for (int i = 0; i < 2 * kRibsPerSide; ++i) {
-        const double degrees = kFirst + kStep * (i / 2);
+        const int rib = i / 2;
+        const double degrees = kFirst + kStep * rib;
         const double angle = (i % 2 == 0 ? degrees : -degrees) / 180 * std::numbers::pi;
         const Place centre = {kRibCage.radiusX * std::sin(angle),
                               -kRibCage.radiusY * std::cos(angle)};

@@ -54,7 +54,7 @@ std::optional<std::vector<std::size_t>> FromTable(const EncapsulatedFrames& fram
     std::vector<std::size_t> starts;
     const std::uint64_t end = EndOf(frames.fragments.back());
     for (std::size_t entry = 0, fragment = 0; entry < entries; ++entry) {
-        const std::uint64_t offset = LittleEndianAt<Offset>(table, entry);
+        const auto offset = LittleEndianAt<Offset>(table, entry);
         if (entry > 0 && offset >= end) break;
         while (fragment < frames.fragments.size() && frames.fragments[fragment].offset < offset)
             ++fragment;

@@ -68,7 +68,7 @@ inline NumberForm FormOf(const Element& element) noexcept {
 
 template <std::unsigned_integral Stored>
 Number LoadNumber(const unsigned char* bytes, bool isBigEndian, const NumberForm& form) {
-    const Stored stored = Load<Stored>(bytes, isBigEndian);
+    const auto stored = Load<Stored>(bytes, isBigEndian);
     if constexpr (sizeof(Stored) == 4) {
         if (form.isReal) return Number::Real(static_cast<double>(std::bit_cast<float>(stored)));
     }

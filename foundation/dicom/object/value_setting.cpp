@@ -115,12 +115,12 @@ bool Extend(DataSet& dataSet, std::uint32_t tag, Bytes added) {
                          dataSet.FragmentsOf(*element).IsEmpty();
     if (!isBytes) return false;
     if (OwnsBytes(*element)) {
-        ByteBuffer& value = Unshared<ByteBuffer>(*element);
+        auto& value = Unshared<ByteBuffer>(*element);
         value.insert(value.end(), added.begin(), added.end());
         return true;
     }
     Element owned = *element;
-    ByteBuffer& value = Unshared<ByteBuffer>(Extensible(dataSet, owned));
+    auto& value = Unshared<ByteBuffer>(Extensible(dataSet, owned));
     value.insert(value.end(), added.begin(), added.end());
     *element = std::move(owned);
     return true;

@@ -59,7 +59,7 @@ bool JpegHeader::IsDecodable() const noexcept {
     constexpr std::uint8_t kLastDecodable = 0xC3;
     if (sofMarker < 0xC0 || sofMarker > kLastDecodable || width == 0 || height == 0) return false;
     if (componentCount != 1 && componentCount != 3 && componentCount != 4) return false;
-    const auto first = components.begin();
+    const auto* const first = components.begin();
     return IsDecodablePrecision(Process(), precision) &&
            std::all_of(first, first + componentCount, [](const JpegComponent& c) {
                return IsSamplingFactor(c.horizontal) && IsSamplingFactor(c.vertical);
@@ -67,7 +67,7 @@ bool JpegHeader::IsDecodable() const noexcept {
 }
 
 bool JpegHeader::IsSubsampled() const noexcept {
-    const auto first = components.begin();
+    const auto* const first = components.begin();
     return std::any_of(
         first, first + std::min<int>(componentCount, 4), [&](const JpegComponent& c) {
             return c.horizontal != first->horizontal || c.vertical != first->vertical;

@@ -15,7 +15,7 @@ inline constexpr auto kNaturalFromZigzag = [] {
             const int row = diagonal % 2 == 0 ? diagonal - step : step;
             const int column = diagonal - row;
             if (row > 7 || column > 7) continue;
-            order[place++] = static_cast<std::size_t>(row * 8 + column);
+            order[place++] = static_cast<std::size_t>(row) * 8 + static_cast<std::size_t>(column);
         }
     }
     return order;

@@ -57,6 +57,7 @@ bool FillComponent(std::span<OPJ_INT32> data, const unsigned char* place,
     std::int32_t least = 0;
     std::int32_t greatest = 0;
     for (OPJ_INT32& value : data) {
+        // NOLINTNEXTLINE(bugprone-signed-char-misuse): samples may be signed
         value = SampleAt<Stored>(place, p.isBigEndian);
         least = std::min(least, value);
         greatest = std::max(greatest, value);
