@@ -52,10 +52,10 @@ Coloured By(Operation operation, CDcmObject& object, std::vector<Pixel> pixels) 
 }
 
 /// An object with a palette; its pixels lie outside.
-CDcmObject Picture(CSize size, unsigned short bits, const TestTable& red, const TestTable& green,
-                   const TestTable& blue, unsigned short representation = 0) {
-    CDcmObject object;
-    SetPicture(object, size, bits);
+CDcmObject WithPalette(CSize size, unsigned short bits, const TestTable& red,
+                       const TestTable& green, const TestTable& blue,
+                       unsigned short representation = 0) {
+    CDcmObject object = Picture(size, bits);
     object.SetValue(tag::kPixelRepresentation, representation);
     AddPalette(object, red, green, blue, bits);
     return object;
@@ -63,7 +63,8 @@ CDcmObject Picture(CSize size, unsigned short bits, const TestTable& red, const 
 
 // 100, 50 and 1 x 255 / 256 in a frame; 228 lies behind the last entry of blue.
 TEST(SupplementalColours, CoverTheRangeOfTheTablesOnly) {
-    auto object = Picture({4, 1}, 8, Ramp(128, 128, 100), Ramp(128, 128, 50), Ramp(128, 100, 1));
+    auto object =
+        WithPalette({4, 1}, 8, Ramp(128, 128, 100), Ramp(128, 128, 50), Ramp(128, 100, 1));
     const Bytes pixels = {127, 128, 227, 228};
     EXPECT_EQ(By(kFrame, object, pixels).colours,
               (Colours{0, 0, 0, 99, 49, 0, 198, 148, 99, 0, 0, 0}));
@@ -74,29 +75,29 @@ TEST(SupplementalColours, CoverTheRangeOfTheTablesOnly) {
 // In a slice entry x 255 / 65536; in a frame 32768, 4660 and 65535 x 255 / 256 are 32640, 4641.8
 // and 65279.0, of which the low byte stays.
 TEST(SupplementalColours, WordsAreSignedInAFrameAndUnsignedInASlice) {
-    auto high =
-        Picture({3, 1}, 16, Ramp(40000, 3, 0x8000), Ramp(40000, 3, 0x4000), Ramp(40000, 3, 0xFF00));
+    auto high = WithPalette({3, 1}, 16, Ramp(40000, 3, 0x8000), Ramp(40000, 3, 0x4000),
+                            Ramp(40000, 3, 0xFF00));
     const Words pixels = {39999, 40000, 40003};
     EXPECT_EQ(By(kFrame, high, pixels).colours, Colours(9));
     EXPECT_EQ(By(kSlice, high, pixels).colours, (Colours{0, 0, 0, 127, 63, 254, 0, 0, 0}));
-    auto low = Picture({1, 1}, 16, Ramp(5, 1, 0x8000), Ramp(5, 1, 0x1234), Ramp(5, 1, 0xFFFF));
+    auto low = WithPalette({1, 1}, 16, Ramp(5, 1, 0x8000), Ramp(5, 1, 0x1234), Ramp(5, 1, 0xFFFF));
     EXPECT_EQ(By(kFrame, low, Words{5}).colours, (Colours{32640 % 256, 4641 % 256, 65279 % 256}));
 }
 
 TEST(SupplementalColours, NegativeValuesNeedATableThatEndsBelow0) {
     for (const int count : {50, 150}) {
         const TestTable table = Ramp(-100, count, 256);
-        auto object = Picture({1, 1}, 16, table, table, table, 1);
+        auto object = WithPalette({1, 1}, 16, table, table, table, 1);
         EXPECT_EQ(By(kFrame, object, std::vector<std::int16_t>{-60}).colours,
                   count == 50 ? Colours(3, 294 % 256) : Colours(3));  // (256 + 40) x 255 / 256
     }
     const TestTable below = Ramp(-100, 50, 7, 0);
-    auto bytes = Picture({2, 1}, 8, below, below, below, 1);
+    auto bytes = WithPalette({2, 1}, 8, below, below, below, 1);
     EXPECT_EQ(By(kSlice, bytes, Bytes{5, 255}).colours, Colours(6, 7)) << "inside the table";
 }
 
 TEST(PaletteImage, ColoursEveryPixel) {
-    auto object = Picture({510, 2}, 8, Ramp(10, 3, 100, 100), Ramp(10, 3, 0), Ramp(10, 3, 253));
+    auto object = WithPalette({510, 2}, 8, Ramp(10, 3, 100, 100), Ramp(10, 3, 0), Ramp(10, 3, 253));
     Bytes pixels(1020);
     pixels[0] = 9;     // below the tables
     pixels[510] = 11;  // first of row 1
@@ -112,7 +113,7 @@ TEST(PaletteImage, ColoursEveryPixel) {
 
 TEST(PaletteImage, WordsTakeTheHighByteOfWideEntries) {
     auto object =
-        Picture({3, 1}, 16, Ramp(0, 300, 0, 200), Ramp(0, 300, 0xFFFF, 0), Ramp(0, 300, 0));
+        WithPalette({3, 1}, 16, Ramp(0, 300, 0, 200), Ramp(0, 300, 0xFFFF, 0), Ramp(0, 300, 0));
     // 299 x 200 x 255 / 65536 is 232.7
     EXPECT_EQ(By(kWholePalette, object, Words{0, 299, 65535}).colours,
               (Colours{0, 254, 0, 232, 254, 1, 232, 254, 1}));
@@ -122,7 +123,7 @@ TEST(PaletteImage, FailsWithoutAWholePaletteAndTouchesNothing) {
     for (const std::uint32_t missing :
          {tag::kRedPaletteColorLookupTableDescriptor, tag::kGreenPaletteColorLookupTableData,
           tag::kBluePaletteColorLookupTableData}) {
-        auto object = Picture({2, 1}, 8, Ramp(0, 4, 0), Ramp(0, 4, 0), Ramp(0, 4, 0));
+        auto object = WithPalette({2, 1}, 8, Ramp(0, 4, 0), Ramp(0, 4, 0), Ramp(0, 4, 0));
         if (missing == tag::kBluePaletteColorLookupTableData) {
             SetBytes(object, missing, {1, 2});  // four entries are more than that
         } else {

@@ -1,15 +1,9 @@
 /// Overlay planes and palettes for hand-made data sets, and what they should look like.
 #pragma once
 
-#include "quorvex/DicomObject.h"
-#include "quorvex/Tags.h"
 #include "tests/pipeline/test_objects.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <random>
-#include <vector>
 
 namespace quorvex::pipeline_test {
 
@@ -57,12 +51,17 @@ inline void AddOverlay(CDcmObject& object, std::uint32_t group, const TestOverla
     if (!overlay.data.empty()) SetBytes(object, of(tag::kOverlayData), overlay.data);
 }
 
-inline void SetPicture(CDcmObject& object, CSize size, unsigned short bits,
-                       unsigned short samples = 1) {
+/// The header of a picture with planes in the groups 6000, 6002 ...
+inline CDcmObject Picture(CSize size, unsigned short bits,
+                          const std::vector<TestOverlay>& planes = {}, unsigned short samples = 1) {
+    CDcmObject object;
     object.SetValue(tag::kSamplesPerPixel, samples);
     object.SetValue(tag::kRows, static_cast<unsigned short>(size.cy));
     object.SetValue(tag::kColumns, static_cast<unsigned short>(size.cx));
     object.SetValue(tag::kBitsAllocated, bits);
+    std::uint32_t group = 0x6000;
+    for (const auto& plane : planes) AddOverlay(object, std::exchange(group, group + 2), plane);
+    return object;
 }
 
 struct TestTable {
@@ -80,12 +79,9 @@ inline void AddPalette(CDcmObject& object, const TestTable& red, const TestTable
         object.SetValueRepresentation(descriptor, table.first < 0 ? MC_VR_SS : MC_VR_US);
         object.SetNextValue(descriptor, table.first);
         object.SetNextValue(descriptor, static_cast<int>(bits));
-        std::vector<unsigned char> bytes;
-        for (const auto entry : table.entries) {
-            bytes.push_back(static_cast<unsigned char>(entry & 0xFF));
-            bytes.push_back(static_cast<unsigned char>(entry >> 8));
-        }
-        SetBytes(object, tag::kRedPaletteColorLookupTableData + colour, bytes);
+        const auto* const data = reinterpret_cast<const unsigned char*>(table.entries.data());
+        SetBytes(object, tag::kRedPaletteColorLookupTableData + colour,
+                 {data, data + 2 * table.entries.size()});
     }
 }
 

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <utility>
 
 namespace quorvex::pipeline_test {
 namespace {
@@ -52,16 +51,6 @@ Bytes Marked(const Planes& planes, CSize size) {
         }
     }
     return image;
-}
-
-/// The header of a picture with planes in the groups 6000, 6002 ...
-CDcmObject Picture(CSize size, unsigned short bits, const Planes& planes,
-                   unsigned short samples = 1) {
-    CDcmObject object;
-    SetPicture(object, size, bits, samples);
-    std::uint32_t group = 0x6000;
-    for (const auto& plane : planes) AddOverlay(object, std::exchange(group, group + 2), plane);
-    return object;
 }
 
 TestOverlay WithData(TestOverlay plane, unsigned seed, std::size_t bytes = 1000) {

@@ -12,6 +12,7 @@ constexpr int kPalette = 2;
 constexpr int kSupplemental = 3;
 constexpr int kOverlays = 5;
 constexpr CSize kView{8, 8};
+const TestOverlay kSecondPixel{1, 4, 1, 1, 1, 0, {0x02, 0}};
 
 /// The picture of a volume at a zoom of 1.
 Values Show(CXDIPP& dipp, CDcmObject* object, TestVolume& volume, int kind, int maxValue = 255) {
@@ -82,8 +83,7 @@ TEST(VolumeImage, RefusesWhatIsNoImageAndKeepsTheOneOnShow) {
 }
 
 TEST(VolumeImage, ExpandsAPalette) {
-    CDcmObject object;
-    SetPicture(object, {4, 1}, 8);
+    CDcmObject object = Picture({4, 1}, 8);
     AddPalette(object, {0, {0, 256 * 255, 0, 256}}, {0, {0, 0, 256 * 255, 0}},
                {0, {0, 0, 0, 256 * 128}}, 16);
     TestVolume volume({4, 1}, 8, {0, 1, 2, 3});
@@ -101,8 +101,7 @@ TEST(VolumeImage, ExpandsAPalette) {
 }
 
 TEST(VolumeImage, ShowsASupplementalPaletteOverGrey) {
-    CDcmObject object;
-    SetPicture(object, {4, 2}, 8);
+    CDcmObject object = Picture({4, 2}, 8);
     AddPalette(object, {200, {250, 0}}, {200, {0, 100}}, {200, {5, 0}}, 8);
     TestVolume volume({4, 2}, 8, {0, 50, 199, 202, 200, 201, 100, 255});
     CXDIPP dipp;
@@ -120,8 +119,7 @@ TEST(VolumeImage, ShowsASupplementalPaletteOverGrey) {
 }
 
 TEST(VolumeImage, ScalesWideEntriesOfASupplementalPalette) {
-    CDcmObject object;
-    SetPicture(object, {4, 1}, 16);
+    CDcmObject object = Picture({4, 1}, 16);
     AddPalette(object, {40000, {0x8000}}, {40000, {0x4000}}, {40000, {0xFF00}}, 16);
     TestVolume volume({4, 1}, 16,
                       {0, 0, 0x40, 0x9C, 0x41, 0x9C, 0, 0x10});  // 0, 40000, 40001, 4096
@@ -136,10 +134,8 @@ TEST(VolumeImage, ScalesWideEntriesOfASupplementalPalette) {
 
 TEST(VolumeImage, BurnsOverlaysIn) {
     const CSize size{8, 4};
-    CDcmObject object;
-    SetPicture(object, size, 8);
     const TestOverlay overlay{4, 8, 1, 1, 1, 0, {0x01, 0x80, 0x3C, 0x07}};
-    AddOverlay(object, 0x6000, overlay);
+    CDcmObject object = Picture(size, 8, {overlay});
     TestVolume volume(size, 8, Repeated(32, 100));
     Values burnt;
     for (int i = 0; i < 32; ++i) burnt.push_back(overlay.Covers(i / 8, i % 8) ? 255 : 100);
@@ -153,9 +149,8 @@ TEST(VolumeImage, BurnsOverlaysIn) {
 }
 
 TEST(VolumeImage, OverlaysOfAColourImageHaveTheirColour) {
-    CDcmObject object = test::With("OverlaysGreen=0; OverlaysBlue=0");
-    SetPicture(object, {4, 1}, 8, 3);
-    AddOverlay(object, 0x6000, {1, 4, 1, 1, 1, 0, {0x02, 0}});
+    CDcmObject object =
+        test::With(Picture({4, 1}, 8, {kSecondPixel}, 3), "OverlaysGreen=0; OverlaysBlue=0");
     TestVolume volume({4, 1}, 8, Repeated(12, 0), 3);
     CXDIPP dipp;
     EXPECT_EQ(Show(dipp, &object, volume, kOverlays),
@@ -163,9 +158,7 @@ TEST(VolumeImage, OverlaysOfAColourImageHaveTheirColour) {
 }
 
 TEST(VolumeImage, TakesSizesFromTheVolume) {
-    CDcmObject object;
-    SetPicture(object, {60000, 60000}, 16, 3);
-    AddOverlay(object, 0x6000, {1, 4, 1, 1, 1, 0, {0x02, 0}});
+    CDcmObject object = Picture({60000, 60000}, 16, {kSecondPixel}, 3);
     AddPalette(object, {0, {5}}, {0, {6}}, {0, {7}}, 8);
     TestVolume volume({4, 1}, 8, Repeated(4, 0));
     CXDIPP dipp;
