@@ -110,7 +110,8 @@ TEST_F(ApplyState, WithoutAnImageNothingHappens) {
     CDcmObject state = State({.rotation = 90});
     EXPECT_EQ(empty.ApllyGSPSObject(&app_, &state), QVM_SUCCESS);
     EXPECT_EQ(empty.Render(), QVM_ERROR_NO_IMAGE);
-    ShowBlank(empty, {8, 4}, {8, 4});  // raw pixels leave the rotation as it is
+    TestVolume volume({8, 4}, 8, Repeated(32, 9));  // a volume leaves the rotation as it is
+    ASSERT_EQ(empty.Initialize(&volume.data, {8, 4}, 255, 0), QVM_SUCCESS);
     EXPECT_EQ(empty.Render(), QVM_SUCCESS);
     EXPECT_EQ(ResultSize(empty), (CSize{8, 4}));
 }
