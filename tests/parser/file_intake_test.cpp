@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <string>
+#include <tuple>
 
 namespace quorvex {
 namespace {
@@ -28,11 +29,8 @@ Bytes Image(std::string_view uid = kExplicitUid) {
 }
 
 Bytes BareImage() {
-    return DicomBuilder::In(kImplicitUid)
-        .SopUids()
-        .Image({})
-        .Add(tag::kPixelData, "OW", kPixels)
-        .Bytes();
+    auto bare = DicomBuilder::In(kImplicitUid);
+    return bare.SopUids().Image({}).Add(tag::kPixelData, "OW", kPixels).Bytes();
 }
 
 TEST(FileIntake, SaysWhyAFileIsNotOpened) {
@@ -51,39 +49,37 @@ TEST(FileIntake, SaysWhyAFileIsNotOpened) {
     }
 }
 
-struct ContentCase {
-    const char* what;
-    Bytes content;
-    QUORVEX_MESSAGE code;
-    const char* lines;  ///< what the debug output begins with
-};
-
 Bytes BehindJunk(std::size_t count) {
     Bytes bytes(count, 0x5A);
     Append(bytes, BareImage());
     return bytes;
 }
 
-const ContentCase kContents[] = {
-    {"nothing", {}, QVM_ERROR_FAILED_TO_READ_FILE, "ReadDicomFileToBuffer file size error\n"},
-    {"132 bytes", Bytes(132), QVM_ERROR_FAILED_TO_READ_FILE,
-     "ReadDicomFileToBuffer file size error\n"},
-    {"133 bytes", Bytes(133), QVM_ERROR_FAILED_TO_PARSE_DICOM,
-     "ParseDicomHeaderOfNonPart10File pixel offset error\n"
-     "QVM_ERROR_FAILED_TO_PARSE_DICOM error\n"},
-    {"explicit", Image(), QVM_SUCCESS, "ParseDicomHeaderOfPart10File success("},
-    {"implicit", Image(kImplicitUid), QVM_SUCCESS, "ParseDicomHeaderOfPart10File success("},
-    {"bare", BareImage(), QVM_SUCCESS, "ParseDicomHeaderOfNonPart10File success\n"},
-    {"junk, 1", BehindJunk(1), QVM_SUCCESS, "ParseDicomHeaderOfNonPart10File success2\n"},
-    {"junk, 77", BehindJunk(77), QVM_SUCCESS, "ParseDicomHeaderOfNonPart10File success2\n"},
-    {"junk, 20001", BehindJunk(20001), QVM_SUCCESS, "ParseDicomHeaderOfNonPart10File success2\n"},
-    {"deflated, and nothing that inflates",
-     DicomBuilder::Part10(kDeflatedUid).Raw("\t\t\t\t\t").Raw(BareImage()).Bytes(), QVM_SUCCESS,
-     "ParseDicomHeaderOfPart10File error\n"},
-};
-
 TEST(FileIntake, ReadsPart10AndBareDataSetsAlike) {
-    for (const ContentCase& c : kContents) {
+    const std::string part10 = "ParseDicomHeaderOfPart10File ";
+    const std::string bare = "ParseDicomHeaderOfNonPart10File ";
+    const std::string tooShort = "ReadDicomFileToBuffer file size error\n";
+    const Bytes deflated =
+        DicomBuilder::Part10(kDeflatedUid).Raw("\t\t\t\t\t").Raw(BareImage()).Bytes();
+    const struct {
+        const char* what;
+        Bytes content;
+        QUORVEX_MESSAGE code;
+        std::string lines;  ///< what the debug output begins with
+    } kContents[] = {
+        {"nothing", {}, QVM_ERROR_FAILED_TO_READ_FILE, tooShort},
+        {"132 bytes", Bytes(132), QVM_ERROR_FAILED_TO_READ_FILE, tooShort},
+        {"133 bytes", Bytes(133), QVM_ERROR_FAILED_TO_PARSE_DICOM,
+         bare + "pixel offset error\nQVM_ERROR_FAILED_TO_PARSE_DICOM error\n"},
+        {"explicit", Image(), QVM_SUCCESS, part10 + "success("},
+        {"implicit", Image(kImplicitUid), QVM_SUCCESS, part10 + "success("},
+        {"bare", BareImage(), QVM_SUCCESS, bare + "success\n"},
+        {"junk, 1", BehindJunk(1), QVM_SUCCESS, bare + "success2\n"},
+        {"junk, 77", BehindJunk(77), QVM_SUCCESS, bare + "success2\n"},
+        {"junk, 20001", BehindJunk(20001), QVM_SUCCESS, bare + "success2\n"},
+        {"deflated, and nothing that inflates", deflated, QVM_SUCCESS, part10 + "error\n"},
+    };
+    for (const auto& c : kContents) {
         const DebugLines lines;
         Parsed parsed(c.content);
         EXPECT_EQ(parsed.code, c.code) << c.what;
@@ -100,19 +96,15 @@ TEST(FileIntake, ReadsPart10AndBareDataSetsAlike) {
 }
 
 TEST(FileIntake, SamplesPerPixelFollowsThePhotometricInterpretation) {
-    struct {
-        const char* photometric;
-        unsigned stored;
-        int expected;
-    } const cases[] = {{"MONOCHROME2", 3, 1}, {"MONOCHROME1", 3, 1}, {"PALETTE COLOR", 3, 1},
-                       {"YBR_FULL", 1, 3},    {"RGB", 1, 3},         {"MONOCHROME", 1, 3},
-                       {nullptr, 4, 4}};
-    for (const auto& c : cases) {
-        const ImageFacts facts{.photometric = c.photometric, .samples = c.stored};
+    const std::tuple<const char*, unsigned, int> cases[] = {
+        {"MONOCHROME2", 3, 1}, {"MONOCHROME1", 3, 1}, {"PALETTE COLOR", 3, 1}, {"YBR_FULL", 1, 3},
+        {"RGB", 1, 3},         {"MONOCHROME", 1, 3},  {nullptr, 4, 4}};
+    for (const auto& [photometric, stored, expected] : cases) {
+        const ImageFacts facts{.photometric = photometric, .samples = stored};
         const Parsed parsed(NativeFile(kExplicitUid, facts, kPixels));
         ASSERT_EQ(parsed.code, QVM_SUCCESS);
-        EXPECT_EQ(Read<int>(*parsed.Header(), tag::kSamplesPerPixel), c.expected)
-            << (c.photometric == nullptr ? "none" : c.photometric);
+        EXPECT_EQ(Read<int>(*parsed.Header(), tag::kSamplesPerPixel), expected)
+            << (photometric == nullptr ? "none" : photometric);
     }
 }
 
@@ -162,15 +154,21 @@ TEST(FileIntake, CopiesStandAlone) {
 }
 
 TEST(FileIntake, NoCutOfAFileDoesHarm) {
-    const Bytes whole = Image();
-    for (std::size_t size = 0; size < whole.size(); ++size) {
-        const auto end = whole.begin() + static_cast<std::ptrdiff_t>(size);
-        Parsed parsed(Bytes(whole.begin(), end));
-        EXPECT_EQ(parsed.code == QVM_ERROR_FAILED_TO_READ_FILE, size <= 132) << size;
-        const Answered frame = FrameOf(parsed.parser);
-        if (frame.code != QVM_SUCCESS) continue;
-        EXPECT_GT(size + kPixels.size(), whole.size());
-        EXPECT_EQ(frame.bytes.size(), kPixels.size());
+    auto nested = DicomBuilder::Part10(kRleUid);
+    nested.Sequence(tag::kReferencedImageSequence).Item().Image({}).EndItem().EndSequence();
+    nested.SopUids().Image({}).Fragments({Bytes(64), kPixels});
+    for (const Bytes& whole : {Image(), nested.Bytes()}) {
+        for (std::size_t size = 0; size < whole.size(); ++size) {
+            const auto end = whole.begin() + static_cast<std::ptrdiff_t>(size);
+            for (const int readWholeFile : {0, 1}) {
+                Parsed parsed(Bytes(whole.begin(), end), readWholeFile);
+                EXPECT_EQ(parsed.code == QVM_ERROR_FAILED_TO_READ_FILE, size <= 132) << size;
+                const Answered frame = FrameOf(parsed.parser);
+                if (frame.code != QVM_SUCCESS) continue;
+                EXPECT_GT(size + 64 + 2 * kPixels.size(), whole.size());
+                EXPECT_EQ(frame.bytes.size(), kPixels.size());
+            }
+        }
     }
 }
 

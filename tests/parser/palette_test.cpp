@@ -102,8 +102,7 @@ TEST(PaletteLut, ExpandsSegments) {
 }
 
 struct Coloured {
-    QUORVEX_MESSAGE code;
-    Bytes rgb;
+    Answered rgb;
     unsigned short bits = 16;
     unsigned short samples = 1;
     CString photometric = "PALETTE COLOR";
@@ -114,47 +113,39 @@ Coloured Colour(Parsed parsed) {
     Bytes pixels{0, 0, 1, 0};
     Coloured coloured;
     unsigned char* rgb = nullptr;
-    coloured.code = parsed.parser.GetRGBBufferFromPaletteImage(
+    const auto code = parsed.parser.GetRGBBufferFromPaletteImage(
         pixels.data(), 2, 1, coloured.bits, coloured.samples, coloured.photometric, rgb, 0);
-    coloured.rgb = Answered::Take(coloured.code, rgb, 6).bytes;
+    coloured.rgb = Answered::Take(code, rgb, 6);
     return coloured;
 }
 
-struct ColourCase {
-    const char* what;
-    unsigned entryBits;
-    Words tables[3];  ///< red, green, blue
-    Bytes rgb;
-};
-
-const ColourCase kColours[] = {
-    {"16 bits", 16, {{65535, 0}, {32768, 256}, {0, 65535}}, {254, 127, 0, 0, 0, 254}},
-    {"12 in 16 bits", 16, {{4095, 0}, {2048, 16}, {0, 4095}}, {254, 127, 0, 0, 0, 254}},
-    {"8 in 12 bits", 12, {{255, 0}, {128, 16}, {0, 255}}, {254, 127, 0, 0, 15, 254}},
-    {"8 bits", 8, {{255, 0}, {128, 16}, {0, 255}}, {254, 127, 0, 0, 15, 254}},
-    {"the deepest decides", 16, {{0, 9}, {65535, 0}, {0, 65535}}, {0, 254, 0, 0, 0, 254}},
-};
-
 TEST(PaletteImage, ScalesEntriesToBytes) {
-    for (const ColourCase& c : kColours) {
+    const struct {
+        const char* what;
+        unsigned entryBits;
+        Words tables[3];  ///< red, green, blue
+        Bytes rgb;
+    } kColours[] = {
+        {"16 bits", 16, {{65535, 0}, {32768, 256}, {0, 65535}}, {254, 127, 0, 0, 0, 254}},
+        {"12 in 16 bits", 16, {{4095, 0}, {2048, 16}, {0, 4095}}, {254, 127, 0, 0, 0, 254}},
+        {"8 in 12 bits", 12, {{255, 0}, {128, 16}, {0, 255}}, {254, 127, 0, 0, 15, 254}},
+        {"8 bits", 8, {{255, 0}, {128, 16}, {0, 255}}, {254, 127, 0, 0, 15, 254}},
+        {"the deepest decides", 16, {{0, 9}, {65535, 0}, {0, 65535}}, {0, 254, 0, 0, 0, 254}},
+    };
+    for (const auto& c : kColours) {
         auto file = ImageFile(kExplicitUid, {.photometric = "PALETTE COLOR"});
         for (std::uint32_t s = 0; s < 3; ++s)
             file.Words(kDescriptor + s, "US", {2, 0, c.entryBits});
         for (std::uint32_t s = 0; s < 3; ++s) file.Words(kPlain + s, "OW", c.tables[s]);
         const Coloured coloured = Colour(Parsed(file.Bytes()));
-        EXPECT_EQ(coloured.code, QVM_SUCCESS) << c.what;
-        EXPECT_EQ(coloured.rgb, c.rgb) << c.what;
+        EXPECT_EQ(coloured.rgb, Done(c.rgb)) << c.what;
         EXPECT_EQ(coloured.bits, 24);
         EXPECT_EQ(coloured.samples, 3);
         EXPECT_EQ(coloured.photometric, CString("RGB"));
     }
-}
-
-TEST(PaletteImage, NeedsAllThreeTables) {
-    const Coloured coloured = Colour(WithTable({2, 0, 16}, {1, 2}));
-    EXPECT_EQ(coloured.code, QVM_ERROR_INVALID_PHOTOMETRIC);
-    EXPECT_TRUE(coloured.rgb.empty());
-    EXPECT_EQ(coloured.bits, 16);
+    const Coloured red = Colour(WithTable({2, 0, 16}, {1, 2}));
+    EXPECT_EQ(red.rgb, Refused(QVM_ERROR_INVALID_PHOTOMETRIC)) << "one table of three";
+    EXPECT_EQ(red.bits, 16);
 }
 
 }  // namespace

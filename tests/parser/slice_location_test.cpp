@@ -37,11 +37,10 @@ constexpr SliceCase kSlices[] = {
 TEST(SliceLocation, IsThePositionAcrossTheSlice) {
     for (const SliceCase& c : kSlices) {
         auto file = DicomBuilder::Part10(kExplicitUid).SopUids();
-        if (c.position != nullptr) file.Padded(tag::kImagePositionPatient, "DS", c.position);
-        if (c.orientation != nullptr) {
-            file.Padded(tag::kImageOrientationPatient, "DS", c.orientation);
-        }
-        if (c.location != nullptr) file.Padded(tag::kSliceLocation, "DS", c.location);
+        for (const auto& [tag, value] : {std::pair{tag::kImagePositionPatient, c.position},
+                                         {tag::kImageOrientationPatient, c.orientation},
+                                         {tag::kSliceLocation, c.location}})
+            if (value != nullptr) file.Padded(tag, "DS", value);
         const Parsed parsed(file.Bytes());
         ASSERT_EQ(parsed.code, QVM_SUCCESS) << c.what;
         double location = -999;

@@ -1,9 +1,9 @@
 #include "parser/thumbnail/thumbnail_pixels.h"
 #include "parser/thumbnail/thumbnail_window.h"
 #include "tests/parser/parsed.h"
+#include "tests/support/attribute_values.h"
 
 #include <algorithm>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <memory>
 
@@ -12,22 +12,6 @@ namespace {
 
 using namespace test;
 
-struct RangeCase {
-    const char* what;
-    std::vector<int> values;
-    bool isSigned;
-    int low;   ///< the last value of 0
-    int high;  ///< the first value of 255
-};
-
-const RangeCase kRanges[] = {
-    {"wide, above 0", {100, 5000}, false, 100, 3100},
-    {"wide on both sides", {-4000, 4000}, true, -3000, 3000},
-    {"wide, little below 0", {-1000, 3500}, true, -1000, 2000},
-    {"wide, below 0", {-5000, -100}, true, -3100, -100},
-    {"narrow", {10, 265}, false, 10, 265},
-};
-
 std::vector<std::uint16_t> Words(const std::vector<int>& values) {
     std::vector<std::uint16_t> words;
     for (const int value : values) words.push_back(static_cast<std::uint16_t>(value));
@@ -35,68 +19,59 @@ std::vector<std::uint16_t> Words(const std::vector<int>& values) {
 }
 
 TEST(ThumbnailWindow, SpansTheData) {
-    for (const RangeCase& c : kRanges) {
+    const struct {
+        const char* what;
+        std::vector<int> values;
+        bool isSigned;
+        int low;   ///< the last value of 0
+        int high;  ///< the first value of 255
+    } kRanges[] = {
+        {"wide, above 0", {100, 5000}, false, 100, 3100},
+        {"wide on both sides", {-4000, 4000}, true, -3000, 3000},
+        {"wide, little below 0", {-1000, 3500}, true, -1000, 2000},
+        {"wide, below 0", {-5000, -100}, true, -3100, -100},
+        {"narrow", {10, 265}, false, 10, 265},
+    };
+    for (const auto& c : kRanges) {
         const ThumbnailWindow window = MakeWindowTable(Words(c.values), c.isSigned, 0);
-        EXPECT_EQ(window.At(-65536), 0) << c.what;
-        EXPECT_EQ(window.At(c.low), 0) << c.what;
+        for (const int value : {-65536, c.low}) EXPECT_EQ(window.At(value), 0) << c.what;
         EXPECT_EQ(window.At((c.low + c.high) / 2), 127) << c.what;
         EXPECT_LT(window.At(c.high - 1), 255) << c.what;
-        EXPECT_EQ(window.At(c.high), 255) << c.what;
-        EXPECT_EQ(window.At(65535), 255) << c.what;
+        for (const int value : {c.high, 65535}) EXPECT_EQ(window.At(value), 255) << c.what;
     }
     EXPECT_EQ(MakeWindowTable(Words({7, 7}), false, 0).At(60000), 0);
     EXPECT_EQ(MakeWindowTable(Words({-2000, 0, 255}), true, -2000).At(128), 128);
     EXPECT_EQ(MakeWindowTable(Words({0, 100, 9000}), false, 9000).At(9000), 0);
 }
 
-/// What a header says about its window; null leaves an attribute out.
-struct Windowed {
-    const char* center = nullptr;
-    const char* width = nullptr;
-    const char* slope = nullptr;
-    const char* photometric = "MONOCHROME2";
-    unsigned short bitsStored = 12;
-};
-
-ThumbnailWindow WindowOf(const Windowed& says) {
-    CDcmObject header;
-    header.SetValue(tag::kPhotometricInterpretation, says.photometric);
-    header.SetValue(tag::kBitsStored, says.bitsStored);
-    if (says.center != nullptr) header.SetValue(tag::kWindowCenter, says.center);
-    if (says.width != nullptr) header.SetValue(tag::kWindowWidth, says.width);
-    if (says.slope != nullptr) header.SetValue(tag::kRescaleSlope, says.slope);
-    return MakeWindowTableFromHeader(header);
-}
-
-struct HeaderCase {
-    const char* what;
-    Windowed header;
-    int value;
-    int byte;
-};
-
-constexpr HeaderCase kHeaders[] = {
-    {"below", {"100", "200"}, -1, 0},
-    {"center", {"100", "200"}, 100, 127},
-    {"above", {"100", "200"}, 200, 255},
-    {"inverse, below", {"100", "200", nullptr, "MONOCHROME1"}, -1, 255},
-    {"inverse, above", {"100", "200", nullptr, "MONOCHROME1"}, 200, 0},
-    {"center by default", {}, 1200, 127},
-    {"end by default", {}, 2400, 255},
-    {"center by default, bytes", {nullptr, nullptr, nullptr, "MONOCHROME2", 8}, 255, 127},
-    {"width by default", {"100"}, 1300, 255},
-};
-
 TEST(ThumbnailWindow, FollowsTheHeader) {
-    for (const HeaderCase& c : kHeaders)
-        EXPECT_EQ(WindowOf(c.header).At(c.value), c.byte) << c.what;
-    const auto plain = WindowOf({"100", "200"});
-    const auto halved = WindowOf({"200", "400", "2"});
+    const auto windowOf = [](const std::string& header) {
+        return MakeWindowTableFromHeader(With("00280004=MONOCHROME2; 00280101=12" + header));
+    };
+    const std::string kWindow = "; 00281050=100; 00281051=200";
+    const struct {
+        const char* what;
+        std::string header;
+        int value;
+        int byte;
+    } kHeaders[] = {
+        {"below", kWindow, -1, 0},
+        {"center", kWindow, 100, 127},
+        {"above", kWindow, 200, 255},
+        {"inverse, below", kWindow + "; 00280004=MONOCHROME1", -1, 255},
+        {"inverse, above", kWindow + "; 00280004=MONOCHROME1", 200, 0},
+        {"center by default", "", 1200, 127},
+        {"end by default", "", 2400, 255},
+        {"center by default, bytes", "; 00280101=8", 255, 127},
+        {"width by default", "; 00281050=100", 1300, 255},
+    };
+    for (const auto& c : kHeaders) EXPECT_EQ(windowOf(c.header).At(c.value), c.byte) << c.what;
+    const auto plain = windowOf(kWindow);
+    const auto halved = windowOf("; 00281050=200; 00281051=400; 00281053=2");
     for (int i = -10; i < 300; ++i) EXPECT_EQ(halved.At(i), plain.At(i));
-    for (const auto& [width, slope] :
-         {std::pair{"0", "1"}, {"200", "0"}, {"-5", "1"}, {"2147483647", "1e-30"}}) {
-        const auto odd = WindowOf({"100", width, slope});
-        EXPECT_LE(odd.At(-60000), odd.At(60000)) << width;
+    for (const char* odd : {"=0", "=200; 00281053=0", "=-5", "=2147483647; 00281053=1e-30"}) {
+        const auto window = windowOf("; 00281050=100; 00281051" + std::string(odd));
+        EXPECT_LE(window.At(-60000), window.At(60000)) << odd;
     }
 }
 
@@ -125,51 +100,46 @@ Thumbnail Make(const Bytes& file, const Asked& asked = {}) {
     static_cast<Answered&>(made) = Answered::Take(code, image, size);
     auto* bytes = static_cast<unsigned char*>(static_cast<void*>(header));
     const std::unique_ptr<unsigned char[]> owner(bytes);
-    const bool isPlain = code == QVM_SUCCESS && asked.format == kXferUncompressed;
-    EXPECT_EQ(header != nullptr, isPlain);
-    if (isPlain) std::memcpy(&made.header, bytes, sizeof made.header);
-    if (made.headerSize > 40) {
-        EXPECT_EQ(bytes[40 + 4 * 200 + 2], 200);
-    }
+    EXPECT_EQ(header != nullptr, code == QVM_SUCCESS && asked.format == kXferUncompressed);
+    if (header != nullptr) made.header = *header;
+    EXPECT_TRUE(made.headerSize <= 40 || bytes[40 + 4 * 200 + 2] == 200);
     return made;
 }
 
-constexpr ImageFacts kColour{
-    .rows = 4, .columns = 4, .bits = 8, .photometric = "RGB", .samples = 3};
+constexpr ImageFacts kColour{4, 4, 8, "RGB", 3};
+constexpr ImageFacts kWords{8, 8};
 
 TEST(Thumbnail, IsGreyOrColour) {
     Bytes words(128);
     for (std::size_t i = 0; i < 64; ++i) words[2 * i] = i < 32 ? 10 : 110;
-    const Bytes file = NativeFile(kExplicitUid, {.rows = 8, .columns = 8}, words);
-    const Thumbnail small = Make(file);
+    const Thumbnail small = Make(NativeFile(kExplicitUid, kWords, words));
     ASSERT_EQ(small.code, QVM_SUCCESS);
-    EXPECT_EQ(small.bytes.size(), 16U);
+    ASSERT_EQ(small.bytes.size(), 16U);
     EXPECT_EQ(small.bytes.front(), 0);
     EXPECT_EQ(small.bytes.back(), 255);
     EXPECT_EQ(small.headerSize, 1064U);
     EXPECT_EQ(small.header.biWidth, 4);
     EXPECT_EQ(small.header.biHeight, 4);
     EXPECT_EQ(small.header.biBitCount, 8);
-    EXPECT_EQ(Make(file, {.useDataRange = 0}).code, QVM_SUCCESS);
 
     const Thumbnail rgb = Make(NativeFile(kExplicitUid, kColour, Bytes(48, 77)), {.size = {8, 2}});
     EXPECT_EQ(rgb.bytes, Bytes(48, 77));
     EXPECT_EQ(rgb.headerSize, 40U);
     EXPECT_EQ(rgb.header.biBitCount, 24);
-
-    const ImageFacts bytes{.rows = 4, .columns = 4, .bits = 8};
-    EXPECT_EQ(Make(NativeFile(kExplicitUid, bytes, Bytes(16, 5))).bytes, Bytes(16, 5));
+    EXPECT_EQ(Make(NativeFile(kExplicitUid, {4, 4, 8}, Bytes(16, 5))).bytes, Bytes(16, 5));
 }
 
 TEST(Thumbnail, IsTheSameForEveryByteOrder) {
     Bytes words(128);
-    for (std::size_t i = 0; i < 64; ++i) words[2 * i] = static_cast<unsigned char>(i * 3);
-    Bytes swapped = words;
-    for (std::size_t i = 0; i < 128; i += 2) std::swap(swapped[i], swapped[i + 1]);
-    const ImageFacts facts{.rows = 8, .columns = 8};
+    Bytes swapped(128);
+    for (std::size_t i = 0; i < 128; i += 2)
+        words[i] = swapped[i + 1] = static_cast<unsigned char>(i / 2 * 3);
     for (const int useDataRange : {0, 1}) {
-        EXPECT_EQ(Make(NativeFile(kBigEndianUid, facts, swapped), {.useDataRange = useDataRange}),
-                  Make(NativeFile(kExplicitUid, facts, words), {.useDataRange = useDataRange}));
+        const auto made =
+            Make(NativeFile(kExplicitUid, kWords, words), {.useDataRange = useDataRange});
+        EXPECT_EQ(made.code, QVM_SUCCESS);
+        EXPECT_EQ(Make(NativeFile(kBigEndianUid, kWords, swapped), {.useDataRange = useDataRange}),
+                  made);
     }
 }
 
@@ -182,7 +152,6 @@ TEST(Thumbnail, IsCodedWhereAsked) {
         const Bytes plain = Make(file, {.size = {8, 8}}).bytes;
         for (const int format : {5, 7}) {
             Thumbnail coded = Make(file, {.size = {8, 8}, .format = format});
-            ASSERT_EQ(coded.code, QVM_SUCCESS) << format;
             EXPECT_EQ(coded.headerSize, 0U);
             const BlindAnswer decoded = BlindlyDecoded(kBlindDecoders[0], coded.bytes);
             ASSERT_EQ(decoded.code, QVM_SUCCESS) << format;
@@ -198,12 +167,10 @@ TEST(Thumbnail, IsCodedWhereAsked) {
 TEST(ThumbnailPixels, TakeEveryDepth) {
     const struct {
         const char* what;
-        std::uint16_t bitsAllocated;
-        std::uint16_t samples;
-        Bytes frame;
+        std::uint16_t bitsAllocated, samples;
+        Bytes frame;  ///< one row of two pixels
         Bytes bytes;
     } cases[] = {
-        // one row of two pixels
         {"bits", 1, 1, {0b10}, {0, 255}},
         {"bytes, cut", 8, 1, {7}, {7, 0}},
         {"32-bit grey", 32, 1, {0, 0, 0, 64, 0, 0, 0, 192}, {0, 255}},
@@ -221,24 +188,22 @@ TEST(ThumbnailPixels, TakeEveryDepth) {
     }
 }
 
-struct RefusalCase {
-    const char* what;
-    ImageFacts facts;
-    Asked asked;
-    QUORVEX_MESSAGE code;
-};
-
-constexpr RefusalCase kRefusals[] = {
-    {"width", {}, {.size = {50, 4}}, QVM_ERROR_INVALID_OUTPUT_SIZE},
-    {"height", {}, {.size = {4, 0}}, QVM_ERROR_INVALID_OUTPUT_SIZE},
-    {"format", {}, {.format = 6}, QVM_ERROR_INVALID_TARGET_SYNTAX},
-    {"frame", {}, {.frame = 1}, QVM_ERROR_INVALID_FRAME_INDEX},
-    {"depth", {.bits = 12}, {}, QVM_ERROR_INVALID_BITS_ALLOCATED},
-    {"palette", {.bits = 8, .photometric = "PALETTE COLOR"}, {}, QVM_ERROR_INVALID_PHOTOMETRIC},
-};
-
 TEST(Thumbnail, SaysWhyThereIsNone) {
-    for (const RefusalCase& c : kRefusals) {
+    constexpr ImageFacts kPalette{2, 2, 8, "PALETTE COLOR"};
+    const struct {
+        const char* what;
+        ImageFacts facts;
+        Asked asked;
+        QUORVEX_MESSAGE code;
+    } kRefusals[] = {
+        {"width", {}, {.size = {50, 4}}, QVM_ERROR_INVALID_OUTPUT_SIZE},
+        {"height", {}, {.size = {4, 0}}, QVM_ERROR_INVALID_OUTPUT_SIZE},
+        {"format", {}, {.format = 6}, QVM_ERROR_INVALID_TARGET_SYNTAX},
+        {"frame", {}, {.frame = 1}, QVM_ERROR_INVALID_FRAME_INDEX},
+        {"depth", {.bits = 12}, {}, QVM_ERROR_INVALID_BITS_ALLOCATED},
+        {"palette", kPalette, {}, QVM_ERROR_INVALID_PHOTOMETRIC},
+    };
+    for (const auto& c : kRefusals) {
         const Thumbnail made = Make(NativeFile(kExplicitUid, c.facts, Bytes(8, 1)), c.asked);
         EXPECT_EQ(made.code, c.code) << c.what;
         EXPECT_TRUE(made.bytes.empty()) << c.what;
