@@ -97,41 +97,30 @@ TEST(Compression, LosslessFormsTakeEveryKindOfSource) {
     }
 }
 
-/// Lossy JPEG of small pictures stands in the tests of round trips.
-TEST(Compression, LossyFormsStayNear) {
-    constexpr double kColourNoise = 37;  // three channels that know nothing of each other
+/// Lossy JPEG stands in the tests of round trips.
+TEST(Compression, LossyJpeg2000StaysNear) {
     const struct {
         FrameForm frame;
-        Form form;
-        std::uint16_t quality, pixelRepresentation;
-        double decibels;
-    } kCases[] = {{kRgb, {kXferJpegBaseline, kJpegBaseline}, 95, 0, kColourNoise},
-                  {k12, {kXferJpegExtended, kJpegExtended}, 1, 0, 40},
-                  {kGrey, {kXferJpeg2000, kJpeg2000}, 4, 0, 40},
-                  {kWide, {kXferJpeg2000, kJpeg2000}, 4, 1, 40},
-                  {kRgb, {kXferJpeg2000, kJpeg2000}, 4, 0, kColourNoise}};
+        std::uint16_t pixelRepresentation;
+        double decibels;  ///< fewer for three channels that know nothing of each other
+    } kCases[] = {{kGrey, 0, 40}, {kWide, 1, 40}, {kRgb, 0, 37}};
     for (const auto& c : kCases) {
         Bytes pixels = PictureOf(c.frame);
-        _IMAGE_PROCESS_PARAM param = CodingParam(c.frame, c.form.target, c.quality);
+        _IMAGE_PROCESS_PARAM param = CodingParam(c.frame, kXferJpeg2000, 4);
         param.pixelRepresentation = c.pixelRepresentation;
         Bytes stream = Compress(param, pixels).stream;
-        param.transferSyntax = c.form.syntax;
+        param.transferSyntax = kJpeg2000;
         const Bytes back = Decompress(param, stream).frame;
         EXPECT_GT(testing::PeakSignalToNoise(back, pixels, static_cast<int>(c.frame.bits)),
                   c.decibels)
-            << c.form.target << param.photometric.ToUtf8();
+            << param.photometric.ToUtf8() << c.frame.bits;
     }
 }
 
 TEST(Compression, QualityMeansWhatItsFormSays) {
-    const auto size = [](const FrameForm& frame, std::uint32_t target, std::uint16_t quality) {
-        return CompressAs(frame, target, quality).stream.size();
-    };
-    const FrameForm big{500, 500, 1, 12};
-    EXPECT_LE(size(big, kXferJpeg2000, 10), 50'000U);
-    EXPECT_GE(size(big, kXferJpeg2000, 10), 25'000U);
-    EXPECT_GT(size(kGrey, kXferJpegBaseline, 90), size(kGrey, kXferJpegBaseline, 20));
-    EXPECT_GT(size(k12, kXferJpegExtended, 1), size(k12, kXferJpegExtended, 50));
+    const auto size = CompressAs({500, 500, 1, 12}, kXferJpeg2000, 10).stream.size();
+    EXPECT_LE(size, 50'000U);
+    EXPECT_GE(size, 25'000U);
     // Clamped to 1 to 1000.
     for (const auto& [given, taken] : {std::pair<std::uint16_t, std::uint16_t>{0, 1}, {5000, 1000}})
         EXPECT_EQ(CompressAs(k12, kXferJpegExtended, given).stream,

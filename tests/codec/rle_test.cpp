@@ -92,14 +92,6 @@ TEST(Rle, GivesWhatByteByByteDecodingGives) {
     }
 }
 
-TEST(Rle, PlanarSegmentsOfASampleBecomeLittleEndianSamples) {
-    const Bytes source =
-        JoinSegments({{0, 0x11}, {0, 0x12}, {0, 0x21}, {0, 0x22}, {0, 0x31}, {0, 0x32}});
-    const Decoded decoded = Decode(source, {1, 3, 2, true});
-    EXPECT_TRUE(decoded.isWhole);
-    EXPECT_EQ(decoded.frame, (Bytes{0x12, 0x11, 0x22, 0x21, 0x32, 0x31}));
-}
-
 struct SmallCase {
     const char* what;
     Bytes segment;

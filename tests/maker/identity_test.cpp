@@ -3,9 +3,7 @@
 #include "maker/configuration.h"
 #include "quorvex/CxDcmMaker.h"
 
-#include <atomic>
 #include <ctime>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <set>
 #include <thread>
@@ -15,14 +13,17 @@ namespace {
 
 /// 2005-03-09, 04:05:06 and 12 ms, wherever the test runs.
 Moment EarlyMorning() noexcept {
-    std::tm parts{};
-    parts.tm_year = 105;
-    parts.tm_mon = 2;
-    parts.tm_mday = 9;
-    parts.tm_hour = 4;
-    parts.tm_min = 5;
-    parts.tm_sec = 6;
-    parts.tm_isdst = -1;
+    std::tm parts{.tm_sec = 6,
+                  .tm_min = 5,
+                  .tm_hour = 4,
+                  .tm_mday = 9,
+                  .tm_mon = 2,
+                  .tm_year = 105,
+                  .tm_wday = 0,
+                  .tm_yday = 0,
+                  .tm_isdst = -1,
+                  .tm_gmtoff = 0,
+                  .tm_zone = nullptr};
     return std::chrono::system_clock::from_time_t(std::mktime(&parts)) +
            std::chrono::milliseconds(12);
 }
@@ -58,53 +59,47 @@ TEST_F(Identity, RandomPartHasSixDigitsWhateverTheSourceGives) {
 }
 
 TEST_F(Identity, NoTwoObjectsOfOneMillisecondShareAUid) {
-    constexpr int kEach = 5'000;
     std::array<std::vector<std::string>, 4> made;
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (auto& uids : made) {
         threads.emplace_back([&uids] {
-            for (int i = 0; i < kEach; ++i)
-                uids.push_back(CxDcmMaker::GetSOPInstanceUID("1").ToUtf8());
+            while (uids.size() < 5'000) uids.push_back(CxDcmMaker::GetSOPInstanceUID("1").ToUtf8());
         });
     }
-    for (auto& thread : threads) thread.join();
+    threads.clear();
     std::set<std::string> different;
     for (const auto& uids : made) different.insert(uids.begin(), uids.end());
-    EXPECT_EQ(different.size(), std::size_t{4} * kEach);
+    EXPECT_EQ(different.size(), 20'000U);
     EXPECT_LE(different.begin()->size(), 64U);
 }
 
-struct ConfigurationCase {
-    const char* what;
-    const char* text;
-    const char* prefix;
-    const char* manufacturer;
-    const char* model;
-};
-
-constexpr ConfigurationCase kConfigurations[] = {
-    {"all three, LF",
-     "[QUORVEX_UID_PREFIX]\n1.2.3\n[QUORVEX_MANUFACTURER]\nAcme\n[QUORVEX_MODEL_NAME]\nM 1\n",
-     "1.2.3", "Acme", "M 1"},
-    {"CR LF, no end of the last line",
-     "[QUORVEX_UID_PREFIX]\r\n1.2.3\r\n[QUORVEX_MANUFACTURER]\r\nB", "1.2.3", "B", ""},
-    {"an empty line swallows the next one and the pairs run out of step",
-     "\n[QUORVEX_UID_PREFIX]\n[QUORVEX_MANUFACTURER]\n[QUORVEX_MODEL_NAME]\nlost", "",
-     "[QUORVEX_MODEL_NAME]", ""},
-    {"blank behind a tag, other case", "[QUORVEX_UID_PREFIX] \n1\n[quorvex_manufacturer]\nx\n", "",
-     "", ""},
-    {"a tag without its value", "[QUORVEX_MANUFACTURER]\nA\n[QUORVEX_UID_PREFIX]", "", "A", ""},
-    {"the later one wins", "[QUORVEX_UID_PREFIX]\n1\n[QUORVEX_UID_PREFIX]\n2\n", "2", "", ""},
-    {"UTF-8", "[QUORVEX_MANUFACTURER]\nM\xC3\xBCller\n", "", "M\xC3\xBCller", ""},
-    {"nothing", "", "", "", ""},
-};
-
 TEST(Configuration, IsPairsOfLines) {
-    for (const auto& c : kConfigurations) {
+    const std::string prefix = "[QUORVEX_UID_PREFIX]";
+    const std::string maker = "[QUORVEX_MANUFACTURER]";
+    const std::string model = "[QUORVEX_MODEL_NAME]";
+    const struct {
+        const char* what;
+        std::string text;
+        std::string read[3];  ///< prefix, manufacturer, model
+    } kCases[] = {
+        {"all three, LF",
+         prefix + "\n1.2.3\n" + maker + "\nAcme\n" + model + "\nM 1\n",
+         {"1.2.3", "Acme", "M 1"}},
+        {"CR LF, no end", prefix + "\r\n1.2.3\r\n" + maker + "\r\nB", {"1.2.3", "B", ""}},
+        {"an empty line swallows the next one and the pairs run out of step",
+         "\n" + prefix + "\n" + maker + "\n" + model + "\nlost",
+         {"", model, ""}},
+        {"blank behind a tag, other case", prefix + " \n1\n[quorvex_manufacturer]\nx\n", {}},
+        {"a tag without its value", maker + "\nA\n" + prefix, {"", "A", ""}},
+        {"the later one wins", prefix + "\n1\n" + prefix + "\n2\n", {"2", "", ""}},
+        {"UTF-8", maker + "\nM\xC3\xBCller\n", {"", "M\xC3\xBCller", ""}},
+        {"nothing", "", {}},
+    };
+    for (const auto& c : kCases) {
         const MakerConfiguration read = ParseConfiguration(c.text);
-        EXPECT_EQ(read.uidPrefix.ToUtf8(), c.prefix) << c.what;
-        EXPECT_EQ(read.manufacturer.ToUtf8(), c.manufacturer) << c.what;
-        EXPECT_EQ(read.modelName.ToUtf8(), c.model) << c.what;
+        EXPECT_EQ(read.uidPrefix.ToUtf8(), c.read[0]) << c.what;
+        EXPECT_EQ(read.manufacturer.ToUtf8(), c.read[1]) << c.what;
+        EXPECT_EQ(read.modelName.ToUtf8(), c.read[2]) << c.what;
     }
 }
 

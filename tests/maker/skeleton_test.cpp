@@ -3,6 +3,7 @@
 #include "tests/maker/maker_objects.h"
 
 #include <gtest/gtest.h>
+#include <tuple>
 
 namespace quorvex {
 namespace {
@@ -52,14 +53,8 @@ TEST_F(Skeleton, TakesPatientAndStudyOverAndMakesTheRestNew) {
                      "00200013; 00280010; 00080021=" +
                          date + "; 00080012=" + date);
     EXPECT_EQ(SyntaxOf(made), kExplicitLittleEndian);
-    for (const std::uint32_t uid : {0x0020000EU, 0x00080018U})
+    for (const std::uint32_t uid : {tag::kSeriesInstanceUID, tag::kSOPInstanceUID})
         EXPECT_TRUE(TextOf(made, uid).starts_with("1.2.999.700040.")) << std::hex << uid;
-}
-
-TEST_F(Skeleton, NamesTheModelOnlyBesideAnInstitution) {
-    CDcmObject source = Source();
-    source.RemoveValue(0x00080080);
-    ExpectAttributes(Made(source), "00081090; 00080070=SORVANEX");
 }
 
 TEST_F(Skeleton, ReadsTheConfigurationAnewEachTime) {
@@ -68,15 +63,16 @@ TEST_F(Skeleton, ReadsTheConfigurationAnewEachTime) {
     Configure("[QUORVEX_UID_PREFIX]\r\n1.9\r\n[QUORVEX_MANUFACTURER]\r\nSecond\r\n");
     const CDcmObject second = Made(Source());
     ExpectAttributes(first, "00080070=First; 00081090=");
-    EXPECT_TRUE(TextOf(first, 0x00080018).starts_with("."));
-    EXPECT_EQ(TextOf(second, 0x00080070), "Second");
-    EXPECT_TRUE(TextOf(second, 0x0020000E).starts_with("1.9."));
+    EXPECT_TRUE(TextOf(first, tag::kSOPInstanceUID).starts_with("."));
+    EXPECT_EQ(TextOf(second, tag::kManufacturer), "Second");
+    EXPECT_TRUE(TextOf(second, tag::kSeriesInstanceUID).starts_with("1.9."));
 }
 
-TEST_F(Skeleton, KeepsAllCharacterSetsInOrder) {
-    CDcmObject source = Source();
-    source.SetValue(0x00080005, "\\ISO 2022 IR 87\\ISO 2022 IR 13");
-    EXPECT_EQ(TextOf(Made(source), 0x00080005), TextOf(source, 0x00080005));
+TEST_F(Skeleton, KeepsAllCharacterSetsAndNamesTheModelOnlyBesideAnInstitution) {
+    CDcmObject source = With(Source(), "00080005=\\ISO 2022 IR 87\\ISO 2022 IR 13");
+    source.RemoveValue(tag::kInstitutionName);
+    ExpectAttributes(Made(source),
+                     "00080005=\\ISO 2022 IR 87\\ISO 2022 IR 13; 00081090; 00080070=SORVANEX");
 }
 
 TEST_F(Skeleton, GivesImagesTheirPlaceAndLetsSettingsWin) {
@@ -102,26 +98,20 @@ TEST_F(Skeleton, GivesImagesTheirPlaceAndLetsSettingsWin) {
     EXPECT_EQ(made->GetFileName(), CString("chosen.dcm"));
 }
 
-struct SettingCase {
-    int objectKind;
-    const char* modality;
-    const char* sopClass;
-};
-
-constexpr SettingCase kStateKinds[] = {
-    {1, "PR", "1.2.840.10008.5.1.4.1.1.11.1"},  {2, "SR", "1.2.840.10008.5.1.4.1.1.88.11"},
-    {7, "SR", "1.2.840.10008.5.1.4.1.1.88.65"}, {0, "CT", "1.2.840.10008.5.1.4.1.1.2"},
-    {8, "CT", "1.2.840.10008.5.1.4.1.1.2"},
-};
-
 TEST_F(Skeleton, LetsPresentationRecordsChooseTheClass) {
-    for (const auto& c : kStateKinds) {
+    const std::tuple<int, const char*, const char*> kinds[] = {
+        {1, "PR", "1.2.840.10008.5.1.4.1.1.11.1"},
+        {2, "SR", "1.2.840.10008.5.1.4.1.1.88.11"},
+        {7, "SR", "1.2.840.10008.5.1.4.1.1.88.65"},
+        {0, "CT", "1.2.840.10008.5.1.4.1.1.2"},
+        {8, "CT", "1.2.840.10008.5.1.4.1.1.2"}};
+    for (const auto& [kind, modality, sopClass] : kinds) {
         CDcmObject target = Source();
         CXGSPSInfo info;
-        info.objectKind = c.objectKind;
+        info.objectKind = kind;
         EXPECT_EQ(CxDcmMaker().UpdateUserSettingInfo(&info, &target), 1);
         ExpectAttributes(target, std::string("00200011=; 00200013=; 00080080=Clinic; 00080060=") +
-                                     c.modality + "; 00080016=" + c.sopClass);
+                                     modality + "; 00080016=" + sopClass);
     }
 }
 

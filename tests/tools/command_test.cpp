@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <tuple>
 
 namespace quorvex::test {
 namespace {
@@ -88,18 +89,14 @@ TEST(RenderCommand, LaysTheImageIntoTheView) {
     EXPECT_EQ(result.Shape(), (std::array{256, 256, 1}));
 }
 
-TEST(RenderCommand, AppliesAState) {
-    // Displayed area (51, 101) to (350, 400): 300 pixels fill the view, and the centre of
-    // the area, 56 pixels left of the image's and 6 above it, comes to the centre of the view.
-    const auto picture = RenderPicture({kSlice, "--state", kState});
-    const auto byHand = RenderPicture(
-        {kSlice, "--window", "-500,1500", "--zoom", "1.7066666666666668", "--pan", "95,10"});
-    EXPECT_TRUE(picture.pixels == byHand.pixels);
-}
-
-// The circle of radius 14 around (123, 289), seen as above: 24 pixels around (124, 322).
-TEST(RenderCommand, DrawsTheAnnotationsOfAState) {
+// The displayed area (51, 101) to (350, 400) fills the view, and the centre of the area, 56 pixels
+// left of the image's and 6 above it, comes to the centre of the view; so the circle of radius 14
+// around (123, 289) is seen as 24 pixels around (124, 322).
+TEST(RenderCommand, AppliesAStateAndDrawsItsAnnotations) {
     const auto plain = RenderPicture({kSlice, "--state", kState});
+    EXPECT_TRUE(plain.pixels == RenderPicture({kSlice, "--window", "-500,1500", "--zoom",
+                                               "1.7066666666666668", "--pan", "95,10"})
+                                    .pixels);
     const auto drawn = RenderPicture({kSlice, "--state", kState, "--annotations"});
     EXPECT_EQ(drawn.channels, plain.channels);
     if (drawn.pixels == plain.pixels) GTEST_SKIP() << "built without the drawing library";
@@ -118,6 +115,44 @@ TEST(RenderCommand, RefusesAStateForAnotherImage) {
     const ScratchFolder folder;
     ExpectStatus(1, {"render", kRadiograph, "--state", kState, "-o", folder.Path("out.png")});
     EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(ThumbnailCommand, KeepsTheShapeOfTheImage) {
+    const std::tuple<std::string, const char*, std::array<int, 3>> cases[] = {
+        {kSlice, "128x128", {128, 128, 1}},      {kSlice, "300x50", {52, 50, 1}},
+        {kRadiograph, "128x128", {104, 128, 1}}, {kLoop, "100x100", {100, 75, 3}},
+        {kLoop, "101x200", {100, 76, 3}},        {kRadiograph, "4x4", {4, 4, 1}},
+    };
+    for (const auto& [file, size, shape] : cases)
+        EXPECT_EQ(PictureBy({"thumbnail", file, "--size", size}).Shape(), shape) << file << size;
+}
+
+TEST(ThumbnailCommand, GoesOnPastBadFilesAndFillsAFolder) {
+    const ScratchFolder folder;
+    const auto bad = folder.Write("bad.dcm", "no DICOM");
+    const auto again = folder.Write("ct.dcm", ReadAll(kSlice));
+    const auto output = folder.Path("small");
+    const auto result = RunCommand({"thumbnail", kSlice, bad, kState, again, kLoop, "-o", output,
+                                    "--format", "jpeg", "--data-range"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(std::ranges::count(result.complaints, '\n'), 3) << result.complaints;
+    EXPECT_TRUE(Has(result.complaints, "another input has the output"));
+    for (const auto* name : {"/ct.jpg", "/ultrasound_loop.jpg"})
+        EXPECT_TRUE(ReadAll(output + name).starts_with("\xFF\xD8\xFF")) << name;
+    EXPECT_EQ(std::ranges::distance(std::filesystem::directory_iterator(output)), 2);
+}
+
+TEST(ThumbnailCommand, RefusesWhatMakesNoSense) {
+    const ScratchFolder folder;
+    const auto input = folder.Write("a.dcm", ReadAll(kSlice));
+    const auto output = folder.Path("out.png");
+    ExpectStatus(2, {"thumbnail", kSlice, "-o", output, "--format", "gif"});
+    ExpectStatus(2, {"thumbnail", kSlice, "-o", output, "--size", "3x9"});
+    ExpectStatus(2, {"thumbnail", kSlice, kLoop, "-o", input});
+    ExpectStatus(1, {"thumbnail", input, "-o", input});
+    ExpectStatus(1, {"thumbnail", kSlice, "-o", output, "--frame", "1"});
+    EXPECT_EQ(ReadAll(input), ReadAll(kSlice));
+    EXPECT_EQ(folder.Names(), Arguments{"a.dcm"});
 }
 
 TEST(InfoCommand, ShowsElementsAndSummary) {

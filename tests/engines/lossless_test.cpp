@@ -2,6 +2,8 @@
 #include "tests/reliability/guarded_bytes.h"
 
 #include <gtest/gtest.h>
+#include <span>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -9,6 +11,9 @@ namespace {
 using testing::ByteVector;
 using testing::Decode;
 using testing::DecodeByLibrary;
+using testing::Encode;
+using testing::EncodeByLibrary;
+using testing::LosslessCoding;
 using testing::LosslessDecoding;
 using testing::LosslessOutcome;
 using testing::LosslessShape;
@@ -87,22 +92,25 @@ TEST(LosslessDecoding, PicturesOfEveryShapeComeOutAsTheyWent) {
     }
 }
 
-/// Bits flipped, bytes lost, markers put in, the end cut off.
+/// Bits flipped, bytes lost, markers put in, the end cut off, or codes of whatever bytes.
 void Damage(ByteVector& stream, std::size_t from, std::minstd_rand& random) {
     const std::size_t place = from + random() % (stream.size() - from);
     const auto at = stream.begin() + static_cast<std::ptrdiff_t>(place);
-    const auto kind = random() % 5;
+    const auto kind = random() % 6;
     if (kind == 0) stream.erase(at, stream.end());
     if (kind == 1) stream.erase(at);
     if (kind == 2) stream.insert(at, {0xFF, static_cast<unsigned char>(0xD0 + random() % 10)});
     if (kind == 3) stream.insert(at, random() % 4, 0xFF);
     if (kind == 4) *at ^= static_cast<unsigned char>(1U << random() % 8);
+    if (kind < 5) return;
+    for (auto& byte : std::span(stream).subspan(from))
+        byte = static_cast<unsigned char>(random() >> 9);
 }
 
 TEST(LosslessDecoding, DamageComesOutAsTheLibraryHasIt) {
     std::minstd_rand random(4);
     int ours = 0;
-    for (int round = 0; round < 1000; ++round) {
+    for (int round = 0; round < 1300; ++round) {
         const LosslessShape shape = RandomShape(random);
         LosslessWriter writer(shape);
         // In the header, too, now and then.
@@ -112,33 +120,18 @@ TEST(LosslessDecoding, DamageComesOutAsTheLibraryHasIt) {
         Damage(stream, from, random);
         const auto header = testing::LosslessHeader(stream);
         if (!header || header->width > 2000 || header->height > 2000) continue;
-        const LosslessDecoding how{.bytesPerSample = header->precision > 8 ? 2 : 1,
-                                   .stripe = 1 + round % 3};
+        LosslessDecoding how{.bytesPerSample = header->precision > 8 ? 2 : 1,
+                             .stripe = 1 + round % 7};
+        const auto byLibrary = DecodeByLibrary(stream, *header, how);
+        const test::GuardedBytes guarded(std::size_t{header->width} * header->height *
+                                         header->componentCount *
+                                         static_cast<std::size_t>(how.bytesPerSample));
+        how.pixels = guarded.Data();  // nothing is written behind the picture
         const auto outcome = Decode(stream, *header, how);
         ours += outcome.isOurs ? 1 : 0;
-        EXPECT_TRUE(outcome.IsLike(DecodeByLibrary(stream, *header, how)))
-            << Describe(shape) << ", round " << round;
+        EXPECT_TRUE(outcome.IsLike(byLibrary)) << Describe(shape) << ", round " << round;
     }
     EXPECT_GT(ours, 300);
-}
-
-TEST(LosslessDecoding, NothingIsWrittenBehindThePicture) {
-    std::minstd_rand random(5);
-    for (int round = 0; round < 300; ++round) {
-        const LosslessShape shape = RandomShape(random);
-        ByteVector stream = LosslessWriter(shape).Head();
-        // Codes of whatever these bytes happen to be.
-        for (int i = 0; i < 4000; ++i) stream.push_back(static_cast<unsigned char>(random() >> 9));
-        const auto header = testing::LosslessHeader(stream);
-        ASSERT_TRUE(header);
-        LosslessDecoding how{.bytesPerSample = shape.precision > 8 ? 2 : 1, .stripe = 7};
-        const test::GuardedBytes guarded(static_cast<std::size_t>(
-            shape.columns * shape.rows * shape.samples * how.bytesPerSample));
-        how.pixels = guarded.Data();
-        const auto ours = Decode(stream, *header, how);
-        how.pixels = nullptr;
-        EXPECT_TRUE(ours.IsLike(DecodeByLibrary(stream, *header, how))) << Describe(shape);
-    }
 }
 
 TEST(LosslessDecoding, TablesThatAreNoPrefixCodeAreRefused) {
@@ -164,6 +157,106 @@ TEST(LosslessDecoding, TablesThatAreNoPrefixCodeAreRefused) {
         EXPECT_EQ(outcome.isOpen && outcome.isOurs, c.isCode) << c.what;
         EXPECT_TRUE(outcome.IsLike(DecodeByLibrary(stream, *header, {}))) << c.what;
     }
+}
+
+/// Samples of a kind, cut down to the precision.
+ByteVector Samples(const JpegCodingBlock& coding, int kind, std::minstd_rand& random) {
+    const std::size_t count = std::size_t{coding.columns} * coding.rows * coding.samples;
+    const unsigned greatest = (1U << coding.precision) - 1;
+    ByteVector bytes;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto noise = static_cast<unsigned>(random() >> 8);
+        // Noise of any strength, one value, and the two that are farthest apart.
+        unsigned sample = (noise & ((1U << kind) - 1)) + static_cast<unsigned>(i);
+        if (kind == 17) sample = greatest / 3;
+        if (kind == 18) sample = noise % 2 == 0 ? 0 : greatest;
+        if (kind == 19) sample = i % 1000 == 0 ? noise : static_cast<unsigned>(i) / 50;
+        sample &= greatest;
+        bytes.push_back(static_cast<unsigned char>(sample));
+        if (coding.bytesPerSample == 2) bytes.push_back(static_cast<unsigned char>(sample >> 8));
+    }
+    return bytes;
+}
+
+TEST(LosslessEncoding, StreamsAreThoseOfTheLibrary) {
+    std::minstd_rand random(6);
+    for (int round = 0; round < 1000; ++round) {
+        const int columns = 1 + static_cast<int>(random() % (round % 20 == 0 ? 700 : 18));
+        const int rows = 1 + static_cast<int>(random() % (round % 20 == 0 ? 200 : 18));
+        auto coding = LosslessCoding(columns, rows, round % 2 == 0 ? 1 : 3, 2 + round % 15);
+        if (round % 7 == 0) coding.bytesPerSample = 2;
+        const int kind = static_cast<int>(random() % 20);
+        ByteVector picture = Samples(coding, kind, random);
+        // At any address.
+        picture.insert(picture.begin(), 0);
+        const ByteVector stream = Encode(MakeLosslessCoder, coding, picture.data() + 1);
+        ASSERT_FALSE(stream.empty());
+        ASSERT_EQ(stream, EncodeByLibrary(coding, picture.data() + 1))
+            << columns << "x" << rows << "x" << int{coding.samples} << ", " << int{coding.precision}
+            << " bits, kind " << kind;
+    }
+}
+
+TEST(LosslessEncoding, CodesOfRareCategoriesStayWithin16Bits) {
+    ByteVector row;
+    unsigned sample = 1U << 15;
+    unsigned count = 1;  // Fibonacci's numbers make the deepest tree
+    unsigned next = 2;
+    for (unsigned category = 0; category <= 16; ++category) {
+        for (unsigned i = 0; i < count; ++i) {
+            sample += (1U << category) / 2;
+            row.push_back(static_cast<unsigned char>(sample));
+            row.push_back(static_cast<unsigned char>(sample >> 8));
+        }
+        count = std::exchange(next, count + next);
+    }
+    const auto coding = LosslessCoding(static_cast<int>(row.size() / 2), 1, 1, 16);
+    const ByteVector stream = Encode(MakeLosslessCoder, coding, row.data());
+    EXPECT_EQ(stream, EncodeByLibrary(coding, row.data()));
+    const unsigned char marker[] = {0xFF, 0xC4};
+    const auto table = std::search(stream.begin(), stream.end(), marker, marker + 2);
+    ASSERT_GT(stream.end() - table, 21);
+    EXPECT_GT(table[20], 0);  // codes of 16 bits
+}
+
+TEST(LosslessEncoding, AReceiverThatGivesUpIsNotCalledAgain) {
+    struct Receiver {
+        testing::CodedOutput output;
+        int callsLeft;
+    };
+    const auto take = [](int event, void* context, unsigned char** buffer, std::uint16_t* length) {
+        auto& receiver = *static_cast<Receiver*>(context);
+        if (receiver.callsLeft-- == 0) return 1;
+        return testing::TakeCoded(event, &receiver.output, buffer, length);
+    };
+    std::minstd_rand random(7);
+    auto coding = LosslessCoding(300, 300, 1, 16);
+    const ByteVector picture = Samples(coding, 16, random);
+    for (int last = 0; last < 5; ++last) {
+        Receiver receiver{.output = {}, .callsLeft = last};
+        coding.write = take;
+        coding.writeContext = &receiver;
+        JpegCompressionHandle handle;
+        EXPECT_NE(comp_im_buf(handle, coding, picture.data(), 300), 0) << last;
+        EXPECT_EQ(handle, nullptr) << last;
+        EXPECT_EQ(receiver.callsLeft, -1) << last;
+    }
+}
+
+TEST(LosslessEncoding, RowsThatChangeBetweenThePassesAreRefused) {
+    std::minstd_rand random(8);
+    auto coding = LosslessCoding(64, 64, 1, 12);
+    testing::CodedOutput output;
+    coding.write = testing::TakeCoded;
+    coding.writeContext = &output;
+    const ByteVector flat = Samples(coding, 17, random);
+    const ByteVector noisy = Samples(coding, 12, random);
+    const auto coder = MakeLosslessCoder(coding);
+    ASSERT_TRUE(coder->Start() && coder->Write(flat.data(), 64));
+    EXPECT_FALSE(coder->Finish(noisy.data(), 64));
+    const auto other = MakeLosslessCoder(coding);
+    ASSERT_TRUE(other->Start() && other->Write(flat.data(), 63));
+    EXPECT_FALSE(other->Finish(flat.data(), 64));
 }
 
 }  // namespace
