@@ -31,13 +31,12 @@ TEST(CodedFrames, EverySyntaxWithADecoderHasOne) {
     }
 }
 
-struct MismatchCase {
+constexpr struct {
     const char* what;
     FrameForm header;
     bool isJpegDecoded;
     bool isJpeg2000Decoded = false;
-};
-constexpr MismatchCase kMismatches[] = {
+} kMismatches[] = {
     // for a stream of 40 x 30, 1 sample of 12 bits
     {"as the stream", {40, 30, 1, 16}, true, true},
     {"fewer columns", {20, 30, 1, 16}, false},
@@ -55,7 +54,7 @@ TEST(CodedFrames, AHeaderOfAnotherSizeGivesWhatFitsOrACode) {
     const Bytes pixels = PictureOf({40, 30, 1, 12});
     const Bytes jpeg = Code(LosslessCoding(40, 30, 1, 12), pixels);
     const Bytes j2k = CodeJpeg2000({40, 30, 1, 2, 12}, pixels);
-    for (const MismatchCase& c : kMismatches) {
+    for (const auto& c : kMismatches) {
         const std::size_t bytes = c.header.Bytes();
         const auto decoded = DecodeGuarded(ParamOf(kJpegLossless, c.header), jpeg, bytes);
         EXPECT_EQ(decoded.code, codeOf(c.isJpegDecoded)) << c.what;

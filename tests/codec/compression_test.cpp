@@ -10,12 +10,11 @@ namespace {
 
 constexpr std::uint16_t kNoQuality = 500;  ///< of forms that have none
 
-struct Form {
+constexpr struct {
     std::uint32_t target;
     std::uint32_t syntax;  ///< that is written
-};
-constexpr Form kLosslessForms[] = {{kXferJpegLossless, kJpegLosslessFirstOrder},
-                                   {kXferJpeg2000Lossless, kJpeg2000Lossless}};
+} kLosslessForms[] = {{kXferJpegLossless, kJpegLosslessFirstOrder},
+                      {kXferJpeg2000Lossless, kJpeg2000Lossless}};
 
 constexpr FrameForm kGrey{61, 43};
 constexpr FrameForm kWide{61, 43, 1, 16};
@@ -80,7 +79,7 @@ TEST(Compression, LosslessFormsTakeEveryKindOfSource) {
         {"noise that grows", kSquare, "MONOCHROME2", Noise(kSquare), Noise(kSquare)},
     };
     for (const auto& c : kCases) {
-        for (const Form& form : kLosslessForms) {
+        for (const auto& form : kLosslessForms) {
             _IMAGE_PROCESS_PARAM param = CodingParam(c.frame, form.target, kNoQuality);
             param.photometric = c.photometric;
             param.planarConfiguration = c.planar;

@@ -124,15 +124,14 @@ TEST(AnyFrame, TenBytesDoNotBuyGigabytes) {
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(500));
 }
 
-struct ResizeCase {
+constexpr struct {
     const char* what;
     int bits, samples;
     CSize size;
     QUORVEX_MESSAGE code;
     std::size_t bytes;  ///< of the result; 0 for none
     unsigned char value = 0;
-};
-constexpr ResizeCase kResizes[] = {
+} kResizes[] = {
     {"grey", 8, 1, {12, 9}, QVM_SUCCESS, 108, 0x33},
     {"colour", 8, 3, {12, 9}, QVM_SUCCESS, 324, 0x33},
     {"four samples", 8, 4, {12, 9}, QVM_SUCCESS, 432, 0x33},
@@ -147,7 +146,7 @@ constexpr ResizeCase kResizes[] = {
 };
 
 TEST(ResizedFrame, HasItsSizeAndKeepsFlatPixels) {
-    for (const ResizeCase& c : kResizes) {
+    for (const auto& c : kResizes) {
         auto param = Grey(101, 7, 5, c.bits);
         param.samplesPerPixel = static_cast<std::uint16_t>(c.samples);
         Bytes source(static_cast<std::size_t>(7 * 5 * c.bits / 8 * c.samples), 0x33);

@@ -26,13 +26,11 @@ Decoded Decode(const Bytes& source, const RleLayout& layout) {
     return decoded;
 }
 
-struct LayoutCase {
+constexpr struct {
     const char* what;
     std::size_t segments;
     RleLayout layout;
-};
-
-constexpr LayoutCase kInterleaved[] = {
+} kInterleaved[] = {
     {"8-bit grey", 1, {40007, 1, 1, false}},
     {"16-bit grey", 2, {20011, 1, 2, false}},
     {"32-bit grey", 4, {9001, 1, 4, false}},
@@ -51,7 +49,7 @@ Bytes RandomFrame(std::size_t segments, std::size_t places, std::mt19937& random
     return JoinSegments(coded);
 }
 
-Decoded DecodeInterleavedSlowly(const Bytes& source, const LayoutCase& c) {
+Decoded DecodeInterleavedSlowly(const Bytes& source, const auto& c) {
     const std::size_t bytes = FrameBytes(c.layout);
     Decoded decoded{false, Bytes(bytes + c.segments)};
     decoded.isWhole = DecodeSlowly(source, c.segments, decoded.frame, [&](std::size_t i) {
@@ -64,7 +62,7 @@ Decoded DecodeInterleavedSlowly(const Bytes& source, const LayoutCase& c) {
 
 TEST(Rle, GivesWhatByteByByteDecodingGives) {
     std::mt19937 random(3);
-    for (const LayoutCase& c : kInterleaved) {
+    for (const auto& c : kInterleaved) {
         const std::size_t fitting = FrameBytes(c.layout) / c.segments;
         for (const std::size_t places : {fitting, fitting + 70}) {
             const Bytes whole = RandomFrame(c.segments, places, random);
@@ -92,14 +90,12 @@ TEST(Rle, GivesWhatByteByByteDecodingGives) {
     }
 }
 
-struct SmallCase {
+const struct {
     const char* what;
     Bytes segment;
     bool isWhole;
     Bytes frame;
-};
-
-const SmallCase kSmall[] = {
+} kSmall[] = {
     {"a literal and a replicate run", {1, 5, 6, 0xFF, 7}, true, {5, 6, 7, 7}},
     {"no operation anywhere", {0x80, 0, 1, 0x80, 0xFE, 9, 0x80}, true, {1, 9, 9, 9}},
     {"an odd byte behind the last run", {3, 1, 2, 3, 4, 0}, true, {1, 2, 3, 4}},
@@ -112,7 +108,7 @@ const SmallCase kSmall[] = {
 };
 
 TEST(Rle, TreatsRunsAtTheEnds) {
-    for (const SmallCase& c : kSmall) {
+    for (const auto& c : kSmall) {
         const Decoded decoded = Decode(JoinSegments({c.segment}), {4, 1, 1, false});
         EXPECT_EQ(decoded.isWhole, c.isWhole) << c.what;
         EXPECT_EQ(decoded.frame, c.frame) << c.what;

@@ -3,11 +3,11 @@
 
 #include "quorvex/DicomObject.h"
 #include "tests/support/memory_file.h"
+#include "tests/support/scratch_folder.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <sstream>
@@ -32,21 +32,15 @@ const std::map<std::string, const char*> kCheckerFaults = {
 };
 
 std::map<std::string, Dump> CheckersDumps(const std::vector<std::filesystem::path>& files) {
-    const std::string list = QUORVEX_BINARY_DIR "/dicom_corpus_files.txt";
-    {
-        std::ofstream names(list);
-        for (const auto& file : files) names << file.string() << '\n';
-    }
-    const std::string command = "/usr/bin/python3 " QUORVEX_SOURCE_DIR
-                                "/tests/support/dump_elements.py < " +
-                                list + " 2>/dev/null";
+    const test::ScratchFolder folder;
+    std::string names;
+    for (const auto& file : files) names += file.string() + '\n';
+    const std::string command =
+        "/usr/bin/python3 " QUORVEX_SOURCE_DIR "/tests/support/dump_elements.py < " +
+        folder.Write("files", names) + " 2>/dev/null > " + folder.Path("dumps");
     std::map<std::string, Dump> dumps;
-    std::FILE* pipe = popen(command.c_str(), "r");
-    if (pipe == nullptr) return dumps;
-    std::string text;
-    for (int c = 0; (c = std::fgetc(pipe)) != EOF;) text += static_cast<char>(c);
-    pclose(pipe);
-    std::istringstream lines(text);
+    if (std::system(command.c_str()) != 0) return dumps;
+    std::istringstream lines(test::ReadAll(folder.Path("dumps")));
     Dump* dump = nullptr;
     for (std::string line; std::getline(lines, line);) {
         if (line.starts_with("file ")) {
@@ -86,7 +80,7 @@ DCMRESULT ReadAnyway(CDcmObject& object, test::MemoryFile& file, std::uint32_t s
 std::string FirstDifference(const Dump& ours, const Dump& theirs) {
     for (std::size_t i = 0; i < std::max(ours.lines.size(), theirs.lines.size()); ++i) {
         const std::string a = i < ours.lines.size() ? ours.lines[i] : "(end)";
-        std::string b = i < theirs.lines.size() ? theirs.lines[i] : "(end)";
+        const std::string b = i < theirs.lines.size() ? theirs.lines[i] : "(end)";
         const auto converted = b.find(" converted");
         if (converted != std::string::npos && a.substr(0, converted) == b.substr(0, converted))
             continue;

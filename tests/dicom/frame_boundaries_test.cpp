@@ -30,7 +30,8 @@ Data Table(const std::vector<std::uint64_t>& offsets, std::size_t entryBytes) {
     return bytes;
 }
 
-struct BoundaryCase {
+// Ten bytes of JPEG take 18 with their item header, six of a tail take 14.
+const struct {
     const char* what;
     std::string_view fragments;
     std::uint32_t frameCount;
@@ -39,10 +40,7 @@ struct BoundaryCase {
     std::vector<std::uint64_t> extendedOffsets = {};
     TRANSFER_SYNTAX syntax = kJpegBaseline;
     std::size_t tableCut = 0;
-};
-
-// Ten bytes of JPEG take 18 with their item header, six of a tail take 14.
-const BoundaryCase kCases[] = {
+} kCases[] = {
     {"nothing", "", 3, {}},
     {"one fragment a frame", "JtJ", 3, {0, 1, 2}},
     {"a single frame takes all", "Jtt", 1, {0}},

@@ -1,7 +1,7 @@
 #include "foundation/dicom/frames/pixel_walk.h"
 
-#include "quorvex/Tags.h"
 #include "tests/dicom/pixel_frames.h"
+#include "tests/support/dicom_builder.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -32,17 +32,15 @@ public:
     std::size_t refusedFrame = 99;
 };
 
-std::string Header(std::uint16_t element, std::uint32_t length) {
-    std::string bytes = {'\xFE', '\xFF', static_cast<char>(element), '\xE0'};
-    for (int i = 0; i < 4; ++i) bytes += static_cast<char>(length >> (8 * i));
-    return bytes;
+/// The header of an item that claims a length.
+std::string Header(std::uint32_t length) {
+    return test::DicomBuilder().Item(length).Text();
 }
-
 std::string Item(const std::string& content) {
-    return Header(0, static_cast<std::uint32_t>(content.size())) + content;
+    return Header(static_cast<std::uint32_t>(content.size())) + content;
 }
 
-const std::string kDelimiter = Header(0xDD, 0);
+const std::string kDelimiter = test::DicomBuilder().EndSequence().Text();
 const std::string kStart = "\xFF\xD8\xFF";
 
 Bytes AsBytes(const std::string& text) {
@@ -78,9 +76,9 @@ const WalkCase kWalks[] = {
      {kDelimiter + "b"}},
     {"something behind the delimiter", kTable + Item("ab") + kDelimiter + Item("xx"), 1, {"ab"}},
     {"something else for a delimiter", kTable + Item("ab") + "\xFC\xFF\xFC\xFF    ", 1, {"ab"}},
-    {"a length past the end", kTable + Item("ab") + Header(0, 500) + "cd", 2, {"ab", "cd"}},
-    {"the longest length", kTable + Header(0, 0xFFFFFFFF) + "cd", 1, {"cd"}},
-    {"half an item header", kTable + Item("ab") + Header(0, 9).substr(0, 5), 1, {"ab"}},
+    {"a length past the end", kTable + Item("ab") + Header(500) + "cd", 2, {"ab", "cd"}},
+    {"the longest length", kTable + Header(0xFFFFFFFF) + "cd", 1, {"cd"}},
+    {"half an item header", kTable + Item("ab") + Header(9).substr(0, 5), 1, {"ab"}},
     {"an empty fragment", kTable + Item("ab") + Item("") + Item("cd") + kDelimiter, 1, {"abcd"}},
     {"no offset table item", Item(kStart + "ab") + Item("cd") + kDelimiter, 1, {kStart + "abcd"}},
     {"nothing but a table", kTable, 1, {}},
@@ -134,14 +132,10 @@ TEST(NativeFrames, AreCutBySize) {
 TEST(NativeFrames, OfBitsBeginAtTheirLowestBit) {
     // Three frames of 3 x 3 bits run on: 27 bits, in which only the first of each frame is set.
     const std::vector<unsigned char> runOn = {0x01, 0x02, 0x04, 0x00};
-    const PixelShape shape = {
-        .rows = 3, .columns = 3, .samplesPerPixel = 1, .bitsAllocated = 1, .frameCount = 3};
-    Frames frames;
-    const auto native = CutNative(runOn, shape, 0, {});
-    std::vector<unsigned char> block(native.BlockBytes());
-    ASSERT_TRUE(WalkNative(native, block, frames));
-    ASSERT_EQ(frames.frames.size(), 3U);
-    for (const auto& frame : frames.frames) {
+    const PixelShape shape{3, 3, 1, 1, 3};
+    const Texts frames = NativeTexts(CutNative(runOn, shape, 0, {}));
+    ASSERT_EQ(frames.size(), 3U);
+    for (const auto& frame : frames) {
         EXPECT_EQ(frame.size(), 2U);
         EXPECT_EQ(frame[0], 1);
         EXPECT_EQ(frame[1] & 1, 0);

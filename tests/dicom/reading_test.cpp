@@ -36,15 +36,14 @@ void ExpectDataSet(const CDcmObject& object, const std::string& what) {
     EXPECT_EQ(Read<CString>(*item, kUid), CString("1.23")) << what;
 }
 
-struct EncodingCase {
+constexpr struct {
     const char* what;
     std::string_view label;
     bool isExplicit;
     bool isBigEndian;
     TRANSFER_SYNTAX syntax;
     unsigned long pixelHeader;
-};
-constexpr EncodingCase kEncodings[] = {
+} kEncodings[] = {
     {"implicit", test::kImplicitUid, false, false, kImplicitLittleEndian, 8},
     {"explicit", test::kExplicitUid, true, false, kExplicitLittleEndian, 12},
     {"big endian", test::kBigEndianUid, true, true, kExplicitBigEndian, 12},
@@ -134,14 +133,13 @@ TEST(DicomReading, StopsInTheMainDataSetOnly) {
 }
 
 using B = DicomBuilder&;
-struct DamageCase {
+constexpr struct {
     const char* what;
     DCMRESULT result;
     int elements;  ///< of the main data set, meta information included
     int cut;       ///< how many of them say that they are cut
     void (*build)(B);
-};
-constexpr DamageCase kDamages[] = {
+} kDamages[] = {
     {"no data set", kDcmFailure, 1, 0, [](B) {}},
     {"a value that the file cuts", kDcmSuccess, 3, 1,
      [](B b) { b.Us(tag::kRows, 1).Header(tag::kWindowCenter, "DS", 100).Raw("12"); }},

@@ -7,16 +7,14 @@
 namespace quorvex::dicom {
 namespace {
 
-struct NameCase {
+// Most are the examples of DICOM PS3.5 Annexes H to K.
+const struct {
     const char* what;
     const char* sets;
     std::string bytes;
     const char* utf8;
     bool isWrittenAlike = true;  ///< encoding the text gives these bytes again
-};
-
-// Most are the examples of DICOM PS3.5 Annexes H to K.
-const NameCase kNames[] = {
+} kNames[] = {
     {"ASCII", "", "Buc^Jerome", "Buc^Jerome"},
     {"no set, Latin-1 bytes", "", "J\xE9r\xF4me", "Jérôme", false},
     {"Latin-1", "ISO_IR 100", "Buc^J\xE9r\xF4me", "Buc^Jérôme"},

@@ -108,13 +108,11 @@ std::string TextOf(const CDcmObjectCommon& object, std::uint32_t tag) {
     return Read<CString>(object, tag).value_or(CString()).ToUtf8();
 }
 
-struct TextCase {
+constexpr struct {
     const char* characterSet;
     const char* name;
     const char* characterSetAfter;
-};
-
-constexpr TextCase kTexts[] = {
+} kTexts[] = {
     {"ISO_IR 100", "Buc^Jérôme", "ISO_IR 100"},
     {"ISO_IR 100", "山田^太郎", "ISO_IR 192"},
     {"", "Jérôme", "ISO_IR 192"},

@@ -10,17 +10,13 @@
 namespace quorvex {
 namespace {
 
-using testing::ByteVector;
-using testing::CodeJpeg2000;
-using testing::DecodeJpeg2000Pixels;
-using testing::Jpeg2000Picture;
-using testing::Picture;
+using namespace testing;
 
 /// Signed samples of `bits`, around 0.
 ByteVector SignedPicture(int columns, int rows, int bits) {
     ByteVector bytes = Picture(columns, rows, 1, 2, bits);
     for (std::size_t i = 0; i < bytes.size(); i += 2) {
-        const int value = testing::SampleAt(bytes, i / 2, 2) - (1 << (bits - 1));
+        const int value = SampleAt(bytes, i / 2, 2) - (1 << (bits - 1));
         bytes[i] = static_cast<unsigned char>(value);
         bytes[i + 1] = static_cast<unsigned char>(value >> 8);
     }

@@ -9,13 +9,7 @@
 namespace quorvex {
 namespace {
 
-using testing::ByteVector;
-using testing::Code;
-using testing::DecodeAll;
-using testing::GreatestError;
-using testing::LosslessCoding;
-using testing::MakeJpeg;
-using testing::Picture;
+using namespace testing;
 
 constexpr JpegCodingBlock Extended(int columns, int rows) {
     return {.columns = static_cast<std::uint16_t>(columns),
@@ -75,7 +69,7 @@ TEST(JpegEngine, SamplesBeyondThePrecisionAreRefused) {
 TEST(JpegEngine, ColourFollowsTheStreamsMarks) {
     ByteVector red;
     for (int i = 0; i < 64; ++i) red.insert(red.end(), {200, 30, 40});
-    const auto isRed = [](const testing::DecodedPicture& p) {
+    const auto isRed = [](const DecodedPicture& p) {
         const ByteVector& c = p.pixels;
         return std::abs(c[0] - 200) < 6 && std::abs(c[1] - 30) < 6 && std::abs(c[2] - 40) < 6;
     };
@@ -165,13 +159,12 @@ TEST(JpegEngine, BlocksOfAnySizeGiveOnePictureAndLinesAheadOfABreakAreRight) {
     }
 }
 
-struct HeaderCase {
+constexpr struct {
     const char* what;
     std::size_t place;  // from the frame header's marker
     unsigned char value;
     int kind;
-};
-constexpr HeaderCase kHeaders[] = {
+} kHeaders[] = {
     {"arithmetic coding", 1, 0xC9, 0},
     {"hierarchical", 1, 0xC5, 0},
     {"9 bits", 4, 9, 0},
@@ -186,7 +179,7 @@ constexpr HeaderCase kHeaders[] = {
 TEST(JpegEngine, StreamsThatAreNotDecodedAreToldApart) {
     ByteVector stream = Code({.columns = 8, .rows = 8}, Picture(8, 8, 1, 1, 8));
     const auto frame = static_cast<std::size_t>(FindMarker(stream, 0xC0) - stream.begin());
-    for (const HeaderCase& c : kHeaders) {
+    for (const auto& c : kHeaders) {
         ByteVector other = stream;
         other.at(frame + c.place) = c.value;
         EXPECT_EQ(DecodeAll(other, {}).kind, c.kind) << c.what;

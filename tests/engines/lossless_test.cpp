@@ -8,16 +8,7 @@
 namespace quorvex {
 namespace {
 
-using testing::ByteVector;
-using testing::Decode;
-using testing::DecodeByLibrary;
-using testing::Encode;
-using testing::EncodeByLibrary;
-using testing::LosslessCoding;
-using testing::LosslessDecoding;
-using testing::LosslessOutcome;
-using testing::LosslessShape;
-using testing::LosslessWriter;
+using namespace testing;
 
 using Values = std::vector<std::uint16_t>;
 
@@ -36,7 +27,7 @@ LosslessShape RandomShape(std::minstd_rand& random) {
     shape.tablesFirst = pick(2) == 0;
     shape.oneTable = pick(2) == 0;
     shape.fillsPerMarker = static_cast<unsigned>(pick(3));
-    for (auto& table : shape.tables) table = testing::RandomTable(random);
+    for (auto& table : shape.tables) table = RandomTable(random);
     return shape;
 }
 
@@ -82,7 +73,7 @@ TEST(LosslessDecoding, PicturesOfEveryShapeComeOutAsTheyWent) {
         const Values values = RandomValues(shape, static_cast<int>(random() % 17), random);
         const ByteVector stream = LosslessWriter(shape).Write(values);
         const LosslessDecoding how = RandomDecoding(shape, random);
-        const auto header = testing::LosslessHeader(stream);
+        const auto header = LosslessHeader(stream);
         ASSERT_TRUE(header);
         const auto ours = Decode(stream, *header, how);
         EXPECT_TRUE(ours.isOurs) << Describe(shape);
@@ -118,7 +109,7 @@ TEST(LosslessDecoding, DamageComesOutAsTheLibraryHasIt) {
         ByteVector stream =
             writer.Write(RandomValues(shape, static_cast<int>(random() % 17), random));
         Damage(stream, from, random);
-        const auto header = testing::LosslessHeader(stream);
+        const auto header = LosslessHeader(stream);
         if (!header || header->width > 2000 || header->height > 2000) continue;
         LosslessDecoding how{.bytesPerSample = header->precision > 8 ? 2 : 1,
                              .stripe = 1 + round % 7};
@@ -152,7 +143,7 @@ TEST(LosslessDecoding, TablesThatAreNoPrefixCodeAreRefused) {
         shape.tables[0].counts = c.counts;
         ByteVector stream = LosslessWriter(shape).Head();
         stream.resize(stream.size() + 100);
-        const auto header = testing::LosslessHeader(stream);
+        const auto header = LosslessHeader(stream);
         const auto outcome = Decode(stream, *header, {});
         EXPECT_EQ(outcome.isOpen && outcome.isOurs, c.isCode) << c.what;
         EXPECT_TRUE(outcome.IsLike(DecodeByLibrary(stream, *header, {}))) << c.what;
@@ -221,13 +212,13 @@ TEST(LosslessEncoding, CodesOfRareCategoriesStayWithin16Bits) {
 
 TEST(LosslessEncoding, AReceiverThatGivesUpIsNotCalledAgain) {
     struct Receiver {
-        testing::CodedOutput output;
+        CodedOutput output;
         int callsLeft;
     };
     const auto take = [](int event, void* context, unsigned char** buffer, std::uint16_t* length) {
         auto& receiver = *static_cast<Receiver*>(context);
         if (receiver.callsLeft-- == 0) return 1;
-        return testing::TakeCoded(event, &receiver.output, buffer, length);
+        return TakeCoded(event, &receiver.output, buffer, length);
     };
     std::minstd_rand random(7);
     auto coding = LosslessCoding(300, 300, 1, 16);
@@ -246,8 +237,8 @@ TEST(LosslessEncoding, AReceiverThatGivesUpIsNotCalledAgain) {
 TEST(LosslessEncoding, RowsThatChangeBetweenThePassesAreRefused) {
     std::minstd_rand random(8);
     auto coding = LosslessCoding(64, 64, 1, 12);
-    testing::CodedOutput output;
-    coding.write = testing::TakeCoded;
+    CodedOutput output;
+    coding.write = TakeCoded;
     coding.writeContext = &output;
     const ByteVector flat = Samples(coding, 17, random);
     const ByteVector noisy = Samples(coding, 12, random);

@@ -1,3 +1,4 @@
+#include "tests/engines/jpeg_test_streams.h"
 #include "tests/maker/maker_objects.h"
 
 #include <gtest/gtest.h>
@@ -57,13 +58,6 @@ Frame FrameFor(const _FRAME_INFO& kind, unsigned number = 0) {
     return frame;
 }
 
-double GreatestError(const Frame& a, const Frame& b) {
-    double worst = a.size() == b.size() ? 0 : 1e9;
-    for (std::size_t i = 0; i < a.size() && i < b.size(); ++i)
-        worst = std::max(worst, std::abs(static_cast<double>(a[i]) - static_cast<double>(b[i])));
-    return worst;
-}
-
 /// Makes an object of three frames and writes, reads and compares it.
 void MakeAndReadBack(const Form& form, const _FRAME_INFO& kind) {
     const std::string bits = std::to_string(kind.bitsStored);
@@ -97,7 +91,7 @@ void MakeAndReadBack(const Form& form, const _FRAME_INFO& kind) {
     ASSERT_EQ(read.size(), frames.size());
     EXPECT_TRUE(read == frames || !form.isLossless);
     const bool isNear = form.type == kXferJpegBaseline && kind.samplesPerPixel == 1;
-    EXPECT_TRUE(!isNear || GreatestError(read[1], frames[1]) <= 40.0);
+    EXPECT_TRUE(!isNear || testing::GreatestError(read[1], frames[1], 1) <= 40);
 }
 
 TEST(Creation, WritesEveryFormOfEveryKindInSeveralThreadsAtOnce) {
@@ -162,7 +156,7 @@ TEST(Creation, CodesColourAsItsPhotometricInterpretationSays) {
     EXPECT_NE(std::search(file.begin(), file.end(), marker.begin(), marker.end()), file.end());
     const auto frames = FramesOf(*made);
     ASSERT_EQ(frames.size(), 1U);
-    EXPECT_LE(GreatestError(frames[0], red), 8.0);
+    EXPECT_LE(testing::GreatestError(frames[0], red, 1), 8);
 }
 
 TEST(Creation, CountsSamplesAsTheStandardKnowsThem) {
@@ -185,14 +179,12 @@ TEST(Creation, ReadsFromTheSourceWhatNoRecordHas) {
     EXPECT_EQ(FramesOf(*made), std::vector<Frame>{frame});
 }
 
-struct Refusal {
+constexpr struct {
     const char* what;
     std::int32_t type;
     std::uint32_t missing;
     QUORVEX_MESSAGE code;
-};
-
-constexpr Refusal kRefusals[] = {
+} kRefusals[] = {
     {"RLE is not written", 4, 0, QVM_ERROR_INVALID_TRANSFER_SYNTAX},
     {"no such form", 10, 0, QVM_ERROR_INVALID_TRANSFER_SYNTAX},
     {"Rows", 3, tag::kRows, QVM_ERROR_INVALID_ROWS},
@@ -206,7 +198,7 @@ constexpr Refusal kRefusals[] = {
 };
 
 TEST(Creation, RefusesAndLosesNothing) {
-    for (const Refusal& c : kRefusals) {
+    for (const auto& c : kRefusals) {
         CDcmObject source = Source();
         if (c.missing != 0) source.RemoveValue(c.missing);
         _USER_SETTING_INFO settings;

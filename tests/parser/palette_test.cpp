@@ -28,7 +28,7 @@ Words Entries(const CxPaletteLUT& lut, int first, std::size_t count) {
     return entries;
 }
 
-struct TableCase {
+const struct {
     const char* what;
     int representation;
     Words descriptor;
@@ -36,9 +36,7 @@ struct TableCase {
     int entryBits;  ///< 0: refused
     int first;
     Words entries;  ///< from pixel value `first` on
-};
-
-const TableCase kTables[] = {
+} kTables[] = {
     {"clamps", 0, {3, 100, 16}, {5000, 6000, 7000}, 16, 98, {5000, 5000, 5000, 6000, 7000, 7000}},
     {"signed", 1, {2, 65535, 16}, {4095, 1}, 12, -2, {4095, 4095, 1}},
     {"signed, as a word", 1, {2, 65535, 16}, {4095, 1}, 12, 65535, {4095}},
@@ -50,7 +48,7 @@ const TableCase kTables[] = {
 };
 
 TEST(PaletteLut, ReadsPlainTables) {
-    for (const TableCase& c : kTables) {
+    for (const auto& c : kTables) {
         CxPaletteLUT lut(c.representation);
         EXPECT_EQ(lut.Lookup(5), 0) << c.what;
         const Parsed parsed = WithTable(c.descriptor, c.data);
@@ -65,14 +63,12 @@ TEST(PaletteLut, ReadsPlainTables) {
     }
 }
 
-struct SegmentCase {
+const struct {
     const char* what;
     unsigned entries;
     Words data;
     Words expected;  ///< empty: refused
-};
-
-const SegmentCase kSegments[] = {
+} kSegments[] = {
     {"discrete, then linear", 5, {0, 1, 0, 1, 4, 100}, {0, 25, 50, 75, 100}},
     {"linear at the start", 4, {1, 4, 100}, {25, 50, 75, 100}},
     {"linear downwards", 3, {0, 1, 9, 1, 2, 0}, {9, 4, 0}},
@@ -90,7 +86,7 @@ const SegmentCase kSegments[] = {
 };
 
 TEST(PaletteLut, ExpandsSegments) {
-    for (const SegmentCase& c : kSegments) {
+    for (const auto& c : kSegments) {
         CxPaletteLUT lut(0);
         const Parsed parsed = WithTable({c.entries, 0, 16}, c.data, kSegmented);
         EXPECT_EQ(lut.LoadLUT(parsed.Header(), kDescriptor, kPlain, 0), 0) << c.what;

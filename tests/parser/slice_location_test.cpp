@@ -10,15 +10,13 @@ namespace {
 
 using namespace test;
 
-struct SliceCase {
+constexpr struct {
     const char* what;
     const char* position;  ///< null leaves an attribute out
     const char* orientation;
     const char* location;
     std::optional<double> expected;
-};
-
-constexpr SliceCase kSlices[] = {
+} kSlices[] = {
     {"axial", "1\\2\\3", "1\\0\\0\\0\\1\\0", "9", 3},
     {"coronal", "1\\2\\3", "1\\0\\0\\0\\0\\-1", nullptr, 2},
     {"sagittal", "1\\2\\3", "0\\1\\0\\0\\0\\-1", nullptr, 1},
@@ -35,7 +33,7 @@ constexpr SliceCase kSlices[] = {
 };
 
 TEST(SliceLocation, IsThePositionAcrossTheSlice) {
-    for (const SliceCase& c : kSlices) {
+    for (const auto& c : kSlices) {
         auto file = DicomBuilder::Part10(kExplicitUid).SopUids();
         for (const auto& [tag, value] : {std::pair{tag::kImagePositionPatient, c.position},
                                          {tag::kImageOrientationPatient, c.orientation},

@@ -15,11 +15,9 @@ struct Canvas {
     explicit Canvas(int bytesPerPixel)
         : block(static_cast<std::size_t>((kWidth + 2) * (kHeight + 2) * bytesPerPixel),
                 kUntouched) {
-        surface.width = kWidth;
-        surface.height = kHeight;
-        surface.bytesPerPixel = bytesPerPixel;
-        surface.rowBytes = (kWidth + 2) * bytesPerPixel;
-        surface.pixels = block.data() + surface.rowBytes + bytesPerPixel;
+        const int rowBytes = (kWidth + 2) * bytesPerPixel;
+        surface = {block.data() + rowBytes + bytesPerPixel, kWidth, kHeight, rowBytes,
+                   bytesPerPixel};
     }
     /// First byte of the pixel at x, y, which may lie one outside.
     [[nodiscard]] int Blue(int x, int y) const {
@@ -49,11 +47,13 @@ TEST(Surface, ClipsAtEverySide) {
                 for (int i = 0; i < (kWidth + 2) * (kHeight + 2); ++i) {
                     const int column = i % (kWidth + 2) - 1;
                     const int row = i / (kWidth + 2) - 1;
-                    const bool isOnSurface =
-                        column >= 0 && column < kWidth && row >= 0 && row < kHeight;
-                    const bool isInBitmap =
-                        column >= x && column < x + 4 && row >= y && row < y + 3;
-                    ASSERT_EQ(canvas.Blue(column, row), isOnSurface && isInBitmap ? 1 : kUntouched)
+                    const auto isIn = [&](CRect r) {
+                        return column >= r.left && column < r.right && row >= r.top &&
+                               row < r.bottom;
+                    };
+                    const bool isDrawn =
+                        isIn({0, 0, kWidth, kHeight}) && isIn({x, y, x + 4, y + 3});
+                    ASSERT_EQ(canvas.Blue(column, row), isDrawn ? 1 : kUntouched)
                         << x << "," << y << " at " << column << "," << row;
                 }
             }
@@ -74,17 +74,14 @@ TEST(Surface, DrawsFromTheBottomRowUpAndLeavesTheFourthByteAlone) {
 
 TEST(Surface, RefusesWhatItCannotDraw) {
     const std::vector<unsigned char> bits(64, 1);
-    const struct {
-        const char* what;
-        CPoint place;
-        tagBITMAPINFOHEADER header;
-    } kCases[] = {{"fewer bits than rows", {}, HeaderOf(9, 8, 8)},
-                  {"16 bits a pixel", {}, HeaderOf(8, 8, 16)},
-                  {"no width", {}, HeaderOf(0, 8, 8)},
-                  {"far outside", {2147483647, -2147483647}, HeaderOf(8, 8, 8)}};
     Canvas canvas(4);
-    for (const auto& c : kCases)
-        EXPECT_EQ(SetDIBitsToDevice(canvas.surface, c.place, c.header, {}, bits), 0) << c.what;
+    const auto draw = [&](tagBITMAPINFOHEADER header, CPoint place = {}) {
+        return SetDIBitsToDevice(canvas.surface, place, header, {}, bits);
+    };
+    EXPECT_EQ(draw(HeaderOf(9, 8, 8)), 0) << "fewer bits than rows";
+    EXPECT_EQ(draw(HeaderOf(8, 8, 16)), 0) << "16 bits a pixel";
+    EXPECT_EQ(draw(HeaderOf(0, 8, 8)), 0) << "no width";
+    EXPECT_EQ(draw(HeaderOf(8, 8, 8), {2147483647, -2147483647}), 0) << "far outside";
     EXPECT_EQ(canvas.Blue(0, 0), kUntouched);
     DrawingSurface empty;
     EXPECT_EQ(SetDIBitsToDevice(empty, {}, HeaderOf(8, 8, 8), {}, bits), 0);

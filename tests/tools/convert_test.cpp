@@ -7,14 +7,13 @@
 namespace quorvex::test {
 namespace {
 
-struct Target {
+const struct {
     const char* name;
     const char* syntax;
     const char* colours;  // Photometric Interpretation of coded RGB
     bool isLossless;
     std::vector<std::string> sources = {kSlice, kRadiograph, kLoop};
-};
-const Target kTargets[] = {
+} kTargets[] = {
     {"implicit", "1.2.840.10008.1.2", "RGB", true},
     {"explicit", "1.2.840.10008.1.2.1", "RGB", true},
     {"jpeg", "1.2.840.10008.1.2.4.50", "RGB", false, {kLoop}},
