@@ -61,57 +61,38 @@ CDcmItem ItemOf(const CDcmObjectCommon& object, std::uint32_t sequence) {
     return item;
 }
 
-double* Place(double x, double y) {
-    return new double[2]{x, y};
-}
-
-void AddText(CXGSPSInfo& info) {
-    auto text = std::make_unique<GSPSTextObject>();
-    text->textValue = "Gr\xC3\xBC\xC3\x9F";
-    text->hasAnchor = 1;
-    text->anchorPoint = Place(3.5, 4.25);
-    text->anchorVisible = 1;
-    text->hasBoundingBox = 1;
-    text->boundingBoxUnits = 1;
-    text->boundingBoxTopLeft = Place(0.1, 0.2);
-    text->boundingBoxBottomRight = Place(0.5, 0.6);
-    text->horizontalJustification = 2;
-    info.textObjects.Add(text.release());
-    info.textObjects.Add(std::make_unique<GSPSTextObject>().release());
-}
-
-void AddPolyline(CXGSPSInfo& info) {
-    auto line = std::make_unique<GSPSGraphicObject>();
-    line->graphicType = 2;
-    line->pointCount = 3;
-    line->filled = 1;
-    for (int i = 0; i < 3; ++i) line->points.Add(new GSPSPoint{i + 0.5, 10.0 - i});
-    info.graphicObjects.Add(line.release());
+/// A state with one of everything that is read and written back.
+CDcmObject FullState() {
+    const auto area = With<CDcmItem>(
+        "DisplayedAreaTopLeftHandCorner=5\\6; DisplayedAreaBottomRightHandCorner=60\\40; "
+        "PresentationSizeMode=MAGNIFY; PresentationPixelMagnificationRatio=1.5; "
+        "PresentationPixelSpacing=0.5\\0.25; PresentationPixelAspectRatio=2\\3");
+    const auto text = With<CDcmItem>(
+        "UnformattedTextValue=Gr\xC3\xBC\xC3\x9F; BoundingBoxAnnotationUnits=DISPLAY; "
+        "BoundingBoxTopLeftHandCorner=0.1\\0.2; BoundingBoxBottomRightHandCorner=0.5\\0.6; "
+        "BoundingBoxTextHorizontalJustification=CENTER; AnchorPointAnnotationUnits=PIXEL; "
+        "AnchorPoint=3.5\\4.25; AnchorPointVisibility=Y");
+    const auto line = With<CDcmItem>(
+        "GraphicAnnotationUnits=PIXEL; NumberOfGraphicPoints=3; GraphicType=POLYLINE; "
+        "GraphicFilled=Y; GraphicData=0.5\\10\\1.5\\9\\2.5\\8");
+    const auto annotation = With(With(CDcmItem(), tag::kTextObjectSequence, {text, CDcmItem()}),
+                                 tag::kGraphicObjectSequence, {line});
+    auto state = With("ImageRotation=270; ImageHorizontalFlip=Y; PresentationLUTShape=INVERSE");
+    PutItems(state, tag::kSoftcopyVOILUTSequence,
+             {With<CDcmItem>("WindowCenter=40; WindowWidth=400")});
+    PutItems(state, tag::kDisplayedAreaSelectionSequence, {area});
+    PutItems(state, tag::kGraphicAnnotationSequence, {annotation});
+    return state;
 }
 
 TEST(StateWriting, GivesTheRecordBack) {
     StateRecord written;
-    written.windowCenter = 40;
-    written.windowWidth = 400;
-    written.imageRotation = 270;
-    written.imageHorizontalFlip = 1;
-    written.displayedAreaLeft = 5;
-    written.displayedAreaTop = 6;
-    written.displayedAreaRight = 60;
-    written.displayedAreaBottom = 40;
-    written.presentationSizeMode = 2;
-    written.presentationMagnification = 1.5;
-    written.pixelSpacingX = 0.25;
-    written.pixelSpacingY = 0.5;
-    written.pixelAspectHorizontal = 3;
-    written.pixelAspectVertical = 2;
-    written.presentationShape = 1;
-    AddText(written);
-    AddPolyline(written);
-    const std::string both = "slope 1; intercept -1024; ";
+    CDcmObject state = FullState();
+    ReadState(state, written);
     const std::string expected = TextOf(written);
     const std::size_t reals = expected.find("spacing x");
-    EXPECT_EQ(TextOf(ReadBack(written)), expected.substr(0, reals) + both + expected.substr(reals))
+    EXPECT_EQ(TextOf(ReadBack(written)),
+              expected.substr(0, reals) + "slope 1; intercept -1024; " + expected.substr(reals))
         << "all of it, and the rescale of the image";
 }
 
@@ -140,7 +121,9 @@ TEST(StateWriting, KeepsImagesApart) {
     second.referencedFrameNumber = 2;
     first.windowWidth = 100;
     second.windowWidth = 200;
-    AddPolyline(second);
+    auto line = std::make_unique<GSPSGraphicObject>();
+    line->graphicType = 2;
+    second.graphicObjects.Add(line.release());
     const auto state = MakeState({&first, &second});
     EXPECT_EQ(ItemsOf(*state, tag::kDisplayedAreaSelectionSequence), 2);
     EXPECT_EQ(ItemsOf(*state, tag::kGraphicAnnotationSequence), 1);
