@@ -11,9 +11,8 @@ using Colours = Values;
 
 TestTable Ramp(int first, int count, int start, int step = 1) {
     TestTable table{first};
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < count; ++i)
         table.entries.push_back(static_cast<std::uint16_t>(start + i * step));
-    }
     return table;
 }
 
@@ -129,9 +128,8 @@ TEST(PaletteImage, FailsWithoutAWholePaletteAndTouchesNothing) {
         } else {
             object.RemoveValue(missing);
         }
-        for (const auto operation : {kFrame, kSlice, kWholePalette}) {
+        for (const auto operation : {kFrame, kSlice, kWholePalette})
             EXPECT_EQ(By(operation, object, Bytes(2)).code, QVM_ERROR_NO_IMAGE) << missing;
-        }
     }
 }
 

@@ -33,9 +33,8 @@ CDcmObject WithAll(CDcmObject object, const Settings& settings) {
 
 CDcmItem AllGroups(const Settings& settings) {
     CDcmItem groups;
-    for (std::size_t i = 0; i < settings.size(); ++i) {
+    for (std::size_t i = 0; i < settings.size(); ++i)
         test::PutItems(groups, kMacros[i], {With<CDcmItem>(settings[i])});
-    }
     return groups;
 }
 
@@ -47,9 +46,8 @@ CDcmObject WithGroupsOfFrames(CDcmObject object) {
 /// The frames from one number to another, 32 pixels each.
 CDcmObject Frames(std::size_t from, std::size_t to) {
     Words pixels;
-    for (std::size_t i = 32 * from; i < 32 * to; ++i) {
+    for (std::size_t i = 32 * from; i < 32 * to; ++i)
         pixels.push_back(static_cast<unsigned short>((i % 32 * 131 + i / 32 * 977) % 4096));
-    }
     return ImageOf({{8, 4}}, pixels, "NumberOfFrames=" + std::to_string(to - from));
 }
 CDcmObject MultiFrame() {
@@ -99,16 +97,14 @@ TEST(FunctionalGroups, OfTheFrameWinOverSharedOnesMacroByMacro) {
              tag::kPerFrameFunctionalGroupsSequence, {CDcmItem(), own});
     Settings mixed = kOfFrames[0];
     mixed[1] = kOfFrames[1][1];
-    for (std::size_t frame = 0; frame < kFrames; ++frame) {
+    for (std::size_t frame = 0; frame < kFrames; ++frame)
         EXPECT_EQ(See(enhanced, frame), SeeTwin(frame, frame == 1 ? mixed : kOfFrames[0])) << frame;
-    }
 }
 
 TEST(FunctionalGroups, GiveWayToTheTopLevel) {
     const CDcmObject plain = WithAll(MultiFrame(), kOfFrames[1]);
-    for (std::size_t frame = 0; frame < kFrames; ++frame) {
+    for (std::size_t frame = 0; frame < kFrames; ++frame)
         EXPECT_EQ(See(WithGroupsOfFrames(plain), frame), See(plain, frame)) << frame;
-    }
 }
 
 TEST(FunctionalGroups, BringVOITables) {

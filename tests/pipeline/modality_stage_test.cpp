@@ -21,9 +21,8 @@ PixelBlock FrameOf(const std::vector<Sample>& samples) {
 template <class Sample>
 std::vector<int> ElementsOf(const ModalityFrame& frame) {
     std::vector<int> elements(frame.pixels.size / sizeof(Sample));
-    for (std::size_t i = 0; i < elements.size(); ++i) {
+    for (std::size_t i = 0; i < elements.size(); ++i)
         elements[i] = ElementAt<Sample>(frame.pixels.data.get(), i);
-    }
     return elements;
 }
 

@@ -4,7 +4,6 @@
 #include "tests/pipeline/screen.h"
 #include "tests/support/windowing_values.h"
 
-#include <array>
 #include <cmath>
 #include <memory>
 #include <numeric>
@@ -67,9 +66,8 @@ TEST(Render, NeedsAnImageAndAUsableZoom) {
         EXPECT_EQ(size.cx, width) << "of the result that is there afterwards, zoom " << zoom;
         EXPECT_EQ(dipp.Draw(nullptr), QVM_SUCCESS);
     };
-    for (const double zoom : {std::nan(""), HUGE_VAL, 1e300, 1e5, -1.0}) {
+    for (const double zoom : {std::nan(""), HUGE_VAL, 1e300, 1e5, -1.0})
         expect(zoom, 0, QVM_ERROR_INVALID_OUTPUT_SIZE, 8);
-    }
     expect(1.0, 45, QVM_ERROR_INVALID_OUTPUT_SIZE, 8);
     for (const double zoom : {0.0, 0.1}) expect(zoom, 0, QVM_SUCCESS, 0);
 }
@@ -86,9 +84,10 @@ TEST(Render, TurnsClockwiseAndMirrorsBeforeItTurns) {
         {90, true, {200, 100, 150, 50}},
     };
     Bytes pixels(8 * 4);
-    for (std::size_t i = 0; i < 4; ++i) {
-        pixels[std::array{0U, 7U, 24U, 31U}[i]] = static_cast<unsigned char>(cases[0].corners[i]);
-    }
+    pixels[0] = 50;
+    pixels[7] = 100;
+    pixels[24] = 150;
+    pixels[31] = 200;
     for (const auto& c : cases) {
         CXDIPP dipp;
         ShowBytes(dipp, pixels, {8, 4}, {8, 4});

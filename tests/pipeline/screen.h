@@ -67,17 +67,15 @@ private:
     }
     [[nodiscard]] bool IsRimWhole() const {
         auto rim = std::ranges::count(bytes_, kRim);
-        for (int y = 0; y < size_.cy; ++y) {
+        for (int y = 0; y < size_.cy; ++y)
             rim -= std::count(Row(y), Row(y) + size_.cx * pixelBytes_, kRim);
-        }
         return rim + size_.cx * size_.cy * pixelBytes_ ==
                static_cast<std::ptrdiff_t>(bytes_.size());
     }
     template <class Work>
     void ForEachPixel(Work work) const {
-        for (int y = 0; y < size_.cy; ++y) {
+        for (int y = 0; y < size_.cy; ++y)
             for (int x = 0; x < size_.cx; ++x) work(x, y, Row(y)[x * pixelBytes_]);
-        }
     }
 
     CSize size_;

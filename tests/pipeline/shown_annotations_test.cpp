@@ -43,21 +43,18 @@ DrawnShape Shape(int type, const Coordinates& points, int filled = 0) {
 
 double NearestTo(const std::vector<CanvasPoint>& outline, GSPSPoint place) {
     double nearest = std::numeric_limits<double>::infinity();
-    for (const auto& point : outline) {
+    for (const auto& point : outline)
         nearest = std::min(nearest, std::hypot(point.x - place.x, point.y - place.y));
-    }
     return nearest;
 }
 
 TEST(AnnotationShapes, AreRoundAndSmooth) {
-    for (const auto& point : Shape(kCircle, {{50, 40}, {53, 44}}).outline) {
+    for (const auto& point : Shape(kCircle, {{50, 40}, {53, 44}}).outline)
         EXPECT_NEAR(std::hypot(point.x - 50, point.y - 40), 5.0, 1e-9);
-    }
     const Coordinates ends = {{20, 50}, {80, 50}, {50, 35}, {50, 65}};
     const auto ellipse = Shape(kEllipse, ends).outline;
-    for (const auto& point : ellipse) {
+    for (const auto& point : ellipse)
         EXPECT_NEAR(std::hypot((point.x - 50) / 30, (point.y - 50) / 15), 1.0, 1e-9);
-    }
     for (const auto& end : ends) EXPECT_LT(NearestTo(ellipse, end), 1e-9);
 
     const Coordinates bends = {{10, 10}, {40, 60}, {70, 10}, {90, 80}};
@@ -169,8 +166,7 @@ TEST_F(ShownAnnotations, LieOnThePixelThatTheyName) {
         for (int turn = 0; turn < 8; ++turn) {
             if (*lay.aspect.begin() != 1 && turn % 2 == 1) continue;  // cut by its own height
             SCOPED_TRACE(std::string(lay.what) + ", turn " + std::to_string(turn));
-            const auto middleOf = [&](const Bytes& pixels, const CDcmItem& annotation,
-                                      int pixelBytes) {
+            const auto middleOf = [&](const Bytes& pixels, const CDcmItem& annotation, int bytes) {
                 CXDIPP dipp;
                 Show(dipp, lay.image, pixels, annotation, lay.aspect);
                 dipp.UpdateZoom_ABS(lay.zoom);
@@ -178,7 +174,7 @@ TEST_F(ShownAnnotations, LieOnThePixelThatTheyName) {
                 if (turn > 3) dipp.UpdateHFlip_Toggle();
                 dipp.UpdatePan_ABS(lay.pan);
                 EXPECT_EQ(dipp.Render(), QVM_SUCCESS);
-                return Drawn(dipp, pixelBytes).Middle();
+                return Drawn(dipp, bytes).Middle();
             };
             Bytes pixels = Repeated(lay.image.cx * lay.image.cy, 0);
             const CanvasPoint drawn = middleOf(pixels, point, 4);
@@ -191,11 +187,10 @@ TEST_F(ShownAnnotations, LieOnThePixelThatTheyName) {
 }
 
 TEST_F(ShownAnnotations, AreDrawnOnlyWhileAskedFor) {
+    const CDcmItem line = Annotation(
+        "GraphicType=POLYLINE; GraphicAnnotationUnits=PIXEL; GraphicData=10\\10\\70\\50");
     CXDIPP dipp;
-    ShowBlack(
-        dipp,
-        Annotation(
-            "GraphicType=POLYLINE; GraphicAnnotationUnits=PIXEL; GraphicData=10\\10\\70\\50"));
+    ShowBlack(dipp, line);
     EXPECT_FALSE(Drawn(dipp).IsBlack());
     EXPECT_LE(std::ranges::max(Rendered(dipp)), 2) << "the result has none";
     dipp.ShowAnnotations(0);
@@ -271,10 +266,10 @@ struct BadGraphic {
 const BadGraphic kBadGraphics[] = {
     {"no point", false, kPoint, {}},
     {"no polyline", false, kPolyline, {}},
-    {"no number", false, kPolyline, {{kNaN, 1}, {2, kNaN}, {kInfinity, -kInfinity}}},
+    {"NaN and infinity", false, kPolyline, {{kNaN, 1}, {2, kNaN}, {kInfinity, -kInfinity}}},
     {"a circle of one point", false, kCircle, {{4, 4}}},
     {"an ellipse of three points", false, kEllipse, {{4, 4}, {8, 4}, {6, 2}}},
-    {"a curve of no number", false, kInterpolated, {{kNaN, kNaN}}},
+    {"a curve of NaN", false, kInterpolated, {{kNaN, kNaN}}},
     {"no type", false, 0, {{1, 1}, {2, 2}}},
     {"far", true, kPolyline, {{-1e300, 5}, {1e300, 5}, {3e38, -3e38}}},
     {"a far circle", true, kCircle, {{1e9, 1e9}, {-1e9, 0}}},
@@ -303,9 +298,8 @@ TEST_F(ShownAnnotations, KeepNobodyWaiting) {
     tangle.push_back(tangle.front());
     for (const int type : {kPolyline, kInterpolated}) {
         CXGSPSInfo record;
-        for (int i = 0; i < 20; ++i) {
+        for (int i = 0; i < 20; ++i)
             record.graphicObjects.Add(Graphic(type, tangle, kPixel, 1).release());
-        }
         const auto begin = std::chrono::steady_clock::now();
         EXPECT_FALSE(Drawn(record).IsBlack());
         EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(30));

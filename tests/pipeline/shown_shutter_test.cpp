@@ -65,9 +65,8 @@ TEST(ShownShutter, LiesWhereThePictureOfItsMaskLies) {
             const auto hidden = Rendered(mask);
             const auto plain = Rendered(image);
             auto expected = plain;
-            for (std::size_t i = 0; i < expected.size(); ++i) {
+            for (std::size_t i = 0; i < expected.size(); ++i)
                 if (hidden[i] > 128) expected[i] = kHidden;
-            }
             image.ShowShutter(1);
             CXDIPP copy(image);
             EXPECT_EQ(Rendered(image), expected);
@@ -75,9 +74,8 @@ TEST(ShownShutter, LiesWhereThePictureOfItsMaskLies) {
             copy.ShowShutter(0);
             EXPECT_EQ(Rendered(copy), plain);
             image.Inverse();
-            for (auto& value : expected) {
+            for (auto& value : expected)
                 if (value != kHidden) value = 255 - value;
-            }
             EXPECT_EQ(Rendered(image), expected);
         }
     }
@@ -97,9 +95,8 @@ TEST(ShownShutter, HidesSupplementalColours) {
     EXPECT_EQ(Rendered(dipp), coloured);
     dipp.ShowShutter(1);
     Values expected = coloured;
-    for (std::size_t i = 0; i < expected.size(); ++i) {
+    for (std::size_t i = 0; i < expected.size(); ++i)
         if (IsHidden(i / 3)) expected[i] = kHidden;
-    }
     EXPECT_EQ(Rendered(dipp), expected);
     dipp.ShowShutter(0);
     EXPECT_EQ(Rendered(dipp), coloured);

@@ -162,9 +162,8 @@ TEST(VolumeImage, TakesSizesFromTheVolume) {
     AddPalette(object, {0, {5}}, {0, {6}}, {0, {7}}, 8);
     TestVolume volume({4, 1}, 8, Repeated(4, 0));
     CXDIPP dipp;
-    for (const int kind : {kPalette, kSupplemental}) {
+    for (const int kind : {kPalette, kSupplemental})
         EXPECT_EQ(Show(dipp, &object, volume, kind).size(), 12U) << kind;
-    }
     EXPECT_EQ(Show(dipp, &object, volume, kOverlays), (Values{0, 255, 0, 0}));
 }
 

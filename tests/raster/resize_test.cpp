@@ -110,9 +110,8 @@ TEST(Resize, ByOneCopiesTheRectangle) {
     const auto from = NoiseImage({40, 30}, 3, 15);
     Image8 to({12, 8}, 3);
     ASSERT_TRUE(Resize(from, {5, 7, 35, 23}, to, 1.0, 1.0));
-    for (int y = 0; y < 8; ++y) {
+    for (int y = 0; y < 8; ++y)
         for (int x = 0; x < 12; ++x) EXPECT_EQ(to.At(x, y, 2), from.At(x + 5, y + 7, 2));
-    }
     const auto wide = NoiseImage<std::uint16_t>({31, 9}, 1, 16);
     EXPECT_EQ(Resized(wide, wide.size), wide);
 }

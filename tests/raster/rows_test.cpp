@@ -36,9 +36,8 @@ TEST(PartialRange422, GivesRgb) {
         const Bytes source = {colour.y, colour.cb, colour.y, colour.cr, colour.y, colour.cb};
         Bytes rgb(9);
         ASSERT_TRUE(ippiYCbCr422ToRGB_8u_C2C3R(source.data(), 6, rgb.data(), 9, {3, 1}));
-        for (std::size_t i = 0; i < rgb.size(); ++i) {
+        for (std::size_t i = 0; i < rgb.size(); ++i)
             EXPECT_NEAR(rgb[i], colour.rgb[i % 3], 1) << "Y " << int{colour.y} << " byte " << i;
-        }
     }
 }
 

@@ -57,9 +57,8 @@ Image8 MadeOf(CSize size, int channels, SampleAt sampleAt) {
     Image8 image(size, channels);
     for (int y = 0; y < size.cy; ++y) {
         for (int x = 0; x < size.cx; ++x) {
-            for (int channel = 0; channel < channels; ++channel) {
+            for (int channel = 0; channel < channels; ++channel)
                 image.At(x, y, channel) = sampleAt(x, y, channel);
-            }
         }
     }
     return image;

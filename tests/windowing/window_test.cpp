@@ -189,18 +189,16 @@ TEST(Window, OverflowStopsAtTheEndsOfInt) {
     EXPECT_EQ(WindowOf(windowing), (Window{INT_MAX, INT_MAX}));
     for (const int level : {INT_MIN, INT_MAX}) {
         for (const int width : {INT_MIN, -1, 0, 1, INT_MAX}) {
-            for (const double slope : {1.0, 1e-300, -1e-300, 0.0, std::nan(""), HUGE_VAL}) {
+            for (const double slope : {1.0, 1e-300, -1e-300, 0.0, std::nan(""), HUGE_VAL})
                 EXPECT_EQ(Table({-300, 300, level, width, slope, 1e300}).size(), 601U);
-            }
         }
     }
 }
 
 TEST(Window, UnusableDomainsHaveNoTable) {
     constexpr int kRanges[][2] = {{1, 0}, {INT_MIN, INT_MAX}, {INT_MAX, INT_MIN}, {0, INT_MAX}};
-    for (const auto [minimum, maximum] : kRanges) {
+    for (const auto [minimum, maximum] : kRanges)
         EXPECT_TRUE(Table({minimum, maximum}).empty()) << minimum << ".." << maximum;
-    }
     EXPECT_EQ(Table({INT_MAX - 3, INT_MAX}).size(), 4U);
 }
 
