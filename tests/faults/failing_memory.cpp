@@ -204,47 +204,30 @@ void* TakeOrThrow(std::size_t size, std::align_val_t alignment = {}) {
 
 }  // namespace
 
-void* operator new(std::size_t size) {
-    return TakeOrThrow(size);
-}
-void* operator new[](std::size_t size) {
-    return TakeOrThrow(size);
-}
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return TakeOrThrow(size, alignment);
-}
-void* operator new[](std::size_t size, std::align_val_t alignment) {
-    return TakeOrThrow(size, alignment);
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return Take(size == 0 ? 1 : size, 0);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-    return Take(size == 0 ? 1 : size, 0);
-}
-void operator delete(void* block) noexcept {
-    Give(block);
-}
-void operator delete[](void* block) noexcept {
-    Give(block);
-}
-void operator delete(void* block, std::size_t) noexcept {
-    Give(block);
-}
-void operator delete[](void* block, std::size_t) noexcept {
-    Give(block);
-}
-void operator delete(void* block, std::align_val_t) noexcept {
-    Give(block);
-}
-void operator delete[](void* block, std::align_val_t) noexcept {
-    Give(block);
-}
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept {
-    Give(block);
-}
-void operator delete[](void* block, std::size_t, std::align_val_t) noexcept {
-    Give(block);
-}
+// The C++ library's own forms call one another; a sanitizer's do not, so all are replaced.
+#define QUORVEX_NEW(Form)                                                   \
+    void* operator Form(std::size_t size) {                                 \
+        return TakeOrThrow(size);                                           \
+    }                                                                       \
+    void* operator Form(std::size_t size, std::align_val_t alignment) {     \
+        return TakeOrThrow(size, alignment);                                \
+    }                                                                       \
+    void* operator Form(std::size_t size, const std::nothrow_t&) noexcept { \
+        return Take(size == 0 ? 1 : size, 0);                               \
+    }
+#define QUORVEX_DELETE(...)                        \
+    void operator delete(__VA_ARGS__) noexcept {   \
+        Give(block);                               \
+    }                                              \
+    void operator delete[](__VA_ARGS__) noexcept { \
+        Give(block);                               \
+    }
+
+QUORVEX_NEW(new)
+QUORVEX_NEW(new[])
+QUORVEX_DELETE(void* block)
+QUORVEX_DELETE(void* block, std::size_t)
+QUORVEX_DELETE(void* block, std::align_val_t)
+QUORVEX_DELETE(void* block, std::size_t, std::align_val_t)
 
 #pragma GCC visibility pop

@@ -12,7 +12,7 @@
 #include "quorvex/CxPaletteLUT.h"
 #include "tests/faults/fault_kinds.h"
 #include "tests/faults/given_block.h"
-#include "tests/support/record.h"
+#include "tests/presentation/presentation_objects.h"
 #include "tests/support/scratch_folder.h"
 
 #include <array>
@@ -26,7 +26,14 @@ inline constexpr CSize kView = {80, 60};
 
 /// Of one kind; every part is empty until an operation or its preparation fills it.
 struct Host {
-    explicit Host(const Kind& of);
+    explicit Host(const Kind& of) : kind(of), object(of.object), path(of.path) {
+        object.Open(of.path);
+        reader.imageUID = of.name == kStates ? kImage : "";
+        for (auto& record : records) {
+            record.imageColumns = kKindSize.cx;
+            record.imageRows = kKindSize.cy;
+        }
+    }
     ~Host() { ReleasePages(pages); }
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
@@ -88,22 +95,25 @@ inline void Show(Host& s, CDcmObject& object) {
     static_cast<void>(s.dipp.Initialize(&s.app, &object, kView, 0));
 }
 /// Shows the host's own under the presentation state.
-void ShowUnderState(Host& s);
+inline void ShowUnderState(Host& s) {
+    Show(s, s.object);
+    CDcmObject state = KindOf(kStates).object;
+    static_cast<void>(s.dipp.ApllyGSPSObject(&s.app, &state));
+}
 
-std::string SeenObject(Host& s);
-std::string SeenConverted(Host& s);  ///< the object but for what is new in each
-std::string SeenMade(Host& s);       ///< the made one, the same way
-std::string SeenValues(Host& s);     ///< text, item and count
-std::string SeenFolder(Host& s);
-std::string SeenParser(Host& s);
-std::string SeenFrame(Host& s);  ///< the parser's first one besides
-std::string SeenPalette(Host& s);
-std::string SeenCoding(Host& s);  ///< the source too
-std::string SeenBlock(Host& s);
-std::string SeenDisplay(Host& s);  ///< what is rendered, and what would be
-std::string SeenWindows(Host& s);
-std::string SeenSurface(Host& s);
-std::string SeenPixels(Host& s);
-std::string SeenRecord(Host& s);  ///< the latest
+inline std::string TextOf(std::span<const unsigned char> bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+template <class... Number>
+std::string TextOfNumbers(Number... number) {
+    return ((std::to_string(number) + ' ') + ...);
+}
+
+inline std::string SeenBlock(Host& s) {
+    return s.block.Look();
+}
+inline std::string SeenSurface(Host& s) {
+    return TextOf(s.surface);
+}
 
 }  // namespace quorvex::test

@@ -3,12 +3,56 @@
 #include "tests/faults/failing_reads.h"
 #include "tests/faults/fault_harness.h"
 #include "tests/maker/maker_objects.h"
-#include "tests/presentation/presentation_objects.h"
+#include "tests/support/digest.h"
 
 namespace quorvex {
 namespace {
 
 using namespace test;
+
+std::string WithoutTheNew(CDcmObject object) {
+    for (const auto tag : kNewEachTime) object.RemoveValue(tag);
+    return Look(object) + object.GetFileName().ToUtf8();
+}
+
+std::string SeenObject(Host& s) {
+    return Look(s.object) + s.object.GetFileName().ToUtf8();
+}
+
+std::string SeenConverted(Host& s) {
+    return WithoutTheNew(s.object);
+}
+
+std::string SeenMade(Host& s) {
+    return s.made ? WithoutTheNew(*s.made) : "none";
+}
+
+std::string SeenValues(Host& s) {
+    return s.text.ToUtf8() + Look(s.item) + std::to_string(s.count);
+}
+
+std::string SeenFolder(Host& s) {
+    std::string text;
+    for (const auto& name : s.folder->Names()) text += name + ReadAll(s.folder->Path(name));
+    return text;
+}
+
+/// The latest.
+std::string SeenRecord(Host& s) {
+    if (s.latest == 0) return "";
+    const Record& r = s.records[s.latest - 1];
+    std::string text;
+    for (const auto& table :
+         {Entries(r.modalityLUTData, r.modalityLUTCount), Entries(r.voiLUTData, r.voiLUTCount),
+          Entries(r.presentationLUTData, r.presentationLUTCount)}) {
+        for (const int entry : table) text += std::to_string(entry) + ' ';
+        text += '|';
+    }
+    if (r.shutterMask != nullptr) text += TextOf({r.shutterMask, 720});
+    return text + TextOfNumbers(r.windowCenter, r.windowWidth, r.rescaleSlope, r.rescaleIntercept,
+                                r.pixelSpacingX, r.imageRotation, r.textObjects.GetSize(),
+                                r.graphicObjects.GetSize());
+}
 
 template <class Length, class Bytes>
 MC_STATUS AddLength(int, std::uint32_t, void* user, int, Length length, Bytes, int, int) {

@@ -60,26 +60,16 @@ constexpr Opening kOpenings[] = {
 constexpr ReadFault kFaults[] = {ReadFault::kTruncate, ReadFault::kVanish, ReadFault::kError,
                                  ReadFault::kShort, ReadFault::kInterrupt};
 
-/// A file that is written anew before each try.
-class ChangingFile {
-public:
-    explicit ChangingFile(const Kind& kind) : bytes_(kind.bytes) {}
-    [[nodiscard]] std::string Restored() const { return folder_.Write("changing.dcm", bytes_); }
-
-private:
-    ScratchFolder folder_;
-    const std::vector<unsigned char>& bytes_;
-};
-
 /// Lets the fault strike at each read in turn; gives how many there were.
 int StrikeEachRead(const Opening& opening, const Kind& kind, ReadFault fault) {
-    const ChangingFile file(kind);
-    const Opened whole = opening.open(file.Restored());
+    const ScratchFolder folder;
+    const auto restored = [&] { return folder.Write("changing.dcm", kind.bytes); };
+    const Opened whole = opening.open(restored());
     const bool isHarmless = fault == ReadFault::kShort || fault == ReadFault::kInterrupt;
     for (int n = 1;; ++n) {
         SCOPED_TRACE(std::string(opening.name) + ", " + kind.name + ", fault " +
                      std::to_string(static_cast<int>(fault)) + ", read " + std::to_string(n));
-        const std::string path = file.Restored();
+        const std::string path = restored();
         Opened opened;
         {
             const FailingReads reads(path, n, fault);
@@ -91,7 +81,7 @@ int StrikeEachRead(const Opening& opening, const Kind& kind, ReadFault fault) {
             return n;  // it went on to the end
         }
         EXPECT_FALSE(fault == ReadFault::kError && opened.isOpen && opened.seen != whole.seen);
-        EXPECT_TRUE(opening.open(file.Restored()) == whole);
+        EXPECT_TRUE(opening.open(restored()) == whole);
     }
 }
 

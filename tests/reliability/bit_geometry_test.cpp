@@ -1,6 +1,6 @@
 // Bits Allocated, Bits Stored and High Bit of every odd value.
 #include "quorvex/Tags.h"
-#include "tests/pipeline/test_objects.h"
+#include "tests/pipeline/overlay_objects.h"
 #include "tests/support/answers.h"
 
 #include <gtest/gtest.h>
@@ -35,25 +35,12 @@ void FillOdd(CDcmObject& object, const BitTriple& bits, unsigned short isSigned,
     object.SetValue(tag::kBitsStored, bits.stored);
     object.SetValue(tag::kHighBit, bits.high);
     object.SetValue(tag::kPixelRepresentation, isSigned);
-    constexpr unsigned short kPositions[] = {0, 11, 15, 31, 32, 65535};
     std::uint32_t group = 0x6000;
-    for (const unsigned short position : kPositions) {
-        object.SetValue(group << 16 | 0x10, static_cast<unsigned short>(2));
-        object.SetValue(group << 16 | 0x11, static_cast<unsigned short>(3));
-        object.SetValue(group << 16 | 0x50, 1);
-        object.SetNextValue(group << 16 | 0x50, 1);
-        object.SetValue(group << 16 | 0x100, bits.allocated);
-        object.SetValue(group << 16 | 0x102, position);
+    for (const int position : {0, 11, 15, 31, 32, 65535}) {
+        pipeline_test::AddOverlay(
+            object, group, {2, 3, 1, 1, bits.allocated, static_cast<unsigned short>(position)});
         group += 2;
     }
-}
-
-void Decode(CDcmApp& app, CDcmObject& object, const BitTriple& bits) {
-    CxDcmParser parser;
-    ASSERT_EQ(parser.Initialize(&app, &object, nullptr, 0, 0), QVM_SUCCESS) << bits.Text();
-    const Answered frame = FrameOf(parser);
-    EXPECT_EQ(frame.code == QVM_SUCCESS, !frame.bytes.empty()) << bits.Text();
-    (void)ThumbnailOf(parser, {.size = {4, 4}});
 }
 
 /// Whatever is refused, nothing is undefined: the sanitizers watch.
@@ -61,7 +48,11 @@ void ThroughAll(const BitTriple& bits, unsigned short isSigned, unsigned short s
     CDcmApp app;
     CDcmObject object;
     FillOdd(object, bits, isSigned, samples);
-    Decode(app, object, bits);
+    CxDcmParser parser;
+    ASSERT_EQ(parser.Initialize(&app, &object, nullptr, 0, 0), QVM_SUCCESS) << bits.Text();
+    const Answered frame = FrameOf(parser);
+    EXPECT_EQ(frame.code == QVM_SUCCESS, !frame.bytes.empty()) << bits.Text();
+    (void)ThumbnailOf(parser, {.size = {4, 4}});
     CXDIPP image;
     image.ShowOverlays(1);
     if (image.Initialize(&app, &object, {8, 8}, 0) == QVM_SUCCESS) (void)image.Render();

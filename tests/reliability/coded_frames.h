@@ -7,7 +7,7 @@
 namespace quorvex::test {
 
 /// A file of one frame, coded as it may be, under a header that may say something else.
-inline Bytes FileOf(const char* uid, bool isEncapsulated, const FrameForm& header,
+inline Bytes FileOf(std::string_view uid, bool isEncapsulated, const FrameForm& header,
                     const Bytes& frame) {
     const ImageFacts facts{.rows = header.rows,
                            .columns = header.columns,

@@ -1,5 +1,5 @@
-// Declared and real amounts differ: the coded frame has more or fewer rows, columns, samples or
-// bits than the object's header says.
+// Codestream against object: neither header is believed without the other, where the coded frame
+// has more or fewer rows, columns, samples or bits, or another coding than the object says.
 #include "tests/reliability/coded_frames.h"
 #include "tests/reliability/guarded_bytes.h"
 #include "tests/support/every_route.h"
@@ -68,19 +68,14 @@ TEST(DeclaredAmounts, EveryRouteGivesTheFrameOfTheHeaderOrACode) {
     EXPECT_GT(asked, 150);
 }
 
-struct Decoded {
-    QUORVEX_MESSAGE code;
-    unsigned long size;
-};
-
-Decoded DecodeInto(const Coding& coding, const FrameForm& header, const GuardedBytes& source,
-                   unsigned char*& block, unsigned long size, int allocMode) {
+/// The code; `size` is as the processor tells it.
+QUORVEX_MESSAGE DecodeInto(const Coding& coding, const FrameForm& header,
+                           const GuardedBytes& source, unsigned char*& block, unsigned long& size,
+                           int allocMode) {
     _IMAGE_PROCESS_PARAM param = DecodingParam(coding, header);
     CxImageProcessor processor;
     processor.SetAllocMode(allocMode);
-    const auto code =
-        processor.DecompressFrameData(&param, source.Data(), source.Size(), block, size, 0);
-    return {code, size};
+    return processor.DecompressFrameData(&param, source.Data(), source.Size(), block, size, 0);
 }
 
 TEST(DeclaredAmounts, NoByteIsReadOrWrittenOutsideABlock) {
@@ -88,33 +83,27 @@ TEST(DeclaredAmounts, NoByteIsReadOrWrittenOutsideABlock) {
                            bool) {
         unsigned char* own = nullptr;
         unsigned char* pages = nullptr;
+        unsigned long size = 0;
+        unsigned long pagedSize = 0;
         const GuardedBytes early(frame, GuardPlace::kAhead);
-        const auto general = DecodeInto(coding, header, early, own, 0, 1);
-        const auto paged = DecodeInto(coding, header, GuardedBytes(frame), pages, 0, 0);
+        const auto code = DecodeInto(coding, header, early, own, size, 1);
         const std::unique_ptr<unsigned char[]> owner(own);
-        EXPECT_EQ(general.code, paged.code);
-        ASSERT_EQ(general.size, paged.size);
+        EXPECT_EQ(DecodeInto(coding, header, GuardedBytes(frame), pages, pagedSize, 0), code);
+        ASSERT_EQ(size, pagedSize);
         for (const auto place : {GuardPlace::kBehind, GuardPlace::kAhead}) {
-            for (const unsigned long said : {header.Bytes(), std::size_t{0}}) {
+            for (unsigned long given : {header.Bytes(), std::size_t{0}}) {
                 const GuardedBytes block(header.Bytes(), place);
                 unsigned char* result = block.Data();
-                const auto given = DecodeInto(coding, header, GuardedBytes(frame), result, said, 1);
-                EXPECT_EQ(given.code, general.code);
+                EXPECT_EQ(DecodeInto(coding, header, GuardedBytes(frame), result, given, 1), code);
                 EXPECT_EQ(result, block.Data());
-                const auto count = std::min({general.size, given.size, header.Bytes()});
-                EXPECT_TRUE(given.code != QVM_SUCCESS || std::equal(result, result + count, own))
+                const auto count = std::min({size, given, header.Bytes()});
+                EXPECT_TRUE(code != QVM_SUCCESS || std::equal(result, result + count, own))
                     << "another picture";
             }
         }
-        EXPECT_TRUE(own == nullptr || pages == nullptr ||
-                    std::equal(own, own + general.size, pages))
+        EXPECT_TRUE(own == nullptr || pages == nullptr || std::equal(own, own + size, pages))
             << "another allocator";
         ReleasePages(pages);
-    });
-}
-
-TEST(DeclaredAmounts, TheBlindRoutesStayInsideTheStream) {
-    ForEachMisstatement([](const Coding&, const FrameForm&, const Bytes& frame, bool) {
         for (const auto place : {GuardPlace::kBehind, GuardPlace::kAhead}) {
             const GuardedBytes source(frame, place);
             for (const auto decoder : kBlindDecoders) {
@@ -125,6 +114,89 @@ TEST(DeclaredAmounts, TheBlindRoutesStayInsideTheStream) {
             }
         }
     });
+}
+
+TEST(ForeignHeaders, FragmentsUnderANativeSyntaxNeverPassForPixels) {
+    const FrameForm form{.columns = 8, .rows = 4};  // smaller than any coded frame
+    for (const Coding& coding : kCodings) {
+        const Bytes frame = CodeFrame(coding, form);
+        if (frame.empty() || coding.target == kXferUncompressed) continue;
+        // As fragments, and as items in a value of declared length.
+        const Bytes items = DicomBuilder::In(kExplicitUid).Items({{}, frame}).Bytes();
+        const Bytes swapped = DicomBuilder::In(kBigEndianUid).Items({{}, frame}).Bytes();
+        for (const auto uid : {kImplicitUid, kExplicitUid, kBigEndianUid}) {
+            SCOPED_TRACE(std::string(coding.name) + " under " + std::string(uid));
+            for (const Bytes& file :
+                 {FileOf(uid, true, form, frame), FileOf(uid, false, form, items),
+                  FileOf(uid, false, form, swapped)}) {
+                for (const Answered& answer : AskEverything(file))
+                    EXPECT_NE(answer.code, QVM_SUCCESS);
+            }
+        }
+    }
+}
+
+TEST(ForeignHeaders, PlainPixelsUnderACodedSyntaxAreNoFrame) {
+    const FrameForm form{.samples = 1, .bits = 16};
+    for (const Coding& coding : kCodings) {
+        if (coding.target == kXferUncompressed) continue;
+        for (const bool isEncapsulated : {false, true}) {
+            SCOPED_TRACE(coding.name);
+            const Bytes file = FileOf(coding.uid, isEncapsulated, form, PictureOf(form));
+            for (const Answered& answer : AskEverything(file))
+                EXPECT_TRUE(answer.code != QVM_SUCCESS && answer.bytes.empty()) << answer.code;
+        }
+    }
+}
+
+TEST(ForeignHeaders, EveryCodingUnderEverySyntaxIsAFrameOrACode) {
+    const FrameForm form{.columns = 12, .rows = 10, .bits = 12};
+    for (const Coding& inside : kCodings) {
+        const Bytes frame = CodeFrame(inside, form);
+        if (frame.empty()) continue;
+        for (const Coding& said : kCodings) {
+            SCOPED_TRACE(std::string(inside.name) + " said to be " + said.name);
+            const auto answers = AskEverything(FileOf(said.uid, true, form, frame));
+            EXPECT_EQ(answers.front(), answers[answers.size() > 1 ? 1 : 0]);
+            if (answers.front().code != QVM_SUCCESS) continue;
+            EXPECT_EQ(answers.front().bytes.size(), form.Bytes());
+        }
+    }
+}
+
+/// Component counts of stream and header, in every pair.
+TEST(ForeignHeaders, OtherComponentCountsAreRefused) {
+    for (const Coding& coding : kCodings) {
+        if (coding.target == kXferUncompressed || coding.target == kXferRle) continue;
+        const unsigned bits = coding.leastBits;
+        for (const unsigned stored : {1U, 3U}) {
+            const Bytes frame = CodeFrame(coding, {.samples = stored, .bits = bits});
+            ASSERT_FALSE(frame.empty()) << coding.name << stored;
+            for (const unsigned said : {0U, 1U, 2U, 3U, 4U, 5U, 255U, 65535U}) {
+                const auto param = DecodingParam(coding, {.samples = said, .bits = bits});
+                Bytes source = frame;
+                const auto code = DecodedOf(param, source).code;
+                EXPECT_EQ(code == QVM_SUCCESS, said == stored)
+                    << coding.name << ": " << stored << " stored, " << said << " said, " << code;
+            }
+        }
+    }
+}
+
+/// A reader of two-sample objects must not fill three samples (12-bit colour among them).
+TEST(ForeignHeaders, TwelveBitColourNeedsAColourObject) {
+    const FrameForm colour{.samples = 3, .bits = 12};
+    const Coding& extended = kCodings[3];
+    const Bytes frame = CodeFrame(extended, colour);
+    const auto asColour = AskEverything(FileOf(extended, colour, frame));
+    ASSERT_EQ(asColour.front().code, QVM_SUCCESS);
+    EXPECT_EQ(asColour.front().bytes.size(), colour.Bytes());
+    for (const FrameForm& header :
+         {FrameForm{.bits = 12}, FrameForm{.bits = 8}, FrameForm{.samples = 2, .bits = 12},
+          FrameForm{.samples = 3, .bits = 8}}) {
+        for (const Answered& answer : AskEverything(FileOf(extended, header, frame)))
+            EXPECT_NE(answer.code, QVM_SUCCESS) << header.samples << ' ' << header.bits;
+    }
 }
 
 }  // namespace

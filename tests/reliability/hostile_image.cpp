@@ -11,21 +11,20 @@ namespace {
 
 constexpr std::size_t kPixelBytes = 64;
 
-std::size_t WidthOf(const std::string& vr) {
-    if (vr == "US" || vr == "SS") return 2;
-    if (vr == "UL" || vr == "SL" || vr == "AT") return 4;
-    return vr == "FD" || vr == "UV" ? 8 : 0;
+unsigned WordOf(const char* number) {
+    return static_cast<std::uint16_t>(std::strtol(number, nullptr, 10));
 }
 
 /// A value in a representation: text for what holds text, otherwise a number of its width.
-std::string ValueIn(const std::string& vr, const std::string& number) {
-    const std::size_t width = WidthOf(vr);
-    if (width == 0) return number + std::string(number.size() % 2, ' ');
-    const double real = std::strtod(number.c_str(), nullptr);
-    const auto whole = static_cast<std::uint64_t>(std::strtoll(number.c_str(), nullptr, 10));
+std::string ValueIn(std::string_view vr, const char* number) {
+    constexpr std::string_view kWidths = "US2SS2UL4SL4AT4FD8UV8";
+    const auto at = kWidths.find(vr);
+    if (at == std::string_view::npos) return number + std::string(std::strlen(number) % 2, ' ');
+    const double real = std::strtod(number, nullptr);
+    const auto whole = static_cast<std::uint64_t>(std::strtoll(number, nullptr, 10));
     std::string value(8, '\0');
     std::memcpy(value.data(), vr == "FD" ? static_cast<const void*>(&real) : &whole, 8);
-    return value.substr(0, width);
+    return value.substr(0, static_cast<std::size_t>(kWidths[at + 2] - '0'));
 }
 
 /// RLE: one segment that begins behind the header, and no byte of it.
@@ -46,24 +45,23 @@ std::string ImageClaim::Text() const {
 
 DicomBuilder HostileImage(const ImageClaim& claim, std::string_view syntax, int fragments) {
     auto file = DicomBuilder::Part10(syntax.empty() ? kExplicitUid : syntax);
-    const auto word = [&](std::uint32_t tag, const char* number) {
-        file.Us(tag, static_cast<std::uint16_t>(std::strtol(number, nullptr, 10)));
-    };
     const auto side = [&](std::uint32_t tag, const char* number) {
-        file.Add(tag, claim.vr, ValueIn(claim.vr, number));
+        // A word in the byte order of the file.
+        if (std::string_view(claim.vr) == "US")
+            file.Us(tag, WordOf(number));
+        else
+            file.Add(tag, claim.vr, ValueIn(claim.vr, number));
     };
     const bool isColour = std::string_view(claim.samples) == "3";
     file.Add(tag::kSOPInstanceUID, "UI", "1.2.3.4 ");
-    word(tag::kSamplesPerPixel, claim.samples);
+    file.Us(tag::kSamplesPerPixel, WordOf(claim.samples));
     file.Padded(tag::kPhotometricInterpretation, "CS", isColour ? "RGB" : "MONOCHROME2");
     file.Padded(tag::kNumberOfFrames, "IS", claim.frames);
-    const bool isWord = std::string_view(claim.vr) == "US";
-    isWord ? word(tag::kRows, claim.rows) : side(tag::kRows, claim.rows);
-    isWord ? word(tag::kColumns, claim.columns) : side(tag::kColumns, claim.columns);
-    word(tag::kBitsAllocated, claim.bits);
-    word(tag::kBitsStored, claim.bits);
-    word(tag::kHighBit, std::to_string(std::atoi(claim.bits) - 1).c_str());
-    word(tag::kPixelRepresentation, "0");
+    side(tag::kRows, claim.rows);
+    side(tag::kColumns, claim.columns);
+    const unsigned bits = WordOf(claim.bits);
+    file.Us(tag::kBitsAllocated, bits).Us(tag::kBitsStored, bits).Us(tag::kHighBit, bits - 1);
+    file.Us(tag::kPixelRepresentation, 0);
     if (syntax.empty()) return file;
     const std::string frame = FrameIn(syntax);
     const TransferSyntax* row = TransferSyntaxOfUid(syntax);

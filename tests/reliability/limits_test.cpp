@@ -8,6 +8,7 @@
 #include "quorvex/CXGSPSObject.h"
 #include "tests/reliability/hostile_image.h"
 #include "tests/support/answers.h"
+#include "tests/support/attribute_values.h"
 #include "tests/support/corpus.h"
 #include "tests/support/temporary_file.h"
 #include "tests/tools/run_command.h"
@@ -20,6 +21,8 @@
 namespace quorvex::test {
 namespace {
 
+constexpr ImageClaim kLarge{"32768", "32768"};
+
 int CodeOfFrame(const DicomBuilder& file, int frame) {
     const TemporaryFile image(file.Bytes());
     CDcmApp app;
@@ -29,8 +32,7 @@ int CodeOfFrame(const DicomBuilder& file, int frame) {
 }
 
 DicomBuilder ManyFrames() {
-    return HostileImage({.rows = "8192", .columns = "8192", .bits = "8", .frames = "500"}, kRleUid,
-                        500);
+    return HostileImage({"8192", "8192", "1", "8", "500"}, kRleUid, 500);
 }
 
 int Convert(const DicomBuilder& file) {
@@ -50,7 +52,8 @@ int Read(const std::vector<unsigned char>& bytes) {
 
 std::vector<unsigned char> Nested() {
     auto file = DicomBuilder::Part10(kExplicitUid);
-    for (int level = 0; level <= kDeepestNesting; ++level) file.Sequence(0x00081140).Item();
+    for (int level = 0; level <= kDeepestNesting; ++level)
+        file.Sequence(tag::kReferencedImageSequence).Item();
     return file.Bytes();
 }
 
@@ -64,15 +67,16 @@ int ReadWithFewParts(const DicomBuilder& dataSet, std::size_t most) {
 
 DicomBuilder SixParts() {
     DicomBuilder dataSet;
-    dataSet.Sequence(0x00081140).Item(0).Item(8).Add(0x00100010, "PN", "").EndSequence();
-    return std::move(dataSet.Header(0x7FE00010, "OB", 0xFFFFFFFF).Item(0).EndSequence());
+    dataSet.Sequence(tag::kReferencedImageSequence).Item(0).Item(8);
+    dataSet.Add(tag::kPatientName, "PN", "").EndSequence();
+    return std::move(dataSet.Fragments({}));
 }
 
 int SetLongValue() {
     unsigned char byte = 0;
     unsigned char* frames[] = {&byte};
     const unsigned long lengths[] = {kLongestValue + 1};
-    return CDcmObject().SetValueEx(0x7FE00010, 1, lengths, frames);
+    return CDcmObject().SetValueEx(tag::kPixelData, 1, lengths, frames);
 }
 
 int ExpandPalette() {
@@ -88,13 +92,10 @@ int RleOfManySegments() {
 }
 
 int MakePolygonMask() {
-    CDcmObject object;
-    object.SetValue(0x00280010, static_cast<unsigned short>(65535));
-    object.SetValue(0x00280011, static_cast<unsigned short>(1));
-    object.SetValue(0x00181600, "POLYGONAL");
+    auto object = With("00280010=65535; 00280011=1; 00181600=POLYGONAL");
     std::string vertices = "1\\1";
     for (int i = 0; i < 600; ++i) vertices += "\\65535\\1\\1\\1";
-    object.SetValue(0x00181620, vertices.c_str());
+    object.SetValue(tag::kVerticesOfThePolygonalShutter, vertices.c_str());
     CXGSPSInfo info;
     CXGSPSObject().GSPSApplier(&object, &info, "", -1);
     return info.shutterMask != nullptr ? 1 : 0;
@@ -106,14 +107,13 @@ TEST(Limits, AreEachRefusedByACodeAndNamed) {
         int code;
         std::function<int()> run;
     };
-    const ImageClaim huge{.rows = "65535", .columns = "65535", .samples = "4"};
-    const ImageClaim large{.rows = "32768", .columns = "32768"};
+    const ImageClaim huge{"65535", "65535", "4"};
     const ImageClaim many{.frames = "2147483647"};
     const Case cases[] = {
         {Limit::kLargestBlock, QVM_ERROR_FAILED_TO_GET_PIXEL_DATA,
          [&] { return CodeOfFrame(HostileImage(huge, kExplicitUid), 0); }},
         {Limit::kLargestPicture, QVM_ERROR_FAILED_TO_DECOMPRESS,
-         [&] { return CodeOfFrame(HostileImage(large, kRleUid), 0); }},
+         [&] { return CodeOfFrame(HostileImage(kLarge, kRleUid), 0); }},
         {Limit::kLargestObject, QVM_ERROR_FAILED_TO_SET_PIXEL_DATA,
          [] { return Convert(ManyFrames()); }},
         {Limit::kDeepestNesting, kDcmFailure, [] { return Read(Nested()); }},
@@ -162,22 +162,22 @@ TEST(Limits, AreWrittenDownForHosts) {
 TEST(Limits, AreNamedByTheCommandInASentence) {
     const ScratchFolder folder;
     const auto path = folder.Path("bad.dcm");
-    const auto expect = [&](const std::vector<unsigned char>& bytes, Limit limit,
-                            std::vector<std::string> command) {
-        folder.Write("bad.dcm", bytes);
-        const auto result = RunCommand(command);
-        EXPECT_EQ(result.status, 1);
-        EXPECT_NE(result.complaints.find(std::string("): ") + LimitSentence(limit) + "\n"),
-                  std::string::npos)
-            << result.complaints;
-    };
-    expect(Nested(), Limit::kDeepestNesting, {"info", path});
-    expect(Nested(), Limit::kDeepestNesting,
-           {"convert", path, "-o", folder.Path("out"), "--to", "explicit"});
-    expect(HostileImage({.rows = "32768", .columns = "32768"}, kRleUid).Bytes(),
-           Limit::kLargestPicture, {"render", path, "-o", folder.Path("out")});
-    expect(ManyFrames().Bytes(), Limit::kLargestObject,
-           {"convert", path, "-o", folder.Path("out"), "--to", "explicit"});
+    const auto out = folder.Path("out");
+    const Arguments convert = {"convert", path, "-o", out, "--to", "explicit"};
+    const struct {
+        Limit limit;
+        Bytes bytes;
+        Arguments command;
+    } kCases[] = {{Limit::kDeepestNesting, Nested(), {"info", path}},
+                  {Limit::kDeepestNesting, Nested(), convert},
+                  {Limit::kLargestPicture,
+                   HostileImage(kLarge, kRleUid).Bytes(),
+                   {"render", path, "-o", out}},
+                  {Limit::kLargestObject, ManyFrames().Bytes(), convert}};
+    for (const auto& c : kCases) {
+        folder.Write("bad.dcm", c.bytes);
+        ExpectStatus(1, c.command, std::string("): ") + LimitSentence(c.limit) + "\n");
+    }
 }
 
 }  // namespace

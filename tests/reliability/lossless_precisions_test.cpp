@@ -20,28 +20,16 @@ struct LosslessStream {
     Bytes stream;
 };
 
-LosslessStream MakeStream(unsigned precision, unsigned samples, unsigned predictor) {
-    const FrameForm form{kColumns, kRows, samples, precision};
-    const Bytes picture = PictureOf(form, precision);
-    return {precision, samples, picture,
-            testing::Code({.columns = kColumns,
-                           .rows = kRows,
-                           .samples = static_cast<std::uint8_t>(samples),
-                           .bytesPerSample = static_cast<std::uint8_t>(form.SampleBytes()),
-                           .process = JpegProcess::kLossless,
-                           .precision = static_cast<std::uint8_t>(precision),
-                           .predictor = static_cast<std::uint8_t>(predictor)},
-                          picture)};
-}
-
 template <class Check>
 void ForEachStream(Check check) {
     for (unsigned precision = 2; precision <= 16; ++precision) {
         for (const unsigned samples : {1U, 3U}) {
-            const auto made = MakeStream(precision, samples, 1 + precision % 7);
-            ASSERT_FALSE(made.stream.empty());
             SCOPED_TRACE(std::to_string(precision) + " bits, " + std::to_string(samples));
-            check(made);
+            const Bytes picture = PictureOf({kColumns, kRows, samples, precision}, precision);
+            auto coding = testing::LosslessCoding(kColumns, kRows, static_cast<int>(samples),
+                                                  static_cast<int>(precision));
+            coding.predictor = static_cast<std::uint8_t>(1 + precision % 7);
+            check(LosslessStream{precision, samples, picture, testing::Code(coding, picture)});
         }
     }
 }
@@ -97,10 +85,7 @@ constexpr const char* kPhotometrics[] = {"MONOCHROME1",  "PALETTE COLOR", "RGB",
 
 TEST(LosslessPrecisions, MeetEveryHeader) {
     ForEachStream([](const LosslessStream& made) {
-        _IMAGE_PROCESS_PARAM param;
-        param.samplesPerPixel = static_cast<std::uint16_t>(made.samples);
-        param.rows = kRows;
-        param.columns = kColumns;
+        auto param = ParamOf(kJpegLosslessFirstOrder, {kColumns, kRows, made.samples});
         for (const char* photometric : kPhotometrics) {
             for (const unsigned bits : {8U, 12U, 16U}) {
                 for (unsigned option = 0; option < 8; ++option) {

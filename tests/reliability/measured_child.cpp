@@ -1,7 +1,7 @@
 #include "tests/reliability/measured_child.h"
 
 #include <fstream>
-#include <string>
+#include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -55,6 +55,14 @@ Cost CostOf(const std::function<void()>& work) {
     cost.hasEnded = isTold && isOver && WIFEXITED(status) && WEXITSTATUS(status) == 0;
     cost.seconds = ProcessorSeconds(usage);
     return cost;
+}
+
+void ExpectCost(const std::string& what, double seconds, const std::function<void()>& work,
+                std::size_t memory) {
+    const Cost cost = CostOf(work);
+    EXPECT_TRUE(cost.hasEnded) << what << ": " << cost;
+    EXPECT_LT(cost.seconds, seconds) << what << ": " << cost;
+    EXPECT_LT(cost.memory, memory) << what << ": " << cost;
 }
 
 }  // namespace quorvex::test

@@ -3,8 +3,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <ostream>
+#include <string>
 
 namespace quorvex::test {
 
@@ -27,5 +29,9 @@ inline std::ostream& operator<<(std::ostream& out, const Cost& cost) {
 
 /// Runs `work` in a copy of this process. One that takes over a minute of processor time is ended.
 Cost CostOf(const std::function<void()>& work);
+
+/// Expects an end of its own, in so many seconds at the most.
+void ExpectCost(const std::string& what, double seconds, const std::function<void()>& work,
+                std::size_t memory = SIZE_MAX);
 
 }  // namespace quorvex::test

@@ -1,6 +1,6 @@
 // Containers: an object whose attributes and items come, go, are copied, moved, written and read in
 // random order always holds what a plain map holds.
-#include "quorvex/DicomObject.h"
+#include "quorvex/Attributes.h"
 #include "tests/maker/maker_objects.h"
 
 #include <array>
@@ -21,40 +21,40 @@ struct Model {
     std::map<std::uint32_t, std::vector<Model>> items;
 };
 
+constexpr std::uint32_t kComments = 0x00204000;  // have one value
 constexpr std::uint32_t kTextTags[] = {0x00080070, 0x00080080, 0x00081030, 0x0008103E, 0x00100010,
-                                       0x00100020, 0x00180015, 0x00200010, 0x00204000};
+                                       0x00100020, 0x00180015, 0x00200010, kComments};
 constexpr std::uint32_t kSequenceTags[] = {0x00081140, 0x00400275, 0x00540016};
 
 Texts TextsOf(const CDcmObjectCommon& object, std::uint32_t tag) {
     Texts texts;
-    CString text;
-    for (auto r = object.GetValue(tag, text); r == kDcmSuccess; r = object.GetNextValue(tag, text))
-        texts.push_back(text.ToUtf8());
+    ForEachValue<CString>(object, tag,
+                          [&](const CString& text) { texts.push_back(text.ToUtf8()); });
     return texts;
 }
 
-bool Agrees(const CDcmObjectCommon& object, const Model& model);
-
-bool ItemsAgree(const CDcmObjectCommon& object, std::uint32_t tag, const Model& model) {
-    const auto wanted = model.items.find(tag);
-    CDcmItem item;
-    std::size_t count = 0;
-    for (auto r = object.GetValue(tag, item); r == kDcmSuccess;
-         r = object.GetNextValue(tag, item), ++count) {
-        const bool isThere = wanted != model.items.end() && count < wanted->second.size();
-        if (!isThere || !Agrees(item, wanted->second[count])) return false;
-    }
-    return count == (wanted == model.items.end() ? 0 : wanted->second.size());
+/// What stands there, or nothing.
+template <class Values>
+Values At(const std::map<std::uint32_t, Values>& values, std::uint32_t tag) {
+    const auto found = values.find(tag);
+    return found == values.end() ? Values() : found->second;
 }
 
 bool Agrees(const CDcmObjectCommon& object, const Model& model) {
-    for (const auto tag : kTextTags) {
-        const auto wanted = model.texts.find(tag);
-        if (TextsOf(object, tag) != (wanted == model.texts.end() ? Texts() : wanted->second))
-            return false;
-    }
-    return std::ranges::all_of(kSequenceTags,
-                               [&](std::uint32_t tag) { return ItemsAgree(object, tag, model); });
+    const auto holdsTexts = [&](std::uint32_t tag) {
+        return TextsOf(object, tag) == At(model.texts, tag);
+    };
+    const auto holdsItems = [&](std::uint32_t tag) {
+        const auto wanted = At(model.items, tag);
+        CDcmItem item;
+        std::size_t count = 0;
+        for (auto r = object.GetValue(tag, item); r == kDcmSuccess;
+             r = object.GetNextValue(tag, item), ++count)
+            if (count >= wanted.size() || !Agrees(item, wanted[count])) return false;
+        return count == wanted.size();
+    };
+    return std::ranges::all_of(kTextTags, holdsTexts) &&
+           std::ranges::all_of(kSequenceTags, holdsItems);
 }
 
 /// An object beside its model, and the steps that change both alike.
@@ -71,17 +71,18 @@ public:
 
     void Step() {
         Pair& pair = pairs_[Below(pairs_.size())];
-        static constexpr void (Walker::*kSteps[])(Pair&) = {&Walker::SetText,
-                                                            &Walker::AddText,
-                                                            &Walker::Remove,
-                                                            &Walker::SetItem,
-                                                            &Walker::AddItem,
-                                                            &Walker::CopyFrom,
-                                                            &Walker::SwapAround,
-                                                            &Walker::ChangeALoneItem,
-                                                            &Walker::EraseInTheMiddleOfReading,
-                                                            &Walker::WriteAndRead,
-                                                            &Walker::Clear};
+        using W = Walker;
+        static constexpr void (W::*kSteps[])(Pair&) = {&W::SetText,
+                                                       &W::AddText,
+                                                       &W::Remove,
+                                                       &W::SetItem,
+                                                       &W::AddItem,
+                                                       &W::CopyFrom,
+                                                       &W::SwapAround,
+                                                       &W::ChangeALoneItem,
+                                                       &W::EraseInTheMiddleOfReading,
+                                                       &W::WriteAndRead,
+                                                       &W::Clear};
         step_ = Below(std::size(kSteps) * 4);
         if (step_ >= std::size(kSteps)) step_ %= 5;  // most steps fill the object
         const auto step = kSteps[step_];
@@ -107,7 +108,7 @@ private:
     }
     void AddText(Pair& pair) {
         const auto tag = TextTag();
-        if (tag == 0x00204000) return SetText(pair);  // comments have one value
+        if (tag == kComments) return SetText(pair);
         pair.model.texts[tag].push_back(Text());
         EXPECT_EQ(pair.object.SetNextValue(tag, CString(pair.model.texts[tag].back())),
                   kDcmSuccess);
@@ -129,12 +130,12 @@ private:
         }
         const Pair& other = pairs_[Below(pairs_.size())];
         const auto tag = SequenceTag();
-        const auto nested = other.model.items.find(tag);
+        const auto nested = At(other.model.items, tag);
         CDcmItem item;
-        if (nested == other.model.items.end() || !nested->second[0].items.empty()) return made;
+        if (nested.empty() || !nested[0].items.empty()) return made;
         EXPECT_EQ(other.object.GetValue(tag, item), kDcmSuccess);
         made.first.SetValue(tag, &item);
-        made.second.items[tag] = {nested->second[0]};
+        made.second.items[tag] = {nested[0]};
         return made;
     }
     void SetItem(Pair& pair) {

@@ -38,8 +38,7 @@ void ExpectSameTwice(const std::string& what, Ask ask) {
 std::vector<Bytes> CutsOf(const Bytes& frame) {
     std::vector<Bytes> cuts;
     for (std::size_t part = 0; part <= 16; ++part) {
-        const std::size_t length = frame.size() * part / 16 / 2 * 2;
-        cuts.emplace_back(frame.begin(), frame.begin() + static_cast<std::ptrdiff_t>(length));
+        cuts.push_back(Beginning(frame, frame.size() * part / 16 / 2 * 2));
     }
     for (std::size_t at = frame.size() / 3; at < frame.size(); at += frame.size() / 5) {
         cuts.push_back(frame);

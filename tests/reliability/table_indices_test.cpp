@@ -18,6 +18,9 @@ namespace {
 
 using Words = std::vector<std::uint16_t>;
 
+constexpr auto kDescriptor = tag::kRedPaletteColorLookupTableDescriptor;
+constexpr auto kEntries = tag::kRedPaletteColorLookupTableData;
+
 /// What a descriptor says, and how many entries there really are.
 struct Table {
     int count;
@@ -31,35 +34,17 @@ struct Table {
     }
 };
 
+/// The latter half is described wrongly.
 constexpr Table kTables[] = {
-    {256, 0, 16, 256},
-    {256, 0, 8, 256},
-    {256, 0, 8, 128},
-    {1, 0, 16, 1},
-    {2, 65535, 16, 2},
-    {2, -1, 16, 2},
-    {256, -128, 16, 256},
-    {100, 200, 16, 100},
-    {300, -32768, 12, 300},
-    {256, 32767, 16, 256},
-    {0, 0, 16, 65536},
-    {0, -32768, 16, 65536},
-    {0, 1, 8, 65536},
-    {65535, 65535, 16, 65535},
-    // described wrongly
-    {0, 0, 16, 256},
-    {256, 0, 16, 0},
-    {256, 0, 16, 1},
-    {65535, -32768, 16, 2},
-    {1, 0, 16, 65536},
-    {256, 0, 0, 256},
-    {256, 0, 1, 256},
-    {256, 0, 17, 256},
-    {256, 0, 255, 256},
-    {256, 0, 65535, 256},
-    {255, 0, 9, 256},
-    {257, 0, 7, 256},
-};
+    {256, 0, 16, 256},     {256, 0, 8, 256},          {256, 0, 8, 128},
+    {1, 0, 16, 1},         {2, 65535, 16, 2},         {2, -1, 16, 2},
+    {256, -128, 16, 256},  {100, 200, 16, 100},       {300, -32768, 12, 300},
+    {256, 32767, 16, 256}, {0, 0, 16, 65536},         {0, -32768, 16, 65536},
+    {0, 1, 8, 65536},      {65535, 65535, 16, 65535}, {0, 0, 16, 256},
+    {256, 0, 16, 0},       {256, 0, 16, 1},           {65535, -32768, 16, 2},
+    {1, 0, 16, 65536},     {256, 0, 0, 256},          {256, 0, 1, 256},
+    {256, 0, 17, 256},     {256, 0, 255, 256},        {256, 0, 65535, 256},
+    {255, 0, 9, 256},      {257, 0, 7, 256}};
 
 Words EntriesOf(const Table& table) {
     Words entries(static_cast<std::size_t>(table.there));
@@ -83,35 +68,35 @@ void SetDescriptor(CDcmObjectCommon& object, std::uint32_t tag, const Table& tab
 }
 
 /// An image that holds every value of its pixels once, in their order.
-CDcmObject AllValues(int bits, int representation, const char* photometric) {
+CDcmObject AllValues(unsigned short bits, unsigned short representation, const char* photometric) {
     CDcmObject object;
-    const pipeline_test::ImageShape shape{
-        .size = bits == 8 ? CSize{16, 16} : CSize{256, 256},
-        .bitsAllocated = static_cast<unsigned short>(bits),
-        .bitsStored = static_cast<unsigned short>(bits),
-        .pixelRepresentation = static_cast<unsigned short>(representation),
-        .photometric = photometric};
-    if (bits == 8) {
-        std::vector<unsigned char> values(256);
-        std::iota(values.begin(), values.end(), static_cast<unsigned char>(0));
-        pipeline_test::FillImage(object, shape, values);
-    } else {
-        Words values(65536);
-        std::iota(values.begin(), values.end(), std::uint16_t{0});
-        pipeline_test::FillImage(object, shape, values);
-    }
+    const CSize size = bits == 8 ? CSize{16, 16} : CSize{256, 256};
+    Words values(std::size_t{1} << bits);
+    std::iota(values.begin(), values.end(), std::uint16_t{0});
+    const pipeline_test::ImageShape shape{size, 1, bits, bits, representation, photometric};
+    if (bits == 16) pipeline_test::FillImage(object, shape, values);
+    if (bits == 8) pipeline_test::FillImage(object, shape, Bytes(values.begin(), values.end()));
     return object;
+}
+
+/// Does `check` with every kind of pixels.
+template <class Check>
+void ForEachKind(Check check) {
+    for (const unsigned short bits : {std::uint16_t{8}, std::uint16_t{16}}) {
+        check(bits, std::uint16_t{0});
+        check(bits, std::uint16_t{1});
+    }
 }
 
 TEST(TableIndices, APaletteTableTakesItsNearestEnd) {
     for (const Table& table : kTables) {
         for (const int representation : {0, 1}) {
             CDcmObject object;
-            SetDescriptor(object, 0x00281101, table);
-            SetWords(object, 0x00281201, EntriesOf(table));
+            SetDescriptor(object, kDescriptor, table);
+            SetWords(object, kEntries, EntriesOf(table));
             CxPaletteLUT lut(representation);
             const int count = table.count == 0 ? 65536 : table.count;
-            const bool isLoaded = lut.LoadLUT(&object, 0x00281101, 0x00281201, 0) != 0;
+            const bool isLoaded = lut.LoadLUT(&object, kDescriptor, kEntries, 0) != 0;
             EXPECT_TRUE(isLoaded || table.there < count) << table.Text();
             EXPECT_TRUE(isLoaded || (lut.GetEntries().empty() && lut.Lookup(0) == 0));
             if (!isLoaded) continue;
@@ -128,32 +113,25 @@ TEST(TableIndices, APaletteTableTakesItsNearestEnd) {
 }
 
 /// Every way that colours an image by its object's palettes.
-std::vector<Answered> Colourings(CDcmObject& object, int bits) {
+std::vector<Answered> Colourings(CDcmObject& object, unsigned short bits) {
     CDcmApp app;
     CxDcmParser parser;
     parser.Initialize(&app, &object, nullptr, 0, 0);
     const Answered frame = FrameOf(parser);
     EXPECT_EQ(frame.code, QVM_SUCCESS);
     const GuardedBytes pixels(frame.bytes);
-    const auto side = static_cast<unsigned short>(bits == 8 ? 16 : 256);
+    const unsigned short side = bits == 8 ? 16 : 256;
     const CXDIPP viewer;
-    const auto take = [](auto colour) {
-        unsigned char* rgb = nullptr;
-        unsigned long size = 0;
-        const auto code = colour(rgb, size);
-        return Answered::Take(code, rgb, size);
-    };
-    return {ColouredOf(parser, pixels.Data(), side, side, static_cast<unsigned short>(bits)),
-            take([&](unsigned char*& rgb, unsigned long& size) {
-                unsigned short padded = 0;
-                return viewer.MakePaletteColorImage(&object, pixels.Data(), rgb, size, padded);
-            }),
-            take([&](unsigned char*& rgb, unsigned long& size) {
-                return viewer.MakeSPCOverlay(&object, pixels.Data(), rgb, size);
-            }),
-            take([&](unsigned char*& rgb, unsigned long& size) {
-                return viewer.MakeSPCOverlayForMPR(&object, pixels.Data(), side, side, rgb, size);
-            })};
+    unsigned short padded = 0;
+    unsigned char* rgb[3] = {};
+    unsigned long size[3] = {};
+    const int codes[] = {
+        viewer.MakePaletteColorImage(&object, pixels.Data(), rgb[0], size[0], padded),
+        viewer.MakeSPCOverlay(&object, pixels.Data(), rgb[1], size[1]),
+        viewer.MakeSPCOverlayForMPR(&object, pixels.Data(), side, side, rgb[2], size[2])};
+    std::vector<Answered> all = {ColouredOf(parser, pixels.Data(), side, side, bits)};
+    for (int i = 0; i < 3; ++i) all.push_back(Answered::Take(codes[i], rgb[i], size[i]));
+    return all;
 }
 
 int FirstOf(const Table& table, int representation) {
@@ -188,33 +166,28 @@ void ExpectNothingBelow(const Answered& image, int first) {
 }
 
 TEST(TableIndices, EveryRouteColoursEveryValue) {
-    for (const int bits : {8, 16}) {
-        for (const int representation : {0, 1}) {
-            CDcmObject object = AllValues(bits, representation, "PALETTE COLOR");
-            for (const Table& table : kTables) {
-                for (const unsigned colour : {0U, 1U, 2U}) {
-                    SetDescriptor(object, 0x00281101 + colour, table);
-                    SetWords(object, 0x00281201 + colour, EntriesOf(table));
-                }
-                const auto images = Colourings(object, bits);
-                EXPECT_EQ(images[0].code == QVM_SUCCESS, images[1].code == QVM_SUCCESS);
-                if (images[0].code != QVM_SUCCESS) continue;
-                ASSERT_TRUE(images[0].bytes == images[1].bytes) << table.Text();
-                if (representation == 0) ExpectEnds(images[0], table, bits == 8 ? 256 : 65536);
-                if (images[2].code == QVM_SUCCESS && bits == 16)
-                    ExpectNothingBelow(images[2], FirstOf(table, representation));
+    ForEachKind([](unsigned short bits, unsigned short representation) {
+        CDcmObject object = AllValues(bits, representation, "PALETTE COLOR");
+        for (const Table& table : kTables) {
+            for (const unsigned colour : {0U, 1U, 2U}) {
+                SetDescriptor(object, kDescriptor + colour, table);
+                SetWords(object, kEntries + colour, EntriesOf(table));
             }
+            const auto images = Colourings(object, bits);
+            EXPECT_EQ(images[0].code == QVM_SUCCESS, images[1].code == QVM_SUCCESS);
+            if (images[0].code != QVM_SUCCESS) continue;
+            ASSERT_TRUE(images[0].bytes == images[1].bytes) << table.Text();
+            if (representation == 0) ExpectEnds(images[0], table, bits == 8 ? 256 : 65536);
+            if (images[2].code == QVM_SUCCESS && bits == 16)
+                ExpectNothingBelow(images[2], FirstOf(table, representation));
         }
-    }
+    });
 }
-
-constexpr std::uint32_t kVoiSequence = 0x00283010;
-constexpr std::uint32_t kStages[] = {0x00283000, kVoiSequence, 0x20500010};
 
 CDcmItem LutItemOf(const Table& table) {
     CDcmItem item;
-    SetDescriptor(item, 0x00283002, table);
-    SetWords(item, 0x00283006, EntriesOf(table));
+    SetDescriptor(item, tag::kLUTDescriptor, table);
+    SetWords(item, tag::kLUTData, EntriesOf(table));
     item.SetValue(0x00283004, "HU");
     return item;
 }
@@ -234,60 +207,29 @@ std::vector<unsigned char> Displayed(CDcmObject& object, CSize size) {
     return image;
 }
 
-TEST(TableIndices, EveryStoredValueHasADisplayValueUnderEveryTable) {
-    for (const int bits : {8, 16}) {
-        for (const int representation : {0, 1}) {
-            for (const std::uint32_t stage : kStages) {
-                for (const Table& table : kTables) {
-                    CDcmObject object = AllValues(bits, representation, "MONOCHROME2");
-                    CDcmItem item = LutItemOf(table);
-                    object.SetValue(stage, &item);
-                    const CSize size = bits == 8 ? CSize{16, 16} : CSize{256, 256};
-                    const auto shown = Displayed(object, size);
-                    ASSERT_FALSE(shown.empty()) << stage << ": " << table.Text();
-                    EXPECT_EQ(Displayed(object, size), shown) << "not the same twice";
-                    if (stage != kVoiSequence || table.there == 0) continue;
-                    std::set<unsigned char> wanted;
-                    for (const auto entry : EntriesOf(table))
-                        wanted.insert(
-                            static_cast<unsigned char>(entry >> std::clamp(table.bits - 8, 0, 16)));
-                    for (const unsigned char byte : shown)
-                        ASSERT_TRUE(wanted.contains(byte)) << table.Text() << ": " << int{byte};
-                }
-            }
-        }
-    }
+void ExpectShown(CDcmObject object, std::uint32_t stage, const Table& table, CSize size) {
+    CDcmItem item = LutItemOf(table);
+    object.SetValue(stage, &item);
+    const auto shown = Displayed(object, size);
+    ASSERT_FALSE(shown.empty()) << stage << ": " << table.Text();
+    EXPECT_EQ(Displayed(object, size), shown) << "not the same twice";
+    if (stage != tag::kVOILUTSequence || table.there == 0) return;
+    std::set<unsigned char> wanted;
+    for (const auto entry : EntriesOf(table))
+        wanted.insert(static_cast<unsigned char>(entry >> std::clamp(table.bits - 8, 0, 16)));
+    for (const unsigned char byte : shown)
+        ASSERT_TRUE(wanted.contains(byte)) << table.Text() << ": " << int{byte};
 }
 
-/// Segments of a palette that lead out of their data, or out of the table.
-TEST(TableIndices, SegmentsStayInsideTheirDataAndTheirTable) {
-    const Words kBad[] = {
-        {},
-        {0},
-        {0, 2, 1},
-        {0, 300},
-        {1, 4},
-        {1, 300, 5},
-        {1, 65535, 65535},
-        {2, 1, 0},
-        {2, 1, 0, 0},
-        {2, 65535, 65534, 65535},
-        {2, 1, 1, 0},
-        {0, 1, 7, 2, 1, 6, 0},
-        {0, 255, 1},
-        {3, 1, 1},
-        {0, 0, 0, 0},
-        {2, 2, 0, 0, 2, 2, 8, 0},
-    };
-    for (const Words& words : kBad) {
-        CDcmObject object;
-        SetDescriptor(object, 0x00281101, {256, 0, 16, 0});
-        SetWords(object, 0x00281221, words);
-        CxPaletteLUT lut(0);
-        EXPECT_EQ(lut.LoadLUT(&object, 0x00281101, 0x00281221, 1), 0)
-            << testing::PrintToString(words);
-        EXPECT_TRUE(lut.GetEntries().empty());
-    }
+TEST(TableIndices, EveryStoredValueHasADisplayValueUnderEveryTable) {
+    ForEachKind([](unsigned short bits, unsigned short representation) {
+        const CDcmObject object = AllValues(bits, representation, "MONOCHROME2");
+        const CSize size = bits == 8 ? CSize{16, 16} : CSize{256, 256};
+        for (const auto stage :
+             {tag::kModalityLUTSequence, tag::kVOILUTSequence, tag::kPresentationLUTSequence}) {
+            for (const Table& table : kTables) ExpectShown(object, stage, table, size);
+        }
+    });
 }
 
 }  // namespace

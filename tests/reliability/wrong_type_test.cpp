@@ -14,21 +14,11 @@
 namespace quorvex::test {
 namespace {
 
-bool IsOfADataSet(std::uint32_t tag) {
-    const std::uint32_t group = tag >> 16;
-    return group > 2 && group < 0x7FE0;
-}
-
 std::vector<std::uint32_t> TagsThatAreRead() {
     std::vector<std::uint32_t> tags;
-    for (const auto& [name, tag] : NamedTags()) {
-        if (IsOfADataSet(tag)) tags.push_back(tag);
-    }
+    for (const auto& [name, tag] : NamedTags())
+        if (tag > 0x0002FFFF && tag < tag::kExtendedOffsetTable) tags.push_back(tag);
     return tags;
-}
-
-bool IsSequence(std::uint32_t tag) {
-    return dicom::LookUp(tag).vr == MC_VR_SQ;
 }
 
 /// How an attribute is spoiled: under a representation of its own choice.
@@ -52,49 +42,59 @@ constexpr Spoiler kSpoilers[] = {
 
 void AddGood(DicomBuilder& out, std::uint32_t tag) {
     static const std::map<std::uint32_t, const char*> kValues = {
-        {0x00080005, "ISO_IR 100"},   {0x00181600, "POLYGONAL "}, {0x00280002, "1 "},
-        {0x00280004, "MONOCHROME2 "}, {0x00280006, "0 "},         {0x00280008, "1 "},
-        {0x00280102, "15"},           {0x00280103, "0 "},         {0x60000100, "1 "},
-        {0x60000102, "0 "},           {0x00700023, "POLYLINE"},
+        {tag::kSpecificCharacterSet, "ISO_IR 100"},
+        {tag::kShutterShape, "POLYGONAL "},
+        {tag::kSamplesPerPixel, "1 "},
+        {tag::kPhotometricInterpretation, "MONOCHROME2 "},
+        {tag::kPlanarConfiguration, "0 "},
+        {tag::kNumberOfFrames, "1 "},
+        {tag::kHighBit, "15"},
+        {tag::kPixelRepresentation, "0 "},
+        {tag::kOverlayBitsAllocated, "1 "},
+        {tag::kOverlayBitPosition, "0 "},
+        {tag::kGraphicType, "POLYLINE"},
     };
     const auto found = kValues.find(tag);
     // Numbers as text: every reader takes them, alone or in pairs.
     out.Add(tag, "LO", found != kValues.end() ? found->second : "16\\16");
 }
 
-void AddAll(DicomBuilder& out, const std::vector<std::uint32_t>& tags, std::uint32_t spoiled,
-            const Spoiler& spoiler, int depth);
+/// A data set of all tags, one of them spoiled; sequences within some sequences, too.
+struct Spoiling {
+    const std::vector<std::uint32_t>& tags;
+    std::uint32_t spoiled;
+    const Spoiler& spoiler;
 
-void AddSequence(DicomBuilder& out, std::uint32_t tag, const std::vector<std::uint32_t>& tags,
-                 std::uint32_t spoiled, const Spoiler& spoiler, int depth) {
-    constexpr std::uint32_t kHolders[] = {0x00081115, 0x00283110, 0x00700001, 0x52009229,
-                                          0x52009230};
-    const bool holdsMore = std::ranges::find(kHolders, tag) != std::end(kHolders);
-    if (depth == 2 || (depth == 1 && holdsMore)) return;
-    out.Sequence(tag).Item();
-    AddAll(out, tags, spoiled, spoiler, holdsMore ? depth + 1 : 2);
-    out.EndItem().EndSequence();
-}
-
-void AddAll(DicomBuilder& out, const std::vector<std::uint32_t>& tags, std::uint32_t spoiled,
-            const Spoiler& spoiler, int depth) {
-    for (const std::uint32_t tag : tags) {
-        if (tag == spoiled) {
-            out.Add(tag, spoiler.vr, spoiler.value);
-        } else if (IsSequence(tag)) {
-            AddSequence(out, tag, tags, spoiled, spoiler, depth);
-        } else {
-            AddGood(out, tag);
+    void AddAll(DicomBuilder& out, int depth) const {
+        for (const std::uint32_t tag : tags) {
+            if (tag == spoiled) {
+                out.Add(tag, spoiler.vr, spoiler.value);
+            } else if (dicom::LookUp(tag).vr == MC_VR_SQ) {
+                AddSequence(out, tag, depth);
+            } else {
+                AddGood(out, tag);
+            }
         }
     }
-}
+    void AddSequence(DicomBuilder& out, std::uint32_t tag, int depth) const {
+        constexpr std::uint32_t kHolders[] = {
+            tag::kReferencedSeriesSequence, tag::kSoftcopyVOILUTSequence,
+            tag::kGraphicAnnotationSequence, tag::kSharedFunctionalGroupsSequence,
+            tag::kPerFrameFunctionalGroupsSequence};
+        const bool holdsMore = std::ranges::find(kHolders, tag) != std::end(kHolders);
+        if (depth == 2 || (depth == 1 && holdsMore)) return;
+        out.Sequence(tag).Item();
+        AddAll(out, holdsMore ? depth + 1 : 2);
+        out.EndItem().EndSequence();
+    }
+};
 
 DicomBuilder SpoiltFile(const std::vector<std::uint32_t>& tags, std::uint32_t spoiled,
                         const Spoiler& spoiler) {
     auto file = DicomBuilder::Part10(kExplicitUid);
-    AddAll(file, tags, spoiled, spoiler, 0);
-    if (spoiled == 0x7FE00010) return std::move(file.Add(spoiled, spoiler.vr, spoiler.value));
-    return std::move(file.Add(0x7FE00010, "OW", std::string(512, 'x')));
+    Spoiling{tags, spoiled, spoiler}.AddAll(file, 0);
+    if (spoiled == tag::kPixelData) return std::move(file.Add(spoiled, spoiler.vr, spoiler.value));
+    return std::move(file.Add(tag::kPixelData, "OW", std::string(512, 'x')));
 }
 
 /// Reads presentation data with every shutter: as an image, and as a state whose references all
@@ -104,7 +104,7 @@ void ThroughPresentation(const DicomBuilder& file, std::uint32_t spoiled) {
     CDcmObject object;
     ASSERT_EQ(ReadUpTo(object, memory, kToTheEnd), kDcmSuccess);
     for (const char* shape : {"RECTANGULAR", "CIRCULAR", "POLYGONAL", "BITMAP"}) {
-        if (spoiled != 0x00181600) object.SetValue(0x00181600, shape);
+        if (spoiled != tag::kShutterShape) object.SetValue(tag::kShutterShape, shape);
         for (const char* image : {"", "16"}) {
             Record record;
             EXPECT_EQ(CXGSPSObject().GSPSApplier(&object, &record, image, 16), 1) << shape;
@@ -117,7 +117,7 @@ TEST(WrongType, NoAttributeThatIsReadDoesHarm) {
     ASSERT_GT(tags.size(), 100U);
     for (const auto& spoiler : kSpoilers) {
         auto spoiled = tags;
-        spoiled.push_back(0x7FE00010);
+        spoiled.push_back(tag::kPixelData);
         for (const std::uint32_t tag : spoiled) {
             const auto file = SpoiltFile(tags, tag, spoiler);
             const auto work = [&] {
@@ -136,14 +136,14 @@ TEST(WrongType, TheFileThatIsSpoiltIsGood) {
     CDcmObject object;
     ASSERT_EQ(ReadUpTo(object, memory, kToTheEnd), kDcmSuccess);
     CDcmItem item;
-    EXPECT_EQ(object.GetValue(0x00700001, item), kDcmSuccess);
-    EXPECT_EQ(item.GetValue(0x00700009, item), kDcmSuccess);
+    EXPECT_EQ(object.GetValue(tag::kGraphicAnnotationSequence, item), kDcmSuccess);
+    EXPECT_EQ(item.GetValue(tag::kGraphicObjectSequence, item), kDcmSuccess);
     Record record;
     CXGSPSObject().GSPSApplier(&object, &record, "16", 16);
     EXPECT_EQ(record.displayedAreaLeft, 16);
     EXPECT_EQ(record.graphicObjects.GetSize(), 1);
     int rows = 0;
-    EXPECT_EQ(object.GetValue(0x00280010, rows), kDcmSuccess);
+    EXPECT_EQ(object.GetValue(tag::kRows, rows), kDcmSuccess);
     EXPECT_EQ(rows, 16);
 }
 

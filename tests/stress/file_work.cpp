@@ -18,10 +18,6 @@ constexpr std::int32_t kForms[] = {kXferUncompressedImplicit, kXferUncompressedE
                                    kXferJpeg2000Lossless};
 constexpr CSize kView = {160, 120};
 
-int NumberOf(const CDcmObject& object, std::uint32_t tag) {
-    return Read<int>(object, tag).value_or(0);
-}
-
 std::uint64_t DigestOfMade(const CDcmObject* object) {
     return object == nullptr ? 0 : DigestOf(*object, kNewEachTime);
 }
@@ -43,16 +39,118 @@ std::uint64_t DigestOfRecord(const CXGSPSInfo& info) {
 /// The objects of one visit to a file: none is shared with another visit.
 class Visit {
 public:
-    Visit(const std::filesystem::path& path, unsigned turn) : path_(path.string()), turn_(turn) {}
+    Visit(const std::filesystem::path& path, unsigned turn)
+        : path_(path.string()), turn_(turn), form_(kForms[turn % std::size(kForms)]) {}
 
-    bool Open();
-    void Render();
-    void Convert();
-    void FetchFrames();
-    void MakeThumbnails();
-    void Process();
-    void MakeObject();
-    void MakeState();
+    bool Open() {
+        const auto code = parser_.Initialize(&app_, path_, 0);
+        const bool isOpen = code == QVM_SUCCESS && parser_.GetHeader() != nullptr;
+        Note("open", code, DigestOfMade(isOpen ? &Header() : nullptr));
+        return isOpen;
+    }
+
+    void Render() {
+        CXDIPP pipeline;
+        const auto code = pipeline.Initialize(&app_, path_, kView, 0);
+        Note("show", code);
+        if (code != QVM_SUCCESS) return;
+        NoteView("render", pipeline);
+        pipeline.ShowShutter(1);
+        pipeline.ShowAnnotations(1);
+        pipeline.ShowOverlays(1);
+        pipeline.UpdateVOILUT_Offset(7, -11);
+        pipeline.UpdateZoom_Offset(25);
+        pipeline.UpdatePan_Offset({5, -9});
+        pipeline.UpdateRotate_Offset(90);
+        pipeline.UpdateHFlip_Toggle();
+        CXDIPP copy(pipeline);
+        pipeline.Inverse();
+        NoteView("render with options", pipeline);
+        NoteView("render a copy", copy);
+    }
+
+    void Convert() {
+        CxDcmParser whole;
+        if (whole.Initialize(&app_, path_, 1) != QVM_SUCCESS) return;
+        CDcmObject object = *whole.GetHeader();
+        const auto made = ConvertTo(form_, object, form_ == kXferJpegBaseline ? 90 : 0);
+        Note("convert", made.Code(), DigestOfMade(&object));
+    }
+
+    void FetchFrames() {
+        for (int i = 0; i < parser_.GetFrameCount(); ++i) {
+            Note("frame", FrameOf(parser_, i));
+            if (results.back().code != QVM_SUCCESS) return;
+        }
+    }
+
+    void MakeThumbnails() {
+        for (const auto format : {kXferUncompressed, kXferJpegBaseline, kXferJpegLossless}) {
+            const bool usesDataRange = format == kXferJpegBaseline;
+            Note("thumbnail", ThumbnailOf(parser_, {{64, 48}, format, usesDataRange, 80}));
+        }
+    }
+
+    void Process() {
+        Bytes frame = PromisedFrame();
+        _IMAGE_PROCESS_PARAM param = ParamOf(Header());
+        param.transferSyntax = kExplicitLittleEndian;
+        param.photometric = param.samplesPerPixel == 3 ? "RGB" : "MONOCHROME2";
+        param.planarConfiguration = 0;
+        param.targetSyntax = turn_ % 2 == 0 ? kXferJpegLossless : kXferJpeg2000Lossless;
+        if (frame.empty() || param.bitsAllocated % 8 != 0) return;
+        Answered coded = CodedOf(param, frame);
+        Note("compress", coded);
+        if (coded.IsDone())
+            Note("decompress", BlindlyDecoded(kBlindDecoders[turn_ % 2], coded.bytes));
+        unsigned char* resized = nullptr;
+        unsigned long size = 0;
+        const auto code =
+            CxImageProcessor().ResizeImage(&param, frame.data(), resized, size, {48, 31});
+        Note("resize", Answered::Take(code, resized, size));
+    }
+
+    void MakeObject() {
+        const Bytes frame = PromisedFrame();
+        _USER_SETTING_INFO settings;
+        settings.compressionType = form_;
+        CxDcmMaker maker;
+        if (frame.empty() || maker.DcmMakerInit(&Header(), &settings, nullptr) != QVM_SUCCESS)
+            return;
+        auto handed = std::make_unique<unsigned char[]>(frame.size());
+        std::ranges::copy(frame, handed.get());
+        if (maker.AddFrame(handed.get()) != QVM_SUCCESS) return;
+        static_cast<void>(handed.release());
+        CDcmObject* made = nullptr;
+        const auto code = maker.MakeDcmObject(made);
+        const std::unique_ptr<CDcmObject> object(made);
+        Note("new object", code, DigestOfMade(made));
+    }
+
+    void MakeState() {
+        CDcmObject& image = Header();
+        Record record;
+        record.imageColumns = Read<int>(image, tag::kColumns).value_or(0);
+        record.imageRows = Read<int>(image, tag::kRows).value_or(0);
+        const int isRead = CXGSPSObject().GSPSApplier(&image, &record, CString(), -1);
+        Note("read presentation", isRead, DigestOfRecord(record));
+        record.objectKind = 1;
+        record.referencedSOPInstanceUID = Read<CString>(image, tag::kSOPInstanceUID).value_or("");
+        record.referencedFrameNumber = -1;
+        record.imageRotation = 90;
+        record.shutterType = 1;
+        record.shutterRadius = 10;
+        CXGSPSInfo* records[] = {&record};
+        CDcmObject* made = nullptr;
+        const int isMade = CXGSPSObject().MakeGSPSObject(&image, records, 1, made);
+        const std::unique_ptr<CDcmObject> state(made);
+        Note("make state", isMade, DigestOfMade(made));
+        CXDIPP pipeline;
+        if (!state || pipeline.Initialize(&app_, path_, kView, 0) != QVM_SUCCESS) return;
+        pipeline.ApllyGSPSObject(&app_, made);
+        pipeline.ShowShutter(1);
+        NoteView("render under the state", pipeline);
+    }
 
     FileResults results;
 
@@ -69,141 +167,24 @@ private:
         const auto code = pipeline.Render();
         Note(step, {code, DrawnOf(pipeline, kView).bytes});
     }
-    [[nodiscard]] std::int32_t Form() const { return kForms[turn_ % std::size(kForms)]; }
     [[nodiscard]] CDcmObject& Header() const { return *parser_.GetHeader(); }
+
     /// The first frame, unless it is shorter than its header says: not every operation asks how
     /// long a frame is.
-    Bytes PromisedFrame();
+    Bytes PromisedFrame() {
+        const auto param = ParamOf(Header());
+        const std::size_t bits =
+            std::size_t{param.samplesPerPixel} * param.rows * param.columns * param.bitsAllocated;
+        Answered frame = FrameOf(parser_);
+        return frame.bytes.size() < (bits + 7) / 8 ? Bytes() : std::move(frame.bytes);
+    }
 
     CString path_;
     unsigned turn_;
+    std::int32_t form_;
     CDcmApp app_;
     CxDcmParser parser_;
 };
-
-bool Visit::Open() {
-    const auto code = parser_.Initialize(&app_, path_, 0);
-    const bool isOpen = code == QVM_SUCCESS && parser_.GetHeader() != nullptr;
-    Note("open", code, DigestOfMade(isOpen ? &Header() : nullptr));
-    return isOpen;
-}
-
-void Visit::Render() {
-    CXDIPP pipeline;
-    const auto code = pipeline.Initialize(&app_, path_, kView, 0);
-    Note("show", code);
-    if (code != QVM_SUCCESS) return;
-    NoteView("render", pipeline);
-    pipeline.ShowShutter(1);
-    pipeline.ShowAnnotations(1);
-    pipeline.ShowOverlays(1);
-    pipeline.UpdateVOILUT_Offset(7, -11);
-    pipeline.UpdateZoom_Offset(25);
-    pipeline.UpdatePan_Offset({5, -9});
-    pipeline.UpdateRotate_Offset(90);
-    pipeline.UpdateHFlip_Toggle();
-    CXDIPP copy(pipeline);
-    pipeline.Inverse();
-    NoteView("render with options", pipeline);
-    NoteView("render a copy", copy);
-}
-
-void Visit::Convert() {
-    CxDcmParser whole;
-    if (whole.Initialize(&app_, path_, 1) != QVM_SUCCESS) return;
-    CDcmObject object = *whole.GetHeader();
-    const auto made = ConvertTo(Form(), object, Form() == kXferJpegBaseline ? 90 : 0);
-    Note("convert", made.Code(), DigestOfMade(&object));
-}
-
-void Visit::FetchFrames() {
-    for (int i = 0; i < parser_.GetFrameCount(); ++i) {
-        Note("frame", FrameOf(parser_, i));
-        if (results.back().code != QVM_SUCCESS) return;
-    }
-}
-
-void Visit::MakeThumbnails() {
-    for (const auto format : {kXferUncompressed, kXferJpegBaseline, kXferJpegLossless}) {
-        const bool usesDataRange = format == kXferJpegBaseline;
-        Note("thumbnail", ThumbnailOf(parser_, {{64, 48}, format, usesDataRange, 80}));
-    }
-}
-
-Bytes Visit::PromisedFrame() {
-    std::size_t bits = 1;
-    for (const std::uint32_t tag :
-         {tag::kSamplesPerPixel, tag::kRows, tag::kColumns, tag::kBitsAllocated})
-        bits *= static_cast<std::size_t>(std::max(NumberOf(Header(), tag), 0));
-    Answered frame = FrameOf(parser_);
-    return frame.bytes.size() < (bits + 7) / 8 ? Bytes() : std::move(frame.bytes);
-}
-
-void Visit::Process() {
-    Bytes frame = PromisedFrame();
-    const auto number = [&](std::uint32_t tag) {
-        return static_cast<std::uint16_t>(NumberOf(Header(), tag));
-    };
-    _IMAGE_PROCESS_PARAM param;
-    param.transferSyntax = kExplicitLittleEndian;
-    param.samplesPerPixel = number(tag::kSamplesPerPixel);
-    param.photometric = param.samplesPerPixel == 3 ? "RGB" : "MONOCHROME2";
-    param.planarConfiguration = 0;
-    param.rows = number(tag::kRows);
-    param.columns = number(tag::kColumns);
-    param.bitsAllocated = number(tag::kBitsAllocated);
-    param.pixelRepresentation = number(tag::kPixelRepresentation);
-    param.targetSyntax = turn_ % 2 == 0 ? kXferJpegLossless : kXferJpeg2000Lossless;
-    if (frame.empty() || param.bitsAllocated % 8 != 0) return;
-    Answered coded = CodedOf(param, frame);
-    Note("compress", coded);
-    if (coded.IsDone()) Note("decompress", BlindlyDecoded(kBlindDecoders[turn_ % 2], coded.bytes));
-    unsigned char* resized = nullptr;
-    unsigned long size = 0;
-    const auto code = CxImageProcessor().ResizeImage(&param, frame.data(), resized, size, {48, 31});
-    Note("resize", Answered::Take(code, resized, size));
-}
-
-void Visit::MakeObject() {
-    const Bytes frame = PromisedFrame();
-    _USER_SETTING_INFO settings;
-    settings.compressionType = Form();
-    CxDcmMaker maker;
-    if (frame.empty() || maker.DcmMakerInit(&Header(), &settings, nullptr) != QVM_SUCCESS) return;
-    auto handed = std::make_unique<unsigned char[]>(frame.size());
-    std::ranges::copy(frame, handed.get());
-    if (maker.AddFrame(handed.get()) != QVM_SUCCESS) return;
-    static_cast<void>(handed.release());
-    CDcmObject* made = nullptr;
-    const auto code = maker.MakeDcmObject(made);
-    const std::unique_ptr<CDcmObject> object(made);
-    Note("new object", code, DigestOfMade(object.get()));
-}
-
-void Visit::MakeState() {
-    CDcmObject& image = Header();
-    Record record;
-    record.imageColumns = NumberOf(image, tag::kColumns);
-    record.imageRows = NumberOf(image, tag::kRows);
-    const int isRead = CXGSPSObject().GSPSApplier(&image, &record, CString(), -1);
-    Note("read presentation", isRead, DigestOfRecord(record));
-    record.objectKind = 1;
-    record.referencedSOPInstanceUID = Read<CString>(image, tag::kSOPInstanceUID).value_or("");
-    record.referencedFrameNumber = -1;
-    record.imageRotation = 90;
-    record.shutterType = 1;
-    record.shutterRadius = 10;
-    CXGSPSInfo* records[] = {&record};
-    CDcmObject* made = nullptr;
-    const int isMade = CXGSPSObject().MakeGSPSObject(&image, records, 1, made);
-    const std::unique_ptr<CDcmObject> state(made);
-    Note("make state", isMade, DigestOfMade(state.get()));
-    CXDIPP pipeline;
-    if (!state || pipeline.Initialize(&app_, path_, kView, 0) != QVM_SUCCESS) return;
-    pipeline.ApllyGSPSObject(&app_, state.get());
-    pipeline.ShowShutter(1);
-    NoteView("render under the state", pipeline);
-}
 
 }  // namespace
 

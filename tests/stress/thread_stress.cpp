@@ -2,9 +2,12 @@
 // gets. Then one CXWindowing in several threads. Meant for the thread sanitizer.
 // Usage: quorvex_threads FILE|FOLDER...
 #include "file_work.h"
+#include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CXWindowing.h"
 #include "tests/support/corpus.h"
-#include "windowing_stress.h"
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <thread>
@@ -37,6 +40,106 @@ std::vector<AllResults> WorkInThreads(const std::vector<std::filesystem::path>& 
         });
     threads.clear();
     return results;
+}
+
+// --- One CXWindowing: pairs stay pairs, tables are those of one window, no step is lost ----------
+
+constexpr int kWindowThreads = 4;
+constexpr int kRounds = 400;
+constexpr int kHighest = 4095;
+constexpr int kWindows = 16;
+
+using Table = std::vector<unsigned char>;
+
+int LevelOf(int width) {
+    return 3 * width - 7;
+}
+
+void SetWindow(CXWindowing& windowing, int window) {
+    const int width = 100 + 200 * window;
+    int widthAndLevel[] = {width, LevelOf(width)};
+    windowing.SetValue(CXWindowing::kWindow, widthAndLevel, nullptr);
+}
+
+struct Prepared : CXWindowing {
+    Prepared() {
+        CXGSPSInfo info;
+        info.pixelBitDepth = 12;
+        PrepareGSPSProcessing2(&info, 0, kHighest);
+        SetWindow(*this, 0);
+    }
+};
+
+struct Window {
+    explicit Window(CXWindowing& windowing) { windowing.GetWindowingFactor(width, level); }
+    bool operator==(const Window&) const = default;
+    int width = 0;
+    int level = 0;
+};
+
+Table TableOf(CXWindowing& windowing) {
+    Table table(kHighest + 1);
+    windowing.GetValue(CXWindowing::kDisplayTable, table.data(), nullptr);
+    return table;
+}
+
+/// Half of the threads write windows, the others read them, by copies of the object too.
+bool WindowsStayWhole() {
+    Prepared windowing;
+    std::vector<Table> tables;
+    for (int window = 0; window < kWindows; ++window) {
+        SetWindow(windowing, window);
+        tables.push_back(TableOf(windowing));
+    }
+    const auto isWhole = [&](CXWindowing& seen) {
+        const Window window(seen);
+        return window.level == LevelOf(window.width) &&
+               std::ranges::find(tables, TableOf(seen)) != tables.end();
+    };
+    std::atomic<bool> areWhole = true;
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < kWindowThreads; ++thread) {
+        threads.emplace_back([&, thread] {
+            for (int round = 0; round < kRounds; ++round)
+                SetWindow(windowing, (round * 5 + thread) % kWindows);
+        });
+        threads.emplace_back([&] {
+            for (int round = 0; round < kRounds / 4; ++round) {
+                CXWindowing copy(windowing);
+                if (!isWhole(windowing) || !isWhole(copy)) areWhole = false;
+            }
+        });
+    }
+    threads.clear();
+    return areWhole;
+}
+
+/// Every thread steps up and down and turns the inversion on and off: all of it must add up.
+bool NoStepIsLost() {
+    Prepared windowing;
+    const Window before(windowing);
+    const Table table = TableOf(windowing);
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < kWindowThreads; ++thread) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < kRounds; ++round) {
+                int step = 3;
+                windowing.SetValue(CXWindowing::kWindowLevel, &step, nullptr);
+                windowing.SetValue(CXWindowing::kInversion, &step, nullptr);
+                windowing.ChangeWLByOffset(3);
+                windowing.ChangeWWByOffset(-1);
+                windowing.ChangeWWByOffset(1);
+            }
+        });
+    }
+    threads.clear();
+    return Window(windowing) == before && TableOf(windowing) == table;
+}
+
+/// Changes and reads one object from several threads at once; gives what was wrong.
+std::string StressWindowing() {
+    if (!WindowsStayWhole()) return "a window or a table was read half changed";
+    return NoStepIsLost() ? "" : "a step of the window was lost";
 }
 
 int Main(const std::vector<std::filesystem::path>& places) {

@@ -1,5 +1,8 @@
 #include "tests/support/answers.h"
 
+#include "quorvex/Attributes.h"
+#include "quorvex/Tags.h"
+
 #include <memory>
 
 namespace quorvex::test {
@@ -65,6 +68,24 @@ Answered DrawnOf(CXDIPP& image, CSize size, int bytesPerPixel) {
     CDC context(&surface);
     const auto code = image.Draw(&context);
     return {code, std::move(pixels)};
+}
+
+_IMAGE_PROCESS_PARAM ParamOf(const CDcmObject& object) {
+    const auto word = [&](std::uint32_t tag) {
+        return static_cast<std::uint16_t>(Read<int>(object, tag).value_or(0));
+    };
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    object.GetTransferSyntax(syntax);
+    _IMAGE_PROCESS_PARAM param;
+    param.transferSyntax = syntax;
+    param.samplesPerPixel = word(tag::kSamplesPerPixel);
+    param.photometric = Read<CString>(object, tag::kPhotometricInterpretation).value_or("");
+    param.planarConfiguration = word(tag::kPlanarConfiguration);
+    param.rows = word(tag::kRows);
+    param.columns = word(tag::kColumns);
+    param.bitsAllocated = word(tag::kBitsAllocated);
+    param.pixelRepresentation = word(tag::kPixelRepresentation);
+    return param;
 }
 
 Answered DecodedOf(_IMAGE_PROCESS_PARAM param, std::span<unsigned char> stream,

@@ -62,6 +62,9 @@ Answered DrawnOf(CXDIPP& image, CSize size, int bytesPerPixel = 3);
 
 // --- Codec ---------------------------------------------------------------------------------------
 
+/// The record of an object's stored frames.
+_IMAGE_PROCESS_PARAM ParamOf(const CDcmObject& object);
+
 Answered DecodedOf(_IMAGE_PROCESS_PARAM param, std::span<unsigned char> stream,
                    bool isUnsignedOnly = false);
 Answered CodedOf(_IMAGE_PROCESS_PARAM param, std::span<unsigned char> pixels,

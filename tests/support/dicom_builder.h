@@ -28,6 +28,10 @@ inline void Append(Bytes& bytes, const Bytes& tail) {
     bytes.insert(bytes.end(), tail.begin(), tail.end());
 }
 
+inline Bytes Beginning(const Bytes& bytes, std::size_t count) {
+    return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count)};
+}
+
 /// What the header of an image says.
 struct ImageFacts {
     unsigned rows = 2;
