@@ -11,18 +11,49 @@
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/CxPaletteLUT.h"
 #include "tests/faults/fault_kinds.h"
-#include "tests/faults/given_block.h"
 #include "tests/presentation/presentation_objects.h"
 #include "tests/support/scratch_folder.h"
 
 #include <array>
 #include <memory>
 #include <optional>
+#include <utility>
 
 namespace quorvex::test {
 
 inline constexpr CSize kKindSize = {36, 20};
 inline constexpr CSize kView = {80, 60};
+
+/// What an operation hands over, given back in time.
+struct GivenBlock {
+    GivenBlock() = default;
+    GivenBlock(const GivenBlock&) = delete;
+    GivenBlock& operator=(const GivenBlock&) = delete;
+    ~GivenBlock() { Drop(); }
+
+    void Drop() { delete[] std::exchange(data, nullptr); }
+    [[nodiscard]] std::string Look() const {
+        if (data == nullptr) return "no block";
+        return {data, data + size};
+    }
+
+    unsigned char* data = nullptr;
+    unsigned long size = 0;
+};
+
+/// A text for operations that take it by value: copies of it are made ahead, as a host would.
+class GivenText {
+public:
+    explicit GivenText(const CString& text) : copies_(6, text) {}
+    [[nodiscard]] CString Give() {
+        CString copy = std::move(copies_.back());
+        copies_.pop_back();
+        return copy;
+    }
+
+private:
+    std::vector<CString> copies_;
+};
 
 /// Of one kind; every part is empty until an operation or its preparation fills it.
 struct Host {

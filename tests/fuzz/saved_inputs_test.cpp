@@ -1,9 +1,8 @@
 // The fuzz targets without a fuzzer: small pictures and every input that once found something,
 // whole and cut, and some mutations of them. A target answers a fault by ending the process.
-#include "tests/support/memory_file.h"
+#include "tests/support/corpus.h"
+#include "tests/support/dicom_builder.h"
 
-#include <algorithm>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <iostream>
 #include <random>
@@ -18,8 +17,6 @@
 namespace quorvex::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 struct Target {
     const char* name;
     int (*run)(const std::uint8_t* data, std::size_t size);
@@ -31,13 +28,8 @@ constexpr Target kTargets[] = {
 #undef QUORVEX_FUZZ_TARGET
 };
 
-std::vector<fs::path> InputsOf(const char* target) {
-    std::vector<fs::path> inputs;
-    const fs::path folder = fs::path(QUORVEX_SOURCE_DIR) / "tests/data" / target;
-    if (!fs::is_directory(folder)) return inputs;
-    for (const auto& entry : fs::directory_iterator(folder)) inputs.push_back(entry.path());
-    std::sort(inputs.begin(), inputs.end());
-    return inputs;
+std::vector<std::filesystem::path> InputsOf(const std::string& target) {
+    return FilesIn({QUORVEX_SOURCE_DIR "/tests/data/" + target});
 }
 
 class FuzzTargets : public testing::TestWithParam<Target> {};
@@ -48,9 +40,7 @@ TEST_P(FuzzTargets, BearSavedInputs) {
         std::cout << path.filename().string() << std::endl;  // the last one is it if this ends here
         const auto bytes = BytesOfFile(path);
         for (std::size_t cut = 0; cut < kCuts; ++cut) {
-            const std::size_t length = bytes.size() - bytes.size() * cut / kCuts;
-            const std::vector<std::uint8_t> input(
-                bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(length));
+            const auto input = Beginning(bytes, bytes.size() - bytes.size() * cut / kCuts);
             EXPECT_EQ(GetParam().run(input.data(), input.size()), 0);
         }
     }
