@@ -1,16 +1,7 @@
 // Every public operation with arguments that make no sense, on objects that hold nothing yet: a
 // code each time, no exception, no end of the process.
-#include "quorvex/CLData.h"
-#include "quorvex/CXDIPP.h"
-#include "quorvex/CXGSPSInfo.h"
-#include "quorvex/CXGSPSObject.h"
-#include "quorvex/CXImageCreator.h"
-#include "quorvex/CXWindowing.h"
-#include "quorvex/CxDcmMaker.h"
-#include "quorvex/CxDcmParser.h"
-#include "quorvex/CxImageProcessor.h"
-#include "quorvex/CxPaletteLUT.h"
 #include "quorvex/Tags.h"
+#include "tests/faults/host.h"
 
 #include <climits>
 #include <cstdio>
@@ -21,6 +12,8 @@
 
 namespace quorvex {
 namespace {
+
+using namespace test;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -33,13 +26,6 @@ constexpr const char* kNoText = nullptr;
 constexpr const char16_t* kNoWideText = nullptr;
 
 const char* running = "";
-
-bool IsDone(QUORVEX_MESSAGE code) {
-    return code == QVM_SUCCESS;
-}
-bool IsDone(int result) {
-    return result == kDcmSuccess;
-}
 
 template <class Call>
 void Expect(const char* text, bool expected, Call call) {
@@ -55,7 +41,10 @@ void Expect(const char* text, bool expected, Call call) {
     Expect(#__VA_ARGS__, true, [&] { return static_cast<void>(__VA_ARGS__), true; })
 
 /// All that the calls work on: empty, and used by one after the other.
-struct Bench {
+struct Bench : Host {
+    static inline const Kind kNothing;
+    Bench() : Host(kNothing) {}
+
     void CallValues();
     void CallObject();
     void CallParser();
@@ -65,33 +54,13 @@ struct Bench {
     void CallWindowing();
     void CallMaker();
 
-    CDcmApp app;
-    CDcmObject object;
-    CDcmItem item;
-    CxDcmParser parser;
-    CxImageProcessor processor;
-    CxPaletteLUT lut{0};
-    CXWindowing windowing;
-    CXImageCreator creator;
-    CXGSPSInfo info;
-    CXGSPSObject states;
-    CXDIPP dipp;
-    CxDcmMaker maker;
-    CLData data;
-    _IMAGE_PROCESS_PARAM param;
-
     CDcmApp* noApp = nullptr;
     CDcmObject* noObject = nullptr;
     CDcmItem* noItem = nullptr;
     CXGSPSInfo* noInfo = nullptr;
-    unsigned char* block = nullptr;
-    unsigned long size = 0;
     unsigned short word = 0;
-    int number = 0;
-    double real = 0;
-    CString text;
-    CDcmObject* made = nullptr;
-    tagBITMAPINFOHEADER* bitmap = nullptr;
+    CDcmObject* result = nullptr;
+    tagBITMAPINFOHEADER* header = nullptr;
 };
 
 void Bench::CallValues() {
@@ -115,16 +84,16 @@ void Bench::CallValues() {
 void Bench::CallObject() {
     for (const auto tag : kWorstTags) {
         REFUSED(object.GetValue(tag, word));
-        REFUSED(object.GetNextValue(tag, number));
+        REFUSED(object.GetNextValue(tag, count));
         REFUSED(object.GetNextValue(tag, text, INT_MIN));
         REFUSED(object.GetValue(tag, item));
         REFUSED(object.GetNextValue(tag, item));
     }
     for (const int n : kWorstInts) {
-        REFUSED(object.GetValueLength(tag::kRows, n, size));
+        REFUSED(object.GetValueLength(tag::kRows, n, length));
         REFUSED(object.SetValueEx(tag::kPixelData, n, nullptr, nullptr));
     }
-    REFUSED(object.GetValueCount(0, number));
+    REFUSED(object.GetValueCount(0, count));
     REFUSED(object.GetValue(tag::kPixelData, nullptr, nullptr));
     REFUSED(object.SetValue(tag::kPixelData, nullptr, nullptr));
     REFUSED(object.SetValue(tag::kReferencedImageSequence, noItem));
@@ -160,49 +129,51 @@ void Bench::CallParser() {
     REFUSED(parser.Initialize(&app, nullptr, nullptr, 0, 0));
     REFUSED(parser.Initialize(&app, nullptr, nullptr, ULONG_MAX, ULONG_MAX));
     for (const int n : kWorstInts) {
-        REFUSED(parser.GetAFrame(n, block, size, ULONG_MAX));
-        REFUSED(parser.GetAFrameOffsetSize(n, size, size));
+        REFUSED(parser.GetAFrame(n, block.data, length, ULONG_MAX));
+        REFUSED(parser.GetAFrameOffsetSize(n, length, length));
         HOLDS(lut.Lookup(n) == 0);
     }
-    REFUSED(parser.GetAFrame(ULONG_MAX, ULONG_MAX, block));
-    REFUSED(parser.GetAFrame(0UL, 1UL, block));
+    REFUSED(parser.GetAFrame(ULONG_MAX, ULONG_MAX, block.data));
+    REFUSED(parser.GetAFrame(0UL, 1UL, block.data));
     HOLDS(parser.GetFrameCount() == 0);
-    REFUSED(parser.GetRGBBufferFromPaletteImage(nullptr, 0, 65535, word, word, text, block, 0));
-    REFUSED(parser.GetRGBBufferFromPaletteImage(nullptr, 1, 1, word, word, text, block, 0));
+    REFUSED(
+        parser.GetRGBBufferFromPaletteImage(nullptr, 0, 65535, word, word, text, block.data, 0));
+    REFUSED(parser.GetRGBBufferFromPaletteImage(nullptr, 1, 1, word, word, text, block.data, 0));
     for (const CSize bad : kWorstSizes) {
-        REFUSED(parser.MakeThumbNail(-1, bad, static_cast<QUORVEX_XFERSYNTAX>(77), 0, block, size,
-                                     bitmap, size, 65535));
-        REFUSED(parser.MakeThumbNail(0, bad, kXferUncompressed, 0, block, size, bitmap, size, 1));
+        REFUSED(parser.MakeThumbNail(-1, bad, static_cast<QUORVEX_XFERSYNTAX>(77), 0, block.data,
+                                     length, header, length, 65535));
+        REFUSED(parser.MakeThumbNail(0, bad, kXferUncompressed, 0, block.data, length, header,
+                                     length, 1));
     }
-    HOLDS(CxDcmParser::GetSliceLocation(nullptr, real) == 0);
+    HOLDS(CxDcmParser::GetSliceLocation(nullptr, location) == 0);
     RETURNS(parser.Initialize(&app, &object, nullptr, 0, 0));
-    for (const int n : kWorstInts) REFUSED(parser.GetAFrame(n, block, size, 0));
+    for (const int n : kWorstInts) REFUSED(parser.GetAFrame(n, block.data, length, 0));
     HOLDS(lut.LoadLUT(nullptr, 0, 0, 1) == 0);
     HOLDS(lut.LoadLUT(&object, ULONG_MAX, ULONG_MAX, -1) == 0);
 }
 
 void Bench::CallProcessor() {
-    REFUSED(processor.DecompressFrameData(nullptr, nullptr, 0, block, size, 0));
-    REFUSED(processor.DecompressFrameData(&param, nullptr, ULONG_MAX, block, size, 0));
-    REFUSED(processor.DecompressFrameData(&param, nullptr, 0, block, size, -1));
-    for (const unsigned long length : {0UL, ULONG_MAX}) {
-        REFUSED(processor.DecompressBlindJPEGData(nullptr, length, block, size, word, word, word,
-                                                  word, word));
-        REFUSED(processor.DecompressBlindJP2KData(nullptr, length, block, size, word, word, word,
-                                                  word, word));
-        REFUSED(processor.CompressFrameData(nullptr, nullptr, length, block, size));
-        REFUSED(processor.CompressFrameData(&param, nullptr, length, block, size));
-        RETURNS(processor.CompressRawImage2Jp2File(nullptr, nullptr, length, block, size));
-        RETURNS(processor.CompressRawImage2Jp2File(&param, nullptr, length, block, size));
-        HOLDS(block == nullptr);
+    REFUSED(processor.DecompressFrameData(nullptr, nullptr, 0, block.data, length, 0));
+    REFUSED(processor.DecompressFrameData(&param, nullptr, ULONG_MAX, block.data, length, 0));
+    REFUSED(processor.DecompressFrameData(&param, nullptr, 0, block.data, length, -1));
+    for (const unsigned long given : {0UL, ULONG_MAX}) {
+        REFUSED(processor.DecompressBlindJPEGData(nullptr, given, block.data, length, word, word,
+                                                  word, word, word));
+        REFUSED(processor.DecompressBlindJP2KData(nullptr, given, block.data, length, word, word,
+                                                  word, word, word));
+        REFUSED(processor.CompressFrameData(nullptr, nullptr, given, block.data, length));
+        REFUSED(processor.CompressFrameData(&param, nullptr, given, block.data, length));
+        RETURNS(processor.CompressRawImage2Jp2File(nullptr, nullptr, given, block.data, length));
+        RETURNS(processor.CompressRawImage2Jp2File(&param, nullptr, given, block.data, length));
+        HOLDS(block.data == nullptr);
     }
-    REFUSED(processor.CompressFrameData(&param, nullptr, 9, block, size));
-    RETURNS(processor.FlipColorImage(nullptr, nullptr, block));
-    REFUSED(processor.ConvertYBRToRGB(nullptr, nullptr, block));
-    REFUSED(processor.ConvertYBRToRGB(&param, nullptr, block));
+    REFUSED(processor.CompressFrameData(&param, nullptr, 9, block.data, length));
+    RETURNS(processor.FlipColorImage(nullptr, nullptr, block.data));
+    REFUSED(processor.ConvertYBRToRGB(nullptr, nullptr, block.data));
+    REFUSED(processor.ConvertYBRToRGB(&param, nullptr, block.data));
     for (const CSize bad : kWorstSizes) {
-        REFUSED(processor.ResizeImage(nullptr, nullptr, block, size, bad));
-        REFUSED(processor.ResizeImage(&param, nullptr, block, size, bad));
+        REFUSED(processor.ResizeImage(nullptr, nullptr, block.data, length, bad));
+        REFUSED(processor.ResizeImage(&param, nullptr, block.data, length, bad));
     }
 }
 
@@ -216,7 +187,7 @@ void Bench::CallDisplay() {
         REFUSED(dipp.Initialize(nullptr, bad, bad, -1, INT_MIN, INT_MAX, 9));
         REFUSED(dipp.Initialize(nullptr, nullptr, bad, 0, 0, INT_MIN));
         REFUSED(dipp.Initialize(nullptr, nullptr, bad, 1, 0, 2));
-        REFUSED(dipp.Initialize(&object, &data, bad, 0, 0, 5));
+        REFUSED(dipp.Initialize(&object, &volume, bad, 0, 0, 5));
         REFUSED(dipp.Initialize(static_cast<CLData*>(nullptr), bad, 0, 0));
         REFUSED(dipp.Initialize(&app, bad, INT_MIN));
     }
@@ -240,21 +211,21 @@ void Bench::CallDisplay() {
     TAKEN(dipp.Inverse());
     CSize resultSize;
     CDC empty;
-    TAKEN(dipp.GetResultImage(block, INT_MAX));
+    TAKEN(dipp.GetResultImage(block.data, INT_MAX));
     REFUSED(dipp.Render());
     REFUSED(dipp.Draw(nullptr));
     REFUSED(dipp.Draw(&empty));
-    REFUSED(dipp.GetResultImageInfo(resultSize, number));
+    REFUSED(dipp.GetResultImageInfo(resultSize, count));
 }
 
 void Bench::CallOverlays() {
-    RETURNS(dipp.MakeOverlayImage(nullptr, nullptr, nullptr, size, word, 0));
-    RETURNS(dipp.MakeOverlayImage2(&object, nullptr, nullptr, size, word, 0, 0, 0, 0, 0, 0));
-    REFUSED(dipp.MakeSPCOverlay(nullptr, nullptr, block, size));
-    REFUSED(dipp.MakeSPCOverlayForMPR(&object, nullptr, 65535, 65535, block, size));
-    REFUSED(dipp.MakePaletteColorImage(&object, nullptr, block, size, word));
-    REFUSED(dipp.MakePaletteColorImage(nullptr, nullptr, block, size, word));
-    REFUSED(MakeEmbeddedOverlayPlane(nullptr, nullptr, ULONG_MAX, block, size));
+    RETURNS(dipp.MakeOverlayImage(nullptr, nullptr, nullptr, length, word, 0));
+    RETURNS(dipp.MakeOverlayImage2(&object, nullptr, nullptr, length, word, 0, 0, 0, 0, 0, 0));
+    REFUSED(dipp.MakeSPCOverlay(nullptr, nullptr, block.data, length));
+    REFUSED(dipp.MakeSPCOverlayForMPR(&object, nullptr, 65535, 65535, block.data, length));
+    REFUSED(dipp.MakePaletteColorImage(&object, nullptr, block.data, length, word));
+    REFUSED(dipp.MakePaletteColorImage(nullptr, nullptr, block.data, length, word));
+    REFUSED(MakeEmbeddedOverlayPlane(nullptr, nullptr, ULONG_MAX, block.data, length));
 }
 
 void Bench::CallWindowing() {
@@ -262,13 +233,13 @@ void Bench::CallWindowing() {
     RETURNS(windowing.SetPostIntercept(kInfinity));
     RETURNS(windowing.PrepareGSPSProcessing(nullptr));
     RETURNS(windowing.PrepareGSPSProcessing2(nullptr, INT_MAX, INT_MIN));
-    RETURNS(windowing.PrepareGSPSProcessing2(&info, INT_MAX, INT_MIN));
-    RETURNS(windowing.PrepareGSPSProcessing2(&info, INT_MIN, INT_MAX));
+    RETURNS(windowing.PrepareGSPSProcessing2(records.data(), INT_MAX, INT_MIN));
+    RETURNS(windowing.PrepareGSPSProcessing2(records.data(), INT_MIN, INT_MAX));
     for (const int n : kWorstInts) {
         RETURNS(windowing.ChangeWLByOffset(n));
         RETURNS(windowing.ChangeWWByOffset(n));
         const auto selector = static_cast<unsigned>(n) | 16U;
-        HOLDS(windowing.GetValue(selector, &number, nullptr) == 4);
+        HOLDS(windowing.GetValue(selector, &count, nullptr) == 4);
         HOLDS(windowing.GetValue(CXWindowing::kDisplayTable, nullptr, nullptr) == 4);
         HOLDS(windowing.SetValue(selector, nullptr, nullptr) == 4);
     }
@@ -290,24 +261,24 @@ void Bench::CallWindowing() {
 
 void Bench::CallMaker() {
     for (unsigned selector = 0; selector < 9; ++selector)
-        RETURNS(states.GetGSPSModule(selector, nullptr, nullptr));
-    REFUSED(states.GSPSApplier(nullptr, nullptr, "", INT_MIN));
-    REFUSED(states.GSPSApplier(nullptr, &info, "", -1));
-    REFUSED(states.MakeGSPSObject(nullptr, nullptr, -1, made));
-    REFUSED(states.MakeGSPSObject(nullptr, nullptr, 0, made));
-    REFUSED(states.MakeGSPSObject(&object, &noInfo, 1, made));
-    REFUSED(states.MakeGSPSObject(&object, nullptr, INT_MAX, made));
+        RETURNS(reader.GetGSPSModule(selector, nullptr, nullptr));
+    REFUSED(reader.GSPSApplier(nullptr, nullptr, "", INT_MIN));
+    REFUSED(reader.GSPSApplier(nullptr, records.data(), "", -1));
+    REFUSED(reader.MakeGSPSObject(nullptr, nullptr, -1, result));
+    REFUSED(reader.MakeGSPSObject(nullptr, nullptr, 0, result));
+    REFUSED(reader.MakeGSPSObject(&object, &noInfo, 1, result));
+    REFUSED(reader.MakeGSPSObject(&object, nullptr, INT_MAX, result));
 
     RETURNS(maker.MakeDcmSkeleton(nullptr, nullptr));
     RETURNS(maker.UpdateUserSettingInfo(noInfo, nullptr));
     REFUSED(maker.AddFrame(nullptr));
-    REFUSED(maker.MakeDcmObject(made));
+    REFUSED(maker.MakeDcmObject(result));
     REFUSED(maker.DcmMakerInit(nullptr, nullptr, nullptr));
     TAKEN(maker.DcmMakerInit(&object, nullptr, nullptr));
-    REFUSED(maker.MakeDcmObject(made));
+    REFUSED(maker.MakeDcmObject(result));
     TAKEN(maker.AddFrame(nullptr));
-    REFUSED(maker.MakeDcmObject(made));
-    REFUSED(maker.MakeDcmObject(nullptr, nullptr, nullptr, nullptr, made));
+    REFUSED(maker.MakeDcmObject(result));
+    REFUSED(maker.MakeDcmObject(nullptr, nullptr, nullptr, nullptr, result));
     REFUSED(maker.MakeDcmObject(noApp, noObject, nullptr));
     REFUSED(maker.MakeDcmObject(&app, noObject, nullptr));
     REFUSED(maker.MakeDcmObject(&app, &object, nullptr));
@@ -330,9 +301,9 @@ TEST(BadArguments, GetCodesFromEveryOperation) {
         bench.CallOverlays();
         bench.CallWindowing();
         bench.CallMaker();
-        EXPECT_EQ(bench.made, nullptr);
-        EXPECT_EQ(bench.block, nullptr);
-        EXPECT_EQ(bench.bitmap, nullptr);
+        EXPECT_EQ(bench.result, nullptr);
+        EXPECT_EQ(bench.block.data, nullptr);
+        EXPECT_EQ(bench.header, nullptr);
     }
     std::set_terminate(former);
 }
