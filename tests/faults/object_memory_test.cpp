@@ -199,9 +199,9 @@ bool MakeOfTwoFrames(Host& s) {
     return IsDone(answer);
 }
 
-#define OF_BYTES "colour|palette|RLE colour|JPEG baseline|JPEG 2000"
-constexpr How kOfBytes = On(OF_BYTES, Leaves::kUsable);
-constexpr How kOfWords = NotOn(OF_BYTES "|presentation state", Leaves::kUsable);
+constexpr How kOfBytes = On("colour|palette|RLE colour|JPEG baseline|JPEG 2000", Leaves::kUsable);
+constexpr How kOfWords =
+    NotOn("colour|palette|RLE colour|JPEG baseline|JPEG 2000|presentation state", Leaves::kUsable);
 
 constexpr Operation kMakers[] = {
     {"CxDcmMaker::MakeDcmSkeleton", kOnAll, SeenMade,

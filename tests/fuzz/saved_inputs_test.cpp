@@ -48,9 +48,8 @@ TEST_P(FuzzTargets, BearSavedInputs) {
 
 void Change(std::vector<unsigned char>& bytes, std::mt19937& random) {
     if (bytes.empty()) bytes.resize(64);
-    for (unsigned i = random() % 8; i > 0; --i) {
+    for (unsigned i = random() % 8; i > 0; --i)
         bytes[random() % bytes.size()] = static_cast<unsigned char>(random());
-    }
     if (random() % 4 == 0) bytes.insert(bytes.end(), random() % 32, 0x55);
 }
 

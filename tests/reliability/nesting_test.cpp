@@ -44,9 +44,8 @@ DicomBuilder NestedFile(const Nesting& nesting, int levels) {
         file.Sequence(tag::kReferencedImageSequence, nesting.isUndefined ? 0xFFFFFFFF : inside + 8);
         file.Item(nesting.isUndefined ? 0xFFFFFFFF : inside);
     }
-    for (int level = 0; nesting.isUndefined && nesting.isClosed && level < levels; ++level) {
+    for (int level = 0; nesting.isUndefined && nesting.isClosed && level < levels; ++level)
         file.EndItem().EndSequence();
-    }
     return std::move(file.Add(tag::kPatientName, "PN", "A^B "));
 }
 

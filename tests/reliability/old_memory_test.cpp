@@ -37,9 +37,8 @@ void ExpectSameTwice(const std::string& what, Ask ask) {
 /// Cuts of a frame: fragments of odd lengths would be padded, so lengths are even.
 std::vector<Bytes> CutsOf(const Bytes& frame) {
     std::vector<Bytes> cuts;
-    for (std::size_t part = 0; part <= 16; ++part) {
+    for (std::size_t part = 0; part <= 16; ++part)
         cuts.push_back(Beginning(frame, frame.size() * part / 16 / 2 * 2));
-    }
     for (std::size_t at = frame.size() / 3; at < frame.size(); at += frame.size() / 5) {
         cuts.push_back(frame);
         cuts.back()[at] ^= 0x55;

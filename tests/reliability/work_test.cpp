@@ -98,9 +98,8 @@ DicomBuilder Annotations(int objects, int points) {
     for (int i = 0; i < objects; ++i) {
         file.Item().Add(0x00700005, "CS", "PIXEL ").Us(0x00700020, 2);
         file.Header(0x00700022, "UN", static_cast<std::uint32_t>(8 * points));
-        for (int p = 0; p < points; ++p) {
+        for (int p = 0; p < points; ++p)
             file.Number(p % 2 == 0 ? 0x00000000 : 0x41700000, 4).Number(0x41000000, 4);
-        }
         file.Add(tag::kGraphicType, "CS", i % 2 == 0 ? "POLYLINE" : "INTERPOLATED");
         file.Add(0x00700024, "CS", "Y ").EndItem();
     }

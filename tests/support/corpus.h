@@ -36,9 +36,8 @@ inline std::vector<std::filesystem::path> FilesIn(
         if (fs::is_regular_file(place)) files.push_back(place);
         if (!fs::is_directory(place)) continue;
         for (const auto& entry : fs::recursive_directory_iterator(place)) {
-            if (entry.is_regular_file() && !detail::IsOtherKind(entry.path())) {
+            if (entry.is_regular_file() && !detail::IsOtherKind(entry.path()))
                 files.push_back(entry.path());
-            }
         }
     }
     std::sort(files.begin(), files.end());
