@@ -102,12 +102,13 @@ TEST(VolumeImage, ExpandsAPalette) {
 
 TEST(VolumeImage, ShowsASupplementalPaletteOverGrey) {
     CDcmObject object = Picture({4, 2}, 8);
-    AddPalette(object, {200, {250, 0}}, {200, {0, 100}}, {200, {5, 0}}, 8);
-    TestVolume volume({4, 2}, 8, {0, 50, 199, 202, 200, 201, 100, 255});
+    AddPalette(object, {200, {250, 0, 0}}, {200, {0, 100, 0}}, {200, {5, 0, 0}}, 8);
+    TestVolume volume({4, 2}, 8, {0, 50, 199, 202, 200, 201, 203, 255});
     CXDIPP dipp;
     const auto shown = Show(dipp, &object, volume, kSupplemental);
-    ExpectNear(shown, Values{0, 0, 0,   50, 50, 50, 199, 199, 199, 202, 202, 202,  //
-                             4, 0, 249, 0,  99, 0,  100, 100, 100, 255, 255, 255});
+    // The black of a palette is a colour, too: it is not the grey below.
+    ExpectNear(shown, Values{0, 0, 0,   50, 50, 50, 199, 199, 199, 1,   1,   1,  //
+                             4, 0, 249, 0,  99, 0,  203, 203, 203, 255, 255, 255});
 
     // Without an object the layer stays; over another size it is not drawn.
     EXPECT_EQ(Show(dipp, nullptr, volume, kSupplemental), shown);
@@ -130,6 +131,17 @@ TEST(VolumeImage, ScalesWideEntriesOfASupplementalPalette) {
     ASSERT_EQ(shown.size(), 12U);
     EXPECT_EQ(Values(shown.begin() + 3, shown.begin() + 9), (Values{254, 63, 127, 255, 255, 255}));
     EXPECT_NEAR(shown[9], 127, 2);
+}
+
+TEST(VolumeImage, ColoursNegativeValuesInATableThatEndsAbove0) {
+    CDcmObject object = test::With(Picture({4, 1}, 16), "PixelRepresentation=1");
+    AddPalette(object, {-100, Words(200, 0x8000)}, {-100, Words(200, 0x4000)},
+               {-100, Words(200, 0xFF00)}, 16);
+    TestVolume volume({4, 1}, 16, {0xC4, 0xFF, 99, 0, 100, 0, 0x9B, 0xFF});  // -60, 99, 100, -101
+    volume.data.pixelRepresentation = 1;
+    CXDIPP dipp;
+    ASSERT_EQ(dipp.Initialize(&object, &volume.data, kView, 255, -128, kSupplemental), QVM_SUCCESS);
+    ExpectNear(Shown(dipp), Values{254, 63, 127, 254, 63, 127, 100, 100, 100, 0, 0, 0});
 }
 
 TEST(VolumeImage, BurnsOverlaysIn) {
