@@ -174,6 +174,8 @@ TEST(ObjectWalk, LeavesBigEndianPiecesAsTheyAreOnlyWhereAsked) {
     EXPECT_EQ(walk(0, JoinPiece), kDcmSuccess);
     EXPECT_EQ(frames, (Texts{"\2\1", "\4\3", ""}));
     EXPECT_NE(walk(0, RefusePiece), kDcmSuccess);
+    EXPECT_NE(walk(0, PixelWalkCallback{}), kDcmSuccess);
+    EXPECT_NE(object.GetValueEx(&scratch, 0, value, 1, 0, 2, &frames, JoinPiece), kDcmSuccess);
     EXPECT_NE(object.GetValueEx(tag::kPixelData, &frames, test::JoinItem), kDcmSuccess);
     unsigned char item[] = {0xFE, 0xFF, 0x00, 0xE0, 0, 0, 0, 0};
     EXPECT_NE(CDcmObject().GetValueEx(nullptr, 8, item, 1, 0, 0, &frames, JoinPiece), kDcmSuccess);

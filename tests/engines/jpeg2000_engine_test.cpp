@@ -123,6 +123,15 @@ TEST(Jpeg2000Engine, HeadersThatAskForMoreThanTheirStreamHoldsAreRefused) {
         return PegasusQuery(parameters);
     };
     EXPECT_NE(query(BareHeader(512, 512, 1, {})), 0);
+    constexpr std::pair<const char*, std::pair<std::size_t, int>> kSpoilt[] = {
+        {"begins behind its end", {16, 1}}, {"no tiles", {26, 0}}, {"a tile inside", {35, 1}},
+        {"no components", {41, 0}},         {"no step", {43, 0}},  {"no step down", {44, 0}},
+        {"subsampled at once", {43, 2}}};
+    for (const auto& [what, change] : kSpoilt) {
+        ByteVector stream = BareHeader(512, 512, 1, {});
+        stream[change.first] = static_cast<unsigned char>(change.second);
+        EXPECT_EQ(query(stream), 0) << what;
+    }
     EXPECT_EQ(query(BareHeader(60000, 60000, 1, {})), 0) << "samples";
     EXPECT_EQ(query(BareHeader(4000, 10, 1, {})), 0) << "tiles";
     EXPECT_EQ(query(BareHeader(4000, 4000, 1, {0x00})), 0) << "precincts";

@@ -170,7 +170,10 @@ constexpr struct {
     {"9 bits", 4, 9, 0},
     {"no lines", 6, 0, 0},
     {"no components", 9, 0, 0},
+    {"no columns", 8, 0, 0},
     {"two components", 9, 2, 0},
+    {"arithmetic conditioning", 1, 0xCC, 0},
+    {"a header too short for its fixed part", 3, 7, 0},
     {"sampling 0", 11, 0x01, 0},
     {"sampling 5", 11, 0x51, 0},
     {"as it was", 4, 8, kJpegGrey},
@@ -183,6 +186,11 @@ TEST(JpegEngine, StreamsThatAreNotDecodedAreToldApart) {
         ByteVector other = stream;
         other.at(frame + c.place) = c.value;
         EXPECT_EQ(DecodeAll(other, {}).kind, c.kind) << c.what;
+    }
+    ByteVector lossless = Code(LosslessCoding(8, 8, 1, 8), Picture(8, 8, 1, 1, 8));
+    for (const int bits : {1, 17}) {
+        FindMarker(lossless, 0xC3)[4] = static_cast<unsigned char>(bits);
+        EXPECT_EQ(DecodeAll(lossless, {}).kind, 0) << bits;
     }
     EXPECT_EQ(DecodeAll({'B', 'M', 1, 2, 3, 4}, {}).kind, -1);
     EXPECT_EQ(DecodeAll({}, {}).kind, -1);

@@ -101,7 +101,7 @@ void Damage(ByteVector& stream, std::size_t from, std::minstd_rand& random) {
 TEST(LosslessDecoding, DamageComesOutAsTheLibraryHasIt) {
     std::minstd_rand random(4);
     int ours = 0;
-    for (int round = 0; round < 1300; ++round) {
+    for (int round = 0; round < 3000; ++round) {
         const LosslessShape shape = RandomShape(random);
         LosslessWriter writer(shape);
         // In the header, too, now and then.
@@ -148,6 +148,14 @@ TEST(LosslessDecoding, TablesThatAreNoPrefixCodeAreRefused) {
         EXPECT_EQ(outcome.isOpen && outcome.isOurs, c.isCode) << c.what;
         EXPECT_TRUE(outcome.IsLike(DecodeByLibrary(stream, *header, {}))) << c.what;
     }
+    // Four components are the library's, even where one table serves all.
+    LosslessShape inks{.columns = 8, .rows = 8, .samples = 4, .oneTable = true};
+    std::minstd_rand random(9);
+    inks.tables[0] = RandomTable(random);
+    const ByteVector stream = LosslessWriter(inks).Write(RandomValues(inks, 8, random));
+    const auto outcome = Decode(stream, *LosslessHeader(stream), {});
+    EXPECT_FALSE(outcome.isOurs);
+    EXPECT_EQ(outcome.lines, 8);
 }
 
 /// Samples of a kind, cut down to the precision.

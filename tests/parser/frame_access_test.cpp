@@ -31,6 +31,8 @@ Bytes Counting(std::size_t count) {
     return bytes;
 }
 
+const Bytes kItem = {0xFE, 0xFF, 0x00, 0xE0, 2, 0, 0, 0, 9, 9, 7, 7};
+
 /// Two pixels of a row, unless told otherwise.
 constexpr ImageFacts Row(const char* frames = nullptr, unsigned columns = 2, unsigned bits = 16) {
     return {.rows = 1, .columns = columns, .bits = bits, .frames = frames};
@@ -63,6 +65,7 @@ const struct {
     {"missing", Row("3"), Counting(6), 2, Refused(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA)},
     {"no rows", {.rows = 0}, Counting(8), 0, Refused(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA)},
     {"no columns", {.columns = 0}, Counting(8), 0, Refused(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA)},
+    {"like an item", Row("2", 3), kItem, 1, Done({0, 0, 9, 9, 7, 7})},
     {"like an item tag", Row(), {0xFE, 0xFF, 0x00, 0xE0}, 0, Done({0xFE, 0xFF, 0x00, 0xE0})},
 };
 
