@@ -12,7 +12,7 @@ namespace {
 
 /// What files of some kilobytes may cost: a few pictures of the size that any file may ask for.
 constexpr std::size_t kMostMemory = 8 * kPictureAllowance;
-constexpr double kMostSeconds = 1.0 * kSlowness;
+constexpr double kMostSeconds = 1.0;
 
 void ExpectCheap(const std::string& what, const DicomBuilder& file) {
     ExpectCost(

@@ -59,7 +59,7 @@ TEST(Nesting, AMillionLevelsOverflowNoStack) {
             (void)ReadUpTo(object, memory, kToTheEnd);
             (void)ReadBare(object, memory, kToTheEnd);
         };
-        ExpectCost(nesting.what, 4.0 * kSlowness, work, 20 * file.Size());
+        ExpectCost(nesting.what, 4.0, work, 20 * file.Size());
     }
 }
 

@@ -135,8 +135,7 @@ TEST(Work, GrowsWithTheFileAndNoFaster) {
     };
     for (const auto& c : cases) {
         const double megabytes = static_cast<double>(c.file.Size()) / 1e6;
-        ExpectCost(c.what, (1.0 + megabytes) * kSlowness,
-                   [&] { ThroughEverything(c.file.Bytes()); });
+        ExpectCost(c.what, 1.0 + megabytes, [&] { ThroughEverything(c.file.Bytes()); });
     }
 }
 
@@ -160,7 +159,7 @@ std::vector<unsigned char> ManyScans() {
 
 TEST(Work, ScansOfAJpegStreamAreCounted) {
     const auto stream = ManyScans();
-    ExpectCost("scans", 3 * kSlowness, [&] {
+    ExpectCost("scans", 3.0, [&] {
         auto source = stream;
         _IMAGE_PROCESS_PARAM param;
         param.transferSyntax = kJpegBaseline;
@@ -180,7 +179,7 @@ TEST(Work, AFrameCostsNoMoreThanItsFileIsLong) {
     const ImageClaim claim{.rows = "4", .columns = "4", .bits = "8", .frames = "300000"};
     for (const auto syntax : {kRleUid, kExplicitUid}) {
         const TemporaryFile file(HostileImage(claim, syntax, kFrames).Bytes());
-        ExpectCost(std::string(syntax), 2.0 * kSlowness, [&] {
+        ExpectCost(std::string(syntax), 2.0, [&] {
             CDcmApp app;
             CxDcmParser parser;
             (void)parser.Initialize(&app, file.Path(), 0);
