@@ -196,6 +196,7 @@ TEST(VoiLut, StandsAboveTheWindowAndFollowsTheInversion) {
 TEST(PresentationLut, IsSteppedThroughByTableIndex) {
     Words falling(4096);
     std::iota(falling.rbegin(), falling.rend(), std::uint16_t{0});
+    falling.back() = 0xFFF;
     Words three = {50, 60, 70};
     Record record(16);
     record.windowCenter = 128;
@@ -206,7 +207,8 @@ TEST(PresentationLut, IsSteppedThroughByTableIndex) {
     const Bytes table = DisplayTableOf(windowing);
     EXPECT_EQ(table.at(0), 255);
     EXPECT_EQ(table.at(100), (4095 - 1600) >> 4);
-    EXPECT_EQ(table.at(255), 0);
+    EXPECT_EQ(table.at(254), (4095 - 4064) >> 4);
+    EXPECT_EQ(table.at(255), 255) << "the last place has the last entry";
     windowing.SetValue(kInversion, nullptr, nullptr);  // has no effect here
     EXPECT_EQ(DisplayTableOf(windowing), table);
 
