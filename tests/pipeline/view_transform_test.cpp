@@ -145,7 +145,7 @@ TEST(ViewTransform, WindowUpdatesReachWindowing) {
     EXPECT_EQ(WindowOf(dipp), (CSize{420, 30}));
 }
 
-// --- An object that has rendered before shows what one shows that renders for the first time ------
+// --- An object that has rendered before shows what one shows that renders for the first time ----
 
 constexpr CSize kSmall{200, 200};
 constexpr CSize kLarge{310, 230};  // enough pixels for every way to map them
