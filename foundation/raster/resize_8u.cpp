@@ -79,7 +79,7 @@ bool IsHalving(const std::vector<ResizeTap>& taps) {
 }
 
 bool IsIdentity(const std::vector<ResizeTap>& taps) {
-    std::int32_t i = 0;
+    std::int32_t i = taps.front().first;
     return std::ranges::all_of(
         taps, [&i](const ResizeTap& tap) { return tap.first == i++ && tap.weight == 0; });
 }
@@ -89,14 +89,22 @@ bool IsIdentity(const std::vector<ResizeTap>& taps) {
 RowResizer::RowResizer(const ResizeShape& shape)
     : columns_(ResizeTaps(shape.source.cx, shape.destination.cx, shape.xFactor, kResizeWeightBits)),
       rows_(ResizeTaps(shape.source.cy, shape.destination.cy, shape.yFactor, kResizeWeightBits)) {
-    if (!IsUsable()) return;
+    if (IsUsable()) Plan(shape.source, shape.channels);
+}
+
+RowResizer::RowResizer(CSize source, CSize whole, const RasterRect& window, int channels)
+    : columns_(ResizeTapsOfPart(source.cx, whole.cx, window.x, window.width, kResizeWeightBits)),
+      rows_(ResizeTapsOfPart(source.cy, whole.cy, window.y, window.height, kResizeWeightBits)) {
+    Plan(source, channels);
+}
+
+void RowResizer::Plan(CSize source, int channelCount) {
     isCopy_ = IsIdentity(columns_) && IsIdentity(rows_);
-    isHalf_ =
-        (shape.channels == 1 || shape.channels == 3) && IsHalving(columns_) && IsHalving(rows_);
+    isHalf_ = (channelCount == 1 || channelCount == 3) && IsHalving(columns_) && IsHalving(rows_);
     if (isCopy_ || isHalf_) return;
-    const auto channels = static_cast<std::uint32_t>(shape.channels);
-    AddPairs(plan_, columns_, shape.source.cx, channels);
-    AddWindows(plan_, static_cast<std::size_t>(shape.source.cx) * channels);
+    const auto channels = static_cast<std::uint32_t>(channelCount);
+    AddPairs(plan_, columns_, source.cx, channels);
+    AddWindows(plan_, static_cast<std::size_t>(source.cx) * channels);
     upper_.samples.resize(PaddedRow(plan_.lefts.size()));
     lower_.samples.resize(PaddedRow(plan_.lefts.size()));
 }
@@ -116,10 +124,12 @@ void RowResizer::Run(const RowSource& rowAt, const PixelGrid<unsigned char>& des
 
 void RowResizer::CopyRows(const RowSource& rowAt,
                           const PixelGrid<unsigned char>& destination) const {
+    const int top = rows_.front().first;
     const int last = destination.size.cy - 1;
+    const auto skipped = std::ptrdiff_t{columns_.front().first} * destination.channels;
     for (int y = 0; y <= last; ++y) {
-        const unsigned char* const row = rowAt(y, std::min(y + 2, last));
-        std::memcpy(destination.Row(y).data(), row, destination.RowSamples());
+        const unsigned char* const row = rowAt(top + y, top + std::min(y + 2, last));
+        std::memcpy(destination.Row(y).data(), row + skipped, destination.RowSamples());
     }
 }
 

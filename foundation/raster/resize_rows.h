@@ -32,6 +32,8 @@ using RowSource = std::function<const unsigned char*(int y, int prefetch)>;
 class RowResizer {
 public:
     explicit RowResizer(const ResizeShape& shape);
+    /// Makes only the part `window` of an image that is resized from `source` to `whole`.
+    RowResizer(CSize source, CSize whole, const RasterRect& window, int channels);
 
     /// False for sizes or factors by which nothing can be resized.
     [[nodiscard]] bool IsUsable() const noexcept { return !columns_.empty() && !rows_.empty(); }
@@ -44,6 +46,7 @@ private:
         int y = -1;
         std::vector<std::uint16_t> samples;
     };
+    void Plan(CSize source, int channels);
     void CopyRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) const;
     void HalveAll(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) const;
     void Cache(const ResizeTap& tap, const ResizeTap& next, const RowSource& rowAt);

@@ -35,12 +35,12 @@ ResizeTap Clamped(std::int64_t first, std::uint64_t weight, int sourceLength, in
 /// A position as a whole number and a fraction, moved on by additions alone.
 class ExactPosition {
 public:
-    /// That of destination pixel 0: (source - destination) / (2 x destination).
-    ExactPosition(std::int64_t sourceLength, std::int64_t destinationLength)
+    /// That of destination pixel i: ((2 i + 1) x source - destination) / (2 x destination).
+    ExactPosition(std::int64_t sourceLength, std::int64_t destinationLength, std::int64_t i)
         : denominator_(2 * destinationLength),
           wholeStep_(sourceLength / destinationLength),
           fractionStep_(2 * (sourceLength % destinationLength)) {
-        const std::int64_t distance = sourceLength - destinationLength;
+        const std::int64_t distance = (2 * i + 1) * sourceLength - destinationLength;
         whole_ = distance < 0 ? -1 : distance / denominator_;
         fraction_ = distance - whole_ * denominator_;
     }
@@ -67,6 +67,16 @@ private:
     std::int64_t fraction_;
 };
 
+/// Fills `taps` with those of destination pixel `start` and of the ones behind it.
+void FillExactly(std::vector<ResizeTap>& taps, int sourceLength, int destinationLength, int start,
+                 int bits) {
+    ExactPosition position(sourceLength, destinationLength, start);
+    for (ResizeTap& tap : taps) {
+        tap = Clamped(position.Whole(), position.Weight(bits), sourceLength, bits);
+        position.Advance();
+    }
+}
+
 ResizeTap FactorTap(int i, int sourceLength, double factor, int bits) {
     const double position = (i + 0.5) / factor - 0.5;
     if (!(position > 0.0)) return {0, 0};
@@ -87,15 +97,18 @@ std::vector<ResizeTap> ResizeTaps(int sourceLength, int destinationLength, doubl
     }
     taps.resize(static_cast<std::size_t>(destinationLength));
     if (FillsDestination(sourceLength, destinationLength, factor)) {
-        ExactPosition position(sourceLength, destinationLength);
-        for (ResizeTap& tap : taps) {
-            tap = Clamped(position.Whole(), position.Weight(bits), sourceLength, bits);
-            position.Advance();
-        }
+        FillExactly(taps, sourceLength, destinationLength, 0, bits);
     } else {
         int i = 0;
         for (ResizeTap& tap : taps) tap = FactorTap(i++, sourceLength, factor, bits);
     }
+    return taps;
+}
+
+std::vector<ResizeTap> ResizeTapsOfPart(int sourceLength, int scaledLength, int start, int length,
+                                        int bits) {
+    std::vector<ResizeTap> taps(static_cast<std::size_t>(length));
+    FillExactly(taps, sourceLength, scaledLength, start, bits);
     return taps;
 }
 

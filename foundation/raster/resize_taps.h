@@ -24,4 +24,10 @@ struct ResizeTap {
 [[nodiscard]] std::vector<ResizeTap> ResizeTaps(int sourceLength, int destinationLength,
                                                 double factor, int bits);
 
+/// The taps of `length` pixels from `start` on, of an axis scaled from `sourceLength` pixels to
+/// `scaledLength`: those that the whole axis would have there. All lengths are above 0, and the
+/// pixels asked for lie within the scaled axis.
+[[nodiscard]] std::vector<ResizeTap> ResizeTapsOfPart(int sourceLength, int scaledLength, int start,
+                                                      int length, int bits);
+
 }  // namespace quorvex

@@ -1,7 +1,10 @@
 #include "foundation/raster/word_ramp.h"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstring>
+#include <numeric>
 #include <vector>
 
 namespace quorvex {
@@ -117,6 +120,47 @@ std::optional<WordRamp> RampThrough(std::vector<Step> steps, bool isFalling) {
     return ramp;
 }
 
+/// A bias at which the ramp's bytes change exactly where these do, which are those of the words from
+/// its origin on; nothing where there is none.
+std::optional<std::uint16_t> BiasFor(const WordRamp& ramp, std::span<const std::uint8_t> bytes) {
+    const auto quotient = [&](std::size_t place) {
+        const auto steps = static_cast<std::uint16_t>(
+            std::clamp<std::size_t>(place, ramp.floor, ramp.top) - ramp.start);
+        const std::uint64_t product = (std::uint64_t{steps} << ramp.shift) * ramp.factor;
+        return static_cast<std::int64_t>(product >> 16);
+    };
+    std::int64_t least = 2;  // 0 and 1 mean something else
+    std::int64_t most = kWidest - 1;
+    for (std::size_t i = 1; i < bytes.size(); ++i) {
+        if (bytes[i] == bytes[i - 1]) continue;
+        const std::int64_t upper = std::int64_t{bytes[i] ^ ramp.inversion} << 16;
+        const std::int64_t lower = (std::int64_t{bytes[i - 1] ^ ramp.inversion} + 1) << 16;
+        least = std::max(least, upper - quotient(i));
+        most = std::min(most, lower - 1 - quotient(i - 1));
+    }
+    if (least > most) return std::nullopt;
+    return static_cast<std::uint16_t>((least + most) / 2);
+}
+
+/// Whether a ramp gives these bytes to the values from `low` on.
+bool Gives(const WordRamp& ramp, std::int64_t low, std::span<const std::uint8_t> bytes) {
+    std::array<std::uint16_t, 1024> words{};
+    std::array<std::uint8_t, words.size()> mapped{};
+    for (std::size_t i = 0; i < bytes.size(); i += words.size()) {
+        const std::size_t count = std::min(words.size(), bytes.size() - i);
+        std::iota(words.begin(), words.end(),
+                  static_cast<std::uint16_t>(low + static_cast<std::int64_t>(i)));
+        const auto* const first =
+            static_cast<const unsigned char*>(static_cast<void*>(words.data()));
+        MapByRamp(ramp, first, first, mapped.data(), count);
+        if (!std::equal(mapped.begin(), mapped.begin() + static_cast<std::ptrdiff_t>(count),
+                        bytes.begin() + static_cast<std::ptrdiff_t>(i))) {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 std::optional<WordRamp> RampOfTable(Table table, std::uint16_t firstWord) {
@@ -125,6 +169,46 @@ std::optional<WordRamp> RampOfTable(Table table, std::uint16_t firstWord) {
     if (!ramp) ramp = RampThrough(steps, true);
     if (ramp) ramp->origin = static_cast<std::uint16_t>(ramp->origin + firstWord);
     return ramp;
+}
+
+std::optional<WordRamp> RampOfLine(double gain, double zero, std::int64_t low,
+                                   std::span<const std::uint8_t> bytes) {
+    constexpr double kUnit = 4294967296.0;  // of the factor
+    const double rise = std::abs(gain);
+    const auto count = static_cast<std::int64_t>(bytes.size());
+    if (count < 1 || count > kWidest || !(rise > 0.0) || rise > 1.0) return std::nullopt;
+    // A falling line is the complement of the one that rises through the same places.
+    const double start = gain > 0.0 ? zero : zero - kTop / rise;
+    if (!(std::abs(start) < kUnit)) return std::nullopt;
+    // The first step at which the rounded line is not below 0, and the last one that changes it.
+    const double first = std::ceil(start - 0.5 / rise);
+    const double last = std::ceil(start + (kTop - 0.5) / rise);
+    const auto lowest = static_cast<double>(low);
+    if (first - lowest <= -kWidest || first - lowest >= kWidest) return std::nullopt;
+
+    WordRamp ramp;
+    ramp.origin = static_cast<std::uint16_t>(low);
+    ramp.inversion = gain > 0.0 ? 0 : 0xFF;
+    const double begin = first - lowest;
+    const double end = std::clamp(last - lowest, 0.0, static_cast<double>(count - 1));
+    ramp.floor = static_cast<std::uint16_t>(std::clamp(begin, 0.0, end));
+    ramp.top = static_cast<std::uint16_t>(end);
+    ramp.start = static_cast<std::uint16_t>(static_cast<std::int64_t>(begin));
+    const double mostSteps = end - begin;
+    double factor = rise * kUnit;
+    while (factor >= kUnit || mostSteps * (2 << ramp.shift) < kWidest) {
+        ++ramp.shift;
+        factor /= 2;
+        if (factor < 65536.0 || ramp.shift > 14) break;
+    }
+    if (mostSteps * (1 << ramp.shift) >= kWidest || factor >= kUnit) return std::nullopt;
+    for (const double exact : {factor, factor + 1.0}) {
+        ramp.factor = static_cast<std::uint32_t>(std::min(exact, kUnit - 1.0));
+        const auto bias = BiasFor(ramp, bytes);
+        ramp.bias = bias.value_or(0);
+        if (bias && Gives(ramp, low, bytes)) return ramp;
+    }
+    return std::nullopt;
 }
 
 }  // namespace quorvex

@@ -18,11 +18,14 @@ std::uint8_t ByteOf(const WordRamp& ramp, const unsigned char* word) {
     const auto steps =
         static_cast<std::uint16_t>(std::clamp(place, ramp.floor, ramp.top) - ramp.start);
     const std::uint64_t product = (std::uint64_t{steps} << ramp.shift) * ramp.factor;
-    return static_cast<std::uint8_t>(((product >> 16) + 1) >> 16) ^ ramp.inversion;
+    return static_cast<std::uint8_t>(((product >> 16) + ramp.bias) >> 16) ^ ramp.inversion;
 }
 
 #if HWY_TARGET != HWY_SCALAR
-template <class Words, bool kLeapsAtTop>
+/// How a ramp ends, and what is added to its quotient.
+enum class RampKind { kPlain, kLeaping, kBiased };
+
+template <class Words, RampKind kKind>
 class RampVectors {
 public:
     using Vector = hn::Vec<Words>;
@@ -34,6 +37,7 @@ public:
           top_(hn::Set(words, ramp.top)),
           start_(hn::Set(words, ramp.start)),
           topByte_(hn::Set(words, ramp.topByte)),
+          bias_(hn::Set(words, ramp.bias)),
           factorHigh_(hn::Set(words, static_cast<std::uint16_t>(ramp.factor >> 16))),
           factorLow_(hn::Set(words, static_cast<std::uint16_t>(ramp.factor))) {}
 
@@ -41,7 +45,7 @@ public:
         const Vector place = hn::Sub(words, origin_);
         const Vector clamped = hn::Min(hn::Max(place, floor_), top_);
         const Vector byte = Quotient(hn::ShiftLeftSame(hn::Sub(clamped, start_), shift_));
-        if constexpr (!kLeapsAtTop) return byte;
+        if constexpr (kKind != RampKind::kLeaping) return byte;
         return hn::IfThenElse(hn::Eq(clamped, top_), topByte_, byte);
     }
 
@@ -49,22 +53,37 @@ private:
     /// The mean has the carry of the halves of the product that overlap, and of one, in its top
     /// bit.
     [[nodiscard]] Vector Quotient(Vector steps) const {
+        if constexpr (kKind == RampKind::kBiased) return BiasedQuotient(steps);
         const Vector mean =
             hn::AverageRound(hn::Mul(steps, factorHigh_), hn::MulHigh(steps, factorLow_));
         return hn::Add(hn::MulHigh(steps, factorHigh_), hn::ShiftRight<15>(mean));
     }
 
+    /// Three halves are added up; a sum that saturates differs from one that wraps where it carries.
+    [[nodiscard]] Vector BiasedQuotient(Vector steps) const {
+        const Words words;
+        const auto carries = [&](Vector a, Vector b) HWY_ATTR {
+            return hn::VecFromMask(words, hn::Ne(hn::Add(a, b), hn::SaturatedAdd(a, b)));
+        };
+        const Vector low = hn::Mul(steps, factorHigh_);
+        const Vector lower = hn::MulHigh(steps, factorLow_);
+        const Vector sum = hn::Add(low, lower);
+        // A mask is all ones, which is -1.
+        return hn::Sub(hn::Sub(hn::MulHigh(steps, factorHigh_), carries(low, lower)),
+                       carries(sum, bias_));
+    }
+
     int shift_;
-    Vector origin_, floor_, top_, start_, topByte_, factorHigh_, factorLow_;
+    Vector origin_, floor_, top_, start_, topByte_, bias_, factorHigh_, factorLow_;
 };
 
 /// Maps as many whole vectors as there are, and gives their number of words.
-template <bool kLeapsAtTop>
+template <RampKind kKind>
 std::size_t MapVectors(const WordRamp& ramp, const unsigned char* words,
                        const unsigned char* prefetch, unsigned char* to, std::size_t count) {
     const hn::ScalableTag<std::uint8_t> octets;
     using Words = hn::Repartition<std::uint16_t, decltype(octets)>;
-    const RampVectors<Words, kLeapsAtTop> vectors(Words(), ramp);
+    const RampVectors<Words, kKind> vectors(Words(), ramp);
     const auto inversion = hn::Set(octets, ramp.inversion);
     const auto bytesAt = [&](const unsigned char* from) HWY_ATTR {
         return hn::BitCast(octets, vectors.BytesOf(hn::BitCast(Words(), hn::LoadU(octets, from))));
@@ -81,7 +100,8 @@ std::size_t MapVectors(const WordRamp& ramp, const unsigned char* words,
     return i;
 }
 #else
-template <bool>
+enum class RampKind { kPlain, kLeaping, kBiased };
+template <RampKind>
 std::size_t MapVectors(const WordRamp&, const unsigned char*, const unsigned char*, unsigned char*,
                        std::size_t) {
     return 0;
@@ -90,7 +110,9 @@ std::size_t MapVectors(const WordRamp&, const unsigned char*, const unsigned cha
 
 void Map(const WordRamp& ramp, const unsigned char* words, const unsigned char* prefetch,
          unsigned char* to, std::size_t count) {
-    const auto mapVectors = ramp.leapsAtTop ? MapVectors<true> : MapVectors<false>;
+    auto mapVectors =
+        ramp.leapsAtTop ? MapVectors<RampKind::kLeaping> : MapVectors<RampKind::kPlain>;
+    if (ramp.bias != 1) mapVectors = MapVectors<RampKind::kBiased>;
     for (std::size_t i = mapVectors(ramp, words, prefetch, to, count); i < count; ++i) {
         to[i] = ByteOf(ramp, words + 2 * i);
     }

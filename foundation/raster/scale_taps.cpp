@@ -1,0 +1,99 @@
+#include "foundation/raster/scale_taps.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace quorvex {
+namespace {
+
+void Add(ScaleTaps& taps, std::int64_t first, std::span<const double> weights) {
+    taps.places.push_back({static_cast<std::int32_t>(first),
+                           static_cast<std::uint32_t>(weights.size()),
+                           static_cast<std::uint32_t>(taps.weights.size())});
+    for (const double weight : weights) taps.weights.push_back(static_cast<float>(weight));
+}
+
+/// Pixel i covers i x source / scaled to (i + 1) x source / scaled: counted in whole units of 1 /
+/// scaled, so that nothing is lost at the edges.
+void AddArea(ScaleTaps& taps, std::int64_t source, std::int64_t scaled, std::int64_t i,
+             std::vector<double>& weights) {
+    const std::int64_t begin = i * source;
+    const std::int64_t end = begin + source;
+    const std::int64_t first = begin / scaled;
+    weights.clear();
+    for (std::int64_t pixel = first; pixel * scaled < end; ++pixel) {
+        const std::int64_t covered =
+            std::min(end, (pixel + 1) * scaled) - std::max(begin, pixel * scaled);
+        weights.push_back(static_cast<double>(covered) / static_cast<double>(source));
+    }
+    Add(taps, first, weights);
+}
+
+/// Catmull-Rom weights of the four pixels around a place, `t` behind the second.
+std::array<double, 4> CubicWeights(double t) {
+    return {((-0.5 * t + 1.0) * t - 0.5) * t, (1.5 * t - 2.5) * t * t + 1.0,
+            ((-1.5 * t + 2.0) * t + 0.5) * t, (0.5 * t - 0.5) * t * t};
+}
+
+/// Weights of neighbouring pixels, those outside the axis given to its ends.
+void AddNeighbours(ScaleTaps& taps, std::int64_t source, std::int64_t first,
+                   std::span<const double> weights) {
+    const auto count = static_cast<std::int64_t>(weights.size());
+    const std::int64_t begin = std::clamp<std::int64_t>(first, 0, source - 1);
+    const std::int64_t end = std::clamp<std::int64_t>(first + count, begin + 1, source);
+    std::array<double, 4> kept{};
+    for (std::int64_t i = 0; i < count; ++i) {
+        const std::int64_t pixel = std::clamp(first + i, begin, end - 1);
+        kept[static_cast<std::size_t>(pixel - begin)] += weights[static_cast<std::size_t>(i)];
+    }
+    Add(taps, begin, std::span(kept).first(static_cast<std::size_t>(end - begin)));
+}
+
+void AddEnlarged(ScaleTaps& taps, std::int64_t source, std::int64_t scaled, std::int64_t i,
+                 Interpolation enlarging) {
+    if (enlarging == Interpolation::kNearest) {
+        constexpr double kWhole[] = {1.0};
+        return Add(taps, (2 * i + 1) * source / (2 * scaled), kWhole);
+    }
+    const double place =
+        (static_cast<double>(i) + 0.5) * static_cast<double>(source) / static_cast<double>(scaled) -
+        0.5;
+    const double whole = std::floor(place);
+    const double t = place - whole;
+    const auto first = static_cast<std::int64_t>(whole);
+    if (enlarging == Interpolation::kCubic) {
+        return AddNeighbours(taps, source, first - 1, CubicWeights(t));
+    }
+    const double weights[] = {1.0 - t, t};
+    AddNeighbours(taps, source, first, weights);
+}
+
+}  // namespace
+
+std::int32_t ScaleTaps::Begin() const noexcept {
+    return places.empty() ? 0 : places.front().first;
+}
+
+std::int32_t ScaleTaps::End() const noexcept {
+    if (places.empty()) return 0;
+    return places.back().first + static_cast<std::int32_t>(places.back().count);
+}
+
+ScaleTaps MakeScaleTaps(int source, int scaled, int start, int length, Interpolation enlarging) {
+    ScaleTaps taps;
+    taps.places.reserve(static_cast<std::size_t>(length));
+    std::vector<double> weights;
+    for (std::int64_t i = start; i < std::int64_t{start} + length; ++i) {
+        if (scaled < source) {
+            AddArea(taps, source, scaled, i, weights);
+        } else if (scaled == source) {
+            Add(taps, i, std::array{1.0});
+        } else {
+            AddEnlarged(taps, source, scaled, i, enlarging);
+        }
+    }
+    return taps;
+}
+
+}  // namespace quorvex

@@ -1,0 +1,38 @@
+/// Where the pixels of a scaled row or column come from, whatever the filter.
+#pragma once
+
+#include "quorvex/Types.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace quorvex {
+
+/// The taps of a stretch of one axis: each destination pixel is a weighted sum of `count` source
+/// pixels from `first` on. The weights of a pixel add up to 1.
+struct ScaleTaps {
+    struct Place {
+        std::int32_t first = 0;
+        std::uint32_t count = 0;
+        std::uint32_t weights = 0;  ///< where its own begin
+    };
+    std::vector<Place> places;
+    std::vector<float> weights;
+
+    [[nodiscard]] std::span<const float> WeightsOf(const Place& place) const noexcept {
+        return {weights.data() + place.weights, place.count};
+    }
+    /// The source pixels that count: first one, and the one behind the last.
+    [[nodiscard]] std::int32_t Begin() const noexcept;
+    [[nodiscard]] std::int32_t End() const noexcept;
+};
+
+/// The taps of `length` pixels from `start` on, of an axis scaled from `source` pixels to `scaled`.
+///
+/// A shrunk axis averages the area of each pixel; an enlarged one goes by `enlarging`. The pixels
+/// asked for lie within the scaled axis; all lengths are above 0.
+[[nodiscard]] ScaleTaps MakeScaleTaps(int source, int scaled, int start, int length,
+                                      Interpolation enlarging);
+
+}  // namespace quorvex

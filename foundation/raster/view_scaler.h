@@ -1,0 +1,52 @@
+/// Scaling of an image that is handed over row by row, to any size, and any part of it.
+#pragma once
+
+#include "foundation/raster/pixel_grid.h"
+#include "foundation/raster/raster.h"
+#include "foundation/raster/resize_rows.h"
+#include "foundation/raster/scale_taps.h"
+#include "quorvex/Types.h"
+
+#include <optional>
+#include <vector>
+
+namespace quorvex {
+
+struct ScaleShape {
+    CSize source;       ///< pixels of the image
+    CSize scaled;       ///< and of the whole image scaled; both sides of both above 0
+    RasterRect window;  ///< the part of the scaled image to make; lies in it, not empty
+    int channels = 1;
+    Interpolation enlarging = Interpolation::kLinear;
+};
+
+/// Shrinks by the average of each new pixel's area, enlarges by the chosen interpolation; each axis
+/// for itself. Only source pixels that count are read. Takes all its memory when it is made (throws
+/// std::bad_alloc then).
+class ViewScaler {
+public:
+    explicit ViewScaler(const ScaleShape& shape);
+
+    /// Fills `destination`, which has the window's size.
+    void Run(const RowSource& rowAt, const PixelGrid<unsigned char>& destination);
+
+private:
+    struct CachedRow {
+        int y = -1;
+        std::vector<float> samples;
+    };
+    void ShrinkRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination);
+    void EnlargeRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination);
+    [[nodiscard]] const std::vector<float>& ScaledRow(int y, const RowSource& rowAt);
+    void ScaleColumns();
+
+    ScaleShape shape_;
+    std::optional<RowResizer> linear_;  ///< for what it does: linear, and no side shrunk
+    ScaleTaps columns_;
+    ScaleTaps rows_;
+    std::vector<float> whole_;   ///< the source columns that count, of one row or of a mean of rows
+    std::vector<float> scaled_;  ///< the same with its columns scaled
+    std::vector<CachedRow> cache_;
+};
+
+}  // namespace quorvex
