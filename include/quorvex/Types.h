@@ -11,6 +11,27 @@
 
 namespace quorvex {
 
+/// What holds where this library's established behaviour and the DICOM standard differ.
+///
+/// Established: whole-number windows, one window formula, mirroring ahead of turns, widths that are
+/// multiples of 4, palettes as indices. Standard: what the DICOM standard defines for the object.
+/// Classes start with the established rules; an object that another one makes inherits its maker's.
+enum class Rules { kEstablished, kStandard };
+
+/// How a window maps values (DICOM PS3.3 C.11.2.1).
+enum class VoiFunction {
+    kLinear,       ///< from centre - 0.5 on both sides by half of width - 1
+    kLinearExact,  ///< from centre on both sides by half the width
+    kSigmoid,      ///< 1 / (1 + exp(-4 (value - centre) / width))
+};
+
+/// How an image is enlarged. Shrinking averages the area of each new pixel, whatever is chosen here.
+enum class Interpolation {
+    kLinear,   ///< between pixel centres
+    kNearest,  ///< the pixel that the place lies in
+    kCubic,    ///< Catmull-Rom, over four by four pixels
+};
+
 /// Text of 16-bit characters (UTF-16) with value semantics.
 ///
 /// Byte text that comes in or goes out is UTF-8; bytes that are not become U+FFFD.
