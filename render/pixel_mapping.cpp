@@ -3,66 +3,13 @@
 #include "foundation/raster/raster.h"
 #include "render/job_rules.h"
 #include "render/render_run.h"
+#include "render/row_mapping.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
 namespace quorvex {
 namespace {
-
-// How the stored value of pixel i of a row is read.
-struct Byte {
-    static constexpr std::size_t kBytes = 1;
-    static int At(const unsigned char* row, std::size_t i) { return row[i]; }
-};
-template <class Word>
-struct WordOf {
-    static constexpr std::size_t kBytes = 2;
-    static int At(const unsigned char* row, std::size_t i) {
-        Word word;
-        std::memcpy(&word, row + 2 * i, sizeof(word));
-        return word;
-    }
-};
-template <class Half>
-struct LowByteOf {
-    static constexpr std::size_t kBytes = 2;
-    static int At(const unsigned char* row, std::size_t i) {
-        return static_cast<Half>(WordOf<std::uint16_t>::At(row, i) & 0xFF);
-    }
-};
-
-struct ByteTable {
-    const unsigned char* entries;
-    std::ptrdiff_t first;
-    [[nodiscard]] unsigned char Of(int value) const { return entries[value - first]; }
-};
-
-// Most of a job's time is spent here. Without the prefetch, each row would wait for the memory.
-template <class Reader>
-void MapPlain(const unsigned char* source, const unsigned char* prefetch, ByteTable table,
-              unsigned char* to, std::size_t count) {
-    constexpr std::size_t kLine = 64 / Reader::kBytes;
-    for (std::size_t i = 0; i < count;) {
-        const std::size_t end = std::min(i + kLine, count);
-        __builtin_prefetch(prefetch + i * Reader::kBytes);
-#pragma GCC unroll 8
-        for (; i < end; ++i) to[i] = table.Of(Reader::At(source, i));
-    }
-}
-
-template <class Reader>
-void MapMasked(const unsigned char* source, ByteTable table, unsigned char* to, std::size_t count,
-               const unsigned char* mask, unsigned char hidden) {
-    for (std::size_t i = 0; i < count; ++i) {
-        to[i] = mask[i] != 0 ? hidden : table.Of(Reader::At(source, i));
-    }
-}
-
-void Hide(const unsigned char* mask, unsigned char hidden, unsigned char* to, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) to[i] = mask[i] != 0 ? hidden : to[i];
-}
 
 /// Rows alternate between the two that a block has.
 unsigned char* RowOfTwo(const HeapBlock& rows, int row) {
@@ -103,18 +50,18 @@ const unsigned char* RenderRun::Render(int row, int prefetchRow) {
 }
 
 void RenderRun::RawImg2PValue(int row, int prefetchRow) {
-    MapRow<Byte>(row, prefetchRow);
+    MapRow<ByteReader>(row, prefetchRow);
 }
 
 void RenderRun::RawImg2PValue16(int row, int prefetchRow) {
     if (ramp_) return MapRowByRamp(row, prefetchRow);
-    if (info_.lutOffset < 0) return MapRow<WordOf<std::int16_t>>(row, prefetchRow);
-    MapRow<WordOf<std::uint16_t>>(row, prefetchRow);
+    if (info_.lutOffset < 0) return MapRow<WordReader<std::int16_t>>(row, prefetchRow);
+    MapRow<WordReader<std::uint16_t>>(row, prefetchRow);
 }
 
 void RenderRun::RawImg2PValue16Half(int row, int prefetchRow) {
-    if (info_.lutOffset < 0) return MapRow<LowByteOf<std::int8_t>>(row, prefetchRow);
-    MapRow<LowByteOf<std::uint8_t>>(row, prefetchRow);
+    if (info_.lutOffset < 0) return MapRow<LowByteReader<std::int8_t>>(row, prefetchRow);
+    MapRow<LowByteReader<std::uint8_t>>(row, prefetchRow);
 }
 
 template <class Reader>

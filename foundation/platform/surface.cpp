@@ -26,14 +26,22 @@ Overlap OverlapOf(std::int64_t place, std::int64_t bitmapLength, std::int64_t su
     return {begin - place, begin, std::max<std::int64_t>(end - begin, 0)};
 }
 
-std::size_t RowBytes(const tagBITMAPINFOHEADER& header) {
-    return (static_cast<std::size_t>(header.biWidth) * header.biBitCount + 31) / 32 * 4;
-}
+/// A bitmap as it is drawn: rows from the bottom.
+struct Bitmap {
+    CSize size;
+    int bitCount = 0;
+    std::size_t rowBytes = 0;
+    std::span<const unsigned char> bits;
 
-bool IsDrawable(const tagBITMAPINFOHEADER& header, std::size_t bytes) {
-    if (header.biWidth < 1 || header.biHeight < 1) return false;
-    if (header.biBitCount != kGreyBits && header.biBitCount != kColourBits) return false;
-    return RowBytes(header) <= bytes / static_cast<std::size_t>(header.biHeight);
+    [[nodiscard]] bool IsDrawable() const {
+        if (size.cx < 1 || size.cy < 1) return false;
+        if (bitCount != kGreyBits && bitCount != kColourBits) return false;
+        return rowBytes <= bits.size() / static_cast<std::size_t>(size.cy);
+    }
+};
+
+std::size_t PaddedRowBytes(const tagBITMAPINFOHEADER& header) {
+    return (static_cast<std::size_t>(header.biWidth) * header.biBitCount + 31) / 32 * 4;
 }
 
 bool IsUsable(const DrawingSurface& surface) {
@@ -75,30 +83,54 @@ DrawRow RowDrawer(int bitCount, int surfacePixelBytes) {
     return surfacePixelBytes == 3 ? DrawColourRow<3> : DrawColourRow<4>;
 }
 
+int DrawBitmap(DrawingSurface& surface, CPoint place, const Bitmap& bitmap,
+               const Palette& palette) {
+    if (!IsUsable(surface) || !bitmap.IsDrawable()) return 0;
+    const Overlap across = OverlapOf(place.x, bitmap.size.cx, surface.width);
+    const Overlap down = OverlapOf(place.y, bitmap.size.cy, surface.height);
+    if (across.length == 0) return 0;
+    const DrawRow drawRow = RowDrawer(bitmap.bitCount, surface.bytesPerPixel);
+    const auto sourceBytes = static_cast<std::size_t>(bitmap.bitCount / 8);
+    for (std::int64_t line = 0; line < down.length; ++line) {
+        const auto sourceRow =
+            static_cast<std::size_t>(bitmap.size.cy - 1 - (down.onBitmap + line));
+        const auto first = static_cast<std::size_t>(across.onBitmap) * sourceBytes;
+        drawRow(bitmap.bits.subspan(sourceRow * bitmap.rowBytes + first,
+                                    static_cast<std::size_t>(across.length) * sourceBytes),
+                surface.pixels + (down.onSurface + line) * surface.rowBytes +
+                    across.onSurface * surface.bytesPerPixel,
+                palette);
+    }
+    return static_cast<int>(down.length);
+}
+
+Palette GreyPalette() {
+    Palette palette;
+    for (std::size_t i = 0; i < palette.size(); ++i) {
+        const auto grey = static_cast<std::uint8_t>(i);
+        palette[i] = {grey, grey, grey, 0};
+    }
+    return palette;
+}
+
 }  // namespace
 
 void SetStretchBltMode(DrawingSurface&, int) noexcept {}
 
 int SetDIBitsToDevice(DrawingSurface& surface, CPoint place, const tagBITMAPINFOHEADER& header,
                       std::span<const RGBQUAD> colours, std::span<const unsigned char> bits) {
-    if (!IsUsable(surface) || !IsDrawable(header, bits.size())) return 0;
-    const Overlap across = OverlapOf(place.x, header.biWidth, surface.width);
-    const Overlap down = OverlapOf(place.y, header.biHeight, surface.height);
-    if (across.length == 0) return 0;
-    const Palette palette = FullPalette(colours);
-    const DrawRow drawRow = RowDrawer(header.biBitCount, surface.bytesPerPixel);
-    const auto sourceBytes = static_cast<std::size_t>(header.biBitCount / 8);
-    for (std::int64_t line = 0; line < down.length; ++line) {
-        const auto sourceRow =
-            static_cast<std::size_t>(header.biHeight - 1 - (down.onBitmap + line));
-        const auto first = static_cast<std::size_t>(across.onBitmap) * sourceBytes;
-        drawRow(bits.subspan(sourceRow * RowBytes(header) + first,
-                             static_cast<std::size_t>(across.length) * sourceBytes),
-                surface.pixels + (down.onSurface + line) * surface.rowBytes +
-                    across.onSurface * surface.bytesPerPixel,
-                palette);
-    }
-    return static_cast<int>(down.length);
+    if (header.biWidth < 1) return 0;
+    return DrawBitmap(
+        surface, place,
+        {{header.biWidth, header.biHeight}, header.biBitCount, PaddedRowBytes(header), bits},
+        FullPalette(colours));
+}
+
+int PutPicture(DrawingSurface& surface, CPoint place, CSize size, int pixelBytes,
+               std::span<const unsigned char> bits) {
+    if (size.cx < 1) return 0;
+    const auto rowBytes = static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(pixelBytes);
+    return DrawBitmap(surface, place, {size, 8 * pixelBytes, rowBytes, bits}, GreyPalette());
 }
 
 }  // namespace quorvex

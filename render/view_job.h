@@ -1,0 +1,69 @@
+/// What a view shows of an image, drawn in one go: look-up, shutter, layers, scaling, turning.
+#pragma once
+
+#include "foundation/raster/raster.h"
+#include "foundation/raster/word_ramp.h"
+#include "quorvex/Types.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace quorvex {
+
+/// Red, green, blue.
+using Rgb = std::array<std::uint8_t, 3>;
+
+/// Marks in one colour: a bit for each pixel of the image, in overlay order, rows from the top.
+struct MarkLayer {
+    std::span<const unsigned char> bits;
+    Rgb colour{255, 255, 255};
+};
+
+/// The colour of a value that has one.
+struct ValueColour {
+    Rgb colour{};
+    bool isThere = false;
+};
+
+/// All blocks are the caller's, stay as they are, and hold the whole image.
+struct ViewJob {
+    CSize imageSize;
+    const unsigned char* pixels = nullptr;  ///< rows from the top, without gaps
+    int pixelBytes = 1;                     ///< 1 or 2 for grey; 3: red, green, blue
+    /// Display bytes. Grey: of every value that the bits of a pixel can have, taken as an unsigned
+    /// number: 256, or 65,536. Colour: 256, for all three samples.
+    std::span<const unsigned char> table;
+    std::optional<WordRamp> ramp;  ///< gives the bytes of `table` to all words of the image; faster
+    /// Colours of grey values, for every value as `table` has them; or empty.
+    std::span<const ValueColour> colours;
+    const unsigned char* shutterMask = nullptr;  ///< a byte a pixel; non-zero hides; or null
+    Rgb shutterColour{};
+    std::vector<MarkLayer> layers;  ///< drawn in this order, over the shutter
+    bool isColour = false;          ///< result of three bytes a pixel; always for colour pixels
+
+    CSize scaled;             ///< of the whole image, upright
+    int quarterTurns = 0;     ///< clockwise on the screen
+    bool isMirrored = false;  ///< left to right on the screen, after the turn
+    RasterRect window;        ///< the part of the scaled, turned image to make, from its upper left
+    Interpolation enlarging = Interpolation::kLinear;
+};
+
+/// Size of the whole scaled image as it is turned.
+[[nodiscard]] CSize TurnedSize(const ViewJob& job) noexcept;
+
+/// Bytes of one pixel of the result.
+[[nodiscard]] constexpr int ResultPixelBytes(const ViewJob& job) noexcept {
+    return job.isColour || job.pixelBytes > 2 || !job.colours.empty() ? 3 : 1;
+}
+
+/// Runs a job whose window lies in the scaled image and is not empty.
+///
+/// @param output  window.width x window.height pixels without gaps, rows from the bottom; colour as
+///                blue, green, red. Untouched where it throws std::bad_alloc.
+void RunViewJob(const ViewJob& job, unsigned char* output);
+
+}  // namespace quorvex

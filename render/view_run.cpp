@@ -1,0 +1,185 @@
+// RunViewJob: rows mapped, marked, scaled, turned.
+#include "foundation/raster/bit_marks.h"
+#include "foundation/raster/byte_table.h"
+#include "foundation/raster/turn_kernels.h"
+#include "foundation/raster/view_scaler.h"
+#include "foundation/types/block.h"
+#include "render/row_mapping.h"
+#include "render/view_job.h"
+
+#include <utility>
+
+namespace quorvex {
+namespace {
+
+constexpr std::size_t kChannels = 3;
+
+/// Makes rows of the display image: looked up, hidden, marked.
+class RowMaker {
+public:
+    RowMaker(const ViewJob& job, std::size_t firstColumn, std::size_t columnEnd)
+        : job_(job),
+          first_(firstColumn),
+          count_(columnEnd - firstColumn),
+          pixelBytes_(static_cast<std::size_t>(ResultPixelBytes(job))),
+          rows_(2 * RowBytes()) {
+        if (IsColourSource() || pixelBytes_ > 1) grey_.resize(count_);
+    }
+
+    /// A row of the image, counted from the top. Only the columns that count are made. It is good
+    /// until the next but one is made.
+    const unsigned char* Make(int row, int prefetchRow) {
+        isOdd_ = !isOdd_;
+        unsigned char* const begin = rows_.data() + (isOdd_ ? RowBytes() : 0);
+        unsigned char* const to = begin + first_ * pixelBytes_;
+        if (IsColourSource()) {
+            MapColoursReversed(job_.table.first<256>(), Source(row), to, count_);
+        } else if (pixelBytes_ == 1) {
+            MapGrey(row, prefetchRow, to);
+        } else {
+            MapGrey(row, prefetchRow, grey_.data());
+            Colour(row, to);
+        }
+        HideShuttered(row, to);
+        for (const MarkLayer& layer : job_.layers) Mark(layer, row, to);
+        return begin;
+    }
+
+private:
+    [[nodiscard]] bool IsColourSource() const { return job_.pixelBytes > 2; }
+    [[nodiscard]] std::size_t RowBytes() const {
+        return static_cast<std::size_t>(job_.imageSize.cx) * pixelBytes_;
+    }
+    [[nodiscard]] std::size_t PixelAt(int row) const {
+        return static_cast<std::size_t>(row) * static_cast<std::size_t>(job_.imageSize.cx) + first_;
+    }
+    [[nodiscard]] const unsigned char* Source(int row) const {
+        return job_.pixels + PixelAt(row) * static_cast<std::size_t>(job_.pixelBytes);
+    }
+
+    void MapGrey(int row, int prefetchRow, unsigned char* to) const {
+        const ByteTable table{job_.table.data(), 0};
+        if (job_.pixelBytes == 1) {
+            MapPlain<ByteReader>(Source(row), Source(prefetchRow), table, to, count_);
+        } else if (job_.ramp) {
+            MapByRamp(*job_.ramp, Source(row), Source(prefetchRow), to, count_);
+        } else {
+            MapPlain<WordReader<std::uint16_t>>(Source(row), Source(prefetchRow), table, to,
+                                                count_);
+        }
+    }
+
+    void Colour(int row, unsigned char* to) const {
+        const unsigned char* const source = Source(row);
+        for (std::size_t i = 0; i < count_; ++i, to += kChannels) {
+            const unsigned char grey = grey_[i];
+            Rgb colour{grey, grey, grey};
+            if (!job_.colours.empty()) {
+                const int value = job_.pixelBytes == 1 ? ByteReader::At(source, i)
+                                                       : WordReader<std::uint16_t>::At(source, i);
+                const ValueColour& own = job_.colours[static_cast<std::size_t>(value)];
+                if (own.isThere) colour = own.colour;
+            }
+            Put(colour, to);
+        }
+    }
+
+    static void Put(const Rgb& colour, unsigned char* to) {
+        to[0] = colour[2];
+        to[1] = colour[1];
+        to[2] = colour[0];
+    }
+
+    void HideShuttered(int row, unsigned char* to) const {
+        if (job_.shutterMask == nullptr) return;
+        const unsigned char* const mask = job_.shutterMask + PixelAt(row);
+        if (pixelBytes_ == 1) return Hide(mask, job_.shutterColour[0], to, count_);
+        for (std::size_t i = 0; i < count_; ++i) {
+            if (mask[i] != 0) Put(job_.shutterColour, to + i * kChannels);
+        }
+    }
+
+    void Mark(const MarkLayer& layer, int row, unsigned char* to) const {
+        ForEachSetBit(layer.bits, PixelAt(row), count_, [&](std::size_t i) {
+            if (pixelBytes_ == 1) {
+                to[i] = layer.colour[0];
+            } else {
+                Put(layer.colour, to + i * kChannels);
+            }
+        });
+    }
+
+    const ViewJob& job_;
+    std::size_t first_;  ///< column that rows begin with
+    std::size_t count_;
+    std::size_t pixelBytes_;
+    std::vector<unsigned char> rows_;
+    std::vector<unsigned char> grey_;
+    bool isOdd_ = false;
+};
+
+/// The window in the scaled image before it is mirrored and turned.
+RasterRect UprightWindow(const ViewJob& job) {
+    const CSize turned = TurnedSize(job);
+    RasterRect window = job.window;
+    if (job.isMirrored) window.x = turned.cx - window.x - window.width;
+    const int right = job.scaled.cx;
+    const int bottom = job.scaled.cy;
+    switch (job.quarterTurns) {
+        case 1:
+            return {window.y, bottom - window.x - window.width, window.height, window.width};
+        case 2:
+            return {right - window.x - window.width, bottom - window.y - window.height,
+                    window.width, window.height};
+        case 3:
+            return {right - window.y - window.height, window.x, window.height, window.width};
+        default:
+            return window;
+    }
+}
+
+std::pair<int, int> ColumnsRead(const ViewJob& job, const RasterRect& window) {
+    const ScaleTaps taps = MakeScaleTaps(job.imageSize.cx, job.scaled.cx, window.x, window.width,
+                                         Interpolation::kCubic);
+    return {taps.Begin(), taps.End()};
+}
+
+}  // namespace
+
+CSize TurnedSize(const ViewJob& job) noexcept {
+    return job.quarterTurns % 2 == 0 ? job.scaled : CSize{job.scaled.cy, job.scaled.cx};
+}
+
+void RunViewJob(const ViewJob& job, unsigned char* output) {
+    const int pixelBytes = ResultPixelBytes(job);
+    const RasterRect upright = UprightWindow(job);
+    // Rows run from the bottom from here on, in the image and in its window.
+    const int lastRow = job.imageSize.cy - 1;
+    const RasterRect window{upright.x, job.scaled.cy - upright.y - upright.height, upright.width,
+                            upright.height};
+    ViewScaler scaler({job.imageSize, job.scaled, window, pixelBytes, job.enlarging});
+    const auto [firstColumn, columnEnd] = ColumnsRead(job, window);
+    RowMaker maker(job, static_cast<std::size_t>(firstColumn), static_cast<std::size_t>(columnEnd));
+    const auto rowAt = [&](int y, int prefetch) {
+        return maker.Make(lastRow - y, lastRow - prefetch);
+    };
+
+    const CSize size{window.width, window.height};
+    const auto step = std::ptrdiff_t{window.width} * pixelBytes;
+    const auto outputStep = std::ptrdiff_t{job.window.width} * pixelBytes;
+    const PixelGrid<unsigned char> result{
+        output, outputStep, {job.window.width, job.window.height}, pixelBytes};
+    HeapBlock turned;
+    PixelGrid<unsigned char> scaled = result;
+    if (job.quarterTurns != 0) {
+        turned = HeapBlock(static_cast<std::size_t>(step) * static_cast<std::size_t>(size.cy));
+        scaled = {turned.Data(), step, size, pixelBytes};
+    }
+    scaler.Run(rowAt, scaled);
+    if (job.quarterTurns != 0) {
+        TurnPixels({scaled.samples, step, size, pixelBytes}, result, job.quarterTurns);
+    }
+    if (job.isMirrored) ReverseRows(result, static_cast<std::size_t>(pixelBytes));
+}
+
+}  // namespace quorvex
