@@ -44,6 +44,10 @@ QUORVEX_MESSAGE CxDcmParser::Initialize(CDcmApp* app, CDcmObject* object, unsign
     });
 }
 
+void CxDcmParser::SetRules(Rules rules) noexcept {
+    state_->rules = rules;
+}
+
 CDcmObject* CxDcmParser::GetHeader() const noexcept {
     return state_->file.GetHeader();
 }

@@ -10,10 +10,11 @@ namespace quorvex {
 
 struct ParserState {
     ParserState() = default;
-    ParserState(const ParserState& other) : file(other.file) {}
+    ParserState(const ParserState& other) : file(other.file), rules(other.rules) {}
     ParserState& operator=(const ParserState&) = delete;
 
     ParsedFile file;
+    Rules rules = Rules::kEstablished;
     std::unique_ptr<FrameIndex> frameIndex;  ///< of the latest fetch, or none
 };
 

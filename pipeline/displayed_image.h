@@ -3,6 +3,8 @@
 
 #include "pipeline/owned.h"
 #include "pipeline/pixel_block.h"
+#include "pipeline/recipe/standard_image.h"
+#include "pipeline/recipe/view_layout.h"
 #include "pipeline/rendered_view.h"
 #include "pipeline/value_range.h"
 #include "quorvex/CXWindowing.h"
@@ -10,6 +12,7 @@
 #include "quorvex/Types.h"
 
 #include <memory>
+#include <optional>
 
 namespace quorvex {
 
@@ -21,9 +24,14 @@ struct DisplayedImage {
     Owned<CXWindowing> windowing;
     std::shared_ptr<const CXGSPSInfo> presentation;  ///< null before the first image
 
+    Rules rules = Rules::kEstablished;      ///< of images that come in
+    std::optional<StandardImage> standard;  ///< there where the image came in by standard rules
+
     // The frame.
-    PixelBlock pixels;  ///< grey: modality values, 1 or 2 bytes a pixel; colour: 3 bytes a pixel
-    CSize imageSize;    ///< Columns and Rows
+    /// Colour: 3 bytes a pixel. Grey: modality values, 1 or 2 bytes a pixel; by standard rules
+    /// stored values, up to 4.
+    PixelBlock pixels;
+    CSize imageSize;        ///< Columns and Rows
     int bytesPerPixel = 0;  ///< of `pixels`
     unsigned short bitsStored = 0;
     int pixelRepresentation = 0;  ///< 0 unsigned, 1 signed
@@ -49,12 +57,16 @@ struct DisplayedImage {
     CPoint panOffset;          ///< device pixels from the centred place to the drawn one
     CRect roi;                 ///< part of the image that is rendered: all of it
     double aspectRatio = 0.0;  ///< pixel height over pixel width, as the presentation states it
+    Interpolation enlarging = Interpolation::kLinear;  ///< by standard rules
+    double screenPixelSize = 0.0;                      ///< mm; 0 where the host has not said
 
     // The last result, which stays when another image comes in.
     PixelBlock resultImage;
     CSize resultSize;
     int renderedPixelSize = 0;  ///< bytes of one pixel of `resultImage`
     RenderedView renderedView;
+    ViewPlacement renderedPlacement;  ///< by standard rules: where the whole image lay,
+    CPoint resultCorner;              ///< and where the upper left corner of the result
     int resultPixelSize = 0;  ///< bytes of one pixel of the next result, without a palette layer
 
     /// Lays the image out as its presentation asks: zoom, pan, region and aspect ratio. There must

@@ -16,4 +16,8 @@ CXDIPP& CXDIPP::operator=(const CXDIPP& other) {
 
 CXDIPP::~CXDIPP() = default;
 
+void CXDIPP::SetRules(Rules rules) noexcept {
+    image_->rules = rules;
+}
+
 }  // namespace quorvex

@@ -30,6 +30,15 @@ public:
     CXDIPP& operator=(const CXDIPP& other);
     virtual ~CXDIPP();
 
+    /// Chooses the rules for images that come in from now on; established ones at first. The image
+    /// on show keeps those that it came in by.
+    ///
+    /// By the standard rules the picture is the one that the DICOM standard defines: windows with
+    /// their fractions and functions, look-up tables in every layout, palette images in colour,
+    /// pixels that are not square in their true shape whatever the turn, exact sizes; shrinking
+    /// averages areas. Where the notes of an operation say "by the standard rules", that holds.
+    void SetRules(Rules rules) noexcept;
+
     // --- Bringing an image in ------------------------------------------------------------------
 
     /// Opens a file and shows one of its frames, fitted to the view.
@@ -131,8 +140,23 @@ public:
 
     /// Moves window level and width against the deltas, in steps that depend on the bit depth.
     QUORVEX_MESSAGE UpdateVOILUT_Offset(int levelDelta, int widthDelta);
-    /// Sets window level and width, in modality units.
+    /// Sets window level and width, in modality units. By the standard rules it replaces a table of
+    /// the image or its state too.
     QUORVEX_MESSAGE UpdateVOILUT_ABS(int level, int width);
+    /// The same with fractions. By the established rules they are cut off; by the standard ones the
+    /// function stays the present one (the image's, linear where it states none), and a width that
+    /// is not above 0 changes nothing.
+    QUORVEX_MESSAGE UpdateVOILUT_ABS(double level, double width);
+    /// The same with a function, which has no effect by the established rules.
+    QUORVEX_MESSAGE UpdateVOILUT_ABS(double level, double width, VoiFunction function);
+    /// How many look-up tables and windows the image or its state offers, tables first. By the
+    /// established rules 0.
+    [[nodiscard]] int GetVOIChoiceCount() const noexcept;
+    /// What the image or its state says about a choice; empty where it says nothing.
+    [[nodiscard]] CString GetVOIExplanation(int choice) const;
+    /// Shows by a choice, from the next render on, in place of any window that was set. The first
+    /// one at first; a choice that is not there changes nothing.
+    QUORVEX_MESSAGE SelectVOI(int choice);
     /// Turns black to white and back at every call.
     QUORVEX_MESSAGE UpdatePresentationLUT_Toggle();
     /// Adds hundredths to the zoom factor and keeps the result between 0.1 and 10.
@@ -153,6 +177,11 @@ public:
     /// A new size of the drawing area: the image is laid out afresh, zoom and pan start over. The
     /// present size changes nothing.
     QUORVEX_MESSAGE UpdateViewSize(CSize newViewSize);
+    /// How images are enlarged, by the standard rules; linear at first.
+    void SetInterpolation(Interpolation enlarging) noexcept;
+    /// The size of a pixel of the screen in mm, for displayed areas of mode TRUE SIZE by the
+    /// standard rules, from the next layout on. 0, as at first, fits such areas into the view.
+    void SetScreenPixelSize(double millimetres) noexcept;
     /// Complements the image from the next render on, for the rest of the object's life: black
     /// shows as white. A second call changes nothing.
     QUORVEX_MESSAGE Inverse();
@@ -183,15 +212,21 @@ public:
 
     [[nodiscard]] double GetZoomFactor() const noexcept;
     [[nodiscard]] CPoint GetPanOffset() const noexcept;
+    /// The window that stands, in modality units; rounded where it has fractions.
     void GetWindowingFactor(int& width, int& level) const;
+    void GetWindowingFactor(double& width, double& level) const;
+    /// The size at which one column of the image is one pixel of the screen: rows times the aspect
+    /// ratio, both sides exchanged where the image is turned by a quarter. 0, 0 without an image.
+    [[nodiscard]] CSize GetDisplayedSize() const noexcept;
     /// Pixel spacing in mm as the presentation states it; 0 where it does not.
     void GetPixelSpace(double& x, double& y) const noexcept;
 
     // --- Making it visible ---------------------------------------------------------------------
 
-    /// Makes the visible image: the whole frame at the present zoom, however small the view is.
+    /// Makes the visible image: the whole frame at the present zoom, however small the view is. By
+    /// the standard rules only what lies in the view, at its exact size.
     ///
-    /// The width is rounded down to a multiple of 4, with a quarter turn the height too. A zoom so
+    /// By the established rules the width is rounded down to a multiple of 4, with a quarter turn the height too. A zoom so
     /// small that nothing is left gives an empty result, which draws nothing.
     ///
     /// @return QVM_SUCCESS, or, with the last result kept,

@@ -24,6 +24,9 @@ public:
     CxDcmParser& operator=(const CxDcmParser& other);
     virtual ~CxDcmParser();
 
+    /// Chooses the rules for what is opened from now on; established ones at first.
+    void SetRules(Rules rules) noexcept;
+
     /// Reads a file, Part 10 or bare data set, whole into memory and parses its header.
     ///
     /// Samples per Pixel of the header is set to what Photometric Interpretation demands: 1 for

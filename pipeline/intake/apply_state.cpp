@@ -2,6 +2,7 @@
 #include "foundation/types/answer.h"
 #include "pipeline/displayed_image.h"
 #include "pipeline/intake/presentation_record.h"
+#include "pipeline/recipe/established_rules.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 
@@ -9,11 +10,9 @@
 
 namespace quorvex {
 
-namespace {
-
-void ApplyState(DisplayedImage& shown, CDcmObject* state) {
+QUORVEX_MESSAGE EstablishedRules::ApplyState(DisplayedImage& shown, CDcmObject* state) const {
     const CDcmObject* image = shown.parser->GetHeader();
-    if (image == nullptr || !shown.presentation) return;
+    if (image == nullptr || !shown.presentation) return QVM_SUCCESS;
     const CString imageUID = Read<CString>(*image, tag::kSOPInstanceUID).value_or(CString());
     auto record = ReadRecord(state, shown.imageSize, imageUID);
     record->pixelBitDepth = Read<unsigned short>(*image, tag::kBitsAllocated).value_or(0);
@@ -25,24 +24,19 @@ void ApplyState(DisplayedImage& shown, CDcmObject* state) {
     shown.rotation = record->imageRotation;
     shown.horizontalFlip = record->imageHorizontalFlip;
     shown.presentation = std::move(record);
+    return QVM_SUCCESS;
 }
-
-}  // namespace
 
 QUORVEX_MESSAGE CXDIPP::ApllyGSPSObject(CDcmApp* app, CString path) {
     return Answer(QVM_ERROR_NO_IMAGE, [&] {
         CxDcmParser state;
         state.Initialize(app, std::move(path), 0);
-        ApplyState(*image_, state.GetHeader());
-        return QVM_SUCCESS;
+        return RulesOf(*image_).ApplyState(*image_, state.GetHeader());
     });
 }
 
 QUORVEX_MESSAGE CXDIPP::ApllyGSPSObject(CDcmApp*, CDcmObject* object) {
-    return Answer(QVM_ERROR_NO_IMAGE, [&] {
-        ApplyState(*image_, object);
-        return QVM_SUCCESS;
-    });
+    return Answer(QVM_ERROR_NO_IMAGE, [&] { return RulesOf(*image_).ApplyState(*image_, object); });
 }
 
 }  // namespace quorvex

@@ -21,17 +21,20 @@ struct Setting {
 struct GroupMacro {
     std::uint32_t sequence;
     std::array<Setting, 3> settings;
+    std::array<std::uint32_t, 2> companions{};  ///< taken along where a setting is taken
 };
 constexpr std::uint32_t kNoTag = 0;
 constexpr GroupMacro kMacros[] = {
     // Pixel Value Transformation; a Modality LUT at the top level rules it out
     {tag::kPixelValueTransformationSequence,
-     {{{tag::kRescaleIntercept}, {tag::kRescaleSlope}, {tag::kModalityLUTSequence, Holds::kItem}}}},
+     {{{tag::kRescaleIntercept}, {tag::kRescaleSlope}, {tag::kModalityLUTSequence, Holds::kItem}}},
+     {}},
     // Frame VOI LUT
     {tag::kFrameVOILUTSequence,
-     {{{tag::kWindowCenter}, {tag::kWindowWidth}, {tag::kVOILUTSequence, Holds::kItem}}}},
+     {{{tag::kWindowCenter}, {tag::kWindowWidth}, {tag::kVOILUTSequence, Holds::kItem}}},
+     {tag::kVOILUTFunction, tag::kWindowCenterWidthExplanation}},
     // Pixel Measures
-    {tag::kPixelMeasuresSequence, {{{tag::kPixelSpacing}, {kNoTag}, {kNoTag}}}},
+    {tag::kPixelMeasuresSequence, {{{tag::kPixelSpacing}, {kNoTag}, {kNoTag}}}, {}},
 };
 
 bool Has(const CDcmObjectCommon& object, const Setting& setting) {
@@ -54,7 +57,7 @@ std::optional<CDcmItem> ItemAt(const CDcmObjectCommon& object, std::uint32_t seq
     return item;
 }
 
-void CopyNumbers(const CDcmItem& from, std::uint32_t tag, CDcmObject& to) {
+void CopyValues(const CDcmItem& from, std::uint32_t tag, CDcmObject& to) {
     CString value;
     if (from.GetValue(tag, value) != kDcmSuccess) return;
     to.SetValue(tag, value);
@@ -72,7 +75,7 @@ void CopySettings(const CDcmItem& from, std::span<const Setting> settings, CDcmO
         if (setting.holds == Holds::kItem) {
             CopyFirstItem(from, setting.tag, to);
         } else {
-            CopyNumbers(from, setting.tag, to);
+            CopyValues(from, setting.tag, to);
         }
     }
 }
@@ -104,6 +107,7 @@ std::optional<CDcmObject> HeaderOfFrame(const CDcmObject& header, int frameIndex
         if (!item) continue;
         if (!ofFrame) ofFrame = header;
         CopySettings(*item, macro.settings, *ofFrame);
+        for (const std::uint32_t tag : macro.companions) CopyValues(*item, tag, *ofFrame);
     }
     return ofFrame;
 }

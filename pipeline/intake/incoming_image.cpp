@@ -114,6 +114,7 @@ void IncomingImage::Prepare(const CXWindowing& current) {
 }
 
 void IncomingImage::Commit(DisplayedImage& current) noexcept {
+    current.standard.reset();
     current.imageSize = imageSize;
     current.viewSize = viewSize;
     current.pixelRepresentation = pixelRepresentation;

@@ -5,6 +5,7 @@
 #include "pipeline/intake/presentation_record.h"
 #include "pipeline/layers/overlay_layer.h"
 #include "pipeline/pixel_header.h"
+#include "pipeline/recipe/callers_pixels.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
@@ -18,6 +19,18 @@ namespace {
 constexpr auto kNoPixels = QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
 constexpr unsigned short kBitsStoredWithoutHeader = 12;
 
+/// What is known of pixels without a header.
+PixelHeader HeaderOf(CSize size, int bytesPerPixel, int pixelRepresentation) {
+    PixelHeader header;
+    header.size = size;
+    header.samplesPerPixel = bytesPerPixel >= 3 ? static_cast<unsigned short>(bytesPerPixel) : 1;
+    header.bitsAllocated = static_cast<unsigned short>(header.IsGrey() ? 8 * bytesPerPixel : 8);
+    header.bitsStored = header.bitsAllocated;
+    header.highBit = static_cast<unsigned short>(header.bitsAllocated - 1);
+    header.pixelRepresentation = pixelRepresentation != 0 ? 1 : 0;
+    return header;
+}
+
 }  // namespace
 
 QUORVEX_MESSAGE CXDIPP::Initialize(CDcmApp*, CDcmObject* object, unsigned char* pixelData,
@@ -27,6 +40,15 @@ QUORVEX_MESSAGE CXDIPP::Initialize(CDcmApp*, CDcmObject* object, unsigned char* 
         const auto header = ReadPixelHeader(*object);
         const auto bytes = header ? CallerFrameBytes(*header) : std::nullopt;
         if (!bytes) return kNoPixels;
+        if (image_->rules == Rules::kStandard) {
+            ShowPixelsByStandard(*image_,
+                                 {.header = *header,
+                                  .pixels = {pixelData, *bytes},
+                                  .range = SpanOfCaller(minValue, maxValue),
+                                  .object = object},
+                                 viewSize);
+            return QVM_SUCCESS;
+        }
         IncomingImage incoming;
         incoming.viewSize = viewSize;
         incoming.TakeHeader(*header, *object);
@@ -46,6 +68,14 @@ QUORVEX_MESSAGE CXDIPP::Initialize(unsigned char* pixelData, CSize viewSize, CSi
         if (pixelData == nullptr || !isImage) return kNoPixels;
         const auto bytes = CheckedProduct(imageSize.cx, imageSize.cy, bytesPerPixel);
         if (!bytes) return kNoPixels;
+        if (image_->rules == Rules::kStandard) {
+            ShowPixelsByStandard(*image_,
+                                 {.header = HeaderOf(imageSize, bytesPerPixel, pixelRepresentation),
+                                  .pixels = {pixelData, *bytes},
+                                  .range = SpanOfCaller(minValue, maxValue)},
+                                 viewSize);
+            return QVM_SUCCESS;
+        }
         IncomingImage incoming;
         incoming.viewSize = viewSize;
         incoming.imageSize = imageSize;

@@ -6,6 +6,7 @@
 #include "pipeline/intake/presentation_record.h"
 #include "pipeline/layers/overlay_layer.h"
 #include "pipeline/pixel_header.h"
+#include "pipeline/recipe/callers_pixels.h"
 #include "quorvex/CLData.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
@@ -41,6 +42,19 @@ constexpr int RenderModeOf(int imageKind) {
             return kRenderOverlay;
         default:
             return kRenderPlain;
+    }
+}
+
+constexpr ImageKind KindOf(int imageKind) {
+    switch (imageKind) {
+        case kPaletteImage:
+            return ImageKind::kPalette;
+        case kSupplementalImage:
+            return ImageKind::kSupplemental;
+        case kOverlayImage:
+            return ImageKind::kOverlays;
+        default:
+            return ImageKind::kPlain;
     }
 }
 
@@ -176,6 +190,17 @@ QUORVEX_MESSAGE CXDIPP::Initialize(CDcmObject* object, CLData* data, CSize viewS
     return Answer(kNoPixels, [&] {
         const auto volume = ReadVolume(data);
         if (!volume) return kNoPixels;
+        if (image_->rules == Rules::kStandard) {
+            ShowPixelsByStandard(*image_,
+                                 {.header = volume->header,
+                                  .pixels = volume->pixels,
+                                  .range = SpanOfCaller(minValue, maxValue),
+                                  .object = object,
+                                  .data = data,
+                                  .kind = KindOf(imageKind)},
+                                 viewSize);
+            return QVM_SUCCESS;
+        }
         IncomingImage incoming = FromVolume(*data, viewSize, *image_);
         TakePixels(incoming, *volume, object, imageKind, SpanOfCaller(minValue, maxValue));
         if (object != nullptr) {
@@ -195,6 +220,15 @@ QUORVEX_MESSAGE CXDIPP::Initialize(CLData* data, CSize viewSize, int maxValue, i
     return Answer(kNoPixels, [&] {
         const auto volume = ReadVolume(data);
         if (!volume) return kNoPixels;
+        if (image_->rules == Rules::kStandard) {
+            ShowPixelsByStandard(*image_,
+                                 {.header = volume->header,
+                                  .pixels = volume->pixels,
+                                  .range = SpanOfCaller(minValue, maxValue),
+                                  .data = data},
+                                 viewSize);
+            return QVM_SUCCESS;
+        }
         IncomingImage incoming = FromVolume(*data, viewSize, *image_);
         TakeCallersFrame(incoming, volume->pixels, volume->header,
                          SpanOfCaller(minValue, maxValue));

@@ -1,5 +1,6 @@
 #include "pipeline/intake/presentation_record.h"
 
+#include "presentation/presentation_reader.h"
 #include "presentation/shutter_size.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXGSPSObject.h"
@@ -38,6 +39,16 @@ std::shared_ptr<CXGSPSInfo> ReadRecord(CDcmObject* object, CSize imageSize,
     auto record = NewRecord(imageSize);
     CXGSPSObject().GSPSApplier(object, record.get(), imageUID, kNoFrameInParticular);
     if (object != nullptr) DropMaskOfAnotherSize(*object, imageSize, *record);
+    return record;
+}
+
+std::shared_ptr<CXGSPSInfo> ReadViewRecord(const CDcmObject& object, CSize imageSize,
+                                           const CString& imageUID, int frameNumber) {
+    auto record = NewRecord(imageSize);
+    PresentationReader reader(object, *record, imageUID, frameNumber);
+    reader.GetSpatialTransformation();
+    reader.GetDisplayTransformation();
+    reader.GetAnnotation();
     return record;
 }
 

@@ -20,4 +20,9 @@ class CXGSPSInfo;
 [[nodiscard]] std::shared_ptr<CXGSPSInfo> ReadRecord(CDcmObject* object, CSize imageSize,
                                                      const CString& imageUID);
 
+/// Of a record only what lies around the pixels: turn and flip, displayed area, pixel spacing,
+/// annotations. For a frame (counted from 1) of the image, or with an empty UID of `object` itself.
+[[nodiscard]] std::shared_ptr<CXGSPSInfo> ReadViewRecord(const CDcmObject& object, CSize imageSize,
+                                                         const CString& imageUID, int frameNumber);
+
 }  // namespace quorvex

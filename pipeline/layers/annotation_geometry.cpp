@@ -158,6 +158,18 @@ ImageToSurface::ImageToSurface(const RenderedView& view, CSize result, CPoint co
     scale_.y = scale_.x * view.aspectRatio;
 }
 
+ImageToSurface ImageToSurface::Placed(CSize image, CSize scaled, int quarterTurns, bool isMirrored,
+                                      CPoint corner) noexcept {
+    RenderedView view;
+    view.imageSize = image;
+    view.rotation = 90 * quarterTurns;
+    ImageToSurface way(view, quarterTurns % 2 != 0 ? CSize{scaled.cy, scaled.cx} : scaled, corner);
+    way.scale_ = {static_cast<double>(scaled.cx) / image.cx,
+                  static_cast<double>(scaled.cy) / image.cy};
+    way.isMirroredLast_ = isMirrored;
+    return way;
+}
+
 CanvasPoint ImageToSurface::operator()(CanvasPoint image) const noexcept {
     const double width = upright_.cx;
     const double height = upright_.cy;
@@ -168,6 +180,7 @@ CanvasPoint ImageToSurface::operator()(CanvasPoint image) const noexcept {
     if (view_.rotation == 90) turned = {height - y, x};
     if (view_.rotation == 180) turned = {width - x, height - y};
     if (view_.rotation == 270) turned = {y, width - x};
+    if (isMirroredLast_) turned.x = (LiesOnItsSide(view_) ? height : width) - turned.x;
     return {corner_.x + turned.x, corner_.y + turned.y};
 }
 

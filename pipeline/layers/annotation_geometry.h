@@ -22,14 +22,19 @@ struct SurfaceArea {
 
 /// From image coordinates to a surface: the way that a render job takes the pixels, and then
 /// `Draw`.
-///
-/// A job scales by the ratio of its whole output size to the image, keeps the image's lower left
-/// corner, cuts the width to a multiple of 4, mirrors what is left, and turns it.
 class ImageToSurface {
 public:
+    /// The way of a job by the established rules, which scales by the ratio of its whole output
+    /// size to the image, keeps the image's lower left corner, cuts the width to a multiple of 4,
+    /// mirrors what is left, and turns it.
     /// @param result  size of the rendered image, none of it 0
     /// @param corner  where its upper left corner lies on the surface
     ImageToSurface(const RenderedView& view, CSize result, CPoint corner) noexcept;
+
+    /// The way of an image that is scaled to exactly `scaled`, turned clockwise by quarters, and
+    /// mirrored after that. `corner` is where the upper left corner of all that comes to lie.
+    [[nodiscard]] static ImageToSurface Placed(CSize image, CSize scaled, int quarterTurns,
+                                               bool isMirrored, CPoint corner) noexcept;
 
     /// (0, 0) is the upper left corner of the upper left pixel.
     [[nodiscard]] CanvasPoint operator()(CanvasPoint image) const noexcept;
@@ -39,6 +44,7 @@ private:
     CanvasPoint scale_;
     CSize upright_;  ///< the result before it is turned
     CPoint corner_;
+    bool isMirroredLast_ = false;
 };
 
 /// Where a record's displayed area lies when it has just been laid out in the view.

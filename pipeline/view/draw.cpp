@@ -1,10 +1,9 @@
 #include "foundation/platform/surface.h"
-#include "foundation/types/answer.h"
 #include "foundation/types/saturate.h"
 #include "pipeline/displayed_image.h"
 #include "pipeline/layers/annotation_drawing.h"
+#include "pipeline/recipe/established_rules.h"
 #include "pipeline/view/dib.h"
-#include "quorvex/CXDIPP.h"
 
 #include <cstdint>
 
@@ -36,7 +35,9 @@ bool ShowsAnnotations(const DisplayedImage& image) {
            image.resultSize.cy > 0;
 }
 
-void DrawOnto(DrawingSurface& surface, const DisplayedImage& image) {
+}  // namespace
+
+void EstablishedRules::DrawOnto(DrawingSurface& surface, DisplayedImage& image) const {
     const CXDib dib(image.resultSize, image.renderedPixelSize == 1 ? 8 : 24,
                     image.resultImage.Bytes());
     const CPoint place = PlaceOnView(image);
@@ -47,17 +48,6 @@ void DrawOnto(DrawingSurface& surface, const DisplayedImage& image) {
         ImageToSurface(image.renderedView, image.resultSize, place),
         DisplayedArea(*image.presentation, image.renderedView, image.viewSize)};
     DrawAnnotations(*image.presentation, onSurface, surface);
-}
-
-}  // namespace
-
-QUORVEX_MESSAGE CXDIPP::Draw(CDC* deviceContext) {
-    return Answer(QVM_ERROR_NO_IMAGE, [&] {
-        if (!image_->resultImage.data) return QVM_ERROR_NO_IMAGE;
-        DrawingSurface* surface = deviceContext != nullptr ? deviceContext->GetSafeHdc() : nullptr;
-        if (surface != nullptr) DrawOnto(*surface, *image_);
-        return QVM_SUCCESS;
-    });
 }
 
 }  // namespace quorvex

@@ -1,14 +1,12 @@
-#include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "pipeline/displayed_image.h"
 #include "pipeline/layers/shown_shutter.h"
+#include "pipeline/recipe/established_rules.h"
 #include "pipeline/view/display_table.h"
-#include "quorvex/CXDIPP.h"
 #include "quorvex/CXImageCreator.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -108,7 +106,9 @@ bool RunJob(_IMAGE_INFO& job, DisplayedImage& image, unsigned char* output) {
            CXImageCreator().GetImageWithInfo(job) == 0;
 }
 
-QUORVEX_MESSAGE RenderImage(DisplayedImage& image) {
+}  // namespace
+
+QUORVEX_MESSAGE EstablishedRules::Render(DisplayedImage& image) const {
     if (!image.pixels.data) return QVM_ERROR_NO_IMAGE;
     const auto size =
         SizeOfResult({image.roi, image.zoom, image.EffectiveAspectRatio(), image.QuarterTurns()});
@@ -130,27 +130,6 @@ QUORVEX_MESSAGE RenderImage(DisplayedImage& image) {
     image.renderedPixelSize = pixelSize;
     image.renderedView = {image.imageSize, image.EffectiveAspectRatio(), image.QuarterTurns(),
                           image.horizontalFlip != 0};
-    return QVM_SUCCESS;
-}
-
-}  // namespace
-
-QUORVEX_MESSAGE CXDIPP::Render() {
-    return Answer(QVM_ERROR_NO_IMAGE, [&] { return RenderImage(*image_); });
-}
-
-QUORVEX_MESSAGE CXDIPP::GetResultImageInfo(CSize& size, int& pixelSize) const {
-    if (!image_->resultImage.data) return QVM_ERROR_NO_IMAGE;
-    size = image_->resultSize;
-    pixelSize = image_->renderedPixelSize;
-    return QVM_SUCCESS;
-}
-
-QUORVEX_MESSAGE CXDIPP::GetResultImage(unsigned char*& destination, int length) const {
-    const PixelBlock& result = image_->resultImage;
-    if (!result.data || destination == nullptr || length < 1) return QVM_SUCCESS;
-    std::memcpy(destination, result.data.get(),
-                std::min(result.size, static_cast<std::size_t>(length)));
     return QVM_SUCCESS;
 }
 

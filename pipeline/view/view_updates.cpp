@@ -1,9 +1,11 @@
 #include "foundation/types/saturate.h"
 #include "pipeline/displayed_image.h"
+#include "pipeline/recipe/display_rules.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 namespace quorvex {
@@ -13,26 +15,29 @@ namespace {
 constexpr double kSmallestSteppedZoom = 0.1;
 constexpr double kLargestSteppedZoom = 10.0;
 
-int Remainder360(std::int64_t degrees) noexcept {
-    return static_cast<int>(degrees % 360);
-}
-
 }  // namespace
 
 QUORVEX_MESSAGE CXDIPP::UpdateVOILUT_Offset(int levelDelta, int widthDelta) {
-    image_->windowing->ChangeWLByOffset(levelDelta);
-    image_->windowing->ChangeWWByOffset(widthDelta);
+    RulesOf(*image_).StepWindow(*image_, levelDelta, widthDelta);
     return QVM_SUCCESS;
 }
 
 QUORVEX_MESSAGE CXDIPP::UpdateVOILUT_ABS(int level, int width) {
-    int window[] = {width, level};
-    image_->windowing->SetValue(CXWindowing::kWindow, window, nullptr);
+    return UpdateVOILUT_ABS(static_cast<double>(level), static_cast<double>(width));
+}
+
+QUORVEX_MESSAGE CXDIPP::UpdateVOILUT_ABS(double level, double width) {
+    RulesOf(*image_).SetWindow(*image_, level, width, std::nullopt);
+    return QVM_SUCCESS;
+}
+
+QUORVEX_MESSAGE CXDIPP::UpdateVOILUT_ABS(double level, double width, VoiFunction function) {
+    RulesOf(*image_).SetWindow(*image_, level, width, function);
     return QVM_SUCCESS;
 }
 
 QUORVEX_MESSAGE CXDIPP::UpdatePresentationLUT_Toggle() {
-    image_->windowing->SetValue(CXWindowing::kInversion, nullptr, nullptr);
+    RulesOf(*image_).ToggleInversion(*image_);
     return QVM_SUCCESS;
 }
 
@@ -59,24 +64,24 @@ QUORVEX_MESSAGE CXDIPP::UpdatePan_ABS(CPoint pan) {
 }
 
 QUORVEX_MESSAGE CXDIPP::UpdateRotate_Offset(int degrees) {
-    image_->rotation = Remainder360(std::int64_t{image_->rotation} + degrees);
+    RulesOf(*image_).TurnBy(*image_, degrees);
     return QVM_SUCCESS;
 }
 
 QUORVEX_MESSAGE CXDIPP::UpdateRotate_ABS(int degrees) {
-    image_->rotation = Remainder360(degrees);
+    RulesOf(*image_).TurnTo(*image_, degrees);
     return QVM_SUCCESS;
 }
 
 QUORVEX_MESSAGE CXDIPP::UpdateHFlip_Toggle() {
-    image_->horizontalFlip = image_->horizontalFlip == 0 ? 1 : 0;
+    RulesOf(*image_).Mirror(*image_);
     return QVM_SUCCESS;
 }
 
 QUORVEX_MESSAGE CXDIPP::UpdateViewSize(CSize newViewSize) {
     if (newViewSize == image_->viewSize) return QVM_SUCCESS;
     image_->viewSize = newViewSize;
-    if (image_->presentation) image_->PrepareDisplayAreaTransform();
+    if (image_->presentation) RulesOf(*image_).LayOut(*image_);
     return QVM_SUCCESS;
 }
 
@@ -94,7 +99,51 @@ CPoint CXDIPP::GetPanOffset() const noexcept {
 }
 
 void CXDIPP::GetWindowingFactor(int& width, int& level) const {
-    image_->windowing->GetWindowingFactor(width, level);
+    double exactWidth = 0.0;
+    double exactLevel = 0.0;
+    GetWindowingFactor(exactWidth, exactLevel);
+    width = TruncateToInt(std::floor(exactWidth + 0.5));
+    level = TruncateToInt(std::floor(exactLevel + 0.5));
+}
+
+void CXDIPP::GetWindowingFactor(double& width, double& level) const {
+    RulesOf(*image_).ReadWindow(*image_, width, level);
+}
+
+int CXDIPP::GetVOIChoiceCount() const noexcept {
+    if (!image_->standard || !image_->standard->isGrey) return 0;
+    return static_cast<int>(image_->standard->Stages().voi.ChoiceCount());
+}
+
+CString CXDIPP::GetVOIExplanation(int choice) const {
+    if (choice < 0 || choice >= GetVOIChoiceCount()) return {};
+    const VoiStage& voi = image_->standard->Stages().voi;
+    const auto place = static_cast<std::size_t>(choice);
+    if (place < voi.tables.size()) return voi.tables[place]->explanation;
+    return voi.windows[place - voi.tables.size()].explanation;
+}
+
+QUORVEX_MESSAGE CXDIPP::SelectVOI(int choice) {
+    if (choice < 0 || choice >= GetVOIChoiceCount()) return QVM_SUCCESS;
+    image_->standard->voiChoice = static_cast<std::size_t>(choice);
+    image_->standard->userWindow.reset();
+    return QVM_SUCCESS;
+}
+
+void CXDIPP::SetInterpolation(Interpolation enlarging) noexcept {
+    image_->enlarging = enlarging;
+}
+
+void CXDIPP::SetScreenPixelSize(double millimetres) noexcept {
+    image_->screenPixelSize = millimetres;
+}
+
+CSize CXDIPP::GetDisplayedSize() const noexcept {
+    const CSize size = image_->imageSize;
+    if (size.cx < 1 || size.cy < 1) return {};
+    const double height = std::max(size.cy * image_->EffectiveAspectRatio(), 1.0);
+    const CSize shown{size.cx, TruncateToInt(height + 0.5)};
+    return image_->QuarterTurns() % 180 == 90 ? CSize{shown.cy, shown.cx} : shown;
 }
 
 void CXDIPP::GetPixelSpace(double& x, double& y) const noexcept {

@@ -51,6 +51,7 @@ public:
         });
         return box;
     }
+    [[nodiscard]] int At(int x, int y) const { return Row(y)[x * pixelBytes_]; }
     [[nodiscard]] bool IsBlack() const { return Bright() == Nothing(); }
     [[nodiscard]] const Bytes& All() const { return bytes_; }
 

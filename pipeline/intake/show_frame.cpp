@@ -1,0 +1,58 @@
+// EstablishedRules: a frame of a file or data set comes in.
+#include "pipeline/intake/functional_groups.h"
+#include "pipeline/intake/incoming_image.h"
+#include "pipeline/intake/modality_stage.h"
+#include "pipeline/layers/overlay_layer.h"
+#include "pipeline/pixel_header.h"
+#include "pipeline/recipe/established_rules.h"
+#include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CxDcmParser.h"
+
+#include <memory>
+#include <utility>
+
+namespace quorvex {
+
+namespace {
+
+constexpr auto kNoPixels = QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+constexpr int kColourBytes = 3;
+
+void TakeFrame(IncomingImage& incoming, PixelBlock frame, const PixelHeader& header) {
+    if (!header.IsGrey()) return incoming.TakeColour(std::move(frame), header);
+    StoredLayout layout = header.Layout();
+    layout.extendsSign = incoming.record->modalityLUTData == nullptr;
+    incoming.TakeGrey(ApplyModalityStage(std::move(frame), layout,
+                                         ModalityTransform(*incoming.record),
+                                         {incoming.minValue, incoming.maxValue}));
+}
+
+}  // namespace
+
+QUORVEX_MESSAGE EstablishedRules::ShowFrame(DisplayedImage& image, CxDcmParser& source,
+                                            CSize viewSize, int frameIndex) const {
+    unsigned char* data = nullptr;
+    unsigned long size = 0;
+    const auto result = source.GetAFrame(frameIndex, data, size, 0);
+    if (result != QVM_SUCCESS) return result;
+    PixelBlock frame{std::unique_ptr<unsigned char[]>(data), size};
+    CDcmObject& object = *source.GetHeader();
+    const auto header = ReadPixelHeader(object);
+    if (!header || !frame.data) return kNoPixels;
+
+    IncomingImage incoming;
+    incoming.viewSize = viewSize;
+    incoming.minValue = image.minValue;
+    incoming.maxValue = image.maxValue;
+    auto ofFrame = HeaderOfFrame(object, frameIndex);
+    incoming.TakeHeader(*header, ofFrame ? *ofFrame : object);
+    incoming.headerOverlays =
+        HeaderOverlays(object, frame.Bytes(), header->size, header->IsGrey() ? 1 : kColourBytes);
+    TakeFrame(incoming, std::move(frame), *header);
+    incoming.Replace(image);
+    image.minValue = incoming.minValue;
+    image.maxValue = incoming.maxValue;
+    return QVM_SUCCESS;
+}
+
+}  // namespace quorvex

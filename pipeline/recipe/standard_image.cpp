@@ -1,0 +1,108 @@
+#include "pipeline/recipe/standard_image.h"
+
+#include "pipeline/displayed_image.h"
+#include "pipeline/pixel_elements.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace quorvex {
+namespace {
+
+constexpr int kByteBits = 8;
+
+/// Calls `take` with every element that is no padding.
+template <class Element, class Take>
+void ForEachElement(const DisplayedImage& image, Take take) {
+    const auto& padding = image.standard->padding;
+    const std::size_t count = image.pixels.size / sizeof(Element);
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::int64_t value = ElementAt<Element>(image.pixels.data.get(), i);
+        if (!padding || !padding->Holds(value)) take(value);
+    }
+}
+
+StoredLayout LayoutOf(const DisplayedImage& image) {
+    StoredLayout layout;
+    layout.bitsAllocated = kByteBits * image.bytesPerPixel;
+    layout.isSigned = image.standard->form.isSigned;
+    return layout;
+}
+
+struct RealSpan {
+    double low = std::numeric_limits<double>::infinity();
+    double high = -std::numeric_limits<double>::infinity();
+
+    void Add(double value) {
+        low = std::min(low, value);
+        high = std::max(high, value);
+    }
+};
+
+/// Modality values of the frame without its padding; of a table only entries that occur count.
+RealSpan SpanOfFrame(const DisplayedImage& image, const ModalityStage& modality) {
+    RealSpan span;
+    WithElementType(LayoutOf(image), [&](auto element) {
+        using Element = decltype(element);
+        if (modality.table) {
+            return ForEachElement<Element>(image,
+                                           [&](std::int64_t value) { span.Add(modality(value)); });
+        }
+        std::int64_t low = std::numeric_limits<std::int64_t>::max();
+        std::int64_t high = std::numeric_limits<std::int64_t>::min();
+        ForEachElement<Element>(image, [&](std::int64_t value) {
+            low = std::min(low, value);
+            high = std::max(high, value);
+        });
+        if (low > high) return;
+        span.Add(modality(low));
+        span.Add(modality(high));
+    });
+    return span;
+}
+
+RealSpan SpanOfBits(const StoredForm& form, const ModalityStage& modality) {
+    RealSpan span;
+    for (std::int64_t value = form.Lowest(); value <= form.Highest(); ++value) {
+        span.Add(modality(value));
+    }
+    return span;
+}
+
+}  // namespace
+
+GreyWindow WindowOverValues(const DisplayedImage& image) {
+    const StandardImage& standard = *image.standard;
+    if (!standard.isGrey) return GreyWindow::Over(0.0, 255.0);
+    if (const auto& range = standard.statedRange) {
+        return GreyWindow::Over(static_cast<double>(range->low), static_cast<double>(range->high));
+    }
+    const ModalityStage& modality = standard.Stages().modality;
+    RealSpan span = standard.form.bitsStored <= kByteBits ? SpanOfBits(standard.form, modality)
+                                                          : SpanOfFrame(image, modality);
+    if (span.low > span.high) span = {0.0, 0.0};  // nothing but padding
+    if (span.high - span.low >= 1.0 || span.high == span.low) {
+        return GreyWindow::Over(span.low, span.high);
+    }
+    return {(span.low + span.high) / 2.0, span.high - span.low, VoiFunction::kLinearExact};
+}
+
+VoiChoice PresentVoi(const DisplayedImage& image) {
+    const StandardImage& standard = *image.standard;
+    if (standard.userWindow) return *standard.userWindow;
+    const VoiStage& voi = standard.Stages().voi;
+    std::size_t choice = standard.voiChoice;
+    if (!standard.isGrey || choice >= voi.ChoiceCount()) return WindowOverValues(image);
+    if (choice < voi.tables.size()) return voi.tables[choice];
+    return voi.windows[choice - voi.tables.size()].window;
+}
+
+GreyWindow PresentWindow(const DisplayedImage& image) {
+    const VoiChoice voi = PresentVoi(image);
+    if (const auto* const window = std::get_if<GreyWindow>(&voi)) return *window;
+    const GreyTable& table = *std::get<std::shared_ptr<const GreyTable>>(voi);
+    const auto first = static_cast<double>(table.first);
+    return GreyWindow::Over(first, first + static_cast<double>(table.entries.size() - 1));
+}
+
+}  // namespace quorvex

@@ -1,0 +1,141 @@
+// StandardRules: frames and presentation states come in.
+#include "foundation/dicom/model/attributes.h"
+#include "pipeline/intake/functional_groups.h"
+#include "pipeline/intake/presentation_record.h"
+#include "pipeline/pixel_header.h"
+#include "pipeline/recipe/standard_incoming.h"
+#include "pipeline/recipe/standard_overlays.h"
+#include "pipeline/recipe/standard_rules.h"
+#include "presentation/exact_shutter.h"
+#include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CxDcmParser.h"
+
+#include <memory>
+#include <utility>
+
+namespace quorvex {
+
+namespace {
+
+constexpr auto kNoPixels = QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+constexpr int kQuarter = 90;
+
+std::optional<OwnedShutter> ShutterOf(const CDcmObject& object, CSize size) {
+    auto shutter = ReadExactShutter(object, size);
+    if (!shutter) return std::nullopt;
+    return OwnedShutter{std::move(shutter->mask), shutter->colour};
+}
+
+/// What a header says of a frame, pixels apart.
+void Describe(StandardIncoming& incoming, CDcmObject& object, const PixelHeader& header,
+              int frameIndex) {
+    StandardImage& image = incoming.image;
+    image.form = FormOf(header);
+    image.bitsAllocated = header.bitsAllocated;
+    image.frameNumber = frameIndex + 1;
+    image.uid = Read<CString>(object, tag::kSOPInstanceUID).value_or(CString());
+    image.padding = ReadPadding(object, image.form);
+    image.own = ReadImageStages(object, image.form);
+    image.aspect = ReadPixelAspect(object);
+    image.shutter = ShutterOf(object, header.size);
+    incoming.size = header.size;
+    incoming.record = ReadViewRecord(object, header.size, CString(), image.frameNumber);
+}
+
+QUORVEX_MESSAGE TakePixels(StandardIncoming& incoming, PixelBlock frame, const PixelHeader& header,
+                           CDcmObject& object) {
+    const CString photometric =
+        Read<CString>(object, tag::kPhotometricInterpretation).value_or(CString());
+    if (photometric.CompareNoCase("PALETTE COLOR") == 0) {
+        const bool isTaken = incoming.TakePalette(std::move(frame), header, object);
+        return isTaken ? QVM_SUCCESS : QVM_ERROR_INVALID_PHOTOMETRIC;
+    }
+    if (header.IsGrey()) {
+        incoming.TakeGrey(std::move(frame), header);
+        incoming.TakeSupplement(object);
+    } else {
+        incoming.TakeColour(std::move(frame), header);
+    }
+    return QVM_SUCCESS;
+}
+
+int TurnsOf(const CDcmObject& object) {
+    const int degrees = Read<int>(object, tag::kImageRotation).value_or(0);
+    return degrees % kQuarter == 0 ? (degrees / kQuarter % 4 + 4) % 4 : 0;
+}
+
+bool IsFlipped(const CDcmObject& object) {
+    const auto flip = Read<CString>(object, tag::kImageHorizontalFlip);
+    return flip && flip->CompareNoCase("Y") == 0;
+}
+
+/// What a state says of a frame; nothing where it does not speak of it.
+std::optional<AppliedState> StateFor(const CDcmObject& state, const StandardImage& image,
+                                     CSize size) {
+    if (!RefersTo(state, image.uid, image.frameNumber)) return std::nullopt;
+    AppliedState applied;
+    applied.stages = ReadStateStages(state, image.uid, image.frameNumber, image.form);
+    applied.quarterTurns = TurnsOf(state);
+    applied.isFlipped = IsFlipped(state);
+    applied.area = ReadDisplayedArea(state, image.uid, image.frameNumber);
+    applied.shutter = ShutterOf(state, size);
+    applied.overlays = StateOverlays(state, size, image.frameNumber);
+    return applied;
+}
+
+}  // namespace
+
+QUORVEX_MESSAGE StandardRules::ShowFrame(DisplayedImage& image, CxDcmParser& source, CSize viewSize,
+                                         int frameIndex) const {
+    unsigned char* data = nullptr;
+    unsigned long size = 0;
+    const auto result = source.GetAFrame(frameIndex, data, size, 0);
+    if (result != QVM_SUCCESS) return result;
+    PixelBlock frame{std::unique_ptr<unsigned char[]>(data), size};
+    CDcmObject& object = *source.GetHeader();
+    const auto header = ReadPixelHeader(object);
+    if (!header || !frame.data) return kNoPixels;
+
+    auto ofFrame = HeaderOfFrame(object, frameIndex);
+    CDcmObject& described = ofFrame ? *ofFrame : object;
+    StandardIncoming incoming;
+    Describe(incoming, described, *header, frameIndex);
+    incoming.image.overlays =
+        ImageOverlays(object, frame.Bytes(), header->size, frameIndex + 1, !header->IsGrey());
+    const auto taken = TakePixels(incoming, std::move(frame), *header, described);
+    if (taken != QVM_SUCCESS) return taken;
+    const bool isSameImage = &source == &*image.parser && image.standard.has_value();
+    if (isSameImage && image.standard->state) {
+        incoming.image.state = image.standard->state;
+        incoming.image.applied = StateFor(*incoming.image.state, incoming.image, header->size);
+        if (incoming.image.applied) {
+            incoming.record = ReadViewRecord(*incoming.image.state, header->size,
+                                             incoming.image.uid, frameIndex + 1);
+        }
+    }
+    incoming.Commit(image, viewSize);
+    return QVM_SUCCESS;
+}
+
+QUORVEX_MESSAGE StandardRules::ApplyState(DisplayedImage& image, CDcmObject* state) const {
+    if (state == nullptr || !image.presentation) return QVM_SUCCESS;
+    StandardImage next = *image.standard;
+    auto kept = std::make_shared<const CDcmObject>(*state);
+    next.applied = StateFor(*kept, next, image.imageSize);
+    next.state = std::move(kept);
+    next.userWindow.reset();
+    next.voiChoice = 0;
+    next.isToggled = false;
+    if (!next.applied) {
+        image.standard = std::move(next);
+        return QVM_SUCCESS;
+    }
+    auto record = ReadViewRecord(*next.state, image.imageSize, next.uid, next.frameNumber);
+    TakeAttitude(image, next, *record);
+    image.presentation = std::move(record);
+    image.standard = std::move(next);
+    LayOutByStandard(image);
+    return QVM_SUCCESS;
+}
+
+}  // namespace quorvex

@@ -1,0 +1,161 @@
+#include "pipeline/recipe/standard_overlays.h"
+
+#include "foundation/dicom/model/attributes.h"
+#include "foundation/raster/bit_marks.h"
+#include "pipeline/layers/embedded_overlay.h"
+#include "pipeline/layers/overlay_planes.h"
+#include "presentation/cielab.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace quorvex {
+namespace {
+
+using Bits = std::vector<unsigned char>;
+
+Bits ClearBits(CSize size) {
+    const auto pixels = static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy);
+    return Bits((pixels + 7) / 8);
+}
+
+bool FitsPlane(CSize size) {
+    constexpr int kMost = std::numeric_limits<unsigned short>::max();
+    return size.cx <= kMost && size.cy <= kMost;
+}
+
+/// Puts what a plane has inside the image where it belongs. Its first bit is bit `firstBit`.
+Bits OnImage(const OverlayPlane& plane, std::span<const unsigned char> bits, std::size_t firstBit,
+             CSize size) {
+    Bits marks = ClearBits(size);
+    const CoveredPart part = PartCoveredBy(
+        plane, {static_cast<unsigned short>(size.cy), static_cast<unsigned short>(size.cx)});
+    if (part.IsEmpty()) return marks;
+    const auto count = static_cast<std::size_t>(part.endColumn - part.firstColumn);
+    for (std::int64_t y = part.firstRow; y < part.endRow; ++y) {
+        const auto from = static_cast<std::size_t>(
+            (part.skippedRows + y - part.firstRow) * plane.size.columns + part.skippedColumns);
+        const auto to = static_cast<std::size_t>(y * size.cx + part.firstColumn);
+        ForEachSetBit(bits, firstBit + from, count, [&](std::size_t i) {
+            marks[(to + i) / 8] |= static_cast<unsigned char>(1U << ((to + i) % 8));
+        });
+    }
+    return marks;
+}
+
+/// Which of a plane's own frames lies over a frame of the image; nothing where none does. A plane
+/// that counts no frames lies over all.
+std::optional<std::size_t> PlaneFrame(const CDcmObject& object, std::uint32_t group,
+                                      int frameNumber) {
+    const auto at = [&](std::uint32_t tag) { return tag::InGroup(group, tag); };
+    const auto frames = Read<int>(object, at(tag::kNumberOfFramesInOverlay));
+    if (!frames || (*frames <= 1 && !Read<int>(object, at(tag::kImageFrameOrigin)))) return 0;
+    const int first = Read<int>(object, at(tag::kImageFrameOrigin)).value_or(1);
+    if (frameNumber < first || frameNumber - first >= *frames) return std::nullopt;
+    return static_cast<std::size_t>(frameNumber - first);
+}
+
+/// All bytes of Overlay Data.
+Bits ReadAllBits(const CDcmObject& object, std::uint32_t group) {
+    Bits bits;
+    const ValueReadCallback collect = [](int, std::uint32_t, void* user, int length, void* data,
+                                         int, int) -> MC_STATUS {
+        auto& all = *static_cast<Bits*>(user);
+        const auto* const piece = static_cast<const unsigned char*>(data);
+        all.insert(all.end(), piece, piece + std::max(length, 0));
+        return kMcContinue;
+    };
+    object.GetValue(tag::InGroup(group, tag::kOverlayData), &bits, collect);
+    return bits;
+}
+
+std::optional<Bits> MarksOfPlane(const CDcmObject& object, const OverlayPlane& plane,
+                                 CSize imageSize, int frameNumber) {
+    const auto frame = PlaneFrame(object, plane.group, frameNumber);
+    const Bits bits = frame ? ReadAllBits(object, plane.group) : Bits();
+    if (bits.empty()) return std::nullopt;
+    return OnImage(plane, bits, *frame * plane.size.BitCount(), imageSize);
+}
+
+/// How a layer of a presentation state is to be drawn.
+struct Layer {
+    CString name;
+    int order = 0;
+    Rgb colour{255, 255, 255};
+};
+
+Rgb ReadLayerColour(const CDcmItem& item) {
+    std::array<std::uint16_t, 3> lab{};
+    std::size_t count = 0;
+    ForEachValue<unsigned short>(item, tag::kGraphicLayerRecommendedDisplayCIELabValue,
+                                 [&](unsigned short value) {
+                                     if (count < lab.size()) lab[count] = value;
+                                     ++count;
+                                 });
+    if (count == lab.size()) return RgbOfCieLab(lab);
+    const int value = Read<unsigned short>(item, tag::kGraphicLayerRecommendedDisplayGrayscaleValue)
+                          .value_or(65535);
+    const auto grey = static_cast<std::uint8_t>((value * 255 + 32767) / 65535);
+    return {grey, grey, grey};
+}
+
+std::vector<Layer> ReadLayers(const CDcmObject& state) {
+    std::vector<Layer> layers;
+    ForEachItem(state, tag::kGraphicLayerSequence, [&](const CDcmItem& item) {
+        layers.push_back({Read<CString>(item, tag::kGraphicLayer).value_or(CString()),
+                          Read<int>(item, tag::kGraphicLayerOrder).value_or(0),
+                          ReadLayerColour(item)});
+    });
+    std::ranges::stable_sort(layers, {}, &Layer::order);
+    return layers;
+}
+
+bool HasPlanesInPixels(const CDcmObject& object) {
+    for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
+        const auto plane = ReadOverlayPlane(object, group, /*needsBitPosition=*/true);
+        if (plane && !plane->HasOwnData()) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+std::vector<OwnedMarks> ImageOverlays(const CDcmObject& object,
+                                      std::span<const unsigned char> frame, CSize imageSize,
+                                      int frameNumber, bool isColour) {
+    std::vector<OwnedMarks> marks;
+    if (!FitsPlane(imageSize)) return marks;
+    if (HasPlanesInPixels(object)) {
+        Bits bits = EmbeddedOverlays(object, frame);
+        if (!bits.empty()) marks.push_back({std::move(bits), {255, 255, 255}});
+    }
+    for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
+        const auto plane = ReadOverlayPlane(object, group, /*needsBitPosition=*/false);
+        if (!plane || !plane->HasOwnData()) continue;
+        auto bits = MarksOfPlane(object, *plane, imageSize, frameNumber);
+        if (!bits) continue;
+        const Rgb colour = isColour ? ReadOverlayColour(object, group) : Rgb{255, 255, 255};
+        marks.push_back({*std::move(bits), colour});
+    }
+    return marks;
+}
+
+std::vector<OwnedMarks> StateOverlays(const CDcmObject& state, CSize imageSize, int frameNumber) {
+    std::vector<OwnedMarks> marks;
+    if (!FitsPlane(imageSize)) return marks;
+    for (const Layer& layer : ReadLayers(state)) {
+        for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
+            const auto plane = ReadOverlayPlane(state, group, /*needsBitPosition=*/false);
+            if (!plane || !plane->HasOwnData()) continue;
+            const auto name =
+                Read<CString>(state, tag::InGroup(group, tag::kOverlayActivationLayer));
+            if (!name || name->IsEmpty() || *name != layer.name) continue;
+            auto bits = MarksOfPlane(state, *plane, imageSize, frameNumber);
+            if (bits) marks.push_back({*std::move(bits), layer.colour});
+        }
+    }
+    return marks;
+}
+
+}  // namespace quorvex

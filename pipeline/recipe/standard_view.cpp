@@ -1,0 +1,229 @@
+#include "pipeline/recipe/standard_view.h"
+
+#include "foundation/platform/surface.h"
+#include "foundation/types/checked_size.h"
+#include "pipeline/displayed_image.h"
+#include "pipeline/layers/annotation_drawing.h"
+#include "pipeline/layers/annotation_geometry.h"
+#include "pipeline/pixel_elements.h"
+#include "quorvex/CXGSPSInfo.h"
+#include "render/view_job.h"
+
+#include <algorithm>
+#include <numeric>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace quorvex {
+
+namespace {
+
+constexpr std::size_t kBytes = 256;
+constexpr int kColourBytes = 3;
+
+/// The part of the placed image that lies in the view, counted from the image's corner; without
+/// extent where none does.
+RasterRect VisiblePart(const ViewPlacement& placement, CSize view) noexcept {
+    const auto cut = [](std::int64_t corner, std::int64_t length, std::int64_t viewLength) {
+        const std::int64_t first = std::clamp<std::int64_t>(-corner, 0, length);
+        const std::int64_t end = std::clamp<std::int64_t>(viewLength - corner, first, length);
+        return std::pair(static_cast<int>(first), static_cast<int>(end - first));
+    };
+    const auto [x, width] = cut(placement.corner.x, placement.turned.cx, view.cx);
+    const auto [y, height] = cut(placement.corner.y, placement.turned.cy, view.cy);
+    return {x, y, width, height};
+}
+
+DisplayFunction FunctionOf(const DisplayedImage& image) {
+    const StandardImage& standard = *image.standard;
+    DisplayFunction function;
+    function.voi = PresentVoi(image);
+    function.isComplemented = (image.inverse != 0) != standard.isToggled;
+    if (!standard.isGrey) return function;
+    function.modality = standard.Stages().modality;
+    function.presentation = standard.Stages().presentation;
+    return function;
+}
+
+/// What a job reads beside the image itself.
+struct Tables {
+    std::vector<unsigned char> table;
+    std::optional<WordRamp> ramp;
+    std::vector<unsigned char> bytes;  ///< the frame itself, where its elements need no table
+};
+
+/// Display bytes of all elements of the frame, each where its bits say.
+Tables TablesOf(const DisplayFunction& function, ValueSpan stored, std::size_t entries) {
+    std::vector<unsigned char> values(static_cast<std::size_t>(stored.high - stored.low) + 1);
+    function.Fill(stored.low, values);
+    Tables tables;
+    tables.table.resize(entries);
+    const std::size_t first = static_cast<std::size_t>(stored.low) & (entries - 1);
+    const std::size_t ahead = std::min(values.size(), entries - first);
+    std::copy_n(values.data(), ahead, tables.table.data() + first);
+    std::copy(values.data() + ahead, values.data() + values.size(), tables.table.data());
+    const auto line = entries == kWords ? function.AsLine() : std::nullopt;
+    if (line) tables.ramp = RampOfLine(line->gain, line->zero, stored.low, values);
+    return tables;
+}
+
+/// Elements too wide for a table are displayed one by one, ahead of the job.
+template <class Element>
+std::vector<unsigned char> DisplayedOneByOne(const DisplayedImage& image,
+                                             const DisplayFunction& function) {
+    std::vector<unsigned char> bytes(image.pixels.size / sizeof(Element));
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = function(ElementAt<Element>(image.pixels.data.get(), i));
+    }
+    return bytes;
+}
+
+Tables MakeTables(const DisplayedImage& image) {
+    const StandardImage& standard = *image.standard;
+    const DisplayFunction function = FunctionOf(image);
+    if (!standard.isGrey || image.bytesPerPixel == 1) {
+        const ValueSpan all{0, kBytes - 1};
+        return TablesOf(function, standard.isGrey ? standard.stored : all, kBytes);
+    }
+    if (image.bytesPerPixel == 2) return TablesOf(function, standard.stored, kWords);
+    Tables tables;
+    tables.table.resize(kBytes);
+    std::iota(tables.table.begin(), tables.table.end(), static_cast<unsigned char>(0));
+    tables.bytes = standard.form.isSigned ? DisplayedOneByOne<std::int32_t>(image, function)
+                                          : DisplayedOneByOne<std::uint32_t>(image, function);
+    return tables;
+}
+
+void AddMarks(ViewJob& job, const std::vector<OwnedMarks>& marks) {
+    for (const OwnedMarks& plane : marks) job.layers.push_back({plane.bits, plane.colour});
+}
+
+bool IsGreyTone(const Rgb& colour) {
+    return colour[0] == colour[1] && colour[1] == colour[2];
+}
+
+void AddLayers(ViewJob& job, const DisplayedImage& image) {
+    const StandardImage& standard = *image.standard;
+    const auto& applied = standard.applied;
+    const auto& shutter = applied && applied->shutter ? applied->shutter : standard.shutter;
+    if (image.shutterShown != 0 && shutter) {
+        job.shutterMask = shutter->mask.data();
+        job.shutterColour = shutter->colour;
+        job.isColour = !IsGreyTone(shutter->colour);
+    }
+    if (image.overlaysShown == 0) return;
+    AddMarks(job, standard.overlays);
+    if (applied) AddMarks(job, applied->overlays);
+    for (const MarkLayer& layer : job.layers) {
+        job.isColour = job.isColour || !IsGreyTone(layer.colour);
+    }
+}
+
+ViewJob JobOf(const DisplayedImage& image, const Tables& tables, const ViewPlacement& placement) {
+    ViewJob job;
+    job.imageSize = image.imageSize;
+    job.pixels = tables.bytes.empty() ? image.pixels.data.get() : tables.bytes.data();
+    job.pixelBytes = tables.bytes.empty() ? image.bytesPerPixel : 1;
+    job.table = tables.table;
+    job.ramp = tables.ramp;
+    job.colours = image.standard->colours;
+    AddLayers(job, image);
+    job.scaled = placement.scaled;
+    job.quarterTurns = placement.quarterTurns;
+    job.isMirrored = placement.isMirrored;
+    job.window = VisiblePart(placement, image.viewSize);
+    job.enlarging = image.enlarging;
+    return job;
+}
+
+CPoint CornerOf(const ViewPlacement& placement, const RasterRect& part) noexcept {
+    return {placement.corner.x + part.x, placement.corner.y + part.y};
+}
+
+bool ShowsAnnotations(const DisplayedImage& image) {
+    return image.annotationsShown != 0 && image.presentation != nullptr;
+}
+
+/// Image coordinates to the surface, as the job takes the pixels.
+ImageToSurface ImagePlace(const DisplayedImage& image, const ViewPlacement& placement) {
+    return ImageToSurface::Placed(image.imageSize, placement.scaled, placement.quarterTurns,
+                                  placement.isMirrored, placement.corner);
+}
+
+/// Where the displayed area lies when it has just been laid out: the user's zoom and pan do not
+/// move it.
+SurfaceArea LaidOutArea(const DisplayedImage& image) {
+    DisplayedImage fresh;
+    fresh.standard = image.standard;
+    fresh.imageSize = image.imageSize;
+    fresh.viewSize = image.viewSize;
+    fresh.rotation = image.rotation;
+    fresh.horizontalFlip = image.horizontalFlip;
+    fresh.screenPixelSize = image.screenPixelSize;
+    LayOutByStandard(fresh);
+    const ImageToSurface place = ImagePlace(fresh, PlacementOf(fresh));
+    CanvasPoint one{0.0, 0.0};
+    CanvasPoint other{static_cast<double>(image.imageSize.cx),
+                      static_cast<double>(image.imageSize.cy)};
+    const auto& applied = image.standard->applied;
+    if (applied && applied->area) {
+        const DisplayedAreaSelection& area = *applied->area;
+        one = {static_cast<double>(area.left - 1), static_cast<double>(area.top - 1)};
+        other = {static_cast<double>(area.right), static_cast<double>(area.bottom)};
+    }
+    const CanvasPoint from = place(one);
+    const CanvasPoint to = place(other);
+    return {std::min(from.x, to.x), std::min(from.y, to.y), std::max(from.x, to.x),
+            std::max(from.y, to.y)};
+}
+
+}  // namespace
+
+QUORVEX_MESSAGE RenderStandardView(DisplayedImage& image) {
+    if (!image.pixels.data) return QVM_ERROR_NO_IMAGE;
+    if (!CanBePlaced(image)) return QVM_ERROR_INVALID_OUTPUT_SIZE;
+    const ViewPlacement placement = PlacementOf(image);
+    const Tables tables = MakeTables(image);
+    const ViewJob job = JobOf(image, tables, placement);
+    const int pixelBytes = ResultPixelBytes(job);
+    const auto bytes = CheckedProduct(job.window.width, job.window.height, pixelBytes);
+    if (!bytes) return QVM_ERROR_INVALID_OUTPUT_SIZE;
+    const bool isAgain = image.resultImage.data && image.resultImage.size == *bytes;
+    PixelBlock fresh = isAgain ? PixelBlock{} : NewPixelBlock(*bytes);
+    unsigned char* const output = (isAgain ? image.resultImage : fresh).data.get();
+    if (job.window.width > 0 && job.window.height > 0) RunViewJob(job, output);
+    if (!isAgain) image.resultImage = std::move(fresh);
+    image.resultSize = {job.window.width, job.window.height};
+    image.renderedPixelSize = pixelBytes;
+    image.renderedPlacement = placement;
+    image.resultCorner = CornerOf(placement, job.window);
+    return QVM_SUCCESS;
+}
+
+bool IsResultStale(const DisplayedImage& image) noexcept {
+    if (!CanBePlaced(image)) return false;
+    ViewPlacement moved = image.renderedPlacement;
+    moved.corner = PlacementOf(image).corner;
+    const RasterRect needed = VisiblePart(moved, image.viewSize);
+    const CPoint corner = image.renderedPlacement.corner;
+    const RasterRect there{image.resultCorner.x - corner.x, image.resultCorner.y - corner.y,
+                           image.resultSize.cx, image.resultSize.cy};
+    return needed.x < there.x || needed.y < there.y ||
+           needed.x + needed.width > there.x + there.width ||
+           needed.y + needed.height > there.y + there.height;
+}
+
+void DrawStandardView(DrawingSurface& surface, const DisplayedImage& image) {
+    const ViewPlacement& rendered = image.renderedPlacement;
+    ViewPlacement present = rendered;
+    if (CanBePlaced(image)) present.corner = PlacementOf(image).corner;
+    const CPoint corner{image.resultCorner.x + present.corner.x - rendered.corner.x,
+                        image.resultCorner.y + present.corner.y - rendered.corner.y};
+    PutPicture(surface, corner, image.resultSize, image.renderedPixelSize,
+               image.resultImage.Bytes());
+    if (!ShowsAnnotations(image)) return;
+    DrawAnnotations(*image.presentation, {ImagePlace(image, present), LaidOutArea(image)}, surface);
+}
+
+}  // namespace quorvex
