@@ -15,7 +15,7 @@ constexpr int kLongestSide = 65535;
 constexpr double kLargestView = 1 << 28;  // pixels: no screen or printer has more
 constexpr double kSmallestZoom = 0.001;
 constexpr double kLargestZoom = 100.0;
-constexpr double kLargestWindow = 1 << 24;
+constexpr double kLargestWindow = 1e15;
 constexpr int kFarthestPan = 1 << 24;
 
 template <class Number>
@@ -61,10 +61,9 @@ CSize ParseSize(const std::string& text) {
 Window ParseWindow(const std::string& text) {
     const auto window = ParsePair<double>(text, ',');
     if (!window || !IsWithin(window->first, kLargestWindow) ||
-        !IsWithin(window->second, kLargestWindow) || window->second < 1)
+        !IsWithin(window->second, kLargestWindow) || !(window->second > 0))
         throw WrongUsage("a window is CENTER,WIDTH, as in 40,400, not " + text);
-    return {static_cast<int>(std::lround(window->first)),
-            static_cast<int>(std::lround(window->second))};
+    return {window->first, window->second};
 }
 
 CPoint ParsePoint(const std::string& text) {

@@ -9,12 +9,12 @@ namespace quorvex::tools {
 
 /// Grey values to show, after the modality stage.
 struct Window {
-    int centre = 0;
-    int width = 0;
+    double centre = 0;
+    double width = 0;
 };
 
 CSize ParseSize(const std::string& text);     ///< "800x600"
-Window ParseWindow(const std::string& text);  ///< "40,400"; fractions are rounded
+Window ParseWindow(const std::string& text);  ///< "40,400"; fractions count
 CPoint ParsePoint(const std::string& text);   ///< "-10,20"
 int ParseRotation(const std::string& text);   ///< any multiple of 90; answers 0 to 270
 double ParseZoom(const std::string& text);    ///< 0.001 to 100

@@ -12,6 +12,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <map>
 #include <new>
 
 namespace quorvex::tools {
@@ -26,6 +27,13 @@ void AddParsed(CLI::App& verb, const char* name, const char* metavar, const char
     verb.add_option_function<std::string>(
             name, [&field, parse](const std::string& text) { field = parse(text); }, help)
         ->type_name(metavar);
+}
+
+// Adds an option whose text is one of some words, each for a value of `field`.
+template <class Field, class Value>
+void AddWords(CLI::App& verb, const char* name, const char* help, Field& field,
+              const std::map<std::string, Value>& words) {
+    verb.add_option(name, field, help)->transform(CLI::CheckedTransformer(words));
 }
 
 // Adds an option that may stand several times, each time one more element of `list`.
@@ -62,6 +70,17 @@ void AddOptions(CLI::App& verb, RenderArguments& arguments) {
     verb.add_option("--frame", arguments.frame, "Which frame, 0 for the first");
     AddParsed(verb, "--view", "WxH", "Size of the view; by default the image's own", arguments.view,
               ParseSize);
+    verb.add_option("--voi", arguments.voi,
+                    "Which of the file's look-up tables and windows to show by, from 1")
+        ->check(CLI::PositiveNumber);
+    AddWords(verb, "--function", "What the window's function is", arguments.function,
+             std::map<std::string, VoiFunction>{{"linear", VoiFunction::kLinear},
+                                                {"exact", VoiFunction::kLinearExact},
+                                                {"sigmoid", VoiFunction::kSigmoid}});
+    AddWords(verb, "--interpolation", "How the image is enlarged", arguments.interpolation,
+             std::map<std::string, Interpolation>{{"linear", Interpolation::kLinear},
+                                                  {"nearest", Interpolation::kNearest},
+                                                  {"cubic", Interpolation::kCubic}});
     AddParsed(verb, "--window", "CENTER,WIDTH", "Grey values to show", arguments.window,
               ParseWindow);
     AddParsed(verb, "--zoom", "Z", "View pixels for one image pixel; by default the view is filled",

@@ -95,7 +95,7 @@ TEST(RenderCommand, LaysTheImageIntoTheView) {
 TEST(RenderCommand, AppliesAStateAndDrawsItsAnnotations) {
     const auto plain = RenderPicture({kSlice, "--state", kState});
     EXPECT_TRUE(plain.pixels == RenderPicture({kSlice, "--window", "-500,1500", "--zoom",
-                                               "1.7066666666666668", "--pan", "95,10"})
+                                               "1.7066666666666668", "--pan", "96,10"})
                                     .pixels);
     const auto drawn = RenderPicture({kSlice, "--state", kState, "--annotations"});
     EXPECT_EQ(drawn.channels, plain.channels);

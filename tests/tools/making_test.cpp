@@ -92,7 +92,7 @@ TEST(CaptureCommand, RefusesWhatDoesNotFit) {
 TEST(StateCommand, IsShownAsItsOptionsSay) {
     const Arguments window = {"--window", "-500,1500"};
     const Arguments area = {"--area", "51,101,350,400"};
-    const Arguments areaByHand = {"--zoom", "1.7066666666666668", "--pan", "95,10"};
+    const Arguments areaByHand = {"--zoom", "1.7066666666666668", "--pan", "96,10"};
     const std::pair<Arguments, Arguments> cases[] = {
         {window, window},
         {{"--invert"}, {"--invert"}},

@@ -55,7 +55,7 @@ TEST(PaletteImage, IsShownInItsColours) {
         }
         const auto path =
             folder.Write("palette.dcm", file.Add(tag::kPixelData, "OB", Bytes{0, 1, 2, 3}).Bytes());
-        constexpr unsigned char k = 254;  // 65535 * 255 / 65536, cut
+        constexpr unsigned char k = 255;
         EXPECT_EQ(PictureBy({"render", path}).pixels, (Bytes{0, 0, 0, k, 0, 0, 0, k, 0, 0, 0, k}));
         const auto info = InfoOf(path);
         EXPECT_TRUE(Has(info, "palette red     4 entries of 16 bits from 0"));

@@ -16,6 +16,9 @@ struct RenderArguments {
     int frame = 0;
     std::optional<CSize> view;  ///< device pixels; by default the image's own size
     std::optional<Window> window;
+    std::optional<VoiFunction> function;  ///< of `window`; by default the file's
+    std::optional<int> voi;  ///< which of the file's tables and windows, counted from 1
+    Interpolation interpolation = Interpolation::kLinear;
     std::optional<double> zoom;  ///< device pixels for one image pixel
     CPoint pan;                  ///< device pixels
     int rotation = 0;            ///< degrees clockwise: 0, 90, 180 or 270

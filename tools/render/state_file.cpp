@@ -1,6 +1,5 @@
 #include "tools/render/state_file.h"
 
-#include "quorvex/Attributes.h"
 #include "quorvex/Tags.h"
 #include "tools/stored_image.h"
 
@@ -54,16 +53,6 @@ ExitStatus StateFile::Open(CDcmApp& app, const std::string& statePath,
     if (SpeaksOf(*state_.GetHeader(), *image.GetHeader())) return kAllDone;
     Complain(statePath, "this is not a presentation state for " + imagePath);
     return kBadInput;
-}
-
-int StateFile::Rotation() const {
-    // A turn counts only beside a flip attribute.
-    if (!Read<CString>(*Object(), tag::kImageHorizontalFlip)) return 0;
-    return Read<unsigned short>(*Object(), tag::kImageRotation).value_or(0) % 360;
-}
-
-bool StateFile::IsFlipped() const {
-    return Read<CString>(*Object(), tag::kImageHorizontalFlip) == CString("Y");
 }
 
 }  // namespace quorvex::tools

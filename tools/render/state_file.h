@@ -16,9 +16,6 @@ public:
     ExitStatus Open(CDcmApp& app, const std::string& statePath, const std::string& imagePath);
 
     [[nodiscard]] CDcmObject* Object() const { return state_.GetHeader(); }
-    /// The turn that the state asks for: 0, 90, 180 or 270 degrees clockwise.
-    [[nodiscard]] int Rotation() const;
-    [[nodiscard]] bool IsFlipped() const;
 
 private:
     mutable CxDcmParser state_;

@@ -25,8 +25,8 @@ Window WidestWindow(const CDcmObject& image, const CXGSPSInfo& info) {
     const double centre = (lowest + std::ldexp(1.0, bits - 1)) * slope + info.rescaleIntercept;
     const double width = std::max(std::abs(std::ldexp(1.0, bits) * slope), 1.0);
     constexpr double kLimit = 1 << 30;
-    return {static_cast<int>(std::clamp(std::round(centre), -kLimit, kLimit)),
-            static_cast<int>(std::clamp(std::round(width), 1.0, kLimit))};
+    return {std::clamp(std::round(centre), -kLimit, kLimit),
+            std::clamp(std::round(width), 1.0, kLimit)};
 }
 
 template <class Table>
@@ -76,8 +76,9 @@ void StateRecord::ChooseWindow(const CDcmObject& image, const StateArguments& ar
     if (!arguments.window && (info_.voiLUTData != nullptr || info_.windowWidth != 0)) return;
     Release(info_.voiLUTData);
     const Window window = arguments.window ? *arguments.window : WidestWindow(image, info_);
-    info_.windowCenter = window.centre;
-    info_.windowWidth = window.width;
+    constexpr double kLimit = 1 << 30;
+    info_.windowCenter = static_cast<int>(std::round(std::clamp(window.centre, -kLimit, kLimit)));
+    info_.windowWidth = static_cast<int>(std::round(std::clamp(window.width, 1.0, kLimit)));
 }
 
 void StateRecord::ChooseArea(const StateArguments& arguments) {
