@@ -33,7 +33,8 @@ void SetStretchBltMode(DrawingSurface& surface, int mode) noexcept;
 int SetDIBitsToDevice(DrawingSurface& surface, CPoint place, const tagBITMAPINFOHEADER& header,
                       std::span<const RGBQUAD> colours, std::span<const unsigned char> bits);
 
-/// The same for a picture whose rows have no padding: 1 byte a pixel (grey) or 3 (blue, green, red).
+/// The same for a picture whose rows have no padding, of 1 byte a pixel (grey) or 3 (blue, green,
+/// red).
 int PutPicture(DrawingSurface& surface, CPoint place, CSize size, int pixelBytes,
                std::span<const unsigned char> bits);
 

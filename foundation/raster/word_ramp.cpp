@@ -120,8 +120,8 @@ std::optional<WordRamp> RampThrough(std::vector<Step> steps, bool isFalling) {
     return ramp;
 }
 
-/// A bias at which the ramp's bytes change exactly where these do, which are those of the words from
-/// its origin on; nothing where there is none.
+/// A bias at which the ramp's bytes change exactly where these do, which are those of the words
+/// from its origin on; nothing where there is none.
 std::optional<std::uint16_t> BiasFor(const WordRamp& ramp, std::span<const std::uint8_t> bytes) {
     const auto quotient = [&](std::size_t place) {
         const auto steps = static_cast<std::uint16_t>(

@@ -14,10 +14,11 @@ inline constexpr std::size_t kWords = 65536;
 /// 255 x (place - start) / width, truncated; below and above it stays as it is there. `top` may
 /// have a byte of its own.
 ///
-/// The quotient is computed as bias + (steps << shift) x factor / 2^16, truncated, over 2^16, with a
-/// factor just below 255 x 2^32 / (width << shift). That is above the exact quotient by less than
-/// 2^-16, or below by nothing that would reach the next whole number, and the exact one lies 1 /
-/// width or more below that: equal for every width up to 65,536.
+/// The quotient is computed as bias + (steps << shift) x factor / 2^16, truncated, over 2^16. For a
+/// whole-number window the bias is 1 and the factor just below 255 x 2^32 / (width << shift): that
+/// is above the exact quotient by less than 2^-16, or below by nothing that would reach the next
+/// whole number, and the exact one lies 1 / width or more below that: equal for every width up to
+/// 65,536.
 struct WordRamp {
     std::uint16_t origin = 0;
     std::uint16_t floor = 0;
@@ -36,8 +37,8 @@ struct WordRamp {
 [[nodiscard]] std::optional<WordRamp> RampOfTable(std::span<const std::uint8_t, kWords> table,
                                                   std::uint16_t firstWord);
 
-/// The ramp of a straight line, rounded to the nearest byte, for the words that hold the low bits of
-/// `low` and of the values that follow it: nothing where it does not give all of `bytes` as they
+/// The ramp of a straight line, rounded to the nearest byte, for the words that hold the low bits
+/// of `low` and of the values that follow it: nothing where it does not give all of `bytes` as they
 /// are, which belong to these values.
 /// @param gain  bytes for one step of a value; not 0
 /// @param zero  the value, a fraction too, at which the line is 0

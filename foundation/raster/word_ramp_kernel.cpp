@@ -59,7 +59,8 @@ private:
         return hn::Add(hn::MulHigh(steps, factorHigh_), hn::ShiftRight<15>(mean));
     }
 
-    /// Three halves are added up; a sum that saturates differs from one that wraps where it carries.
+    /// Three halves are added up; a sum that saturates differs from one that wraps where it
+    /// carries.
     [[nodiscard]] Vector BiasedQuotient(Vector steps) const {
         const Words words;
         const auto carries = [&](Vector a, Vector b) HWY_ATTR {

@@ -226,8 +226,9 @@ public:
     /// Makes the visible image: the whole frame at the present zoom, however small the view is. By
     /// the standard rules only what lies in the view, at its exact size.
     ///
-    /// By the established rules the width is rounded down to a multiple of 4, with a quarter turn the height too. A zoom so
-    /// small that nothing is left gives an empty result, which draws nothing.
+    /// By the established rules the width is rounded down to a multiple of 4, with a quarter turn
+    /// the height too. A zoom so small that nothing is left gives an empty result, which draws
+    /// nothing.
     ///
     /// @return QVM_SUCCESS, or, with the last result kept,
     ///         QVM_ERROR_NO_IMAGE             nothing is open, or no memory

@@ -25,7 +25,8 @@ enum class VoiFunction {
     kSigmoid,      ///< 1 / (1 + exp(-4 (value - centre) / width))
 };
 
-/// How an image is enlarged. Shrinking averages the area of each new pixel, whatever is chosen here.
+/// How an image is enlarged. Shrinking averages the area of each new pixel, whatever is chosen
+/// here.
 enum class Interpolation {
     kLinear,   ///< between pixel centres
     kNearest,  ///< the pixel that the place lies in
