@@ -1,6 +1,6 @@
 // RenderRun: rows resized, mirrored and turned into the output.
 #include "foundation/raster/raster.h"
-#include "foundation/raster/resize_rows.h"
+#include "foundation/raster/scaling/resize_rows.h"
 #include "foundation/types/checked_size.h"
 #include "render/job_rules.h"
 #include "render/render_run.h"

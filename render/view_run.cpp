@@ -1,8 +1,8 @@
 // RunViewJob: rows mapped, marked, scaled, turned.
 #include "foundation/raster/bit_marks.h"
 #include "foundation/raster/byte_table.h"
+#include "foundation/raster/scaling/view_scaler.h"
 #include "foundation/raster/turn_kernels.h"
-#include "foundation/raster/view_scaler.h"
 #include "foundation/types/block.h"
 #include "render/row_mapping.h"
 #include "render/view_job.h"

@@ -1,7 +1,7 @@
 /// All grey stages as one function, computed without rounding before the end.
 #pragma once
 
-#include "presentation/grey_stages.h"
+#include "presentation/grey/grey_stages.h"
 
 #include <cstdint>
 #include <memory>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "pipeline/pixel_block.h"
-#include "presentation/grey_stages.h"
+#include "presentation/grey/grey_stages.h"
 #include "quorvex/DicomObject.h"
 #include "render/view_job.h"
 

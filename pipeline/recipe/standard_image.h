@@ -4,7 +4,7 @@
 #include "pipeline/pixel_block.h"
 #include "pipeline/value_range.h"
 #include "presentation/displayed_area.h"
-#include "presentation/grey_stages.h"
+#include "presentation/grey/grey_stages.h"
 #include "quorvex/DicomObject.h"
 #include "render/view_job.h"
 #include "windowing/display_function.h"

@@ -1,4 +1,4 @@
-#include "foundation/raster/view_scaler.h"
+#include "foundation/raster/scaling/view_scaler.h"
 
 #include "tests/raster/raster_calls.h"
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "foundation/raster/pixel_grid.h"
-#include "foundation/raster/resize_kernels.h"
-#include "foundation/raster/resize_taps.h"
+#include "foundation/raster/scaling/resize_kernels.h"
+#include "foundation/raster/scaling/resize_taps.h"
 #include "quorvex/Types.h"
 
 #include <cstddef>

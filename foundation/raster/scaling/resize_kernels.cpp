@@ -1,9 +1,9 @@
-#include "foundation/raster/resize_kernels.h"
+#include "foundation/raster/scaling/resize_kernels.h"
 
 #include <type_traits>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "foundation/raster/resize_kernels.cpp"
+#define HWY_TARGET_INCLUDE "foundation/raster/scaling/resize_kernels.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 

@@ -1,4 +1,4 @@
-#include "foundation/raster/resize_taps.h"
+#include "foundation/raster/scaling/resize_taps.h"
 
 #include <cmath>
 

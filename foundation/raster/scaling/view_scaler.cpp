@@ -1,6 +1,6 @@
-#include "foundation/raster/view_scaler.h"
+#include "foundation/raster/scaling/view_scaler.h"
 
-#include "foundation/raster/scale_kernels.h"
+#include "foundation/raster/scaling/scale_kernels.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 /// Look-up tables as objects hold them, in every layout that writers use.
 #pragma once
 
-#include "presentation/grey_stages.h"
+#include "presentation/grey/grey_stages.h"
 
 #include <memory>
 

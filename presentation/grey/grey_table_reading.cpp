@@ -1,4 +1,4 @@
-#include "presentation/grey_table_reading.h"
+#include "presentation/grey/grey_table_reading.h"
 
 #include "foundation/dicom/model/attributes.h"
 

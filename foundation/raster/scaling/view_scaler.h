@@ -3,8 +3,8 @@
 
 #include "foundation/raster/pixel_grid.h"
 #include "foundation/raster/raster.h"
-#include "foundation/raster/resize_rows.h"
-#include "foundation/raster/scale_taps.h"
+#include "foundation/raster/scaling/resize_rows.h"
+#include "foundation/raster/scaling/scale_taps.h"
 #include "quorvex/Types.h"
 
 #include <optional>

@@ -1,4 +1,4 @@
-#include "foundation/raster/resize_rows.h"
+#include "foundation/raster/scaling/resize_rows.h"
 
 #include <span>
 #include <utility>

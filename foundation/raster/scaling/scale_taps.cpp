@@ -1,4 +1,4 @@
-#include "foundation/raster/scale_taps.h"
+#include "foundation/raster/scaling/scale_taps.h"
 
 #include <algorithm>
 #include <array>

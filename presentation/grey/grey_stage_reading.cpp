@@ -1,7 +1,7 @@
 // The grey stages of images and presentation states.
 #include "foundation/dicom/model/attributes.h"
-#include "presentation/grey_stages.h"
-#include "presentation/grey_table_reading.h"
+#include "presentation/grey/grey_stages.h"
+#include "presentation/grey/grey_table_reading.h"
 #include "presentation/reference_matching.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "presentation/grey_stages.h"
+#include "presentation/grey/grey_stages.h"
 
 #include <algorithm>
 #include <cmath>

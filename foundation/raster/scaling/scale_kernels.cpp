@@ -1,9 +1,9 @@
-#include "foundation/raster/scale_kernels.h"
+#include "foundation/raster/scaling/scale_kernels.h"
 
 #include <algorithm>
 
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "foundation/raster/scale_kernels.cpp"
+#define HWY_TARGET_INCLUDE "foundation/raster/scaling/scale_kernels.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
