@@ -89,11 +89,13 @@ void RenderRun::MapRowByRamp(int row, int prefetchRow) {
     Hide(info_.shutterMask + pixel, static_cast<unsigned char>(info_.shutterValue), to, count);
 }
 
-/// Red, green, blue become blue, green, red, as bitmaps have them. Without a table all stays black.
+/// Red, green, blue become blue, green, red, as bitmaps have them. Without a table all is black.
 void RenderRun::RenderColorImage(int row) {
-    if (table_ == nullptr) return;
+    const auto count = static_cast<std::size_t>(workRoi_.Width());
+    // The row still holds the overlay of the row two above.
+    if (table_ == nullptr) return void(std::memset(WorkRow(row), 0, count * kColourBytes));
     MapColoursReversed(ByteTable256(table_, 256), info_.pixels + SourcePixel(row) * kColourBytes,
-                       WorkRow(row), static_cast<std::size_t>(workRoi_.Width()));
+                       WorkRow(row), count);
 }
 
 void RenderRun::RenderSuppPal(int row) {

@@ -1,7 +1,7 @@
 // RenderRun: the record checked, the memory taken, the table found.
-#include "quorvex/CXWindowing.h"
 #include "render/job_rules.h"
 #include "render/render_run.h"
+#include "windowing/table_snapshot.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -93,21 +93,17 @@ int RenderRun::PrepareRender() {
 /// Takes the table as it is and widens it to every value that a pixel can have: values outside take
 /// its nearest end, so that no pixel reads past it.
 int RenderRun::FetchLut() {
-    int count = 0;
-    int first = 0;
     if (info_.windowing == nullptr) return kJobWithoutTable;
-    info_.windowing->GetValue(CXWindowing::kDisplayTableCount, &count, nullptr);
-    info_.windowing->GetValue(CXWindowing::kDisplayTableFirst, &first, nullptr);
-    if (count <= 0) return kJobWithoutTable;
-    const HeapBlock fetched = ZeroedBlock(static_cast<std::size_t>(count));
-    info_.windowing->GetValue(CXWindowing::kDisplayTable, fetched.Data(), nullptr);
-
-    info_.lutOffset = first;
+    const DisplayTableSnapshot fetched = WindowingReader::DisplayTable(*info_.windowing);
+    const auto count = static_cast<std::int64_t>(fetched.entries.size());
+    if (count == 0) return kJobWithoutTable;
+    info_.lutOffset = fetched.first;
     const ValueRange values = PixelValues(info_);
     workLut_ = HeapBlock(static_cast<std::size_t>(values.Count()));
     for (std::int64_t i = 0; i < values.Count(); ++i) {
-        const auto place = std::clamp<std::int64_t>(values.lowest + i - first, 0, count - 1);
-        workLut_.Data()[i] = fetched.Data()[place];
+        const auto place =
+            std::clamp<std::int64_t>(values.lowest + i - fetched.first, 0, count - 1);
+        workLut_.Data()[i] = fetched.entries[static_cast<std::size_t>(place)];
     }
     info_.lut = workLut_.Data();
     table_ = workLut_.Data();

@@ -67,11 +67,12 @@ int CXImageCreator::GetRenderingROI(_ROI_INFO& info, CRect& rect) {
     const double viewHeight = swaps ? Width(info.viewRect) : Height(info.viewRect);
     const double width = info.imageWidth;
     const double height = info.imageHeight;
+    const double shownHeight = height * UsableAspectRatio(info.aspectRatio);
     const CPoint pan = CalcImagePanOffset(info.rotation, info.horizontalFlip, info.panOffset);
 
     const double pixel = 1.0 / info.zoom;
     const double acrossMargin = (viewWidth * pixel - width) * 0.5;
-    const double upMargin = (viewHeight * pixel - height * info.aspectRatio) * 0.5;
+    const double upMargin = (viewHeight * pixel - shownHeight) * 0.5;
     rect.left = ClampedEdge(-acrossMargin - pan.x * pixel, info.imageWidth);
     rect.top = ClampedEdge(pan.y * pixel - upMargin, info.imageHeight);
     rect.right = ClampedEdge(width + acrossMargin - pan.x * pixel, info.imageWidth);

@@ -8,6 +8,7 @@
 namespace quorvex {
 
 class CXGSPSInfo;
+struct WindowingReader;
 struct WindowingState;
 
 /// Keeps a table with one display byte for every value of a domain, made of a window or a VOI LUT,
@@ -42,6 +43,10 @@ public:
     ~CXWindowing();
 
     /// Reads one value into `first`, which the caller supplies.
+    ///
+    /// Each call is safe by itself, but a count, a first value and a table that are read in several
+    /// calls belong together only if no other thread changes the window or the domain in between:
+    /// a host that shares the object reads them from a copy of it.
     ///
     ///     selector               written to `first`
     ///     kDisplayTable          kDisplayTableCount bytes; none before the first rebuild
@@ -102,6 +107,8 @@ public:
     int PrepareGSPSProcessing2(CXGSPSInfo* info, int minimum, int maximum);
 
 private:
+    friend struct WindowingReader;
+
     std::unique_ptr<WindowingState> state_;
 };
 

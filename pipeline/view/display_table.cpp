@@ -1,11 +1,12 @@
 #include "pipeline/view/display_table.h"
 
-#include "quorvex/CXWindowing.h"
+#include "windowing/table_snapshot.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 
 namespace quorvex {
 
@@ -30,16 +31,9 @@ struct WindowingTable {
     }
 };
 
-WindowingTable TableOf(CXWindowing& windowing) {
-    int count = 0;
-    int first = 0;
-    windowing.GetValue(CXWindowing::kDisplayTableCount, &count, &first);
-    WindowingTable table{std::vector<unsigned char>(static_cast<std::size_t>(std::max(count, 0))),
-                         first};
-    if (!table.entries.empty()) {
-        windowing.GetValue(CXWindowing::kDisplayTable, table.entries.data(), nullptr);
-    }
-    return table;
+WindowingTable TableOf(const CXWindowing& windowing) {
+    DisplayTableSnapshot fetched = WindowingReader::DisplayTable(windowing);
+    return {std::move(fetched.entries), fetched.firstAsReported};
 }
 
 /// Puts the display values of `values` values from `low` on where the elements that hold their low

@@ -243,6 +243,16 @@ TEST(RenderJob, OverlaysGoInBeforeScaling) {
                   return static_cast<unsigned char>(plain.output.At(x, y, channel) |
                                                     over.At(x, y, channel));
               }));
+
+    // Without a table the picture is black: nothing of a row may come back two rows further up.
+    Image8 blank({4, 4}, 3);
+    Image8 firstRow({4, 4}, 3);
+    std::fill_n(firstRow.samples.begin(), 12, std::uint8_t{255});
+    Job alone(blank, {4, 4}, 3, nullptr);
+    alone.info.renderMode = kRenderOverlay;
+    alone.info.overlayImage = firstRow.samples.data();
+    ASSERT_EQ(alone.Run(), 0);
+    EXPECT_EQ(alone.output, firstRow);
 }
 
 TEST(RenderJob, NothingToShowIsBlack) {
