@@ -122,6 +122,9 @@ QUORVEX_MESSAGE FrameFetch::Locate(unsigned long& offset, unsigned long& size) {
     if (!file_.FramesLieInFile(shape_.syntax)) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     const QUORVEX_MESSAGE collected = CollectFromFile();
     if (collected != QVM_SUCCESS) return collected;
+    const bool isInsideByte =
+        native_ && native_->BeginsInsideByte(static_cast<std::size_t>(frameIndex_));
+    if (isInsideByte) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     const auto* const first =
         native_ ? file_.PixelDataValue(shape_.syntax).data() : coded_.FirstPiece();
     offset = static_cast<std::size_t>(first - file_.FileBytes().data());

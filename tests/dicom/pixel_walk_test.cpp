@@ -129,20 +129,30 @@ TEST(NativeFrames, AreCutBySize) {
     EXPECT_EQ(NativeTexts(CutNative(bytes.first(7), halfChroma, 6, {})), (Texts{"abcd", "efg"}));
 }
 
+const struct {
+    const char* what;
+    PixelShape shape;  ///< rows, columns, samples, bits, frames
+    Texts frames;
+    std::vector<unsigned char> stored;
+} kBits[] = {
+    {"run on", {3, 3, 1, 1, 3}, {{1, 0}, {1, 0}, {1, 0}}, {0x01, 0x02, 0x04, 0x00}},
+    {"run on, not made even", {3, 3, 1, 1, 2}, {"\xFF\1", "\xFF\1"}, {0xFF, 0xFF, 0x03}},
+    {"one frame", {3, 3, 1, 1, 1}, {"\xFF\1"}, {0xFF, 0x01}},
+    {"no count", {3, 3, 1, 1, 0}, {"\xFF\1"}, {0xFF, 0xFF}},
+    {"cut within a frame", {3, 3, 1, 1, 4}, {"\xFF\1", "\x7F"}, {0xFF, 0xFF}},
+    {"bytes of their own", {3, 3, 1, 1, 3}, {{1, 0}, {1, 0}, {1, 0}}, {1, 0, 1, 0, 1, 0}},
+    {"whole bytes", {2, 4, 1, 1, 2}, {"a", "b"}, {'a', 'b'}},
+    {"12 bits", {1, 1, 1, 12, 2}, {"\x34\2", "\x56\1"}, {0x34, 0x62, 0x15}},
+};
+
 TEST(NativeFrames, OfBitsBeginAtTheirLowestBit) {
-    // Three frames of 3 x 3 bits run on: 27 bits, in which only the first of each frame is set.
-    const std::vector<unsigned char> runOn = {0x01, 0x02, 0x04, 0x00};
-    const PixelShape shape{3, 3, 1, 1, 3};
-    const Texts frames = NativeTexts(CutNative(runOn, shape, 0, {}));
-    ASSERT_EQ(frames.size(), 3U);
-    for (const auto& frame : frames) {
-        EXPECT_EQ(frame.size(), 2U);
-        EXPECT_EQ(frame[0], 1);
-        EXPECT_EQ(frame[1] & 1, 0);
+    for (const auto& c : kBits) {
+        const std::size_t bits =
+            std::size_t{c.shape.rows} * c.shape.columns * c.shape.bitsAllocated;
+        for (const std::size_t frameBytes : {std::size_t{0}, bits / 8, (bits + 7) / 8})
+            EXPECT_EQ(NativeTexts(CutNative(c.stored, c.shape, frameBytes, {})), c.frames)
+                << c.what << frameBytes;
     }
-    // Each frame padded to two bytes of its own.
-    const std::vector<unsigned char> padded = {1, 0, 1, 0, 1, 0};
-    EXPECT_EQ(NativeTexts(CutNative(padded, shape, 0, {})).size(), 3U);
 }
 
 /// Joins the pieces of each frame as the events say.

@@ -142,6 +142,26 @@ TEST(FrameAccess, ByteOrderLeavesNoTrace) {
                 0, Done({1, 2, 0, 4}), "a word of one byte");
 }
 
+/// Frames of 3 x 3 bits, one behind the other: bits 0 to 8, 9 to 17 and so on up to the ninth.
+TEST(FrameAccess, FramesOfBitsBeginInsideBytes) {
+    const Bytes stored = {0xFF, 0x55, 0x01, 0, 0, 0, 0, 0, 0, 0xFF, 0x01, 0};
+    const ImageFacts facts{.rows = 3, .columns = 3, .bits = 1, .frames = "9"};
+    const Bytes file = ImageFile(kExplicitUid, facts).Add(tag::kPixelData, "OW", stored).Bytes();
+    const auto frame = [](unsigned char first, unsigned char second) {
+        return Done({first, second, 0, 0, 0, 0, 0, 0, 0});
+    };
+    ExpectFrame(file, 0, frame(0xFF, 1), "all bits");
+    ExpectFrame(file, 1, frame(0xAA, 0), "every other bit");
+    ExpectFrame(file, 8, frame(0xFF, 1), "at a byte again");
+    Parsed parsed(file);
+    EXPECT_EQ(PlaceOf(parsed.parser, 1).code, QVM_ERROR_FAILED_TO_GET_PIXEL_DATA);
+    const Place first = PlaceOf(parsed.parser, 0);
+    const Place ninth = PlaceOf(parsed.parser, 8);
+    EXPECT_EQ(first.size, 2U);
+    EXPECT_EQ(ninth.size, 2U);
+    EXPECT_EQ(ninth.offset, first.offset + 9);
+}
+
 TEST(FrameAccess, JoinsFragments) {
     const Bytes coded = JoinSegments({{5, 1, 2, 3, 4, 5, 6, 0}});
     const std::vector<Bytes> fragments = {{coded.begin(), coded.begin() + 30},

@@ -31,6 +31,12 @@ std::size_t WithBothYFirst(std::size_t index, std::size_t length) {
     return isInTheMiddle ? index - place + (3 - place) : index;
 }
 
+/// Whether a value is not longer than frames without a gap between them, made even.
+bool IsBitByBit(std::size_t bytes, std::size_t frameBits, std::size_t frameCount) noexcept {
+    // 2^32 bits a frame at most, and 2^31 frames.
+    return bytes <= (frameBits * frameCount + 15) / 16 * 2;
+}
+
 std::optional<std::size_t> FrameBits(const PixelShape& shape) noexcept {
     // Two pixels of 4:2:2 have two samples of brightness and one each of the two colours.
     const std::uint32_t samples = shape.isHalfChroma ? 2 : shape.samplesPerPixel;
@@ -66,7 +72,7 @@ NativeFrames NativeFrames::OfBits(Bytes stored, std::size_t frameBits, std::size
                                   NativeOrder order) noexcept {
     NativeFrames frames(stored, (frameBits + 7) / 8, order);
     frames.frameBits_ = frameBits;
-    frames.frameCount_ = std::min(frameCount, stored.size() * 8 / frameBits);
+    frames.frameCount_ = std::min(frameCount, (stored.size() * 8 + frameBits - 1) / frameBits);
     return frames;
 }
 
@@ -76,8 +82,8 @@ void NativeFrames::DropPad(std::size_t frameCount) noexcept {
 }
 
 std::size_t NativeFrames::Length(std::size_t index) const noexcept {
-    return frameBits_ != 0 ? frameBytes_
-                           : std::min(frameBytes_, stored_.size() - LengthAhead(index));
+    if (frameBits_ == 0) return std::min(frameBytes_, stored_.size() - LengthAhead(index));
+    return std::min(frameBytes_, (stored_.size() * 8 - index * frameBits_ + 7) / 8);
 }
 
 bool NativeFrames::LieReady() const noexcept {
@@ -100,10 +106,18 @@ unsigned char NativeFrames::StoredBits(std::size_t firstBit) const noexcept {
     return static_cast<unsigned char>((low | high << 8U) >> shift);
 }
 
+/// The bits of a frame from bit 0 of `to` on.
+void NativeFrames::CopyBits(std::size_t index, std::span<unsigned char> to) const noexcept {
+    for (std::size_t i = 0; i < to.size(); ++i) to[i] = StoredBits(index * frameBits_ + i * 8);
+    const unsigned bitsInLast = frameBits_ % 8;
+    if (bitsInLast != 0 && to.size() == frameBytes_)
+        to.back() = static_cast<unsigned char>(to.back() & ((1U << bitsInLast) - 1));
+}
+
 /// Copies the words from `begin` on that are whole in `to`, and gives their bytes. None where
 /// frames are cut within a word.
 std::size_t NativeFrames::CopyWords(std::size_t begin, std::span<unsigned char> to) const {
-    if (frameBits_ != 0 || order_.sharesChroma || begin % order_.wordBytes != 0) return 0;
+    if (order_.sharesChroma || begin % order_.wordBytes != 0) return 0;
     const auto words = to.first(to.size() / order_.wordBytes * order_.wordBytes);
     const Bytes from = stored_.subspan(begin, words.size());
     if (order_.wordBytes == 2) {
@@ -120,10 +134,13 @@ Bytes NativeFrames::Frame(std::size_t index, std::span<unsigned char> block) con
     const std::size_t begin = LengthAhead(index);
     const std::size_t length = Length(index);
     if (LieReady()) return stored_.subspan(begin, length);
+    if (frameBits_ != 0) {
+        CopyBits(index, block.first(length));
+        return block.first(length);
+    }
     for (std::size_t i = CopyWords(begin, block.first(length)); i < length; ++i) {
         const std::size_t from = order_.sharesChroma ? WithBothYFirst(i, length) : i;
-        block[i] =
-            frameBits_ != 0 ? StoredBits(index * frameBits_ + i * 8) : StoredByte(begin + from);
+        block[i] = StoredByte(begin + from);
     }
     return block.first(length);
 }
@@ -132,10 +149,13 @@ NativeFrames CutNative(Bytes stored, const PixelShape& shape, std::size_t frameB
                        NativeOrder order) noexcept {
     const auto own = StoredFrameBytes(shape);
     const auto bits = FrameBits(shape);
-    const bool sharesBytes = shape.bitsAllocated == 1 && shape.frameCount > 1 && own &&
-                             *bits % 8 != 0 && stored.size() / shape.frameCount < *own;
-    if (sharesBytes) return NativeFrames::OfBits(stored, *bits, shape.frameCount, order);
-    const bool takesOwn = own && (frameBytes == 0 || shape.isHalfChroma);
+    // A caller that cuts the started byte off means these frames, too.
+    const bool endsInByte =
+        own && *bits % 8 != 0 && (frameBytes == 0 || frameBytes == *own || frameBytes == *bits / 8);
+    const std::size_t frameCount = std::max<std::size_t>(shape.frameCount, 1);
+    if (endsInByte && IsBitByBit(stored.size(), *bits, frameCount))
+        return NativeFrames::OfBits(stored, *bits, frameCount, order);
+    const bool takesOwn = own && (frameBytes == 0 || endsInByte || shape.isHalfChroma);
     NativeFrames frames(stored, takesOwn ? *own : frameBytes, order);
     frames.DropPad(shape.frameCount);
     return frames;

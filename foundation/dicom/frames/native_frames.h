@@ -42,8 +42,8 @@ class NativeFrames {
 public:
     /// Cuts `stored` into frames of `frameBytes`, the last one possibly shorter; 0 leaves it whole.
     NativeFrames(Bytes stored, std::size_t frameBytes, NativeOrder order) noexcept;
-    /// Frames of 1 bit a pixel that follow each other within a byte: each is given from the lowest
-    /// bit of its first byte on.
+    /// Frames that follow each other bit by bit: each is given from the lowest bit of its first byte
+    /// on, with zeros behind its last bit.
     static NativeFrames OfBits(Bytes stored, std::size_t frameBits, std::size_t frameCount,
                                NativeOrder order) noexcept;
 
@@ -51,9 +51,13 @@ public:
     void DropPad(std::size_t frameCount) noexcept;
 
     [[nodiscard]] std::size_t Count() const noexcept { return frameCount_; }
-    /// Bytes of the frames ahead of this one.
+    /// Whole bytes of the frames ahead of this one.
     [[nodiscard]] std::size_t LengthAhead(std::size_t index) const noexcept {
-        return index * frameBytes_;
+        return frameBits_ != 0 ? index * frameBits_ / 8 : index * frameBytes_;
+    }
+    /// A frame's first bit is not the lowest of a byte: its bytes lie nowhere in the value.
+    [[nodiscard]] bool BeginsInsideByte(std::size_t index) const noexcept {
+        return index * frameBits_ % 8 != 0;
     }
     /// Bytes of a frame; `index` is below `Count()`.
     [[nodiscard]] std::size_t Length(std::size_t index) const noexcept;
@@ -68,6 +72,7 @@ private:
     [[nodiscard]] std::size_t CopyWords(std::size_t begin, std::span<unsigned char> to) const;
     [[nodiscard]] unsigned char StoredByte(std::size_t index) const noexcept;
     [[nodiscard]] unsigned char StoredBits(std::size_t firstBit) const noexcept;
+    void CopyBits(std::size_t index, std::span<unsigned char> to) const noexcept;
 
     Bytes stored_;
     std::size_t frameBytes_ = 0;
@@ -78,6 +83,9 @@ private:
 
 /// The cut that the shape and the amount of data ask for; `frameBytes` 0 takes the shape's own. A
 /// pad byte behind the last frame belongs to none.
+///
+/// Frames that do not end with a byte follow each other bit by bit (DICOM PS3.5 8.1.1 and 8.2); some
+/// writers begin each of them in a byte of its own, which is known by the longer value.
 [[nodiscard]] NativeFrames CutNative(Bytes stored, const PixelShape& shape, std::size_t frameBytes,
                                      NativeOrder order) noexcept;
 
