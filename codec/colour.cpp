@@ -1,6 +1,5 @@
 #include "codec/colour.h"
 
-#include "codec/full_range.h"
 #include "foundation/raster/interleave.h"
 #include "foundation/raster/raster.h"
 #include "foundation/types/block.h"
@@ -40,26 +39,33 @@ void InterleaveRgb(const ColourFrame& frame, std::span<const unsigned char> sour
     InterleavePlanes(planes, frame.Pixels(), frame.bytesPerSample, rgb);
 }
 
-void ConvertPartial422(const ColourFrame& frame, const unsigned char* source, unsigned char* rgb) {
+void ConvertPartial422(const ColourFrame& frame, std::span<const unsigned char> source,
+                       std::span<unsigned char> rgb) {
+    if (frame.isExact) {
+        return ConvertYbr422(source, frame.Pixels(), YbrArithmetic::kExactVideo, rgb);
+    }
     const CSize size{static_cast<std::int32_t>(frame.columns),
                      static_cast<std::int32_t>(frame.rows)};
     const auto columns = static_cast<std::ptrdiff_t>(frame.columns);
-    ippiYCbCr422ToRGB_8u_C2C3R(source, 2 * columns, rgb, 3 * columns, size);
+    ippiYCbCr422ToRGB_8u_C2C3R(source.data(), 2 * columns, rgb.data(), 3 * columns, size);
 }
 
 /// Converts a source that has all of its bytes.
 void ConvertWhole(const ColourFrame& frame, std::span<const unsigned char> source,
                   std::span<unsigned char> rgb) {
     const std::size_t pixels = frame.Pixels();
+    const auto arithmetic = frame.isExact ? YbrArithmetic::kExact : YbrArithmetic::kWrapped;
     switch (frame.form) {
         case ColourForm::kFullPlanes:
-            return ConvertFullRangePlanes(source, pixels, rgb);
+            return ConvertYbrPlanes(source, pixels, arithmetic, rgb);
         case ColourForm::kFullInterleaved:
-            return ConvertFullRangePixels(source, pixels, rgb);
+            return ConvertYbrPixels(source, pixels, arithmetic, rgb);
         case ColourForm::kFull422:
-            return ConvertFullRange422(source, pixels, rgb);
+            return ConvertYbr422(source, pixels, arithmetic, rgb);
         case ColourForm::kPartial422:
-            return ConvertPartial422(frame, source.data(), rgb.data());
+            return ConvertPartial422(frame, source, rgb);
+        case ColourForm::kPartialPlanes:
+            return ConvertYbrPlanes(source, pixels, YbrArithmetic::kExactVideo, rgb);
         case ColourForm::kRgbPlanes:
             return InterleaveRgb(frame, source, rgb.data());
         case ColourForm::kRgbInterleaved:
@@ -133,11 +139,10 @@ bool ConvertToRgb(const ColourFrame& frame, std::span<const unsigned char> sourc
     return true;
 }
 
-void ConvertYbrPixels(std::span<unsigned char> pixels) {
+void ConvertYbrInPlace(std::span<unsigned char> pixels, YbrArithmetic arithmetic) {
     const HeapBlock stored(pixels.size());
     std::ranges::copy(pixels, stored.Data());
-    ConvertToRgb({.form = ColourForm::kFullInterleaved, .columns = pixels.size() / 3, .rows = 1},
-                 stored.Bytes(), pixels);
+    ConvertYbrPixels(stored.Bytes(), pixels.size() / 3, arithmetic, pixels);
 }
 
 }  // namespace quorvex

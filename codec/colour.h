@@ -1,6 +1,8 @@
 /// Three-sample frames in every stored form, brought to interleaved R, G, B.
 #pragma once
 
+#include "codec/ybr_to_rgb.h"
+
 #include <cstddef>
 #include <span>
 #include <string_view>
@@ -14,12 +16,14 @@ enum class ColourForm {
     kFullInterleaved,  ///< the same, pixel by pixel
     kFull422,          ///< groups of Y, Cb, Y, Cr: two pixels share their colour
     kPartial422,       ///< the same groups in the video range
+    kPartialPlanes,    ///< full planes in the video range, as RLE has them
     kRgbPlanes,
     kRgbInterleaved,
 };
 
 [[nodiscard]] constexpr bool IsPlanar(ColourForm form) noexcept {
-    return form == ColourForm::kRgbPlanes || form == ColourForm::kFullPlanes;
+    return form == ColourForm::kRgbPlanes || form == ColourForm::kFullPlanes ||
+           form == ColourForm::kPartialPlanes;
 }
 
 struct ColourFrame {
@@ -27,6 +31,7 @@ struct ColourFrame {
     std::size_t columns = 0;
     std::size_t rows = 0;
     std::size_t bytesPerSample = 1;  ///< 1, 2 or 4
+    bool isExact = false;            ///< colours are rounded and clamped, not as the established
 
     [[nodiscard]] std::size_t Pixels() const noexcept { return columns * rows; }
     /// Bytes of the converted frame.
@@ -47,6 +52,6 @@ bool ConvertToRgb(const ColourFrame& frame, std::span<const unsigned char> sourc
                   std::span<unsigned char> rgb);
 
 /// Converts whole pixels of full-range Y, Cb, Cr bytes in place. Throws std::bad_alloc.
-void ConvertYbrPixels(std::span<unsigned char> pixels);
+void ConvertYbrInPlace(std::span<unsigned char> pixels, YbrArithmetic arithmetic);
 
 }  // namespace quorvex

@@ -41,6 +41,16 @@ bool FrameDecoder::IsDecodable() const noexcept {
     return areSamplesKnown && frame_.Pixels() != 0 && frame_.bitsAllocated >= 8;
 }
 
+ColourFrame FrameDecoder::DescribeColour(std::size_t frameBytes) const noexcept {
+    const std::size_t samples = frame_.Pixels() * frame_.samplesPerPixel;
+    ColourFrame colour = frame_.DescribeColour(samples == 0 ? 1 : frameBytes / samples);
+    // RLE segments are whole planes; the established rules read them as groups all the same.
+    const bool isRle = CodingOf(frame_.transferSyntax) == FrameCoding::kRle;
+    if (isRle && colour.isExact && colour.form == ColourForm::kPartial422)
+        colour.form = ColourForm::kPartialPlanes;
+    return colour;
+}
+
 QUORVEX_MESSAGE FrameDecoder::Decode(unsigned char*& result, unsigned long& resultSize) {
     if (frame_.transferSyntax == kSyntaxNone) return QVM_ERROR_INVALID_SOURCE_SYNTAX;
     const DecoderRow* decoder = DecoderOf(frame_.transferSyntax);
@@ -56,6 +66,8 @@ QUORVEX_MESSAGE FrameDecoder::Decode(unsigned char*& result, unsigned long& resu
         IsTooShort(result, resultSize, *frameBytes)) {
         return QVM_ERROR_FAILED_TO_DECOMPRESS;
     }
+    const bool isConverted = frame_.IsColour() && decoder->coding == FrameCoding::kRle;
+    if (isConverted && !IsShown(DescribeColour(*frameBytes))) return QVM_ERROR_INVALID_PHOTOMETRIC;
     const FrameBlock block(result, *frameBytes, allocMode_);
     target_ = block.Bytes();
     resultSize = *frameBytes;
@@ -74,16 +86,21 @@ QUORVEX_MESSAGE FrameDecoder::CopyColourFrame(unsigned char*& result, unsigned l
         IsTooShort(result, resultSize, *frameBytes)) {
         return QVM_ERROR_FAILED_TO_DECOMPRESS;
     }
+    const ColourFrame colour = DescribeColour(*frameBytes);
+    if (!IsShown(colour)) return QVM_ERROR_INVALID_PHOTOMETRIC;
     const FrameBlock block(result, *frameBytes, allocMode_);
     if (block.IsNew()) resultSize = *frameBytes;
-    const ColourFrame colour = frame_.DescribeColour(sampleBytes);
     if (!ConvertToRgb(colour, source_, block.Bytes())) block.ClearBehind(0);
+    isWhole_ = source_.size() >= colour.StoredBytes();
     return QVM_FRAME_COPIED;
 }
 
 QUORVEX_MESSAGE FrameDecoder::CopyFrame(unsigned char*& result, unsigned long& resultSize) {
     const auto frameBytes = frame_.FrameBytes(frame_.SampleBytesFor(source_.size()));
-    if (!IsPlausiblePicture(frameBytes, source_.size())) return QVM_ERROR_FAILED_TO_DECOMPRESS;
+    if (!IsPlausiblePicture(frameBytes, source_.size()) ||
+        IsTooShort(result, resultSize, std::min(*frameBytes, frame_.PackedBytes()))) {
+        return QVM_ERROR_FAILED_TO_DECOMPRESS;
+    }
     std::size_t size = std::max(*frameBytes, source_.size());
     if (result != nullptr) size = resultSize != 0 ? resultSize : *frameBytes;
     const FrameBlock block(result, size, allocMode_);
@@ -92,6 +109,7 @@ QUORVEX_MESSAGE FrameDecoder::CopyFrame(unsigned char*& result, unsigned long& r
     const std::size_t count = std::min(size, source_.size());
     if (count != 0) std::memcpy(block.Bytes().data(), source_.data(), count);
     block.ClearBehind(count);
+    isWhole_ = source_.size() >= frame_.PackedBytes();
     return QVM_FRAME_COPIED;
 }
 

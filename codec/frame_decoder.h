@@ -27,12 +27,19 @@ public:
     /// std::bad_alloc.
     QUORVEX_MESSAGE Decode(unsigned char*& result, unsigned long& resultSize);
 
+    /// Makes colours of Y, Cb, Cr rounded and clamped in every coding, and refuses a colour that it
+    /// does not know with QVM_ERROR_INVALID_PHOTOMETRIC, where it would else be black.
+    void TakeExactColours() noexcept { frame_.hasExactColour = true; }
+    /// Whether the source gave every sample of the frame, undamaged; good after a success.
+    [[nodiscard]] bool IsWhole() const noexcept { return isWhole_; }
+
     // The codings: 1 for a frame, also for a part of one; 0 for none.
 
     /// RLE. A damaged frame of three samples is shown as far as it goes.
     int DecompressRLEData();
     /// JPEG of every kind. The width of a sample comes from the header, their number from the
-    /// stream. A stream that does not fit its header's rows is refused; surplus lines are left out.
+    /// stream. A stream with longer rows than its header's is refused, shorter ones have zeros
+    /// behind them; surplus lines are left out.
     int DecompressJpegData();
     /// JPEG 2000. The stream must be as the header says in size and number of samples; samples of
     /// fewer bits than the header allocates are widened. Rows are packed.
@@ -42,7 +49,12 @@ private:
     QUORVEX_MESSAGE CopyFrame(unsigned char*& result, unsigned long& resultSize);
     QUORVEX_MESSAGE CopyColourFrame(unsigned char*& result, unsigned long& resultSize);
     [[nodiscard]] bool IsDecodable() const noexcept;
-    void DecompressColourRle();
+    /// What an RLE or a plain frame of three samples is converted from.
+    [[nodiscard]] ColourFrame DescribeColour(std::size_t frameBytes) const noexcept;
+    /// False for a colour that must not come out black.
+    [[nodiscard]] bool IsShown(const ColourFrame& colour) const noexcept {
+        return colour.form != ColourForm::kUnknown || !frame_.hasExactColour;
+    }
 
     FrameDescription frame_;
     std::span<unsigned char> source_;
@@ -51,6 +63,7 @@ private:
     std::span<unsigned char> target_;  ///< the whole frame's block
     std::size_t written_ = 0;          ///< bytes of target_ that have a value
     std::size_t told_ = 0;             ///< the size that the caller is told
+    bool isWhole_ = true;
 };
 
 }  // namespace quorvex

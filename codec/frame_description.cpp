@@ -32,7 +32,7 @@ std::size_t FrameDescription::SampleBytesFor(std::size_t available) const noexce
 
 ColourFrame FrameDescription::DescribeColour(std::size_t bytesPerSample) const noexcept {
     return {ColourFormOf(photometric, planarConfiguration, bytesPerSample), columns, rows,
-            bytesPerSample};
+            bytesPerSample, hasExactColour};
 }
 
 void SwapByte(unsigned char* data, unsigned long length) noexcept {

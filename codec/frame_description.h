@@ -31,6 +31,11 @@ struct FrameDescription {
     /// have the room, which count as 2 bytes otherwise.
     [[nodiscard]] std::size_t SampleBytesFor(std::size_t available) const noexcept;
 
+    /// Bytes of the samples bit by bit, a started byte counted whole.
+    [[nodiscard]] std::size_t PackedBytes() const noexcept {
+        return (Pixels() * samplesPerPixel * bitsAllocated + 7) / 8;
+    }
+
     [[nodiscard]] bool IsColour() const noexcept { return samplesPerPixel == kColourSamples; }
     /// Grey, or indices of a palette: one sample a pixel.
     [[nodiscard]] bool IsGrey() const noexcept {
@@ -41,6 +46,10 @@ struct FrameDescription {
     }
     [[nodiscard]] bool Mentions(std::u16string_view part) const noexcept {
         return photometric.find(part) != std::u16string_view::npos;
+    }
+    /// How coded Y, Cb, Cr become R, G, B: never wrapped, since nothing else decodes them so.
+    [[nodiscard]] YbrArithmetic CodedArithmetic() const noexcept {
+        return hasExactColour ? YbrArithmetic::kExact : YbrArithmetic::kClamped;
     }
     /// What ConvertToRgb() makes of a frame of three samples.
     [[nodiscard]] ColourFrame DescribeColour(std::size_t bytesPerSample) const noexcept;
@@ -55,6 +64,7 @@ struct FrameDescription {
     TRANSFER_SYNTAX transferSyntax = kSyntaxNone;
     QUORVEX_XFERSYNTAX targetSyntax{};
     std::uint32_t quality = 0;
+    bool hasExactColour = false;  ///< Y, Cb, Cr become rounded and clamped R, G, B
 };
 
 /// Exchanges the two bytes of each whole pair, in place.

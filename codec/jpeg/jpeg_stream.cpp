@@ -69,7 +69,9 @@ JpegStream::Lines JpegStream::Decode(std::span<unsigned char> block) const noexc
         answer = decompress(handle_, rows, std::min(stripeLines, height - line));
     }
     const auto lines = static_cast<std::size_t>(decompressed_lines(handle_));
-    const Lines decoded{lines * layout_.rowBytes, answer == -1};
+    const bool isBroken = answer == -1;
+    const Lines decoded{lines * layout_.rowBytes, isBroken,
+                        isBroken || decompression_warnings(handle_) != 0};
     if (decoded.areBroken) std::ranges::fill(block.subspan(decoded.bytes), 0);
     return decoded;
 }

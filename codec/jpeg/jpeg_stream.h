@@ -45,7 +45,8 @@ public:
 
     struct Lines {
         std::size_t bytes = 0;
-        bool areBroken = false;  ///< the stream is damaged, or ended early
+        bool areBroken = false;   ///< the stream is damaged, or ended early
+        bool areDamaged = false;  ///< also where the decoder could go on behind the damage
     };
     /// Decodes stripe by stripe, each straight to its place, as many lines as `block` has room for.
     /// What a broken stream does not give is 0.

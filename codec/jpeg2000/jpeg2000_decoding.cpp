@@ -30,7 +30,8 @@ int FrameDecoder::DecompressJ2KData() {
                        std::abs(parameters.bitmap.biHeight), parameters.bitmap.biWidth);
     if (streamBytes != target_.size() || RunRequests(parameters) != 1) return 0;
     written_ = target_.size();
-    if (IsStoredYbr(parameters, frame_)) ConvertYbrPixels(target_);
+    isWhole_ = !parameters.isIncomplete;
+    if (IsStoredYbr(parameters, frame_)) ConvertYbrInPlace(target_, frame_.CodedArithmetic());
     return 1;
 }
 

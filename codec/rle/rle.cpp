@@ -43,34 +43,36 @@ void ReadGroup(RlePlaneReader& reader, std::size_t group, std::size_t width,
     }
 }
 
-/// Decodes by `pass`, which is told how many segments count and tells the first damaged one. Planes
-/// go side by side, so damage is known only afterwards; then once more without the segments behind
-/// it.
+/// Decodes by `pass`, which reads all planes by a reader. Planes go side by side, so damage is known
+/// only afterwards; then once more without the segments behind it.
 template <class Pass>
-bool DecodeUpToDamage(std::size_t segments, Pass pass) {
-    const std::size_t damaged = pass(segments);
-    if (damaged + 1 < segments) pass(damaged + 1);
-    return damaged == segments;
+RleOutcome DecodeUpToDamage(const RleHeader& header, std::size_t width, Pass pass) {
+    RlePlaneReader reader(header, width, header.count);
+    pass(reader);
+    const std::size_t damaged = reader.FirstDamaged();
+    if (damaged + 1 < header.count) {
+        RlePlaneReader sound(header, width, damaged + 1);
+        pass(sound);
+    }
+    const bool isSound = damaged == header.count;
+    return {.isSound = isSound, .isWhole = isSound && !reader.IsShort()};
 }
 
-bool DecodeGroups(const RleHeader& header, const RleGroups& groups,
-                  std::span<unsigned char> frame) {
-    return DecodeUpToDamage(header.count, [&](std::size_t active) {
-        RlePlaneReader reader(header, groups.width, active);
+RleOutcome DecodeGroups(const RleHeader& header, const RleGroups& groups,
+                        std::span<unsigned char> frame) {
+    return DecodeUpToDamage(header, groups.width, [&](RlePlaneReader& reader) {
         for (std::size_t g = 0; g < groups.count; ++g) {
             ReadGroup(reader, g, groups.width, frame.subspan(g * groups.bytes, groups.bytes));
         }
-        return reader.FirstDamaged();
     });
 }
 
 /// Three planes, converted band by band.
-bool DecodePlanes(const RleHeader& header, const ColourFrame& colour,
-                  std::span<unsigned char> rgb) {
+RleOutcome DecodePlanes(const RleHeader& header, const ColourFrame& colour,
+                        std::span<unsigned char> rgb) {
     const std::size_t sampleBytes = colour.bytesPerSample;
     std::vector<unsigned char> band(kColourSamples * RlePlaneReader::kBandPlaces * sampleBytes);
-    return DecodeUpToDamage(header.count, [&](std::size_t active) {
-        RlePlaneReader reader(header, sampleBytes, active);
+    return DecodeUpToDamage(header, sampleBytes, [&](RlePlaneReader& reader) {
         for (std::size_t pixel = 0; pixel < colour.Pixels(); pixel += RlePlaneReader::kBandPlaces) {
             ColourFrame part = colour;
             part.rows = 1;
@@ -82,31 +84,36 @@ bool DecodePlanes(const RleHeader& header, const ColourFrame& colour,
             ConvertToRgb(part, std::span(band).first(kColourSamples * plane),
                          rgb.subspan(pixel * kColourSamples * sampleBytes, kColourSamples * plane));
         }
-        return reader.FirstDamaged();
     });
 }
 
 }  // namespace
 
-bool DecodeRle(std::span<const unsigned char> source, const RleLayout& layout,
-               std::span<unsigned char> frame) {
+RleOutcome DecodeRle(std::span<const unsigned char> source, const RleLayout& layout,
+                     std::span<unsigned char> frame) {
     const auto header = ReadRleHeader(source);
     const RleGroups groups = GroupsOf(layout, header ? header->count : 0, frame.size());
     std::ranges::fill(frame.subspan(groups.count * groups.bytes), static_cast<unsigned char>(0));
-    return header && DecodeGroups(*header, groups, frame) && groups.areAllInside;
+    if (!header) return {};
+    RleOutcome outcome = DecodeGroups(*header, groups, frame);
+    const bool isEverywhere = groups.count * groups.bytes == frame.size();
+    outcome.isSound = outcome.isSound && groups.areAllInside;
+    outcome.isWhole = outcome.isWhole && outcome.isSound && isEverywhere &&
+                      IsSegmentEachByte(layout, header->count);
+    return outcome;
 }
 
-bool DecodeRleColour(std::span<const unsigned char> source, const RleLayout& layout,
-                     const ColourFrame& colour, std::span<unsigned char> rgb) {
+RleOutcome DecodeRleColour(std::span<const unsigned char> source, const RleLayout& layout,
+                           const ColourFrame& colour, std::span<unsigned char> rgb) {
     const auto header = ReadRleHeader(source);
     const bool isPlanar = layout.isPlanar && IsPlanar(colour.form);
     if (header && isPlanar && IsSegmentEachByte(layout, header->count)) {
         return DecodePlanes(*header, colour, rgb);
     }
     const PageBlock stored(rgb.size());
-    const bool isWhole = DecodeRle(source, layout, stored.Bytes());
+    const RleOutcome outcome = DecodeRle(source, layout, stored.Bytes());
     ConvertToRgb(colour, stored.Bytes(), rgb);
-    return isWhole;
+    return outcome;
 }
 
 }  // namespace quorvex

@@ -16,6 +16,11 @@ struct RleLayout {
     bool isPlanar = false;  ///< one plane a sample; otherwise the segments of a pixel lie together
 };
 
+struct RleOutcome {
+    bool isSound = false;  ///< nothing is damaged
+    bool isWhole = false;  ///< and the segments gave every byte
+};
+
 /// Decodes a whole frame; every byte of `frame` is written, with 0 where no segment reaches.
 ///
 /// Interleaved, segment i of n gives byte n - 1 - i of each pixel, so that the high byte, which
@@ -23,14 +28,14 @@ struct RleLayout {
 /// segments of one sample give one plane in the same order; with another count each segment gives a
 /// plane.
 ///
-/// @return false for a damaged frame: no 64-byte header, more than 15 segments, a segment that
-///         begins or ends outside the source or belongs outside the frame, a run that passes the
-///         plane's end. Segments behind the first damaged one are not decoded.
-bool DecodeRle(std::span<const unsigned char> source, const RleLayout& layout,
-               std::span<unsigned char> frame);
+/// Damaged is a frame without a 64-byte header, with more than 15 segments, with a segment that
+/// begins or ends outside the source or belongs outside the frame, or with a run that passes the
+/// plane's end. Segments behind the first damaged one are not decoded.
+RleOutcome DecodeRle(std::span<const unsigned char> source, const RleLayout& layout,
+                     std::span<unsigned char> frame);
 
 /// The same for a frame of three samples, brought to R, G, B as `colour` says.
-bool DecodeRleColour(std::span<const unsigned char> source, const RleLayout& layout,
-                     const ColourFrame& colour, std::span<unsigned char> rgb);
+RleOutcome DecodeRleColour(std::span<const unsigned char> source, const RleLayout& layout,
+                           const ColourFrame& colour, std::span<unsigned char> rgb);
 
 }  // namespace quorvex

@@ -14,20 +14,14 @@ RleLayout LayoutOf(const FrameDescription& frame, std::size_t frameBytes) noexce
 }  // namespace
 
 int FrameDecoder::DecompressRLEData() {
-    if (frame_.IsColour()) {
-        DecompressColourRle();
-        return 1;
-    }
-    written_ = target_.size();
-    return DecodeRle(source_, LayoutOf(frame_, target_.size()), target_) ? 1 : 0;
-}
-
-void FrameDecoder::DecompressColourRle() {
     const RleLayout layout = LayoutOf(frame_, target_.size());
-    const ColourFrame colour = frame_.DescribeColour(layout.bytesPerSample);
-    if (colour.form == ColourForm::kUnknown) return;
-    DecodeRleColour(source_, layout, colour, target_);
+    const ColourFrame colour = DescribeColour(target_.size());
+    if (frame_.IsColour() && colour.form == ColourForm::kUnknown) return 1;
+    const RleOutcome outcome = frame_.IsColour() ? DecodeRleColour(source_, layout, colour, target_)
+                                                 : DecodeRle(source_, layout, target_);
     written_ = target_.size();
+    isWhole_ = outcome.isWhole;
+    return frame_.IsColour() || outcome.isSound ? 1 : 0;
 }
 
 }  // namespace quorvex

@@ -29,7 +29,11 @@ void RlePlaneReader::Read(std::size_t group, std::span<unsigned char> bytes) {
 }
 
 std::size_t RlePlaneReader::ReadSegment(std::size_t index, std::span<unsigned char> plane) {
-    if (index < active_) return readers_[index].Read(plane);
+    if (index < active_) {
+        const std::size_t given = readers_[index].Read(plane);
+        isShort_ = isShort_ || given < plane.size();
+        return given;
+    }
     std::ranges::fill(plane, static_cast<unsigned char>(0));
     return 0;
 }

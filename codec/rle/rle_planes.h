@@ -30,6 +30,8 @@ public:
     /// The first segment that is damaged; the number of segments for a sound frame. To be asked
     /// when every group has been read to its end.
     [[nodiscard]] std::size_t FirstDamaged() const noexcept;
+    /// A segment had fewer bytes than were read of it.
+    [[nodiscard]] bool IsShort() const noexcept { return isShort_; }
 
 private:
     std::size_t ReadSegment(std::size_t index, std::span<unsigned char> plane);
@@ -41,6 +43,7 @@ private:
     std::array<RleSegmentReader, kMostRleSegments> readers_;
     std::vector<unsigned char> band_;
     bool isLastPastEnd_ = false;
+    bool isShort_ = false;
 };
 
 }  // namespace quorvex

@@ -6,6 +6,7 @@
 #include "tests/support/answers.h"
 
 #include <algorithm>
+#include <array>
 #include <gtest/gtest.h>
 #include <string_view>
 
@@ -42,6 +43,9 @@ constexpr struct {
     {"fewer columns", {20, 30, 1, 16}, false},
     {"fewer rows: the surplus lines are left out", {40, 7, 1, 16}, true},
     {"more rows: the rest is zero", {40, 60, 1, 16}, true},
+    {"more columns: zeros behind each line", {47, 30, 1, 16}, true},
+    {"more columns, fewer rows", {47, 7, 1, 16}, true},
+    {"more of both", {41, 33, 1, 16}, true},
     {"three samples", {40, 30, 3, 16}, false},
     {"8 bits", {40, 30, 1, 8}, false},
     {"tiny", {1, 1, 1, 16}, false},
@@ -62,10 +66,13 @@ TEST(CodedFrames, AHeaderOfAnotherSizeGivesWhatFitsOrACode) {
                   codeOf(c.isJpeg2000Decoded))
             << c.what;
         if (!c.isJpegDecoded) continue;
-        Bytes expected = pixels;
-        expected.resize(bytes);
+        const std::size_t lines = std::min(c.header.rows, 30U);
+        const std::size_t stride = c.header.columns * 2;
+        Bytes expected(bytes);
+        for (std::size_t line = 0; line < lines; ++line)
+            std::copy_n(&pixels[line * 80], 80, &expected[line * stride]);
         EXPECT_EQ(decoded.frame, expected) << c.what;
-        EXPECT_EQ(decoded.size, std::min(bytes, pixels.size())) << c.what;
+        EXPECT_EQ(decoded.size, lines * stride) << c.what;
     }
 }
 
@@ -146,28 +153,64 @@ TEST(CodedFrames, TheBlindRoutesTellTroubleApart) {
     }
 }
 
-TEST(CodedFrames, LosslessYbrIsShownInColour) {
-    Bytes ybr;  // a red
-    for (int i = 0; i < 12; ++i) ybr.insert(ybr.end(), {82, 90, 240});
-    Bytes stream = Code(LosslessCoding(4, 3, 3, 8), ybr);
-    // The coder marks its samples as R, G, B; a stream without marks is what its header says.
+/// Lossless samples that no marker calls R, G, B: they are what their header says.
+Bytes UnmarkedLossless(const Bytes& pixels) {
+    Bytes stream = Code(LosslessCoding(4, 3, 3, 8), pixels);
     const std::string_view name = "Adobe";
     const auto adobe = std::search(stream.begin(), stream.end(), name.begin(), name.end());
-    ASSERT_NE(adobe, stream.end());
+    EXPECT_NE(adobe, stream.end());
     *adobe = 'x';
     for (std::size_t i = 0; i + 3 < stream.size(); ++i) {
         const bool isId = stream[i + 1] == 0x11 || stream[i + 1] == 0x00;
         if (isId && std::string_view("RGB").find(static_cast<char>(stream[i])) < 3)
             stream[i] -= 'A';
     }
-    for (const char* photometric : {"YBR_FULL", "YBR_FULL_422"}) {
-        _IMAGE_PROCESS_PARAM param = ParamOf(kJpegLossless, {4, 3, 3});
-        param.photometric = photometric;
-        const auto decoded = DecodeGuarded(param, stream, ybr.size());
-        ASSERT_EQ(decoded.code, QVM_SUCCESS);
-        EXPECT_NEAR(decoded.frame[0], 239, 2);
-        EXPECT_NEAR(decoded.frame[1], 15, 2);
-        EXPECT_NEAR(decoded.frame[2], 15, 2);
+    return stream;
+}
+
+/// Y, Cb and Cr as components without a colour transform: the coder's own transform makes them of
+/// other samples (ITU-T T.800 G.2), and the stream does not say so any more.
+Bytes UntransformedJpeg2000(const std::array<unsigned char, 3>& ybr) {
+    const int u = ybr[1] - 128;
+    const int v = ybr[2] - 128;
+    const int green = ybr[0] - ((u + v) >> 2);
+    Bytes pixels;
+    for (int i = 0; i < 12; ++i) {
+        for (const int sample : {green + v, green, green + u})
+            pixels.push_back(static_cast<unsigned char>(sample));
+    }
+    Bytes stream = CodeJpeg2000({4, 3, 3, 1, 8}, pixels);
+    const unsigned char codingStyle[] = {0xFF, 0x52};
+    std::ranges::search(stream, codingStyle).begin()[8] = 0;
+    return stream;
+}
+
+constexpr struct {
+    const char* what;
+    std::array<unsigned char, 3> ybr, rgb;
+} kColours[] = {
+    {"red", {82, 90, 240}, {239, 15, 15}},
+    {"beyond white", {252, 130, 130}, {255, 250, 255}},
+    {"below black", {100, 128, 38}, {0, 164, 100}},
+};
+
+TEST(CodedFrames, LosslessYbrIsShownInColour) {
+    for (const auto& c : kColours) {
+        Bytes ybr;
+        for (int i = 0; i < 12; ++i) ybr.insert(ybr.end(), c.ybr.begin(), c.ybr.end());
+        const Bytes jpeg = UnmarkedLossless(ybr);
+        const Bytes j2k = UntransformedJpeg2000(c.ybr);
+        for (const char* photometric : {"YBR_FULL", "YBR_FULL_422"}) {
+            for (const auto syntax : {kJpegLossless, kJpeg2000Lossless}) {
+                _IMAGE_PROCESS_PARAM param = ParamOf(syntax, {4, 3, 3});
+                param.photometric = photometric;
+                const auto decoded =
+                    DecodeGuarded(param, syntax == kJpegLossless ? jpeg : j2k, ybr.size());
+                ASSERT_EQ(decoded.code, QVM_SUCCESS) << c.what;
+                EXPECT_EQ(First(decoded.frame, 3), Bytes(c.rgb.begin(), c.rgb.end()))
+                    << c.what << syntax;
+            }
+        }
     }
 }
 

@@ -1,9 +1,13 @@
 #include "codec/colour.h"
 
-#include "codec/full_range.h"
+#include "codec/ybr_to_rgb.h"
 #include "tests/codec/coded_frames.h"
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <span>
 
 namespace quorvex::test {
 namespace {
@@ -26,29 +30,74 @@ Bytes Convert(_IMAGE_PROCESS_PARAM param, Bytes source, std::size_t size) {
 unsigned char Low8(double value) {
     return static_cast<unsigned char>(static_cast<int>(value));
 }
+unsigned char ClampedByte(double value) {
+    return static_cast<unsigned char>(std::clamp(value, 0.0, 255.0));
+}
 
-TEST(FullRangeColour, IsTheDoubleArithmeticForEveryInput) {
+using Pixel = std::array<unsigned char, 3>;
+
+template <class ToByte>
+Pixel ByDoubles(int y, int cb, int cr, ToByte toByte) {
+    return {toByte(y + 1.401987577 * cr - 0.00003682 * cb + 0.5),
+            toByte(y - 0.344113281 * cb - 0.714103821 * cr + 0.5),
+            toByte(y + 1.771978117 * cb - 0.000134583 * cr + 0.5)};
+}
+
+unsigned char RoundedQuotient(std::int64_t number, std::int64_t divisor) {
+    const std::int64_t twice = 2 * number + divisor;
+    const std::int64_t floor = twice / (2 * divisor) - (twice < 0 && twice % (2 * divisor) != 0);
+    return static_cast<unsigned char>(std::clamp<std::int64_t>(floor, 0, 255));
+}
+
+/// The inverse in whole numbers: `y` and the chroma are counted in ySteps and chromaSteps of 1 / 1.
+Pixel ByFractions(std::int64_t y, std::int64_t cb, std::int64_t cr, int ySteps, int chromaSteps) {
+    // 1.402, 1.772, 0.299 * 1.402 / 0.587 and 0.114 * 1.772 / 0.587 with the denominator 587000.
+    constexpr std::int64_t kOne = 587'000;
+    const std::int64_t luma = 255 * y * kOne * chromaSteps;
+    const std::int64_t chroma = std::int64_t{255} * ySteps;
+    const std::int64_t divisor = kOne * ySteps * chromaSteps;
+    return {RoundedQuotient(luma + chroma * 822'974 * cr, divisor),
+            RoundedQuotient(luma - chroma * (202'008 * cb + 419'198 * cr), divisor),
+            RoundedQuotient(luma + chroma * 1'040'164 * cb, divisor)};
+}
+
+const struct {
+    const char* what;
+    YbrArithmetic arithmetic;
+    Pixel (*expected)(int y, int cb, int cr);
+} kArithmetics[] = {
+    {"wrapped", YbrArithmetic::kWrapped,
+     [](int y, int cb, int cr) { return ByDoubles(y, cb, cr, Low8); }},
+    {"clamped", YbrArithmetic::kClamped,
+     [](int y, int cb, int cr) { return ByDoubles(y, cb, cr, ClampedByte); }},
+    {"exact", YbrArithmetic::kExact,
+     [](int y, int cb, int cr) { return ByFractions(y, cb, cr, 255, 255); }},
+    {"exact video", YbrArithmetic::kExactVideo,
+     [](int y, int cb, int cr) { return ByFractions(y - 16, cb, cr, 219, 224); }},
+};
+
+/// Every pair of colours at every fifth brightness.
+TEST(YbrToRgb, IsItsArithmetic) {
     constexpr std::size_t kPixels = 65536;
     Bytes source(3 * kPixels);
     Bytes rgb(3 * kPixels);
-    for (int y = 0; y < 256; ++y) {
-        for (std::size_t p = 0; p < kPixels; ++p) {
-            source[3 * p] = static_cast<unsigned char>(y);
-            source[3 * p + 1] = static_cast<unsigned char>(p >> 8);
-            source[3 * p + 2] = static_cast<unsigned char>(p);
+    for (const auto& c : kArithmetics) {
+        for (int y = 0; y < 256; y += 5) {
+            for (std::size_t p = 0; p < kPixels; ++p) {
+                source[3 * p] = static_cast<unsigned char>(y);
+                source[3 * p + 1] = static_cast<unsigned char>(p >> 8);
+                source[3 * p + 2] = static_cast<unsigned char>(p);
+            }
+            ConvertYbrPixels(source, kPixels, c.arithmetic, rgb);
+            std::size_t wrong = 0;
+            for (std::size_t p = 0; p < kPixels; ++p) {
+                const int cb = static_cast<int>(p >> 8) - 128;
+                const int cr = static_cast<int>(p & 255) - 128;
+                if (!std::ranges::equal(c.expected(y, cb, cr), std::span(rgb).subspan(3 * p, 3)))
+                    ++wrong;
+            }
+            ASSERT_EQ(wrong, 0U) << c.what << ", Y " << y;
         }
-        ConvertFullRangePixels(source, kPixels, rgb);
-        std::size_t wrong = 0;
-        for (std::size_t p = 0; p < kPixels; ++p) {
-            const int cb = static_cast<int>(p >> 8) - 128;
-            const int cr = static_cast<int>(p & 255) - 128;
-            const bool isSame =
-                rgb[3 * p] == Low8(y + 1.401987577 * cr - 0.00003682 * cb + 0.5) &&
-                rgb[3 * p + 1] == Low8(y - 0.344113281 * cb - 0.714103821 * cr + 0.5) &&
-                rgb[3 * p + 2] == Low8(y + 1.771978117 * cb - 0.000134583 * cr + 0.5);
-            wrong += isSame ? 0 : 1;
-        }
-        ASSERT_EQ(wrong, 0U) << "Y " << y;
     }
 }
 

@@ -22,7 +22,7 @@ std::size_t FrameBytes(const RleLayout& layout) {
 Decoded Decode(const Bytes& source, const RleLayout& layout) {
     const GuardedBytes guarded(source);
     Decoded decoded{false, Bytes(FrameBytes(layout), 0xEE)};
-    decoded.isWhole = DecodeRle(guarded.Bytes(), layout, decoded.frame);
+    decoded.isWhole = DecodeRle(guarded.Bytes(), layout, decoded.frame).isSound;
     return decoded;
 }
 
@@ -150,11 +150,11 @@ TEST(Rle, ColourBehindADamagedPlaneIsNotDecoded) {
     const ColourFrame colour{ColourForm::kRgbPlanes, kPixels, 1, 1};
     const RleLayout layout{kPixels, 3, 1, true};
     Bytes rgb(3 * kPixels, 0xEE);
-    EXPECT_TRUE(DecodeRleColour(JoinSegments(segments), layout, colour, rgb));
+    EXPECT_TRUE(DecodeRleColour(JoinSegments(segments), layout, colour, rgb).isWhole);
     for (std::size_t p = 0; p < kPixels; ++p) ASSERT_EQ(rgb[3 * p + 2], planes[2][p]) << p;
 
     segments[1].assign({0, 77, 0xFF});  // the second plane breaks off
-    EXPECT_FALSE(DecodeRleColour(JoinSegments(segments), layout, colour, rgb));
+    EXPECT_FALSE(DecodeRleColour(JoinSegments(segments), layout, colour, rgb).isSound);
     EXPECT_EQ(rgb[1], 77);
     for (std::size_t p = 0; p < kPixels; ++p) {
         ASSERT_EQ(rgb[3 * p], planes[0][p]) << p;
