@@ -138,7 +138,8 @@ public:
     ///         QVM_ERROR_INVALID_TARGET_SYNTAX   a format other than 1, 5 and 7
     ///         QVM_ERROR_INVALID_PHOTOMETRIC     palette colour without its tables
     ///         QVM_ERROR_INVALID_BITS_ALLOCATED  a depth that is neither 1 bit nor whole bytes
-    ///         or a failure of CxImageProcessor::CompressFrameData()
+    ///         or a failure of CxImageProcessor::CompressFrameData(): then both blocks are null and
+    ///         their sizes 0
     QUORVEX_MESSAGE MakeThumbNail(int frame, CSize size, QUORVEX_XFERSYNTAX format,
                                   int useDataRange, unsigned char*& image, unsigned long& imageSize,
                                   tagBITMAPINFOHEADER*& bitmapHeader,

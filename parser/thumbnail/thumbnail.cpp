@@ -50,6 +50,7 @@ struct ThumbnailImage {
     std::unique_ptr<unsigned char[]> block;
     unsigned long size = 0;
     std::uint16_t samples = 1;
+    CString photometric;
 };
 
 ThumbnailImage Scale(SmallPixels& small, const FrameShape& shape, CSize size) {
@@ -64,24 +65,21 @@ ThumbnailImage Scale(SmallPixels& small, const FrameShape& shape, CSize size) {
     scaled.result = processor.ResizeImage(&param, small.Data(), block, scaled.size, size);
     scaled.block.reset(block);
     scaled.samples = small.samples;
+    // A frame that was not grey has become R, G, B by now.
+    const bool isColour = small.samples == 3 || shape.photometric.Find("YBR") >= 0;
+    scaled.photometric = isColour ? CString("RGB") : shape.photometric;
     return scaled;
 }
 
-/// A frame that was not grey has become R, G, B by now.
-CString PhotometricOf(const SmallPixels& small, const FrameShape& shape) {
-    const bool isColour = small.samples == 3 || shape.photometric.Find("YBR") >= 0;
-    return isColour ? CString("RGB") : shape.photometric;
-}
-
-ThumbnailImage Compress(const ThumbnailImage& scaled, const CString& photometric,
-                        const ThumbnailForm& form) {
+/// Without block and size where the coder refuses.
+ThumbnailImage Compress(const ThumbnailImage& scaled, const ThumbnailForm& form) {
     constexpr std::int32_t kLargest = 65535;
     if (form.size.cx > kLargest || form.size.cy > kLargest)
         return ThumbnailImage(QVM_ERROR_FAILED_TO_COMPRESS);
     _IMAGE_PROCESS_PARAM param;
     param.transferSyntax = kExplicitLittleEndian;
     param.samplesPerPixel = scaled.samples;
-    param.photometric = photometric;
+    param.photometric = scaled.photometric;
     param.planarConfiguration = 0;
     param.rows = static_cast<std::uint16_t>(form.size.cy);
     param.columns = static_cast<std::uint16_t>(form.size.cx);
@@ -98,7 +96,7 @@ ThumbnailImage Compress(const ThumbnailImage& scaled, const CString& photometric
     return coded;
 }
 
-/// The frame at its full size as bytes, then at the size of the thumbnail, then coded.
+/// The frame at its full size as bytes, then at the size of the thumbnail.
 ThumbnailImage Make(FrameFetch& fetch, const ParsedFile& file, const ThumbnailForm& form) {
     std::unique_ptr<unsigned char[]> owner;
     std::span<const unsigned char> pixels;
@@ -108,9 +106,7 @@ ThumbnailImage Make(FrameFetch& fetch, const ParsedFile& file, const ThumbnailFo
     SmallPixels small =
         ReduceToBytes(*file.GetHeader(), shape, pixels, form.useDataRange, form.size.cy);
     if (small.result != QVM_SUCCESS) return ThumbnailImage(small.result);
-    ThumbnailImage scaled = Scale(small, shape, form.size);
-    if (scaled.result != QVM_SUCCESS || form.syntax == kXferUncompressed) return scaled;
-    return Compress(scaled, PhotometricOf(small, shape), form);
+    return Scale(small, shape, form.size);
 }
 
 }  // namespace
@@ -125,15 +121,17 @@ QUORVEX_MESSAGE CxDcmParser::MakeThumbNail(int frame, CSize size, QUORVEX_XFERSY
         if (size.cx < 1 || size.cy < 1) return QVM_ERROR_INVALID_OUTPUT_SIZE;
         if (!IsThumbnailFormat(format)) return QVM_ERROR_INVALID_TARGET_SYNTAX;
         FrameFetch fetch(state_->file, state_->frameIndex, frame);
-        ThumbnailImage made = Make(fetch, state_->file, {size, format, useDataRange != 0, quality});
+        const ThumbnailForm form{size, format, useDataRange != 0, quality};
+        ThumbnailImage made = Make(fetch, state_->file, form);
         if (made.result != QVM_SUCCESS) return made.result;
+        if (format != kXferUncompressed) made = Compress(made, form);
         HeapBlock header;
         if (format == kXferUncompressed) header = MakeBitmapHeader(size, made.samples);
         bitmapHeaderSize = header.Size();
         bitmapHeader = static_cast<tagBITMAPINFOHEADER*>(static_cast<void*>(header.Release()));
         imageSize = made.size;
         image = made.block.release();
-        return QVM_SUCCESS;
+        return made.result;
     });
 }
 

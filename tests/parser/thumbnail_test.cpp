@@ -188,6 +188,23 @@ TEST(ThumbnailPixels, TakeEveryDepth) {
     }
 }
 
+TEST(Thumbnail, LeavesNothingBehindARefusingCoder) {
+    Parsed parsed(NativeFile(kExplicitUid, {4, 4, 8}, Bytes(16, 5)));
+    Bytes old(4);
+    unsigned char* image = old.data();
+    unsigned long size = 4;
+    tagBITMAPINFOHEADER former;
+    tagBITMAPINFOHEADER* header = &former;
+    unsigned long headerSize = 40;
+    EXPECT_EQ(parsed.parser.MakeThumbNail(0, {65536, 1}, kXferJpegBaseline, 1, image, size, header,
+                                          headerSize, 90),
+              QVM_ERROR_FAILED_TO_COMPRESS);
+    EXPECT_EQ(image, nullptr);
+    EXPECT_EQ(size, 0U);
+    EXPECT_EQ(header, nullptr);
+    EXPECT_EQ(headerSize, 0U);
+}
+
 TEST(Thumbnail, SaysWhyThereIsNone) {
     constexpr ImageFacts kPalette{2, 2, 8, "PALETTE COLOR"};
     const struct {
