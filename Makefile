@@ -7,7 +7,8 @@ FILE ?=
 # ON makes every warning an error.
 WERROR ?= OFF
 
-.PHONY: run test bench fuzz asan tsan soak corpus-asan memcheck check tidy abi docs format install clean build
+.PHONY: run test conformance conformance-cases bench fuzz asan tsan soak corpus-asan memcheck \
+    check tidy abi docs format install clean build
 
 build:
 	@cmake --preset $(PRESET) -DCMAKE_COMPILE_WARNING_AS_ERROR=$(WERROR) $(CMAKE_ARGS) >/dev/null
@@ -23,6 +24,26 @@ test:
 	@scripts/install_packages.sh test
 	@$(MAKE) --no-print-directory build CMAKE_ARGS="-DQUORVEX_TESTS=ON"
 	@ctest --preset $(PRESET)
+
+# Holds the command against the display suite; ADAPTER=dcmtk or pydicom takes another tool.
+ADAPTER ?= quorvex
+conformance:
+	@scripts/install_packages.sh conformance
+ifeq ($(ADAPTER),quorvex)
+	@$(MAKE) --no-print-directory build BUILD_ARGS="--target quorvex"
+	@conformance/run --adapter quorvex --program $(BUILD)/bin/quorvex --quiet \
+	    --page $(BUILD)/display-suite.html
+else
+	@mkdir -p build
+	@conformance/run --adapter $(ADAPTER) --quiet --page build/display-suite-$(ADAPTER).html
+endif
+
+# Makes the cases of the display suite anew, with what DCMTK agrees to.
+conformance-cases:
+	@scripts/install_packages.sh conformance
+	@/usr/bin/python3 -W ignore conformance/make_cases.py
+	@conformance/confirm
+	@/usr/bin/python3 -W ignore conformance/make_cases.py
 
 # The same tests under the address and undefined-behaviour sanitizers.
 asan:

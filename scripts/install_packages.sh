@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs the Debian packages that a job needs and that are missing.
-# Usage: install_packages.sh run|test|bench|fuzz|memcheck|check|docs
+# Usage: install_packages.sh run|test|conformance|bench|fuzz|memcheck|check|docs
 set -eu
 job=${1:-run}
 
@@ -8,6 +8,7 @@ build="g++ cmake ninja-build make ccache pkg-config zlib1g-dev libpng-dev libcli
        libjpeg62-turbo-dev libopenjp2-7-dev libgdcm-dev libhwy-dev libssl-dev
        libcairo2-dev libfreetype-dev fonts-dejavu-core"
 tests="libgtest-dev python3 python3-pydicom dcmtk dicom3tools"
+displays="python3 python3-numpy python3-pydicom dcmtk"
 benches="libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev"
 
 fuzzers="clang libclang-rt-14-dev python3 python3-pydicom"
@@ -16,6 +17,7 @@ checkers="clang-format clang-tidy abigail-tools git python3"
 case $job in
     run) packages=$build ;;
     test) packages="$build $tests" ;;
+    conformance) packages="$build $displays" ;;
     bench) packages="$build $tests $benches" ;;
     memcheck) packages="$build $tests valgrind" ;;
     check) packages="$build $checkers" ;;

@@ -1,0 +1,1 @@
+"""What the suite's commands share: PNG files, cases, tools, comparison and the page."""
