@@ -4,10 +4,10 @@ from pathlib import Path
 
 HERE = Path(__file__).resolve().parent
 
-QUORVEX = ("{input} -o {output} [--view {width}x{height}] [{default_view}] [--frame {frame}] [--state {state}] "
-           "[--window {window}] [--function {function}] [--voi {voi}] [--rotate {rotate}] "
-           "[--flip{flip}] [--invert{invert}] [--overlays{overlays}] [--shutter{shutter}] "
-           "[--interpolation {interpolation}]")
+QUORVEX = ("{input} -o {output} [--view {width}x{height}] [{default_view}] [--frame {frame}] "
+           "[--state {state}] [--window {window}] [--function {function}] [--voi {voi}] "
+           "[--rotate {rotate}] [--flip{flip}] [--invert{invert}] [--overlays{overlays}] "
+           "[--shutter{shutter}] [--interpolation {interpolation}]")
 SCRIPT = ("{input} {output} --size {width}x{height} --frame {frame} [--state {state}] "
           "[--centre={centre} --width={window_width}] [--function {function}] [--voi {voi}] "
           "[--rotate {rotate}] [--flip{flip}] [--invert{invert}] [--overlays{overlays}] "

@@ -88,7 +88,8 @@ def add_chosen_windows(book):
         book.add(f"window/choice_{voi}", several, f"window {voi} of three", VOI,
                  sums=[(row, column, linear_sum(pixels[row, column], centre, width))], **chosen)
     plain = make.image("asked", pixels, WindowCenter="128", WindowWidth="256")
-    for name, window, function in (("asked", [80, 50], None), ("asked_fraction", [80.5, 33.25], None),
+    for name, window, function in (("asked", [80, 50], None),
+                                   ("asked_fraction", [80.5, 33.25], None),
                                    ("asked_one", [80, 1], None), ("asked_two", [80, 2], None),
                                    ("asked_exact", [80, 50], "exact"),
                                    ("asked_exact_half", [80, 0.5], "exact"),

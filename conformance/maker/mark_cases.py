@@ -131,7 +131,8 @@ NOTCHED = {"VerticesOfThePolygonalShutter": [2, 2, 2, 15, 15, 15, 8, 8, 15, 2]}
 
 # Name, shapes, attributes, open spots, hidden spots; rows and columns from 1.
 SHUTTERS = (
-    ("rectangle", "RECTANGULAR", RECTANGLE, ((5, 3), (14, 12)), ((4, 3), (5, 2), (15, 12), (14, 13)),
+    ("rectangle", "RECTANGULAR", RECTANGLE, ((5, 3), (14, 12)),
+     ((4, 3), (5, 2), (15, 12), (14, 13)),
      "edges are inclusive and counted from 1"),
     ("whole", "RECTANGULAR", WHOLE, ((1, 1), (16, 16), (1, 16), (16, 1)), (),
      "a rectangle over the whole image hides nothing"),

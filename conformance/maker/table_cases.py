@@ -164,7 +164,8 @@ def add_state_rest(book):
     deep = make.image("state 12 bits", count(start=200, step=8), 16, 12)
     book.add("state/no_window_deep", deep,
              "a state without window: the whole range that the modality stage can give",
-             STATE + ".1.3; PS3.3 C.11.6.1", state=make.state(deep), sums=[(8, 0, "(200+128*8)*255/4095")])
+             STATE + ".1.3; PS3.3 C.11.6.1", state=make.state(deep),
+             sums=[(8, 0, "(200+128*8)*255/4095")])
     small = make.image("state small slope", count(step=257), 16, 16)
     book.add("state/small_slope", small, "a state's small slope and narrow window", STATE,
              state=make.state(small, window=("3", "6"), RescaleSlope="0.0001",
@@ -242,9 +243,9 @@ def add_functional_groups(book):
             ("over_top", top, "functional groups ahead of the top level", own)):
         for frame in (0, 1, 2) if name == "own" else (2,):
             slope, intercept, centre, width = settings[frame]
-            book.add(f"frames/{name}_{frame + 1}", made, reason, "PS3.3 C.7.6.16.2.9, C.7.6.16.2.10",
-                     frame=frame, sums=[(6, 4, linear_sum(f"{slope}*100+({intercept})", centre,
-                                                          width))])
+            book.add(f"frames/{name}_{frame + 1}", made, reason,
+                     "PS3.3 C.7.6.16.2.9, C.7.6.16.2.10", frame=frame,
+                     sums=[(6, 4, linear_sum(f"{slope}*100+({intercept})", centre, width))])
     add_frames(book)
 
 

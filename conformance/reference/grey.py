@@ -139,7 +139,8 @@ def default_level(image, modality, stored):
 
 def user_window(view):
     centre, width = view["window"]
-    return WINDOWS[ASKED[view.get("function", "linear")]](Fraction(str(centre)), Fraction(str(width)))
+    function = WINDOWS[ASKED[view.get("function", "linear")]]
+    return function(Fraction(str(centre)), Fraction(str(width)))
 
 
 def image_levels(image, attributes, stored, view):

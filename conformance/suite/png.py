@@ -1,4 +1,4 @@
-"""PNG files by zlib alone: 8 bits a sample, grey or R, G, B, with or without alpha, or a palette."""
+"""PNG files by zlib alone: written with 8 bits, grey or R, G, B; read in every form."""
 import struct
 import zlib
 
