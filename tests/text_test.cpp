@@ -13,14 +13,27 @@ TEST(CString, KeepsEveryCharacterOfUtf8) {
     EXPECT_EQ(string.ToUtf8(), text);
 }
 
-TEST(CString, BadBytesBecomeReplacementCharacters) {
-    // A lone continuation, an overlong slash, a surrogate, a sequence that breaks off.
-    for (const char* bad : {"\x80", "\xC0\xAF", "\xED\xA0\x80", "\xE5\xB1"}) {
-        const CString string(bad);
-        ASSERT_FALSE(string.IsEmpty());
-        for (int i = 0; i < string.GetLength(); ++i) EXPECT_EQ(string[i], 0xFFFD) << i;
+TEST(CString, KeepsBytesThatAreNoText) {
+    const struct {
+        const char* what;
+        const char* bytes;
+        const char* valid;
+    } kBytes[] = {
+        {"a lone continuation", "\x80", "\xEF\xBF\xBD"},
+        {"an overlong slash", "\xC0\xAF", "\xEF\xBF\xBD\xEF\xBF\xBD"},
+        {"a surrogate", "\xED\xB2\x80", "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"},
+        {"a sequence that breaks off", "/a\xE5\xB1", "/a\xEF\xBF\xBD\xEF\xBF\xBD"},
+        {"text on both sides", "\xC3\xBC\xFC\xC3\xBC", "\xC3\xBC\xEF\xBF\xBD\xC3\xBC"},
+    };
+    for (const auto& c : kBytes) {
+        const CString string(c.bytes);
+        EXPECT_EQ(string.ToUtf8(), c.bytes) << c.what;
+        EXPECT_EQ(string.ToValidUtf8(), c.valid) << c.what;
+        EXPECT_EQ((CString("a") + string).Mid(1), string) << c.what;
     }
+    // A surrogate that stands for no byte.
     EXPECT_EQ(CString(u"\xD800x").ToUtf8(), "\xEF\xBF\xBDx");
+    EXPECT_EQ(CString(u"\xDC7Fx").ToUtf8(), "\xEF\xBF\xBDx");
 }
 
 TEST(CString, CutsAndFindsInsideItsText) {

@@ -11,7 +11,7 @@ namespace quorvex::tools {
 
 std::string JsonString(std::string_view text) {
     std::string quoted = "\"";
-    for (const char c : CString(text).ToUtf8()) {
+    for (const char c : CString(text).ToValidUtf8()) {
         if (c == '"' || c == '\\') {
             quoted += '\\';
             quoted += c;

@@ -39,7 +39,7 @@ std::string Printable(std::string_view text) {
             printable += CString(std::u16string_view(&c, 1));
         }
     }
-    return printable.ToUtf8();
+    return printable.ToValidUtf8();
 }
 
 void Complain(std::string_view name, std::string_view sentence) {

@@ -1,6 +1,7 @@
 #include "foundation/platform/diagnostics.h"
 
 #include "foundation/types/answer.h"
+#include "foundation/types/utf.h"
 #include "quorvex/Types.h"
 
 #include <mutex>
@@ -32,7 +33,8 @@ void SetDebugOutput(DebugSink sink, void* user) noexcept {
 
 void WriteDebugLine(std::string_view line) noexcept {
     (void)Contain(false, [&] {
-        const std::string text(line);
+        // Lines may name files, and names may be any bytes.
+        const std::string text = Utf8FromUtf16(Utf16FromUtf8(line));
         const Sink sink = CurrentSink();
         if (sink.call != nullptr) {
             sink.call(text.c_str(), sink.user);

@@ -18,12 +18,16 @@ std::size_t Clamped(int value, std::size_t most) {
 }  // namespace
 
 CString::CString(const char* utf8) : CString(std::string_view(utf8 == nullptr ? "" : utf8)) {}
-CString::CString(std::string_view utf8) : text_(Utf16FromUtf8(utf8)) {}
+CString::CString(std::string_view utf8) : text_(Utf16FromBytes(utf8)) {}
 CString::CString(const std::string& utf8) : CString(std::string_view(utf8)) {}
 CString::CString(const char16_t* text) : text_(text == nullptr ? u"" : text) {}
 CString::CString(std::u16string_view text) : text_(text) {}
 
 std::string CString::ToUtf8() const {
+    return BytesFromUtf16(text_);
+}
+
+std::string CString::ToValidUtf8() const {
     return Utf8FromUtf16(text_);
 }
 

@@ -7,9 +7,15 @@ namespace quorvex {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
+constexpr char32_t kNoCharacter = 0x110000;
+/// Added to a byte above 127 that is no part of UTF-8, it gives the surrogate that stands for it.
+constexpr char32_t kByteBase = 0xDC00;
 
 constexpr bool IsSurrogate(char32_t c) {
     return c >= 0xD800 && c <= 0xDFFF;
+}
+constexpr bool StandsForByte(char32_t c) {
+    return c >= kByteBase + 0x80 && c <= kByteBase + 0xFF;
 }
 constexpr bool IsContinuation(unsigned char c) {
     return (c & 0xC0U) == 0x80;
@@ -24,7 +30,7 @@ constexpr std::size_t SequenceLength(unsigned char lead) {
     return 0;
 }
 
-/// Takes one character off the front of `text`; a bad byte is taken alone.
+/// Takes one character off the front of `text`; a bad byte is taken alone, as no character.
 char32_t TakeUtf8(std::string_view& text) {
     constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
     constexpr unsigned char kLeadBits[] = {0, 0x7F, 0x1F, 0x0F, 0x07};
@@ -39,7 +45,7 @@ char32_t TakeUtf8(std::string_view& text) {
     }
     isGood = isGood && c >= kSmallest[length] && c <= 0x10FFFF && !IsSurrogate(c);
     text.remove_prefix(isGood ? length : 1);
-    return isGood ? c : kReplacement;
+    return isGood ? c : kNoCharacter;
 }
 
 /// Characters at the beginning that are one byte each, as nearly all are.
@@ -58,13 +64,14 @@ void AppendUtf16(std::u16string& text, char32_t c) {
     text += static_cast<char16_t>(0xDC00 + ((c - 0x10000) & 0x3FFU));
 }
 
+/// Takes one character off the front of `text`; a surrogate without its partner is taken as it is.
 char32_t TakeUtf16(std::u16string_view& text) {
     const char32_t first = text.front();
     text.remove_prefix(1);
     if (!IsSurrogate(first)) return first;
     const bool isPair =
         first < 0xDC00 && !text.empty() && text.front() >= 0xDC00 && text.front() <= 0xDFFF;
-    if (!isPair) return kReplacement;
+    if (!isPair) return first;
     const char32_t second = text.front();
     text.remove_prefix(1);
     return 0x10000 + ((first - 0xD800) << 10U) + (second - 0xDC00);
@@ -83,23 +90,60 @@ void AppendUtf8(std::string& text, char32_t c) {
     }
 }
 
-}  // namespace
-
-std::u16string Utf16FromUtf8(std::string_view utf8) {
+/// `unreadable` gives the character for a byte that is no part of UTF-8.
+template <class Unreadable>
+std::u16string Utf16From(std::string_view utf8, Unreadable unreadable) {
     const auto* const begin = reinterpret_cast<const unsigned char*>(utf8.data());
     const std::size_t plain = PlainLength(utf8);
     std::u16string text(begin, begin + plain);
     utf8.remove_prefix(plain);
     text.reserve(plain + utf8.size());
-    while (!utf8.empty()) AppendUtf16(text, TakeUtf8(utf8));
+    while (!utf8.empty()) {
+        const auto lead = static_cast<unsigned char>(utf8.front());
+        const char32_t c = TakeUtf8(utf8);
+        AppendUtf16(text, c == kNoCharacter ? unreadable(lead) : c);
+    }
     return text;
 }
 
-std::string Utf8FromUtf16(std::u16string_view utf16) {
+/// `takeLone` appends what a surrogate without its partner stands for.
+template <class TakeLone>
+std::string BytesFrom(std::u16string_view utf16, TakeLone takeLone) {
     std::string text;
     text.reserve(utf16.size());
-    while (!utf16.empty()) AppendUtf8(text, TakeUtf16(utf16));
+    while (!utf16.empty()) {
+        const char32_t c = TakeUtf16(utf16);
+        if (IsSurrogate(c)) {
+            takeLone(text, c);
+        } else {
+            AppendUtf8(text, c);
+        }
+    }
     return text;
+}
+
+}  // namespace
+
+std::u16string Utf16FromUtf8(std::string_view utf8) {
+    return Utf16From(utf8, [](unsigned char) { return kReplacement; });
+}
+
+std::string Utf8FromUtf16(std::u16string_view utf16) {
+    return BytesFrom(utf16, [](std::string& text, char32_t) { AppendUtf8(text, kReplacement); });
+}
+
+std::u16string Utf16FromBytes(std::string_view bytes) {
+    return Utf16From(bytes, [](unsigned char byte) { return kByteBase + byte; });
+}
+
+std::string BytesFromUtf16(std::u16string_view utf16) {
+    return BytesFrom(utf16, [](std::string& text, char32_t c) {
+        if (StandsForByte(c)) {
+            text += static_cast<char>(c - kByteBase);
+        } else {
+            AppendUtf8(text, kReplacement);
+        }
+    });
 }
 
 }  // namespace quorvex

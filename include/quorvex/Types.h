@@ -35,7 +35,9 @@ enum class Interpolation {
 
 /// Text of 16-bit characters (UTF-16) with value semantics.
 ///
-/// Byte text that comes in or goes out is UTF-8; bytes that are not become U+FFFD.
+/// Byte text that comes in or goes out is UTF-8. Names of files may be any bytes, and every text keeps
+/// them: a byte that is no part of UTF-8 is held as a surrogate that stands alone, U+DC80 to U+DCFF,
+/// and `ToUtf8` gives the byte back. The values of a DICOM object never hold such bytes.
 class QUORVEX_API CString {
 public:
     CString() = default;
@@ -48,7 +50,11 @@ public:
     [[nodiscard]] int GetLength() const noexcept { return static_cast<int>(text_.size()); }
     [[nodiscard]] bool IsEmpty() const noexcept { return text_.empty(); }
     [[nodiscard]] std::u16string_view View() const noexcept { return text_; }
+    /// The bytes that the text was made of, which are UTF-8 if those were.
     [[nodiscard]] std::string ToUtf8() const;
+    /// UTF-8 whatever the text was made of, for messages and documents: what is no text becomes
+    /// U+FFFD.
+    [[nodiscard]] std::string ToValidUtf8() const;
 
     /// Position of the first occurrence at or after `start`, or -1.
     [[nodiscard]] int Find(const CString& part, int start = 0) const noexcept;

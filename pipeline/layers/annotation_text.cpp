@@ -32,7 +32,7 @@ std::string Printable(std::string_view line) {
 }
 
 std::vector<std::string> LinesOf(const CString& text) {
-    const std::string whole = text.ToUtf8();
+    const std::string whole = text.ToValidUtf8();
     std::vector<std::string> lines;
     std::string_view rest = whole;
     while (lines.size() < kMostTextLines) {

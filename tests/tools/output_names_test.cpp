@@ -100,5 +100,23 @@ TEST(Preambles, OfProgramsAndPicturesAreNamedAndNotPassedOn) {
     }
 }
 
+TEST(FileNames, MayBeAnyBytes) {
+    const ScratchFolder folder;
+    const std::string slice = folder.Write("in/\xFCnder\xE9.dcm", ReadAll(kSlice));
+    const std::string state = folder.Write("st\xE4te.dcm", ReadAll(kState));
+    const auto out = [&](const char* name) { return folder.Path("out/\xD6 ") + name; };
+    std::filesystem::create_directories(folder.Path("out"));
+    EXPECT_TRUE(Has(OutputOf({"info", slice}), "512 x 512, 1 frame"));
+    EXPECT_TRUE(Has(OutputOf({"info", slice, "--json"}), "\xEF\xBF\xBDnder\xEF\xBF\xBD.dcm"));
+    EXPECT_EQ(FramesOf(slice), FramesOf(kSlice));
+    OutputOf({"render", slice, "--state", state, "-o", out("one.png")});
+    OutputOf({"thumbnail", folder.Path("in"), "-o", out("small")});
+    OutputOf({"convert", slice, "-o", out("one.dcm"), "--to", "j2k-lossless"});
+    EXPECT_EQ(FramesOf(out("one.dcm")), FramesOf(kSlice));
+    OutputOf({"state", slice, "-o", out("state.dcm")});
+    OutputOf({"capture", slice, out("one.png"), "-o", out("capture.dcm")});
+    ExpectStatus(1, {"info", slice + "x"}, "\xEF\xBF\xBDnder");
+}
+
 }  // namespace
 }  // namespace quorvex::test

@@ -15,10 +15,8 @@
 #include <array>
 #include <chrono>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <new>
-#include <unistd.h>
 
 namespace quorvex::tools {
 namespace {
@@ -41,20 +39,9 @@ CDcmObject ReadWhole(const std::string& path) {
     return *parser.GetHeader();
 }
 
-// The library takes names as text, and a file's name may be any bytes: a file whose name is no text
-// is read through a link.
-CDcmObject ReadByAnyName(const std::string& path, WorkFolder& workFolder) {
-    if (CString(path).ToUtf8() == path) return ReadWhole(path);
-    const WorkFile link(workFolder.NewPath());
-    std::error_code failure;
-    const auto target = std::filesystem::absolute(path, failure);
-    if (symlink(target.c_str(), link.path.c_str()) != 0) throw SystemFailure(path);
-    return ReadWhole(link.path);
-}
-
-CDcmObject ReadSource(const InputFile& input, WorkFolder& workFolder) {
+CDcmObject ReadSource(const InputFile& input) {
     try {
-        return ReadByAnyName(input.path, workFolder);
+        return ReadWhole(input.path);
     } catch (const Refusal& refusal) {
         if (input.isNamed || refusal.code != QVM_ERROR_FAILED_TO_PARSE_DICOM ||
             HasMarker(input.path))
@@ -105,8 +92,8 @@ void Verify(CDcmObject& source, const std::string& written, const ConvertTarget&
 }
 
 void ConvertInto(const std::string& written, ConvertRecord& record, const InputFile& input,
-                 const ConvertOptions& options, WorkFolder& workFolder) {
-    CDcmObject source = ReadSource(input, workFolder);
+                 const ConvertOptions& options) {
+    CDcmObject source = ReadSource(input);
     const auto describe = options.hasManifest ? DigestOfFile : LengthOfFile;
     record.source = describe(input.path);
     Describe(source, record);
@@ -141,7 +128,7 @@ bool ConvertFile(ConvertRecord& record, const InputFile& input, const ConvertOpt
     ForgetLimit();
     try {
         const WorkFile written(workFolder.NewPath());
-        ConvertInto(written.path, record, input, options, workFolder);
+        ConvertInto(written.path, record, input, options);
         PutInPlace(written.path, record.output);
         record.outcome = Outcome::kDone;
     } catch (const Refusal& refusal) {

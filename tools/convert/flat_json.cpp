@@ -86,7 +86,7 @@ private:
             units += static_cast<char16_t>(unit);
             rest_.remove_prefix(6);
         }
-        text += CString(std::u16string_view(units)).ToUtf8();
+        text += CString(std::u16string_view(units)).ToValidUtf8();
         return true;
     }
 

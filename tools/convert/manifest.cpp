@@ -25,7 +25,7 @@ constexpr const char* kVerifications[] = {"", "off", "equal", "lossy", "differen
 // The members that name a file, ahead of which a comma stands.
 std::string NameMembers(const std::string& name, const std::string& path) {
     auto json = JsonMember(name, JsonString(path));
-    if (CString(path).ToUtf8() == path) return json;
+    if (CString(path).ToValidUtf8() == path) return json;
     return json + JsonMember(name + "Bytes", JsonString(Hexadecimal(path)));
 }
 

@@ -16,7 +16,7 @@ bool Set(DataSet& dataSet, std::uint32_t tag, const Number& number, bool isNext)
 }
 
 bool Set(DataSet& dataSet, std::uint32_t tag, const CString& text, bool isNext) {
-    return dicom::SetText(dataSet, tag, text.ToUtf8(), isNext);
+    return dicom::SetText(dataSet, tag, text.ToValidUtf8(), isNext);
 }
 
 template <class Value>
