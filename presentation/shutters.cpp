@@ -10,8 +10,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <new>
+#include <optional>
 #include <span>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -32,13 +33,13 @@ bool IsPlausibleMask(CSize size, const CXGSPSInfo& info) {
            (bytes && *bytes <= kPictureAllowance) || RefuseBy(Limit::kLargestPicture);
 }
 
-/// Throws std::bad_alloc where there is no memory for a mask, or the mask is not plausible.
-MaskBlock NewMask(const CDcmObject& object, const CXGSPSInfo& info) {
+/// Nothing where the mask is not plausible; throws std::bad_alloc where there is no memory for it.
+std::optional<MaskBlock> NewMask(const CDcmObject& object, const CXGSPSInfo& info) {
     const CSize size = ShutterMaskSize(object, info);
-    if (!IsPlausibleMask(size, info)) throw std::bad_alloc();
+    if (!IsPlausibleMask(size, info)) return std::nullopt;
     HeapBlock block(static_cast<std::size_t>(size.cx) * static_cast<std::size_t>(size.cy));
     const ByteMask mask{block.Bytes(), size.cx, size.cy};
-    return {std::move(block), mask};
+    return MaskBlock{std::move(block), mask};
 }
 
 void ShutAll(const ByteMask& mask) {
@@ -103,7 +104,7 @@ void PresentationReader::GetShutter() {
 }
 
 void PresentationReader::MakeRectangleShutter() {
-    MaskBlock shutter = NewMask(object_, info_);
+    auto shutter = NewMask(object_, info_);
     const auto left = Read<int>(object_, tag::kShutterLeftVerticalEdge);
     const auto right = Read<int>(object_, tag::kShutterRightVerticalEdge);
     const auto upper = Read<int>(object_, tag::kShutterUpperHorizontalEdge);
@@ -112,51 +113,53 @@ void PresentationReader::MakeRectangleShutter() {
     info_.shutterRight = right.value_or(info_.shutterRight);
     info_.shutterUpper = upper.value_or(info_.shutterUpper);
     info_.shutterLower = lower.value_or(info_.shutterLower);
+    if (!shutter) return;
     if (lower) {
         // An edge that is not there does not bound the rectangle.
-        const auto columns = static_cast<std::int32_t>(shutter.mask.columns);
+        const auto columns = static_cast<std::int32_t>(shutter->mask.columns);
         const CRect open{left.value_or(0), upper.value_or(0), right.value_or(columns), *lower};
-        PaintRectangle(shutter.mask, open, kShown);
+        PaintRectangle(shutter->mask, open, kShown);
     } else {
-        ShutAll(shutter.mask);
+        ShutAll(shutter->mask);
     }
-    info_.shutterMask = shutter.block.Release();
+    info_.shutterMask = shutter->block.Release();
 }
 
 void PresentationReader::MakeCircularShutter() {
-    MaskBlock shutter = NewMask(object_, info_);
+    auto shutter = NewMask(object_, info_);
+    const auto row = Read<int>(object_, tag::kCenterOfCircularShutter);
     const auto center = ReadPair<int>(object_, tag::kCenterOfCircularShutter);
     const auto radius = Read<int>(object_, tag::kRadiusOfCircularShutter);
-    if (center) {
-        info_.shutterCenterRow = center->first;
-        info_.shutterCenterColumn = center->second;
-    }
+    info_.shutterCenterRow = row.value_or(info_.shutterCenterRow);
+    if (center) info_.shutterCenterColumn = center->second;
     info_.shutterRadius = radius.value_or(info_.shutterRadius);
+    if (!shutter) return;
     if (center && radius) {
         const std::int64_t reach = std::int64_t{*radius} - 1;
         const CRect box{SaturateToInt(center->second - reach), SaturateToInt(center->first - reach),
                         SaturateToInt(center->second + reach),
                         SaturateToInt(center->first + reach)};
-        PaintEllipse(shutter.mask, box, kShown);
+        PaintEllipse(shutter->mask, box, kShown);
     } else {
-        ShutAll(shutter.mask);
+        ShutAll(shutter->mask);
     }
-    info_.shutterMask = shutter.block.Release();
+    info_.shutterMask = shutter->block.Release();
 }
 
 void PresentationReader::MakePolygonalShutter() {
-    MaskBlock shutter = NewMask(object_, info_);
+    auto shutter = NewMask(object_, info_);
     ForEachPair<int>(object_, tag::kVerticesOfThePolygonalShutter, [&](const auto& vertex) {
         info_.shutterVertices.push_back({.x = vertex.second, .y = vertex.first});
     });
-    if (!HasFewCrossings(shutter.mask, info_.shutterVertices)) return;
-    PaintPolygon(shutter.mask, info_.shutterVertices, kShown);
-    info_.shutterMask = shutter.block.Release();
+    if (!shutter || !HasFewCrossings(shutter->mask, info_.shutterVertices)) return;
+    PaintPolygon(shutter->mask, info_.shutterVertices, kShown);
+    info_.shutterMask = shutter->block.Release();
 }
 
 void PresentationReader::MakeBitmapShutter() {
-    MaskBlock shutter = NewMask(object_, info_);
-    const std::span<std::uint8_t> pixels = shutter.mask.bytes;
+    auto shutter = NewMask(object_, info_);
+    if (!shutter) return;
+    const std::span<std::uint8_t> pixels = shutter->mask.bytes;
     HeapBlock bits((pixels.size() + 7) / 8);
     std::ranges::fill(bits.Bytes(), std::uint8_t{0});
     const std::uint32_t group =
@@ -166,7 +169,7 @@ void PresentationReader::MakeBitmapShutter() {
     for (std::size_t i = 0; i < pixels.size(); ++i) {
         pixels[i] = static_cast<std::uint8_t>(bits.Bytes()[i / 8] >> (i % 8) & 1);
     }
-    info_.shutterMask = shutter.block.Release();
+    info_.shutterMask = shutter->block.Release();
 }
 
 }  // namespace quorvex

@@ -75,8 +75,8 @@ void PresentationReader::GetSoftcopyVOILUT() {
 /// A state's window wins over its table.
 void PresentationReader::ProcessVOISequence(const CDcmItem& item) {
     if (const auto center = Read<CString>(item, tag::kWindowCenter)) {
-        const auto width = Read<unsigned short>(item, tag::kWindowWidth).value_or(0);
-        return TakeWindow(info_, LeadingWholeNumber(*center), width);
+        const double width = Read<double>(item, tag::kWindowWidth).value_or(0.0);
+        return TakeWindow(info_, LeadingWholeNumber(*center), TruncateToInt(width));
     }
     if (const auto lut = Read<CDcmItem>(item, tag::kVOILUTSequence)) TakeVOILUT(*lut);
 }

@@ -72,6 +72,10 @@ TEST(VoiReading, OfStatesPrefersTheWindowAndTheLastItem) {
            {"two tables", state({first, second, other}), "VOI 2,0,8: 3 4"},
            {"a window behind them", state({first, second, window}), "center 40; width 400"},
            {"another image's", state({other}), ""},
+           {"a wide one", state({With<CDcmItem>("00281050=40; 00281051=70000")}),
+            "center 40; width 70000"},
+           {"a width in powers of ten", state({With<CDcmItem>("00281050=40; 00281051=1.024E+05")}),
+            "center 40; width 102400"},
            {"an image's attributes", With("00281050=40; 00281051=400"), ""}});
 }
 

@@ -54,6 +54,7 @@ TEST(Shutters, OfWhichAPartIsMissingShutAllButBoundByNoEdgeThatIsNotThere) {
         {"RECTANGULAR", "00181602=1", "left 1", 36},
         {"RECTANGULAR", "00181608=6", "lower 6", 0},
         {"CIRCULAR", "00181610=3\\4", "row 3; column 4", 36},
+        {"CIRCULAR", "00181610=3; 00181612=5", "row 3; radius 5", 36},
         {"CIRCULAR", "00181612=5", "radius 5", 36},
         {"POLYGONAL", "", "", 36},
         {"BITMAP", "", "", 0},
@@ -111,6 +112,12 @@ TEST(Shutters, TakeTheirSizeFromTheRecordAndAreNotOfGigabytesForAFewBytes) {
     EXPECT_EQ(LatestLimit(), Limit::kLargestPicture);
     EXPECT_EQ(Shutter(Shuttered("RECTANGULAR", 65535, 1200), 65535, 1200).Mask(1).size(), 1U)
         << "an image that is there";
+    CDcmObject state = Shuttered("RECTANGULAR", 65535, 65535, "00181602=7");
+    state.SetValue(tag::kImageHorizontalFlip, "Y");
+    Record read;
+    EXPECT_EQ(CXGSPSObject().GSPSApplier(&state, &read, CString("1.2"), -1), 1);
+    EXPECT_EQ(std::pair(read.shutterLeft, read.imageHorizontalFlip), std::pair(7, 1))
+        << "all but the mask is read";
 }
 
 TEST(MaskSubtraction, ReadsItsFirstItem) {
