@@ -138,7 +138,9 @@ private:
 /// A data set: every operation on attributes, for objects and items alike.
 ///
 /// Reads convert to the type asked for, whatever the value representation: a number from any
-/// numeric form or from text that begins with one, cut towards zero for whole numbers. `GetValue`
+/// numeric form or from text that begins with one, cut towards zero for whole numbers. A number that
+/// the type cannot hold is refused as an absent value is, never wrapped; only a 16-bit word of an
+/// attribute that may be US or SS keeps its bits in a word of the other sign. `GetValue`
 /// gives the first value (or item) and `GetNextValue` each following one, for each attribute on its
 /// own, until it answers other than 1. Text values come one at a time, decoded by Specific
 /// Character Set and without their padding; `index` is ignored (-1 by custom). A text attribute
@@ -174,7 +176,8 @@ public:
     DCMRESULT GetNextValue(std::uint32_t tag, CString& value, int index = -1) const;
     DCMRESULT GetNextValue(std::uint32_t tag, CDcmItem& item) const;
 
-    /// Replaces the attribute by this one value (or item).
+    /// Replaces the attribute by this one value (or item). A number that its VR cannot hold is
+    /// refused, and the attribute stays as it was.
     DCMRESULT SetValue(std::uint32_t tag, const CString& value, int index = -1);
     DCMRESULT SetValue(std::uint32_t tag, const char* value);
     DCMRESULT SetValue(std::uint32_t tag, unsigned short value);

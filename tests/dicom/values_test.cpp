@@ -7,6 +7,7 @@
 #include "tests/support/named_tags.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -63,8 +64,10 @@ const struct {
     {"FL", std::string("\0\0\x60\xC0", 4), -3, -3.5, "-3.5"},
     {"FL", "\xCD\xCC\xCC\x3D", 0, 0.10000000149011612, "0.1"},
     {"FD", std::string("\0\0\0\0\0\0\x0C\xC0", 8), -3, -3.5, "-3.5"},
-    {"FD", "\xFF\xFF\xFF\xFF\xFF\xFF\xEF\x7F", -1, 1.7976931348623157e308,
+    {"FD", "\xFF\xFF\xFF\xFF\xFF\xFF\xEF\x7F", std::nullopt, 1.7976931348623157e308,
      "1.7976931348623157e+308"},
+    {"UV", "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF", std::nullopt, 18446744073709551616.0,
+     "18446744073709551615"},
     {"OW", std::string("\1\2", 2), 0x0201, 513.0, "513"},
     {"AT", std::string("\x18\0\x10\0", 4), 0x00180010, 1572880.0, "(0018,0010)"},
     {"DS", " -1.75e1 ", -17, -17.5, "-1.75e1"},
@@ -93,6 +96,79 @@ TEST(DicomValues, EveryFormReadsAsEveryType) {
     const CDcmObject none = ReadOne("DS", "1 ");
     EXPECT_EQ(Read<int>(none, kCenter), std::nullopt);
     EXPECT_FALSE(none.GetErrorMessage().IsEmpty());
+}
+
+template <class Type>
+void ExpectFits(const char* value, std::optional<Type> expected) {
+    EXPECT_EQ(Read<Type>(ReadOne("UT", value), kPrivate), expected) << value;
+}
+
+TEST(DicomValues, AreRefusedByTypesThatCannotHoldThem) {
+    ExpectFits<unsigned short>("65535.9", 65535);
+    ExpectFits<short>("-32768", -32768);
+    ExpectFits<unsigned int>("4294967295", 4294967295U);
+    ExpectFits<long>("-9223372036854775808", std::numeric_limits<long>::min());
+    for (const char* value : {"70000", "65536", "-1", "1e300"})
+        ExpectFits<unsigned short>(value, std::nullopt);
+    for (const char* value : {"32768", "-32769"}) ExpectFits<short>(value, std::nullopt);
+    for (const char* value : {"2147483648", "-3e9"}) ExpectFits<int>(value, std::nullopt);
+    for (const char* value : {"4294967296", "-1"}) ExpectFits<unsigned int>(value, std::nullopt);
+    ExpectFits<long>("9223372036854775808", std::nullopt);
+    ExpectFits<float>("1e39", std::nullopt);
+    // The word of an attribute that may be US or SS is one of either sign.
+    EXPECT_EQ(Read<short>(ReadOne("US", "\xFE\xFF", kSmallest), kSmallest), -2);
+    EXPECT_EQ(Read<unsigned short>(ReadOne("SS", "\xFE\xFF", kSmallest), kSmallest), 65534);
+    EXPECT_EQ(Read<short>(ReadOne("US", "\xFE\xFF", tag::kRows), tag::kRows), std::nullopt);
+}
+
+TEST(DicomValues, AreRefusedByAttributesThatCannotHoldThem) {
+    constexpr std::uint32_t kSigned = tag::kTIDOffset;         // SS
+    constexpr std::uint32_t kLong = 0x00080001;                // UL
+    constexpr std::uint32_t kFloat = tag::kMaskSubPixelShift;  // FL
+    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+    const struct {
+        std::uint32_t tag;
+        double value;
+        const char* kept;  ///< null where it is refused
+    } kCases[] = {
+        {tag::kRows, 65535, "65535"},
+        {tag::kRows, 70000, nullptr},
+        {tag::kRows, -1, nullptr},
+        {tag::kRows, kNan, nullptr},
+        {kSigned, -32768, "-32768"},
+        {kSigned, 32768, nullptr},
+        {kSmallest, 65535, "65535"},
+        {kSmallest, -32768, "-32768"},
+        {kSmallest, 65536, nullptr},
+        {kSmallest, -32769, nullptr},
+        {kLong, 4294967295, "4294967295"},
+        {kLong, 4294967296, nullptr},
+        {kFloat, 1e39, nullptr},
+        {tag::kInstanceNumber, -2147483648, "-2147483648"},
+        {tag::kInstanceNumber, 3e9, nullptr},
+        {kCenter, kNan, nullptr},
+    };
+    for (const auto& c : kCases) {
+        CDcmObject object;
+        EXPECT_EQ(object.SetValue(c.tag, "7"), kDcmSuccess);
+        const auto kept = c.kept == nullptr ? "7" : c.kept;
+        const auto result = c.kept == nullptr ? kDcmFailure : kDcmSuccess;
+        EXPECT_EQ(object.SetValue(c.tag, c.value), result) << c.tag << ' ' << c.value;
+        EXPECT_EQ(Text(object, c.tag), kept) << c.tag << ' ' << c.value;
+    }
+    CDcmObject object;
+    EXPECT_EQ(object.SetValue(tag::kRows, "1\\70000"), kDcmFailure);
+    EXPECT_EQ(object.SetValue(tag::kRows, 512), kDcmSuccess);
+    EXPECT_EQ(object.SetNextValue(tag::kRows, 70000L), kDcmFailure);
+    EXPECT_EQ(Texts(object, tag::kRows), std::vector<std::string>{"512"});
+    EXPECT_EQ(object.SetValue(kPrivate, 5'000'000'000), kDcmSuccess);  // of unknown VR
+    EXPECT_EQ(Read<long>(object, kPrivate), 5'000'000'000);
+}
+
+TEST(DicomValues, HoldTextWhateverBytesAreSet) {
+    CDcmObject object;
+    EXPECT_EQ(object.SetValue(tag::kPatientName, "M\xFCller"), kDcmSuccess);
+    EXPECT_EQ(Text(object, tag::kPatientName), "M\xEF\xBF\xBDller");
 }
 
 TEST(DicomValues, UsOrSsFollowsPixelRepresentationButDescriptorsDoNot) {

@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <limits>
 #include <optional>
 #include <type_traits>
 
@@ -74,6 +75,10 @@ Number LoadNumber(const unsigned char* bytes, bool isBigEndian, const NumberForm
     }
     if constexpr (sizeof(Stored) == 8) {
         if (form.isReal) return Number::Real(std::bit_cast<double>(stored));
+    }
+    if constexpr (sizeof(Stored) == 8) {
+        const bool isBeyond = !form.isSigned && stored > std::numeric_limits<std::int64_t>::max();
+        if (isBeyond) return Number::Real(static_cast<double>(stored));
     }
     using Signed = std::make_signed_t<Stored>;
     return Number::Whole(form.isSigned ? static_cast<std::int64_t>(static_cast<Signed>(stored))

@@ -18,6 +18,11 @@ struct DictionaryEntry {
     const char* keyword;  ///< "PatientName"; empty for group lengths and private creators
 };
 
+/// A word of such an attribute is one of either sign, whatever VR a file gives it.
+[[nodiscard]] constexpr bool HasWordsOfEitherSign(const DictionaryEntry& entry) noexcept {
+    return entry.choice == VrChoice::kUsOrSs || entry.choice == VrChoice::kUsOrSsOrOw;
+}
+
 /// What is known of a tag; for one that is not known an entry of VR UN and no keyword. Repeating
 /// groups are found by their mask, group lengths are UL and private creators LO.
 [[nodiscard]] const DictionaryEntry& LookUp(std::uint32_t tag) noexcept;

@@ -70,9 +70,13 @@ std::optional<std::string> BinaryText(const DataSet& dataSet, const Element& ele
     const auto number = BinaryNumber(dataSet, element, index);
     if (!number) return std::nullopt;
     const MC_VR vr = MeaningOf(element).vr;
-    if (vr == MC_VR_AT) return TextOfTag(number->As<std::uint32_t>());
-    if (vr == MC_VR_UV) return std::to_string(number->As<std::uint64_t>());
-    if (vr == MC_VR_FL || vr == MC_VR_OF) return TextOfFloat(number->As<float>());
+    if (vr == MC_VR_AT) return TextOfTag(static_cast<std::uint32_t>(number->whole));
+    if (vr == MC_VR_UV && number->isReal) {
+        const unsigned char* stored =
+            dataSet.ValueOf(element).data() + index * sizeof number->whole;
+        return std::to_string(Load<std::uint64_t>(stored, element.isBigEndian));
+    }
+    if (vr == MC_VR_FL || vr == MC_VR_OF) return TextOfFloat(static_cast<float>(number->real));
     return TextOfNumber(*number);
 }
 

@@ -28,14 +28,6 @@ bool BeginsNumber(std::string_view text) {
 
 }  // namespace
 
-std::int64_t CutTowardsZero(double real) noexcept {
-    constexpr double kLimit = 9223372036854775808.0;
-    if (std::isnan(real)) return 0;
-    if (real >= kLimit) return std::numeric_limits<std::int64_t>::max();
-    if (real < -kLimit) return std::numeric_limits<std::int64_t>::min();
-    return static_cast<std::int64_t>(real);
-}
-
 std::optional<Number> LeadingNumber(std::string_view text) noexcept {
     text = WithoutBlanks(text);
     if (text.starts_with('+')) {

@@ -11,9 +11,6 @@
 
 namespace quorvex::dicom {
 
-/// A whole number: clamped to what fits, 0 for NaN.
-[[nodiscard]] std::int64_t CutTowardsZero(double real) noexcept;
-
 /// A number as it was stored: whole or real, so that 64-bit integers lose nothing.
 struct Number {
     bool isReal = false;
@@ -25,17 +22,27 @@ struct Number {
     [[nodiscard]] double AsReal() const noexcept {
         return isReal ? real : static_cast<double>(whole);
     }
-    [[nodiscard]] std::int64_t AsWhole() const noexcept {
-        return isReal ? CutTowardsZero(real) : whole;
+    /// Cut towards zero; nothing for what does not lie within the two, and for NaN.
+    [[nodiscard]] std::optional<std::int64_t> WholeWithin(std::int64_t least,
+                                                          std::int64_t most) const noexcept {
+        constexpr double kLimit = 9223372036854775808.0;
+        if (isReal && !(real >= -kLimit && real < kLimit)) return std::nullopt;
+        const std::int64_t cut = isReal ? static_cast<std::int64_t>(real) : whole;
+        return cut >= least && cut <= most ? std::optional(cut) : std::nullopt;
     }
 
-    /// As a type of the language: whole numbers keep their low bits, as a cast does.
+    /// As a type of the language, cut towards zero for a whole one; nothing where it does not fit.
     template <class Type>
-    [[nodiscard]] Type As() const noexcept {
+    [[nodiscard]] std::optional<Type> As() const noexcept {
+        using Limits = std::numeric_limits<Type>;
         if constexpr (std::is_floating_point_v<Type>) {
-            return static_cast<Type>(AsReal());
+            const double value = AsReal();
+            const bool fits = !std::isfinite(value) || std::abs(value) <= double{Limits::max()};
+            return fits ? std::optional(static_cast<Type>(value)) : std::nullopt;
         } else {
-            return static_cast<Type>(AsWhole());
+            static_assert(sizeof(Type) < sizeof whole || std::is_signed_v<Type>);
+            const auto value = WholeWithin(Limits::min(), Limits::max());
+            return value ? std::optional(static_cast<Type>(*value)) : std::nullopt;
         }
     }
 };

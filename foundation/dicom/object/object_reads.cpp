@@ -1,4 +1,5 @@
 #include "foundation/dicom/model/byte_order.h"
+#include "foundation/dicom/model/dictionary.h"
 #include "foundation/dicom/model/element_values.h"
 #include "foundation/dicom/object/object_state.h"
 #include "foundation/types/answer.h"
@@ -7,7 +8,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <type_traits>
 #include <utility>
 
@@ -23,11 +26,24 @@ using dicom::Place;
 /// A multiple of every unit that bytes are swapped in.
 constexpr std::size_t kValuePiece = std::size_t{1} << 16;
 
+/// Words of either sign keep their bits in words of the other.
+template <class Type>
+std::optional<Type> Converted(const Element& element, const dicom::Number& number) {
+    const auto fitting = number.As<Type>();
+    if constexpr (sizeof(Type) == sizeof(std::uint16_t)) {
+        if (fitting || !HasWordsOfEitherSign(dicom::LookUp(element.tag))) return fitting;
+        const auto word = number.WholeWithin(INT16_MIN, UINT16_MAX);
+        return word ? std::optional(static_cast<Type>(*word)) : std::nullopt;
+    }
+    return fitting;
+}
+
 template <class Type>
 DCMRESULT Take(const DataSet& dataSet, const Element& element, Place& place, Type& value) {
     const auto number = dicom::TakeNumber(dataSet, element, place);
-    if (!number) return kDcmNotFound;
-    value = number->As<Type>();
+    const auto converted = number ? Converted<Type>(element, *number) : std::nullopt;
+    if (!converted) return kDcmNotFound;
+    value = *converted;
     return kDcmSuccess;
 }
 

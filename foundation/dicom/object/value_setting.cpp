@@ -10,6 +10,9 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
+#include <cstdint>
+#include <limits>
 #include <optional>
 #include <utility>
 
@@ -18,10 +21,11 @@ namespace {
 
 /// US or SS: as the number wants it, or else as Pixel Representation does.
 MC_VR UsOrSs(const DataSet& dataSet, const Number& number) {
-    if (number.AsWhole() < 0) return MC_VR_SS;
+    if (number.AsReal() <= -1.0) return MC_VR_SS;
+    if (!number.WholeWithin(INT16_MIN, INT16_MAX)) return MC_VR_US;
     const Element* pixels = dataSet.Find(tag::kPixelRepresentation);
     const auto isSigned = pixels != nullptr ? BinaryNumber(dataSet, *pixels, 0) : std::nullopt;
-    return isSigned && isSigned->AsWhole() != 0 ? MC_VR_SS : MC_VR_US;
+    return isSigned && isSigned->whole != 0 ? MC_VR_SS : MC_VR_US;
 }
 
 MC_VR VrFor(const DataSet& dataSet, std::uint32_t tag, const Number* number) {
@@ -31,7 +35,8 @@ MC_VR VrFor(const DataSet& dataSet, std::uint32_t tag, const Number* number) {
     const Element* present = dataSet.Find(tag);
     if (present != nullptr && present->vr != MC_VR_UN) return present->vr;
     if (number == nullptr) return MC_VR_LO;
-    return number->isReal ? MC_VR_FD : MC_VR_SL;
+    if (number->isReal) return MC_VR_FD;
+    return number->As<std::int32_t>() ? MC_VR_SL : MC_VR_SV;
 }
 
 void AppendWhole(ByteBuffer& value, std::int64_t whole, std::size_t unit) {
@@ -39,29 +44,60 @@ void AppendWhole(ByteBuffer& value, std::int64_t whole, std::size_t unit) {
     value.insert(value.end(), bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(unit));
 }
 
-void AppendReal(ByteBuffer& value, double real, std::size_t unit) {
-    if (unit == sizeof(float)) {
-        AppendNumber(value, std::bit_cast<std::uint32_t>(static_cast<float>(real)));
-    } else {
-        AppendNumber(value, std::bit_cast<std::uint64_t>(real));
+bool AppendReal(ByteBuffer& value, const Number& number, std::size_t unit) {
+    if (unit != sizeof(float)) {
+        AppendNumber(value, std::bit_cast<std::uint64_t>(number.AsReal()));
+        return true;
     }
+    const auto real = number.As<float>();
+    if (real) AppendNumber(value, std::bit_cast<std::uint32_t>(*real));
+    return real.has_value();
 }
 
-void AppendBinary(ByteBuffer& value, const ValueRepresentation& vr, const Number& number) {
+struct WholeRange {
+    std::int64_t least = 0;
+    std::int64_t most = 0;
+};
+
+/// What an attribute of whole numbers can hold: either sign where nothing says which one it has.
+WholeRange RangeOf(std::uint32_t tag, const ValueRepresentation& vr) {
+    const unsigned bits = 8U * vr.unit;
+    const std::int64_t half = std::numeric_limits<std::int64_t>::max() >> (64U - bits);
+    const bool hasNoSign =
+        vr.kind != ValueKind::kWhole || HasWordsOfEitherSign(LookUp(tag)) || IsDescriptor(tag);
+    const bool isWide = bits == 64U;  // the upper half of unsigned ones is out of our reach
+    return {.least = vr.isSigned || hasNoSign ? -half - 1 : 0,
+            .most = isWide || (vr.isSigned && !hasNoSign) ? half : 2 * half + 1};
+}
+
+/// False where the attribute cannot hold the number.
+bool AppendBinary(ByteBuffer& value, std::uint32_t tag, const ValueRepresentation& vr,
+                  const Number& number) {
+    if (vr.kind == ValueKind::kReal || vr.vr == MC_VR_OF || vr.vr == MC_VR_OD)
+        return AppendReal(value, number, vr.unit);
     if (vr.kind == ValueKind::kTag) {
-        const auto tag = number.As<std::uint32_t>();
-        AppendNumber(value, static_cast<std::uint16_t>(GroupOf(tag)));
-        AppendNumber(value, static_cast<std::uint16_t>(ElementOf(tag)));
-    } else if (vr.kind == ValueKind::kReal || vr.vr == MC_VR_OF || vr.vr == MC_VR_OD) {
-        AppendReal(value, number.AsReal(), vr.unit);
-    } else {
-        AppendWhole(value, number.AsWhole(), vr.unit);
+        const auto named = number.WholeWithin(INT32_MIN, UINT32_MAX);  // in an int they go below 0
+        if (!named) return false;
+        AppendNumber(value,
+                     static_cast<std::uint16_t>(GroupOf(static_cast<std::uint32_t>(*named))));
+        AppendNumber(value,
+                     static_cast<std::uint16_t>(ElementOf(static_cast<std::uint32_t>(*named))));
+        return true;
     }
+    const auto [least, most] = RangeOf(tag, vr);
+    const auto whole = number.WholeWithin(least, most);
+    if (whole) AppendWhole(value, *whole, vr.unit);
+    return whole.has_value();
 }
 
-std::string TextFor(const ValueRepresentation& vr, const Number& number) {
-    if (vr.vr == MC_VR_IS) return std::to_string(number.AsWhole());
-    return vr.vr == MC_VR_DS ? DecimalString(number) : TextOfNumber(number);
+/// Nothing for what an integer string or a decimal string cannot say (PS3.5 section 6.2).
+std::optional<std::string> TextFor(const ValueRepresentation& vr, const Number& number) {
+    if (vr.vr == MC_VR_IS) {
+        const auto whole = number.As<std::int32_t>();
+        return whole ? std::optional(std::to_string(*whole)) : std::nullopt;
+    }
+    if (vr.vr != MC_VR_DS) return TextOfNumber(number);
+    return std::isfinite(number.AsReal()) ? std::optional(DecimalString(number)) : std::nullopt;
 }
 
 bool IsKeptAsText(const ValueRepresentation& vr) {
@@ -171,14 +207,15 @@ std::optional<Number> NumberOfText(std::string_view text, const ValueRepresentat
     return tag ? std::optional(Number::Whole(*tag)) : LeadingNumber(text);
 }
 
-/// The numbers of a backslash-separated text as stored; nothing where one of them is none.
-std::optional<ByteBuffer> BinaryOfText(std::string_view text, const ValueRepresentation& vr) {
+/// The numbers of a backslash-separated text as stored; nothing where one of them is none, or none
+/// that the attribute can hold.
+std::optional<ByteBuffer> BinaryOfText(std::string_view text, std::uint32_t tag,
+                                       const ValueRepresentation& vr) {
     ByteBuffer bytes;
     std::size_t position = text.empty() ? kBehindLastValue : 0;
     while (position != kBehindLastValue) {
         const auto number = NumberOfText(TakeValue(text, position), vr);
-        if (!number) return std::nullopt;
-        AppendBinary(bytes, vr, *number);
+        if (!number || !AppendBinary(bytes, tag, vr, *number)) return std::nullopt;
     }
     return bytes;
 }
@@ -189,11 +226,12 @@ bool SetNumber(DataSet& dataSet, std::uint32_t tag, const Number& number, bool i
     const ValueRepresentation& vr = Describe(VrToUse(dataSet, tag, &number, isNext));
     if (vr.kind == ValueKind::kSequence) return false;
     if (IsKeptAsText(vr)) {
-        PutText(dataSet, tag, vr.vr, TextFor(vr, number), isNext);
-        return true;
+        const auto text = TextFor(vr, number);
+        if (text) PutText(dataSet, tag, vr.vr, *text, isNext);
+        return text.has_value();
     }
     ByteBuffer bytes;
-    AppendBinary(bytes, vr, number);
+    if (!AppendBinary(bytes, tag, vr, number)) return false;
     PutBinary(dataSet, tag, vr.vr, bytes, isNext);
     return true;
 }
@@ -208,7 +246,7 @@ bool SetText(DataSet& dataSet, std::uint32_t tag, const std::string& text, bool 
         PutText(dataSet, tag, vr.vr, text, isNext);
         return true;
     }
-    const auto bytes = BinaryOfText(text, vr);
+    const auto bytes = BinaryOfText(text, tag, vr);
     if (bytes) PutBinary(dataSet, tag, vr.vr, *bytes, isNext);
     return bytes.has_value();
 }
