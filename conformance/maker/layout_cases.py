@@ -252,7 +252,8 @@ def add_shrinking(book):
            [(0, 0, "((0+1+2)+(48+49+50)+(96+0+1))/9")])
     shrink("two_thirds", mesh(48, 48, 0, 255), "by one and a half: a pixel takes half of its "
            "neighbour", (32, 32), [(0, 0, "255*(0.5+0.5)/(1.5*1.5)")], 2)
-    shrink("five_eighths", count(40, 40) % 211, "by 1.6", (25, 25), tolerance=2)
+    shrink("five_eighths", count(40, 40) % 211, "by 1.6: most pixels are shared by two",
+           (25, 25), tolerance=2)
     shrink("windowed", mesh(64, 64, 0, 4000), "the average is one of display values: the mesh is "
            "half black and half white by its window, not the window's white", (32, 32), even,
            allocated=16, stored=12, WindowCenter="100", WindowWidth="200")

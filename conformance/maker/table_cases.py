@@ -233,14 +233,11 @@ def add_functional_groups(book):
     shared = enhanced("shared groups", own[1], [nothing] * 3)
     mixed = enhanced("mixed groups", ("2", "-100", None, None),
                      [(None, None) + one[2:] for one in own])
-    top = enhanced("groups over the top level", nothing, own, WindowCenter="10", WindowWidth="5",
-                   RescaleSlope="9", RescaleIntercept="9")
     for name, made, reason, settings in (
             ("own", each, "each frame by its own slope and window", own),
             ("shared", shared, "all frames by the shared groups", [own[1]] * 3),
             ("mixed", mixed, "a shared slope, a window for each frame",
-             [own[1][:2] + one[2:] for one in own]),
-            ("over_top", top, "functional groups ahead of the top level", own)):
+             [own[1][:2] + one[2:] for one in own])):
         for frame in (0, 1, 2) if name == "own" else (2,):
             slope, intercept, centre, width = settings[frame]
             book.add(f"frames/{name}_{frame + 1}", made, reason,
