@@ -18,6 +18,7 @@ namespace {
 
 using quorvex::CSize;
 using quorvex::CXDIPP;
+using quorvex::Rules;
 using quorvex::bench::Picture;
 using quorvex::bench::Words;
 
@@ -44,11 +45,12 @@ unsigned long Length(int side) {
 
 // --- Open to first image -------------------------------------------------------------------------
 
-void OpenOurs(benchmark::State& state, const Job& job) {
+void OpenOurs(benchmark::State& state, const Job& job, Rules rules) {
     quorvex::CDcmApp app;
     const quorvex::CString path(WriteFile(job));
     for (auto _ : state) {
         CXDIPP dipp;
+        dipp.SetRules(rules);
         if (dipp.Initialize(&app, path, job.view, 0) != quorvex::QVM_SUCCESS ||
             dipp.Render() != quorvex::QVM_SUCCESS) {
             state.SkipWithError("not shown");
@@ -77,9 +79,10 @@ int NextLevel(int level) {
     return level % 500 + 301;
 }
 
-void ChangeWindowOurs(benchmark::State& state, const Job& job) {
+void ChangeWindowOurs(benchmark::State& state, const Job& job, Rules rules) {
     quorvex::CDcmApp app;
     CXDIPP dipp;
+    dipp.SetRules(rules);
     dipp.Initialize(&app, quorvex::CString(WriteFile(job)), job.view, 0);
     int level = 0;
     for (auto _ : state) {
@@ -144,19 +147,24 @@ void TurnAndMirror(benchmark::State& state, const Job& job) {
 
 #define QUORVEX_BENCH_JOB(...) BENCHMARK_CAPTURE(__VA_ARGS__)->Unit(benchmark::kMillisecond)
 
-QUORVEX_BENCH_JOB(OpenOurs, Ct, kCt);
+QUORVEX_BENCH_JOB(OpenOurs, Ct, kCt, Rules::kEstablished);
+QUORVEX_BENCH_JOB(OpenOurs, CtByStandard, kCt, Rules::kStandard);
 QUORVEX_BENCH_JOB(OpenByDicomImage, Ct, kCt);
-QUORVEX_BENCH_JOB(OpenOurs, Radiograph, kRadiograph);
+QUORVEX_BENCH_JOB(OpenOurs, Radiograph, kRadiograph, Rules::kEstablished);
+QUORVEX_BENCH_JOB(OpenOurs, RadiographByStandard, kRadiograph, Rules::kStandard);
 QUORVEX_BENCH_JOB(OpenByDicomImage, Radiograph, kRadiograph);
-QUORVEX_BENCH_JOB(OpenOurs, Colour, kPhoto);
+QUORVEX_BENCH_JOB(OpenOurs, Colour, kPhoto, Rules::kEstablished);
+QUORVEX_BENCH_JOB(OpenOurs, ColourByStandard, kPhoto, Rules::kStandard);
 QUORVEX_BENCH_JOB(OpenByDicomImage, Colour, kPhoto);
 
-QUORVEX_BENCH_JOB(ChangeWindowOurs, Ct, kCt);
+QUORVEX_BENCH_JOB(ChangeWindowOurs, Ct, kCt, Rules::kEstablished);
+QUORVEX_BENCH_JOB(ChangeWindowOurs, CtByStandard, kCt, Rules::kStandard);
 QUORVEX_BENCH_JOB(ChangeWindowByDicomImage, Ct, kCt);
 QUORVEX_BENCH_JOB(ChangeWindowByDicomImageKeptScaled, Ct, kCt);
 QUORVEX_BENCH_JOB(ChangeWindowByTable, CtMapAlone, kCt, false);
 QUORVEX_BENCH_JOB(ChangeWindowByTable, CtAndResize, kCt, true);
-QUORVEX_BENCH_JOB(ChangeWindowOurs, Radiograph, kRadiograph);
+QUORVEX_BENCH_JOB(ChangeWindowOurs, Radiograph, kRadiograph, Rules::kEstablished);
+QUORVEX_BENCH_JOB(ChangeWindowOurs, RadiographByStandard, kRadiograph, Rules::kStandard);
 QUORVEX_BENCH_JOB(ChangeWindowByDicomImage, Radiograph, kRadiograph);
 QUORVEX_BENCH_JOB(ChangeWindowByDicomImageKeptScaled, Radiograph, kRadiograph);
 QUORVEX_BENCH_JOB(ChangeWindowByTable, RadiographMapAlone, kRadiograph, false);

@@ -1,4 +1,5 @@
 #include "foundation/raster/raster.h"
+#include "foundation/raster/scaling/view_scaler.h"
 
 #include <benchmark/benchmark.h>
 #include <opencv2/core.hpp>
@@ -50,6 +51,28 @@ void ResizePeer(benchmark::State& state, CSize from, CSize to, int channels) {
         benchmark::ClobberMemory();
     }
     Count(state, to);
+}
+
+void AreaOurs(benchmark::State& state, CSize from, CSize to, int channels) {
+    const cv::Mat source = Noise(from, channels);
+    cv::Mat result(to.cy, to.cx, CV_8UC(channels));
+    for (auto _ : state) {
+        ViewScaler scaler({from, to, {0, 0, to.cx, to.cy}, channels, Interpolation::kLinear});
+        scaler.Run([&](int y, int) { return source.ptr(y); },
+                   {result.data, Step(result), to, channels});
+        benchmark::ClobberMemory();
+    }
+    Count(state, from);
+}
+
+void AreaPeer(benchmark::State& state, CSize from, CSize to, int channels) {
+    const cv::Mat source = Noise(from, channels);
+    cv::Mat result(to.cy, to.cx, CV_8UC(channels));
+    for (auto _ : state) {
+        cv::resize(source, result, result.size(), 0, 0, cv::INTER_AREA);
+        benchmark::ClobberMemory();
+    }
+    Count(state, from);
 }
 
 void MirrorOurs(benchmark::State& state, CSize size, int channels) {
@@ -112,6 +135,14 @@ QUORVEX_BENCH_PAIR(Resize, SliceSmaller1, kSlice, (CSize{400, 400}), 1);
 QUORVEX_BENCH_PAIR(Resize, SliceSmaller3, kSlice, (CSize{400, 400}), 3);
 QUORVEX_BENCH_PAIR(Resize, SliceHalved1, kSlice, (CSize{256, 256}), 1);
 QUORVEX_BENCH_PAIR(Resize, SliceHalved3, kSlice, (CSize{256, 256}), 3);
+QUORVEX_BENCH_PAIR(Area, PlateToView1, kPlate, kView, 1);
+QUORVEX_BENCH_PAIR(Area, PlateToView3, kPlate, kView, 3);
+QUORVEX_BENCH_PAIR(Area, PlateToThumbnail1, kPlate, (CSize{128, 156}), 1);
+QUORVEX_BENCH_PAIR(Area, PlateToQuarter1, kPlate, (CSize{880, 1070}), 1);
+QUORVEX_BENCH_PAIR(Area, SliceSmaller1, kSlice, (CSize{400, 400}), 1);
+QUORVEX_BENCH_PAIR(Area, SliceSmaller3, kSlice, (CSize{400, 400}), 3);
+QUORVEX_BENCH_PAIR(Area, SliceHalved1, kSlice, (CSize{256, 256}), 1);
+QUORVEX_BENCH_PAIR(Area, SliceHalved3, kSlice, (CSize{256, 256}), 3);
 QUORVEX_BENCH_PAIR(Mirror, View1, kView, 1);
 QUORVEX_BENCH_PAIR(Mirror, View3, kView, 3);
 QUORVEX_BENCH_PAIR(Turn, ViewLeft1, kView, 1, 90);

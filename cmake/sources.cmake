@@ -17,6 +17,7 @@ endfunction()
 # Loops over pixels that are written for vector units, which -O2 leaves idle.
 set(QUORVEX_VECTOR_LOOPS
     foundation/raster/bits.cpp foundation/raster/mirror.cpp foundation/raster/scaling/resize_16u.cpp
+    foundation/raster/scaling/scale_taps.cpp windowing/display_function.cpp
     foundation/raster/turn_kernels.cpp foundation/raster/ycbcr.cpp
     pipeline/intake/modality_stage.cpp pipeline/intake/stored_elements.cpp)
 set_source_files_properties(${QUORVEX_VECTOR_LOOPS}

@@ -26,6 +26,8 @@ struct DisplayedImage {
 
     Rules rules = Rules::kEstablished;      ///< of images that come in
     std::optional<StandardImage> standard;  ///< there where the image came in by standard rules
+    /// Of the frame on show, at the size of the last render; nothing where that was not smaller.
+    std::optional<ShrunkImage> shrunk;
 
     // The frame.
     /// Colour: 3 bytes a pixel. Grey: modality values, 1 or 2 bytes a pixel; by standard rules

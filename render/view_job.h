@@ -17,9 +17,11 @@ namespace quorvex {
 /// Red, green, blue.
 using Rgb = std::array<std::uint8_t, 3>;
 
-/// Marks in one colour: a bit for each pixel of the image, in overlay order, rows from the top.
+/// Marks in one colour over an image: a bit for each of its pixels, in overlay order, or a byte that
+/// says how much of the pixel is covered. Rows run from the top; one of the two is empty.
 struct MarkLayer {
     std::span<const unsigned char> bits;
+    std::span<const unsigned char> coverage;
     Rgb colour{255, 255, 255};
 };
 
@@ -40,7 +42,7 @@ struct ViewJob {
     std::optional<WordRamp> ramp;  ///< gives the bytes of `table` to all words of the image; faster
     /// Colours of grey values, for every value as `table` has them; or empty.
     std::span<const ValueColour> colours;
-    const unsigned char* shutterMask = nullptr;  ///< a byte a pixel; non-zero hides; or null
+    const unsigned char* shutterMask = nullptr;  ///< a byte a pixel: how much is hidden; or null
     Rgb shutterColour{};
     std::vector<MarkLayer> layers;  ///< drawn in this order, over the shutter
     bool isColour = false;          ///< result of three bytes a pixel; always for colour pixels

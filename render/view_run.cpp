@@ -91,22 +91,36 @@ private:
     }
 
     void HideShuttered(int row, unsigned char* to) const {
-        if (job_.shutterMask == nullptr) return;
-        const unsigned char* const mask = job_.shutterMask + PixelAt(row);
-        if (pixelBytes_ == 1) return Hide(mask, job_.shutterColour[0], to, count_);
-        for (std::size_t i = 0; i < count_; ++i) {
-            if (mask[i] != 0) Put(job_.shutterColour, to + i * kChannels);
-        }
+        if (job_.shutterMask != nullptr) Cover(job_.shutterMask, job_.shutterColour, row, to);
     }
 
     void Mark(const MarkLayer& layer, int row, unsigned char* to) const {
-        ForEachSetBit(layer.bits, PixelAt(row), count_, [&](std::size_t i) {
-            if (pixelBytes_ == 1) {
-                to[i] = layer.colour[0];
-            } else {
-                Put(layer.colour, to + i * kChannels);
+        if (!layer.coverage.empty()) return Cover(layer.coverage.data(), layer.colour, row, to);
+        ForEachSetBit(layer.bits, PixelAt(row), count_,
+                      [&](std::size_t i) { PutPixel(layer.colour, to + i * pixelBytes_); });
+    }
+
+    void PutPixel(const Rgb& colour, unsigned char* to) const {
+        if (pixelBytes_ == 1) {
+            *to = colour[0];
+        } else {
+            Put(colour, to);
+        }
+    }
+
+    /// Mixes a colour in, by how much it covers of each pixel.
+    void Cover(const unsigned char* coverage, const Rgb& colour, int row, unsigned char* to) const {
+        coverage += PixelAt(row);
+        for (std::size_t i = 0; i < count_; ++i, to += pixelBytes_) {
+            const int share = coverage[i];
+            if (share == 0) continue;
+            unsigned char covered[kChannels];
+            PutPixel(colour, covered);
+            for (std::size_t channel = 0; channel < pixelBytes_; ++channel) {
+                const int mixed = covered[channel] * share + to[channel] * (255 - share);
+                to[channel] = static_cast<unsigned char>((mixed + 127) / 255);
             }
-        });
+        }
     }
 
     const ViewJob& job_;

@@ -7,6 +7,7 @@ namespace quorvex {
 namespace {
 
 constexpr double kWhite = 255.0;
+constexpr double kHalf = 0.5 + 1e-9;
 
 double ThroughVoi(const VoiChoice& voi, double modalityValue) noexcept {
     if (const auto* const window = std::get_if<GreyWindow>(&voi)) return (*window)(modalityValue);
@@ -26,14 +27,17 @@ double ThroughPresentation(const PresentationStage& stage, double input) noexcep
 
 /// Halves go up, those too that a sum of fractions has missed by a hair.
 unsigned char ByteOf(double output) noexcept {
-    constexpr double kHalf = 0.5 + 1e-9;
     return static_cast<unsigned char>(output * kWhite + kHalf);
 }
 
 }  // namespace
 
 unsigned char DisplayFunction::operator()(std::int64_t stored) const noexcept {
-    const double output = ThroughPresentation(presentation, ThroughVoi(voi, modality(stored)));
+    return ByteAt(modality(stored));
+}
+
+unsigned char DisplayFunction::ByteAt(double modalityValue) const noexcept {
+    const double output = ThroughPresentation(presentation, ThroughVoi(voi, modalityValue));
     return ByteOf(isComplemented ? 1.0 - output : output);
 }
 
@@ -53,7 +57,26 @@ std::optional<DisplayFunction::Line> DisplayFunction::AsLine() const noexcept {
 }
 
 void DisplayFunction::Fill(std::int64_t low, std::span<unsigned char> table) const noexcept {
-    for (unsigned char& byte : table) byte = (*this)(low++);
+    FillFrom(static_cast<double>(low), 1.0, table);
+}
+
+void DisplayFunction::FillFrom(double low, double step,
+                               std::span<unsigned char> table) const noexcept {
+    if (const auto line = AsLine()) {
+        const double gain = line->gain * step;
+        const double first = line->gain * (low - line->zero);
+        for (std::size_t i = 0; i < table.size(); ++i) {
+            const double byte = first + gain * static_cast<double>(static_cast<int>(i));
+            table[i] = static_cast<unsigned char>(std::clamp(byte, 0.0, kWhite) + kHalf);
+        }
+        return;
+    }
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        const double stored = low + step * static_cast<double>(i);
+        const double modalityValue = modality.table ? modality(static_cast<std::int64_t>(stored))
+                                                    : stored * modality.slope + modality.intercept;
+        table[i] = ByteAt(modalityValue);
+    }
 }
 
 }  // namespace quorvex

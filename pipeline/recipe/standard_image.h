@@ -2,6 +2,7 @@
 #pragma once
 
 #include "pipeline/pixel_block.h"
+#include "pipeline/recipe/shrunk_frame.h"
 #include "pipeline/value_range.h"
 #include "presentation/displayed_area.h"
 #include "presentation/grey/grey_stages.h"
@@ -68,6 +69,15 @@ struct StandardImage {
     [[nodiscard]] const GreyStages& Stages() const noexcept {
         return applied ? applied->stages : own;
     }
+};
+
+/// A frame and its layers as they were shrunk for the last render.
+struct ShrunkImage {
+    ShrunkFrame frame;
+    std::vector<unsigned char> shutter;              ///< coverage; empty without one
+    std::vector<std::vector<unsigned char>> layers;  ///< coverage of each layer that is shown
+    bool hasShutter = false;                         ///< whether it was made for one that is shown
+    bool hasOverlays = false;
 };
 
 struct DisplayedImage;

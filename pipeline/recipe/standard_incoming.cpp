@@ -67,6 +67,7 @@ void TakeAttitude(DisplayedImage& shown, const StandardImage& image,
 }
 
 void StandardIncoming::Commit(DisplayedImage& shown, CSize viewSize) noexcept {
+    shown.shrunk.reset();
     shown.imageSize = size;
     shown.viewSize = viewSize;
     shown.pixels = std::move(pixels);

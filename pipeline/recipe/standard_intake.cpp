@@ -124,6 +124,7 @@ QUORVEX_MESSAGE StandardRules::ApplyState(DisplayedImage& image, CDcmObject* sta
     next.applied = StateFor(*kept, next, image.imageSize);
     next.state = std::move(kept);
     next.userWindow.reset();
+    image.shrunk.reset();
     next.voiChoice = 0;
     next.isToggled = false;
     if (!next.applied) {

@@ -68,6 +68,18 @@ Tables TablesOf(const DisplayFunction& function, ValueSpan stored, std::size_t e
     return tables;
 }
 
+Tables TablesOf(const DisplayFunction& function, const ShrunkFrame& frame) {
+    Tables tables;
+    tables.table.resize(frame.wordCount);
+    function.FillFrom(frame.low, 1.0 / frame.steps, tables.table);
+    if (const auto line = function.AsLine()) {
+        tables.ramp = RampOfLine(line->gain / frame.steps, (line->zero - frame.low) * frame.steps,
+                                 0, tables.table);
+    }
+    tables.table.resize(kWords);
+    return tables;
+}
+
 /// Elements too wide for a table are displayed one by one, ahead of the job.
 template <class Element>
 std::vector<unsigned char> DisplayedOneByOne(const DisplayedImage& image,
@@ -82,6 +94,7 @@ std::vector<unsigned char> DisplayedOneByOne(const DisplayedImage& image,
 Tables MakeTables(const DisplayedImage& image) {
     const StandardImage& standard = *image.standard;
     const DisplayFunction function = FunctionOf(image);
+    if (image.shrunk) return TablesOf(function, image.shrunk->frame);
     if (!standard.isGrey || image.bytesPerPixel == 1) {
         const ValueSpan all{0, kBytes - 1};
         return TablesOf(function, standard.isGrey ? standard.stored : all, kBytes);
@@ -95,8 +108,47 @@ Tables MakeTables(const DisplayedImage& image) {
     return tables;
 }
 
-void AddMarks(ViewJob& job, const std::vector<OwnedMarks>& marks) {
-    for (const OwnedMarks& plane : marks) job.layers.push_back({plane.bits, plane.colour});
+const OwnedShutter* ShownShutter(const DisplayedImage& image) {
+    const auto& applied = image.standard->applied;
+    const auto& shutter = applied && applied->shutter ? applied->shutter : image.standard->shutter;
+    return image.shutterShown != 0 && shutter ? &*shutter : nullptr;
+}
+
+std::vector<const OwnedMarks*> ShownMarks(const DisplayedImage& image) {
+    std::vector<const OwnedMarks*> shown;
+    if (image.overlaysShown == 0) return shown;
+    for (const OwnedMarks& marks : image.standard->overlays) shown.push_back(&marks);
+    if (!image.standard->applied) return shown;
+    for (const OwnedMarks& marks : image.standard->applied->overlays) shown.push_back(&marks);
+    return shown;
+}
+
+/// Shrinks the frame and its layers where they are seen smaller, unless the last render has.
+void PrepareShrunk(DisplayedImage& image, CSize scaled) {
+    const CSize size = ShrunkSize(image.imageSize, scaled);
+    if (size == image.imageSize || !CanShrink(image)) return image.shrunk.reset();
+    const bool hasShutter = ShownShutter(image) != nullptr;
+    const bool hasOverlays = image.overlaysShown != 0;
+    if (!image.shrunk || image.shrunk->frame.size != size) {
+        ShrunkImage fresh;
+        fresh.frame = Shrink(image, size);
+        image.shrunk = std::move(fresh);
+    }
+    ShrunkImage& shrunk = *image.shrunk;
+    if (hasShutter != shrunk.hasShutter) {
+        shrunk.shutter.clear();
+        const OwnedShutter* const shutter = ShownShutter(image);
+        if (shutter != nullptr)
+            shrunk.shutter = CoverageOfMask(shutter->mask, image.imageSize, size);
+        shrunk.hasShutter = hasShutter;
+    }
+    if (hasOverlays == shrunk.hasOverlays) return;
+    std::vector<std::vector<unsigned char>> layers;
+    for (const OwnedMarks* const marks : ShownMarks(image)) {
+        layers.push_back(CoverageOfBits(marks->bits, image.imageSize, size));
+    }
+    shrunk.layers = std::move(layers);
+    shrunk.hasOverlays = hasOverlays;
 }
 
 bool IsGreyTone(const Rgb& colour) {
@@ -104,18 +156,21 @@ bool IsGreyTone(const Rgb& colour) {
 }
 
 void AddLayers(ViewJob& job, const DisplayedImage& image) {
-    const StandardImage& standard = *image.standard;
-    const auto& applied = standard.applied;
-    const auto& shutter = applied && applied->shutter ? applied->shutter : standard.shutter;
-    if (image.shutterShown != 0 && shutter) {
-        job.shutterMask = shutter->mask.data();
+    const ShrunkImage* const shrunk = image.shrunk ? &*image.shrunk : nullptr;
+    if (const OwnedShutter* const shutter = ShownShutter(image)) {
+        job.shutterMask = (shrunk != nullptr ? shrunk->shutter : shutter->mask).data();
         job.shutterColour = shutter->colour;
         job.isColour = !IsGreyTone(shutter->colour);
     }
-    if (image.overlaysShown == 0) return;
-    AddMarks(job, standard.overlays);
-    if (applied) AddMarks(job, applied->overlays);
-    for (const MarkLayer& layer : job.layers) {
+    const auto shown = ShownMarks(image);
+    for (std::size_t i = 0; i < shown.size(); ++i) {
+        MarkLayer layer{.bits = {}, .coverage = {}, .colour = shown[i]->colour};
+        if (shrunk != nullptr) {
+            layer.coverage = shrunk->layers[i];
+        } else {
+            layer.bits = shown[i]->bits;
+        }
+        job.layers.push_back(layer);
         job.isColour = job.isColour || !IsGreyTone(layer.colour);
     }
 }
@@ -125,6 +180,12 @@ ViewJob JobOf(const DisplayedImage& image, const Tables& tables, const ViewPlace
     job.imageSize = image.imageSize;
     job.pixels = tables.bytes.empty() ? image.pixels.data.get() : tables.bytes.data();
     job.pixelBytes = tables.bytes.empty() ? image.bytesPerPixel : 1;
+    if (image.shrunk) {
+        job.imageSize = image.shrunk->frame.size;
+        job.pixels = static_cast<const unsigned char*>(
+            static_cast<const void*>(image.shrunk->frame.words.data()));
+        job.pixelBytes = 2;
+    }
     job.table = tables.table;
     job.ramp = tables.ramp;
     job.colours = image.standard->colours;
@@ -184,6 +245,7 @@ QUORVEX_MESSAGE RenderStandardView(DisplayedImage& image) {
     if (!image.pixels.data) return QVM_ERROR_NO_IMAGE;
     if (!CanBePlaced(image)) return QVM_ERROR_INVALID_OUTPUT_SIZE;
     const ViewPlacement placement = PlacementOf(image);
+    PrepareShrunk(image, placement.scaled);
     const Tables tables = MakeTables(image);
     const ViewJob job = JobOf(image, tables, placement);
     const int pixelBytes = ResultPixelBytes(job);

@@ -11,33 +11,49 @@ HWY_BEFORE_NAMESPACE();
 namespace quorvex::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-template <bool kAdds>
-void WeighBytesBy(const unsigned char* bytes, float weight, float* sums, std::size_t count) {
+template <bool kAdds, class Value>
+void WeighBy(const Value* values, float weight, float* sums, std::size_t count) {
     const hn::ScalableTag<float> floats;
     const hn::Rebind<std::int32_t, decltype(floats)> integers;
-    const hn::Rebind<std::uint8_t, decltype(floats)> octets;
+    const hn::Rebind<Value, decltype(floats)> stored;
     const auto weights = hn::Set(floats, weight);
     const std::size_t lanes = hn::Lanes(floats);
     std::size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
-        const auto values =
-            hn::ConvertTo(floats, hn::PromoteTo(integers, hn::LoadU(octets, bytes + i)));
+        const auto numbers =
+            hn::ConvertTo(floats, hn::PromoteTo(integers, hn::LoadU(stored, values + i)));
         if constexpr (kAdds) {
-            hn::StoreU(hn::MulAdd(values, weights, hn::LoadU(floats, sums + i)), floats, sums + i);
+            hn::StoreU(hn::MulAdd(numbers, weights, hn::LoadU(floats, sums + i)), floats, sums + i);
         } else {
-            hn::StoreU(hn::Mul(values, weights), floats, sums + i);
+            hn::StoreU(hn::Mul(numbers, weights), floats, sums + i);
         }
     }
     for (; i < count; ++i) {
-        const float product = static_cast<float>(bytes[i]) * weight;
+        const float product = static_cast<float>(values[i]) * weight;
         sums[i] = kAdds ? sums[i] + product : product;
     }
 }
 
-void WeighBytes(const unsigned char* bytes, float weight, bool adds, float* sums,
-                std::size_t count) {
-    adds ? WeighBytesBy<true>(bytes, weight, sums, count)
-         : WeighBytesBy<false>(bytes, weight, sums, count);
+template <class Value>
+void WeighValues(const unsigned char* bytes, float weight, bool adds, float* sums,
+                 std::size_t count) {
+    // Frames lie where words may lie.
+    const auto* const values = static_cast<const Value*>(static_cast<const void*>(bytes));
+    adds ? WeighBy<true>(values, weight, sums, count) : WeighBy<false>(values, weight, sums, count);
+}
+
+void Weigh(const unsigned char* values, ValueKind kind, float weight, bool adds, float* sums,
+           std::size_t count) {
+    switch (kind) {
+        case ValueKind::kUnsignedByte:
+            return WeighValues<std::uint8_t>(values, weight, adds, sums, count);
+        case ValueKind::kSignedByte:
+            return WeighValues<std::int8_t>(values, weight, adds, sums, count);
+        case ValueKind::kUnsignedWord:
+            return WeighValues<std::uint16_t>(values, weight, adds, sums, count);
+        case ValueKind::kSignedWord:
+            return WeighValues<std::int16_t>(values, weight, adds, sums, count);
+    }
 }
 
 template <bool kAdds>
@@ -86,13 +102,19 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace quorvex {
 
-HWY_EXPORT(WeighBytes);
+HWY_EXPORT(Weigh);
 HWY_EXPORT(WeighFloats);
 HWY_EXPORT(Round);
 
 void WeighRow(std::span<const unsigned char> bytes, float weight, bool adds,
               std::span<float> sums) {
-    HWY_DYNAMIC_DISPATCH(WeighBytes)(bytes.data(), weight, adds, sums.data(), bytes.size());
+    WeighRow(bytes, ValueKind::kUnsignedByte, weight, adds, sums);
+}
+
+void WeighRow(std::span<const unsigned char> values, ValueKind kind, float weight, bool adds,
+              std::span<float> sums) {
+    HWY_DYNAMIC_DISPATCH(Weigh)
+    (values.data(), kind, weight, adds, sums.data(), values.size() / BytesOf(kind));
 }
 
 void WeighRow(std::span<const float> row, float weight, bool adds, std::span<float> sums) {

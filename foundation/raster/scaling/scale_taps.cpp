@@ -96,4 +96,21 @@ ScaleTaps MakeScaleTaps(int source, int scaled, int start, int length, Interpola
     return taps;
 }
 
+void ScaleColumns(const ScaleTaps& taps, std::int32_t begin, std::span<const float> whole,
+                  std::size_t channels, std::span<float> scaled) {
+    float* to = scaled.data();
+    for (const ScaleTaps::Place& place : taps.places) {
+        const float* const from =
+            whole.data() + static_cast<std::size_t>(place.first - begin) * channels;
+        const float* const weights = taps.weights.data() + place.weights;
+        for (std::size_t channel = 0; channel < channels; ++channel) {
+            float sum = 0.0F;
+            for (std::uint32_t i = 0; i < place.count; ++i) {
+                sum += from[i * channels + channel] * weights[i];
+            }
+            *to++ = sum;
+        }
+    }
+}
+
 }  // namespace quorvex

@@ -35,4 +35,9 @@ struct ScaleTaps {
 [[nodiscard]] ScaleTaps MakeScaleTaps(int source, int scaled, int start, int length,
                                       Interpolation enlarging);
 
+/// Sums up a row by its taps: `whole` begins at source pixel `begin`, and both rows have
+/// `channels` numbers a pixel.
+void ScaleColumns(const ScaleTaps& taps, std::int32_t begin, std::span<const float> whole,
+                  std::size_t channels, std::span<float> scaled);
+
 }  // namespace quorvex

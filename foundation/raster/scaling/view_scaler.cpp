@@ -63,7 +63,8 @@ void ViewScaler::ShrinkRows(const RowSource& rowAt, const PixelGrid<unsigned cha
             WeighRow(std::span(bytes + skipped, whole_.size()), weight, adds, whole_);
             adds = true;
         }
-        ScaleColumns();
+        ScaleColumns(columns_, columns_.Begin(), whole_, static_cast<std::size_t>(shape_.channels),
+                     scaled_);
         RoundRow(scaled_, destination.Row(y));
     }
 }
@@ -89,27 +90,11 @@ const std::vector<float>& ViewScaler::ScaledRow(int y, const RowSource& rowAt) {
     const auto skipped =
         static_cast<std::size_t>(columns_.Begin()) * static_cast<std::size_t>(shape_.channels);
     WeighRow(std::span(rowAt(y, y) + skipped, whole_.size()), 1.0F, false, whole_);
-    ScaleColumns();
+    ScaleColumns(columns_, columns_.Begin(), whole_, static_cast<std::size_t>(shape_.channels),
+                 scaled_);
     std::ranges::copy(scaled_, row.samples.begin());
     row.y = y;
     return row.samples;
-}
-
-void ViewScaler::ScaleColumns() {
-    const auto channels = static_cast<std::size_t>(shape_.channels);
-    float* to = scaled_.data();
-    for (const ScaleTaps::Place& place : columns_.places) {
-        const float* const from =
-            whole_.data() + static_cast<std::size_t>(place.first - columns_.Begin()) * channels;
-        const float* const weights = columns_.weights.data() + place.weights;
-        for (std::size_t channel = 0; channel < channels; ++channel) {
-            float sum = 0.0F;
-            for (std::uint32_t i = 0; i < place.count; ++i) {
-                sum += from[i * channels + channel] * weights[i];
-            }
-            *to++ = sum;
-        }
-    }
 }
 
 }  // namespace quorvex

@@ -38,7 +38,6 @@ private:
     void ShrinkRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination);
     void EnlargeRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination);
     [[nodiscard]] const std::vector<float>& ScaledRow(int y, const RowSource& rowAt);
-    void ScaleColumns();
 
     ScaleShape shape_;
     std::optional<RowResizer> linear_;  ///< for what it does: linear, and no side shrunk
