@@ -17,8 +17,8 @@ namespace quorvex {
 /// Red, green, blue.
 using Rgb = std::array<std::uint8_t, 3>;
 
-/// Marks in one colour over an image: a bit for each of its pixels, in overlay order, or a byte that
-/// says how much of the pixel is covered. Rows run from the top; one of the two is empty.
+/// Marks in one colour over an image: a bit for each of its pixels, in overlay order, or a byte
+/// that says how much of the pixel is covered. Rows run from the top; one of the two is empty.
 struct MarkLayer {
     std::span<const unsigned char> bits;
     std::span<const unsigned char> coverage;

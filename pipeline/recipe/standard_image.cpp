@@ -42,6 +42,12 @@ struct RealSpan {
 /// Modality values of the frame without its padding; of a table only entries that occur count.
 RealSpan SpanOfFrame(const DisplayedImage& image, const ModalityStage& modality) {
     RealSpan span;
+    const StandardImage& standard = *image.standard;
+    if (!standard.padding && !modality.table) {
+        span.Add(modality(standard.stored.low));
+        span.Add(modality(standard.stored.high));
+        return span;
+    }
     WithElementType(LayoutOf(image), [&](auto element) {
         using Element = decltype(element);
         if (modality.table) {

@@ -11,48 +11,73 @@ HWY_BEFORE_NAMESPACE();
 namespace quorvex::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-template <bool kAdds, class Value>
-void WeighBy(const Value* values, float weight, float* sums, std::size_t count) {
+/// Up to four rows in one go: their sum stays in registers, so that the sums are written once.
+template <std::size_t kRows, class Value>
+void WeighRowsBy(const Value* const* rows, const float* weights, bool adds, float* sums,
+                 std::size_t count) {
     const hn::ScalableTag<float> floats;
     const hn::Rebind<std::int32_t, decltype(floats)> integers;
     const hn::Rebind<Value, decltype(floats)> stored;
-    const auto weights = hn::Set(floats, weight);
+    const auto numbersAt = [&](std::size_t row, std::size_t i) HWY_ATTR {
+        return hn::ConvertTo(floats, hn::PromoteTo(integers, hn::LoadU(stored, rows[row] + i)));
+    };
+    const auto weightOf = [&](std::size_t row) HWY_ATTR {
+        return hn::Set(floats, weights[std::min(row, kRows - 1)]);
+    };
+    const auto first = weightOf(0);
+    const auto second = weightOf(1);
+    const auto third = weightOf(2);
+    const auto fourth = weightOf(3);
     const std::size_t lanes = hn::Lanes(floats);
     std::size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
-        const auto numbers =
-            hn::ConvertTo(floats, hn::PromoteTo(integers, hn::LoadU(stored, values + i)));
-        if constexpr (kAdds) {
-            hn::StoreU(hn::MulAdd(numbers, weights, hn::LoadU(floats, sums + i)), floats, sums + i);
-        } else {
-            hn::StoreU(hn::Mul(numbers, weights), floats, sums + i);
-        }
+        auto sum = hn::Mul(numbersAt(0, i), first);
+        if constexpr (kRows > 1) sum = hn::MulAdd(numbersAt(1, i), second, sum);
+        if constexpr (kRows > 2) sum = hn::MulAdd(numbersAt(2, i), third, sum);
+        if constexpr (kRows > 3) sum = hn::MulAdd(numbersAt(3, i), fourth, sum);
+        if (adds) sum = hn::Add(sum, hn::LoadU(floats, sums + i));
+        hn::StoreU(sum, floats, sums + i);
     }
     for (; i < count; ++i) {
-        const float product = static_cast<float>(values[i]) * weight;
-        sums[i] = kAdds ? sums[i] + product : product;
+        float sum = adds ? sums[i] : 0.0F;
+        for (std::size_t row = 0; row < kRows; ++row) {
+            sum += static_cast<float>(rows[row][i]) * weights[row];
+        }
+        sums[i] = sum;
     }
 }
 
 template <class Value>
-void WeighValues(const unsigned char* bytes, float weight, bool adds, float* sums,
-                 std::size_t count) {
+void WeighValues(const unsigned char* const* bytes, const float* weights, std::size_t rowCount,
+                 bool adds, float* sums, std::size_t count) {
     // Frames lie where words may lie.
-    const auto* const values = static_cast<const Value*>(static_cast<const void*>(bytes));
-    adds ? WeighBy<true>(values, weight, sums, count) : WeighBy<false>(values, weight, sums, count);
+    const Value* rows[kMostRowsAtOnce] = {};
+    for (std::size_t i = 0; i < rowCount; ++i) {
+        rows[i] = static_cast<const Value*>(static_cast<const void*>(bytes[i]));
+    }
+    switch (rowCount) {
+        case 1:
+            return WeighRowsBy<1>(rows, weights, adds, sums, count);
+        case 2:
+            return WeighRowsBy<2>(rows, weights, adds, sums, count);
+        case 3:
+            return WeighRowsBy<3>(rows, weights, adds, sums, count);
+        default:
+            return WeighRowsBy<4>(rows, weights, adds, sums, count);
+    }
 }
 
-void Weigh(const unsigned char* values, ValueKind kind, float weight, bool adds, float* sums,
-           std::size_t count) {
+void Weigh(const unsigned char* const* rows, ValueKind kind, const float* weights,
+           std::size_t rowCount, bool adds, float* sums, std::size_t count) {
     switch (kind) {
         case ValueKind::kUnsignedByte:
-            return WeighValues<std::uint8_t>(values, weight, adds, sums, count);
+            return WeighValues<std::uint8_t>(rows, weights, rowCount, adds, sums, count);
         case ValueKind::kSignedByte:
-            return WeighValues<std::int8_t>(values, weight, adds, sums, count);
+            return WeighValues<std::int8_t>(rows, weights, rowCount, adds, sums, count);
         case ValueKind::kUnsignedWord:
-            return WeighValues<std::uint16_t>(values, weight, adds, sums, count);
+            return WeighValues<std::uint16_t>(rows, weights, rowCount, adds, sums, count);
         case ValueKind::kSignedWord:
-            return WeighValues<std::int16_t>(values, weight, adds, sums, count);
+            return WeighValues<std::int16_t>(rows, weights, rowCount, adds, sums, count);
     }
 }
 
@@ -106,15 +131,10 @@ HWY_EXPORT(Weigh);
 HWY_EXPORT(WeighFloats);
 HWY_EXPORT(Round);
 
-void WeighRow(std::span<const unsigned char> bytes, float weight, bool adds,
-              std::span<float> sums) {
-    WeighRow(bytes, ValueKind::kUnsignedByte, weight, adds, sums);
-}
-
-void WeighRow(std::span<const unsigned char> values, ValueKind kind, float weight, bool adds,
-              std::span<float> sums) {
+void WeighRows(std::span<const unsigned char* const> rows, ValueKind kind,
+               std::span<const float> weights, bool adds, std::span<float> sums) {
     HWY_DYNAMIC_DISPATCH(Weigh)
-    (values.data(), kind, weight, adds, sums.data(), values.size() / BytesOf(kind));
+    (rows.data(), kind, weights.data(), rows.size(), adds, sums.data(), sums.size());
 }
 
 void WeighRow(std::span<const float> row, float weight, bool adds, std::span<float> sums) {

@@ -9,11 +9,12 @@
 
 namespace quorvex {
 
-/// `sums` = `bytes` x `weight`, or with `adds` that on top. Both have as many numbers.
-void WeighRow(std::span<const unsigned char> bytes, float weight, bool adds, std::span<float> sums);
-/// The same for values of another kind.
-void WeighRow(std::span<const unsigned char> values, ValueKind kind, float weight, bool adds,
-              std::span<float> sums);
+inline constexpr std::size_t kMostRowsAtOnce = 4;
+
+/// The weighted sum of 1 to `kMostRowsAtOnce` rows of values becomes `sums`, or with `adds` is
+/// added to it. The length of `sums` decides.
+void WeighRows(std::span<const unsigned char* const> rows, ValueKind kind,
+               std::span<const float> weights, bool adds, std::span<float> sums);
 /// `sums` = `row` x `weight`, or with `adds` that on top.
 void WeighRow(std::span<const float> row, float weight, bool adds, std::span<float> sums);
 /// Nearest bytes of numbers; what lies outside 0 .. 255 is clamped.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 
 namespace quorvex {
 namespace {
@@ -96,21 +97,64 @@ ScaleTaps MakeScaleTaps(int source, int scaled, int start, int length, Interpola
     return taps;
 }
 
-void ScaleColumns(const ScaleTaps& taps, std::int32_t begin, std::span<const float> whole,
-                  std::size_t channels, std::span<float> scaled) {
-    float* to = scaled.data();
+ColumnTaps::ColumnTaps(const ScaleTaps& taps)
+    : begin_(taps.Begin()), sourcePixels_(static_cast<std::size_t>(taps.End() - taps.Begin())) {
     for (const ScaleTaps::Place& place : taps.places) {
-        const float* const from =
-            whole.data() + static_cast<std::size_t>(place.first - begin) * channels;
-        const float* const weights = taps.weights.data() + place.weights;
+        count_ = std::max<std::size_t>(count_, place.count);
+    }
+    weights_.resize(count_ * taps.places.size());
+    firsts_.reserve(taps.places.size());
+    for (const ScaleTaps::Place& place : taps.places) {
+        std::ranges::copy(taps.WeightsOf(place),
+                          weights_.begin() + static_cast<std::ptrdiff_t>(firsts_.size() * count_));
+        firsts_.push_back(static_cast<std::uint32_t>(place.first - begin_));
+    }
+}
+
+// As many taps for each pixel leave the loop without a branch that could be guessed wrong.
+template <std::size_t kCount>
+void ColumnTaps::ScaleGrey(const float* whole, float* scaled) const {
+    const float* weights = weights_.data();
+    for (const std::uint32_t first : firsts_) {
+        const float* const from = whole + first;
+        float sum = 0.0F;
+        for (std::size_t i = 0; i < kCount; ++i) sum += from[i] * weights[i];
+        weights += kCount;
+        *scaled++ = sum;
+    }
+}
+
+void ColumnTaps::ScaleAny(const float* whole, std::size_t channels, float* scaled) const {
+    const float* weights = weights_.data();
+    for (const std::uint32_t first : firsts_) {
+        const float* const from = whole + first * channels;
         for (std::size_t channel = 0; channel < channels; ++channel) {
             float sum = 0.0F;
-            for (std::uint32_t i = 0; i < place.count; ++i) {
+            for (std::size_t i = 0; i < count_; ++i) {
                 sum += from[i * channels + channel] * weights[i];
             }
-            *to++ = sum;
+            *scaled++ = sum;
         }
+        weights += count_;
     }
+}
+
+void ColumnTaps::Scale(std::span<const float> whole, std::size_t channels,
+                       std::span<float> scaled) const {
+    using Grey = void (ColumnTaps::*)(const float*, float*) const;
+    static constexpr Grey kGrey[] = {nullptr,
+                                     &ColumnTaps::ScaleGrey<1>,
+                                     &ColumnTaps::ScaleGrey<2>,
+                                     &ColumnTaps::ScaleGrey<3>,
+                                     &ColumnTaps::ScaleGrey<4>,
+                                     &ColumnTaps::ScaleGrey<5>,
+                                     &ColumnTaps::ScaleGrey<6>,
+                                     &ColumnTaps::ScaleGrey<7>,
+                                     &ColumnTaps::ScaleGrey<8>};
+    if (channels == 1 && count_ < std::size(kGrey)) {
+        return (this->*kGrey[count_])(whole.data(), scaled.data());
+    }
+    ScaleAny(whole.data(), channels, scaled.data());
 }
 
 }  // namespace quorvex

@@ -35,9 +35,33 @@ struct ScaleTaps {
 [[nodiscard]] ScaleTaps MakeScaleTaps(int source, int scaled, int start, int length,
                                       Interpolation enlarging);
 
-/// Sums up a row by its taps: `whole` begins at source pixel `begin`, and both rows have
-/// `channels` numbers a pixel.
-void ScaleColumns(const ScaleTaps& taps, std::int32_t begin, std::span<const float> whole,
-                  std::size_t channels, std::span<float> scaled);
+/// The taps of a row's columns, as many for each pixel: what has fewer weighs some by 0.
+class ColumnTaps {
+public:
+    ColumnTaps() = default;
+    explicit ColumnTaps(const ScaleTaps& taps);
+
+    /// The source pixels that count: first one, and how many from there on.
+    [[nodiscard]] std::int32_t Begin() const noexcept { return begin_; }
+    [[nodiscard]] std::size_t SourcePixels() const noexcept { return sourcePixels_; }
+    /// Pixels that a source row must have room for, from `Begin` on; those behind `SourcePixels`
+    /// count nothing but must be numbers.
+    [[nodiscard]] std::size_t PaddedPixels() const noexcept { return sourcePixels_ + count_; }
+
+    /// Sums up a row: `whole` begins at source pixel `Begin`, and both rows have `channels` numbers
+    /// a pixel.
+    void Scale(std::span<const float> whole, std::size_t channels, std::span<float> scaled) const;
+
+private:
+    template <std::size_t kCount>
+    void ScaleGrey(const float* whole, float* scaled) const;
+    void ScaleAny(const float* whole, std::size_t channels, float* scaled) const;
+
+    std::int32_t begin_ = 0;
+    std::size_t sourcePixels_ = 0;
+    std::size_t count_ = 0;
+    std::vector<std::uint32_t> firsts_;  ///< counted from `begin_`
+    std::vector<float> weights_;         ///< `count_` for each pixel
+};
 
 }  // namespace quorvex

@@ -3,6 +3,7 @@
 #include "foundation/raster/scaling/scale_kernels.h"
 
 #include <algorithm>
+#include <array>
 
 namespace quorvex {
 namespace {
@@ -29,12 +30,13 @@ ViewScaler::ViewScaler(const ScaleShape& shape) : shape_(shape) {
         return;
     }
     const RasterRect& window = shape.window;
-    columns_ =
-        MakeScaleTaps(shape.source.cx, shape.scaled.cx, window.x, window.width, shape.enlarging);
+    columns_ = ColumnTaps(
+        MakeScaleTaps(shape.source.cx, shape.scaled.cx, window.x, window.width, shape.enlarging));
     rows_ =
         MakeScaleTaps(shape.source.cy, shape.scaled.cy, window.y, window.height, shape.enlarging);
     const auto channels = static_cast<std::size_t>(shape.channels);
-    whole_.resize(static_cast<std::size_t>(columns_.End() - columns_.Begin()) * channels);
+    whole_.resize(columns_.PaddedPixels() * channels);
+    counted_ = columns_.SourcePixels() * channels;
     scaled_.resize(static_cast<std::size_t>(window.width) * channels);
     if (shape.scaled.cy < shape.source.cy) return;
     cache_.resize(kMostRowsOfPixel);
@@ -55,16 +57,21 @@ void ViewScaler::ShrinkRows(const RowSource& rowAt, const PixelGrid<unsigned cha
     const unsigned char* bytes = nullptr;
     for (int y = 0; y < destination.size.cy; ++y) {
         const ScaleTaps::Place& place = rows_.places[static_cast<std::size_t>(y)];
-        int row = place.first;
-        bool adds = false;
-        for (const float weight : rows_.WeightsOf(place)) {
+        const auto weights = rows_.WeightsOf(place);
+        std::array<const unsigned char*, 2> pair{};
+        std::size_t waiting = 0;
+        for (std::size_t i = 0; i < weights.size(); ++i) {
+            const int row = place.first + static_cast<int>(i);
             if (row != present) bytes = rowAt(row, std::min(row + 1, last));
-            present = row++;
-            WeighRow(std::span(bytes + skipped, whole_.size()), weight, adds, whole_);
-            adds = true;
+            present = row;
+            pair[waiting++] = bytes + skipped;
+            if (waiting < pair.size() && i + 1 < weights.size()) continue;
+            WeighRows(std::span(pair).first(waiting), ValueKind::kUnsignedByte,
+                      weights.subspan(i + 1 - waiting, waiting), i + 1 > waiting,
+                      std::span(whole_).first(counted_));
+            waiting = 0;
         }
-        ScaleColumns(columns_, columns_.Begin(), whole_, static_cast<std::size_t>(shape_.channels),
-                     scaled_);
+        columns_.Scale(whole_, static_cast<std::size_t>(shape_.channels), scaled_);
         RoundRow(scaled_, destination.Row(y));
     }
 }
@@ -89,9 +96,11 @@ const std::vector<float>& ViewScaler::ScaledRow(int y, const RowSource& rowAt) {
     if (row.y == y) return row.samples;
     const auto skipped =
         static_cast<std::size_t>(columns_.Begin()) * static_cast<std::size_t>(shape_.channels);
-    WeighRow(std::span(rowAt(y, y) + skipped, whole_.size()), 1.0F, false, whole_);
-    ScaleColumns(columns_, columns_.Begin(), whole_, static_cast<std::size_t>(shape_.channels),
-                 scaled_);
+    const unsigned char* const bytes = rowAt(y, y) + skipped;
+    constexpr float kWhole[] = {1.0F};
+    WeighRows({&bytes, 1}, ValueKind::kUnsignedByte, kWhole, false,
+              std::span(whole_).first(counted_));
+    columns_.Scale(whole_, static_cast<std::size_t>(shape_.channels), scaled_);
     std::ranges::copy(scaled_, row.samples.begin());
     row.y = y;
     return row.samples;

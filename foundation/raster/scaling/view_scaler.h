@@ -41,9 +41,10 @@ private:
 
     ScaleShape shape_;
     std::optional<RowResizer> linear_;  ///< for what it does: linear, and no side shrunk
-    ScaleTaps columns_;
+    ColumnTaps columns_;
     ScaleTaps rows_;
-    std::vector<float> whole_;   ///< the source columns that count, of one row or of a mean of rows
+    std::vector<float> whole_;   ///< the source columns that count, of a row or of a sum of rows
+    std::size_t counted_ = 0;    ///< numbers of them; those behind stay 0
     std::vector<float> scaled_;  ///< the same with its columns scaled
     std::vector<CachedRow> cache_;
 };
