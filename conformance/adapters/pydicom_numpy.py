@@ -66,7 +66,7 @@ def colour(image, options):
         return entries * (255 / (65535 if entries.dtype == np.uint16 else 255))
     if photometric.startswith("YBR"):
         return util.convert_color_space(pixels, photometric, "RGB")
-    return pixels
+    return pixels * (255 / ((1 << image.BitsStored) - 1))
 
 
 def main(options):

@@ -156,6 +156,11 @@ def add_rgb(book):
     make.swap_to_big_endian(big)
     book.add("colour/grey_big_endian", big, "words of the other byte order", "PS3.5 A.3",
              sums=[(6, 4, "((1600-2047.5)/4095+0.5)*255")])
+    for name, stored, factor in (("16_bits", 16, 257), ("12_of_16_bits", 12, 16)):
+        deep = make.image("rgb " + name, pixels * factor, 16, stored, photometric="RGB")
+        top = (1 << stored) - 1
+        book.add(f"colour/rgb_{name}", deep, "deeper colour, over all that the bits can hold", YBR,
+                 sums=[(6, 4, tuple(f"{level}*{factor}*255/{top}" for level in (100, 148, 44)))])
     frames = np.stack([pixels, 255 - pixels])
     several = make.image("rgb frames", frames, frames=2, photometric="RGB")
     book.add("colour/rgb_frame_2", several, "the second frame of a colour image", "PS3.3 C.7.6.6",

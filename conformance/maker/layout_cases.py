@@ -87,6 +87,7 @@ def add_aspects(book):
                  tolerance=1, tolerance_reason=SCALED, default_view=(32, height), sums=sums)
     add_turned_aspects(book)
     add_state_aspects(book)
+    add_aspect_of_frames(book)
 
 
 def add_turned_aspects(book):
@@ -127,6 +128,17 @@ def add_state_aspects(book):
                             ImageRotation=90, ImageHorizontalFlip="N"))
 
 
+def add_aspect_of_frames(book):
+    pixels = np.stack([disc(32, 32, 1, 1), disc(32, 32, 2, 1)])
+    made = make.image("aspect of frames", pixels, frames=2, sop_class=make.ENHANCED_CT)
+    made.SharedFunctionalGroupsSequence = Sequence([make.item()])
+    made.PerFrameFunctionalGroupsSequence = Sequence([
+        make.item(PixelMeasuresSequence=make.sequence(PixelSpacing=spacing))
+        for spacing in (["1", "1"], ["2", "1"])])
+    scaled(book, "aspect/of_frame_2", made, "Pixel Spacing of the frame's functional groups",
+           ASPECT + ", C.7.6.16.2.1", (32, 64), frame=1, sums=spots_of(pixels[1], (32, 64)))
+
+
 def spaced_area(made, spacing):
     one = make.area(made)
     del one.PresentationPixelAspectRatio
@@ -153,6 +165,21 @@ def add_turns(book):
                          "exchanged, as the user asks", TURN, sums=first, **asked)
             book.add(f"turn/state_{name}", made, "a state turns clockwise, then flips", TURN,
                      state=state, sums=first, **size)
+
+
+def add_turns_of_both(book):
+    pixels = count(12, 20)
+    made = make.image("turns of both", pixels)
+    for name, turn, flip, asked, size, first in (
+            ("90_then_90", 90, False, {"rotate": 90}, (20, 12), (11, 19)),
+            ("90_then_flip", 90, False, {"flip": True}, (12, 20), (0, 0)),
+            ("flip_then_90", 0, True, {"rotate": 90}, (12, 20), (11, 19)),
+            ("90_flip_then_90", 90, True, {"rotate": 90}, (20, 12), (0, 19)),
+            ("270_flip_then_flip", 270, True, {"flip": True}, (12, 20), (0, 19))):
+        state = make.state(made, ImageRotation=turn, ImageHorizontalFlip="NY"[flip])
+        book.add(f"turn/both_{name}", made, "the user turns and flips what a state shows", TURN,
+                 state=state, width=size[0], height=size[1],
+                 sums=[(0, 0, str(pixels[first]))], **asked)
 
 
 def add_areas(book):
@@ -302,5 +329,5 @@ def add_enlarging(book):
 
 
 def add_cases(book):
-    for add in (add_aspects, add_turns, add_areas, add_sizes, add_shrinking, add_enlarging):
+    for add in (add_aspects, add_turns, add_turns_of_both, add_areas, add_sizes, add_shrinking, add_enlarging):
         add(book)

@@ -188,6 +188,11 @@ def add_state_shutters(book):
     book.add("shutter/state_inverse", made, "an inverse state does not invert its shutter",
              SHUTTER, shutter=True, state=inverse,
              sums=[(0, 0, "255"), (6, 6, "255-(102//2+40)")])
+    own = make.image("shutter of image under a state", grey(), ShutterShape="RECTANGULAR",
+                     **shutter(**RECTANGLE))
+    book.add("shutter/state_without", own, "a state without shutter shows all of the image, "
+             "whatever shutter the image has", "PS3.4 N.2", shutter=True, state=make.state(own),
+             sums=[(0, 0, "40"), (15, 15, "255//2+40")])
     mask = 1 - np.kron(letter(), np.ones((2, 2), int))
     for name, value, bits, origin in (("bitmap", 0, mask, (1, 1)),
                                       ("bitmap_grey", 16448, mask[:9, :9], (4, 6))):

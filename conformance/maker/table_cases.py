@@ -3,7 +3,7 @@ import numpy as np
 from pydicom.sequence import Sequence
 
 from . import objects as make
-from .grey_cases import linear_sum
+from .grey_cases import exact_sum, linear_sum, sigmoid_sum
 from .patterns import corners, count
 
 LUT = "PS3.3 C.11.1.1"
@@ -154,6 +154,15 @@ def add_state_stages(book):
     book.add("state/width_70000", ct, "a state's width above 65535", STATE,
              state=make.state(ct, window=("0", "70000"), **own),
              sums=[(8, 0, linear_sum("128*4+800-1024", 0, 70000))])
+    for name, function, add in (("exact", "LINEAR_EXACT", exact_sum),
+                                ("sigmoid", "SIGMOID", sigmoid_sum)):
+        state = make.state(ct, window=("288", "20"), **own)
+        state.SoftcopyVOILUTSequence[0].VOILUTFunction = function
+        book.add(f"state/{name}", ct, f"a state's window of {function}", "PS3.3 C.11.2.1.3",
+                 state=state, sums=[(8, 0, add("128*4+800-1024", 288, 20))])
+    book.add("state/asked_window", ct, "a window that the user sets over a state is in the "
+             "state's modality units", STATE, state=make.state(ct, window=("100", "600"), **own),
+             window=[200, 300], sums=[(8, 0, linear_sum("128*4+800-1024", 200, 300))])
     add_state_rest(book)
 
 
