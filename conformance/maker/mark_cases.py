@@ -27,7 +27,7 @@ def add_own_overlays(book):
     add("placed", "an overlay at row 5, column 3", f, [(5, 3, "255"), (1, 1, "17//2+40")],
         origin=(5, 3))
     add("beyond_top_left", "partly outside: clipped", f, [(0, 0, "255"), (0, 6, "6//2+40")],
-        origin=(0, -3 + 3))
+        origin=(0, 0))
     add("far_top_left", "an origin below 0", np.ones((8, 8)), [(0, 0, "255"), (4, 2, "255"),
                                                               (5, 0, "80//2+40")], origin=(-2, -4))
     add("beyond_bottom_right", "partly outside below and to the right", np.ones((8, 8)),
@@ -43,6 +43,12 @@ def add_own_overlays(book):
     add("odd_size", "rows of the overlay that end inside a byte", letter(7, 5),
         [(1, 1, "255"), (5, 1, "255"), (6, 1, "97//2+40")])
     add("group_601e", "the last of the sixteen groups", f, [(1, 1, "255")], group=0x601E)
+    add_other_overlays(book)
+    add_overlay_frames(book)
+
+
+def add_other_overlays(book):
+    f = letter()
     two = make.image("overlay two", grey())
     make.add_overlay(two, f)
     make.add_overlay(two, f[::-1], origin=(9, 9), group=0x6002)
@@ -66,7 +72,6 @@ def add_own_overlays(book):
     make.add_overlay(dark, f)
     book.add("overlay/mono1", dark, "the overlay stays white where the image is inverted", OVERLAY,
              overlays=True, sums=[(1, 1, "255"), (0, 0, "255-40")])
-    add_overlay_frames(book)
 
 
 def add_overlay_frames(book):
