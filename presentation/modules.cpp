@@ -56,4 +56,12 @@ int CXGSPSObject::GetGSPSModule(unsigned int selector, CDcmObject* object, CXGSP
     });
 }
 
+int CXGSPSObject::GetMask(CDcmObject* object, CXGSPSInfo* info) {
+    if (object == nullptr || info == nullptr) return 0;
+    return Answer(0, [&] {
+        PresentationReader(*object, *info, imageUID, frameNumber).GetMask();
+        return 1;
+    });
+}
+
 }  // namespace quorvex

@@ -62,6 +62,12 @@ public:
     /// @return 1; or 0 without memory, and then the record holds what was read so far
     int GetGSPSModule(unsigned int selector, CDcmObject* object, CXGSPSInfo* info);
 
+    /// Reads the first item of the Mask Subtraction Sequence and the Recommended Viewing Mode into
+    /// the mask fields of the record; what belongs to whom is told there.
+    ///
+    /// @return 1; or 0 without an object, a record or memory
+    int GetMask(CDcmObject* object, CXGSPSInfo* info);
+
     /// Makes a presentation state for images of one series.
     ///
     /// Patient, study, modality transform and mask subtraction come from `source`, what belongs to

@@ -82,7 +82,7 @@ std::vector<OwnedMarks> OverlaysOf(const CallersPixels& callers) {
     std::vector<unsigned char> bits(bytes);
     std::copy_n(data->overlayPlane, std::min<std::size_t>(bytes, data->overlayPlaneSize),
                 bits.begin());
-    marks.push_back({std::move(bits), {255, 255, 255}});
+    marks.push_back({0, std::move(bits), {255, 255, 255}});
     return marks;
 }
 

@@ -32,10 +32,17 @@ CSize ShrunkSize(CSize image, CSize scaled) noexcept {
     return {std::min(image.cx, scaled.cx), std::min(image.cy, scaled.cy)};
 }
 
-bool CanShrink(const DisplayedImage& image) noexcept {
+bool CanShrink(const DisplayedImage& image, const DisplayFunction& function) noexcept {
     const StandardImage& standard = *image.standard;
-    return standard.isGrey && image.bytesPerPixel <= 2 && standard.colours.empty() &&
-           !standard.Stages().modality.table;
+    if (!standard.isGrey || image.bytesPerPixel > 2 || !standard.colours.empty()) return false;
+    const auto line = function.AsLine();
+    if (!line) return false;
+    const auto isUnclamped = [&](std::int64_t stored) {
+        const double byte = line->gain * (static_cast<double>(stored) - line->zero);
+        constexpr double kSlack = 1e-6;
+        return byte >= -kSlack && byte <= UINT8_MAX + kSlack;
+    };
+    return isUnclamped(standard.stored.low) && isUnclamped(standard.stored.high);
 }
 
 ShrunkFrame Shrink(const DisplayedImage& image, CSize size) {

@@ -9,6 +9,7 @@
 namespace quorvex {
 
 struct DisplayedImage;
+struct DisplayFunction;
 
 /// A frame whose stored values have been averaged over the area of each new pixel, with fractions,
 /// so that a window change reads no more pixels than are seen.
@@ -27,9 +28,9 @@ struct ShrunkFrame {
 /// stays.
 [[nodiscard]] CSize ShrunkSize(CSize image, CSize scaled) noexcept;
 
-/// Whether a frame's values may be averaged: grey, of up to 16 bits, and no table or palette that
-/// gives neighbouring values another meaning.
-[[nodiscard]] bool CanShrink(const DisplayedImage& image) noexcept;
+/// Whether averaging a frame's values gives the average of its display values: grey of up to 16
+/// bits, and a straight line over all values of the frame, none of them beyond black or white.
+[[nodiscard]] bool CanShrink(const DisplayedImage& image, const DisplayFunction& function) noexcept;
 
 [[nodiscard]] ShrunkFrame Shrink(const DisplayedImage& image, CSize size);
 

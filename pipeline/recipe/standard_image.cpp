@@ -69,6 +69,12 @@ RealSpan SpanOfFrame(const DisplayedImage& image, const ModalityStage& modality)
 
 RealSpan SpanOfBits(const StoredForm& form, const ModalityStage& modality) {
     RealSpan span;
+    constexpr int kWordBits = 16;
+    if (!modality.table || form.bitsStored > kWordBits) {
+        span.Add(modality(form.Lowest()));
+        span.Add(modality(form.Highest()));
+        return span;
+    }
     for (std::int64_t value = form.Lowest(); value <= form.Highest(); ++value) {
         span.Add(modality(value));
     }
@@ -84,8 +90,10 @@ GreyWindow WindowOverValues(const DisplayedImage& image) {
         return GreyWindow::Over(static_cast<double>(range->low), static_cast<double>(range->high));
     }
     const ModalityStage& modality = standard.Stages().modality;
-    RealSpan span = standard.form.bitsStored <= kByteBits ? SpanOfBits(standard.form, modality)
-                                                          : SpanOfFrame(image, modality);
+    // A state without a window shows all that its modality stage can give (DICOM PS3.3 C.11.6.1).
+    const bool showsAllBits = standard.form.bitsStored <= kByteBits || standard.applied;
+    RealSpan span =
+        showsAllBits ? SpanOfBits(standard.form, modality) : SpanOfFrame(image, modality);
     if (span.low > span.high) span = {0.0, 0.0};  // nothing but padding
     if (span.high - span.low >= 1.0 || span.high == span.low) {
         return GreyWindow::Over(span.low, span.high);

@@ -10,6 +10,7 @@
 #include "render/view_job.h"
 #include "windowing/display_function.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -18,6 +19,7 @@ namespace quorvex {
 
 /// Marks over an image, with the block that holds them.
 struct OwnedMarks {
+    std::uint32_t group = 0;  ///< of the plane; 0 for those in unused bits of the pixels, as one
     std::vector<unsigned char> bits;  ///< one for each pixel of the image, in overlay order
     Rgb colour{255, 255, 255};
 };

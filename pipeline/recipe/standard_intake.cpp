@@ -79,7 +79,7 @@ std::optional<AppliedState> StateFor(const CDcmObject& state, const StandardImag
     applied.isFlipped = IsFlipped(state);
     applied.area = ReadDisplayedArea(state, image.uid, image.frameNumber);
     applied.shutter = ShutterOf(state, size);
-    applied.overlays = StateOverlays(state, size, image.frameNumber);
+    applied.overlays = StateOverlays(state, image.overlays, size, image.frameNumber);
     return applied;
 }
 

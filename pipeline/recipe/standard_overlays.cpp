@@ -111,6 +111,16 @@ std::vector<Layer> ReadLayers(const CDcmObject& state) {
     return layers;
 }
 
+/// The plane of a group: the state's own one, else the image's.
+std::optional<Bits> ActivatedBits(const CDcmObject& state, const std::vector<OwnedMarks>& ofImage,
+                                  std::uint32_t group, CSize imageSize, int frameNumber) {
+    const auto plane = ReadOverlayPlane(state, group, /*needsBitPosition=*/false);
+    if (plane && plane->HasOwnData()) return MarksOfPlane(state, *plane, imageSize, frameNumber);
+    const auto found = std::ranges::find(ofImage, group, &OwnedMarks::group);
+    if (found == ofImage.end()) return std::nullopt;
+    return found->bits;
+}
+
 bool HasPlanesInPixels(const CDcmObject& object) {
     for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
         const auto plane = ReadOverlayPlane(object, group, /*needsBitPosition=*/true);
@@ -128,7 +138,7 @@ std::vector<OwnedMarks> ImageOverlays(const CDcmObject& object,
     if (!FitsPlane(imageSize)) return marks;
     if (HasPlanesInPixels(object)) {
         Bits bits = EmbeddedOverlays(object, frame);
-        if (!bits.empty()) marks.push_back({std::move(bits), {255, 255, 255}});
+        if (!bits.empty()) marks.push_back({0, std::move(bits), {255, 255, 255}});
     }
     for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
         const auto plane = ReadOverlayPlane(object, group, /*needsBitPosition=*/false);
@@ -136,23 +146,23 @@ std::vector<OwnedMarks> ImageOverlays(const CDcmObject& object,
         auto bits = MarksOfPlane(object, *plane, imageSize, frameNumber);
         if (!bits) continue;
         const Rgb colour = isColour ? ReadOverlayColour(object, group) : Rgb{255, 255, 255};
-        marks.push_back({*std::move(bits), colour});
+        marks.push_back({group, *std::move(bits), colour});
     }
     return marks;
 }
 
-std::vector<OwnedMarks> StateOverlays(const CDcmObject& state, CSize imageSize, int frameNumber) {
+std::vector<OwnedMarks> StateOverlays(const CDcmObject& state,
+                                      const std::vector<OwnedMarks>& ofImage, CSize imageSize,
+                                      int frameNumber) {
     std::vector<OwnedMarks> marks;
     if (!FitsPlane(imageSize)) return marks;
     for (const Layer& layer : ReadLayers(state)) {
         for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
-            const auto plane = ReadOverlayPlane(state, group, /*needsBitPosition=*/false);
-            if (!plane || !plane->HasOwnData()) continue;
             const auto name =
                 Read<CString>(state, tag::InGroup(group, tag::kOverlayActivationLayer));
             if (!name || name->IsEmpty() || *name != layer.name) continue;
-            auto bits = MarksOfPlane(state, *plane, imageSize, frameNumber);
-            if (bits) marks.push_back({*std::move(bits), layer.colour});
+            auto bits = ActivatedBits(state, ofImage, group, imageSize, frameNumber);
+            if (bits) marks.push_back({group, *std::move(bits), layer.colour});
         }
     }
     return marks;

@@ -17,9 +17,10 @@ namespace quorvex {
                                                     CSize imageSize, int frameNumber,
                                                     bool isColour);
 
-/// The overlays of a presentation state that are active: each in the grey or colour of its layer,
-/// in the order of the layers.
-[[nodiscard]] std::vector<OwnedMarks> StateOverlays(const CDcmObject& state, CSize imageSize,
-                                                    int frameNumber);
+/// The overlays that a presentation state activates, its own and the image's: each in the grey or
+/// colour of its layer, in the order of the layers (DICOM PS3.3 C.11.7).
+[[nodiscard]] std::vector<OwnedMarks> StateOverlays(const CDcmObject& state,
+                                                    const std::vector<OwnedMarks>& ofImage,
+                                                    CSize imageSize, int frameNumber);
 
 }  // namespace quorvex

@@ -117,16 +117,19 @@ const OwnedShutter* ShownShutter(const DisplayedImage& image) {
 std::vector<const OwnedMarks*> ShownMarks(const DisplayedImage& image) {
     std::vector<const OwnedMarks*> shown;
     if (image.overlaysShown == 0) return shown;
-    for (const OwnedMarks& marks : image.standard->overlays) shown.push_back(&marks);
-    if (!image.standard->applied) return shown;
-    for (const OwnedMarks& marks : image.standard->applied->overlays) shown.push_back(&marks);
+    const auto& applied = image.standard->applied;
+    for (const OwnedMarks& marks : applied ? applied->overlays : image.standard->overlays) {
+        shown.push_back(&marks);
+    }
     return shown;
 }
 
 /// Shrinks the frame and its layers where they are seen smaller, unless the last render has.
 void PrepareShrunk(DisplayedImage& image, CSize scaled) {
     const CSize size = ShrunkSize(image.imageSize, scaled);
-    if (size == image.imageSize || !CanShrink(image)) return image.shrunk.reset();
+    if (size == image.imageSize || !CanShrink(image, FunctionOf(image))) {
+        return image.shrunk.reset();
+    }
     const bool hasShutter = ShownShutter(image) != nullptr;
     const bool hasOverlays = image.overlaysShown != 0;
     if (!image.shrunk || image.shrunk->frame.size != size) {

@@ -128,7 +128,8 @@ TEST(StandardRules, TablesOfBytesAreReadInEitherLayout) {
     }
 }
 
-// A state says all: neither the image's rescale nor its polarity counts under it.
+// A state says all: neither the image's rescale nor its polarity counts under it, and without a
+// window it shows 0 to 4095.
 TEST(StandardRules, AStateReplacesTheStagesOfTheImage) {
     struct Row {
         const char* photometric;
@@ -136,12 +137,12 @@ TEST(StandardRules, AStateReplacesTheStagesOfTheImage) {
         Values shown;
     };
     const Row rows[] = {
-        {"MONOCHROME2", "PresentationLUTShape=IDENTITY", {0, 85, 170, 255}},
-        {"MONOCHROME1", "PresentationLUTShape=IDENTITY", {0, 85, 170, 255}},
-        {"MONOCHROME1", "PresentationLUTShape=INVERSE", {255, 170, 85, 0}},
+        {"MONOCHROME2", "PresentationLUTShape=IDENTITY", {0, 6, 12, 19}},
+        {"MONOCHROME1", "PresentationLUTShape=IDENTITY", {0, 6, 12, 19}},
+        {"MONOCHROME1", "PresentationLUTShape=INVERSE", {255, 249, 243, 236}},
         {"MONOCHROME2",
          "RescaleSlope=-1; RescaleIntercept=0; PresentationLUTShape=IDENTITY",
-         {255, 170, 85, 0}},
+         {255, 249, 243, 236}},
     };
     for (const Row& row : rows) {
         const ImageShape shape{.size = {4, 1}, .photometric = row.photometric};
