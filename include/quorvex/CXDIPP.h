@@ -154,6 +154,9 @@ public:
     [[nodiscard]] int GetVOIChoiceCount() const noexcept;
     /// What the image or its state says about a choice; empty where it says nothing.
     [[nodiscard]] CString GetVOIExplanation(int choice) const;
+    /// A choice that is always there: the window over the values of the image, as one without any
+    /// window or table is shown.
+    static constexpr int kOverTheValues = -1;
     /// Shows by a choice, from the next render on, in place of any window that was set. The first
     /// one at first; a choice that is not there changes nothing.
     QUORVEX_MESSAGE SelectVOI(int choice);

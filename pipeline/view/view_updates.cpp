@@ -124,7 +124,10 @@ CString CXDIPP::GetVOIExplanation(int choice) const {
 }
 
 QUORVEX_MESSAGE CXDIPP::SelectVOI(int choice) {
-    if (choice < 0 || choice >= GetVOIChoiceCount()) return QVM_SUCCESS;
+    if (!image_->standard || choice < kOverTheValues || choice >= GetVOIChoiceCount()) {
+        return QVM_SUCCESS;
+    }
+    // What is past all choices is none of them.
     image_->standard->voiChoice = static_cast<std::size_t>(choice);
     image_->standard->userWindow.reset();
     return QVM_SUCCESS;

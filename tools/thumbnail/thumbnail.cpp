@@ -1,27 +1,24 @@
 #include "tools/thumbnail/thumbnail.h"
 
-#include "quorvex/Attributes.h"
-#include "quorvex/CxDcmParser.h"
+#include "quorvex/CXDIPP.h"
+#include "quorvex/CxImageProcessor.h"
 #include "quorvex/Limits.h"
-#include "quorvex/Tags.h"
 #include "tools/file_list.h"
 #include "tools/output/output_file.h"
 #include "tools/output/output_place.h"
 #include "tools/png_writer.h"
 #include "tools/progress.h"
+#include "tools/render/shown_picture.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cmath>
 #include <filesystem>
 #include <memory>
-#include <span>
 
 namespace quorvex::tools {
 namespace {
 
-constexpr int kWidthStep = 4;  // a thumbnail's width is a multiple of it
 constexpr unsigned short kJpegQuality = 85;
 constexpr std::array kDicomExtensions = {".dcm", ".dicom", ".dic", ".ima"};
 
@@ -53,67 +50,63 @@ std::string WithExtension(const std::string& name, const std::string& extension)
     return isDicom ? path.replace_extension(extension).string() : name + extension;
 }
 
-// How much taller than wide one pixel is.
-double PixelShape(const CDcmObject& header) {
-    for (const auto tag : {tag::kPixelAspectRatio, tag::kPixelSpacing, tag::kImagerPixelSpacing}) {
-        const auto pair = ReadPair<double>(header, tag);  // vertical, horizontal
-        if (!pair) continue;
-        const double shape = pair->first / pair->second;
-        if (shape >= 0.1 && shape <= 10.0) return shape;
-    }
-    return 1.0;
-}
-
-// The largest size of the image's own shape inside `limit`.
-CSize SizeInside(CSize limit, const CDcmObject& header) {
-    const auto sideOf = [&](std::uint32_t tag) {
-        return std::max<double>(Read<unsigned short>(header, tag).value_or(0), 1.0);
-    };
-    const double width = sideOf(tag::kColumns);
-    const double height = sideOf(tag::kRows) * PixelShape(header);
-    const double zoom = std::min(limit.cx / width, limit.cy / height);
-    const auto steps = std::lround(zoom * width / kWidthStep);
-    const auto most = std::max(limit.cx / kWidthStep, 1);
-    return {kWidthStep * static_cast<int>(std::clamp<long>(steps, 1, most)),
-            std::clamp(static_cast<int>(std::lround(zoom * height)), 1, limit.cy)};
-}
-
-/// What MakeThumbNail hands over.
-struct SmallImage {
-    std::unique_ptr<unsigned char[]> bytes;
-    unsigned long size = 0;
-    int samples = 1;
-};
-
-QUORVEX_MESSAGE Make(CxDcmParser& parser, CSize size, const Format& format,
-                     const ThumbnailArguments& arguments, SmallImage& small) {
-    unsigned char* bytes = nullptr;
-    tagBITMAPINFOHEADER* bitmap = nullptr;
-    unsigned long bitmapSize = 0;
-    const auto result =
-        parser.MakeThumbNail(arguments.frame, size, format.code, arguments.dataRange ? 1 : 0, bytes,
-                             small.size, bitmap, bitmapSize, kJpegQuality);
-    small.bytes.reset(bytes);
-    if (bitmap != nullptr) small.samples = bitmap->biBitCount / 8;
-    const std::unique_ptr<unsigned char[]> owner(
-        static_cast<unsigned char*>(static_cast<void*>(bitmap)));
+/// The image as a viewer shows it, as large as fits into the size that is asked for.
+QUORVEX_MESSAGE Draw(const std::string& path, const ThumbnailArguments& arguments,
+                     Picture& picture) {
+    CDcmApp app;
+    CXDIPP pipeline;
+    pipeline.SetRules(Rules::kStandard);
+    auto result = pipeline.Initialize(&app, path, arguments.size, arguments.frame);
+    if (arguments.dataRange) pipeline.SelectVOI(CXDIPP::kOverTheValues);
+    if (result == QVM_SUCCESS) result = pipeline.Render();
+    CSize size;
+    int channels = 1;
+    if (result == QVM_SUCCESS) result = pipeline.GetResultImageInfo(size, channels);
+    if (result == QVM_SUCCESS) picture = CopyResult(pipeline, size, channels);
     return result;
 }
 
-void Write(const SmallImage& small, CSize size, const Format& format, const std::string& path) {
-    const std::span<const unsigned char> bytes(small.bytes.get(), small.size);
+/// A coded picture.
+struct CodedPicture {
+    std::unique_ptr<unsigned char[]> bytes;
+    unsigned long size = 0;
+};
+
+QUORVEX_MESSAGE Code(Picture& picture, const Format& format, CodedPicture& coded) {
+    _IMAGE_PROCESS_PARAM param;
+    param.transferSyntax = kExplicitLittleEndian;
+    param.samplesPerPixel = static_cast<std::uint16_t>(picture.channels);
+    param.photometric = picture.channels == 3 ? "RGB" : "MONOCHROME2";
+    param.planarConfiguration = 0;
+    param.rows = static_cast<std::uint16_t>(picture.height);
+    param.columns = static_cast<std::uint16_t>(picture.width);
+    param.bitsAllocated = 8;
+    param.quality = kJpegQuality;
+    param.pixelRepresentation = 0;
+    param.targetSyntax = format.code;
+    unsigned char* bytes = nullptr;
+    CxImageProcessor processor;
+    const auto result = processor.CompressFrameData(&param, picture.pixels.data(),
+                                                    picture.pixels.size(), bytes, coded.size);
+    coded.bytes.reset(bytes);
+    return result;
+}
+
+QUORVEX_MESSAGE Write(Picture& picture, const Format& format, const std::string& path) {
+    CodedPicture coded;
+    if (format.code != kXferUncompressed) {
+        const auto result = Code(picture, format, coded);
+        if (result != QVM_SUCCESS) return result;
+    }
     MakeFolderOf(path);
     OutputFile output(path);
     if (format.code == kXferUncompressed) {
-        WritePng({.width = size.cx,
-                  .height = size.cy,
-                  .channels = small.samples,
-                  .pixels = {bytes.begin(), bytes.end()}},
-                 output);
+        WritePng(picture, output);
     } else {
-        output.Write(bytes);
+        output.Write({coded.bytes.get(), coded.size});
     }
     output.Commit();
+    return QVM_SUCCESS;
 }
 
 ExitStatus MakeOne(const InputFile& input, OutputPlace& place, const Format& format,
@@ -121,15 +114,10 @@ ExitStatus MakeOne(const InputFile& input, OutputPlace& place, const Format& for
     const auto path = place.For(input.path, WithExtension(input.name, format.extension));
     if (!path) return kBadInput;
     ForgetLimit();
-    CDcmApp app;
-    CxDcmParser parser;
-    auto result = parser.Initialize(&app, input.path, 0);
+    Picture picture;
+    auto result = Draw(input.path, arguments, picture);
+    if (result == QVM_SUCCESS) result = Write(picture, format, *path);
     if (result != QVM_SUCCESS) return ReportBadInput(input.path, result);
-    const CSize size = SizeInside(arguments.size, *parser.GetHeader());
-    SmallImage small;
-    result = Make(parser, size, format, arguments, small);
-    if (result != QVM_SUCCESS) return ReportBadInput(input.path, result);
-    Write(small, size, format, *path);
     return kAllDone;
 }
 
@@ -137,8 +125,6 @@ ExitStatus MakeOne(const InputFile& input, OutputPlace& place, const Format& for
 
 ExitStatus Thumbnail(const ThumbnailArguments& arguments) {
     const Format& format = FormatOf(arguments.format);
-    if (arguments.size.cx < kWidthStep)
-        throw WrongUsage("a thumbnail is at least " + std::to_string(kWidthStep) + " pixels wide");
     const FileListSource source{
         .arguments = arguments.files, .list = {}, .shard = {}, .leftOutFolder = arguments.output};
     const auto count = FileList::Count(source).value_or(0);
