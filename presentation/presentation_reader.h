@@ -34,8 +34,8 @@ public:
     void GetModalityLUT();
     void GetVOILUT();
     void GetPresentationLUT();
-    /// Makes the mask of the one shape that is named; none for several, and none of more pixels than
-    /// is plausible. The geometry is read all the same.
+    /// Makes the mask of the one shape that is named; none for several, and none of more pixels
+    /// than is plausible. The geometry is read all the same.
     void GetShutter();
     void GetSpatialTransformation();
     void GetDisplayTransformation();

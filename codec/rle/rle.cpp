@@ -43,8 +43,8 @@ void ReadGroup(RlePlaneReader& reader, std::size_t group, std::size_t width,
     }
 }
 
-/// Decodes by `pass`, which reads all planes by a reader. Planes go side by side, so damage is known
-/// only afterwards; then once more without the segments behind it.
+/// Decodes by `pass`, which reads all planes by a reader. Planes go side by side, so damage is
+/// known only afterwards; then once more without the segments behind it.
 template <class Pass>
 RleOutcome DecodeUpToDamage(const RleHeader& header, std::size_t width, Pass pass) {
     RlePlaneReader reader(header, width, header.count);

@@ -42,8 +42,8 @@ class NativeFrames {
 public:
     /// Cuts `stored` into frames of `frameBytes`, the last one possibly shorter; 0 leaves it whole.
     NativeFrames(Bytes stored, std::size_t frameBytes, NativeOrder order) noexcept;
-    /// Frames that follow each other bit by bit: each is given from the lowest bit of its first byte
-    /// on, with zeros behind its last bit.
+    /// Frames that follow each other bit by bit: each is given from the lowest bit of its first
+    /// byte on, with zeros behind its last bit.
     static NativeFrames OfBits(Bytes stored, std::size_t frameBits, std::size_t frameCount,
                                NativeOrder order) noexcept;
 
@@ -84,8 +84,8 @@ private:
 /// The cut that the shape and the amount of data ask for; `frameBytes` 0 takes the shape's own. A
 /// pad byte behind the last frame belongs to none.
 ///
-/// Frames that do not end with a byte follow each other bit by bit (DICOM PS3.5 8.1.1 and 8.2); some
-/// writers begin each of them in a byte of its own, which is known by the longer value.
+/// Frames that do not end with a byte follow each other bit by bit (DICOM PS3.5 8.1.1 and 8.2);
+/// some writers begin each of them in a byte of its own, which is known by the longer value.
 [[nodiscard]] NativeFrames CutNative(Bytes stored, const PixelShape& shape, std::size_t frameBytes,
                                      NativeOrder order) noexcept;
 
