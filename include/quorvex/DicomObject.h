@@ -139,8 +139,8 @@ private:
 ///
 /// Reads convert to the type asked for, whatever the value representation: a number from any
 /// numeric form or from text that begins with one, cut towards zero for whole numbers. A number
-/// that the type cannot hold is refused as an absent value is, never wrapped; only a 16-bit word of an
-/// attribute that may be US or SS keeps its bits in a word of the other sign. `GetValue`
+/// that the type cannot hold is refused as an absent value is, never wrapped; only a 16-bit word of
+/// an attribute that may be US or SS keeps its bits in a word of the other sign. `GetValue`
 /// gives the first value (or item) and `GetNextValue` each following one, for each attribute on its
 /// own, until it answers other than 1. Text values come one at a time, decoded by Specific
 /// Character Set and without their padding; `index` is ignored (-1 by custom). A text attribute

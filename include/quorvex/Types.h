@@ -36,8 +36,8 @@ enum class Interpolation {
 /// Text of 16-bit characters (UTF-16) with value semantics.
 ///
 /// Byte text that comes in or goes out is UTF-8. Names of files may be any bytes, and every text
-/// keeps them: a byte that is no part of UTF-8 is held as a surrogate that stands alone, U+DC80 to U+DCFF,
-/// and `ToUtf8` gives the byte back. The values of a DICOM object never hold such bytes.
+/// keeps them: a byte that is no part of UTF-8 is held as a surrogate that stands alone, U+DC80 to
+/// U+DCFF, and `ToUtf8` gives the byte back. The values of a DICOM object never hold such bytes.
 class QUORVEX_API CString {
 public:
     CString() = default;
