@@ -5,8 +5,6 @@
 namespace quorvex {
 namespace {
 
-constexpr int kGeneralAllocator = 1;
-
 unsigned char* TakeBlock(std::size_t size, int allocMode) {
     if (allocMode != kGeneralAllocator) return PageBlock(size).Release();
     HeapBlock block(size);

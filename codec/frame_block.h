@@ -11,6 +11,9 @@
 
 namespace quorvex {
 
+/// The allocation mode whose blocks are released with delete[].
+inline constexpr int kGeneralAllocator = 1;
+
 /// Whether a source of `sourceBytes` may ask for a picture of `pictureBytes`, a checked product.
 [[nodiscard]] inline bool IsPlausiblePicture(std::optional<std::size_t> pictureBytes,
                                              std::size_t sourceBytes) noexcept {

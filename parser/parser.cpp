@@ -5,11 +5,26 @@
 #include "parser/frames/frame_fetch.h"
 #include "parser/palette/palette_image.h"
 #include "parser/parser_state.h"
+#include "parser/photometric.h"
 #include "quorvex/CxDcmParser.h"
 
 #include <algorithm>
 
 namespace quorvex {
+namespace {
+
+QUORVEX_MESSAGE ByItsRules(const ParserState& state, QUORVEX_MESSAGE result) {
+    CDcmObject* const header = state.file.GetHeader();
+    if (state.rules == Rules::kStandard && header != nullptr) UnderstandPhotometric(*header);
+    return result;
+}
+
+void ForgetFrames(ParserState& state) noexcept {
+    state.frameIndex.reset();
+    state.quality = FrameQuality::kNone;
+}
+
+}  // namespace
 
 CxDcmParser::CxDcmParser() : state_(std::make_unique<ParserState>()) {
     ShowFrameEvents(0);
@@ -30,17 +45,20 @@ QUORVEX_MESSAGE CxDcmParser::Initialize(CDcmApp* app, CString path, int readWhol
         WriteDebugLine("QVM_ERROR_INVALID_DCMAPP error\n");
         return QVM_ERROR_INVALID_DCMAPP;
     }
-    state_->frameIndex.reset();
-    return Answer(QVM_ERROR_FAILED_TO_READ_FILE,
-                  [&] { return state_->file.Initialize(*app, path, readWholeFile); });
+    ForgetFrames(*state_);
+    return Answer(QVM_ERROR_FAILED_TO_READ_FILE, [&] {
+        return ByItsRules(*state_, state_->file.Initialize(*app, path, readWholeFile));
+    });
 }
 
 QUORVEX_MESSAGE CxDcmParser::Initialize(CDcmApp* app, CDcmObject* object, unsigned char* fileBytes,
                                         unsigned long fileSize, unsigned long pixelDataOffset) {
     if (app == nullptr || object == nullptr) return QVM_ERROR_INVALID_DCMAPP;
-    state_->frameIndex.reset();
+    ForgetFrames(*state_);
     return Answer(QVM_ERROR_INVALID_DCMAPP, [&] {
-        return state_->file.Initialize(*app, *object, fileBytes, fileSize, pixelDataOffset);
+        const auto result =
+            state_->file.Initialize(*app, *object, fileBytes, fileSize, pixelDataOffset);
+        return ByItsRules(*state_, result);
     });
 }
 
@@ -59,9 +77,21 @@ int CxDcmParser::GetFrameCount() const {
 QUORVEX_MESSAGE CxDcmParser::GetAFrame(int frameIndex, unsigned char*& data, unsigned long& size,
                                        unsigned long sourceLength) {
     return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
-        FrameFetch fetch(state_->file, state_->frameIndex, frameIndex);
+        FrameFetch fetch(*state_, frameIndex);
         return fetch.Decode(data, size, sourceLength);
     });
+}
+
+QUORVEX_MESSAGE CxDcmParser::GetAFrameUnpacked(int frameIndex, unsigned char*& data,
+                                               unsigned long& size) {
+    return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
+        FrameFetch fetch(*state_, frameIndex);
+        return fetch.DecodeUnpacked(data, size);
+    });
+}
+
+FrameQuality CxDcmParser::GetFrameQuality() const noexcept {
+    return state_->quality;
 }
 
 QUORVEX_MESSAGE CxDcmParser::GetAFrame(unsigned long offset, unsigned long size,
@@ -81,7 +111,7 @@ QUORVEX_MESSAGE CxDcmParser::GetAFrame(unsigned long offset, unsigned long size,
 QUORVEX_MESSAGE CxDcmParser::GetAFrameOffsetSize(int frameIndex, unsigned long& offset,
                                                  unsigned long& size) {
     return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
-        FrameFetch fetch(state_->file, state_->frameIndex, frameIndex);
+        FrameFetch fetch(*state_, frameIndex);
         return fetch.Locate(offset, size);
     });
 }

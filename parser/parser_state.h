@@ -15,7 +15,8 @@ struct ParserState {
 
     ParsedFile file;
     Rules rules = Rules::kEstablished;
-    std::unique_ptr<FrameIndex> frameIndex;  ///< of the latest fetch, or none
+    FrameQuality quality = FrameQuality::kNone;  ///< of the latest fetch
+    std::unique_ptr<FrameIndex> frameIndex;      ///< of the latest fetch, or none
 };
 
 }  // namespace quorvex

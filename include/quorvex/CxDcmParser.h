@@ -30,7 +30,9 @@ public:
     /// Reads a file, Part 10 or bare data set, whole into memory and parses its header.
     ///
     /// Samples per Pixel of the header is set to what Photometric Interpretation demands: 1 for
-    /// MONOCHROME1, MONOCHROME2 and PALETTE COLOR, 3 for any other text.
+    /// MONOCHROME1, MONOCHROME2 and PALETTE COLOR, 3 for any other text. By the standard rules
+    /// Photometric Interpretation itself becomes the term of the standard that differs from it in
+    /// letter case, blanks and underscores only.
     ///
     /// @param readWholeFile  0: the header stops ahead of Pixel Data. Otherwise it holds all, and
     ///                       frames come from it
@@ -64,7 +66,12 @@ public:
     ///
     /// Rows run from the top; rows x columns x samples per pixel, each sample in 1 byte up to 8
     /// Bits Allocated, else 2 (4 for 32 bits), least significant byte first; three samples as R, G,
-    /// B. What a cut frame does not have is 0.
+    /// B. What a cut frame does not have is 0. Packed native samples (1 or 12 bits) stay packed, the
+    /// first one from the lowest bit of the first byte on, with zeros behind them.
+    ///
+    /// Y, Cb, Cr of native and RLE frames are wrapped around a byte by the established rules, where
+    /// their colour is beyond R, G, B, and a colour that is not known is black. By the standard
+    /// rules they are rounded and clamped, and such a colour is refused.
     ///
     /// @param frameIndex    0 for the first frame
     /// @param data          receives a new block of `size` bytes; yours, release it with delete[];
@@ -77,8 +84,22 @@ public:
     ///         QVM_ERROR_FAILED_TO_GET_PIXEL_DATA  no usable Rows, Columns or Pixel Data, nothing
     ///                                             stored of this frame, no memory
     ///         QVM_ERROR_FAILED_TO_DECOMPRESS      corrupt frame, or coded without a decoder here
+    ///         QVM_ERROR_INVALID_PHOTOMETRIC       by the standard rules: no photometric
+    ///                                             interpretation that can be shown
     QUORVEX_MESSAGE GetAFrame(int frameIndex, unsigned char*& data, unsigned long& size,
                               unsigned long sourceLength);
+
+    /// Decodes one frame to one sample in each byte or word.
+    ///
+    /// The same as GetAFrame() where samples have 8, 16 or 32 Bits Allocated. Samples of other
+    /// depths, which a native frame has packed (1 or 12 bits), lie in 1 byte each up to 8 Bits
+    /// Allocated, in 2 up to 16, else in 4; the bits above Bits Allocated are 0.
+    ///
+    /// @return as GetAFrame(), or QVM_ERROR_INVALID_BITS_ALLOCATED above 32 other than 64
+    QUORVEX_MESSAGE GetAFrameUnpacked(int frameIndex, unsigned char*& data, unsigned long& size);
+
+    /// How much of the frame that was fetched last (for a thumbnail, too) is what the file says.
+    [[nodiscard]] FrameQuality GetFrameQuality() const noexcept;
 
     /// Copies `size` stored bytes from `offset` of the file, undecoded; partner of
     /// GetAFrameOffsetSize().
@@ -92,8 +113,9 @@ public:
     /// @param offset  receives the place of the first fragment's first byte, past its item header
     /// @param size    receives the sum of the fragments' lengths; the bytes are one range of the
     ///                file only where the frame has one fragment
-    /// @return as GetAFrame(); QVM_ERROR_FAILED_TO_GET_PIXEL_DATA also without a file buffer, and
-    ///         for deflated files, whose frames lie nowhere in the file
+    /// @return as GetAFrame(); QVM_ERROR_FAILED_TO_GET_PIXEL_DATA also without a file buffer, for
+    ///         deflated files, whose frames lie nowhere in the file, and for a frame of bits that
+    ///         begins inside a byte
     QUORVEX_MESSAGE GetAFrameOffsetSize(int frameIndex, unsigned long& offset, unsigned long& size);
 
     /// Colours a frame of palette indices by the header's three look-up tables, plain or segmented.

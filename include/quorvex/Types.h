@@ -33,6 +33,15 @@ enum class Interpolation {
     kCubic,    ///< Catmull-Rom, over four by four pixels
 };
 
+/// How much of a frame is what the file says.
+enum class FrameQuality {
+    kNone,     ///< no frame has been fetched, or the latest fetch failed
+    kWhole,    ///< every sample is the stored one
+    kGuessed,  ///< where the frame begins is a guess: no table of offsets says it
+    kPartial,  ///< the stored bytes end early, are damaged, or are of a smaller picture; what they
+               ///< do not give is 0 or made up by the decoder
+};
+
 /// Text of 16-bit characters (UTF-16) with value semantics.
 ///
 /// Byte text that comes in or goes out is UTF-8. Names of files may be any bytes, and every text

@@ -1,15 +1,26 @@
 #include "foundation/dicom/frames/encapsulated_items.h"
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/object/coded_pixels.h"
 #include "foundation/dicom/object/native_pixels.h"
 #include "foundation/dicom/reading/element_header.h"
 #include "foundation/types/limits.h"
 #include "parser/frames/frame_events.h"
 #include "parser/frames/frame_fetch.h"
+#include "parser/photometric.h"
 
 #include <utility>
 
 namespace quorvex {
+
+/// By the standard rules, the header's photometric interpretation as the standard writes it.
+QUORVEX_MESSAGE FrameFetch::TakeRules() {
+    if (parser_.rules != Rules::kStandard || shape_.photometric.IsEmpty()) return QVM_SUCCESS;
+    const auto photometric = UnderstoodPhotometric(shape_.photometric.View());
+    if (!photometric) return QVM_ERROR_INVALID_PHOTOMETRIC;
+    shape_.photometric = CString(photometric->name);
+    return QVM_SUCCESS;
+}
 
 /// Whether there is such a frame; reads what the header says about it.
 QUORVEX_MESSAGE FrameFetch::Check() {
@@ -57,7 +68,9 @@ QUORVEX_MESSAGE FrameFetch::CollectCoded(std::span<unsigned char> value) {
     bool isWalked = true;
     if (const FrameIndex* index = IndexOf(value)) {
         coded_.TakeFrom(*index);
+        isGuessed_ = index->IsGuessed();
     } else {
+        isGuessed_ = dicom::AreCodedFramesGuessed(*file_.GetHeader(), value);
         const DCMRESULT result = file_.GetHeader()->GetValueEx(
             nullptr, value.size(), value.data(), 1, 0, 0, &coded_, StoredFrame::CollectFromBuffer);
         isWalked = result == kDcmSuccess || coded_.IsWhole();
@@ -76,15 +89,17 @@ const FrameIndex* FrameFetch::IndexOf(std::span<unsigned char> value) {
         header.GetValueCount(tag::kExtendedOffsetTable, extendedOffsets) == kDcmSuccess) {
         return nullptr;
     }
-    if (index_ == nullptr || !index_->IsFrom(source)) {
+    auto& kept = parser_.frameIndex;
+    if (kept == nullptr || !kept->IsFrom(source)) {
         // Kept when it is whole: what is thrown in the middle leaves none behind.
-        auto made = std::make_unique<FrameIndex>(source);
+        auto made =
+            std::make_unique<FrameIndex>(source, dicom::AreCodedFramesGuessed(header, value));
         const DCMRESULT result = header.GetValueEx(nullptr, value.size(), value.data(), 1, 0, 0,
                                                    made.get(), FrameIndex::Collect);
         made->Close(result == kDcmSuccess);
-        index_ = std::move(made);
+        kept = std::move(made);
     }
-    return index_->IsUsable() ? index_.get() : nullptr;
+    return kept->IsUsable() ? kept.get() : nullptr;
 }
 
 QUORVEX_MESSAGE FrameFetch::CollectFromObject() {
@@ -95,6 +110,7 @@ QUORVEX_MESSAGE FrameFetch::CollectFromObject() {
     const DCMRESULT result =
         header.GetValueEx(tag::kPixelData, &coded_, StoredFrame::CollectFromObject);
     isEncoded_ = isEncoded_ || coded_.HasOffsetTable();
+    isGuessed_ = dicom::AreCodedFramesGuessed(header, {});
     const bool isCollected = result == kDcmSuccess && coded_.Length() != 0;
     return isCollected ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
 }

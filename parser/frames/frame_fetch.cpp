@@ -1,9 +1,13 @@
 #include "parser/frames/frame_fetch.h"
 
+#include "codec/frame_decoder.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/types/undo.h"
+#include "parser/frames/packed_samples.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -21,8 +25,39 @@ QUORVEX_MESSAGE FrameFetch::Decode(unsigned char*& data, unsigned long& size,
     return collected == QVM_SUCCESS ? DecodeCollected(data, size, sourceLength) : collected;
 }
 
+QUORVEX_MESSAGE FrameFetch::DecodeUnpacked(unsigned char*& data, unsigned long& size) {
+    const QUORVEX_MESSAGE collected = Collect(size);
+    if (collected != QVM_SUCCESS) return collected;
+    const bool isPacked = native_ && !IsWholeWord(shape_.bitsAllocated);
+    const auto sampleBytes = UnpackedBytes(shape_.bitsAllocated);
+    if (!isPacked || !IsDecodable(shape_.syntax, isEncoded_)) return DecodeCollected(data, size, 0);
+    if (!sampleBytes) return QVM_ERROR_INVALID_BITS_ALLOCATED;
+    return Unpack(*sampleBytes, data, size);
+}
+
+/// From here on the frame is one of words.
+QUORVEX_MESSAGE FrameFetch::Unpack(unsigned sampleBytes, unsigned char*& data,
+                                   unsigned long& size) {
+    const auto packed = NativeSource();
+    const unsigned bits =
+        std::exchange(shape_.bitsAllocated, static_cast<std::uint16_t>(8 * sampleBytes));
+    const auto plainBytes = shape_.PlainFrameBytes();
+    if (!IsPlausiblePicture(plainBytes, packed.size())) return QVM_ERROR_FAILED_TO_DECOMPRESS;
+    const HeapBlock words(*plainBytes);
+    UnpackSamples(packed, bits, sampleBytes, words.Bytes());
+    return Decompress(words.Bytes(), data, size);
+}
+
+void FrameFetch::TellQuality() noexcept {
+    const bool isCut = native_ && !native_->IsWhole(static_cast<std::size_t>(frameIndex_));
+    const auto whole = isGuessed_ ? FrameQuality::kGuessed : FrameQuality::kWhole;
+    parser_.quality = isWhole_ && !isCut ? whole : FrameQuality::kPartial;
+}
+
 QUORVEX_MESSAGE FrameFetch::Collect(unsigned long& size) {
-    const QUORVEX_MESSAGE checked = Check();
+    parser_.quality = FrameQuality::kNone;
+    QUORVEX_MESSAGE checked = Check();
+    if (checked == QVM_SUCCESS) checked = TakeRules();
     if (checked != QVM_SUCCESS) return checked;
     if (shape_.bitsAllocated == 0) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     const QUORVEX_MESSAGE collected =
@@ -35,13 +70,17 @@ QUORVEX_MESSAGE FrameFetch::DecodeCollected(unsigned char*& data, unsigned long&
                                             unsigned long sourceLength) {
     if (!IsDecodable(shape_.syntax, isEncoded_)) return QVM_ERROR_FAILED_TO_DECOMPRESS;
     auto source = native_ ? NativeSource() : coded_.Join();
-    if (sourceLength != 0 && sourceLength < StoredBytes()) source = source.first(sourceLength);
+    if (sourceLength != 0 && sourceLength < StoredBytes()) {
+        source = source.first(sourceLength);
+        isWhole_ = false;
+    }
     const auto plainBytes = shape_.PlainFrameBytes();
     const bool isFrame = block_ && source.size() == block_.Size() && shape_.samplesPerPixel != 3 &&
                          plainBytes && source.size() >= *plainBytes;
     if (!isFrame) return Decompress(source, data, size);
     size = block_.Size();
     data = block_.Release();
+    TellQuality();
     return QVM_SUCCESS;
 }
 
@@ -74,20 +113,23 @@ std::span<const unsigned char> FrameFetch::NativeSource() {
 }
 
 QUORVEX_MESSAGE FrameFetch::Decompress(std::span<const unsigned char> source, unsigned char*& data,
-                                       unsigned long& size) const {
+                                       unsigned long& size) {
     _IMAGE_PROCESS_PARAM param = shape_.DecodingParam();
     // Only sources in another byte order are written to, and none comes here.
     auto* const bytes = const_cast<unsigned char*>(source.data());
+    FrameDecoder decoder(param, {bytes, source.size()}, kGeneralAllocator, false);
+    if (parser_.rules == Rules::kStandard) decoder.TakeExactColours();
     unsigned char* decoded = nullptr;
     unsigned long decodedSize = 0;
-    CxImageProcessor processor;
-    const QUORVEX_MESSAGE result =
-        processor.DecompressFrameData(&param, bytes, source.size(), decoded, decodedSize, 0);
-    std::unique_ptr<unsigned char[]> owner(decoded);
+    const UndoUnlessKept release([&] { delete[] decoded; });  // the decoder may throw
+    const QUORVEX_MESSAGE result = decoder.Decode(decoded, decodedSize);
+    if (result == QVM_ERROR_INVALID_PHOTOMETRIC) return result;
     if (result != QVM_SUCCESS && result != QVM_FRAME_COPIED) return QVM_ERROR_FAILED_TO_DECOMPRESS;
     // The size of a broken stream is how far it came; the zeros behind that are of the frame too.
     size = std::max<unsigned long>(decodedSize, shape_.DecodedFrameBytes());
-    data = owner.release();
+    data = std::exchange(decoded, nullptr);
+    isWhole_ = isWhole_ && decoder.IsWhole();
+    TellQuality();
     return QVM_SUCCESS;
 }
 
@@ -108,7 +150,10 @@ QUORVEX_MESSAGE FrameFetch::View(std::unique_ptr<unsigned char[]>& owner,
     const QUORVEX_MESSAGE collected = Collect(size);
     if (collected != QVM_SUCCESS) return collected;
     frame = WordsInPlace();
-    if (!frame.empty()) return QVM_SUCCESS;
+    if (!frame.empty()) {
+        TellQuality();
+        return QVM_SUCCESS;
+    }
     unsigned char* data = nullptr;
     const QUORVEX_MESSAGE decoded = DecodeCollected(data, size, 0);
     owner.reset(data);

@@ -3,29 +3,30 @@
 
 #include "foundation/dicom/frames/native_frames.h"
 #include "foundation/types/block.h"
-#include "parser/frames/frame_index.h"
 #include "parser/frames/frame_shape.h"
 #include "parser/frames/stored_frame.h"
-#include "parser/parsed_file.h"
+#include "parser/parser_state.h"
 
-#include <memory>
 #include <optional>
 #include <span>
 
 namespace quorvex {
 
-/// The state of one call. `index` is kept from fetch to fetch, as long as the file stays the same.
+/// The state of one call. The parser's index of frames is kept from fetch to fetch, as long as the
+/// file stays the same.
 ///
 /// Coded frames are collected piece by piece from a walk, native ones taken by their index. Native
 /// pixels come in this machine's byte order: what is stored in another is swapped once, on its way
 /// into the frame's block.
 class FrameFetch {
 public:
-    FrameFetch(const ParsedFile& file, std::unique_ptr<FrameIndex>& index, int frameIndex) noexcept
-        : file_(file), index_(index), frameIndex_(frameIndex), coded_(frameIndex) {}
+    FrameFetch(ParserState& parser, int frameIndex) noexcept
+        : parser_(parser), file_(parser.file), frameIndex_(frameIndex), coded_(frameIndex) {}
 
     /// `GetAFrame` by index.
     QUORVEX_MESSAGE Decode(unsigned char*& data, unsigned long& size, unsigned long sourceLength);
+    /// `GetAFrameUnpacked`.
+    QUORVEX_MESSAGE DecodeUnpacked(unsigned char*& data, unsigned long& size);
     /// A decoded frame to look at: where it is stored, if words may lie there, or in a new block
     /// that `owner` receives.
     QUORVEX_MESSAGE View(std::unique_ptr<unsigned char[]>& owner,
@@ -40,6 +41,7 @@ private:
     [[nodiscard]] static int IsEncodedImage(std::span<const unsigned char> value,
                                             int littleEndian) noexcept;
     QUORVEX_MESSAGE Check();
+    QUORVEX_MESSAGE TakeRules();
     QUORVEX_MESSAGE Collect(unsigned long& size);
     QUORVEX_MESSAGE CollectFromFile();
     QUORVEX_MESSAGE CollectFromObject();
@@ -53,13 +55,17 @@ private:
     QUORVEX_MESSAGE DecodeCollected(unsigned char*& data, unsigned long& size,
                                     unsigned long sourceLength);
     QUORVEX_MESSAGE Decompress(std::span<const unsigned char> source, unsigned char*& data,
-                               unsigned long& size) const;
+                               unsigned long& size);
+    QUORVEX_MESSAGE Unpack(unsigned sampleBytes, unsigned char*& data, unsigned long& size);
+    void TellQuality() noexcept;
 
+    ParserState& parser_;
     const ParsedFile& file_;
-    std::unique_ptr<FrameIndex>& index_;
     int frameIndex_;
     FrameShape shape_;
     bool isEncoded_ = false;  ///< the bytes are coded, so must not pass for pixels
+    bool isGuessed_ = false;  ///< where a coded frame begins is a guess
+    bool isWhole_ = true;     ///< nothing of the frame is missing
     StoredFrame coded_;
     std::optional<dicom::NativeFrames> native_;  ///< in place of `coded_`
     HeapBlock block_;                            ///< of a native frame that does not lie ready

@@ -23,7 +23,9 @@ public:
         friend bool operator==(const Source&, const Source&) = default;
     };
 
-    explicit FrameIndex(const Source& source) noexcept : source_(source) {}
+    /// @param isGuessed  where the frames begin is a guess
+    FrameIndex(const Source& source, bool isGuessed) noexcept
+        : source_(source), isGuessed_(isGuessed) {}
 
     /// Callback of a walk over a foreign buffer, whose `user` is the FrameIndex.
     static MC_STATUS Collect(int item, unsigned long length, unsigned char* data, int skip,
@@ -32,6 +34,7 @@ public:
     void Close(bool isWalkWhole);
 
     [[nodiscard]] bool IsFrom(const Source& source) const noexcept { return source_ == source; }
+    [[nodiscard]] bool IsGuessed() const noexcept { return isGuessed_; }
     [[nodiscard]] bool IsUsable() const noexcept { return !ends_.empty(); }
     [[nodiscard]] std::size_t FrameCount() const noexcept { return ends_.size(); }
     /// Empty behind the last frame.
@@ -40,6 +43,7 @@ public:
 
 private:
     Source source_;
+    bool isGuessed_;
     std::vector<std::span<unsigned char>> pieces_;
     std::vector<std::size_t> ends_;  ///< of each frame, in pieces
 };

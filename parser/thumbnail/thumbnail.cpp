@@ -120,7 +120,7 @@ QUORVEX_MESSAGE CxDcmParser::MakeThumbNail(int frame, CSize size, QUORVEX_XFERSY
     return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
         if (size.cx < 1 || size.cy < 1) return QVM_ERROR_INVALID_OUTPUT_SIZE;
         if (!IsThumbnailFormat(format)) return QVM_ERROR_INVALID_TARGET_SYNTAX;
-        FrameFetch fetch(state_->file, state_->frameIndex, frame);
+        FrameFetch fetch(*state_, frame);
         const ThumbnailForm form{size, format, useDataRange != 0, quality};
         ThumbnailImage made = Make(fetch, state_->file, form);
         if (made.result != QVM_SUCCESS) return made.result;

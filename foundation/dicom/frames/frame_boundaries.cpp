@@ -94,6 +94,16 @@ std::optional<std::vector<std::size_t>> OneFragmentAFrame(const EncapsulatedFram
     return std::nullopt;
 }
 
+/// What tables and numbers say; nothing where they say nothing.
+std::optional<std::vector<std::size_t>> StatedFirstFragments(const EncapsulatedFrames& frames) {
+    if (frames.fragments.empty()) return std::vector<std::size_t>{};
+    if (auto starts = FromTable<std::uint64_t>(frames, frames.extendedOffsets)) return starts;
+    if (auto starts = FromTable<std::uint32_t>(frames, frames.offsetTable)) return starts;
+    if (auto starts = OneFragmentAFrame(frames)) return starts;
+    if (frames.frameCount <= 1) return std::vector<std::size_t>{0};
+    return std::nullopt;
+}
+
 }  // namespace
 
 bool BeginsImage(std::span<const unsigned char> bytes, TRANSFER_SYNTAX syntax) noexcept {
@@ -103,12 +113,12 @@ bool BeginsImage(std::span<const unsigned char> bytes, TRANSFER_SYNTAX syntax) n
 }
 
 std::vector<std::size_t> FirstFragments(const EncapsulatedFrames& frames) {
-    if (frames.fragments.empty()) return {};
-    if (auto starts = FromTable<std::uint64_t>(frames, frames.extendedOffsets)) return *starts;
-    if (auto starts = FromTable<std::uint32_t>(frames, frames.offsetTable)) return *starts;
-    if (auto starts = OneFragmentAFrame(frames)) return *starts;
-    if (frames.frameCount <= 1) return {0};
+    if (auto starts = StatedFirstFragments(frames)) return *starts;
     return FromStartsOfImage(frames);
+}
+
+bool AreFramesGuessed(const EncapsulatedFrames& frames) {
+    return frames.frameCount > 1 && !StatedFirstFragments(frames);
 }
 
 }  // namespace quorvex::dicom

@@ -38,5 +38,7 @@ struct EncapsulatedFrames {
 /// skipped). Else one fragment is a frame where the counts agree, a single frame takes all
 /// fragments, and otherwise a frame begins at the codec's own start of image.
 [[nodiscard]] std::vector<std::size_t> FirstFragments(const EncapsulatedFrames& frames);
+/// Whether only starts of image separate the frames.
+[[nodiscard]] bool AreFramesGuessed(const EncapsulatedFrames& frames);
 
 }  // namespace quorvex::dicom

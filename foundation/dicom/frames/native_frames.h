@@ -61,6 +61,11 @@ public:
     }
     /// Bytes of a frame; `index` is below `Count()`.
     [[nodiscard]] std::size_t Length(std::size_t index) const noexcept;
+    /// Whether the value has all of the frame.
+    [[nodiscard]] bool IsWhole(std::size_t index) const noexcept {
+        return frameBits_ == 0 ? Length(index) == frameBytes_
+                               : (index + 1) * frameBits_ <= stored_.size() * 8;
+    }
     /// The stored bytes are the frames: every frame can be shown where it lies.
     [[nodiscard]] bool LieReady() const noexcept;
     /// Bytes of a block that holds any one frame; 0 when every frame lies ready.

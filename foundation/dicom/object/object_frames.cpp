@@ -2,6 +2,7 @@
 #include "foundation/dicom/model/data_set.h"
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/object/coded_pixels.h"
 #include "foundation/dicom/object/native_pixels.h"
 #include "foundation/dicom/object/object_state.h"
 #include "foundation/dicom/object/pixel_shape.h"
@@ -136,6 +137,24 @@ std::optional<NativeFrames> NativePixels::Of(const CDcmObject& object) {
     const Bytes stored = dataSet.ValueOf(*element);
     if (AreItems(dataSet, stored)) return std::nullopt;
     return CutOwn(*element, stored, ShapeOf(object));
+}
+
+bool dicom::AreCodedFramesGuessed(const CDcmObject& object, Bytes value) {
+    const PixelShape shape = ShapeOf(object);
+    if (shape.frameCount <= 1) return false;
+    const DataSet& dataSet = ObjectState::Of(object).Content();
+    const Element* element = dataSet.Find(tag::kPixelData);
+    const bool isOwn = value.empty() && element != nullptr;
+    const bool isTakenApart = isOwn && !dataSet.FragmentsOf(*element).IsEmpty();
+    const Bytes stored = isOwn ? dataSet.ValueOf(*element) : value;
+    const EncapsulatedItems items =
+        isTakenApart ? ItemsIn(dataSet.FragmentsOf(*element)) : quorvex::ItemsOf(dataSet, stored);
+    const FrameHints hints = HintsOf(dataSet, shape);
+    return AreFramesGuessed({.fragments = items.fragments,
+                             .offsetTable = items.offsetTable,
+                             .extendedOffsets = hints.extendedOffsets,
+                             .frameCount = hints.frameCount,
+                             .syntax = hints.syntax});
 }
 
 DCMRESULT CDcmObject::GetValueEx(unsigned char** scratch, unsigned long remaining,

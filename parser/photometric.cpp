@@ -1,0 +1,63 @@
+#include "parser/photometric.h"
+
+#include "foundation/dicom/model/attributes.h"
+#include "quorvex/Tags.h"
+
+namespace quorvex {
+namespace {
+
+// Four inks have three samples here: only a JPEG stream can have them, which becomes R, G, B.
+constexpr Photometric kPhotometrics[] = {
+    {"MONOCHROME1", 1},     {"MONOCHROME2", 1},     {"PALETTE COLOR", 1}, {"RGB", 3},
+    {"YBR_FULL", 3},        {"YBR_FULL_422", 3},    {"YBR_ICT", 3},       {"YBR_RCT", 3},
+    {"YBR_PARTIAL_422", 3}, {"YBR_PARTIAL_420", 3}, {"XYB", 3}, {"CMYK", 3},
+};
+
+constexpr bool IsSeparator(char16_t character) noexcept {
+    return character == u' ' || character == u'_' || character == u'\t' || character == u'\0';
+}
+
+constexpr char16_t InCapitals(char16_t character) noexcept {
+    const bool isSmall = character >= u'a' && character <= u'z';
+    return isSmall ? static_cast<char16_t>(character - u'a' + u'A') : character;
+}
+
+/// The first letter or digit of a text in capitals, taken away; 0 behind the last one.
+template <class Character>
+char16_t TakeLetter(std::basic_string_view<Character>& text) noexcept {
+    while (!text.empty()) {
+        const auto character = static_cast<char16_t>(text.front());
+        text.remove_prefix(1);
+        if (!IsSeparator(character)) return InCapitals(character);
+    }
+    return 0;
+}
+
+bool HaveSameLetters(std::u16string_view text, std::string_view name) noexcept {
+    for (;;) {
+        const char16_t letter = TakeLetter(text);
+        if (letter != TakeLetter(name)) return false;
+        if (letter == 0) return true;
+    }
+}
+
+}  // namespace
+
+std::optional<Photometric> UnderstoodPhotometric(std::u16string_view text) noexcept {
+    for (const Photometric& photometric : kPhotometrics) {
+        if (HaveSameLetters(text, photometric.name)) return photometric;
+    }
+    return std::nullopt;
+}
+
+void UnderstandPhotometric(CDcmObject& header) {
+    const auto text = Read<CString>(header, tag::kPhotometricInterpretation);
+    if (!text) return;
+    const auto photometric = UnderstoodPhotometric(text->View());
+    if (!photometric) return;
+    const CString name(photometric->name);
+    if (*text != name) header.SetValue(tag::kPhotometricInterpretation, name);
+    header.SetValue(tag::kSamplesPerPixel, photometric->samplesPerPixel);
+}
+
+}  // namespace quorvex

@@ -1,0 +1,24 @@
+/// Photometric interpretations as the standard names them, however a file writes them.
+#pragma once
+
+#include "quorvex/DicomObject.h"
+
+#include <optional>
+#include <string_view>
+
+namespace quorvex {
+
+struct Photometric {
+    std::string_view name;  ///< as DICOM PS3.3 C.7.6.3.1.2 has it
+    unsigned short samplesPerPixel;
+};
+
+/// What a text means, whatever its letters' case and wherever it has blanks or underscores. Nothing
+/// for a text without a meaning here.
+[[nodiscard]] std::optional<Photometric> UnderstoodPhotometric(std::u16string_view text) noexcept;
+
+/// Gives a header its understood photometric interpretation as the standard writes it, and the
+/// Samples per Pixel that go with it. Any other one stays as it is.
+void UnderstandPhotometric(CDcmObject& header);
+
+}  // namespace quorvex
