@@ -1,5 +1,6 @@
 // What the command makes of good inputs, and of wrong arguments.
 #include "tests/support/dicom_builder.h"
+#include "tests/support/temporary_file.h"
 #include "tests/tools/run_command.h"
 
 #include <algorithm>
@@ -33,6 +34,19 @@ TEST(FrameCommand, GivesTheStoredPixels) {
     EXPECT_TRUE(ReadAll(output) == stored);
     EXPECT_TRUE(OutputOf({"frame", kLoop, "--frame", "1", "-o", "-"}) ==
                 stored.substr(kLoopFrame, kLoopFrame));
+}
+
+TEST(FrameCommand, GivesASampleInEachByteAndWarnsOfWhatIsMissing) {
+    const ImageFacts bits{.rows = 2, .columns = 5, .bits = 1, .frames = "2"};
+    const TemporaryFile packed(NativeFile(kExplicitUid, bits, {0xFF, 0x03, 0x00, 0x00}));
+    EXPECT_EQ(OutputOf({"frame", packed.Path(), "--all", "-o", "-"}),
+              std::string(10, 1) + std::string(10, 0));
+    const ImageFacts bytes{.rows = 1, .columns = 4, .bits = 8, .frames = "2"};
+    const TemporaryFile cut(NativeFile(kExplicitUid, bytes, {1, 2, 3, 4, 5, 6}));
+    const auto made = RunCommand({"frame", cut.Path(), "--all", "-o", "-"});
+    EXPECT_EQ(made.status, 0);
+    EXPECT_EQ(made.output, std::string("\1\2\3\4\5\6\0\0", 8));
+    EXPECT_TRUE(Has(made.complaints, "warning: frame 1 is only partly there")) << made.complaints;
 }
 
 TEST(RenderCommand, ShowsTheWindowOfTheFile) {
