@@ -10,7 +10,7 @@ namespace {
 constexpr Photometric kPhotometrics[] = {
     {"MONOCHROME1", 1},     {"MONOCHROME2", 1},     {"PALETTE COLOR", 1}, {"RGB", 3},
     {"YBR_FULL", 3},        {"YBR_FULL_422", 3},    {"YBR_ICT", 3},       {"YBR_RCT", 3},
-    {"YBR_PARTIAL_422", 3}, {"YBR_PARTIAL_420", 3}, {"XYB", 3}, {"CMYK", 3},
+    {"YBR_PARTIAL_422", 3}, {"YBR_PARTIAL_420", 3}, {"XYB", 3},           {"CMYK", 3},
 };
 
 constexpr bool IsSeparator(char16_t character) noexcept {

@@ -66,8 +66,8 @@ public:
     ///
     /// Rows run from the top; rows x columns x samples per pixel, each sample in 1 byte up to 8
     /// Bits Allocated, else 2 (4 for 32 bits), least significant byte first; three samples as R, G,
-    /// B. What a cut frame does not have is 0. Packed native samples (1 or 12 bits) stay packed, the
-    /// first one from the lowest bit of the first byte on, with zeros behind them.
+    /// B. What a cut frame does not have is 0. Packed native samples (1 or 12 bits) stay packed,
+    /// the first one from the lowest bit of the first byte on, with zeros behind them.
     ///
     /// Y, Cb, Cr of native and RLE frames are wrapped around a byte by the established rules, where
     /// their colour is beyond R, G, B, and a colour that is not known is black. By the standard
