@@ -4,7 +4,6 @@
 #include "quorvex/CXWindowing.h"
 
 #include <atomic>
-#include <cstdint>
 #include <gtest/gtest.h>
 #include <thread>
 #include <vector>
@@ -17,21 +16,21 @@ using Bytes = std::vector<unsigned char>;
 /// Two records whose tables are of very different lengths.
 void Prepare(CXWindowing& windowing, bool isLong) {
     CXGSPSInfo record;
-    record.pixelBitDepth = isLong ? 12 : 4;
+    record.pixelBitDepth = isLong ? 8 : 4;
     record.rescaleSlope = isLong ? 3.0 : 1.0;
     windowing.PrepareGSPSProcessing(&record);
 }
 
 Bytes Rendered(CXWindowing& windowing) {
-    std::uint16_t pixels[] = {0, 9, 15, 4095};
+    Bytes pixels = {0, 9, 15, 200};
     Bytes output(4);
     _IMAGE_INFO info;
-    info.bytesPerPixel = 2;
-    info.bitsStored = 12;
+    info.bytesPerPixel = 1;
+    info.bitsStored = 8;
     info.imageWidth = info.outputWidth = 4;
     info.imageHeight = info.outputHeight = 1;
     info.roi = {0, 0, 4, 1};
-    info.pixels = reinterpret_cast<unsigned char*>(pixels);
+    info.pixels = pixels.data();
     info.output = output.data();
     info.windowing = &windowing;
     EXPECT_EQ(CXImageCreator().GetImageWithInfo(info), 0);
@@ -57,7 +56,7 @@ TEST(SharedWindowing, EveryJobHasTheTablesOfOneMoment) {
             for (bool isLong = false; !isDone; isLong = !isLong) Prepare(windowing, isLong);
         });
         int mixed = 0;
-        for (int round = 0; round < 500; ++round) {
+        for (int round = 0; round < 50000; ++round) {
             const Bytes made = work(windowing);
             if (made != ofShort && made != ofLong) ++mixed;
         }
