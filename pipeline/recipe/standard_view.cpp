@@ -108,9 +108,10 @@ Tables MakeTables(const DisplayedImage& image) {
     return tables;
 }
 
+/// A state stands for all of the presentation: without a shutter of its own there is none.
 const OwnedShutter* ShownShutter(const DisplayedImage& image) {
     const auto& applied = image.standard->applied;
-    const auto& shutter = applied && applied->shutter ? applied->shutter : image.standard->shutter;
+    const auto& shutter = applied ? applied->shutter : image.standard->shutter;
     return image.shutterShown != 0 && shutter ? &*shutter : nullptr;
 }
 

@@ -113,8 +113,8 @@ std::optional<PaddingRange> ReadPadding(const CDcmObject& header, const StoredFo
     };
     const auto padding = stored(tag::kPixelPaddingValue);
     if (!padding) return std::nullopt;
-    const auto [low, high] =
-        std::minmax(*padding, stored(tag::kPixelPaddingRangeLimit).value_or(*padding));
+    const std::int64_t other = stored(tag::kPixelPaddingRangeLimit).value_or(*padding);
+    const auto [low, high] = std::minmax(*padding, other);
     return PaddingRange{low, high};
 }
 

@@ -20,9 +20,11 @@ void ApplyOptions(CXDIPP& pipeline, const RenderArguments& arguments) {
     pipeline.SetInterpolation(arguments.interpolation);
     if (arguments.zoom) pipeline.UpdateZoom_ABS(*arguments.zoom);
     if (arguments.invert) pipeline.Inverse();
-    if (arguments.shutter) pipeline.ShowShutter(1);
+    // A state's shutter and overlays are part of what it shows.
+    const bool hasState = !arguments.state.empty();
+    if (arguments.shutter || hasState) pipeline.ShowShutter(1);
     if (arguments.annotations) pipeline.ShowAnnotations(1);
-    if (arguments.overlays) pipeline.ShowOverlays(1);
+    if (arguments.overlays || hasState) pipeline.ShowOverlays(1);
     pipeline.UpdatePan_Offset(arguments.pan);
 }
 
