@@ -251,7 +251,8 @@ public:
     /// Data itself.
     DCMRESULT ReadFileUptoTag(CDcmApp* app, std::uint32_t stopTag, unsigned long* offset,
                               void* user, FileReadCallback callback);
-    /// Reads a bare data set whose first element is of the group of `startTag`, or of group 0002.
+    /// Reads a bare data set whose first element is of the group of `startTag`, or meta information
+    /// (group 0002) and any data set behind it.
     ///
     /// `syntax` says how the data are encoded unless their own bytes or group 0002 say otherwise.
     /// `offset` receives where the reading stopped; on failure, where the data set should have

@@ -28,6 +28,7 @@ struct Dump {
 const std::map<std::string, const char*> kCheckerFaults = {
     {"emri_small_jpeg_2k_lossless_too_short.dcm", "drops Pixel Data that breaks off; we keep it"},
     {"SC_rgb_jpeg.dcm", "counts 12 bytes for an implicit VR header under an explicit VR label"},
+    {"no_preamble_dicm_in_data.dcm", "takes letters of a value for the marker of a file"},
     {"no_meta.dcm", "reads on behind a stray byte; we leave that to the search for a data set"},
 };
 

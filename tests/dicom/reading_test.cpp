@@ -132,6 +132,8 @@ TEST(DicomReading, StopsInTheMainDataSetOnly) {
     EXPECT_EQ(icon.GetValueLength(tag::kPixelData, 1, length), kDcmSuccess);
 }
 
+constexpr std::uint32_t kIcon = tag::kPixelData;
+
 using B = DicomBuilder&;
 constexpr struct {
     const char* what;
@@ -156,6 +158,20 @@ constexpr struct {
      [](B b) { b.EndItem().Us(tag::kRows, 1).EndSequence().Us(tag::kColumns, 1); }},
     {"zeros behind the end", kDcmSuccess, 2, 0,
      [](B b) { b.Us(tag::kRows, 1).Raw(std::string(64, '\0')); }},
+    {"an item outside of any sequence", kDcmSuccess, 3, 0,
+     [](B b) { b.Us(tag::kRows, 1).Item(10).Us(tag::kRows, 2).Us(tag::kColumns, 1); }},
+    {"one without length", kDcmSuccess, 3, 0,
+     [](B b) { b.Us(tag::kRows, 1).Item().Us(tag::kRows, 2).EndItem().Us(tag::kColumns, 1); }},
+    {"one that is never closed", kDcmSuccess, 4, 0,
+     [](B b) { b.Us(tag::kRows, 1).Item().Us(tag::kColumns, 1).Add(kIcon, "OB", "12"); }},
+    {"one that is longer than the file", kDcmSuccess, 3, 0,
+     [](B b) { b.Us(tag::kRows, 1).Item(1000).Us(tag::kColumns, 1); }},
+    {"one whose length is wrong", kDcmSuccess, 3, 0,
+     [](B b) { b.Us(tag::kRows, 1).Item(3).Us(tag::kColumns, 1); }},
+    {"meta information that breaks off", kDcmFailure, 2, 1,
+     [](B b) { b.Header(0x00020012, "UI", 100).Raw("1.2"); }},
+    {"a single unknown element that is longer than the file", kDcmFailure, 2, 1,
+     [](B b) { b.Header(0x12345678, "UT", 100).Raw("1.2"); }},
     {"text where an element should begin", kDcmFailure, 2, 0,
      [](B b) { b.Us(tag::kRows, 1).Raw("this is no element at all, far from it"); }},
     {"tags that go down, and twice the same", kDcmSuccess, 3, 0,
@@ -190,6 +206,46 @@ TEST(DicomReading, ReadsWhatIsThereOfDamagedFiles) {
         EXPECT_EQ(counts, (std::array{c.elements, c.cut})) << c.what;
         // Of two equal tags the first counts.
         EXPECT_EQ(Read<int>(object, tag::kRows).value_or(1), 1) << c.what;
+    }
+}
+
+/// An element of 16-bit length whose VR is these two characters.
+void AddOdd(B builder, std::uint32_t tag, const std::string& letters, std::string_view value) {
+    builder.Number(tag >> 16U, 2).Number(tag & 0xFFFFU, 2).Raw(letters);
+    builder.Number(value.size(), 2).Raw(value);
+}
+
+TEST(DicomReading, AnUnknownVrDoesNotEndTheFile) {
+    for (const char* const vr : {"  ", "??", "\0\0", "us", "--", "QQ"}) {
+        const std::string letters(vr, 2);
+        for (const bool isBigEndian : {false, true}) {
+            auto builder = DicomBuilder::Part10(
+                isBigEndian ? test::kBigEndianUid : test::kExplicitUid, true, isBigEndian);
+            AddOdd(builder, tag::kImageType, letters, "ORIGINAL");  // the first of the data set
+            builder.Add(kModality, "CS", "CT").Sequence(kSequence).Item();
+            AddOdd(builder, kUid, letters, "1.23");  // the last of its item
+            builder.EndItem().EndSequence().Add(kName, "PN", "A^B ");
+            AddOdd(builder, 0x00091001, letters, "");
+            AddOdd(builder, 0x00091002, letters, "in a row");
+            // What a later VR holds is kept as bytes, which count as little endian.
+            const bool isSwapped = isBigEndian && letters != "QQ";
+            AddOdd(builder, tag::kSamplesPerPixel, letters, {isSwapped ? "\0\3" : "\3\0", 2});
+            builder.Us(tag::kRows, 512);
+            builder.Number(0x0029, 2).Number(0x1010, 2).Raw(letters);
+            builder.Number(0, 2).Number(70'000, 4).Raw(std::string(70'000, 'l'));  // a long one
+            AddOdd(builder, 0x00291011, letters, "behind");
+            const std::size_t pixels = builder.Size();
+            auto file = builder.Add(tag::kPixelData, "OW", "1234").File();
+            CDcmObject object;
+            unsigned long offset = 0;
+            ASSERT_EQ(test::ReadUpTo(object, file, test::kUpToPixelData, &offset), kDcmSuccess)
+                << letters;
+            EXPECT_EQ(offset, pixels) << letters;
+            ExpectDataSet(object, letters);
+            EXPECT_EQ(Read<CString>(object, tag::kImageType), CString("ORIGINAL")) << letters;
+            EXPECT_EQ(Read<CString>(object, 0x00291011), CString("behind")) << letters;
+            EXPECT_EQ(Read<int>(object, tag::kSamplesPerPixel), 3) << letters;
+        }
     }
 }
 

@@ -47,6 +47,12 @@ TEST(DataSetFinder, FindsAWholeChainOfElementsBehindJunk) {
     odd.Header(tag::kPatientBirthDate, "DA", 8).Raw("2020");
     const auto then = [&] { return small; };
     constexpr auto kSet = tag::kSpecificCharacterSet;
+    const auto behindMeta = [](std::string_view uid, const DicomBuilder& dataSet) {
+        return DicomBuilder()
+            .Add(tag::kMediaStorageSOPClassUID, "UI", "1.23")
+            .Padded(tag::kTransferSyntaxUID, "UI", uid)
+            .Append(dataSet);
+    };
     const struct {
         const char* what;
         DicomBuilder dataSet;
@@ -59,6 +65,20 @@ TEST(DataSetFinder, FindsAWholeChainOfElementsBehindJunk) {
         {"a descending one", then().Add(kSet, "CS", "ISO_IR 100"), 100, -1},
         {"odd, but at the beginning", odd, 0, 0},
         {"odd", odd, 10, -1},
+        {"a stray item", then().Item(6).Raw("inside").Add(tag::kPatientID, "LO", "1 "), 10, 10},
+        {"one without length", then().Item().Append(small).EndItem(), 10, 10},
+        {"delimiters", then().EndItem().EndSequence().Add(tag::kPatientID, "LO", "1 "), 10, 10},
+        {"an unknown VR", then().Add(tag::kPatientID, "??", "1 ").Us(tag::kRows, 1), 10, 10},
+        {"meta information ahead", behindMeta(test::kExplicitUid, small), 10, 10},
+        {"and another encoding behind", behindMeta(test::kImplicitUid, SmallDataSet(false, false)),
+         10, 10},
+        {"big endian", behindMeta(test::kBigEndianUid, SmallDataSet(true, true)), 10, 10},
+        {"deflated", behindMeta(test::kDeflatedUid, DicomBuilder().Raw("any bytes at all")), 10,
+         10},
+        {"a short one of another group",
+         behindMeta(test::kExplicitUid, DicomBuilder().Us(tag::kRows, 1)), 10, 10},
+        {"meta information alone", behindMeta(test::kExplicitUid, DicomBuilder()), 10, -1},
+        {"of no syntax, and junk", behindMeta("1.2.3", DicomBuilder().Raw("any bytes")), 10, -1},
         {"meta information", DicomBuilder().Add(0x00020010, "UI", "1.2.840.10008.1.2"), 0, 0},
     };
     for (const auto& c : kCases)
@@ -83,7 +103,9 @@ TEST(DataSetFinder, StaysLinearOnHostileBytes) {
     for (std::size_t i = 0; i < kSize; i += 2) pattern[i] = 8;
     DicomBuilder chain(false);  // every element leads into the same long ascending chain
     for (std::uint32_t i = 0; i < kSize / 10; ++i) chain.Add(0x00080000 + i, "", "12");
-    for (const auto& bytes : {Behind(kSize, DicomBuilder()), pattern, chain.Bytes(),
+    DicomBuilder metas;  // one that ends nowhere, so that each of its elements is tried
+    for (std::uint32_t i = 0; i < 0x10000; ++i) metas.Add(0x00020000 + i, "UI", "12");
+    for (const auto& bytes : {Behind(kSize, DicomBuilder()), pattern, chain.Bytes(), metas.Bytes(),
                               ItemsThatMeet(kSize / 32, kSize / 16), ByteBuffer(kSize)}) {
         DataSetFinder finder(bytes);
         const auto begin = std::chrono::steady_clock::now();

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <random>
 #include <string>
 #include <tuple>
 
@@ -92,6 +93,60 @@ TEST(FileIntake, ReadsPart10AndBareDataSetsAlike) {
         const Place place = PlaceOf(parsed.parser);
         EXPECT_EQ(place.code, QVM_SUCCESS) << c.what;
         EXPECT_EQ(place.offset, c.content.size() - kPixels.size()) << c.what;  // the junk counts
+    }
+}
+
+/// A file with meta information of three elements, coded by RLE.
+Bytes RleFile() {
+    auto file = DicomBuilder::Part10(kRleUid);
+    file.Add(0x00020012, "UI", "1.2.3.45").SopUids().Image({.bits = 8});
+    Bytes segment(64);
+    segment[0] = 1;
+    segment[4] = 64;
+    Append(segment, {3, 1, 2, 3, 4, 0x80});
+    return file.Fragments({segment}).Bytes();
+}
+
+TEST(FileIntake, ReadsOnPastDamagedMetaInformation) {
+    const Bytes good = RleFile();
+    constexpr std::size_t kMeta = 132;
+    const struct {
+        const char* what;
+        std::size_t place;
+        Bytes bytes;
+        bool keepsSyntax;
+    } kDamages[] = {
+        {"none", 0, {}, true},
+        {"the marker", 128, {'D', 'I', 'C', 'X'}, true},
+        {"the preamble and the marker", 0, Bytes(132, 0xFF), true},
+        {"a length", kMeta + 6, {0xFE, 0xFF}, false},
+        {"a length in front of the data set", kMeta + 8 + 20 + 6, {0xFF, 0x7F}, false},
+        {"the first element", kMeta, Bytes(8, 0xEE), false},
+        {"the first element, by zeros", kMeta, Bytes(8), false},
+    };
+    for (const auto& damage : kDamages) {
+        Bytes file = good;
+        std::ranges::copy(damage.bytes, file.begin() + static_cast<std::ptrdiff_t>(damage.place));
+        Parsed parsed(file);
+        ASSERT_EQ(parsed.code, QVM_SUCCESS) << damage.what;
+        EXPECT_EQ(Read<CString>(*parsed.Header(), tag::kSOPInstanceUID), CString("2.25.1"))
+            << damage.what;
+        EXPECT_EQ(FrameOf(parsed.parser).code == QVM_SUCCESS, damage.keepsSyntax) << damage.what;
+        if (damage.keepsSyntax) {
+            EXPECT_EQ(FrameOf(parsed.parser), Done({1, 2, 3, 4})) << damage.what;
+        }
+    }
+}
+
+TEST(FileIntake, RandomBytesBehindTheMarkerAreNoFile) {
+    std::mt19937 random(7);
+    for (int i = 0; i < 200; ++i) {
+        Bytes file = Beginning(Image(), 132);
+        file.resize(132 + 100 * (1 + static_cast<std::size_t>(i)));
+        std::generate(file.begin() + 132, file.end(),
+                      [&] { return static_cast<unsigned char>(random()); });
+        if (i % 2 != 0) std::ranges::copy(Bytes{2, 0, 16, 0, 'U', 'I'}, file.begin() + 132);
+        EXPECT_EQ(Parsed(file).code, QVM_ERROR_FAILED_TO_PARSE_DICOM) << i;
     }
 }
 

@@ -194,4 +194,9 @@ bool IsBigEndian(TRANSFER_SYNTAX syntax) noexcept {
     return row != nullptr && row->isBigEndian;
 }
 
+std::string_view UidOf(std::span<const unsigned char> value) noexcept {
+    const std::string_view text(reinterpret_cast<const char*>(value.data()), value.size());
+    return text.substr(0, text.find_first_of(std::string_view("\0 ", 2)));
+}
+
 }  // namespace quorvex

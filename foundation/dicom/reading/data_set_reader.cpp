@@ -1,18 +1,19 @@
 #include "foundation/dicom/reading/data_set_reader.h"
 
+#include "foundation/dicom/model/dictionary.h"
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/reading/element_reader.h"
 #include "foundation/dicom/reading/inflate.h"
 
-#include <algorithm>
 #include <optional>
-#include <string>
+#include <string_view>
 
 namespace quorvex::dicom {
 namespace {
 
-constexpr std::size_t kFewestOfBare = 2;  // fewer elements are more likely junk
+/// Of a data set without meta information ahead: fewer elements are more likely junk.
+constexpr std::size_t kFewestOfBare = 2;
 
 /// How the data set behind the meta information is said to be encoded.
 struct Label {
@@ -35,25 +36,21 @@ TRANSFER_SYNTAX NativeSyntax(Encoding encoding) {
     return encoding.isExplicit ? kExplicitLittleEndian : kImplicitLittleEndian;
 }
 
-std::string UidText(Bytes value) {
-    const auto* end = std::find_if(value.data(), value.data() + value.size(),
-                                   [](unsigned char c) { return c == 0 || c == ' '; });
-    return {value.data(), end};
-}
-
 class DataSetReader {
 public:
     DataSetReader(ByteFeed& feed, std::size_t begin) : feed_(feed), elements_(feed, begin) {}
 
     /// Reads group 0002, where it stands ahead, and labels the data set by its UID or `fallback`.
+    /// False for one that is damaged.
     [[nodiscard]] bool ReadMeta(const Label& fallback);
     /// Group of the first element; 0xFFFF where there is none.
     [[nodiscard]] std::uint32_t FirstGroup();
     [[nodiscard]] bool InflateRest();
     /// Looks at the first element for the encoding that the data set really has.
     void CorrectLabel();
-    [[nodiscard]] ReadOutcome ReadRest(std::uint32_t stopTag, std::size_t fewest);
+    [[nodiscard]] ReadOutcome ReadRest(std::uint32_t stopTag);
     [[nodiscard]] ReadOutcome Refuse(const char* why);
+    [[nodiscard]] bool HasMeta() const noexcept { return metaCount_ != 0; }
 
     [[nodiscard]] const Label& GetLabel() const noexcept { return label_; }
 
@@ -64,6 +61,7 @@ private:
         return LoadTag(Next(), isBigEndian);
     }
     [[nodiscard]] std::optional<ElementHeader> PixelDataHere();
+    [[nodiscard]] bool IsJunk() const;
     [[nodiscard]] ReadOutcome Outcome(DCMRESULT result, std::size_t offset, const char* failure);
 
     ByteFeed& feed_;
@@ -77,7 +75,8 @@ bool DataSetReader::ReadMeta(const Label& fallback) {
     label_ = fallback;
     const bool hasMeta = HasElement() && IsMetaTag(NextTag(false));
     if (hasMeta && !elements_.ReadMeta({IsVr(Next() + 4), false})) return false;
-    const std::string uid = UidText(elements_.ValueRead(tag::kTransferSyntaxUID));
+    if (elements_.IsCutOff()) return false;
+    const std::string_view uid = UidOf(elements_.ValueRead(tag::kTransferSyntaxUID));
     if (!uid.empty()) label_ = LabelOf(TransferSyntaxOfUid(uid));
     begin_ = elements_.Position();
     metaCount_ = elements_.ElementCount();
@@ -105,7 +104,8 @@ void DataSetReader::CorrectLabel() {
     const bool isSwapped = GroupOf(NextTag(!labelled.isBigEndian)) == kFirstGroup;
     if (isSwapped) encoding.isBigEndian = !labelled.isBigEndian;
     // As implicit VR the letters would be a length of 16 KiB and more, which no first element has.
-    encoding.isExplicit = IsVr(Next() + 4);
+    const bool isOdd = labelled.isExplicit && elements_.UnknownForm(encoding).has_value();
+    encoding.isExplicit = isOdd || IsVr(Next() + 4);
     const bool isByEncoding = label_.number != kSyntaxNone && !label_.isEncapsulated;
     if (isByEncoding && encoding != labelled) label_.number = NativeSyntax(encoding);
 }
@@ -122,19 +122,28 @@ ReadOutcome DataSetReader::Refuse(const char* why) {
 
 std::optional<ElementHeader> DataSetReader::PixelDataHere() {
     if (!HasElement() || NextTag(label_.encoding.isBigEndian) != tag::kPixelData) return {};
-    const std::size_t bytes = HeaderBytes(Next(), label_.encoding);
-    if (!feed_.Has(elements_.Position(), bytes)) return {};
-    return ReadHeader(Next(), label_.encoding);
+    const auto unknown = elements_.UnknownForm(label_.encoding);
+    const HeaderForm form = unknown.value_or(HeaderFormOf(Next(), label_.encoding));
+    if (!feed_.Has(elements_.Position(), HeaderBytes(form))) return {};
+    return ReadHeader(Next(), label_.encoding, form);
 }
 
-ReadOutcome DataSetReader::ReadRest(std::uint32_t stopTag, std::size_t fewest) {
+/// Almost any bytes read as one element that is longer than the data.
+bool DataSetReader::IsJunk() const {
+    const bool isAlone = elements_.ElementCount() == metaCount_ + 1;
+    return isAlone && elements_.IsCutOff() && *LookUp(elements_.LastTag()).keyword == 0;
+}
+
+ReadOutcome DataSetReader::ReadRest(std::uint32_t stopTag) {
     bool isGood = elements_.ReadMain(label_.encoding, stopTag);
     const std::size_t offset = elements_.Position();
     const auto pixelData = PixelDataHere();
     if (isGood && label_.isDeflated) isGood = elements_.ReadMain(label_.encoding, kNoStopTag);
     if (feed_.IsRefused()) return Refuse("the data could not be read to their end");
     if (!isGood) return Refuse(elements_.Failure());
-    if (elements_.ElementCount() < metaCount_ + fewest) return Refuse("there is no data set");
+    const std::size_t fewest = HasMeta() ? 1 : kFewestOfBare;
+    const bool isNone = elements_.ElementCount() < metaCount_ + fewest || IsJunk();
+    if (isNone) return Refuse("there is no data set");
     ReadOutcome outcome = Outcome(kDcmSuccess, offset, "");
     if (pixelData) {
         outcome.dataSet->pixelDataHeaderBytes = pixelData->bytes;
@@ -156,7 +165,7 @@ ReadOutcome ReadPart10(ByteFeed& feed, std::uint32_t stopTag) {
         return reader.Refuse("the deflated data set cannot be inflated");
     }
     reader.CorrectLabel();
-    return reader.ReadRest(stopTag, 1);
+    return reader.ReadRest(stopTag);
 }
 
 ReadOutcome ReadBareDataSet(ByteFeed& feed, std::uint32_t startTag, std::uint32_t stopTag,
@@ -169,10 +178,10 @@ ReadOutcome ReadBareDataSet(ByteFeed& feed, std::uint32_t startTag, std::uint32_
         return reader.Refuse("the deflated data set cannot be inflated");
     }
     reader.CorrectLabel();
-    if (reader.FirstGroup() != GroupOf(startTag)) {
+    if (!reader.HasMeta() && reader.FirstGroup() != GroupOf(startTag)) {
         return reader.Refuse("no data set begins here");
     }
-    return reader.ReadRest(stopTag, kFewestOfBare);
+    return reader.ReadRest(stopTag);
 }
 
 }  // namespace quorvex::dicom

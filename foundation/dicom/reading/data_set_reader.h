@@ -23,7 +23,8 @@ struct ReadOutcome {
 /// offset then is that of the stop in the file as it would be without compression.
 [[nodiscard]] ReadOutcome ReadPart10(ByteFeed& feed, std::uint32_t stopTag);
 
-/// Reads a data set whose first element is of the group of `startTag`, or of group 0002.
+/// Reads a data set whose first element is of the group of `startTag`, or meta information and any
+/// data set behind it.
 [[nodiscard]] ReadOutcome ReadBareDataSet(ByteFeed& feed, std::uint32_t startTag,
                                           std::uint32_t stopTag, TRANSFER_SYNTAX syntax);
 

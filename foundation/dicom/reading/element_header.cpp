@@ -23,10 +23,13 @@ bool IsVr(const unsigned char* letters) noexcept {
 
 ElementHeader ReadHeader(const unsigned char* bytes, Encoding encoding, HeaderForm form) noexcept {
     ElementHeader header{.tag = LoadTag(bytes, encoding.isBigEndian)};
-    if (form == HeaderForm::kImplicit) {
+    const bool isImplicit = form == HeaderForm::kImplicit;
+    if (isImplicit || !IsCapital(bytes[4]) || !IsCapital(bytes[5])) {
         const DictionaryEntry& entry = LookUp(header.tag);
         header.vr = entry.vr;
         header.isUsOrSs = entry.choice == VrChoice::kUsOrSs;
+    }
+    if (isImplicit) {
         header.length = Load<std::uint32_t>(bytes + 4, encoding.isBigEndian);
         header.isGuessed = encoding.isExplicit && !IsItemTag(header.tag);
         return header;

@@ -3,6 +3,7 @@
 #include "foundation/dicom/model/dictionary.h"
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/value_representation.h"
+#include "foundation/dicom/reading/unknown_vr.h"
 
 #include <algorithm>
 #include <iterator>
@@ -91,6 +92,9 @@ bool ElementReader::ReadElements(Level& level) {
             case Step::kSkip:
                 position_ += kShortHeader;
                 break;
+            case Step::kStrayItem:
+                StepOverItem(level);
+                break;
             case Step::kFailure:
                 return SkipJunk(level);
             case Step::kElement:
@@ -108,7 +112,7 @@ ElementReader::Step ElementReader::NextStep(const Level& level) {
         if (tag == tag::kItemDelimitationItem) position_ += kShortHeader;
         return IsItemTag(tag) ? Step::kEnd : Step::kElement;
     }
-    if (tag == tag::kItem) return Step::kFailure;
+    if (tag == tag::kItem) return Step::kStrayItem;
     if (IsItemTag(tag)) return Step::kSkip;  // some writers close what they never opened
     if (tag > level.stopTag) return Step::kEnd;
     if (tag == 0) return pending_.empty() ? Step::kFailure : Step::kEnd;  // padded with zeros
@@ -123,8 +127,15 @@ bool ElementReader::SkipJunk(const Level& level) {
     return true;
 }
 
+std::optional<HeaderForm> ElementReader::UnknownForm(Encoding encoding, std::size_t end,
+                                                     bool isItem) {
+    if (!LacksVr(feed_.At(position_), encoding)) return std::nullopt;
+    return UnknownVr(feed_, end, encoding.isBigEndian, isItem).FormAt(position_);
+}
+
 bool ElementReader::ReadElement(Level& level) {
-    const HeaderForm form = HeaderFormOf(feed_.At(position_), level.encoding);
+    const auto unknown = UnknownForm(level.encoding, level.end, level.depth > 0);
+    const HeaderForm form = unknown.value_or(HeaderFormOf(feed_.At(position_), level.encoding));
     const std::size_t headerBytes = HeaderBytes(form);
     if (!HasWithin(level.end, headerBytes)) {
         position_ += Available(headerBytes, level.end);
@@ -189,81 +200,6 @@ bool ElementReader::ReadUndefined(const ElementHeader& header, Element element,
                             IsAt(tag::kSequenceDelimitationItem, inner);
     if (!isSequence) return SkipJunk(level);
     return ReadSequence(std::move(element), inner, level.end, true);
-}
-
-/// Reads items up to the delimiter or `end`, whatever comes first.
-bool ElementReader::ReadSequence(Element element, const Level& level, std::size_t end,
-                                 bool isUndefined) {
-    if (level.depth == kDeepestNesting) return Fail(Limit::kDeepestNesting);
-    Items items;
-    bool isClosed = false;
-    while (HasWithin(end, kShortHeader)) {
-        const std::uint32_t tag = TagHere(level.encoding.isBigEndian);
-        isClosed = tag == tag::kSequenceDelimitationItem;
-        if (tag != tag::kItem) break;
-        if (!ReadItem(items, level, end)) return false;
-    }
-    if (!isUndefined) position_ += Available(end - position_, end);
-    element.length = position_ - element.offset;
-    element.isCut = element.isCut || (isUndefined ? !isClosed : position_ < end);
-    if (isUndefined && isClosed) position_ += kShortHeader;
-    element.vr = MC_VR_SQ;
-    element.content = std::make_shared<Content>(std::move(items));
-    pending_.push_back(std::move(element));
-    return true;
-}
-
-bool ElementReader::ReadItem(Items& items, const Level& level, std::size_t end) {
-    const auto length = LoadItemLength(feed_.At(position_), level.encoding.isBigEndian);
-    if (!CountPart()) return false;
-    position_ += kShortHeader;
-    Level inner = level;
-    inner.depth += 1;
-    const bool isUndefined = length == kUndefinedLength;
-    inner.end = isUndefined ? end : position_ + std::min<std::size_t>(length, end - position_);
-    const std::size_t first = pending_.size();
-    if (!ReadElements(inner)) return false;
-    if (!isUndefined) position_ += Available(inner.end - position_, inner.end);
-    items.push_back(MakeDataSet(first, level.encoding));
-    items.back()->InheritCharacterSet(level.characterSet);
-    return true;
-}
-
-bool ElementReader::ReadFragments(Element element, const Level& level) {
-    Fragments fragments;
-    bool isClosed = false;
-    while (HasWithin(level.end, kShortHeader)) {
-        const std::uint32_t tag = TagHere(level.encoding.isBigEndian);
-        isClosed = tag == tag::kSequenceDelimitationItem;
-        if (tag != tag::kItem) break;
-        if (!CountPart()) return false;
-        const auto length = LoadItemLength(feed_.At(position_), level.encoding.isBigEndian);
-        position_ += kShortHeader;
-        const std::size_t there = Available(length, level.end);
-        fragments.ranges.push_back({position_, there});
-        position_ += there;
-    }
-    element.length = position_ - element.offset;
-    element.isCut = !isClosed;
-    if (isClosed) position_ += kShortHeader;
-    element.content = std::make_shared<Content>(std::move(fragments));
-    pending_.push_back(std::move(element));
-    return true;
-}
-
-/// Native data of undefined length: all that is left, without a delimiter that may close it.
-void ElementReader::ReadOpenValue(Element element, const Level& level) {
-    feed_.PullAll();
-    element.length = Available(feed_.Size() - position_, level.end);
-    position_ += element.length;
-    if (element.length >= kShortHeader) {
-        const unsigned char* last = feed_.At(position_ - kShortHeader);
-        const bool isDelimiter =
-            LoadTag(last, level.encoding.isBigEndian) == tag::kSequenceDelimitationItem &&
-            LoadItemLength(last, false) == 0;
-        if (isDelimiter) element.length -= kShortHeader;
-    }
-    pending_.push_back(std::move(element));
 }
 
 }  // namespace quorvex::dicom

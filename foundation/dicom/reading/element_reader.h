@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,18 @@ public:
     [[nodiscard]] std::size_t Position() const noexcept { return position_; }
     [[nodiscard]] std::size_t ElementCount() const noexcept { return pending_.size(); }
     [[nodiscard]] const char* Failure() const noexcept { return failure_; }
+    /// The form of the header here, where it should have a VR and has none, by what follows it;
+    /// nothing for any other header. Eight bytes must be there.
+    [[nodiscard]] std::optional<HeaderForm> UnknownForm(Encoding encoding) {
+        return UnknownForm(encoding, kOpenEnd, false);
+    }
+    /// Whether the data end inside the element that was read last.
+    [[nodiscard]] bool IsCutOff() const noexcept {
+        return !pending_.empty() && pending_.back().isCut;
+    }
+    [[nodiscard]] std::uint32_t LastTag() const noexcept {
+        return pending_.empty() ? 0 : pending_.back().tag;
+    }
     /// The value of an element of the main data set that was read; empty where there is none.
     [[nodiscard]] Bytes ValueRead(std::uint32_t tag) const noexcept;
 
@@ -53,7 +66,7 @@ private:
         std::uint32_t stopTag = kNoStopTag;
         std::shared_ptr<const std::string> characterSet{};
     };
-    enum class Step { kElement, kEnd, kSkip, kFailure };
+    enum class Step { kElement, kEnd, kSkip, kStrayItem, kFailure };
 
     [[nodiscard]] bool HasWithin(std::size_t end, std::size_t count) {
         return end - position_ >= count && feed_.Has(position_, count);
@@ -64,9 +77,14 @@ private:
     }
     [[nodiscard]] bool IsAt(std::uint32_t tag, const Level& level);
 
+    [[nodiscard]] std::optional<HeaderForm> UnknownForm(Encoding encoding, std::size_t end,
+                                                        bool isItem);
     [[nodiscard]] bool ReadElements(Level& level);
     [[nodiscard]] Step NextStep(const Level& level);
     [[nodiscard]] bool SkipJunk(const Level& level);
+    void StepOverItem(const Level& level);
+    [[nodiscard]] bool DropItem(const Level& level);
+    [[nodiscard]] bool GoesOnAt(std::size_t position, const Level& level);
     [[nodiscard]] bool ReadElement(Level& level);
     [[nodiscard]] bool ReadDefined(const ElementHeader& header, Element element, Level& level);
     [[nodiscard]] bool ReadUndefined(const ElementHeader& header, Element element,

@@ -1,8 +1,10 @@
 #include "foundation/dicom/reading/resynchronise.h"
 
 #include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/model/value_representation.h"
 #include "foundation/dicom/reading/element_header.h"
+#include "foundation/dicom/reading/unknown_vr.h"
 
 #include <algorithm>
 #include <optional>
@@ -28,6 +30,11 @@ bool IsTooLong(const unsigned char* eight, Encoding encoding) {
     return length > kLongestFirstValue && length != kUndefinedLength;
 }
 
+bool IsMeta(const unsigned char* eight) {
+    return IsMetaTag(LoadTag(eight, false)) && IsVr(eight + kTagBytes);
+}
+
+/// Of a data set whose first element begins with these eight bytes.
 std::optional<Encoding> EncodingAt(const unsigned char* eight) {
     for (const bool isBigEndian : {false, true}) {
         const bool isFirst = GroupOf(LoadTag(eight, isBigEndian)) == kFirstGroup;
@@ -35,6 +42,17 @@ std::optional<Encoding> EncodingAt(const unsigned char* eight) {
     }
     return std::nullopt;
 }
+
+/// What looks ahead in the data.
+struct InData {
+    Bytes data;
+    [[nodiscard]] bool Has(std::size_t position, std::size_t count) const noexcept {
+        return position <= data.size() && count <= data.size() - position;
+    }
+    [[nodiscard]] const unsigned char* At(std::size_t position) const noexcept {
+        return data.data() + position;
+    }
+};
 
 }  // namespace
 
@@ -48,23 +66,62 @@ public:
         : finder_(finder), data_(finder.data_), at_(at), encoding_(encoding), manner_(manner) {}
 
     bool Run() {
+        if (Left() < kShortHeader || !IsMeta(data_.data() + at_)) return RunDataSet();
+        bool namesSyntax = false;
+        if (!RunMeta(namesSyntax) || Left() < kShortHeader) return false;
+        if (namesSyntax) return true;  // bytes that do so by chance are not met
+        const auto encoding = EncodingAt(data_.data() + at_);
+        if (encoding) encoding_ = *encoding;
+        return encoding && RunDataSet();
+    }
+
+private:
+    bool RunMeta(bool& namesSyntax) {
+        for (std::uint32_t lastTag = 0;;) {
+            if (Left() < kShortHeader || !IsMetaTag(LoadTag(data_.data() + at_, false)))
+                return true;
+            const auto header = Header();
+            if (!header) return false;
+            if (lastTag == 0 ? !IsFirst(*header) : header->tag <= lastTag) return false;
+            if (!Visit(&DataSetFinder::FailedPlaces::elements)) return false;
+            lastTag = header->tag;
+            const std::size_t value = at_ + header->bytes;
+            if (!SkipValue(*header, 0)) return false;
+            if (lastTag == tag::kTransferSyntaxUID)
+                namesSyntax =
+                    TransferSyntaxOfUid(UidOf(data_.subspan(value, at_ - value))) != nullptr;
+        }
+    }
+
+    bool RunDataSet() {
         std::uint32_t lastTag = 0;
-        for (int count = 0;; ++count) {
+        for (int count = 0;;) {
             if (IsAtEnd()) return count >= kFewestElements;
             const auto header = Header();
             if (!header) return IsLenient() && count >= kFewestElements;
             if (EndsHeader(header->tag)) return count >= kFewestElements;
             if (IsLenient() && header->tag == 0)
                 return count >= kFewestElements;  // padded with zeros
-            const bool isInOrder = header->tag > lastTag || IsLenient();
+            const bool isStray = IsItemTag(header->tag);
+            const bool isInOrder = isStray || header->tag > lastTag || IsLenient();
             if (count == 0 ? !IsFirst(*header) : !isInOrder) return false;
             if (!Visit(&DataSetFinder::FailedPlaces::elements)) return false;
+            if (isStray ? !SkipStray(*header) : !SkipValue(*header, 0)) return false;
+            if (isStray) continue;
             lastTag = header->tag;
-            if (!SkipValue(*header, 0)) return false;
+            ++count;
         }
     }
 
-private:
+    /// Steps over what some writers leave behind outside of any sequence.
+    bool SkipStray(const ElementHeader& header) {
+        at_ += kShortHeader;
+        if (header.tag != tag::kItem) return true;
+        if (header.IsUndefined()) return SkipNested(1);
+        const bool isHeaderAlone = IsLenient() && header.length > Left();
+        return isHeaderAlone || SkipBytes(header.length);
+    }
+
     bool IsLenient() const { return manner_ == Manner::kLenient; }
     bool IsAtEnd() const { return at_ == data_.size(); }
     std::size_t Left() const { return data_.size() - at_; }
@@ -76,10 +133,13 @@ private:
     std::optional<ElementHeader> Header() const {
         if (Left() < kShortHeader) return std::nullopt;
         const unsigned char* bytes = data_.data() + at_;
-        if (Left() < HeaderBytes(bytes, encoding_)) return std::nullopt;
-        const bool isItem = IsItemTag(LoadTag(bytes, encoding_.isBigEndian));
-        if (encoding_.isExplicit && !isItem && !IsVr(bytes + 4)) return std::nullopt;
-        return ReadHeader(bytes, encoding_);
+        std::optional form = HeaderFormOf(bytes, encoding_);
+        if (LacksVr(bytes, encoding_)) {
+            InData ahead{data_};
+            form = UnknownVr(ahead, data_.size(), encoding_.isBigEndian, true).FormAt(at_);
+        }
+        if (!form || Left() < HeaderBytes(*form)) return std::nullopt;
+        return ReadHeader(bytes, encoding_, *form);
     }
 
     /// False where a walk has failed from here before.
@@ -152,12 +212,8 @@ bool DataSetFinder::CanBegin(std::size_t position, Encoding encoding) {
     return true;
 }
 
-bool DataSetFinder::BeginsWithMeta() const {
-    return IsMetaTag(LoadTag(data_.data(), false)) && IsVr(data_.data() + 4);
-}
-
 bool DataSetFinder::CanBeginFile() {
-    if (BeginsWithMeta()) return true;
+    if (IsMeta(data_.data())) return true;
     const auto encoding = EncodingAt(data_.data());
     return encoding && ChainWalk(*this, 0, *encoding, ChainWalk::Manner::kLenient).Run();
 }
@@ -166,7 +222,7 @@ bool DataSetFinder::CanBeginAt(std::size_t position) {
     if (position >= data_.size() || data_.size() - position < kShortHeader) return false;
     if (position == 0) return CanBeginFile();
     const unsigned char* first = data_.data() + position;
-    const auto encoding = EncodingAt(first);
+    const auto encoding = IsMeta(first) ? Encoding{true, false} : EncodingAt(first);
     if (!encoding || IsTooLong(first, *encoding) || placesLeft_ == 0) return false;
     if (!CanBegin(position, *encoding)) return false;
     --placesLeft_;

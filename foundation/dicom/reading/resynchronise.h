@@ -4,7 +4,8 @@
 /// set must begin in group 0008 with a value of 64 KiB at most, its tags must ascend, its lengths
 /// be even and inside the data (undefined ones: closed by their delimiters), and the chain of at
 /// least two elements must end exactly at the end of the data, at Pixel Data or at the trailing
-/// padding.
+/// padding. Items outside of any sequence do no harm. Elements of group 0002 in explicit VR may stand
+/// ahead; behind those that name a transfer syntax nothing more is asked for.
 #pragma once
 
 #include "foundation/dicom/model/data_set.h"
@@ -21,8 +22,8 @@ class DataSetFinder {
 public:
     explicit DataSetFinder(Bytes data) noexcept : data_(data) {}
 
-    /// True where a data set can begin. Position 0 is tested less strictly: group 0002 may stand
-    /// ahead, lengths may be odd, tags in any order and the last value cut. After
+    /// True where a data set can begin. Position 0 is tested less strictly: behind group 0002
+    /// nothing is asked for, lengths may be odd, tags in any order and the last value cut. After
     /// `kMostBeginnings` positive answers, which only hostile data give, all others are negative.
     [[nodiscard]] bool CanBeginAt(std::size_t position);
 
@@ -39,7 +40,6 @@ private:
 
     [[nodiscard]] bool CanBegin(std::size_t position, Encoding encoding);
     [[nodiscard]] bool CanBeginFile();
-    [[nodiscard]] bool BeginsWithMeta() const;
     [[nodiscard]] FailedPlaces& FailedIn(Encoding encoding);
 
     Bytes data_;
