@@ -40,7 +40,8 @@ enum class HeaderForm : std::uint8_t { kImplicit, kShort, kLong };
 }
 
 /// The header at `bytes`, of which `HeaderBytes` must be there. Implicit VR takes its VR from the
-/// dictionary, and so does a header whose VR is not even capital letters; delimiters and items have none in either encoding.
+/// dictionary, and so does a header whose VR is not even capital letters; delimiters and items have
+/// none in either encoding.
 [[nodiscard]] ElementHeader ReadHeader(const unsigned char* bytes, Encoding encoding,
                                        HeaderForm form) noexcept;
 [[nodiscard]] inline ElementHeader ReadHeader(const unsigned char* bytes,

@@ -4,8 +4,8 @@
 /// set must begin in group 0008 with a value of 64 KiB at most, its tags must ascend, its lengths
 /// be even and inside the data (undefined ones: closed by their delimiters), and the chain of at
 /// least two elements must end exactly at the end of the data, at Pixel Data or at the trailing
-/// padding. Items outside of any sequence do no harm. Elements of group 0002 in explicit VR may stand
-/// ahead; behind those that name a transfer syntax nothing more is asked for.
+/// padding. Items outside of any sequence do no harm. Elements of group 0002 in explicit VR may
+/// stand ahead; behind those that name a transfer syntax nothing more is asked for.
 #pragma once
 
 #include "foundation/dicom/model/data_set.h"

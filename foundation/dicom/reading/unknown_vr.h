@@ -1,4 +1,4 @@
-/// Explicit headers whose VR is none: blanks, zeros, small letters, a VR that the standard got later.
+/// Explicit headers whose VR is none: blanks, zeros, small letters, one of a later standard.
 ///
 /// Nothing in such a header says how long it is. What follows does: of the forms that it may have,
 /// that one is taken behind whose value an element with a known VR and no lower tag begins, or
