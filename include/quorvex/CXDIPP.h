@@ -213,6 +213,8 @@ public:
     /// bits of its pixels included: non-zero shows them from the next render on. Off at first.
     QUORVEX_MESSAGE ShowOverlays(int on) noexcept;
 
+    /// How much of the frame on show, from an opened file or data set, is what the file says.
+    [[nodiscard]] FrameQuality GetFrameQuality() const noexcept;
     [[nodiscard]] double GetZoomFactor() const noexcept;
     [[nodiscard]] CPoint GetPanOffset() const noexcept;
     /// The window that stands, in modality units; rounded where it has fractions.

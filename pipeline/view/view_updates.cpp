@@ -3,6 +3,7 @@
 #include "pipeline/recipe/display_rules.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
+#include "quorvex/CxDcmParser.h"
 
 #include <algorithm>
 #include <cmath>
@@ -88,6 +89,10 @@ QUORVEX_MESSAGE CXDIPP::UpdateViewSize(CSize newViewSize) {
 QUORVEX_MESSAGE CXDIPP::Inverse() {
     image_->inverse = 1;
     return QVM_SUCCESS;
+}
+
+FrameQuality CXDIPP::GetFrameQuality() const noexcept {
+    return image_->parser->GetFrameQuality();
 }
 
 double CXDIPP::GetZoomFactor() const noexcept {

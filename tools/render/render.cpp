@@ -1,5 +1,6 @@
 #include "tools/render/render.h"
 
+#include "tools/frame/frame_warnings.h"
 #include "tools/output/output_file.h"
 #include "tools/render/shown_picture.h"
 #include "tools/render/state_file.h"
@@ -73,6 +74,9 @@ ExitStatus Render(const RenderArguments& arguments) {
     const auto result =
         pipeline.Initialize(&app, arguments.file, {kNoLimit, kNoLimit}, arguments.frame);
     if (result != QVM_SUCCESS) return ReportBadInput(arguments.file, result);
+    FrameWarnings warnings;
+    warnings.Note(arguments.frame, pipeline.GetFrameQuality());
+    warnings.Complain(arguments.file);
     const auto status = ApplyState(pipeline, app, arguments);
     if (status != kAllDone) return status;
     pipeline.UpdateRotate_Offset(arguments.rotation);
