@@ -152,7 +152,8 @@ public:
     /// How many look-up tables and windows the image or its state offers, tables first. By the
     /// established rules 0.
     [[nodiscard]] int GetVOIChoiceCount() const noexcept;
-    /// What the image or its state says about a choice; empty where it says nothing.
+    /// What the image or its state says about a choice; empty where it says nothing, and without
+    /// memory.
     [[nodiscard]] CString GetVOIExplanation(int choice) const;
     /// A choice that is always there: the window over the values of the image, as one without any
     /// window or table is shown.

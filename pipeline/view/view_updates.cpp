@@ -1,3 +1,4 @@
+#include "foundation/types/answer.h"
 #include "foundation/types/saturate.h"
 #include "pipeline/displayed_image.h"
 #include "pipeline/recipe/display_rules.h"
@@ -121,11 +122,13 @@ int CXDIPP::GetVOIChoiceCount() const noexcept {
 }
 
 CString CXDIPP::GetVOIExplanation(int choice) const {
-    if (choice < 0 || choice >= GetVOIChoiceCount()) return {};
-    const VoiStage& voi = image_->standard->Stages().voi;
-    const auto place = static_cast<std::size_t>(choice);
-    if (place < voi.tables.size()) return voi.tables[place]->explanation;
-    return voi.windows[place - voi.tables.size()].explanation;
+    return Answer(CString(), [&] {
+        if (choice < 0 || choice >= GetVOIChoiceCount()) return CString();
+        const VoiStage& voi = image_->standard->Stages().voi;
+        const auto place = static_cast<std::size_t>(choice);
+        if (place < voi.tables.size()) return voi.tables[place]->explanation;
+        return voi.windows[place - voi.tables.size()].explanation;
+    });
 }
 
 QUORVEX_MESSAGE CXDIPP::SelectVOI(int choice) {
