@@ -9,8 +9,8 @@
 namespace quorvex {
 
 struct PixelDraft {
-    PixelDraft(_DCM_PIXEL_INFO wanted, CDcmObject target)
-        : format(std::move(wanted)), object(std::move(target)) {}
+    PixelDraft(_DCM_PIXEL_INFO wanted, const CDcmObject& target)
+        : format(std::move(wanted)), object(target) {}
 
     _DCM_PIXEL_INFO format;                   ///< of the pixels to be written
     PixelLayout incoming{};                   ///< of the frames as they come

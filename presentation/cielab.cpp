@@ -25,7 +25,7 @@ std::uint8_t GammaByte(double linear) {
     const double clamped = std::clamp(linear, 0.0, 1.0);
     const double gamma =
         clamped <= 0.0031308 ? 12.92 * clamped : 1.055 * std::pow(clamped, 1.0 / 2.4) - 0.055;
-    return static_cast<std::uint8_t>(gamma * 255.0 + 0.5);
+    return static_cast<std::uint8_t>(std::lround(gamma * 255.0));
 }
 
 }  // namespace

@@ -114,7 +114,7 @@ private:
         for (std::size_t i = 0; i < count_; ++i, to += pixelBytes_) {
             const int share = coverage[i];
             if (share == 0) continue;
-            unsigned char covered[kChannels];
+            unsigned char covered[kChannels] = {};
             PutPixel(colour, covered);
             for (std::size_t channel = 0; channel < pixelBytes_; ++channel) {
                 const int mixed = covered[channel] * share + to[channel] * (255 - share);

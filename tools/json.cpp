@@ -29,7 +29,7 @@ std::string JsonString(std::string_view text) {
 std::string JsonNumber(double number) {
     if (!std::isfinite(number)) return "null";
     std::array<char, 32> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+    auto* const end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
     return {text.data(), end};
 }
 

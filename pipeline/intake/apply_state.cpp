@@ -10,20 +10,20 @@
 
 namespace quorvex {
 
-QUORVEX_MESSAGE EstablishedRules::ApplyState(DisplayedImage& shown, CDcmObject* state) const {
-    const CDcmObject* image = shown.parser->GetHeader();
-    if (image == nullptr || !shown.presentation) return QVM_SUCCESS;
-    const CString imageUID = Read<CString>(*image, tag::kSOPInstanceUID).value_or(CString());
-    auto record = ReadRecord(state, shown.imageSize, imageUID);
-    record->pixelBitDepth = Read<unsigned short>(*image, tag::kBitsAllocated).value_or(0);
-    record->pixelRepresentation = shown.pixelRepresentation;
-    if (Read<unsigned short>(*image, tag::kSamplesPerPixel).value_or(1) == 1) {
-        shown.windowing->PrepareGSPSProcessing2(record.get(), shown.valueRange.domainLow,
-                                                shown.valueRange.domainHigh);
+QUORVEX_MESSAGE EstablishedRules::ApplyState(DisplayedImage& image, CDcmObject* state) const {
+    const CDcmObject* header = image.parser->GetHeader();
+    if (header == nullptr || !image.presentation) return QVM_SUCCESS;
+    const CString imageUID = Read<CString>(*header, tag::kSOPInstanceUID).value_or(CString());
+    auto record = ReadRecord(state, image.imageSize, imageUID);
+    record->pixelBitDepth = Read<unsigned short>(*header, tag::kBitsAllocated).value_or(0);
+    record->pixelRepresentation = image.pixelRepresentation;
+    if (Read<unsigned short>(*header, tag::kSamplesPerPixel).value_or(1) == 1) {
+        image.windowing->PrepareGSPSProcessing2(record.get(), image.valueRange.domainLow,
+                                                image.valueRange.domainHigh);
     }
-    shown.rotation = record->imageRotation;
-    shown.horizontalFlip = record->imageHorizontalFlip;
-    shown.presentation = std::move(record);
+    image.rotation = record->imageRotation;
+    image.horizontalFlip = record->imageHorizontalFlip;
+    image.presentation = std::move(record);
     return QVM_SUCCESS;
 }
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
@@ -52,7 +53,7 @@ std::optional<ExactPalette> ReadExactPalette(CDcmObject& object, const StoredFor
     exact.colours.resize(all.size());
     for (std::size_t i = 0; i < all.size(); ++i) {
         std::ranges::transform(all[i], exact.colours[i].begin(), [&](std::uint16_t entry) {
-            return static_cast<std::uint8_t>(entry * 255.0 / highest + 0.5);
+            return static_cast<std::uint8_t>(std::lround(entry * 255.0 / highest));
         });
     }
     return exact;

@@ -61,7 +61,8 @@ ShrunkFrame Shrink(const DisplayedImage& image, CSize size) {
         std::uint16_t* const to = shrunk.words.data() + static_cast<std::size_t>(y) * row.size();
         for (std::size_t x = 0; x < row.size(); ++x) {
             const float word = std::clamp((row[x] - low) * steps, 0.0F, most);
-            to[x] = static_cast<std::uint16_t>(static_cast<int>(word + 0.5F));
+            const float up = word + 0.5F;  // not lround, which is a call
+            to[x] = static_cast<std::uint16_t>(static_cast<int>(up));
         }
     };
     ShrinkValues(image.pixels.data.get(), KindOf(image), image.imageSize, size, put);
@@ -74,7 +75,8 @@ std::vector<unsigned char> CoverageOfMask(const std::vector<unsigned char>& mask
     const auto put = [&](int y, std::span<const float> row) {
         unsigned char* const to = coverage.data() + static_cast<std::size_t>(y) * row.size();
         for (std::size_t x = 0; x < row.size(); ++x) {
-            to[x] = static_cast<unsigned char>(std::clamp(row[x], 0.0F, 255.0F) + 0.5F);
+            const float up = std::clamp(row[x], 0.0F, 255.0F) + 0.5F;
+            to[x] = static_cast<unsigned char>(up);
         }
     };
     ShrinkValues(mask.data(), ValueKind::kUnsignedByte, image, size, put);

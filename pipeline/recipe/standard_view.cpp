@@ -20,7 +20,6 @@ namespace quorvex {
 namespace {
 
 constexpr std::size_t kBytes = 256;
-constexpr int kColourBytes = 3;
 
 /// The part of the placed image that lies in the view, counted from the image's corner; without
 /// extent where none does.

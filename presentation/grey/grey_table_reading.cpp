@@ -67,7 +67,8 @@ std::vector<std::uint16_t> EntriesOf(const std::vector<unsigned char>& bytes,
 
 /// The bits that the descriptor states, or more where the entries have them.
 int BitsOf(const std::vector<std::uint16_t>& entries, int stated) {
-    const int needed = std::bit_width(unsigned{*std::ranges::max_element(entries)});
+    const auto needed =
+        static_cast<int>(std::bit_width(unsigned{*std::ranges::max_element(entries)}));
     return stated >= 1 && stated <= kMostBits ? std::max(stated, needed) : kMostBits;
 }
 

@@ -180,8 +180,11 @@ std::array<char, 15> Manifest::KeyOf(const ConvertRecord& wanted) {
 }
 
 bool Manifest::IsDone(const ConvertRecord& wanted, bool isVerified) const {
-    const auto found = std::ranges::equal_range(done_, KeyOf(wanted), {}, &Done::key);
-    return std::any_of(found.begin(), found.end(), [&](const Done& done) {
+    const auto key = KeyOf(wanted);
+    const auto isAhead = [](const Done& done, const auto& other) { return done.key < other; };
+    const auto found = std::lower_bound(done_.begin(), done_.end(), key, isAhead);
+    const auto end = std::find_if(found, done_.end(), [&](const Done& d) { return d.key != key; });
+    return std::any_of(found, end, [&](const Done& done) {
         return (done.isVerified || !isVerified) && HasSize(wanted.input, done.sourceBytes) &&
                HasSize(wanted.output, done.resultBytes);
     });

@@ -37,7 +37,8 @@ struct Number {
         using Limits = std::numeric_limits<Type>;
         if constexpr (std::is_floating_point_v<Type>) {
             const double value = AsReal();
-            const bool fits = !std::isfinite(value) || std::abs(value) <= double{Limits::max()};
+            const bool fits =
+                !std::isfinite(value) || std::abs(value) <= static_cast<double>(Limits::max());
             return fits ? std::optional(static_cast<Type>(value)) : std::nullopt;
         } else {
             static_assert(sizeof(Type) < sizeof whole || std::is_signed_v<Type>);

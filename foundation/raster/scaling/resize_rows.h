@@ -46,7 +46,7 @@ private:
         int y = -1;
         std::vector<std::uint16_t> samples;
     };
-    void Plan(CSize source, int channels);
+    void Plan(CSize source, int channelCount);
     void CopyRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) const;
     void HalveAll(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) const;
     void Cache(const ResizeTap& tap, const ResizeTap& next, const RowSource& rowAt);

@@ -1,6 +1,7 @@
 #include "foundation/raster/scaling/scale_kernels.h"
 
 #include <algorithm>
+#include <cmath>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "foundation/raster/scaling/scale_kernels.cpp"
@@ -117,7 +118,7 @@ void Round(const float* row, unsigned char* bytes, std::size_t count) {
         hn::StoreU(hn::DemoteTo(octets, hn::ConvertTo(integers, value)), octets, bytes + i);
     }
     for (; i < count; ++i) {
-        bytes[i] = static_cast<unsigned char>(std::clamp(row[i], 0.0F, 255.0F) + 0.5F);
+        bytes[i] = static_cast<unsigned char>(std::lround(std::clamp(row[i], 0.0F, 255.0F)));
     }
 }
 
