@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 
 namespace quorvex::dicom {
 namespace {
@@ -174,6 +175,7 @@ TEST(ObjectWalk, LeavesBigEndianPiecesAsTheyAreOnlyWhereAsked) {
     unsigned char* scratch = nullptr;
     const auto walk = [&](int reserved, auto callback) {
         frames.clear();
+        delete[] std::exchange(scratch, nullptr);
         return object.GetValueEx(&scratch, 4, value, 1, reserved, 2, &frames, callback);
     };
     object.SetTransferSyntax(kExplicitBigEndian);
@@ -185,6 +187,7 @@ TEST(ObjectWalk, LeavesBigEndianPiecesAsTheyAreOnlyWhereAsked) {
     EXPECT_EQ(frames, (Texts{"\2\1", "\4\3", ""}));
     EXPECT_NE(walk(0, RefusePiece), kDcmSuccess);
     EXPECT_NE(walk(0, PixelWalkCallback{}), kDcmSuccess);
+    delete[] std::exchange(scratch, nullptr);
     EXPECT_NE(object.GetValueEx(&scratch, 0, value, 1, 0, 2, &frames, JoinPiece), kDcmSuccess);
     EXPECT_NE(object.GetValueEx(tag::kPixelData, &frames, test::JoinItem), kDcmSuccess);
     unsigned char item[] = {0xFE, 0xFF, 0x00, 0xE0, 0, 0, 0, 0};
