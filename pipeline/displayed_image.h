@@ -38,7 +38,8 @@ struct DisplayedImage {
     unsigned short bitsStored = 0;
     int pixelRepresentation = 0;  ///< 0 unsigned, 1 signed
     ValueRange valueRange;
-    int minValue = 0;  ///< over all frames that this object met; 0 always lies between the two
+    ValueScale valueScale;  ///< of the elements; plain where they are the values
+    int minValue = 0;       ///< over all frames that this object met; 0 always lies between the two
     int maxValue = 0;
 
     // Layers. One of another size than the image is not drawn.

@@ -14,7 +14,6 @@ struct StoredLayout {
     int bitsStored = 0;
     int highBit = 0;
     bool isSigned = false;
-    bool extendsSign = true;  ///< signed values take their sign from their highest stored bit
 
     /// Bytes of one element: 1, 2 or 4; 0 for more than 32 bits, or none.
     [[nodiscard]] constexpr int ElementBytes() const noexcept {

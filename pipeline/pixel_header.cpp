@@ -25,7 +25,7 @@ std::size_t PixelHeader::PixelCount() const noexcept {
 }
 
 StoredLayout PixelHeader::Layout() const noexcept {
-    return {PixelCount(), bitsAllocated, bitsStored, highBit, pixelRepresentation != 0, true};
+    return {PixelCount(), bitsAllocated, bitsStored, highBit, pixelRepresentation != 0};
 }
 
 bool IsUsable(const PixelHeader& pixels) {

@@ -11,6 +11,13 @@ struct ValueSpan {
     std::int64_t high = 0;
 };
 
+/// A value is an element times `step` plus `offset`.
+struct ValueScale {
+    double step = 1.0;
+    double offset = 0.0;
+    [[nodiscard]] bool IsPlain() const noexcept { return step == 1.0 && offset == 0.0; }
+};
+
 /// What the elements of a displayed frame stand for.
 struct ValueRange {
     std::int64_t low = 0;   ///< lowest value of the frame: an element holds a value's low bits

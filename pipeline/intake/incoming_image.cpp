@@ -40,6 +40,13 @@ bool FitsWholeNumbers(const ValueScale& scale) {
 
 }  // namespace
 
+// A record's window counts in values. Where those are no usable whole numbers, it counts in
+// elements, like the pixels.
+void PrepareWindow(CXGSPSInfo& record, int bitsStored, const ValueScale& scale) {
+    if (bitsStored == 1) ShowBitsBlackAndWhite(record);
+    if (!FitsWholeNumbers(scale)) ScaleWindow(record, scale);
+}
+
 void SetDomain(ValueRange& range, std::int64_t low, std::int64_t high) noexcept {
     if (high - low >= kLargestDomain) {
         low = std::min<std::int64_t>(range.low, 0);
@@ -69,9 +76,9 @@ void IncomingImage::TakeGrey(ModalityFrame frame) {
     bytesPerPixel = frame.bytesPerPixel;
     minValue = std::min(minValue, SaturateToInt(frame.values.low));
     maxValue = std::max(maxValue, SaturateToInt(frame.values.high));
-    if (bitsStored == 1) ShowBitsBlackAndWhite(*record);
     SetDomain(frame);
-    TakeScale(frame.scale);
+    scale_ = frame.scale;
+    PrepareWindow(*record, bitsStored, scale_);
     pixels = std::move(frame.pixels);
 }
 
@@ -91,16 +98,6 @@ void IncomingImage::SetDomain(const ModalityFrame& frame) {
     quorvex::SetDomain(range, low, high);
 }
 
-// A record's window counts in values. Where those are no usable whole numbers, it counts in
-// elements, like the pixels.
-void IncomingImage::TakeScale(const ValueScale& frameScale) {
-    if (FitsWholeNumbers(frameScale)) {
-        scale_ = frameScale;
-    } else {
-        ScaleWindow(*record, frameScale);
-    }
-}
-
 void IncomingImage::Replace(DisplayedImage& current) {
     Prepare(*current.windowing);
     Commit(current);
@@ -109,7 +106,8 @@ void IncomingImage::Replace(DisplayedImage& current) {
 // Tables are prepared on a copy: those of the image on show stay until all is done.
 void IncomingImage::Prepare(const CXWindowing& current) {
     windowing_ = std::make_unique<CXWindowing>(current);
-    windowing_->SetRescale(scale_.step, scale_.offset);
+    const ValueScale scale = FitsWholeNumbers(scale_) ? scale_ : ValueScale{};
+    windowing_->SetRescale(scale.step, scale.offset);
     windowing_->PrepareGSPSProcessing2(record.get(), range.domainLow, range.domainHigh);
 }
 
@@ -125,6 +123,7 @@ void IncomingImage::Commit(DisplayedImage& current) noexcept {
     current.headerOverlays = std::move(headerOverlays);
     current.windowing = std::move(windowing_);
     current.valueRange = range;
+    current.valueScale = scale_;
     current.rotation = record->imageRotation;
     current.horizontalFlip = record->imageHorizontalFlip;
     current.presentation = std::move(record);

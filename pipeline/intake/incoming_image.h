@@ -44,13 +44,15 @@ struct IncomingImage {
 
 private:
     void SetDomain(const ModalityFrame& frame);
-    void TakeScale(const ValueScale& frameScale);
     void Prepare(const CXWindowing& current);
     void Commit(DisplayedImage& current) noexcept;
 
     ValueScale scale_;
     std::unique_ptr<CXWindowing> windowing_;
 };
+
+/// Makes the window of a record one for elements of that scale; single bits show black and white.
+void PrepareWindow(CXGSPSInfo& record, int bitsStored, const ValueScale& scale);
 
 /// Domain over `low` to `high`, unless that is more than windowing should get a table for: then it
 /// covers the frame's own values and 0.

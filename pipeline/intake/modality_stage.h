@@ -10,13 +10,6 @@
 
 namespace quorvex {
 
-/// A value is an element times `step` plus `offset`.
-struct ValueScale {
-    double step = 1.0;
-    double offset = 0.0;
-    [[nodiscard]] bool IsPlain() const noexcept { return step == 1.0 && offset == 0.0; }
-};
-
 /// A grey frame after the modality stage.
 ///
 /// Elements hold the low bits of their values, two's complement, when the values of the frame

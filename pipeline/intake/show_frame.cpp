@@ -20,9 +20,7 @@ constexpr int kColourBytes = 3;
 
 void TakeFrame(IncomingImage& incoming, PixelBlock frame, const PixelHeader& header) {
     if (!header.IsGrey()) return incoming.TakeColour(std::move(frame), header);
-    StoredLayout layout = header.Layout();
-    layout.extendsSign = incoming.record->modalityLUTData == nullptr;
-    incoming.TakeGrey(ApplyModalityStage(std::move(frame), layout,
+    incoming.TakeGrey(ApplyModalityStage(std::move(frame), header.Layout(),
                                          ModalityTransform(*incoming.record),
                                          {incoming.minValue, incoming.maxValue}));
 }

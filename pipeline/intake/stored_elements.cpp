@@ -93,7 +93,6 @@ PixelBlock WholeElements(PixelBlock frame, const StoredLayout& layout, std::size
 
 // Most frames have nothing in their unused bits, which their span shows without another pass.
 bool HasOtherBits(const StoredLayout& layout, BitPlace place, ValueSpan span) {
-    if (layout.isSigned && !layout.extendsSign) return false;
     if (place.below > 0) return true;
     const int stored = layout.ElementBytes() * 8 - place.above;
     const std::int64_t limit = std::int64_t{1} << (layout.isSigned ? stored - 1 : stored);

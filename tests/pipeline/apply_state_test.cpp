@@ -125,5 +125,28 @@ TEST_F(ApplyState, ColourTurnsAndKeepsItsWindow) {
     EXPECT_EQ(DarkCorner(), 2);
 }
 
+// Bits and values that are scaled stay so under a state: black and white, and its window in values.
+TEST_F(ApplyState, KeepsTheScaleOfTheImage) {
+    CDcmApp app;
+    CDcmObject turn = test::With("ImageRotation=0; ImageHorizontalFlip=N");
+    const ImageShape bits{.size = {4, 1}, .bitsAllocated = 1, .bitsStored = 1};
+    CDcmObject bitImage = ImageOf(bits, Bytes{0b0101});
+    CXDIPP dipp;
+    ShowObject(dipp, bitImage, {4, 1});
+    dipp.ApllyGSPSObject(&app, &turn);
+    EXPECT_EQ(Shown(dipp), (Values{255, 0, 255, 0}));
+
+    CDcmObject fine = ImageOf({}, Words{0, 10000, 20000, 30000},
+                              "BitsStored=16; RescaleSlope=0.0001; RescaleIntercept=0");
+    ShowObject(dipp, fine, {4, 1});
+    CDcmItem window = test::With<CDcmItem>("WindowCenter=1; WindowWidth=3");
+    CDcmObject state;
+    state.SetValue(tag::kSoftcopyVOILUTSequence, &window);
+    dipp.ApllyGSPSObject(&app, &state);
+    const Values shown = Shown(dipp);
+    EXPECT_LT(shown[0], shown[1]);
+    EXPECT_LT(shown[1], shown[2]);
+}
+
 }  // namespace
 }  // namespace quorvex::pipeline_test

@@ -46,7 +46,7 @@ ModalityFrame Staged(PixelBlock frame, const StoredLayout& layout, Rescale resca
 
 /// A layout of whole words that are all used.
 StoredLayout Layout(std::size_t pixels, int bits, bool isSigned = false) {
-    return {pixels, bits, bits, bits - 1, isSigned, true};
+    return {pixels, bits, bits, bits - 1, isSigned};
 }
 
 struct WordCase {
@@ -80,7 +80,7 @@ const WordCase kWordCases[] = {
 TEST(ModalityStage, MapsWords) {
     for (const auto& c : kWordCases) {
         SCOPED_TRACE(c.what);
-        const StoredLayout layout{c.stored.size(), 16, c.bitsStored, c.highBit, c.isSigned, true};
+        const StoredLayout layout{c.stored.size(), 16, c.bitsStored, c.highBit, c.isSigned};
         const auto frame = Staged(FrameOf(c.stored), layout, c.rescale);
         EXPECT_EQ(frame.bytesPerPixel, 2);
         EXPECT_EQ(ElementsOf<std::int16_t>(frame), c.signedWords);
@@ -164,7 +164,7 @@ TEST(ModalityStage, EndsShortFramesInZerosForEveryShapeOfHeader) {
     for (int allocated = 1; allocated <= 32; ++allocated) {
         for (const int stored : {0, 1, 8, 12, 32, 65535}) {
             for (const int highBit : {0, 7, 15, 31, 65535}) {
-                const StoredLayout layout{9, allocated, stored, highBit, stored % 2 == 0, true};
+                const StoredLayout layout{9, allocated, stored, highBit, stored % 2 == 0};
                 const auto frame = Staged(FrameOf(Bytes(1)), layout, {3e9, -7});
                 EXPECT_EQ(frame.pixels.size, 9U * static_cast<unsigned>(frame.bytesPerPixel));
                 EXPECT_EQ(frame.values.low, -7);
