@@ -1,4 +1,5 @@
 #include "foundation/dicom/model/attributes.h"
+#include "presentation/graphic_layers.h"
 #include "presentation/presentation_reader.h"
 #include "presentation/reference_matching.h"
 #include "presentation/words.h"
@@ -56,27 +57,30 @@ void AddOwned(CPtrArray& elements, std::unique_ptr<Element> element) {
 }  // namespace
 
 void PresentationReader::GetAnnotation() {
+    info_.graphicLayers = ReadGraphicLayers(object_);
     ForEachItem(object_, tag::kGraphicAnnotationSequence, [&](const CDcmItem& item) {
         if (AppliesTo(item, imageUID_, frameNumber_)) ProcessAnnotationSequence(item);
     });
 }
 
 void PresentationReader::ProcessAnnotationSequence(const CDcmItem& item) {
+    const CString layer = Read<CString>(item, tag::kGraphicLayer).value_or(CString());
     ForEachItem(item, tag::kTextObjectSequence,
-                [&](const CDcmItem& text) { ProcessAnnotationText(text); });
+                [&](const CDcmItem& text) { ProcessAnnotationText(text, layer); });
     ForEachItem(item, tag::kGraphicObjectSequence,
-                [&](const CDcmItem& graphic) { ProcessAnnotationGraphic(graphic); });
+                [&](const CDcmItem& graphic) { ProcessAnnotationGraphic(graphic, layer); });
 }
 
-void PresentationReader::ProcessAnnotationText(const CDcmItem& item) {
+void PresentationReader::ProcessAnnotationText(const CDcmItem& item, const CString& layer) {
     auto text = std::make_unique<GSPSTextObject>();
     text->textValue = Read<CString>(item, tag::kUnformattedTextValue).value_or(CString());
     ReadBoundingBox(item, *text);
     ReadAnchor(item, *text);
+    text->graphicLayer = layer;
     AddOwned(info_.textObjects, std::move(text));
 }
 
-void PresentationReader::ProcessAnnotationGraphic(const CDcmItem& item) {
+void PresentationReader::ProcessAnnotationGraphic(const CDcmItem& item, const CString& layer) {
     auto graphic = std::make_unique<GSPSGraphicObject>();
     graphic->annotationUnits =
         ReadPlace(item, tag::kGraphicAnnotationUnits, kUnitWords).value_or(0);
@@ -87,6 +91,7 @@ void PresentationReader::ProcessAnnotationGraphic(const CDcmItem& item) {
         const GSPSPoint point{static_cast<double>(pair.first), static_cast<double>(pair.second)};
         AddOwned(graphic->points, std::make_unique<GSPSPoint>(point));
     });
+    graphic->graphicLayer = layer;
     AddOwned(info_.graphicObjects, std::move(graphic));
 }
 

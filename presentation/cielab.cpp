@@ -1,5 +1,7 @@
 #include "presentation/cielab.h"
 
+#include "foundation/dicom/model/attributes.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -43,6 +45,23 @@ std::array<std::uint8_t, 3> RgbOfCieLab(const std::array<std::uint16_t, 3>& enco
         rgb[i] = GammaByte(row[0] * xyz[0] + row[1] * xyz[1] + row[2] * xyz[2]);
     }
     return rgb;
+}
+
+std::array<std::uint8_t, 3> GreyOfPresentationValue(std::uint16_t value) noexcept {
+    const auto grey = static_cast<std::uint8_t>((value * 255 + 32767) / 65535);
+    return {grey, grey, grey};
+}
+
+std::optional<std::array<std::uint16_t, 3>> ReadCieLab(const CDcmObjectCommon& object,
+                                                       std::uint32_t tag) {
+    std::array<std::uint16_t, 3> lab{};
+    std::size_t count = 0;
+    ForEachValue<unsigned short>(object, tag, [&](unsigned short value) {
+        if (count < lab.size()) lab[count] = value;
+        ++count;
+    });
+    if (count != lab.size()) return std::nullopt;
+    return lab;
 }
 
 }  // namespace quorvex

@@ -149,26 +149,19 @@ bool HideByPolygon(const CDcmObject& object, Mask& mask) {
 
 bool HideByBitmap(const CDcmObject& object, Mask& mask) {
     const std::uint32_t group = Read<unsigned short>(object, tag::kShutterOverlayGroup).value_or(0);
-    if (group < 0x6000 || group > 0x601E) return false;
+    if (group < tag::kFirstOverlayGroup || group > tag::kLastOverlayGroup) return false;
     const auto at = [&](std::uint32_t tag) { return tag::InGroup(group, tag); };
     const auto rows = Read<unsigned short>(object, at(tag::kOverlayRows)).value_or(0);
     const auto columns = Read<unsigned short>(object, at(tag::kOverlayColumns)).value_or(0);
     const auto origin = ReadPair<int>(object, at(tag::kOverlayOrigin));
-    std::vector<unsigned char> bits;
-    const ValueReadCallback collect = [](int, std::uint32_t, void* user, int length, void* data,
-                                         int, int) -> MC_STATUS {
-        const auto* const piece = static_cast<const unsigned char*>(data);
-        static_cast<std::vector<unsigned char>*>(user)->insert(
-            static_cast<std::vector<unsigned char>*>(user)->end(), piece, piece + length);
-        return kMcContinue;
-    };
-    if (object.GetValue(at(tag::kOverlayData), &bits, collect) != kDcmSuccess) return false;
+    const auto bits = ReadBytes(object, at(tag::kOverlayData));
+    if (!bits) return false;
     const std::int64_t left = origin ? std::int64_t{origin->second} - 1 : 0;
     const std::int64_t top = origin ? std::int64_t{origin->first} - 1 : 0;
     for (std::int64_t row = 0; row < rows; ++row) {
         const std::int64_t y = top + row;
         if (y < 0 || y >= mask.Size().cy) continue;
-        ForEachSetBit(bits, static_cast<std::size_t>(row * columns), columns, [&](std::size_t i) {
+        ForEachSetBit(*bits, static_cast<std::size_t>(row * columns), columns, [&](std::size_t i) {
             const std::int64_t x = left + static_cast<std::int64_t>(i);
             if (x >= 0 && x < mask.Size().cx) {
                 mask.Hide(static_cast<std::size_t>(y * mask.Size().cx + x));
@@ -179,17 +172,10 @@ bool HideByBitmap(const CDcmObject& object, Mask& mask) {
 }
 
 std::array<std::uint8_t, 3> ReadColour(const CDcmObject& object) {
-    std::array<std::uint16_t, 3> lab{};
-    std::size_t count = 0;
-    ForEachValue<unsigned short>(object, tag::kShutterPresentationColorCIELabValue,
-                                 [&](unsigned short value) {
-                                     if (count < lab.size()) lab[count] = value;
-                                     ++count;
-                                 });
-    if (count == lab.size()) return RgbOfCieLab(lab);
-    const int value = Read<unsigned short>(object, tag::kShutterPresentationValue).value_or(0);
-    const auto grey = static_cast<std::uint8_t>((value * 255 + 32767) / 65535);
-    return {grey, grey, grey};
+    const auto lab = ReadCieLab(object, tag::kShutterPresentationColorCIELabValue);
+    if (lab) return RgbOfCieLab(*lab);
+    return GreyOfPresentationValue(
+        Read<unsigned short>(object, tag::kShutterPresentationValue).value_or(0));
 }
 
 struct Shape {

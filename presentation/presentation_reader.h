@@ -61,8 +61,8 @@ private:
     void ProcessDisplaySequence(const CDcmItem& item);
 
     void ProcessAnnotationSequence(const CDcmItem& item);
-    void ProcessAnnotationText(const CDcmItem& item);
-    void ProcessAnnotationGraphic(const CDcmItem& item);
+    void ProcessAnnotationText(const CDcmItem& item, const CString& layer);
+    void ProcessAnnotationGraphic(const CDcmItem& item, const CString& layer);
 
     [[nodiscard]] bool IsForImage() const noexcept { return imageUID_.IsEmpty(); }
 

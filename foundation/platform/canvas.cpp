@@ -67,29 +67,12 @@ void Trace(cairo_t* context, std::span<const CanvasPoint> points) {
     }
 }
 
-void UseRim(cairo_t* context) {
-    cairo_set_source_rgba(context, 0.0, 0.0, 0.0, kRimOpacity);
-    cairo_set_line_width(context, kRimWidth);
-}
-
-void UseWhite(cairo_t* context) {
-    cairo_set_source_rgb(context, 1.0, 1.0, 1.0);
-    cairo_set_line_width(context, kLineWidth);
-}
-
 // A long line goes in pieces: the work grows faster than the number of points that are on a row.
 void StrokePieces(cairo_t* context, std::span<const CanvasPoint> points) {
     for (; points.size() > 1; points = points.subspan(std::min(kPiece, points.size() - 1))) {
         Trace(context, points.first(std::min(kPiece + 1, points.size())));
         cairo_stroke(context);
     }
-}
-
-void FillPath(cairo_t* context) {
-    UseRim(context);
-    cairo_stroke_preserve(context);
-    UseWhite(context);
-    cairo_fill(context);
 }
 
 bool IsUsable(const DrawingSurface& surface) {
@@ -122,6 +105,31 @@ struct Canvas::Sheet {
 
     CSize extent;
     double budget = kMostDrawnPixels;
+    double red = 1.0;
+    double green = 1.0;
+    double blue = 1.0;
+
+    void TakeInk(const std::array<std::uint8_t, 3>& ink) noexcept {
+        red = ink[0] / 255.0;
+        green = ink[1] / 255.0;
+        blue = ink[2] / 255.0;
+    }
+    /// Black around what is lighter than mid-grey, else white.
+    void UseRim() const {
+        const double rim = 0.299 * red + 0.587 * green + 0.114 * blue < 0.5 ? 1.0 : 0.0;
+        cairo_set_source_rgba(context.get(), rim, rim, rim, kRimOpacity);
+        cairo_set_line_width(context.get(), kRimWidth);
+    }
+    void UseInk(double opacity = 1.0) const {
+        cairo_set_source_rgba(context.get(), red, green, blue, opacity);
+        cairo_set_line_width(context.get(), kLineWidth);
+    }
+    void FillPath() const {
+        UseRim();
+        cairo_stroke_preserve(context.get());
+        UseInk();
+        cairo_fill(context.get());
+    }
 
     [[nodiscard]] bool Spend(double cost) {
         if (cost > budget) return false;
@@ -164,12 +172,16 @@ Canvas::Canvas(CSize size) {
 
 Canvas::~Canvas() = default;
 
+void Canvas::SetInk(const std::array<std::uint8_t, 3>& ink) noexcept {
+    if (sheet_) sheet_->TakeInk(ink);
+}
+
 void Canvas::Line(std::span<const CanvasPoint> points) {
     if (!sheet_) return;
     const auto line = sheet_->Affordable(points);
-    UseRim(sheet_->context.get());
+    sheet_->UseRim();
     StrokePieces(sheet_->context.get(), line);
-    UseWhite(sheet_->context.get());
+    sheet_->UseInk();
     StrokePieces(sheet_->context.get(), line);
 }
 
@@ -179,7 +191,7 @@ void Canvas::Area(std::span<const CanvasPoint> points) {
     cairo_t* const context = sheet_->context.get();
     Trace(context, points);
     cairo_set_fill_rule(context, CAIRO_FILL_RULE_EVEN_ODD);
-    cairo_set_source_rgba(context, 1.0, 1.0, 1.0, kTint);
+    sheet_->UseInk(kTint);
     cairo_fill(context);
 }
 
@@ -188,7 +200,7 @@ void Canvas::Dot(CanvasPoint place) {
     const auto [x, y] = Clamped(place);
     cairo_new_path(sheet_->context.get());
     cairo_arc(sheet_->context.get(), x, y, kDotRadius, 0.0, 2 * std::numbers::pi);
-    FillPath(sheet_->context.get());
+    sheet_->FillPath();
 }
 
 void Canvas::Text(const std::string& utf8, CanvasPoint baseline, double size) {
@@ -200,7 +212,7 @@ void Canvas::Text(const std::string& utf8, CanvasPoint baseline, double size) {
     cairo_move_to(context, x, y);
     cairo_text_path(context, utf8.c_str());
     cairo_set_fill_rule(context, CAIRO_FILL_RULE_WINDING);
-    FillPath(context);
+    sheet_->FillPath();
 }
 
 double Canvas::TextWidth(const std::string& utf8, double size) {

@@ -3,6 +3,8 @@
 
 #include "quorvex/Types.h"
 
+#include <array>
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
@@ -15,8 +17,8 @@ struct CanvasPoint {
     double y = 0.0;
 };
 
-/// Collects what is drawn and puts it onto a surface in one go: white with a dark rim, so that it
-/// can be read on any ground.
+/// Collects what is drawn and puts it onto a surface in one go: with a rim, dark or light, so
+/// that it can be read on any ground.
 ///
 /// Coordinates may lie anywhere: NaN is skipped, and what lies beyond a million pixels counts as
 /// a million. Once a million pixels of line have been drawn, the rest is left out, so
@@ -35,6 +37,8 @@ public:
     Canvas(const Canvas&) = delete;
     Canvas& operator=(const Canvas&) = delete;
 
+    /// Red, green, blue of what is drawn from now on; white at first.
+    void SetInk(const std::array<std::uint8_t, 3>& ink) noexcept;
     /// A line through the points.
     void Line(std::span<const CanvasPoint> points);
     /// A tint over what the points enclose; none for more than 4,096 points.

@@ -12,6 +12,7 @@ bool Canvas::IsAvailable() noexcept {
 Canvas::Canvas(CSize) {}
 Canvas::~Canvas() = default;
 
+void Canvas::SetInk(const std::array<std::uint8_t, 3>&) noexcept {}
 void Canvas::Line(std::span<const CanvasPoint>) {}
 void Canvas::Area(std::span<const CanvasPoint>) {}
 void Canvas::Dot(CanvasPoint) {}

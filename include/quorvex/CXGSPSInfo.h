@@ -16,6 +16,16 @@ struct GSPSPoint {
     double y = 0.0;
 };
 
+/// A layer of annotations and overlays: how it is to be drawn.
+struct GSPSGraphicLayer {
+    CString name;
+    std::int32_t order = 0;           ///< the lowest one is drawn first
+    std::uint16_t greyValue = 65535;  ///< 0 black to 65535 white
+    std::int32_t hasColour = 0;
+    std::uint16_t cieLab[3] = {};  ///< with `hasColour`: L*, a*, b* as DICOM encodes them
+    CString description;
+};
+
 /// One annotation text. It owns its coordinate pairs (column, row), which come from new double[2].
 struct QUORVEX_API GSPSTextObject {
     GSPSTextObject() = default;
@@ -33,6 +43,7 @@ struct QUORVEX_API GSPSTextObject {
     std::int32_t horizontalJustification = 0;  ///< 0 "LEFT", 1 "RIGHT", 2 "CENTER"
     double* anchorPoint = nullptr;             ///< null without an anchor
     std::int32_t anchorVisible = 0;
+    CString graphicLayer;  ///< name of the layer that it lies in, as read; empty without one
 };
 
 /// One annotation shape. It owns its points.
@@ -48,6 +59,7 @@ struct QUORVEX_API GSPSGraphicObject {
     /// 1 "POINT", 2 "POLYLINE", 3 "INTERPOLATED", 4 "CIRCLE", 5 "ELLIPSE"
     std::int32_t graphicType = 0;
     std::int32_t filled = 0;
+    CString graphicLayer;  ///< name of the layer that it lies in, as read; empty without one
 };
 
 /// First and last frame, counted from 1, that a mask applies to.
@@ -173,6 +185,8 @@ public:
     double presentationMagnification = 0.0;
     CPtrArray textObjects;     ///< of GSPSTextObject
     CPtrArray graphicObjects;  ///< of GSPSGraphicObject
+    /// As read with the annotations of a state, in the order in which they are drawn.
+    std::vector<GSPSGraphicLayer> graphicLayers;
 };
 
 }  // namespace quorvex

@@ -194,6 +194,7 @@ inline constexpr std::uint32_t kDisplayedAreaSelectionSequence = 0x0070005A;
 inline constexpr std::uint32_t kGraphicLayerSequence = 0x00700060;
 inline constexpr std::uint32_t kGraphicLayerOrder = 0x00700062;
 inline constexpr std::uint32_t kGraphicLayerRecommendedDisplayGrayscaleValue = 0x00700066;
+inline constexpr std::uint32_t kGraphicLayerDescription = 0x00700068;
 inline constexpr std::uint32_t kContentLabel = 0x00700080;
 inline constexpr std::uint32_t kContentDescription = 0x00700081;
 inline constexpr std::uint32_t kPresentationCreationDate = 0x00700082;
@@ -243,6 +244,10 @@ inline constexpr std::uint32_t kDataSetTrailingPadding = 0xFFFCFFFC;
 inline constexpr std::uint32_t kItem = 0xFFFEE000;
 inline constexpr std::uint32_t kItemDelimitationItem = 0xFFFEE00D;
 inline constexpr std::uint32_t kSequenceDelimitationItem = 0xFFFEE0DD;
+
+/// Groups of overlay planes: the even ones from the first to the last.
+inline constexpr std::uint32_t kFirstOverlayGroup = 0x6000;
+inline constexpr std::uint32_t kLastOverlayGroup = 0x601E;
 
 /// The attribute of the same element number in another group, as overlay groups repeat theirs:
 /// `InGroup(0x6002, kOverlayRows)` is (6002,0010).

@@ -1,4 +1,5 @@
 // EstablishedRules: a frame of a file or data set comes in.
+#include "pipeline/intake/fetched_frame.h"
 #include "pipeline/intake/functional_groups.h"
 #include "pipeline/intake/incoming_image.h"
 #include "pipeline/intake/modality_stage.h"
@@ -15,7 +16,6 @@ namespace quorvex {
 
 namespace {
 
-constexpr auto kNoPixels = QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
 constexpr int kColourBytes = 3;
 
 void TakeFrame(IncomingImage& incoming, PixelBlock frame, const PixelHeader& header) {
@@ -29,24 +29,21 @@ void TakeFrame(IncomingImage& incoming, PixelBlock frame, const PixelHeader& hea
 
 QUORVEX_MESSAGE EstablishedRules::ShowFrame(DisplayedImage& image, CxDcmParser& source,
                                             CSize viewSize, int frameIndex) const {
-    unsigned char* data = nullptr;
-    unsigned long size = 0;
-    const auto result = source.GetAFrame(frameIndex, data, size, 0);
+    FetchedFrame fetched;
+    const auto result = FetchFrame(source, frameIndex, fetched);
     if (result != QVM_SUCCESS) return result;
-    PixelBlock frame{std::unique_ptr<unsigned char[]>(data), size};
+    auto& [frame, header] = fetched;
     CDcmObject& object = *source.GetHeader();
-    const auto header = ReadPixelHeader(object);
-    if (!header || !frame.data) return kNoPixels;
 
     IncomingImage incoming;
     incoming.viewSize = viewSize;
     incoming.minValue = image.minValue;
     incoming.maxValue = image.maxValue;
     auto ofFrame = HeaderOfFrame(object, frameIndex);
-    incoming.TakeHeader(*header, ofFrame ? *ofFrame : object);
+    incoming.TakeHeader(header, ofFrame ? *ofFrame : object);
     incoming.headerOverlays =
-        HeaderOverlays(object, frame.Bytes(), header->size, header->IsGrey() ? 1 : kColourBytes);
-    TakeFrame(incoming, std::move(frame), *header);
+        HeaderOverlays(object, frame.Bytes(), header.size, header.IsGrey() ? 1 : kColourBytes);
+    TakeFrame(incoming, std::move(frame), header);
     incoming.Replace(image);
     image.minValue = incoming.minValue;
     image.maxValue = incoming.maxValue;

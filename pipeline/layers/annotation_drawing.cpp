@@ -3,10 +3,14 @@
 #include "foundation/platform/canvas.h"
 #include "foundation/platform/surface.h"
 #include "pipeline/layers/annotation_text.h"
+#include "presentation/graphic_layers.h"
 #include "quorvex/CXGSPSInfo.h"
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <utility>
+#include <vector>
 
 namespace quorvex {
 
@@ -57,6 +61,48 @@ bool HasAnnotations(const CXGSPSInfo& record) {
     return record.textObjects.GetSize() != 0 || record.graphicObjects.GetSize() != 0;
 }
 
+/// Where a layer lies among a record's layers; behind them all for one that is not there.
+class LayerRanks {
+public:
+    explicit LayerRanks(const CXGSPSInfo& record) : count_(record.graphicLayers.size()) {
+        for (std::size_t i = 0; i < count_; ++i) {
+            ranks_.try_emplace(record.graphicLayers[i].name, i);
+        }
+    }
+    [[nodiscard]] std::size_t Of(const CString& name) const {
+        const auto found = ranks_.find(name);
+        return found != ranks_.end() ? found->second : count_;
+    }
+
+private:
+    std::size_t count_;
+    std::map<CString, std::size_t> ranks_;
+};
+
+/// The elements of one of a record's arrays, layer by layer.
+template <class Element>
+class ByLayer {
+public:
+    ByLayer(const CPtrArray& elements, const LayerRanks& ranks) {
+        ForEach<Element>(elements, [&](const Element& element) {
+            elements_.emplace_back(ranks.Of(element.graphicLayer), &element);
+        });
+        std::ranges::stable_sort(elements_, {}, &Ranked::first);
+    }
+    /// Hands over, once for each layer and in rising order, those that lie in layer `rank`.
+    template <class Draw>
+    void Take(std::size_t rank, Draw&& draw) {
+        for (; next_ < elements_.size() && elements_[next_].first == rank; ++next_) {
+            draw(*elements_[next_].second);
+        }
+    }
+
+private:
+    using Ranked = std::pair<std::size_t, const Element*>;
+    std::vector<Ranked> elements_;
+    std::size_t next_ = 0;
+};
+
 }  // namespace
 
 void DrawAnnotations(const CXGSPSInfo& record, const AnnotationPlace& place,
@@ -67,6 +113,22 @@ void DrawAnnotations(const CXGSPSInfo& record, const AnnotationPlace& place,
                                [&](const auto& graphic) { DrawGraphic(canvas, graphic, place); });
     ForEach<GSPSTextObject>(record.textObjects,
                             [&](const auto& text) { DrawText(canvas, text, place); });
+    canvas.PutOnto(surface);
+}
+
+void DrawAnnotationLayers(const CXGSPSInfo& record, const AnnotationPlace& place,
+                          const DrawingSurface& surface) {
+    if (!HasAnnotations(record)) return;
+    const LayerRanks ranks(record);
+    ByLayer<GSPSGraphicObject> graphics(record.graphicObjects, ranks);
+    ByLayer<GSPSTextObject> texts(record.textObjects, ranks);
+    Canvas canvas({surface.width, surface.height});
+    for (std::size_t rank = 0; rank <= record.graphicLayers.size(); ++rank) {
+        const bool isLayer = rank < record.graphicLayers.size();
+        canvas.SetInk(ColourOf(isLayer ? record.graphicLayers[rank] : GSPSGraphicLayer()));
+        graphics.Take(rank, [&](const auto& graphic) { DrawGraphic(canvas, graphic, place); });
+        texts.Take(rank, [&](const auto& text) { DrawText(canvas, text, place); });
+    }
     canvas.PutOnto(surface);
 }
 

@@ -1,5 +1,6 @@
 #include "pipeline/layers/embedded_overlay.h"
 
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "pipeline/layers/overlay_planes.h"
@@ -26,7 +27,7 @@ std::uint32_t ImageBits(const PixelHeader& header) {
 /// Bits of a pixel that overlays take up.
 std::uint32_t OverlayBits(const CDcmObject& object, const PixelHeader& header) {
     std::uint32_t bits = 0;
-    for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
+    for (auto group = tag::kFirstOverlayGroup; group <= tag::kLastOverlayGroup; group += 2) {
         const auto plane = ReadOverlayPlane(object, group, /*needsBitPosition=*/true);
         if (!plane || plane->HasOwnData() || plane->bitPosition >= header.bitsAllocated) continue;
         const bool hasSizeOfImage =

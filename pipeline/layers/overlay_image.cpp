@@ -87,7 +87,7 @@ OverlayPicture PictureOf(const CDcmObject& object) {
 
 void BurnFirstOverlay(const CDcmObject& object, const OverlayPicture& picture,
                       std::span<unsigned char> image) {
-    for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
+    for (auto group = tag::kFirstOverlayGroup; group <= tag::kLastOverlayGroup; group += 2) {
         const auto plane = ReadOverlayPlane(object, group, /*needsBitPosition=*/false);
         if (!plane || plane->bitsAllocated != 1) continue;
         const auto bits = ReadOverlayData(object, *plane);
@@ -99,7 +99,7 @@ void BurnFirstOverlay(const CDcmObject& object, const OverlayPicture& picture,
 void BurnOverlays(const CDcmObject& object, Bits embedded, const OverlayPicture& picture,
                   std::span<unsigned char> image) {
     OverlayBurner burner(picture, image);
-    for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
+    for (auto group = tag::kFirstOverlayGroup; group <= tag::kLastOverlayGroup; group += 2) {
         const auto plane = ReadOverlayPlane(object, group, /*needsBitPosition=*/true);
         if (!plane) continue;
         if (!plane->HasOwnData()) {

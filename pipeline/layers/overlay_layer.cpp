@@ -1,5 +1,6 @@
 #include "pipeline/layers/overlay_layer.h"
 
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/block.h"
 #include "foundation/types/checked_size.h"
 #include "pipeline/layers/embedded_overlay.h"
@@ -56,7 +57,8 @@ PixelBlock OverlayLayer(const CDcmObject* object, std::span<const unsigned char>
 PixelBlock HeaderOverlays(const CDcmObject& object, std::span<const unsigned char> frame,
                           CSize imageSize, int imageBytesPerPixel) {
     bool hasPlanes = false;
-    for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup && !hasPlanes; group += 2) {
+    for (auto group = tag::kFirstOverlayGroup; group <= tag::kLastOverlayGroup && !hasPlanes;
+         group += 2) {
         hasPlanes = ReadOverlayPlane(object, group, /*needsBitPosition=*/true).has_value();
     }
     if (!hasPlanes) return {};

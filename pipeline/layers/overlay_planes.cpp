@@ -25,22 +25,6 @@ struct GroupReader {
     }
 };
 
-/// As much of a value as is wanted.
-struct LimitedBytes {
-    std::vector<unsigned char> bytes;
-    std::size_t limit = 0;
-
-    static MC_STATUS Take(int, std::uint32_t, void* user, int length, void* data, int, int) {
-        auto& value = *static_cast<LimitedBytes*>(user);
-        if (length <= 0) return kMcContinue;
-        const std::size_t room = value.limit - value.bytes.size();
-        const auto* piece = static_cast<const unsigned char*>(data);
-        const std::size_t taken = std::min(room, static_cast<std::size_t>(length));
-        value.bytes.insert(value.bytes.end(), piece, piece + taken);
-        return kMcContinue;
-    }
-};
-
 }  // namespace
 
 std::optional<OverlayPlane> ReadOverlayPlane(const CDcmObject& object, std::uint32_t group,
@@ -62,13 +46,7 @@ std::optional<OverlayPlane> ReadOverlayPlane(const CDcmObject& object, std::uint
 
 std::optional<std::vector<unsigned char>> ReadOverlayData(const CDcmObject& object,
                                                           const OverlayPlane& plane) {
-    LimitedBytes value;
-    value.limit = plane.size.ByteCount();
-    if (object.GetValue(tag::InGroup(plane.group, tag::kOverlayData), &value, LimitedBytes::Take) !=
-        kDcmSuccess) {
-        return std::nullopt;
-    }
-    return std::move(value.bytes);
+    return ReadBytes(object, tag::InGroup(plane.group, tag::kOverlayData), plane.size.ByteCount());
 }
 
 OverlayColour ReadOverlayColour(const CDcmObject& object, std::uint32_t group) {

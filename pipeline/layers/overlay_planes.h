@@ -12,9 +12,6 @@ namespace quorvex {
 
 class CDcmObject;
 
-inline constexpr std::uint32_t kFirstOverlayGroup = 0x6000;
-inline constexpr std::uint32_t kLastOverlayGroup = 0x601E;
-
 /// What the header says about one plane.
 struct OverlayPlane {
     std::uint32_t group = 0;

@@ -18,7 +18,7 @@ void ForEachElement(const DisplayedImage& image, Take take) {
     const std::size_t count = image.pixels.size / sizeof(Element);
     for (std::size_t i = 0; i < count; ++i) {
         const auto element = ElementAt<Element>(image.pixels.data.get(), i);
-        const auto value = static_cast<std::int64_t>(element);
+        const std::int64_t value = +element;
         if (!padding || !padding->Holds(value)) take(value);
     }
 }

@@ -50,8 +50,6 @@ struct StandardImage {
     std::optional<PaddingRange> padding;
     std::optional<ValueSpan> statedRange;  ///< modality values, as a host states them
     double aspect = 1.0;
-    double columnSpacing = 0.0;
-    double rowSpacing = 0.0;
     int bitsAllocated = 8;
     CString uid;
     int frameNumber = 1;  ///< counted from 1

@@ -1,5 +1,6 @@
 // StandardRules: frames and presentation states come in.
 #include "foundation/dicom/model/attributes.h"
+#include "pipeline/intake/fetched_frame.h"
 #include "pipeline/intake/functional_groups.h"
 #include "pipeline/intake/presentation_record.h"
 #include "pipeline/pixel_header.h"
@@ -17,7 +18,6 @@ namespace quorvex {
 
 namespace {
 
-constexpr auto kNoPixels = QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
 constexpr int kQuarter = 90;
 
 std::optional<OwnedShutter> ShutterOf(const CDcmObject& object, CSize size) {
@@ -87,30 +87,27 @@ std::optional<AppliedState> StateFor(const CDcmObject& state, const StandardImag
 
 QUORVEX_MESSAGE StandardRules::ShowFrame(DisplayedImage& image, CxDcmParser& source, CSize viewSize,
                                          int frameIndex) const {
-    unsigned char* data = nullptr;
-    unsigned long size = 0;
-    const auto result = source.GetAFrame(frameIndex, data, size, 0);
+    FetchedFrame fetched;
+    const auto result = FetchFrame(source, frameIndex, fetched);
     if (result != QVM_SUCCESS) return result;
-    PixelBlock frame{std::unique_ptr<unsigned char[]>(data), size};
+    auto& [frame, header] = fetched;
     CDcmObject& object = *source.GetHeader();
-    const auto header = ReadPixelHeader(object);
-    if (!header || !frame.data) return kNoPixels;
 
     auto ofFrame = HeaderOfFrame(object, frameIndex);
     CDcmObject& described = ofFrame ? *ofFrame : object;
     StandardIncoming incoming;
-    Describe(incoming, described, *header, frameIndex);
+    Describe(incoming, described, header, frameIndex);
     incoming.image.overlays =
-        ImageOverlays(object, frame.Bytes(), header->size, frameIndex + 1, !header->IsGrey());
-    const auto taken = TakePixels(incoming, std::move(frame), *header, described);
+        ImageOverlays(object, frame.Bytes(), header.size, frameIndex + 1, !header.IsGrey());
+    const auto taken = TakePixels(incoming, std::move(frame), header, described);
     if (taken != QVM_SUCCESS) return taken;
     const bool isSameImage = &source == &*image.parser && image.standard.has_value();
     if (isSameImage && image.standard->state) {
         incoming.image.state = image.standard->state;
-        incoming.image.applied = StateFor(*incoming.image.state, incoming.image, header->size);
+        incoming.image.applied = StateFor(*incoming.image.state, incoming.image, header.size);
         if (incoming.image.applied) {
-            incoming.record = ReadViewRecord(*incoming.image.state, header->size,
-                                             incoming.image.uid, frameIndex + 1);
+            incoming.record = ReadViewRecord(*incoming.image.state, header.size, incoming.image.uid,
+                                             frameIndex + 1);
         }
     }
     incoming.Commit(image, viewSize);

@@ -4,7 +4,7 @@
 #include "foundation/raster/bit_marks.h"
 #include "pipeline/layers/embedded_overlay.h"
 #include "pipeline/layers/overlay_planes.h"
-#include "presentation/cielab.h"
+#include "presentation/graphic_layers.h"
 
 #include <algorithm>
 #include <limits>
@@ -56,59 +56,13 @@ std::optional<std::size_t> PlaneFrame(const CDcmObject& object, std::uint32_t gr
     return static_cast<std::size_t>(frameNumber - first);
 }
 
-/// All bytes of Overlay Data.
-Bits ReadAllBits(const CDcmObject& object, std::uint32_t group) {
-    Bits bits;
-    const ValueReadCallback collect = [](int, std::uint32_t, void* user, int length, void* data,
-                                         int, int) -> MC_STATUS {
-        auto& all = *static_cast<Bits*>(user);
-        const auto* const piece = static_cast<const unsigned char*>(data);
-        all.insert(all.end(), piece, piece + std::max(length, 0));
-        return kMcContinue;
-    };
-    object.GetValue(tag::InGroup(group, tag::kOverlayData), &bits, collect);
-    return bits;
-}
-
 std::optional<Bits> MarksOfPlane(const CDcmObject& object, const OverlayPlane& plane,
                                  CSize imageSize, int frameNumber) {
     const auto frame = PlaneFrame(object, plane.group, frameNumber);
-    const Bits bits = frame ? ReadAllBits(object, plane.group) : Bits();
-    if (bits.empty()) return std::nullopt;
-    return OnImage(plane, bits, *frame * plane.size.BitCount(), imageSize);
-}
-
-/// How a layer of a presentation state is to be drawn.
-struct Layer {
-    CString name;
-    int order = 0;
-    Rgb colour{255, 255, 255};
-};
-
-Rgb ReadLayerColour(const CDcmItem& item) {
-    std::array<std::uint16_t, 3> lab{};
-    std::size_t count = 0;
-    ForEachValue<unsigned short>(item, tag::kGraphicLayerRecommendedDisplayCIELabValue,
-                                 [&](unsigned short value) {
-                                     if (count < lab.size()) lab[count] = value;
-                                     ++count;
-                                 });
-    if (count == lab.size()) return RgbOfCieLab(lab);
-    const int value = Read<unsigned short>(item, tag::kGraphicLayerRecommendedDisplayGrayscaleValue)
-                          .value_or(65535);
-    const auto grey = static_cast<std::uint8_t>((value * 255 + 32767) / 65535);
-    return {grey, grey, grey};
-}
-
-std::vector<Layer> ReadLayers(const CDcmObject& state) {
-    std::vector<Layer> layers;
-    ForEachItem(state, tag::kGraphicLayerSequence, [&](const CDcmItem& item) {
-        layers.push_back({Read<CString>(item, tag::kGraphicLayer).value_or(CString()),
-                          Read<int>(item, tag::kGraphicLayerOrder).value_or(0),
-                          ReadLayerColour(item)});
-    });
-    std::ranges::stable_sort(layers, {}, &Layer::order);
-    return layers;
+    if (!frame) return std::nullopt;
+    const auto bits = ReadBytes(object, tag::InGroup(plane.group, tag::kOverlayData));
+    if (!bits || bits->empty()) return std::nullopt;
+    return OnImage(plane, *bits, *frame * plane.size.BitCount(), imageSize);
 }
 
 /// The plane of a group: the state's own one, else the image's.
@@ -122,7 +76,7 @@ std::optional<Bits> ActivatedBits(const CDcmObject& state, const std::vector<Own
 }
 
 bool HasPlanesInPixels(const CDcmObject& object) {
-    for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
+    for (auto group = tag::kFirstOverlayGroup; group <= tag::kLastOverlayGroup; group += 2) {
         const auto plane = ReadOverlayPlane(object, group, /*needsBitPosition=*/true);
         if (plane && !plane->HasOwnData()) return true;
     }
@@ -140,7 +94,7 @@ std::vector<OwnedMarks> ImageOverlays(const CDcmObject& object,
         Bits bits = EmbeddedOverlays(object, frame);
         if (!bits.empty()) marks.push_back({0, std::move(bits), {255, 255, 255}});
     }
-    for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
+    for (auto group = tag::kFirstOverlayGroup; group <= tag::kLastOverlayGroup; group += 2) {
         const auto plane = ReadOverlayPlane(object, group, /*needsBitPosition=*/false);
         if (!plane || !plane->HasOwnData()) continue;
         auto bits = MarksOfPlane(object, *plane, imageSize, frameNumber);
@@ -156,13 +110,13 @@ std::vector<OwnedMarks> StateOverlays(const CDcmObject& state,
                                       int frameNumber) {
     std::vector<OwnedMarks> marks;
     if (!FitsPlane(imageSize)) return marks;
-    for (const Layer& layer : ReadLayers(state)) {
-        for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2) {
+    for (const GSPSGraphicLayer& layer : ReadGraphicLayers(state)) {
+        for (auto group = tag::kFirstOverlayGroup; group <= tag::kLastOverlayGroup; group += 2) {
             const auto name =
                 Read<CString>(state, tag::InGroup(group, tag::kOverlayActivationLayer));
             if (!name || name->IsEmpty() || *name != layer.name) continue;
             auto bits = ActivatedBits(state, ofImage, group, imageSize, frameNumber);
-            if (bits) marks.push_back({group, *std::move(bits), layer.colour});
+            if (bits) marks.push_back({group, *std::move(bits), ColourOf(layer)});
         }
     }
     return marks;

@@ -288,7 +288,8 @@ void DrawStandardView(DrawingSurface& surface, const DisplayedImage& image) {
     PutPicture(surface, corner, image.resultSize, image.renderedPixelSize,
                image.resultImage.Bytes());
     if (!ShowsAnnotations(image)) return;
-    DrawAnnotations(*image.presentation, {ImagePlace(image, present), LaidOutArea(image)}, surface);
+    DrawAnnotationLayers(*image.presentation, {ImagePlace(image, present), LaidOutArea(image)},
+                         surface);
 }
 
 }  // namespace quorvex

@@ -11,6 +11,7 @@ namespace quorvex {
 namespace {
 
 constexpr std::size_t kFullTable = 65'536;
+constexpr std::size_t kMostBytes = 2 * kFullTable;
 constexpr int kMostBits = 16;
 
 struct Descriptor {
@@ -29,20 +30,6 @@ std::optional<Descriptor> ReadDescriptor(const CDcmItem& item) {
     const auto stored = static_cast<std::uint16_t>(count);
     descriptor.count = stored == 0 ? kFullTable : stored;
     return descriptor;
-}
-
-std::vector<unsigned char> ReadBytes(const CDcmItem& item) {
-    std::vector<unsigned char> bytes;
-    const ValueReadCallback collect = [](int, std::uint32_t, void* user, int length, void* data,
-                                         int, int) -> MC_STATUS {
-        auto& all = *static_cast<std::vector<unsigned char>*>(user);
-        const auto* const piece = static_cast<const unsigned char*>(data);
-        const std::size_t room = 2 * kFullTable - all.size();
-        all.insert(all.end(), piece, piece + std::min(room, static_cast<std::size_t>(length)));
-        return kMcContinue;
-    };
-    item.GetValue(tag::kLUTData, &bytes, collect);
-    return bytes;
 }
 
 bool AreAllInHighByte(const std::vector<std::uint16_t>& words) {
@@ -78,7 +65,9 @@ std::shared_ptr<const GreyTable> ReadGreyTable(const CDcmItem& item, FirstValue 
     const auto descriptor = ReadDescriptor(item);
     if (!descriptor) return nullptr;
     auto table = std::make_shared<GreyTable>();
-    table->entries = EntriesOf(ReadBytes(item), *descriptor);
+    table->entries =
+        EntriesOf(ReadBytes(item, tag::kLUTData, kMostBytes).value_or(std::vector<unsigned char>()),
+                  *descriptor);
     if (table->entries.empty()) return nullptr;
     table->entries.resize(descriptor->count, table->entries.back());
     const auto first = static_cast<std::uint16_t>(descriptor->first);

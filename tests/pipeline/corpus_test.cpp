@@ -121,7 +121,7 @@ std::vector<unsigned char> BitsOf(CxDcmParser& parser, const OverlayPlane& plane
     const auto frame = test::FrameOf(parser);
     EXPECT_TRUE(frame.IsDone());
     CDcmObject onlyThisPlane(*parser.GetHeader());
-    for (auto group = kFirstOverlayGroup; group <= kLastOverlayGroup; group += 2)
+    for (auto group = tag::kFirstOverlayGroup; group <= tag::kLastOverlayGroup; group += 2)
         if (group != plane.group) onlyThisPlane.RemoveValue(tag::InGroup(group, tag::kOverlayRows));
     return EmbeddedOverlays(onlyThisPlane, frame.bytes);
 }

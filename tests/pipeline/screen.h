@@ -51,7 +51,9 @@ public:
         });
         return box;
     }
-    [[nodiscard]] int At(int x, int y) const { return Row(y)[x * pixelBytes_]; }
+    [[nodiscard]] int At(int x, int y, int channel = 0) const {
+        return Row(y)[x * pixelBytes_ + channel];
+    }
     [[nodiscard]] bool IsBlack() const { return Bright() == Nothing(); }
     [[nodiscard]] const Bytes& All() const { return bytes_; }
 

@@ -1,10 +1,12 @@
 #include "foundation/platform/canvas.h"
+#include "pipeline/intake/presentation_record.h"
 #include "pipeline/layers/annotation_drawing.h"
 #include "tests/pipeline/screen.h"
 #include "tests/pipeline/test_objects.h"
 #include "tests/presentation/presentation_objects.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <deque>
@@ -117,6 +119,24 @@ Screen Drawn(CXDIPP& dipp, int pixelBytes = 4) {
     return screen;
 }
 
+/// A wide dot in the middle of the screen, in a layer.
+CDcmItem DotIn(const char* layer) {
+    const std::string graphic =
+        "GraphicType=POINT; GraphicAnnotationUnits=DISPLAY; GraphicData=0.5\\0.5";
+    CDcmItem item = Annotation(graphic);
+    item.SetValue(tag::kGraphicLayer, layer);
+    return item;
+}
+
+CDcmItem Layer(const char* name, int order, std::initializer_list<int> lab, int grey = 65535) {
+    CDcmItem layer;
+    layer.SetValue(tag::kGraphicLayer, name);
+    layer.SetValue(tag::kGraphicLayerOrder, order);
+    layer.SetValue(tag::kGraphicLayerRecommendedDisplayGrayscaleValue, grey);
+    test::Put(layer, tag::kGraphicLayerRecommendedDisplayCIELabValue, lab);
+    return layer;
+}
+
 class ShownAnnotations : public testing::Test {
 protected:
     void SetUp() override {
@@ -182,6 +202,38 @@ TEST_F(ShownAnnotations, LieOnThePixelThatTheyName) {
             const CanvasPoint expected = middleOf(pixels, CDcmItem(), 3);
             EXPECT_NEAR(drawn.x, expected.x, 0.3);
             EXPECT_NEAR(drawn.y, expected.y, 0.3);
+        }
+    }
+}
+
+// Red lies in the upper layer, though the state lists it first; grey is what has no colour.
+TEST_F(ShownAnnotations, LieInTheOrderAndColourOfTheirLayers) {
+    struct Row {
+        const char* what;
+        std::vector<CDcmItem> annotations;
+        std::array<int, 3> bgr;
+    };
+    const Row rows[] = {
+        {"upper", {DotIn("RED"), DotIn("GREY")}, {0, 0, 255}},
+        {"lower", {DotIn("GREY")}, {128, 128, 128}},
+        {"black, with a light rim", {DotIn("RED"), DotIn("BLACK")}, {0, 0, 0}},
+        {"in no layer", {DotIn("OTHER"), DotIn("RED")}, {255, 255, 255}},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        CDcmObject state;
+        test::PutItems(state, tag::kGraphicLayerSequence,
+                       {Layer("RED", 2, {34881, 53485, 50538}), Layer("GREY", 1, {}, 32896),
+                        Layer("BLACK", 3, {}, 0)});
+        test::PutItems(state, tag::kGraphicAnnotationSequence, row.annotations);
+        const auto record = ReadViewRecord(state, {80, 60}, CString(), 1);
+        const RenderedView view{{80, 60}, 1.0, 0, false};
+        const AnnotationPlace place{ImageToSurface(view, {80, 60}, {40, 30}),
+                                    DisplayedArea(*record, view, kScreen)};
+        Screen screen(kScreen);
+        screen.DrawBy([&](auto& surface) { DrawAnnotationLayers(*record, place, surface); });
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_NEAR(screen.At(80, 60, i), row.bgr[static_cast<std::size_t>(i)], 5) << i;
         }
     }
 }

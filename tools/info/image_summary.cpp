@@ -13,8 +13,6 @@ namespace quorvex::tools {
 namespace {
 
 constexpr std::size_t kMostWindows = 16;
-constexpr std::uint32_t kFirstOverlays = 0x6000;  // groups of overlay planes
-constexpr std::uint32_t kLastOverlays = 0x601E;
 
 std::optional<int> ReadWord(const CDcmObject& header, std::uint32_t tag) {
     return Read<unsigned short>(header, tag);
@@ -94,7 +92,7 @@ std::optional<ImageSummary::Overlay> ReadOverlay(const CDcmObject& header, unsig
 
 std::vector<ImageSummary::Overlay> ReadOverlays(const CDcmObject& header) {
     std::vector<ImageSummary::Overlay> overlays;
-    for (std::uint32_t group = kFirstOverlays; group <= kLastOverlays; group += 2)
+    for (std::uint32_t group = tag::kFirstOverlayGroup; group <= tag::kLastOverlayGroup; group += 2)
         if (auto overlay = ReadOverlay(header, group)) overlays.push_back(std::move(*overlay));
     return overlays;
 }

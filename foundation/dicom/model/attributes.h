@@ -4,9 +4,19 @@
 #include "foundation/dicom/model/tags.h"
 #include "quorvex/Attributes.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
+#include <optional>
+#include <vector>
 
 namespace quorvex {
+
+/// The bytes of an attribute's value in this machine's byte order, the first `most` of them.
+/// Nothing without the attribute.
+[[nodiscard]] std::optional<std::vector<unsigned char>> ReadBytes(
+    const CDcmObjectCommon& object, std::uint32_t tag,
+    std::size_t most = std::numeric_limits<std::size_t>::max());
 
 /// Hands the values of an attribute to `take`, pair by pair; one at the end without a partner is
 /// dropped.
