@@ -1,4 +1,4 @@
-#include "parser/thumbnail/thumbnail_window.h"
+#include "pipeline/thumbnail/thumbnail_window.h"
 
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/types/saturate.h"

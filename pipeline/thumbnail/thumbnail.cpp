@@ -2,7 +2,7 @@
 #include "foundation/types/block.h"
 #include "parser/frames/frame_fetch.h"
 #include "parser/parser_state.h"
-#include "parser/thumbnail/thumbnail_pixels.h"
+#include "pipeline/thumbnail/thumbnail_pixels.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/CxImageProcessor.h"
 

@@ -1,5 +1,5 @@
-#include "parser/thumbnail/thumbnail_pixels.h"
-#include "parser/thumbnail/thumbnail_window.h"
+#include "pipeline/thumbnail/thumbnail_pixels.h"
+#include "pipeline/thumbnail/thumbnail_window.h"
 #include "tests/parser/parsed.h"
 #include "tests/support/attribute_values.h"
 

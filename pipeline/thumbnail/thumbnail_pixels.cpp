@@ -1,11 +1,11 @@
-#include "parser/thumbnail/thumbnail_pixels.h"
+#include "pipeline/thumbnail/thumbnail_pixels.h"
 
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/raster/scaling/resize_kernels.h"
 #include "foundation/raster/scaling/resize_taps.h"
 #include "foundation/types/saturate.h"
 #include "parser/palette/palette_image.h"
-#include "parser/thumbnail/thumbnail_window.h"
+#include "pipeline/thumbnail/thumbnail_window.h"
 
 #include <algorithm>
 #include <cstring>
