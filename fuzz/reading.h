@@ -37,6 +37,10 @@ inline void MakeThumbnail(CxDcmParser& parser, Options& options) {
     form.format = options.OneOf(kFormats);
     form.usesDataRange = options.Flag();
     (void)test::ThumbnailOf(parser, form);
+    --form.size.cx;
+    CxDcmParser standard(parser);
+    standard.SetRules(Rules::kStandard);
+    (void)test::ThumbnailOf(standard, form);
 }
 
 }  // namespace quorvex::fuzz

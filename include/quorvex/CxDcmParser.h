@@ -138,17 +138,40 @@ public:
                                                  unsigned short& samples, CString& photometric,
                                                  unsigned char*& rgb, unsigned long reserved);
 
-    /// Makes a small 8-bit image of a frame.
+    /// Makes a small 8-bit image of a frame: one sample for grey, three for colour.
     ///
-    /// 16-bit grey is windowed: by the range of the data, at most 3,000 wide, or by the header's
-    /// window (center 1200 and width 2400 where it has none; 255 and 511 for 8 bits stored).
+    /// By the established rules the frame is stretched to the size, and a palette's colours are
+    /// those of GetRGBBufferFromPaletteImage(). Of 16-bit grey the stored values are windowed: by
+    /// their range, at most 3,000 wide, or by the header's window (center 1200 and width 2400 where
+    /// it has none; 255 and 511 for 8 bits stored). MONOCHROME1 is inverted by the header's window
+    /// alone.
+    ///
+    /// By the standard rules the image is what CXDIPP shows of the frame at first: window or VOI
+    /// LUT in modality units, polarity, palettes, colours, settings of the frame's own functional
+    /// groups; no overlays, no shutter. All of it is fitted into the size with its true pixel
+    /// shape, area by area, and centred on black; a side that misses the size by less than a pixel
+    /// fills it.
+    ///
+    /// Plain pixels (format 1):
+    ///                         established rules           standard rules
+    ///     rows                from the top                from the top
+    ///     bytes of a row      width x samples             the same, rounded up to a multiple of 4
+    ///     samples of colour   red, green, blue            blue, green, red
+    ///     biWidth             the width                   the width
+    ///     biHeight            the height                  minus the height: a top-down bitmap
+    ///     biBitCount          8 x samples                 8 or 24
+    ///     biSizeImage         0                           the bytes of the image
+    /// So by the standard rules header and pixels are a device-independent bitmap as they stand.
     ///
     /// @param frame             0 for the first frame
-    /// @param size              pixels; the width a multiple of 4
+    /// @param size              pixels; by the established rules the width is a multiple of 4
     /// @param format            1: plain pixels; 5: JPEG baseline; 7: JPEG lossless
-    /// @param useDataRange      0: the header's window. Otherwise the range of the data
-    /// @param image             receives the pixels, rows from the top, or the JPEG stream; yours,
-    ///                          release it with delete[]
+    /// @param useDataRange      0: the window that the image states. Otherwise the range of the
+    ///                          data; by the standard rules as CXDIPP::kOverTheValues has it:
+    ///                          modality values of the frame without its padding, for up to 8 Bits
+    ///                          Stored and colour all that the stored bits can hold
+    /// @param image             receives the pixels or the JPEG stream; yours, release it with
+    ///                          delete[]
     /// @param imageSize         receives its bytes
     /// @param bitmapHeader      receives null for JPEG, otherwise a header, followed for one sample
     ///                          by 256 grey colour entries; yours, release it as unsigned char[]
@@ -156,10 +179,15 @@ public:
     /// @param bitmapHeaderSize  receives its bytes: 0, 40, or 1064 with colour entries
     /// @param quality           of JPEG baseline, as CxImageProcessor::CompressFrameData() takes it
     /// @return QVM_SUCCESS, a failure of GetAFrame(), or, with nothing handed over,
-    ///         QVM_ERROR_INVALID_OUTPUT_SIZE     below 1, or a width that is not a multiple of 4
-    ///         QVM_ERROR_INVALID_TARGET_SYNTAX   a format other than 1, 5 and 7
-    ///         QVM_ERROR_INVALID_PHOTOMETRIC     palette colour without its tables
-    ///         QVM_ERROR_INVALID_BITS_ALLOCATED  a depth that is neither 1 bit nor whole bytes
+    ///         QVM_ERROR_INVALID_OUTPUT_SIZE       below 1; by the established rules a width that
+    ///                                             is not a multiple of 4, by the standard ones
+    ///                                             more than 4 GiB
+    ///         QVM_ERROR_INVALID_TARGET_SYNTAX     a format other than 1, 5 and 7
+    ///         QVM_ERROR_INVALID_PHOTOMETRIC       palette colour without its tables
+    ///         QVM_ERROR_INVALID_BITS_ALLOCATED    by the established rules: a depth that is
+    ///                                             neither 1 bit nor whole bytes
+    ///         QVM_ERROR_FAILED_TO_GET_PIXEL_DATA  by the standard rules: more than 32 bits a
+    ///                                             sample
     ///         or a failure of CxImageProcessor::CompressFrameData(): then both blocks are null and
     ///         their sizes 0
     QUORVEX_MESSAGE MakeThumbNail(int frame, CSize size, QUORVEX_XFERSYNTAX format,
