@@ -39,7 +39,11 @@ struct DisplayedImage {
     int pixelRepresentation = 0;  ///< 0 unsigned, 1 signed
     ValueRange valueRange;
     ValueScale valueScale;  ///< of the elements; plain where they are the values
-    int minValue = 0;       ///< over all frames that this object met; 0 always lies between the two
+    /// Where the elements are scaled: what a window over the full range covers, and the window that
+    /// stands. `windowing` counts in elements then.
+    ExactSpan fullRange;
+    std::optional<ValueWindow> valueWindow;
+    int minValue = 0;  ///< over all frames that this object met; 0 always lies between the two
     int maxValue = 0;
 
     // Layers. One of another size than the image is not drawn.

@@ -6,6 +6,7 @@
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
 #include "windowing/record_luts.h"
+#include "windowing/window_arithmetic.h"
 #include "windowing/windowing_state.h"
 
 #include <algorithm>
@@ -15,8 +16,6 @@
 namespace quorvex {
 namespace {
 
-constexpr std::int32_t kFallbackWidth = 400;
-constexpr std::int32_t kFallbackLevel = 0;
 constexpr std::int32_t kMostPixelBits = 24;
 constexpr std::int64_t kAllInts = std::int64_t{1} << 32;
 
@@ -74,8 +73,8 @@ int CXWindowing::PrepareGSPSProcessing2(CXGSPSInfo* info, int minimum, int maxim
         settings.maxValue = maximum;
         settings.tableSize = TableSizeOf(minimum, maximum);
         if (minimum >= 0 && maximum < 256 && settings.pixelBits == 8) {
-            settings.windowLevel = 128;
-            settings.windowWidth = 256;
+            settings.windowLevel = kByteLevel;
+            settings.windowWidth = kByteWidth;
         } else if (info->windowWidth == 0) {
             state_->TakeFullRangeWindow();
         }

@@ -7,6 +7,14 @@
 
 namespace quorvex {
 
+/// The window where neither a record nor the values of the image give one.
+inline constexpr std::int32_t kFallbackWidth = 400;
+inline constexpr std::int32_t kFallbackLevel = 0;
+
+/// The window over all bytes.
+inline constexpr std::int32_t kByteWidth = 256;
+inline constexpr std::int32_t kByteLevel = 128;
+
 /// How far one step moves a window of pixels with that many bits.
 [[nodiscard]] std::int64_t StepFactor(std::int32_t pixelBits) noexcept;
 

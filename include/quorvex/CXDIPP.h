@@ -45,9 +45,9 @@ public:
     ///
     /// Defaults of absent attributes: 1 for Samples per Pixel, 0 for Pixel Representation, Bits
     /// Allocated for Bits Stored. Frames of 1 bit a pixel show 0 black and 1 white. Grey frames
-    /// whose values do not fit into 16 bits are scaled to 16 bits, window included, so that they
-    /// look as they would unscaled; those that a tiny rescale slope would leave without detail keep
-    /// their stored values, and the window counts in these. Bits beyond Bits Stored are ignored.
+    /// whose values do not fit into 16 bits are scaled to 16 bits, and those with a rescale slope
+    /// below 1/8 keep the detail of their stored values; windows and look-up tables count in
+    /// modality units all the same. Bits beyond Bits Stored are ignored.
     /// Colour frames with more than 8 bits a sample show the highest 8 stored ones. A frame shorter
     /// than its header says ends in zeros. Palette colour is shown as grey indices.
     ///
@@ -138,14 +138,15 @@ public:
 
     // --- Changing how it is seen (all answer QVM_SUCCESS) --------------------------------------
 
-    /// Moves window level and width against the deltas, in steps that depend on the bit depth.
+    /// Moves window level and width against the deltas, in steps that depend on the bit depth: 2
+    /// modality units with 12 Bits Allocated, 3 with 16, else 1.
     QUORVEX_MESSAGE UpdateVOILUT_Offset(int levelDelta, int widthDelta);
     /// Sets window level and width, in modality units. By the standard rules it replaces a table of
     /// the image or its state too.
     QUORVEX_MESSAGE UpdateVOILUT_ABS(int level, int width);
-    /// The same with fractions. By the established rules they are cut off; by the standard ones the
-    /// function stays the present one (the image's, linear where it states none), and a width that
-    /// is not above 0 changes nothing.
+    /// The same with fractions. By the established rules they are cut off, unless the rescale slope
+    /// is below 1/8; by the standard ones the function stays the present one (the image's, linear
+    /// where it states none), and a width that is not above 0 changes nothing.
     QUORVEX_MESSAGE UpdateVOILUT_ABS(double level, double width);
     /// The same with a function, which has no effect by the established rules.
     QUORVEX_MESSAGE UpdateVOILUT_ABS(double level, double width, VoiFunction function);

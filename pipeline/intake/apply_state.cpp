@@ -1,8 +1,8 @@
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/types/answer.h"
 #include "pipeline/displayed_image.h"
-#include "pipeline/intake/incoming_image.h"
 #include "pipeline/intake/presentation_record.h"
+#include "pipeline/intake/scaled_windowing.h"
 #include "pipeline/recipe/established_rules.h"
 #include "quorvex/CXDIPP.h"
 #include "quorvex/CXGSPSInfo.h"
@@ -18,10 +18,10 @@ QUORVEX_MESSAGE EstablishedRules::ApplyState(DisplayedImage& image, CDcmObject* 
     auto record = ReadRecord(state, image.imageSize, imageUID);
     record->pixelBitDepth = Read<unsigned short>(*header, tag::kBitsAllocated).value_or(0);
     record->pixelRepresentation = image.pixelRepresentation;
-    PrepareWindow(*record, image.bitsStored, image.valueScale);
     if (Read<unsigned short>(*header, tag::kSamplesPerPixel).value_or(1) == 1) {
-        image.windowing->PrepareGSPSProcessing2(record.get(), image.valueRange.domainLow,
-                                                image.valueRange.domainHigh);
+        image.valueWindow = PrepareWindowing(
+            *image.windowing, *record,
+            {image.valueRange, image.valueScale, image.fullRange, image.bitsStored});
     }
     image.rotation = record->imageRotation;
     image.horizontalFlip = record->imageHorizontalFlip;

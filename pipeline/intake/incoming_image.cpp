@@ -4,12 +4,12 @@
 #include "foundation/types/saturate.h"
 #include "pipeline/intake/presentation_record.h"
 #include "pipeline/intake/rgb_frame.h"
+#include "pipeline/intake/scaled_windowing.h"
 #include "pipeline/pixel_header.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace quorvex {
@@ -19,33 +19,7 @@ namespace {
 constexpr int kColourBytes = 3;
 constexpr int kHighestColour = 255;
 
-// Over a range of two values the usual full-range window shows both white.
-void ShowBitsBlackAndWhite(CXGSPSInfo& record) {
-    if (record.voiLUTData != nullptr || record.windowWidth != 0) return;
-    record.windowCenter = 1;
-    record.windowWidth = 1;
-}
-
-void ScaleWindow(CXGSPSInfo& record, const ValueScale& scale) {
-    record.windowCenter = TruncateToInt((record.windowCenter - scale.offset) / scale.step);
-    if (record.windowWidth == 0) return;
-    record.windowWidth = std::max(TruncateToInt(record.windowWidth / scale.step), 1);
-}
-
-bool FitsWholeNumbers(const ValueScale& scale) {
-    constexpr double kLimit = 1 << 30;
-    const bool areStepsWhole = scale.step >= 1.0;
-    return areStepsWhole && std::abs(scale.offset) < kLimit && scale.step * 65536.0 < kLimit;
-}
-
 }  // namespace
-
-// A record's window counts in values. Where those are no usable whole numbers, it counts in
-// elements, like the pixels.
-void PrepareWindow(CXGSPSInfo& record, int bitsStored, const ValueScale& scale) {
-    if (bitsStored == 1) ShowBitsBlackAndWhite(record);
-    if (!FitsWholeNumbers(scale)) ScaleWindow(record, scale);
-}
 
 void SetDomain(ValueRange& range, std::int64_t low, std::int64_t high) noexcept {
     if (high - low >= kLargestDomain) {
@@ -76,26 +50,31 @@ void IncomingImage::TakeGrey(ModalityFrame frame) {
     bytesPerPixel = frame.bytesPerPixel;
     minValue = std::min(minValue, SaturateToInt(frame.values.low));
     maxValue = std::max(maxValue, SaturateToInt(frame.values.high));
-    SetDomain(frame);
     scale_ = frame.scale;
-    PrepareWindow(*record, bitsStored, scale_);
+    SetDomain(frame);
+    WidenFullRange(frame);
     pixels = std::move(frame.pixels);
 }
 
-// A domain over all values met keeps windows over the full range alike from frame to frame.
+// A domain over all values met keeps windows over the full range alike from frame to frame. Where
+// elements are scaled, `fullRange` does that.
 void IncomingImage::SetDomain(const ModalityFrame& frame) {
     range.low = frame.elements.low;
     range.high = frame.elements.high;
-    std::int64_t low = std::min<std::int64_t>(minValue, frame.values.low);
-    std::int64_t high = std::max<std::int64_t>(maxValue, frame.values.high);
-    if (frame.scale.step > 1.0) {
-        low = ScaledElement(low, frame.scale);
-        high = ScaledElement(high, frame.scale);
-    } else if (!frame.scale.IsPlain()) {
-        low = std::min<std::int64_t>(range.low, 0);
-        high = std::max<std::int64_t>(range.high, 0);
+    const bool isPlain = frame.scale.IsPlain();
+    quorvex::SetDomain(range, std::min<std::int64_t>(isPlain ? minValue : 0, range.low),
+                       std::max<std::int64_t>(isPlain ? maxValue : 0, range.high));
+}
+
+void IncomingImage::WidenFullRange(const ModalityFrame& frame) {
+    const ValueScale& scale = frame.scale;
+    if (scale.IsFractional()) {
+        fullRange = {std::min(fullRange.low, scale.ValueOf(frame.elements.low)),
+                     std::max(fullRange.high, scale.ValueOf(frame.elements.high))};
+    } else {
+        fullRange = {static_cast<double>(std::min<std::int64_t>(minValue, frame.values.low)),
+                     static_cast<double>(std::max<std::int64_t>(maxValue, frame.values.high))};
     }
-    quorvex::SetDomain(range, low, high);
 }
 
 void IncomingImage::Replace(DisplayedImage& current) {
@@ -106,9 +85,7 @@ void IncomingImage::Replace(DisplayedImage& current) {
 // Tables are prepared on a copy: those of the image on show stay until all is done.
 void IncomingImage::Prepare(const CXWindowing& current) {
     windowing_ = std::make_unique<CXWindowing>(current);
-    const ValueScale scale = FitsWholeNumbers(scale_) ? scale_ : ValueScale{};
-    windowing_->SetRescale(scale.step, scale.offset);
-    windowing_->PrepareGSPSProcessing2(record.get(), range.domainLow, range.domainHigh);
+    valueWindow_ = PrepareWindowing(*windowing_, *record, {range, scale_, fullRange, bitsStored});
 }
 
 void IncomingImage::Commit(DisplayedImage& current) noexcept {
@@ -124,6 +101,8 @@ void IncomingImage::Commit(DisplayedImage& current) noexcept {
     current.windowing = std::move(windowing_);
     current.valueRange = range;
     current.valueScale = scale_;
+    current.fullRange = fullRange;
+    current.valueWindow = valueWindow_;
     current.rotation = record->imageRotation;
     current.horizontalFlip = record->imageHorizontalFlip;
     current.presentation = std::move(record);

@@ -10,6 +10,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 namespace quorvex {
 
@@ -30,6 +31,9 @@ struct IncomingImage {
     ValueRange range;
     int minValue = 0;  ///< over the grey values met; 0 always lies between the two
     int maxValue = 0;
+    /// Before a frame comes in: of fractional values, those met in the object that is open. Then:
+    /// what a window over the full range covers where elements are scaled.
+    ExactSpan fullRange;
 
     /// Takes what the header says, and reads the presentation of `object`.
     void TakeHeader(const PixelHeader& header, CDcmObject& object);
@@ -44,15 +48,14 @@ struct IncomingImage {
 
 private:
     void SetDomain(const ModalityFrame& frame);
+    void WidenFullRange(const ModalityFrame& frame);
     void Prepare(const CXWindowing& current);
     void Commit(DisplayedImage& current) noexcept;
 
     ValueScale scale_;
+    std::optional<ValueWindow> valueWindow_;
     std::unique_ptr<CXWindowing> windowing_;
 };
-
-/// Makes the window of a record one for elements of that scale; single bits show black and white.
-void PrepareWindow(CXGSPSInfo& record, int bitsStored, const ValueScale& scale);
 
 /// Domain over `low` to `high`, unless that is more than windowing should get a table for: then it
 /// covers the frame's own values and 0.

@@ -128,23 +128,63 @@ PixelBlock Transformed(ElementFrame stored, const StoredLayout& layout,
     return Mapped<To>(std::move(stored), layout, transform);
 }
 
-PixelBlock Scaled(ElementFrame stored, const StoredLayout& layout,
-                  const ModalityTransform& transform, const ValueScale& scale) {
-    return Mapped<std::uint16_t>(std::move(stored), layout, [&](std::int64_t value) {
-        return ScaledElement(transform(value), scale);
+std::int64_t ScaledElement(double value, const ValueScale& scale) noexcept {
+    const double element = std::round((value - scale.offset) / scale.step);
+    return static_cast<std::int64_t>(std::clamp(element, 0.0, double{kLargestWord}));
+}
+
+void ScaleWholeValues(ModalityFrame& frame, ElementFrame stored, const StoredLayout& layout,
+                      const ModalityTransform& transform, ValueSpan met) {
+    const ValueScale scale = ScaleToWords(frame.values, met);
+    const auto element = [scale](std::int64_t value) {
+        return ScaledElement(static_cast<double>(value), scale);
+    };
+    frame.scale = scale;
+    frame.elements = {element(frame.values.low), element(frame.values.high)};
+    frame.pixels = Mapped<std::uint16_t>(
+        std::move(stored), layout, [&](std::int64_t value) { return element(transform(value)); });
+}
+
+void ScaleExactValues(ModalityFrame& frame, ElementFrame stored, const StoredLayout& layout,
+                      const ModalityTransform& transform) {
+    const auto [low, high] =
+        std::minmax(transform.Exact(stored.span.low), transform.Exact(stored.span.high));
+    const double step = (high - low) / double{kLargestWord};
+    const ValueScale scale{step > 0.0 ? step : 1.0 / double{kLargestWord}, low};
+    frame.scale = scale;
+    frame.elements = {0, ScaledElement(high, scale)};
+    frame.pixels = Mapped<std::uint16_t>(std::move(stored), layout, [&](std::int64_t value) {
+        return ScaledElement(transform.Exact(value), scale);
     });
 }
 
-ValueSpan ScaledSpan(ValueSpan values, const ValueScale& scale) {
-    return {ScaledElement(values.low, scale), ScaledElement(values.high, scale)};
+// The complement of an element is what is left of the highest one, or -1, less the element: values
+// that fall with stored ones rise with it.
+void KeepComplement(ModalityFrame& frame, ElementFrame stored, const StoredLayout& layout,
+                    const ModalityTransform& transform) {
+    const std::int64_t sum =
+        layout.isSigned ? -1 : (std::int64_t{1} << (8 * layout.ElementBytes())) - 1;
+    frame.scale = {-transform.Slope(), transform.Exact(sum)};
+    frame.elements = {sum - stored.span.high, sum - stored.span.low};
+    for (auto& byte : stored.elements.Bytes()) byte = static_cast<unsigned char>(~byte);
+    frame.pixels = std::move(stored.elements);
+}
+
+void KeepDetail(ModalityFrame& frame, ElementFrame stored, const StoredLayout& layout,
+                const ModalityTransform& transform) {
+    if (layout.ElementBytes() > 2) {
+        return ScaleExactValues(frame, std::move(stored), layout, transform);
+    }
+    frame.bytesPerPixel = layout.ElementBytes();
+    if (transform.Slope() < 0.0) {
+        return KeepComplement(frame, std::move(stored), layout, transform);
+    }
+    frame.scale = {transform.Slope(), transform.Intercept()};
+    frame.elements = stored.span;
+    frame.pixels = std::move(stored.elements);
 }
 
 }  // namespace
-
-std::int64_t ScaledElement(std::int64_t value, const ValueScale& scale) noexcept {
-    const double element = (static_cast<double>(value) - scale.offset) / scale.step;
-    return std::clamp<std::int64_t>(std::llround(element), 0, kLargestWord);
-}
 
 ModalityFrame ApplyModalityStage(PixelBlock frame, const StoredLayout& layout,
                                  const ModalityTransform& transform, ValueSpan met) {
@@ -153,15 +193,10 @@ ModalityFrame ApplyModalityStage(PixelBlock frame, const StoredLayout& layout,
     result.values = ModalitySpan(stored, layout, transform);
     result.elements = result.values;
     result.bytesPerPixel = layout.ElementBytes() == 1 && FitsInto(result.values, 1) ? 1 : 2;
-    if (layout.ElementBytes() <= 2 && transform.LosesDetail(stored.span)) {
-        result.bytesPerPixel = layout.ElementBytes();
-        result.scale = {transform.Slope(), transform.Intercept()};
-        result.elements = stored.span;
-        result.pixels = std::move(stored.elements);
+    if (transform.LosesDetail()) {
+        KeepDetail(result, std::move(stored), layout, transform);
     } else if (!FitsInto(result.values, 2)) {
-        result.scale = ScaleToWords(result.values, met);
-        result.elements = ScaledSpan(result.values, result.scale);
-        result.pixels = Scaled(std::move(stored), layout, transform, result.scale);
+        ScaleWholeValues(result, std::move(stored), layout, transform, met);
     } else if (transform.IsIdentity() && layout.ElementBytes() == result.bytesPerPixel) {
         result.pixels = std::move(stored.elements);
     } else if (result.bytesPerPixel == 1) {

@@ -14,8 +14,9 @@ namespace quorvex {
 ///
 /// Elements hold the low bits of their values, two's complement, when the values of the frame
 /// differ by less than their width can tell apart. Byte frames whose values do not are widened to
-/// words, and frames for which words are too narrow are scaled to 0 .. 65535. Frames that a rescale
-/// would leave without detail keep their stored values as elements.
+/// words, and frames for which words are too narrow are scaled to 0 .. 65535. Where a small slope
+/// would cost detail, elements are as fine as stored values: these themselves, their complement
+/// where the slope falls, or, of 32 bits, the frame's values scaled to 0 .. 65535.
 struct ModalityFrame {
     PixelBlock pixels;
     int bytesPerPixel = 0;
@@ -27,12 +28,9 @@ struct ModalityFrame {
 /// Runs the stage.
 ///
 /// @param frame  the frame as stored; its block is used again where it can be
-/// @param met    values met so far: a scaled frame is scaled so that these fit too, and windows
-///               over the full range stay comparable from frame to frame
+/// @param met    values met so far: a frame that words are too narrow for is scaled so that these
+///               fit too, and looks alike from frame to frame
 [[nodiscard]] ModalityFrame ApplyModalityStage(PixelBlock frame, const StoredLayout& layout,
                                                const ModalityTransform& transform, ValueSpan met);
-
-/// The element that stands for `value` in a scaled frame.
-[[nodiscard]] std::int64_t ScaledElement(std::int64_t value, const ValueScale& scale) noexcept;
 
 }  // namespace quorvex

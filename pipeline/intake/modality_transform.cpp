@@ -47,7 +47,7 @@ std::int64_t ModalityTransform::operator()(std::int64_t stored) const noexcept {
         return entries_[static_cast<std::size_t>(
             std::clamp<std::int64_t>(stored - first_, 0, last))];
     }
-    return TruncateToInt64(static_cast<double>(stored) * slope_ + intercept_);
+    return TruncateToInt64(Exact(stored));
 }
 
 ValueSpan ModalityTransform::SpanOfRescaled(ValueSpan stored) const noexcept {
@@ -56,12 +56,9 @@ ValueSpan ModalityTransform::SpanOfRescaled(ValueSpan stored) const noexcept {
     return {std::min(one, other), std::max(one, other)};
 }
 
-bool ModalityTransform::LosesDetail(ValueSpan stored) const noexcept {
-    constexpr std::int64_t kFewValues = 32;
-    if (IsTable() || slope_ <= 0.0) return false;
-    const ValueSpan values = SpanOfRescaled(stored);
-    const std::int64_t left = values.high - values.low + 1;
-    return left < kFewValues && left * 8 < stored.high - stored.low + 1;
+bool ModalityTransform::LosesDetail() const noexcept {
+    constexpr double kMostForOne = 8.0;
+    return !IsTable() && std::abs(slope_) * kMostForOne < 1.0;
 }
 
 }  // namespace quorvex

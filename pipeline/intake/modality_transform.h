@@ -32,9 +32,13 @@ public:
     [[nodiscard]] std::int64_t operator()(std::int64_t stored) const noexcept;
     /// Lowest and highest modality value of stored ones that fill `stored`. Not for tables.
     [[nodiscard]] ValueSpan SpanOfRescaled(ValueSpan stored) const noexcept;
-    /// Whether hardly any detail is left once values are truncated to whole numbers, as with slopes
-    /// like 0.00001.
-    [[nodiscard]] bool LosesDetail(ValueSpan stored) const noexcept;
+    /// The same with its fraction. Not for tables.
+    [[nodiscard]] double Exact(std::int64_t stored) const noexcept {
+        return static_cast<double>(stored) * slope_ + intercept_;
+    }
+    /// Whether values that are truncated to whole numbers lose detail that can be seen: more than
+    /// eight stored values become one.
+    [[nodiscard]] bool LosesDetail() const noexcept;
 
     [[nodiscard]] double Slope() const noexcept { return slope_; }
     [[nodiscard]] double Intercept() const noexcept { return intercept_; }

@@ -39,6 +39,8 @@ QUORVEX_MESSAGE EstablishedRules::ShowFrame(DisplayedImage& image, CxDcmParser& 
     incoming.viewSize = viewSize;
     incoming.minValue = image.minValue;
     incoming.maxValue = image.maxValue;
+    const bool isSameObject = &source == &*image.parser;
+    if (isSameObject && image.valueScale.IsFractional()) incoming.fullRange = image.fullRange;
     auto ofFrame = HeaderOfFrame(object, frameIndex);
     incoming.TakeHeader(header, ofFrame ? *ofFrame : object);
     incoming.headerOverlays =

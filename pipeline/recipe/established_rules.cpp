@@ -1,8 +1,13 @@
 #include "pipeline/recipe/established_rules.h"
 
 #include "foundation/types/saturate.h"
+#include "pipeline/intake/scaled_windowing.h"
+#include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
+#include "windowing/window_arithmetic.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 namespace quorvex {
@@ -11,6 +16,28 @@ namespace {
 
 int Remainder360(std::int64_t degrees) noexcept {
     return static_cast<int>(degrees % 360);
+}
+
+// A window has whole numbers, unless the values are finer.
+double Kept(double number, bool hasFractions) noexcept {
+    if (!std::isfinite(number)) return TruncateToInt(number);
+    return hasFractions ? number : std::trunc(number);
+}
+
+void ShowValueWindow(DisplayedImage& image, const ValueWindow& window) {
+    if (PutWindow(*image.windowing, window, image.valueScale)) image.valueWindow = window;
+}
+
+void StepValueWindow(DisplayedImage& image, int levelDelta, int widthDelta) {
+    constexpr double kNarrowest = 2.0;
+    const auto factor = static_cast<double>(StepFactor(image.presentation->pixelBitDepth));
+    ValueWindow window = *image.valueWindow;
+    window.level -= factor * levelDelta;
+    if (widthDelta != 0) {
+        window.width =
+            std::max(window.width - factor * widthDelta, std::min(window.width, kNarrowest));
+    }
+    ShowValueWindow(image, window);
 }
 
 }  // namespace
@@ -33,11 +60,16 @@ void EstablishedRules::Mirror(DisplayedImage& image) const noexcept {
 
 void EstablishedRules::SetWindow(DisplayedImage& image, double level, double width,
                                  std::optional<VoiFunction> /*function*/) const {
+    if (image.valueWindow) {
+        const bool hasFractions = image.valueScale.IsFractional();
+        return ShowValueWindow(image, {Kept(level, hasFractions), Kept(width, hasFractions)});
+    }
     int window[] = {TruncateToInt(width), TruncateToInt(level)};
     image.windowing->SetValue(CXWindowing::kWindow, window, nullptr);
 }
 
 void EstablishedRules::StepWindow(DisplayedImage& image, int levelDelta, int widthDelta) const {
+    if (image.valueWindow) return StepValueWindow(image, levelDelta, widthDelta);
     image.windowing->ChangeWLByOffset(levelDelta);
     image.windowing->ChangeWWByOffset(widthDelta);
 }
@@ -47,6 +79,11 @@ void EstablishedRules::ToggleInversion(DisplayedImage& image) const {
 }
 
 void EstablishedRules::ReadWindow(DisplayedImage& image, double& width, double& level) const {
+    if (image.valueWindow) {
+        width = image.valueWindow->width;
+        level = image.valueWindow->level;
+        return;
+    }
     int wholeWidth = 0;
     int wholeLevel = 0;
     image.windowing->GetWindowingFactor(wholeWidth, wholeLevel);

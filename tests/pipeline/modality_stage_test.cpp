@@ -150,6 +150,20 @@ TEST(ModalityStage, KeepsStoredValuesWhereARescaleWouldLeaveNothing) {
     EXPECT_DOUBLE_EQ(tiny.scale.step, 1e-5);
     EXPECT_TRUE(Staged(FrameOf(Words{0, 100, 4095}), layout, {0.5, 0}).scale.IsPlain());
     EXPECT_TRUE(Staged(FrameOf(Words{0, 1, 2}), layout, {0.4, 0}).scale.IsPlain());
+    // However many whole values are left, and however few stored ones there are.
+    EXPECT_FALSE(Staged(FrameOf(Words{0, 100, 4095}), layout, {0.1, 0}).scale.IsPlain());
+    EXPECT_FALSE(Staged(FrameOf(Words{0, 1, 2}), layout, {0.1, 0}).scale.IsPlain());
+}
+
+TEST(ModalityStage, ElementsRiseWithValuesThatFall) {
+    const auto words = Staged(FrameOf(Words{0, 100, 65535}), Layout(3, 16), {-1e-3, 5});
+    EXPECT_EQ(ElementsOf<std::uint16_t>(words), (Ints{65535, 65435, 0}));
+    const auto bytes = Staged(FrameOf(Bytes{0x80, 0, 0x7F}), Layout(3, 8, true), {-1e-3, 5});
+    EXPECT_EQ(ElementsOf<std::int8_t>(bytes), (Ints{127, -1, -128}));
+    EXPECT_NEAR(words.scale.ValueOf(words.elements.high), 5, 1e-9);
+    EXPECT_NEAR(bytes.scale.ValueOf(bytes.elements.low), 5 - 0.127, 1e-9);
+    const auto deep = Staged(FrameOf(DoubleWords{0, 1, 4}), Layout(3, 32), {-1e-3, 5});
+    EXPECT_EQ(ElementsOf<std::uint16_t>(deep), (Ints{65535, 49151, 0}));
 }
 
 TEST(ModalityStage, UnpacksPixelsThatShareBytes) {
