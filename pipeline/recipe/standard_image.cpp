@@ -4,6 +4,8 @@
 #include "pipeline/pixel_elements.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <limits>
 
 namespace quorvex {
@@ -20,6 +22,21 @@ void ForEachElement(const DisplayedImage& image, Take take) {
         const auto element = ElementAt<Element>(image.pixels.data.get(), i);
         const std::int64_t value = +element;
         if (!padding || !padding->Holds(value)) take(value);
+    }
+}
+
+/// The same, each value once where they lie within 16 bits.
+template <class Element, class Take>
+void ForEachValue(const DisplayedImage& image, Take take) {
+    constexpr std::int64_t kWords = 65536;
+    const ValueSpan stored = image.standard->stored;
+    if (stored.high - stored.low >= kWords) return ForEachElement<Element>(image, take);
+    std::array<bool, kWords> occurring{};  // no memory is asked for: nothing here may fail
+    ForEachElement<Element>(image, [&](std::int64_t value) {
+        occurring[static_cast<std::size_t>(value - stored.low)] = true;
+    });
+    for (std::int64_t value = stored.low; value <= stored.high; ++value) {
+        if (occurring[static_cast<std::size_t>(value - stored.low)]) take(value);
     }
 }
 
@@ -52,8 +69,8 @@ RealSpan SpanOfFrame(const DisplayedImage& image, const ModalityStage& modality)
     WithElementType(LayoutOf(image), [&](auto element) {
         using Element = decltype(element);
         if (modality.table) {
-            return ForEachElement<Element>(image,
-                                           [&](std::int64_t value) { span.Add(modality(value)); });
+            return ForEachValue<Element>(image,
+                                         [&](std::int64_t value) { span.Add(modality(value)); });
         }
         std::int64_t low = std::numeric_limits<std::int64_t>::max();
         std::int64_t high = std::numeric_limits<std::int64_t>::min();

@@ -90,9 +90,8 @@ std::vector<unsigned char> DisplayedOneByOne(const DisplayedImage& image,
     return bytes;
 }
 
-Tables MakeTables(const DisplayedImage& image) {
+Tables MakeTables(const DisplayedImage& image, const DisplayFunction& function) {
     const StandardImage& standard = *image.standard;
-    const DisplayFunction function = FunctionOf(image);
     if (image.shrunk) return TablesOf(function, image.shrunk->frame);
     if (!standard.isGrey || image.bytesPerPixel == 1) {
         const ValueSpan all{0, kBytes - 1};
@@ -125,9 +124,9 @@ std::vector<const OwnedMarks*> ShownMarks(const DisplayedImage& image) {
 }
 
 /// Shrinks the frame and its layers where they are seen smaller, unless the last render has.
-void PrepareShrunk(DisplayedImage& image, CSize scaled) {
+void PrepareShrunk(DisplayedImage& image, const DisplayFunction& function, CSize scaled) {
     const CSize size = ShrunkSize(image.imageSize, scaled);
-    if (size == image.imageSize || !CanShrink(image, FunctionOf(image))) {
+    if (size == image.imageSize || !CanShrink(image, function)) {
         return image.shrunk.reset();
     }
     const bool hasShutter = ShownShutter(image) != nullptr;
@@ -248,8 +247,9 @@ QUORVEX_MESSAGE RenderStandardView(DisplayedImage& image) {
     if (!image.pixels.data) return QVM_ERROR_NO_IMAGE;
     if (!CanBePlaced(image)) return QVM_ERROR_INVALID_OUTPUT_SIZE;
     const ViewPlacement placement = PlacementOf(image);
-    PrepareShrunk(image, placement.scaled);
-    const Tables tables = MakeTables(image);
+    const DisplayFunction function = FunctionOf(image);
+    PrepareShrunk(image, function, placement.scaled);
+    const Tables tables = MakeTables(image, function);
     const ViewJob job = JobOf(image, tables, placement);
     const int pixelBytes = ResultPixelBytes(job);
     const auto bytes = CheckedProduct(job.window.width, job.window.height, pixelBytes);
