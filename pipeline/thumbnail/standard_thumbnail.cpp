@@ -42,7 +42,7 @@ void CopyReversed(const unsigned char* from, std::size_t bytes, unsigned char* t
 
 /// Copies the picture, whose rows run from the bottom, to where it lies in the view.
 void CopyPicture(const DisplayedImage& shown, bool isReversed, std::size_t stride,
-                unsigned char* to) {
+                 unsigned char* to) {
     const auto samples = static_cast<std::size_t>(shown.renderedPixelSize);
     const std::size_t rowBytes = static_cast<std::size_t>(shown.resultSize.cx) * samples;
     to += static_cast<std::size_t>(shown.resultCorner.y) * stride +
