@@ -28,9 +28,10 @@ void AddColour(CDcmObject& object, unsigned colour, const std::vector<unsigned c
                    options.OneOf(kTypes));
 }
 
-void Load(CDcmObject& object, int representation) {
+void Load(CDcmObject& object, int representation, Rules rules) {
     for (const int segmented : {0, 1}) {
         CxPaletteLUT table(representation);
+        table.SetRules(rules);
         if (table.LoadLUT(&object, 0x00281101, segmented != 0 ? 0x00281221 : 0x00281201,
                           segmented) == 0) {
             continue;
@@ -43,6 +44,7 @@ void Load(CDcmObject& object, int representation) {
 void Colour(CDcmObject& object, std::vector<unsigned char> pixels, const fuzz::Shape& shape) {
     CDcmApp app;
     CxDcmParser parser;
+    parser.SetRules(shape.bits == 8 ? Rules::kStandard : Rules::kEstablished);
     if (parser.Initialize(&app, &object, nullptr, 0, 0) != QVM_SUCCESS) return;
     unsigned char* rgb[3] = {};
     unsigned long length = 0;
@@ -87,7 +89,8 @@ void ShowPalettes(fuzz::Options& options) {
     for (unsigned colour = 0; colour < 3; ++colour) {
         AddColour(object, colour, Part(tables, colour), options);
     }
-    Load(object, shape.isSigned);
+    Load(object, shape.isSigned, Rules::kEstablished);
+    Load(object, shape.isSigned, Rules::kStandard);
     std::vector<unsigned char> pixels(shape.FrameBytes());
     for (auto& byte : pixels) byte = static_cast<unsigned char>(options.Byte());
     Colour(object, pixels, shape);

@@ -125,12 +125,14 @@ QUORVEX_MESSAGE CxDcmParser::GetRGBBufferFromPaletteImage(unsigned char* pixels,
     return Answer(QVM_ERROR_INVALID_PHOTOMETRIC, [&] {
         CDcmObject* const header = GetHeader();
         if (header == nullptr || pixels == nullptr) return QVM_ERROR_INVALID_PHOTOMETRIC;
-        const auto palette = LoadPalette(*header);
         const auto bytes = CheckedProduct(columns, rows, 3);
-        if (!palette || !bytes) return QVM_ERROR_INVALID_PHOTOMETRIC;
+        if (!bytes) return QVM_ERROR_INVALID_PHOTOMETRIC;
         HeapBlock block(*bytes);
         const std::size_t indexBytes = PaletteIndexBytes(bits);
-        ColourByPalette(*palette, {pixels, *bytes / 3 * indexBytes}, indexBytes, block.Bytes());
+        if (!ColourByObject(*header, state_->rules, {pixels, *bytes / 3 * indexBytes}, indexBytes,
+                            block.Bytes())) {
+            return QVM_ERROR_INVALID_PHOTOMETRIC;
+        }
         CString name("RGB");
         std::swap(photometric, name);
         bits = 24;

@@ -120,10 +120,13 @@ public:
 
     /// Colours a frame of palette indices by the header's three look-up tables, plain or segmented.
     ///
-    /// Entries become bytes by a factor of
+    /// By the established rules entries become bytes by a factor of
     ///     255 / 65536  where a table has 16 bits
     ///     255 / 4096   where one has more than 8, and an entry of the three is above 255
     ///     255 / 256    everywhere else
+    /// and are cut off. By the standard rules the highest entry that their bits can hold becomes
+    /// 255 and the others are rounded; of an index Bits Stored count, with their sign. Indices
+    /// outside the tables take the nearest entry by either.
     ///
     /// @param pixels       columns x rows indices: 2 bytes each for `bits` from 16 to 23, else 1
     /// @param bits         bits of a stored pixel; becomes 24

@@ -3,6 +3,7 @@
 
 #include "quorvex/DicomObject.h"
 #include "quorvex/Export.h"
+#include "quorvex/Types.h"
 
 #include <cstdint>
 #include <span>
@@ -17,10 +18,26 @@ public:
     explicit CxPaletteLUT(int representation) noexcept : pixelRepresentation(representation) {}
     virtual ~CxPaletteLUT() = default;
 
+    /// Chooses the rules for tables that are loaded from now on; established ones at first.
+    void SetRules(Rules newRules) noexcept { rules = newRules; }
+
     /// Reads a table; what was loaded before goes.
     ///
-    /// 8-bit entries may be stored a byte each. A 16-bit table without an entry above 4095 counts
-    /// as one of 12 bits. A linear segment at the start of the table rises from 0.
+    /// 8-bit entries may be stored a byte or a word each. A linear segment at the start of the
+    /// table rises from 0.
+    ///
+    ///     established rules                           standard rules
+    ///     16 bits without an entry above 4095         the bits that the descriptor states
+    ///     count as 12
+    ///     the first mapped value is as signed as      as signed as pixel values are
+    ///     pixel values are where these are signed,
+    ///     else as signed as the descriptor
+    ///     an 8-bit entry whose low byte is 0 has      8-bit entries have their values in high bytes
+    ///     its value in the high byte                  where one of them is above 255
+    ///     segments are words                          segments of 8-bit tables are bytes, or words
+    ///                                                 where bytes make no whole table
+    ///     linear segments are cut off to whole        are rounded
+    ///     numbers
     ///
     /// @param object         the object that holds descriptor and data
     /// @param descriptorTag  number of entries (0 for 65,536), first mapped value, bits of an entry
@@ -32,13 +49,15 @@ public:
     int LoadLUT(CDcmObject* object, unsigned long descriptorTag, unsigned long dataTag,
                 int segmented);
 
-    /// Bits of an entry: those of the descriptor, or 12 for 16 bits without an entry above 4095.
+    /// Bits of an entry: those of the descriptor, or by the established rules 12 for 16 bits without
+    /// an entry above 4095.
     [[nodiscard]] std::uint16_t GetEntryBits() const noexcept { return entryBits; }
 
     /// Pixel value that the first entry belongs to.
     [[nodiscard]] std::int32_t GetFirstValue() const noexcept { return firstValue; }
 
-    /// All entries as stored; empty without a table. Good until the next `LoadLUT`.
+    /// All entries as stored, by the standard rules those of 8 bits in low bytes; empty without a
+    /// table. Good until the next `LoadLUT`.
     [[nodiscard]] std::span<const std::uint16_t> GetEntries() const noexcept { return table; }
 
     /// The entry of a pixel value: the first one below the table, the last one above it; 0 without
@@ -53,6 +72,7 @@ private:
     std::uint32_t entryCount = 0;
     std::int32_t firstValue = 0;
     std::uint16_t entryBits = 0;
+    Rules rules = Rules::kEstablished;
     std::vector<std::uint16_t> table;  ///< `entryCount` entries, or none
 };
 

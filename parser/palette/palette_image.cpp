@@ -1,6 +1,7 @@
 #include "parser/palette/palette_image.h"
 
 #include "foundation/dicom/model/attributes.h"
+#include "parser/palette/exact_palette.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -42,6 +43,26 @@ PaletteColours ColoursOfIndices(const Palette& palette, std::size_t indexBytes) 
     return colours;
 }
 
+/// The pixel value that an index stands for: its stored bits, with their sign.
+std::int64_t ValueOfIndex(std::size_t index, int bitsStored, bool isSigned) {
+    const std::int64_t end = std::int64_t{1} << bitsStored;
+    const std::int64_t stored = static_cast<std::int64_t>(index) & (end - 1);
+    return isSigned && stored >= end / 2 ? stored - end : stored;
+}
+
+PaletteColours ExactColoursOfIndices(CDcmObject& object, std::size_t indexBytes) {
+    const bool isSigned = Read<int>(object, tag::kPixelRepresentation).value_or(0) != 0;
+    const auto palette = ReadExactPalette(object, isSigned);
+    if (!palette) return {};
+    const int bits = static_cast<int>(8 * indexBytes);
+    const int stored = std::clamp(Read<int>(object, tag::kBitsStored).value_or(bits), 1, bits);
+    PaletteColours colours(std::size_t{1} << bits);
+    for (std::size_t index = 0; index < colours.size(); ++index) {
+        colours[index] = palette->Of(ValueOfIndex(index, stored, isSigned));
+    }
+    return colours;
+}
+
 template <class Index>
 void Colour(const PaletteColours& colours, std::span<const unsigned char> indices,
             std::span<unsigned char> rgb) {
@@ -56,10 +77,15 @@ void Colour(const PaletteColours& colours, std::span<const unsigned char> indice
 }  // namespace
 
 std::optional<Palette> LoadPalette(CDcmObject& object) {
-    const int representation = Read<int>(object, tag::kPixelRepresentation).value_or(0);
-    Palette palette{CxPaletteLUT(representation), CxPaletteLUT(representation),
-                    CxPaletteLUT(representation)};
+    return LoadPalette(object, Rules::kEstablished,
+                       Read<int>(object, tag::kPixelRepresentation).value_or(0));
+}
+
+std::optional<Palette> LoadPalette(CDcmObject& object, Rules rules, int pixelRepresentation) {
+    Palette palette{CxPaletteLUT(pixelRepresentation), CxPaletteLUT(pixelRepresentation),
+                    CxPaletteLUT(pixelRepresentation)};
     for (std::size_t s = 0; s < palette.size(); ++s) {
+        palette[s].SetRules(rules);
         if (!LoadColour(palette[s], object, kColours[s])) return std::nullopt;
     }
     return palette;
@@ -86,6 +112,19 @@ void ColourByTable(const PaletteColours& colours, std::span<const unsigned char>
 void ColourByPalette(const Palette& palette, std::span<const unsigned char> indices,
                      std::size_t indexBytes, std::span<unsigned char> rgb) {
     ColourByTable(ColoursOfIndices(palette, indexBytes), indices, indexBytes, rgb);
+}
+
+bool ColourByObject(CDcmObject& object, Rules rules, std::span<const unsigned char> indices,
+                    std::size_t indexBytes, std::span<unsigned char> rgb) {
+    if (rules == Rules::kStandard) {
+        const auto colours = ExactColoursOfIndices(object, indexBytes);
+        if (colours.empty()) return false;
+        ColourByTable(colours, indices, indexBytes, rgb);
+        return true;
+    }
+    const auto palette = LoadPalette(object);
+    if (palette) ColourByPalette(*palette, indices, indexBytes, rgb);
+    return palette.has_value();
 }
 
 }  // namespace quorvex

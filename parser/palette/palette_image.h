@@ -15,6 +15,9 @@ namespace quorvex {
 /// Red, green and blue, each from its plain or else its segmented form; nothing when one of them
 /// has neither.
 using Palette = std::array<CxPaletteLUT, 3>;
+[[nodiscard]] std::optional<Palette> LoadPalette(CDcmObject& object, Rules rules,
+                                                 int pixelRepresentation);
+/// The same by the established rules, with the object's own Pixel Representation.
 [[nodiscard]] std::optional<Palette> LoadPalette(CDcmObject& object);
 
 /// Bytes of one index: 2 for 16 to 23 bits, otherwise 1.
@@ -38,5 +41,11 @@ void ColourByTable(const PaletteColours& colours, std::span<const unsigned char>
 /// The same by a palette whose entries `PaletteFactor` scales.
 void ColourByPalette(const Palette& palette, std::span<const unsigned char> indices,
                      std::size_t indexBytes, std::span<unsigned char> rgb);
+
+/// The same by the palette of an object, exact by the standard rules: its entries over all that
+/// they can hold, indices of Bits Stored with their sign. False where it has no whole palette.
+[[nodiscard]] bool ColourByObject(CDcmObject& object, Rules rules,
+                                  std::span<const unsigned char> indices, std::size_t indexBytes,
+                                  std::span<unsigned char> rgb);
 
 }  // namespace quorvex

@@ -4,6 +4,7 @@
 #include "foundation/types/checked_size.h"
 #include "parser/palette/palette_image.h"
 #include "pipeline/colour/supplemental_palette.h"
+#include "pipeline/displayed_image.h"
 #include "quorvex/CXDIPP.h"
 
 #include <algorithm>
@@ -91,13 +92,13 @@ QUORVEX_MESSAGE CXDIPP::MakePaletteColorImage(CDcmObject* object, unsigned char*
     return Answer(QVM_ERROR_NO_IMAGE, [&] {
         if (object == nullptr || framePixels == nullptr) return QVM_ERROR_NO_IMAGE;
         const FrameSize size = SizeOf(*object);
-        const auto palette = LoadPalette(*object);
-        if (!palette) return QVM_ERROR_NO_IMAGE;
         const std::size_t indexBytes = IndexBytesOf(*object);
         const std::size_t padded = RoundedUpTo4(size.columns);
         HeapBlock colours = ClearedPixels(padded * size.rows);
-        ColourByPalette(*palette, {framePixels, size.PixelCount() * indexBytes}, indexBytes,
-                        colours.Bytes());
+        if (!ColourByObject(*object, image_->rules, {framePixels, size.PixelCount() * indexBytes},
+                            indexBytes, colours.Bytes())) {
+            return QVM_ERROR_NO_IMAGE;
+        }
         paddedColumns = static_cast<unsigned short>(std::min(padded, kMostColumns));
         length = size.PixelCount() * kChannels;
         rgb = colours.Release();

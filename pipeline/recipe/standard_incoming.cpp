@@ -4,7 +4,7 @@
 #include "pipeline/intake/rgb_frame.h"
 #include "pipeline/intake/stored_elements.h"
 #include "pipeline/pixel_header.h"
-#include "pipeline/recipe/exact_palette.h"
+#include "pipeline/recipe/palette_colours.h"
 #include "quorvex/CXGSPSInfo.h"
 
 #include <algorithm>
@@ -41,7 +41,7 @@ void StandardIncoming::TakeColour(PixelBlock frame, const PixelHeader& header) {
 
 bool StandardIncoming::TakePalette(PixelBlock frame, const PixelHeader& header,
                                    CDcmObject& object) {
-    auto palette = ReadExactPalette(object, FormOf(header));
+    auto palette = ReadExactPalette(object, header.pixelRepresentation != 0);
     if (!palette) return false;
     TakeGrey(std::move(frame), header);
     pixels = ColouredBy(*palette, pixels, bytesPerPixel, image.form.isSigned);

@@ -82,7 +82,7 @@ int SetLongValue() {
 int ExpandPalette() {
     constexpr std::array<std::uint16_t, 6> kSelf = {0, 0, 2, 2, 0, 0};
     std::array<std::uint16_t, 16> table{};
-    return ExpandPaletteSegments(kSelf, table) ? 1 : 0;
+    return ExpandPaletteSegments(kSelf, {}, table) ? 1 : 0;
 }
 
 int RleOfManySegments() {
