@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace quorvex {
@@ -33,8 +34,15 @@ public:
 
     /// The answers of CxImageProcessor::CompressFrameData(). Throws std::bad_alloc.
     QUORVEX_MESSAGE Code();
+    /// Of JPEG 2000: how many bits a sample has, and whether three samples are R, G, B, which the
+    /// coder may turn into luminance and differences. Without it, Bits Allocated and yes.
+    void DescribeStored(unsigned bits, bool isRgb) noexcept {
+        storedBits_ = bits;
+        hasColourTransform_ = isRgb;
+    }
     /// The coded frame. More bytes than the frame has, where it does not become shorter.
     [[nodiscard]] std::span<const unsigned char> Coded() const noexcept { return coded_; }
+    [[nodiscard]] std::vector<unsigned char> TakeCoded() noexcept { return std::move(coded_); }
 
     // The coders: 1 for success, any other number for failure.
 
@@ -76,6 +84,8 @@ private:
     FrameDescription frame_;
     std::span<unsigned char> source_;
     bool keepsRgb_;
+    unsigned storedBits_ = 0;  ///< 0: all that are allocated
+    bool hasColourTransform_ = true;
     std::array<std::uint16_t, 64> quantizationTable_{};
     std::uint8_t lumaQuality_ = 0;
     std::uint32_t chromaQuality_ = 0;

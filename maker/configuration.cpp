@@ -43,6 +43,10 @@ std::optional<std::string> ContentOf(const std::string& path) {
     return text;
 }
 
+std::optional<std::string> OwnContent() {
+    return ContentOf(HostDirectory() + std::string(kFileName));
+}
+
 }  // namespace
 
 MakerConfiguration DefaultConfiguration() {
@@ -52,6 +56,8 @@ MakerConfiguration DefaultConfiguration() {
 }
 
 MakerConfiguration ParseConfiguration(std::string_view text) {
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
     MakerConfiguration configuration;
     while (const auto tagLine = TakeLine(text)) {
         const auto value = TakeLine(text);
@@ -62,8 +68,13 @@ MakerConfiguration ParseConfiguration(std::string_view text) {
     return configuration;
 }
 
+CString ConfiguredUidRoot() {
+    const auto text = OwnContent();
+    return text ? ParseConfiguration(*text).uidPrefix : CString();
+}
+
 MakerConfiguration ReadConfiguration() {
-    const auto text = ContentOf(HostDirectory() + std::string(kFileName));
+    const auto text = OwnContent();
     return text ? ParseConfiguration(*text) : DefaultConfiguration();
 }
 

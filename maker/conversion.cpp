@@ -6,6 +6,7 @@
 #include "maker/object_change.h"
 #include "maker/object_maker.h"
 #include "maker/pixel_attributes.h"
+#include "maker/recoding/recoding.h"
 #include "maker/settings.h"
 #include "quorvex/CxDcmParser.h"
 
@@ -21,9 +22,10 @@ constexpr std::uint16_t kConversionQuality = 1;
 /// and big-endian and deflated objects are in none.
 bool IsInForm(TRANSFER_SYNTAX syntax, std::int32_t compressionType) {
     const auto* row = TransferSyntaxOf(syntax);
-    if (row == nullptr || row->form == 0) return false;
+    if (row == nullptr || row->form == 0 || row->isDeflated) return false;
     const auto form = static_cast<QUORVEX_XFERSYNTAX>(compressionType);
     const auto* wanted = TransferSyntaxOf(form);
+    if (form == kXferDeflated) return false;
     const bool areNative = wanted != nullptr && !wanted->isEncapsulated && !row->isEncapsulated;
     return areNative || row->form == form;
 }
@@ -127,6 +129,21 @@ QUORVEX_MESSAGE ConvertPixels(CxDcmParser& parser, TRANSFER_SYNTAX syntax, _DCM_
     return MakePixels(format, frames, target);
 }
 
+RecodingWish RecodingWishOf(const _USER_SETTING_INFO* settings, std::uint16_t quality) {
+    RecodingWish wish{.form = kXferUncompressed, .quality = quality};
+    if (settings != nullptr) wish.form = static_cast<QUORVEX_XFERSYNTAX>(settings->compressionType);
+    return wish;
+}
+
+/// Changes the object only when all is done.
+QUORVEX_MESSAGE Recode(CxDcmParser& parser, TRANSFER_SYNTAX syntax, const RecodingWish& wish,
+                       CDcmObject& object) {
+    ObjectChange change(object);
+    const auto result = RecodeByStandard(parser, syntax, wish, object);
+    if (result == QVM_SUCCESS || result == QVM_FRAME_COPIED) change.Keep();
+    return result;
+}
+
 /// Sets `outcome` by the Pixel Data; changes nothing when it answers with a failure or throws.
 QUORVEX_MESSAGE Convert(CDcmApp& app, CDcmObject& object, const _USER_SETTING_INFO* settings,
                         ObjectMaker& maker) {
@@ -134,11 +151,14 @@ QUORVEX_MESSAGE Convert(CDcmApp& app, CDcmObject& object, const _USER_SETTING_IN
     if (object.GetTransferSyntax(syntax) != kDcmSuccess) return QVM_ERROR_INVALID_TRANSFER_SYNTAX;
     CDcmObject source = object;  // a parser corrects the header that it is given
     CxDcmParser parser;
+    parser.SetRules(maker.rules);
     const auto result = parser.Initialize(&app, &source, nullptr, 0, 0);
     if (result != QVM_SUCCESS) return result;
     ObjectChange change(object);
     const auto ofPixels = Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, [&] {
-        return ConvertPixels(parser, syntax, WantedFormat(settings, maker.quality), object);
+        return maker.rules == Rules::kStandard
+                   ? Recode(parser, syntax, RecodingWishOf(settings, maker.quality), object)
+                   : ConvertPixels(parser, syntax, WantedFormat(settings, maker.quality), object);
     });
     UpdateUserSettingInfo(settings, object);
     if (settings != nullptr && !settings->fileName.IsEmpty()) object.RenameFile(settings->fileName);

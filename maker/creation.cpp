@@ -115,6 +115,9 @@ CxDcmMaker::~CxDcmMaker() = default;
 QUORVEX_MESSAGE CxDcmMaker::GetOutcome() const noexcept {
     return maker_->outcome;
 }
+void CxDcmMaker::SetRules(Rules rules) noexcept {
+    maker_->rules = rules;
+}
 void CxDcmMaker::SetQuality(std::uint16_t quality) noexcept {
     maker_->quality = quality;
 }

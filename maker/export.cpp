@@ -4,6 +4,7 @@
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/object/object_state.h"
 #include "maker/pixel_attributes.h"
+#include "maker/pixel_data_writing.h"
 #include "maker/pixel_draft.h"
 #include "maker/plain_frames.h"
 #include "quorvex/CxImageProcessor.h"
@@ -18,16 +19,15 @@ namespace quorvex {
 namespace {
 
 /// Plain frames, one after the other, each gone before the next one comes.
-class PlainFrames {
+class PlainFrames final : public PlainFrameSource {
 public:
     PlainFrames(PixelDraft& draft, FrameSupply& supply) : draft_(draft), supply_(supply) {}
-    ~PlainFrames() { Drop(); }
+    ~PlainFrames() override { Drop(); }
     PlainFrames(const PlainFrames&) = delete;
     PlainFrames& operator=(const PlainFrames&) = delete;
 
-    [[nodiscard]] bool AreAtEnd() const { return next_ == supply_.Count(); }
-    /// The next frame's bytes, valid until the next call.
-    QUORVEX_MESSAGE Next(std::span<unsigned char>& bytes) {
+    [[nodiscard]] bool AreAtEnd() const override { return next_ == supply_.Count(); }
+    QUORVEX_MESSAGE Next(std::span<unsigned char>& bytes) override {
         Drop();
         auto result = supply_.Fetch(next_++, frame_);
         if (result == QVM_SUCCESS) result = ProcessObjectForExportAction(draft_, *frame_);
@@ -50,51 +50,6 @@ private:
     _DCM_FRAME_BUFFER* frame_ = nullptr;
 };
 
-/// Gives the frames of native Pixel Data to the object as it asks for them, in pieces whose length
-/// an int can hold.
-class NativeValue {
-public:
-    explicit NativeValue(PlainFrames& frames) : frames_(frames) {}
-
-    static MC_STATUS Give(int, std::uint32_t, void* user, int, int* length, void** data,
-                          int* last) {
-        return static_cast<NativeValue*>(user)->GivePiece(*length, *data, *last);
-    }
-    /// Why the value was refused.
-    [[nodiscard]] QUORVEX_MESSAGE Failure() const noexcept {
-        return result_ == QVM_SUCCESS ? QVM_ERROR_FAILED_TO_SET_PIXEL_DATA : result_;
-    }
-
-private:
-    MC_STATUS GivePiece(int& length, void*& data, int& last) {
-        constexpr std::size_t kLongestPiece = std::size_t{1} << 30U;
-        if (rest_.empty() && !frames_.AreAtEnd()) result_ = frames_.Next(rest_);
-        if (result_ != QVM_SUCCESS) return kMcRefuse;
-        const auto piece = rest_.first(std::min(rest_.size(), kLongestPiece));
-        rest_ = rest_.subspan(piece.size());
-        length = static_cast<int>(piece.size());
-        data = piece.data();
-        last = rest_.empty() && frames_.AreAtEnd() ? 1 : 0;
-        return kMcContinue;
-    }
-
-    PlainFrames& frames_;
-    std::span<unsigned char> rest_;
-    QUORVEX_MESSAGE result_ = QVM_SUCCESS;
-};
-
-QUORVEX_MESSAGE PutNative(PixelDraft& draft, PlainFrames& frames) {
-    constexpr std::uint16_t kBitsOfAByte = 8;
-    NativeValue value(frames);
-    draft.object.RemoveValue(tag::kExtendedOffsetTable);
-    draft.object.RemoveValue(tag::kExtendedOffsetTableLengths);
-    if (draft.object.SetValue(tag::kPixelData, &value, NativeValue::Give) != kDcmSuccess)
-        return value.Failure();
-    if (draft.format.bitsStored > kBitsOfAByte)
-        draft.object.SetValueRepresentation(tag::kPixelData, MC_VR_OW);
-    return QVM_SUCCESS;
-}
-
 /// Coded frames, one behind the other.
 class CodedFrames {
 public:
@@ -112,27 +67,18 @@ public:
         unsigned long length = 0;
         const auto result =
             coder_.CompressFrameData(&param_, plain.data(), plain.size(), coded, length);
-        std::unique_ptr<unsigned char[]> block(coded);
+        const std::unique_ptr<unsigned char[]> block(coded);
         if (result != QVM_SUCCESS || coded == nullptr) return QVM_ERROR_FAILED_TO_COMPRESS;
-        blocks_.push_back(std::move(block));
-        lengths_.push_back(length);
+        frames_.emplace_back(coded, coded + length);
         return QVM_SUCCESS;
     }
-    /// Items of odd length are padded by the object.
-    QUORVEX_MESSAGE PutInto(CDcmObject& object) const {
-        std::vector<unsigned char*> frames;
-        for (const auto& block : blocks_) frames.push_back(block.get());
-        const bool isPut = object.SetValueEx(tag::kPixelData, static_cast<int>(frames.size()),
-                                             lengths_.data(), frames.data()) == kDcmSuccess;
-        return isPut ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_SET_PIXEL_DATA;
-    }
+    QUORVEX_MESSAGE PutInto(CDcmObject& object) { return PutCodedFrames(frames_, object); }
 
 private:
     const PixelLayout& layout_;
     _IMAGE_PROCESS_PARAM param_;
     CxImageProcessor coder_;
-    std::vector<std::unique_ptr<unsigned char[]>> blocks_;
-    std::vector<unsigned long> lengths_;
+    std::vector<std::vector<unsigned char>> frames_;
 };
 
 QUORVEX_MESSAGE PutCoded(PixelDraft& draft, PlainFrames& frames) {
@@ -169,6 +115,11 @@ void DescribeOutgoing(PixelDraft& draft, bool holdsBitmaps) {
     if (IsPlain(draft.format) && in.IsPalette()) DescribeAsRgbBytes(draft.format);
 }
 
+/// The established rules write neither RLE nor deflated objects.
+bool IsWrittenByEstablished(const TransferSyntax* syntax) {
+    return syntax != nullptr && !syntax->isDeflated && syntax->coding != FrameCoding::kRle;
+}
+
 QUORVEX_MESSAGE Describe(PixelDraft& draft, const FrameSupply& frames) {
     if (draft.format.compressionType == 0) return QVM_ERROR_INVALID_TARGET_SYNTAX;
     auto result = ResolveLayout(draft.format, draft.object, draft.incoming);
@@ -177,7 +128,7 @@ QUORVEX_MESSAGE Describe(PixelDraft& draft, const FrameSupply& frames) {
     result = ResolveLayout(draft.format, draft.object, draft.outgoing);
     if (result != QVM_SUCCESS) return result;
     draft.written = TransferSyntaxOf(static_cast<QUORVEX_XFERSYNTAX>(draft.format.compressionType));
-    return draft.written == nullptr ? QVM_ERROR_INVALID_TRANSFER_SYNTAX : QVM_SUCCESS;
+    return IsWrittenByEstablished(draft.written) ? QVM_SUCCESS : QVM_ERROR_INVALID_TRANSFER_SYNTAX;
 }
 
 /// Writes attributes and Pixel Data into the draft's object.
@@ -187,7 +138,10 @@ QUORVEX_MESSAGE CreateDICOMExportObject(PixelDraft& draft, FrameSupply& supply) 
     auto result = WritePixelAttributes(draft.format, draft.outgoing, supply.Count(), draft.object);
     if (result != QVM_SUCCESS) return result;
     PlainFrames frames(draft, supply);
-    result = draft.written->isEncapsulated ? PutCoded(draft, frames) : PutNative(draft, frames);
+    constexpr std::uint16_t kBitsOfAByte = 8;
+    const bool areWords = draft.format.bitsStored > kBitsOfAByte;
+    result = draft.written->isEncapsulated ? PutCoded(draft, frames)
+                                           : PutNativeFrames(frames, areWords, draft.object);
     if (result == QVM_SUCCESS) WriteCodingAttributes(draft.format, *draft.written, draft.object);
     return result;
 }

@@ -28,6 +28,7 @@ public:
 
     QUORVEX_MESSAGE outcome = QVM_SUCCESS;  ///< of the latest making or conversion
     std::uint16_t quality = 0;              ///< 0: the default of the operation
+    Rules rules = Rules::kEstablished;
 
 private:
     /// @param target  null: a new object is made for it

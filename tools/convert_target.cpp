@@ -21,6 +21,8 @@ struct Choice {
 constexpr std::array kChoices = {
     Choice{kImplicitLittleEndian},
     Choice{kExplicitLittleEndian},
+    Choice{kDeflatedExplicitLittleEndian},
+    Choice{kRle},
     Choice{kJpegBaseline, 97, 1, 100},
     Choice{kJpegExtended, 1, 1000, 1},
     Choice{kJpegLosslessFirstOrder},

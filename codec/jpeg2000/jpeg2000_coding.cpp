@@ -24,7 +24,9 @@ int FrameCoder::CompressRawData2J2K() {
     parameters.operation = kPegasusEncode;
     parameters.input = source_;
     DescribePixels(frame_, parameters);
-    parameters.bitDepth = frame_.bitsAllocated & 0xFF;
+    parameters.bitDepth =
+        storedBits_ != 0 ? static_cast<int>(storedBits_) : frame_.bitsAllocated & 0xFF;
+    parameters.hasColourTransform = hasColourTransform_;
     parameters.isSigned = frame_.IsGrey() && frame_.pixelRepresentation == 1;
     parameters.isLossless = frame_.targetSyntax == kXferJpeg2000Lossless;
     if (!parameters.isLossless) {

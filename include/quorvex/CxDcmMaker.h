@@ -121,6 +121,22 @@ public:
     CxDcmMaker& operator=(const CxDcmMaker&) = delete;
     virtual ~CxDcmMaker();
 
+    /// Chooses the rules for what is made or converted from now on; established ones at first.
+    ///
+    /// By the standard rules a conversion changes how pixels are stored and nothing else:
+    ///     - stored values, palettes, signs, embedded overlays and bits above Bits Stored stay;
+    ///       Photometric Interpretation and Planar Configuration change where the coding demands
+    ///       it; windows, tables and all other attributes stay as they are;
+    ///     - forms 4 (RLE) and 10 (deflated) are written too; an object in native form takes the
+    ///       transfer syntax of another native form;
+    ///     - "01" of Lossy Image Compression is never lowered, and an object that was coded with
+    ///       losses is marked so; a lossy result has ratio and method behind earlier ones,
+    ///       derivation, Image Type DERIVED, its source, and a SOP Instance UID of its own, below
+    ///       the prefix of "Quorvex.INI" or below 2.25;
+    ///     - what a coding cannot hold is refused: GetOutcome() says by which attribute. So are
+    ///       frames that are not whole.
+    void SetRules(Rules rules) noexcept;
+
     // Identity. Each text is empty without memory.
 
     /// Local time as HHMMSS.mmmmmm, the milliseconds unscaled in the last three digits.

@@ -36,6 +36,9 @@ inline constexpr std::uint32_t kConversionType = 0x00080064;
 inline constexpr std::uint32_t kManufacturer = 0x00080070;
 inline constexpr std::uint32_t kInstitutionName = 0x00080080;
 inline constexpr std::uint32_t kReferringPhysicianName = 0x00080090;
+inline constexpr std::uint32_t kCodeValue = 0x00080100;
+inline constexpr std::uint32_t kCodingSchemeDesignator = 0x00080102;
+inline constexpr std::uint32_t kCodeMeaning = 0x00080104;
 inline constexpr std::uint32_t kStudyDescription = 0x00081030;
 inline constexpr std::uint32_t kSeriesDescription = 0x0008103E;
 inline constexpr std::uint32_t kManufacturerModelName = 0x00081090;
@@ -44,6 +47,10 @@ inline constexpr std::uint32_t kReferencedImageSequence = 0x00081140;
 inline constexpr std::uint32_t kReferencedSOPClassUID = 0x00081150;
 inline constexpr std::uint32_t kReferencedSOPInstanceUID = 0x00081155;
 inline constexpr std::uint32_t kReferencedFrameNumber = 0x00081160;
+inline constexpr std::uint32_t kDerivationDescription = 0x00082111;
+inline constexpr std::uint32_t kSourceImageSequence = 0x00082112;
+inline constexpr std::uint32_t kFrameType = 0x00089007;
+inline constexpr std::uint32_t kDerivationCodeSequence = 0x00089215;
 
 // Patient
 inline constexpr std::uint32_t kPatientName = 0x00100010;
@@ -166,6 +173,7 @@ inline constexpr std::uint32_t kPerformedProcedureStepStartDate = 0x00400244;
 inline constexpr std::uint32_t kPerformedProcedureStepStartTime = 0x00400245;
 inline constexpr std::uint32_t kPerformedProcedureStepID = 0x00400253;
 inline constexpr std::uint32_t kPerformedProcedureStepDescription = 0x00400254;
+inline constexpr std::uint32_t kPurposeOfReferenceCodeSequence = 0x0040A170;
 
 // Presentation
 inline constexpr std::uint32_t kGraphicAnnotationSequence = 0x00700001;

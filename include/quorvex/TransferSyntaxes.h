@@ -35,12 +35,13 @@ enum QUORVEX_XFERSYNTAX : std::uint32_t {
     kXferUncompressed = 1,
     kXferUncompressedImplicit = 2,
     kXferUncompressedExplicit = 3,
-    kXferRle = 4,           ///< kept where a source has it; there is no coder
+    kXferRle = 4,           ///< written by the standard rules only
     kXferJpegBaseline = 5,  ///< 8-bit data only
     kXferJpegExtended = 6,  ///< more than 8 bits only
     kXferJpegLossless = 7,
     kXferJpeg2000 = 8,
     kXferJpeg2000Lossless = 9,
+    kXferDeflated = 10,  ///< Deflated Explicit VR Little Endian; by the standard rules only
 };
 
 /// How frames are stored, and with that what decodes them here.

@@ -61,16 +61,13 @@ void Describe(const CDcmObject& source, ConvertRecord& record) {
 void Convert(CDcmObject& object, const ConvertOptions& options) {
     CDcmApp app;
     CxDcmMaker maker;
+    maker.SetRules(Rules::kStandard);
     _USER_SETTING_INFO settings;
     settings.compressionType = static_cast<std::int32_t>(options.target.syntax->form);
     maker.SetQuality(static_cast<std::uint16_t>(options.quality));
     Require(maker.MakeDcmObject(&app, &object, &settings));
     const auto outcome = maker.GetOutcome();
     if (outcome != QVM_FRAME_COPIED) Require(outcome);
-    const TransferSyntax& wanted = *options.target.syntax;
-    if (!wanted.isEncapsulated && object.SetTransferSyntax(wanted.number) != kDcmSuccess)
-        throw BadInput(QVM_ERROR_INVALID_TRANSFER_SYNTAX);
-    if (outcome != QVM_FRAME_COPIED) NameColoursOf(object, options.target);
 }
 
 void Verify(CDcmObject& source, const std::string& written, const ConvertTarget& target,

@@ -23,6 +23,7 @@ SampleForm FormOf(const CDcmObject& header) {
 }
 
 QUORVEX_MESSAGE Open(CxDcmParser& parser, CDcmApp& app, CDcmObject& object) {
+    parser.SetRules(Rules::kStandard);
     return parser.Initialize(&app, &object, nullptr, 0, 0);
 }
 

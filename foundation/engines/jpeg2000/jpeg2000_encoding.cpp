@@ -105,7 +105,7 @@ opj_cparameters_t Settings(const PegasusParameters& p) noexcept {
     settings.cp_disto_alloc = 1;
     settings.irreversible = p.isLossless ? 0 : 1;
     settings.tcp_rates[0] = Rate(p);
-    settings.tcp_mct = p.samples == 3 ? 1 : 0;
+    settings.tcp_mct = p.samples == 3 && p.hasColourTransform ? 1 : 0;
     settings.numresolution = Resolutions(p);
     return settings;
 }

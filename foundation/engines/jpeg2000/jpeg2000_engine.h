@@ -44,7 +44,10 @@ struct PegasusParameters {
     int components = 0;          ///< 1, 3 or 4
     int precision = 0;           ///< 1 to 16 bits a sample
     bool streamIsSigned = false;
-    bool hasColourTransform = false;  ///< three components that decode to R, G, B
+
+    /// Three components are luminance and differences of R, G, B: filled by PegasusQuery(), and
+    /// asked for when coding.
+    bool hasColourTransform = false;
 
     // ---- the pixels: rows from the top, interleaved samples, no padding ----
     int columns = 0;

@@ -251,7 +251,10 @@ std::optional<Jpeg2000Header> ReadJpeg2000Header(Bytes codestream) noexcept {
     if (!size || !ReadSize(size->content, grid, header)) return std::nullopt;
     const auto tileParts = ReadSegments(codestream, size->next, kSot, [&](const Segment& segment) {
         if (segment.marker == kCod && segment.content.size() > 4) {
+            constexpr std::size_t kTransform = 9;
             header.hasColourTransform = segment.content[4] != 0;
+            header.isReversible =
+                segment.content.size() > kTransform && segment.content[kTransform] == 1;
         }
         return ReadCoding(segment, grid, header, demand);
     });

@@ -17,6 +17,7 @@ struct Jpeg2000Header {
     bool isSigned = false;
     bool isSubsampled = false;
     bool hasColourTransform = false;  ///< the decoder turns the components into R, G, B
+    bool isReversible = false;        ///< by its wavelet; it may have been cut short all the same
     std::uint64_t tiles = 0;
     std::uint64_t packets = 0;  ///< at most so many by its coding styles; each costs a byte
 };

@@ -1,0 +1,78 @@
+#include "codec/stored_coding.h"
+
+#include "codec/frame_coder.h"
+#include "codec/rle/rle_coding.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace quorvex {
+namespace {
+
+_IMAGE_PROCESS_PARAM ParamOf(const StoredForms& forms) {
+    _IMAGE_PROCESS_PARAM param;
+    param.transferSyntax = kExplicitLittleEndian;
+    param.targetSyntax = forms.form;
+    param.samplesPerPixel = forms.samplesPerPixel;
+    param.photometric = forms.samplesPerPixel == 1 ? "MONOCHROME2" : "RGB";
+    param.planarConfiguration = 0;
+    param.rows = forms.rows;
+    param.columns = forms.columns;
+    param.bitsAllocated = forms.bitsAllocated;
+    param.pixelRepresentation = forms.isSigned ? 1 : 0;
+    param.quality = forms.quality;
+    return param;
+}
+
+template <class Sample>
+bool FitBits(std::span<const unsigned char> frame, int bits) {
+    const std::int64_t span = std::int64_t{1} << bits;
+    const std::int64_t lowest = std::is_signed_v<Sample> ? -span / 2 : 0;
+    for (std::size_t at = 0; at + sizeof(Sample) <= frame.size(); at += sizeof(Sample)) {
+        Sample sample;
+        std::memcpy(&sample, frame.data() + at, sizeof sample);
+        if (sample < lowest || sample >= lowest + span) return false;
+    }
+    return true;
+}
+
+bool FitBitsStored(const StoredForms& forms, std::span<const unsigned char> frame) {
+    if (forms.bitsStored >= forms.bitsAllocated) return true;
+    if (forms.bitsAllocated <= 8) {
+        return forms.isSigned ? FitBits<std::int8_t>(frame, forms.bitsStored)
+                              : FitBits<std::uint8_t>(frame, forms.bitsStored);
+    }
+    return forms.isSigned ? FitBits<std::int16_t>(frame, forms.bitsStored)
+                          : FitBits<std::uint16_t>(frame, forms.bitsStored);
+}
+
+QUORVEX_MESSAGE CodeToRle(const StoredForms& forms, std::span<const unsigned char> frame,
+                          std::vector<unsigned char>& coded) {
+    auto made = CodeRle({.frame = frame,
+                         .rows = forms.rows,
+                         .columns = forms.columns,
+                         .samplesPerPixel = forms.samplesPerPixel,
+                         .bytesPerSample = forms.bitsAllocated / std::size_t{8}});
+    if (!made) return QVM_ERROR_FAILED_TO_COMPRESS;
+    coded = *std::move(made);
+    return QVM_SUCCESS;
+}
+
+}  // namespace
+
+QUORVEX_MESSAGE CodeStored(const StoredForms& forms, std::span<unsigned char> frame,
+                           std::vector<unsigned char>& coded) {
+    const TransferSyntax* const row = TransferSyntaxOf(forms.form);
+    if (row == nullptr || !row->isEncapsulated) return QVM_ERROR_INVALID_TARGET_SYNTAX;
+    if (row->coding == FrameCoding::kRle) return CodeToRle(forms, frame, coded);
+    const bool isFit = FitBitsStored(forms, frame);
+    if (row->isLossy && !isFit) return QVM_ERROR_INVALID_BITS_STORED;
+    const _IMAGE_PROCESS_PARAM param = ParamOf(forms);
+    FrameCoder coder(param, frame, /*keepsRgb=*/true);
+    coder.DescribeStored(isFit ? forms.bitsStored : forms.bitsAllocated, forms.isRgb);
+    const QUORVEX_MESSAGE result = coder.Code();
+    if (result == QVM_SUCCESS) coded = coder.TakeCoded();
+    return result;
+}
+
+}  // namespace quorvex

@@ -1,0 +1,116 @@
+#include "maker/recoding/lossy_record.h"
+
+#include "foundation/dicom/model/attributes.h"
+#include "maker/attribute_writing.h"
+#include "maker/configuration.h"
+#include "maker/uids.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+namespace quorvex {
+namespace {
+
+struct Code {
+    const char* value;
+    const char* meaning;
+};
+constexpr Code kLossyCompression{"113040", "Lossy Compression"};
+constexpr Code kPredecessor{"121320", "Uncompressed predecessor"};
+
+/// A Defined Term of Lossy Image Compression Method.
+const char* MethodOf(const TransferSyntax& coding) {
+    switch (coding.coding) {
+        case FrameCoding::kJpeg2000:
+            return "ISO_15444_1";
+        case FrameCoding::kJpeg:
+            return "ISO_10918_1";
+        default:
+            return "";
+    }
+}
+
+/// At most 16 characters, as a decimal string must be.
+CString RatioText(double ratio) {
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%.4g", ratio >= 1e6 ? std::round(ratio) : ratio);
+    return text.data();
+}
+
+CDcmItem ItemOf(const Code& code) {
+    CDcmItem item;
+    item.SetValue(tag::kCodeValue, code.value);
+    item.SetValue(tag::kCodingSchemeDesignator, "DCM");
+    item.SetValue(tag::kCodeMeaning, code.meaning);
+    return item;
+}
+
+template <class Value>
+void Append(CDcmObjectCommon& object, std::uint32_t tag, Value value) {
+    int count = 0;
+    const bool hasValues = object.GetValueCount(tag, count) == kDcmSuccess && count > 0;
+    if (hasValues) {
+        object.SetNextValue(tag, value);
+    } else {
+        object.SetValue(tag, value);
+    }
+}
+
+void AppendLoss(const TransferSyntax& coding, double ratio, CDcmObject& object) {
+    object.SetValue(tag::kLossyImageCompression, "01");
+    Append(object, tag::kLossyImageCompressionRatio, RatioText(ratio));
+    Append(object, tag::kLossyImageCompressionMethod, CString(MethodOf(coding)));
+}
+
+/// DERIVED in place of the first value; the others stay.
+void SetDerived(CDcmObjectCommon& object, std::uint32_t tag) {
+    std::vector<CString> values;
+    ForEachValue<CString>(object, tag, [&](const CString& value) { values.push_back(value); });
+    if (values.empty()) values = {"", "PRIMARY"};
+    values.front() = "DERIVED";
+    ValueWriter writer(object, tag);
+    for (const CString& value : values) writer.Add(value);
+}
+
+void DescribeDerivation(const TransferSyntax& coding, double ratio, CDcmObject& object) {
+    constexpr int kLongestText = 1024;
+    const CString text =
+        CString("Lossy compression ") + RatioText(ratio) + ":1, " + CString(coding.name);
+    const auto earlier = Read<CString>(object, tag::kDerivationDescription);
+    const CString all = earlier && !earlier->IsEmpty() ? *earlier + "; " + text : text;
+    object.SetValue(tag::kDerivationDescription, all.GetLength() <= kLongestText ? all : text);
+    CDcmItem code = ItemOf(kLossyCompression);
+    Append(object, tag::kDerivationCodeSequence, &code);
+}
+
+void ReferToSource(CDcmObject& object) {
+    CDcmItem source;
+    for (const auto& [from, to] : {std::pair(tag::kSOPClassUID, tag::kReferencedSOPClassUID),
+                                   std::pair(tag::kSOPInstanceUID, tag::kReferencedSOPInstanceUID)})
+        source.SetValue(to, Read<CString>(object, from).value_or(CString()));
+    CDcmItem purpose = ItemOf(kPredecessor);
+    source.SetValue(tag::kPurposeOfReferenceCodeSequence, &purpose);
+    Append(object, tag::kSourceImageSequence, &source);
+}
+
+}  // namespace
+
+void MarkEarlierLoss(const TransferSyntax& coding, double ratio, CDcmObject& object) {
+    if (Read<CString>(object, tag::kLossyImageCompression) == CString("01")) return;
+    AppendLoss(coding, ratio, object);
+}
+
+bool RecordLoss(const TransferSyntax& coding, double ratio, CDcmObject& object) {
+    const auto uid = NewUid(ConfiguredUidRoot());
+    if (!uid) return false;
+    AppendLoss(coding, ratio, object);
+    DescribeDerivation(coding, ratio, object);
+    ReferToSource(object);
+    SetDerived(object, tag::kImageType);
+    object.SetValue(tag::kSOPInstanceUID, *uid);
+    return true;
+}
+
+}  // namespace quorvex

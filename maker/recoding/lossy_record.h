@@ -1,0 +1,19 @@
+/// What the standard asks of an object whose pixels were coded with losses.
+#pragma once
+
+#include "maker/recoding/recoding_plan.h"
+#include "quorvex/DicomObject.h"
+
+namespace quorvex {
+
+/// Marks an object that was coded lossily before, where it does not say so itself: an object that
+/// says "01" stays as it is.
+/// @param ratio  of that coding
+void MarkEarlierLoss(const TransferSyntax& coding, double ratio, CDcmObject& object);
+
+/// Makes the object one derived from its former self: Lossy Image Compression with ratio and
+/// method behind earlier ones, derivation, Image Type, source, and a UID of its own.
+/// @return false where no UID can be made of the configured root
+[[nodiscard]] bool RecordLoss(const TransferSyntax& coding, double ratio, CDcmObject& object);
+
+}  // namespace quorvex

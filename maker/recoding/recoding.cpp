@@ -1,0 +1,135 @@
+#include "maker/recoding/recoding.h"
+
+#include "foundation/dicom/model/attributes.h"
+#include "foundation/types/limits.h"
+#include "maker/pixel_data_writing.h"
+#include "maker/recoding/lossy_record.h"
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace quorvex {
+namespace {
+
+MC_STATUS CountBytes(int, std::uint32_t, void* user, int, unsigned long length, unsigned char*, int,
+                     int) {
+    *static_cast<std::size_t*>(user) += length;
+    return kMcContinue;
+}
+
+std::size_t StoredBytes(const CDcmObject& object) {
+    std::size_t stored = 0;
+    object.GetValueEx(tag::kPixelData, &stored, CountBytes);
+    return stored;
+}
+
+/// Frames as they are stored, one after the other.
+class StoredFrames final : public PlainFrameSource {
+public:
+    StoredFrames(CxDcmParser& parser, std::size_t frameBytes)
+        : parser_(parser), frameBytes_(frameBytes), count_(parser.GetFrameCount()) {}
+
+    [[nodiscard]] bool AreAtEnd() const override { return next_ == count_; }
+    QUORVEX_MESSAGE Next(std::span<unsigned char>& bytes) override {
+        frame_.reset();
+        unsigned char* data = nullptr;
+        unsigned long size = 0;
+        const auto result = parser_.GetAFrame(next_++, data, size, 0);
+        frame_.reset(data);
+        if (result != QVM_SUCCESS) return result;
+        // What is missing would look as if it had been black.
+        if (parser_.GetFrameQuality() == FrameQuality::kPartial)
+            return QVM_ERROR_FAILED_TO_DECOMPRESS;
+        if (size != frameBytes_) return QVM_ERROR_INVALID_BITS_ALLOCATED;
+        bytes = {data, size};
+        return QVM_SUCCESS;
+    }
+
+private:
+    CxDcmParser& parser_;
+    std::size_t frameBytes_;
+    int count_;
+    int next_ = 0;
+    std::unique_ptr<unsigned char[]> frame_;
+};
+
+/// Coded frames may be far smaller than pictures, but a few bytes make no pictures of gigabytes.
+bool IsPlausible(std::size_t all, std::size_t stored) {
+    return all <= kObjectAllowance || all / kMostObjectPerByte <= stored ||
+           RefuseBy(Limit::kLargestObject);
+}
+
+void DescribeColours(const RecodingPlan& plan, CDcmObject& object) {
+    if (plan.forms.samplesPerPixel != 3) return;
+    if (Read<CString>(object, tag::kPhotometricInterpretation) != plan.written)
+        object.SetValue(tag::kPhotometricInterpretation, plan.written);
+    const bool keepsPlanes = plan.to->coding == FrameCoding::kRle &&
+                             Read<int>(object, tag::kPlanarConfiguration).has_value();
+    if (!keepsPlanes && Read<int>(object, tag::kPlanarConfiguration) != 0)
+        object.SetValue(tag::kPlanarConfiguration, 0);
+}
+
+/// The process that is told from the transfer syntax has these bits, whatever the samples have.
+void DescribeExtendedBits(CDcmObject& object) {
+    constexpr int kBits = 12;
+    object.SetValue(tag::kBitsStored, kBits);
+    object.SetValue(tag::kHighBit, kBits - 1);
+}
+
+QUORVEX_MESSAGE CodeAll(const RecodingPlan& plan, StoredFrames& frames, CDcmObject& target,
+                        std::size_t& codedBytes) {
+    std::vector<std::vector<unsigned char>> coded;
+    while (!frames.AreAtEnd()) {
+        std::span<unsigned char> frame;
+        auto result = frames.Next(frame);
+        std::vector<unsigned char> one;
+        if (result == QVM_SUCCESS) result = CodeStored(plan.forms, frame, one);
+        if (result != QVM_SUCCESS) return result;
+        codedBytes += one.size();
+        coded.push_back(std::move(one));
+    }
+    return PutCodedFrames(coded, target);
+}
+
+double RatioOf(std::size_t plain, std::size_t coded) {
+    return coded == 0 ? 1.0 : static_cast<double>(plain) / static_cast<double>(coded);
+}
+
+}  // namespace
+
+QUORVEX_MESSAGE RecodeByStandard(CxDcmParser& parser, TRANSFER_SYNTAX from,
+                                 const RecodingWish& wish, CDcmObject& target) {
+    RecodingPlan plan;
+    auto result = PlanRecoding(*parser.GetHeader(), from, wish, plan);
+    if (result != QVM_SUCCESS) return result;
+    if (!plan.keepsFrames || !plan.to->isEncapsulated) {
+        if (target.SetTransferSyntax(plan.to->number) != kDcmSuccess)
+            return QVM_ERROR_INVALID_TRANSFER_SYNTAX;
+    }
+    if (plan.keepsFrames) return QVM_FRAME_COPIED;
+    const int count = parser.GetFrameCount();
+    if (count < 1 || (count > kMostFrames && !RefuseBy(Limit::kMostFrames)))
+        return QVM_ERROR_INVALID_IMAGE_FORMAT;
+    const std::size_t plainBytes = plan.frameBytes * static_cast<std::size_t>(count);
+    const std::size_t storedBytes = StoredBytes(*parser.GetHeader());
+    if (plan.from->isEncapsulated && !IsPlausible(plainBytes, storedBytes))
+        return QVM_ERROR_FAILED_TO_SET_PIXEL_DATA;
+
+    if (plan.forms.samplesPerPixel == 3)
+        parser.GetHeader()->SetValue(tag::kPhotometricInterpretation, plan.readAs);
+    StoredFrames frames(parser, plan.frameBytes);
+    std::size_t codedBytes = 0;
+    result = plan.to->isEncapsulated
+                 ? CodeAll(plan, frames, target, codedBytes)
+                 : PutNativeFrames(frames, plan.forms.bitsAllocated > 8, target);
+    if (result != QVM_SUCCESS) return result;
+    DescribeColours(plan, target);
+    if (plan.isLossySource) MarkEarlierLoss(*plan.from, RatioOf(plainBytes, storedBytes), target);
+    if (wish.form == kXferJpegExtended) DescribeExtendedBits(target);
+    if (plan.to->isLossy && !RecordLoss(*plan.to, RatioOf(plainBytes, codedBytes), target))
+        return QVM_ERROR_INVALID_MAKER_PARAM;
+    return QVM_SUCCESS;
+}
+
+}  // namespace quorvex
