@@ -119,7 +119,8 @@ void AddOptions(CLI::App& verb, ConvertArguments& arguments) {
                     "Output, - for standard output; a folder for several")
         ->required();
     verb.add_option("--to", arguments.target,
-                    "implicit, explicit, jpeg, jpeg12, jpeg-lossless, j2k or j2k-lossless")
+                    "implicit, explicit, deflated, rle, jpeg, jpeg12, jpeg-lossless, j2k or "
+                    "j2k-lossless")
         ->required();
     verb.add_option("--quality", arguments.quality,
                     "jpeg: 1 to 100; jpeg12: coarseness, 1 is best; j2k: ratio to compress by");
@@ -132,7 +133,14 @@ void AddOptions(CLI::App& verb, ConvertArguments& arguments) {
     verb.add_option("--manifest", arguments.manifest,
                     "Adds a JSON line for each file, and passes over files that have one");
     verb.add_flag("--no-verify", arguments.isUnverified,
-                  "Does not decode outputs again to compare them");
+                  "Does not read outputs again to compare them");
+    verb.add_flag("--keep-unsupported", arguments.keepsUnsupported,
+                  "Copies files as they are that the target cannot hold or that have no decoder");
+    verb.add_flag("--leave-lossy", arguments.leavesLossy,
+                  "Copies files as they are that were coded with losses before");
+    verb.add_flag(
+        "--dry-run", arguments.isDryRun,
+        "Tells what would become of each file, and how large it would be; writes nothing");
 }
 
 void AddOptions(CLI::App& verb, CaptureArguments& arguments) {

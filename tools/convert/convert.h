@@ -21,6 +21,9 @@ struct ConvertArguments {
     Shard shard;
     std::string manifest;  ///< empty for none
     bool isUnverified = false;
+    bool keepsUnsupported = false;  ///< copies what the target cannot hold
+    bool leavesLossy = false;       ///< copies what was coded with losses before
+    bool isDryRun = false;          ///< tells, and places nothing
 };
 ExitStatus Convert(const ConvertArguments& arguments);
 
