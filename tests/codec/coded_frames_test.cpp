@@ -168,23 +168,6 @@ Bytes UnmarkedLossless(const Bytes& pixels) {
     return stream;
 }
 
-/// Y, Cb and Cr as components without a colour transform: the coder's own transform makes them of
-/// other samples (ITU-T T.800 G.2), and the stream does not say so any more.
-Bytes UntransformedJpeg2000(const std::array<unsigned char, 3>& ybr) {
-    const int u = ybr[1] - 128;
-    const int v = ybr[2] - 128;
-    const int green = ybr[0] - ((u + v) >> 2);
-    Bytes pixels;
-    for (int i = 0; i < 12; ++i) {
-        for (const int sample : {green + v, green, green + u})
-            pixels.push_back(static_cast<unsigned char>(sample));
-    }
-    Bytes stream = CodeJpeg2000({4, 3, 3, 1, 8}, pixels);
-    const unsigned char codingStyle[] = {0xFF, 0x52};
-    std::ranges::search(stream, codingStyle).begin()[8] = 0;
-    return stream;
-}
-
 constexpr struct {
     const char* what;
     std::array<unsigned char, 3> ybr, rgb;
@@ -199,7 +182,7 @@ TEST(CodedFrames, LosslessYbrIsShownInColour) {
         Bytes ybr;
         for (int i = 0; i < 12; ++i) ybr.insert(ybr.end(), c.ybr.begin(), c.ybr.end());
         const Bytes jpeg = UnmarkedLossless(ybr);
-        const Bytes j2k = UntransformedJpeg2000(c.ybr);
+        const Bytes j2k = CodeJpeg2000({4, 3, 3, 1, 8}, ybr);
         for (const char* photometric : {"YBR_FULL", "YBR_FULL_422"}) {
             for (const auto syntax : {kJpegLossless, kJpeg2000Lossless}) {
                 _IMAGE_PROCESS_PARAM param = ParamOf(syntax, {4, 3, 3});
