@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/limits.h"
 #include "parser/palette/palette_segments.h"
@@ -19,18 +20,6 @@ constexpr int kByteBits = 8;
 
 std::int32_t AsSigned16(std::int32_t value) noexcept {
     return static_cast<std::int16_t>(static_cast<std::uint16_t>(value));
-}
-
-/// Collects a value; refuses one that is longer than any table.
-MC_STATUS CollectData(int /*messageId*/, std::uint32_t /*tag*/, void* user, int length, void* data,
-                      int /*first*/, int /*last*/) {
-    auto& bytes = *static_cast<std::vector<unsigned char>*>(user);
-    if (length < 0 || bytes.size() + static_cast<std::size_t>(length) > kMostBytes) {
-        return kMcRefuse;
-    }
-    const auto* piece = static_cast<const unsigned char*>(data);
-    bytes.insert(bytes.end(), piece, piece + length);
-    return kMcContinue;
 }
 
 std::vector<std::uint16_t> AsWords(const std::vector<unsigned char>& bytes) {
@@ -139,11 +128,10 @@ int CxPaletteLUT::LoadLUT(CDcmObject* object, unsigned long descriptorTag, unsig
         if (object == nullptr) return 0;
         const auto descriptor = ReadDescriptor(*object, static_cast<std::uint32_t>(descriptorTag));
         if (!descriptor) return 0;
-        std::vector<unsigned char> data;
-        const auto tag = static_cast<std::uint32_t>(dataTag);
-        if (object->GetValue(tag, &data, CollectData) != kDcmSuccess) return 0;
+        const auto data = ReadBytes(*object, static_cast<std::uint32_t>(dataTag), kMostBytes + 1);
+        if (!data || data->size() > kMostBytes) return 0;
         const auto load = rules == Rules::kStandard ? LoadByStandard : LoadAsEstablished;
-        LoadedTable loaded = load(*descriptor, data, segmented != 0, pixelRepresentation == 1);
+        LoadedTable loaded = load(*descriptor, *data, segmented != 0, pixelRepresentation == 1);
         entryCount = loaded.descriptor.entryCount;
         firstValue = loaded.descriptor.firstValue;
         entryBits = loaded.descriptor.entryBits;
