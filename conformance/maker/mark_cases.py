@@ -214,24 +214,6 @@ def add_state_shutters(book):
 def add_turned_marks(book):
     made = make.image("marks turned", grey(), ShutterShape="RECTANGULAR", **shutter(**RECTANGLE))
     make.add_overlay(made, letter(), origin=(6, 4))
-    corner = "64//2+40"  # row 5, column 1 of the image is hidden; row 5, column 3 is 66
-    book.add("overlay/turned", made, "an overlay turns and flips with its image", OVERLAY,
-             overlays=True, rotate=90, flip=True, sums=[(0, 4, corner), (4, 6, "255")])
-    book.add("shutter/turned", made, "a shutter turns with its image", SHUTTER, shutter=True,
-             rotate=90, sums=[(2, 11, "66//2+40"), (1, 11, "0"), (2, 12, "0")])
-    book.add("shutter/overlay_behind", made, "an image's overlay and its shutter together",
-             OVERLAY + ", C.7.6.11", shutter=True, overlays=True,
-             sums=[(0, 0, "0"), (6, 4, "255"), (4, 2, "66//2+40")])
-    plain = make.image("state marks turned", grey())
-    state = make.state(plain, ImageRotation=90, ImageHorizontalFlip="N", **shutter(
-        ShutterShape="RECTANGULAR", **RECTANGLE))
-    book.add("shutter/state_turned", plain, "a state's shutter is one of the image as stored",
-             SHUTTER, shutter=True, state=state, sums=[(2, 11, "66//2+40"), (1, 11, "0")])
-
-
-def add_turned_marks(book):
-    made = make.image("marks turned", grey(), ShutterShape="RECTANGULAR", **shutter(**RECTANGLE))
-    make.add_overlay(made, letter(), origin=(6, 4))
     book.add("overlay/turned", made, "an overlay turns and flips with its image", OVERLAY,
              overlays=True, rotate=90, flip=True, sums=[(0, 4, "64//2+40"), (4, 6, "255")])
     book.add("shutter/turned", made, "a shutter turns with its image", SHUTTER, shutter=True,

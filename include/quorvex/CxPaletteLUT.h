@@ -32,8 +32,8 @@ public:
     ///     the first mapped value is as signed as      as signed as pixel values are
     ///     pixel values are where these are signed,
     ///     else as signed as the descriptor
-    ///     an 8-bit entry whose low byte is 0 has      8-bit entries have their values in high bytes
-    ///     its value in the high byte                  where one of them is above 255
+    ///     an 8-bit entry whose low byte is 0 has      8-bit entries have their values in high
+    ///     its value in the high byte                  bytes where one of them is above 255
     ///     segments are words                          segments of 8-bit tables are bytes, or words
     ///                                                 where bytes make no whole table
     ///     linear segments are cut off to whole        are rounded
@@ -49,8 +49,8 @@ public:
     int LoadLUT(CDcmObject* object, unsigned long descriptorTag, unsigned long dataTag,
                 int segmented);
 
-    /// Bits of an entry: those of the descriptor, or by the established rules 12 for 16 bits without
-    /// an entry above 4095.
+    /// Bits of an entry: those of the descriptor, or by the established rules 12 for 16 bits
+    /// without an entry above 4095.
     [[nodiscard]] std::uint16_t GetEntryBits() const noexcept { return entryBits; }
 
     /// Pixel value that the first entry belongs to.

@@ -1,9 +1,9 @@
 #!/usr/bin/python3
 """Converts real files to every lossless target and holds the results against their sources.
 
-For each file and target: the stored samples are equal as the command's own decoder gives them and, for the
-coded targets, as a decoder of another toolkit gives them; every attribute is equal but for those that the coding demands; and
-dciodvfy finds no error that the source does not have. Tools that are not installed are left out.
+For each file and target: the stored samples are equal as the command's own decoder gives them and, for the coded
+targets, as a decoder of another toolkit gives them; every attribute is equal but for those that the coding demands;
+and dciodvfy finds no error that the source does not have. Tools that are not installed are left out.
 
 Usage: roundtrip.py QUORVEX FILE_OR_FOLDER... [--share I/N] [--targets A,B] [--verbose]
 """
