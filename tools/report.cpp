@@ -3,6 +3,7 @@
 #include "quorvex/Limits.h"
 #include "quorvex/Types.h"
 #include "tools/progress.h"
+#include "tools/trouble.h"
 
 #include <array>
 #include <cerrno>
@@ -58,9 +59,8 @@ std::string NamedSentenceOf(QUORVEX_MESSAGE result) {
            "): " + SentenceOf(result);
 }
 
-ExitStatus ReportBadInput(std::string_view name, QUORVEX_MESSAGE result) {
-    Complain(name, NamedSentenceOf(result));
-    return kBadInput;
+ExitStatus ReportBadInput(const std::string& path, QUORVEX_MESSAGE result) {
+    return ReportTrouble(path, TroubleOf(path, result));
 }
 
 void WriteToStandardOutput(std::string_view text) {

@@ -45,8 +45,9 @@ const char* SentenceOf(QUORVEX_MESSAGE result);
 /// "NAME (NUMBER): sentence".
 std::string NamedSentenceOf(QUORVEX_MESSAGE result);
 
-/// One line with the code's name, number and sentence; answers kBadInput.
-ExitStatus ReportBadInput(std::string_view name, QUORVEX_MESSAGE result);
+/// One line on standard error that tells what is behind the result of an operation on a file (see
+/// TroubleOf); answers kBadInput, or kEnvironment where the file itself is not to blame.
+ExitStatus ReportBadInput(const std::string& path, QUORVEX_MESSAGE result);
 
 /// UTF-8 text for one line of a terminal: control characters become \xNN, and bytes that are not
 /// UTF-8 become U+FFFD.

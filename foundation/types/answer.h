@@ -1,6 +1,8 @@
 /// The one place where an exception ends: no public operation lets one out.
 #pragma once
 
+#include "foundation/types/limits.h"
+
 #include <new>
 #include <utility>
 
@@ -33,6 +35,7 @@ template <class Result, class Work>
         return std::forward<Work>(work)();
     } catch (const std::bad_alloc&) {
         if (detail::RunningOperation::IsInner()) throw;
+        RefuseBy(Limit::kMemory);
         return onException;
     } catch (...) {
         return onException;
@@ -44,6 +47,9 @@ template <class Result, class Work>
 [[nodiscard]] Result Contain(Result onException, Work&& work) noexcept {
     try {
         return std::forward<Work>(work)();
+    } catch (const std::bad_alloc&) {
+        RefuseBy(Limit::kMemory);
+        return onException;
     } catch (...) {
         return onException;
     }

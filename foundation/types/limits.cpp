@@ -94,6 +94,7 @@ constexpr std::array kRows = {
     LimitRow{
         Limit::kPaletteSegments, kMostPaletteSegments,
         Sentence("its palette is expanded from more than ", kMostPaletteSegments, " segments")},
+    LimitRow{Limit::kMemory, 0, Sentence("there is not enough memory")},
 };
 
 constexpr bool AreInOrder() {

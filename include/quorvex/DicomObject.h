@@ -105,6 +105,7 @@ using PixelItemCallback = MC_STATUS (*)(int messageId, std::uint32_t tag, void* 
 struct DcmElementView {
     std::uint32_t tag = 0;
     MC_VR vr = MC_VR_UN;
+    MC_VR dictionaryVr = MC_VR_UN;        ///< what the standard says; UN for a tag it does not know
     const char* keyword = "";             ///< "PatientName"; empty where the dictionary has none
     int depth = 0;                        ///< 0 in the main data set, 1 in an item of it
     int itemIndex = -1;                   ///< which item of its sequence holds it; -1 at depth 0

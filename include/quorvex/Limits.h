@@ -24,6 +24,7 @@ enum class Limit : std::int32_t {
     kMostSegments,      ///< segments of an RLE frame
     kPolygonCrossings,  ///< crossings of the rows of a mask with the sides of a polygon
     kPaletteSegments,   ///< segments that a segmented palette is expanded from
+    kMemory,            ///< the machine's memory ran out: nothing is wrong with the input
 };
 
 /// The limit that an operation in this thread met last, since `ForgetLimit`. An operation that
@@ -31,7 +32,7 @@ enum class Limit : std::int32_t {
 [[nodiscard]] QUORVEX_API Limit LatestLimit() noexcept;
 QUORVEX_API void ForgetLimit() noexcept;
 
-/// What the limit is, in the unit of its comment above; 0 for `kNone`.
+/// What the limit is, in the unit of its comment above; 0 for `kNone` and `kMemory`.
 [[nodiscard]] QUORVEX_API std::uint64_t LimitValue(Limit limit) noexcept;
 
 /// One plain English sentence for a person whose input met the limit, without a full stop; empty

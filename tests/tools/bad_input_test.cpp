@@ -33,9 +33,9 @@ Bytes LyingSegments() {
     return bytes;
 }
 
-void ExpectOneLine(const Arguments& arguments, const std::string& code) {
+void ExpectOneLine(const Arguments& arguments, const std::string& code, int status = 1) {
     const std::string beginning = "quorvex: " + arguments[1] + ": " + code;
-    const auto result = ExpectStatus(1, arguments);
+    const auto result = ExpectStatus(status, arguments);
     EXPECT_EQ(result.complaints.substr(0, beginning.size()), beginning);
     EXPECT_LT(result.seconds, kLongest * kAllowance);
 }
@@ -73,12 +73,36 @@ TEST(BadInput, AnswersWithOneLineAndStatusOne) {
 
 TEST(BadInput, FilesThatAreNone) {
     const ScratchFolder folder;
-    for (const auto& path : {folder.Path("missing.dcm"), folder.Path(".")}) {
-        constexpr const char* kCode = "QVM_ERROR_FAILED_TO_READ_FILE (10): ";
-        ExpectOneLine({"info", path}, kCode);
-        ExpectOneLine({"render", path, "-o", folder.Path("out")}, kCode);
+    const std::pair<std::string, const char*> kCases[] = {
+        {folder.Path("missing.dcm"), "it cannot be opened: No such file or directory"},
+        {folder.Path("."), "it cannot be read: Is a directory"},
+    };
+    for (const auto& [path, why] : kCases) {
+        const auto sentence = std::string("QVM_ERROR_FAILED_TO_READ_FILE (10): ") + why;
+        for (const auto* verb : {"frame", "render"})
+            ExpectOneLine({verb, path, "-o", folder.Path("out")}, sentence, 3);
     }
+    ExpectOneLine({"info", kCases[0].first}, "QVM_ERROR_FAILED_TO_READ_FILE (10): ", 3);
     EXPECT_TRUE(folder.Names().empty());
+}
+
+// What no decoder was built for is another trouble than damage, and so is a lack of memory.
+TEST(BadInput, IsToldApartFromWhatThisBuildOrMachineLacks) {
+    const ScratchFolder folder;
+    const auto unknown = EncapsulatedFile("1.2.840.10008.1.2.4.100", kFacts, {Bytes(64, 'x')});
+    const auto none = EncapsulatedFile("1.2.3.4.5", kFacts, {Bytes(64, 'x')});
+    const std::pair<Bytes, const char*> kCases[] = {
+        {unknown,
+         "MPEG2 Main Profile / Main Level (1.2.840.10008.1.2.4.100), and this build has no"},
+        {none, "its transfer syntax 1.2.3.4.5 is none of the standard's"},
+    };
+    for (const auto& [bytes, part] : kCases) {
+        const auto path = folder.Write("coded.dcm", bytes);
+        for (const auto* verb : {"frame", "render", "thumbnail"}) {
+            const auto made = ExpectStatus(1, {verb, path, "-o", folder.Path("out.png")}, part);
+            EXPECT_TRUE(Has(made.complaints, "QVM_ERROR_INVALID_TRANSFER_SYNTAX (24): "));
+        }
+    }
 }
 
 TEST(BadInput, FramesThatAreNot) {
@@ -116,7 +140,7 @@ TEST(BadInput, NamesAndValuesCannotSteerATerminal) {
     file.Add(tag::kPatientName, "PN", "A\x1B[31m\"\\\xFF");
     const auto path = folder.Write("evil\x1B[2J\n.dcm", file.Bytes());
     EXPECT_FALSE(Has(OutputOf({"info", path}), "\x1B"));
-    EXPECT_FALSE(Has(ExpectStatus(1, {"info", path + "x"}).complaints, "\x1B"));
+    EXPECT_FALSE(Has(ExpectStatus(3, {"info", path + "x"}).complaints, "\x1B"));
 }
 
 }  // namespace

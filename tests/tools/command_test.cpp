@@ -196,7 +196,7 @@ TEST(InfoCommand, GivesValidJsonWhateverTheBytes) {
     file.Add(0x00091002, "UN", evil).Add(0x00091003, "AT", evil);
     const auto path = folder.Write("evil.dcm", file.Bytes());
     const auto shown =
-        ExpectStatus(1, {"info", path, kState, folder.Path("missing"), "--json"}).output;
+        ExpectStatus(3, {"info", path, kState, folder.Path("missing"), "--json"}).output;
     EXPECT_EQ(std::ranges::count(shown, '\n'), 3);
     const auto check =
         "python3 -c 'import json, sys\n"
@@ -214,6 +214,7 @@ TEST(Usage, WrongArgumentsAnswerTwoAndImpossibleOutputsThree) {
     const Arguments wrong[] = {
         {},
         {"paint"},
+        {"render", "--vew", "1x1", kSlice, "-o", folder.Path("out")},
         {"info"},
         {"frame", kSlice},
         {"render", kSlice},

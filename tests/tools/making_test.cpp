@@ -142,9 +142,9 @@ TEST(StateCommand, PassesTheIndependentCheck) {
 TEST(StateCommand, RefusesWhatAStateCannotBeFor) {
     const ScratchFolder folder;
     const Arguments make = {"state", "-o", folder.Path("state.dcm")};
-    for (const auto& images : {Arguments{kLoop}, Arguments{kState}, Arguments{kSlice, kRadiograph},
-                               Arguments{folder.Path("none")}})
+    for (const auto& images : {Arguments{kLoop}, Arguments{kState}, Arguments{kSlice, kRadiograph}})
         ExpectStatus(1, make + images);
+    ExpectStatus(3, make + Arguments{folder.Path("none")});
     for (const auto& wrong :
          {Arguments{"--label", "small"}, Arguments{"--area", "5,5,1,9"},
           Arguments{"--shutter", "square:1,2"}, Arguments{"--shutter", "circle:1,2"},

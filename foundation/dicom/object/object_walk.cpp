@@ -13,9 +13,11 @@ using dicom::Element;
 
 DcmElementView ViewOf(const DataSet& dataSet, const Element& element, int depth, int itemIndex) {
     const Bytes value = dataSet.ValueOf(element);
+    const auto& entry = dicom::LookUp(element.tag);
     return {.tag = element.tag,
             .vr = element.vr,
-            .keyword = dicom::LookUp(element.tag).keyword,
+            .dictionaryVr = entry.vr,
+            .keyword = entry.keyword,
             .depth = depth,
             .itemIndex = itemIndex,
             .length = value.size(),

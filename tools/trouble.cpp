@@ -1,0 +1,90 @@
+#include "tools/trouble.h"
+
+#include "quorvex/CxDcmParser.h"
+#include "quorvex/Limits.h"
+#include "quorvex/Tags.h"
+#include "tools/stored_image.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <vector>
+
+namespace quorvex::tools {
+namespace {
+
+// What a frame that cannot be decoded, for whatever reason, is answered with.
+constexpr std::array kFailuresOfDecoding = {
+    QVM_ERROR_FAILED_TO_DECOMPRESS,     QVM_ERROR_CANNOT_OPEN_STREAM,
+    QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, QVM_ERROR_FAILED_TO_PARSE_DICOM,
+    QVM_ERROR_INVALID_JPEG_STREAM,      QVM_ERROR_INVALID_JPEG_LAYOUT,
+    QVM_ERROR_INVALID_JPEG_PRECISION,   QVM_ERROR_INVALID_TRANSFER_SYNTAX,
+    QVM_ERROR_INVALID_SOURCE_SYNTAX,
+};
+
+std::optional<std::string> MissingDecoderOfFile(const std::string& path) {
+    CDcmApp app;
+    CxDcmParser parser;
+    parser.Initialize(&app, path, 0);
+    const auto* header = parser.GetHeader();
+    return header == nullptr ? std::nullopt : MissingDecoder(*header);
+}
+
+std::string Because(const char* what) {
+    return what + std::string(": ") + std::strerror(errno);
+}
+
+}  // namespace
+
+std::string Trouble::Text() const {
+    return std::string(ResultName(code)) + " (" + std::to_string(code) + "): " + sentence;
+}
+
+std::optional<std::string> MissingDecoder(const CDcmObject& header) {
+    const auto uid = TextOf(header, tag::kTransferSyntaxUID);
+    if (uid.empty()) return std::nullopt;
+    const auto* syntax = TransferSyntaxOfUid(uid);
+    if (syntax == nullptr)
+        return "its transfer syntax " + uid +
+               " is none of the standard's, and this build cannot "
+               "read its frames";
+    if (syntax->coding != FrameCoding::kNone) return std::nullopt;
+    return "its frames are coded as " + std::string(syntax->name) + " (" + uid +
+           "), and this build has no decoder for that";
+}
+
+std::optional<std::string> ReadFailureOf(const std::string& path) {
+    constexpr std::size_t kPiece = std::size_t{1} << 20;
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"),
+                                                               std::fclose);
+    if (!file) return Because("it cannot be opened");
+    std::vector<char> piece(kPiece);
+    while (std::fread(piece.data(), 1, piece.size(), file.get()) == piece.size()) {
+    }
+    if (std::ferror(file.get()) != 0) return Because("it cannot be read");
+    return std::nullopt;
+}
+
+Trouble TroubleOf(const std::string& path, QUORVEX_MESSAGE result, const CDcmObject* header) {
+    const auto limit = LatestLimit();
+    if (limit == Limit::kMemory) return {kEnvironment, result, LimitSentence(limit)};
+    if (limit != Limit::kNone) return {kBadInput, result, LimitSentence(limit)};
+    if (result == QVM_ERROR_FAILED_TO_READ_FILE)
+        if (auto failure = ReadFailureOf(path)) return {kEnvironment, result, *std::move(failure)};
+    if (std::ranges::find(kFailuresOfDecoding, result) != kFailuresOfDecoding.end()) {
+        auto missing = header != nullptr ? MissingDecoder(*header) : MissingDecoderOfFile(path);
+        if (missing) return {kBadInput, QVM_ERROR_INVALID_TRANSFER_SYNTAX, *std::move(missing)};
+    }
+    return {kBadInput, result, ResultSentence(result)};
+}
+
+ExitStatus ReportTrouble(const std::string& path, const Trouble& trouble) {
+    Complain(path, trouble.Text());
+    return trouble.status;
+}
+
+}  // namespace quorvex::tools

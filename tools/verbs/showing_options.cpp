@@ -1,0 +1,84 @@
+// The options of the verbs that show what files hold.
+#include "tools/frame/frame.h"
+#include "tools/info/info.h"
+#include "tools/render/render.h"
+#include "tools/thumbnail/thumbnail.h"
+#include "tools/verbs/adding_options.h"
+#include "tools/verbs/verb_options.h"
+
+namespace quorvex::tools {
+namespace {
+
+constexpr int kMostChoices = 1'000'000;
+
+CLI::Option* AddFrame(CLI::App& verb, int& frame) {
+    return verb.add_option("--frame", frame, "Which frame, 0 for the first")
+        ->type_name("N")
+        ->default_str("0");
+}
+
+}  // namespace
+
+void AddOptions(CLI::App& verb, InfoArguments& arguments) {
+    verb.add_option("FILE", arguments.files, "DICOM files")->required();
+    verb.add_flag("--json", arguments.asJson, "One JSON object a file, one a line");
+}
+
+void AddOptions(CLI::App& verb, FrameArguments& arguments) {
+    verb.add_option("FILE", arguments.file, "DICOM file")->required();
+    auto* frame = AddFrame(verb, arguments.frame);
+    verb.add_flag("--all", arguments.all, "Every frame, one behind the other")->excludes(frame);
+    AddOutput(verb, arguments.output, kOutputHelp);
+}
+
+void AddOptions(CLI::App& verb, RenderArguments& arguments) {
+    verb.add_option("FILE", arguments.file, "DICOM file")->required();
+    AddOutput(verb, arguments.output, kOutputHelp);
+    AddFrame(verb, arguments.frame);
+    AddParsed(verb, "--view", "WxH", "Size of the view; by default the image's own", arguments.view,
+              ParseSize);
+    verb.add_option("--voi", arguments.voi,
+                    "Which of the file's look-up tables and windows to show by, from 1")
+        ->check(CLI::Range(1, kMostChoices).description(""))
+        ->type_name("N");
+    AddWords(verb, "--function", "What the window's function is", arguments.function,
+             std::map<std::string, VoiFunction>{{"linear", VoiFunction::kLinear},
+                                                {"exact", VoiFunction::kLinearExact},
+                                                {"sigmoid", VoiFunction::kSigmoid}});
+    AddWords(verb, "--interpolation", "How the image is enlarged", arguments.interpolation,
+             std::map<std::string, Interpolation>{{"linear", Interpolation::kLinear},
+                                                  {"nearest", Interpolation::kNearest},
+                                                  {"cubic", Interpolation::kCubic}})
+        ->default_str("linear");
+    AddParsed(verb, "--window", "CENTER,WIDTH", "Grey values to show", arguments.window,
+              ParseWindow);
+    AddParsed(verb, "--zoom", "Z", "View pixels for one image pixel; by default the view is filled",
+              arguments.zoom, ParseZoom);
+    AddParsed(verb, "--pan", "X,Y", "Moves the image by view pixels", arguments.pan, ParsePoint);
+    AddParsed(verb, "--rotate", "DEG", "Turns clockwise by a multiple of 90 degrees",
+              arguments.rotation, ParseRotation);
+    verb.add_flag("--flip", arguments.flip, "Mirrors left and right");
+    verb.add_flag("--invert", arguments.invert, "Swaps black and white");
+    verb.add_flag("--overlays", arguments.overlays, "Burns in the overlay planes of the file");
+    verb.add_option("--state", arguments.state, "Presentation state to apply")->type_name("FILE");
+    verb.add_flag("--shutter", arguments.shutter, "Hides what the shutter hides");
+    auto* annotations = verb.add_flag("--annotations", arguments.annotations,
+                                      "Draws text and graphics over the view");
+    verb.add_flag("--result", arguments.result, "Writes the rendered result itself, not the view")
+        ->excludes(annotations);
+}
+
+void AddOptions(CLI::App& verb, ThumbnailArguments& arguments) {
+    verb.add_option("FILE", arguments.files, "DICOM files and folders of them")->required();
+    AddOutput(verb, arguments.output, kOutputsHelp);
+    AddParsed(verb, "--size", "WxH", "Pixels to fit the picture into", arguments.size, ParseSize)
+        ->default_str("128x128");
+    verb.add_option("--format", arguments.format, "What the pictures are")
+        ->type_name("png|jpeg|jpeg-lossless")
+        ->capture_default_str();
+    AddFrame(verb, arguments.frame);
+    verb.add_flag("--data-range", arguments.dataRange,
+                  "Spreads grey over the values that are there, not over the header's window");
+}
+
+}  // namespace quorvex::tools
