@@ -71,7 +71,8 @@ public:
     ///
     /// Y, Cb, Cr of native and RLE frames are wrapped around a byte by the established rules, where
     /// their colour is beyond R, G, B, and a colour that is not known is black. By the standard
-    /// rules they are rounded and clamped, and such a colour is refused.
+    /// rules they are rounded and clamped, and such a colour is refused; what the losses of
+    /// JPEG 2000 have pushed beyond Bits Stored comes back to the nearest value that they hold.
     ///
     /// @param frameIndex    0 for the first frame
     /// @param data          receives a new block of `size` bytes; yours, release it with delete[];

@@ -4,6 +4,7 @@
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/undo.h"
 #include "parser/frames/packed_samples.h"
+#include "parser/frames/stored_range.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -127,6 +128,8 @@ QUORVEX_MESSAGE FrameFetch::Decompress(std::span<const unsigned char> source, un
     if (result != QVM_SUCCESS && result != QVM_FRAME_COPIED) return QVM_ERROR_FAILED_TO_DECOMPRESS;
     // The size of a broken stream is how far it came; the zeros behind that are of the frame too.
     size = std::max<unsigned long>(decodedSize, shape_.DecodedFrameBytes());
+    if (parser_.rules == Rules::kStandard && MayOvershoot(shape_, source))
+        ClampToBitsStored(shape_, {decoded, decodedSize});
     data = std::exchange(decoded, nullptr);
     isWhole_ = isWhole_ && decoder.IsWhole();
     TellQuality();

@@ -47,6 +47,7 @@ std::optional<FrameShape> ReadFrameShape(const CDcmObject& header, TRANSFER_SYNT
         .columns = word(tag::kColumns).value_or(0),
         .samplesPerPixel = word(tag::kSamplesPerPixel).value_or(1),
         .bitsAllocated = word(tag::kBitsAllocated).value_or(0),
+        .bitsStored = word(tag::kBitsStored).value_or(0),
         .pixelRepresentation = word(tag::kPixelRepresentation).value_or(0),
         .planarConfiguration = word(tag::kPlanarConfiguration).value_or(0),
         .photometric = Read<CString>(header, tag::kPhotometricInterpretation).value_or(CString())};

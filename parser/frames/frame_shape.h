@@ -16,6 +16,7 @@ struct FrameShape {
     std::uint16_t columns = 0;
     std::uint16_t samplesPerPixel = 1;
     std::uint16_t bitsAllocated = 0;
+    std::uint16_t bitsStored = 0;
     std::uint16_t pixelRepresentation = 0;
     std::uint16_t planarConfiguration = 0;
     CString photometric;

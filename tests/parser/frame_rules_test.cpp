@@ -4,7 +4,10 @@
 #include "tests/codec/coded_frames.h"
 #include "tests/engines/jpeg2000_test_streams.h"
 #include "tests/parser/parsed.h"
+#include "tests/pipeline/test_objects.h"
+#include "tests/support/answers.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace quorvex {
@@ -98,6 +101,45 @@ TEST(FrameRules, DecideTheColoursOfRleFrames) {
         const Bytes file =
             EncapsulatedFile(kRleUid, RowOf(c.photometric, c.columns, 8, 3), {c.stream});
         EXPECT_EQ(FrameByRules(Rules::kStandard, file, parsed), c.frame) << c.photometric;
+    }
+}
+
+/// Lossy JPEG 2000 of 16 bits, of white and black stripes of 12.
+CDcmObject StripesCodedWithLosses(bool isSigned) {
+    std::vector<std::int16_t> stripes;
+    for (int i = 0; i < 64 * 64; ++i) {
+        const bool isWhite = i / 3 % 2 == 0;
+        stripes.push_back(
+            static_cast<std::int16_t>(isSigned ? (isWhite ? 2047 : -2048) : (isWhite ? 4095 : 0)));
+    }
+    CDcmObject object;
+    const unsigned short sign = isSigned ? 1 : 0;
+    pipeline_test::FillImage(object, {.size = {64, 64}, .pixelRepresentation = sign}, stripes);
+    EXPECT_EQ(test::ConvertTo(kXferJpeg2000, object, 12).Code(), QVM_SUCCESS);
+    return object;
+}
+
+TEST(FrameRules, BringOvershootBackIntoItsBits) {
+    for (const bool isSigned : {false, true}) {
+        CDcmObject object = StripesCodedWithLosses(isSigned);
+        const auto valuesBy = [&](Rules rules) {
+            CDcmApp app;
+            CxDcmParser parser;
+            parser.SetRules(rules);
+            EXPECT_EQ(parser.Initialize(&app, &object, nullptr, 0, 0), QVM_SUCCESS);
+            const auto bytes = test::FrameOf(parser).bytes;
+            std::vector<int> values;
+            for (std::size_t i = 0; i + 1 < bytes.size(); i += 2) {
+                const int word = bytes[i] | bytes[i + 1] << 8;
+                values.push_back(isSigned ? static_cast<std::int16_t>(word) : word);
+            }
+            return values;
+        };
+        const int lowest = isSigned ? -2048 : 0;
+        std::vector<int> expected = valuesBy(Rules::kEstablished);
+        EXPECT_GT(std::ranges::max(expected), lowest + 4095) << "or it shows nothing";
+        for (int& value : expected) value = std::clamp(value, lowest, lowest + 4095);
+        EXPECT_EQ(valuesBy(Rules::kStandard), expected);
     }
 }
 
