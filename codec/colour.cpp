@@ -1,5 +1,6 @@
 #include "codec/colour.h"
 
+#include "codec/wide_ybr.h"
 #include "foundation/raster/interleave.h"
 #include "foundation/raster/raster.h"
 #include "foundation/types/block.h"
@@ -50,10 +51,25 @@ void ConvertPartial422(const ColourFrame& frame, std::span<const unsigned char> 
     ippiYCbCr422ToRGB_8u_C2C3R(source.data(), 2 * columns, rgb.data(), 3 * columns, size);
 }
 
+void ConvertWide(const ColourFrame& frame, std::span<const unsigned char> source,
+                 std::span<unsigned char> rgb) {
+    const WideYbr ybr{source, frame.Pixels(), frame.bitsStored};
+    if (frame.form == ColourForm::kFullPlanes) return ConvertWidePlanes(ybr, rgb);
+    if (frame.form == ColourForm::kFull422) return ConvertWide422(ybr, rgb);
+    ConvertWidePixels(ybr, rgb);
+}
+
+/// Whether a form has a conversion for samples of that many bytes.
+bool IsConverted(ColourForm form, std::size_t bytesPerSample, bool isExact) noexcept {
+    if (IsRgb(form) || bytesPerSample == 1) return true;
+    return bytesPerSample == 2 && isExact && form != ColourForm::kPartial422;
+}
+
 /// Converts a source that has all of its bytes.
 void ConvertWhole(const ColourFrame& frame, std::span<const unsigned char> source,
                   std::span<unsigned char> rgb) {
     const std::size_t pixels = frame.Pixels();
+    if (frame.bytesPerSample == 2 && !IsRgb(frame.form)) return ConvertWide(frame, source, rgb);
     const auto arithmetic = frame.isExact ? YbrArithmetic::kExact : YbrArithmetic::kWrapped;
     switch (frame.form) {
         case ColourForm::kFullPlanes:
@@ -85,7 +101,7 @@ ColourFrame FirstPart(const ColourFrame& frame, std::size_t sourceBytes) noexcep
     } else {
         part.rows = 1;
         part.columns = frame.form == ColourForm::kFull422
-                           ? sourceBytes / 4 * 2
+                           ? sourceBytes / (4 * frame.bytesPerSample) * 2
                            : sourceBytes / (3 * frame.bytesPerSample);
     }
     return part;
@@ -110,18 +126,18 @@ void ConvertPadded(const ColourFrame& frame, std::span<const unsigned char> sour
 }  // namespace
 
 std::size_t ColourFrame::StoredBytes() const noexcept {
-    if (form == ColourForm::kFull422) return (Pixels() + 1) / 2 * 4;
+    if (form == ColourForm::kFull422) return (Pixels() + 1) / 2 * 4 * bytesPerSample;
     if (form == ColourForm::kPartial422) return Pixels() * 2;
     return RgbBytes();
 }
 
 ColourForm ColourFormOf(std::u16string_view photometric, unsigned planarConfiguration,
-                        std::size_t bytesPerSample) noexcept {
+                        std::size_t bytesPerSample, bool isExact) noexcept {
     for (const FormRow& row : kForms) {
         const bool isPlanarFitting = row.planarConfiguration == kAnyPlanarConfiguration ||
                                      row.planarConfiguration == planarConfiguration;
         if (!isPlanarFitting || photometric != row.photometric) continue;
-        return IsRgb(row.form) || bytesPerSample == 1 ? row.form : ColourForm::kUnknown;
+        return IsConverted(row.form, bytesPerSample, isExact) ? row.form : ColourForm::kUnknown;
     }
     return ColourForm::kUnknown;
 }

@@ -14,9 +14,10 @@ enum class ColourForm {
     kUnknown,
     kFullPlanes,       ///< full-range Y, Cb, Cr, by planes
     kFullInterleaved,  ///< the same, pixel by pixel
-    kFull422,          ///< groups of Y, Cb, Y, Cr: two pixels share their colour
-    kPartial422,       ///< the same groups in the video range
-    kPartialPlanes,    ///< full planes in the video range, as RLE has them
+    /// Groups of Y, Cb, Y, Cr: two pixels share their colour. Words have both Y first, as stored.
+    kFull422,
+    kPartial422,     ///< the same groups in the video range
+    kPartialPlanes,  ///< full planes in the video range, as RLE has them
     kRgbPlanes,
     kRgbInterleaved,
 };
@@ -32,6 +33,7 @@ struct ColourFrame {
     std::size_t rows = 0;
     std::size_t bytesPerSample = 1;  ///< 1, 2 or 4
     bool isExact = false;            ///< colours are rounded and clamped, not as the established
+    int bitsStored = 16;             ///< of a sample of 2 bytes
 
     [[nodiscard]] std::size_t Pixels() const noexcept { return columns * rows; }
     /// Bytes of the converted frame.
@@ -41,9 +43,9 @@ struct ColourFrame {
 };
 
 /// The form that a photometric interpretation (compared exactly) and a planar configuration name.
-/// Y, Cb, Cr are known as bytes only.
+/// Y, Cb, Cr are known as bytes, and where colours are exact in the full range as words.
 [[nodiscard]] ColourForm ColourFormOf(std::u16string_view photometric, unsigned planarConfiguration,
-                                      std::size_t bytesPerSample) noexcept;
+                                      std::size_t bytesPerSample, bool isExact) noexcept;
 
 /// Converts `source` to `rgb`, which has RgbBytes(); of a source that is too short what there is,
 /// and zeros behind it.

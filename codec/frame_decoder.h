@@ -28,8 +28,12 @@ public:
     QUORVEX_MESSAGE Decode(unsigned char*& result, unsigned long& resultSize);
 
     /// Makes colours of Y, Cb, Cr rounded and clamped in every coding, and refuses a colour that it
-    /// does not know with QVM_ERROR_INVALID_PHOTOMETRIC, where it would else be black.
-    void TakeExactColours() noexcept { frame_.hasExactColour = true; }
+    /// does not know with QVM_ERROR_INVALID_PHOTOMETRIC, where it would else be black. Samples of
+    /// 16 bits have `bitsStored` of them, from the lowest on.
+    void TakeExactColours(int bitsStored) noexcept {
+        frame_.hasExactColour = true;
+        frame_.bitsStored = bitsStored;
+    }
     /// Whether the source gave every sample of the frame, undamaged; good after a success.
     [[nodiscard]] bool IsWhole() const noexcept { return isWhole_; }
 

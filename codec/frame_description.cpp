@@ -31,8 +31,12 @@ std::size_t FrameDescription::SampleBytesFor(std::size_t available) const noexce
 }
 
 ColourFrame FrameDescription::DescribeColour(std::size_t bytesPerSample) const noexcept {
-    return {ColourFormOf(photometric, planarConfiguration, bytesPerSample), columns, rows,
-            bytesPerSample, hasExactColour};
+    return {ColourFormOf(photometric, planarConfiguration, bytesPerSample, hasExactColour),
+            columns,
+            rows,
+            bytesPerSample,
+            hasExactColour,
+            bitsStored};
 }
 
 void SwapByte(unsigned char* data, unsigned long length) noexcept {

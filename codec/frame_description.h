@@ -64,6 +64,7 @@ struct FrameDescription {
     TRANSFER_SYNTAX transferSyntax = kSyntaxNone;
     QUORVEX_XFERSYNTAX targetSyntax{};
     std::uint32_t quality = 0;
+    int bitsStored = 16;          ///< of samples of exact colours that have 2 bytes
     bool hasExactColour = false;  ///< Y, Cb, Cr become rounded and clamped R, G, B
 };
 

@@ -1,3 +1,4 @@
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/platform/diagnostics.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
@@ -7,15 +8,26 @@
 #include "parser/parser_state.h"
 #include "parser/photometric.h"
 #include "quorvex/CxDcmParser.h"
+#include "quorvex/Tags.h"
 
 #include <algorithm>
 
 namespace quorvex {
 namespace {
 
+/// Length of native Pixel Data; 0 where there is none.
+std::size_t NativeBytes(const ParsedFile& file, const CDcmObject& header) {
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    if (header.GetTransferSyntax(syntax) != kDcmSuccess || IsEncapsulated(syntax)) return 0;
+    if (file.FramesLieInFile(syntax)) return file.PixelDataValue(syntax).size();
+    unsigned long length = 0;
+    return header.GetValueLength(tag::kPixelData, 1, length) == kDcmSuccess ? length : 0;
+}
+
 QUORVEX_MESSAGE ByItsRules(const ParserState& state, QUORVEX_MESSAGE result) {
     CDcmObject* const header = state.file.GetHeader();
-    if (state.rules == Rules::kStandard && header != nullptr) UnderstandPhotometric(*header);
+    if (state.rules != Rules::kStandard || header == nullptr) return result;
+    UnderstandPhotometric(*header, NativeBytes(state.file, *header));
     return result;
 }
 

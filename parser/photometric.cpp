@@ -1,7 +1,10 @@
 #include "parser/photometric.h"
 
 #include "foundation/dicom/model/attributes.h"
+#include "foundation/types/checked_size.h"
 #include "quorvex/Tags.h"
+
+#include <algorithm>
 
 namespace quorvex {
 namespace {
@@ -41,6 +44,22 @@ bool HaveSameLetters(std::u16string_view text, std::string_view name) noexcept {
     }
 }
 
+/// Bytes of native Pixel Data with three samples for each pixel; 0 where the header does not say.
+std::size_t WholeColourBytes(const CDcmObject& header) {
+    const auto number = [&](std::uint32_t tag, int absent) {
+        return static_cast<std::size_t>(std::max(Read<int>(header, tag).value_or(absent), 0));
+    };
+    const auto frame = CheckedProduct(number(tag::kRows, 0), number(tag::kColumns, 0),
+                                      3 * (number(tag::kBitsAllocated, 0) / 8));
+    if (!frame) return 0;
+    return CheckedProduct(*frame, number(tag::kNumberOfFrames, 1)).value_or(0);
+}
+
+bool HasWholeColours(const CDcmObject& header, std::size_t nativeBytes) {
+    const std::size_t whole = WholeColourBytes(header);
+    return whole != 0 && nativeBytes >= whole && nativeBytes <= whole + whole % 2;
+}
+
 }  // namespace
 
 std::optional<Photometric> UnderstoodPhotometric(std::u16string_view text) noexcept {
@@ -50,12 +69,14 @@ std::optional<Photometric> UnderstoodPhotometric(std::u16string_view text) noexc
     return std::nullopt;
 }
 
-void UnderstandPhotometric(CDcmObject& header) {
+void UnderstandPhotometric(CDcmObject& header, std::size_t nativeBytes) {
     const auto text = Read<CString>(header, tag::kPhotometricInterpretation);
     if (!text) return;
     const auto photometric = UnderstoodPhotometric(text->View());
     if (!photometric) return;
-    const CString name(photometric->name);
+    const bool isMisnamed =
+        photometric->name == "YBR_FULL_422" && HasWholeColours(header, nativeBytes);
+    const CString name(isMisnamed ? std::string_view("YBR_FULL") : photometric->name);
     if (*text != name) header.SetValue(tag::kPhotometricInterpretation, name);
     header.SetValue(tag::kSamplesPerPixel, photometric->samplesPerPixel);
 }

@@ -3,6 +3,7 @@
 
 #include "quorvex/DicomObject.h"
 
+#include <cstddef>
 #include <optional>
 #include <string_view>
 
@@ -18,7 +19,9 @@ struct Photometric {
 [[nodiscard]] std::optional<Photometric> UnderstoodPhotometric(std::u16string_view text) noexcept;
 
 /// Gives a header its understood photometric interpretation as the standard writes it, and the
-/// Samples per Pixel that go with it. Any other one stays as it is.
-void UnderstandPhotometric(CDcmObject& header);
+/// Samples per Pixel that go with it. Any other one stays as it is. Native YBR_FULL_422 whose
+/// `nativeBytes` are those of three samples a pixel is YBR_FULL: some writers name it wrong.
+/// @param nativeBytes  length of native Pixel Data; 0 where there is none
+void UnderstandPhotometric(CDcmObject& header, std::size_t nativeBytes);
 
 }  // namespace quorvex

@@ -7,8 +7,8 @@
 
 namespace quorvex {
 
-/// A LUT as a record keeps it. 8-bit LUTs pack two entries into a word, of which only the low byte
-/// counts for both.
+/// A LUT as a record keeps it. Each word of an 8-bit LUT serves two entries by its low byte,
+/// however the object packs them.
 struct RecordLut {
     std::span<const std::uint16_t> words;  ///< empty where the record has no such LUT
     std::int64_t first = 0;                ///< value that the first entry belongs to

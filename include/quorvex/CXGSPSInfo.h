@@ -88,8 +88,10 @@ struct ReservedRecord {
 ///     - `maskFrameRanges` and `maskFrameNumbers` belong to whoever had them read (delete[]).
 /// A record cannot be copied.
 ///
-/// A LUT is present exactly when its data pointer is not null. It has at least as many entries as
-/// its count, 65536 for a count of 0: all who use a LUT go by that number. A record that was read
+/// A LUT is present exactly when its data pointer is not null. It has at least as many words as
+/// its count, 65536 for a count of 0: all who use a LUT go by that number. Words are as the object
+/// has them: an 8-bit table that packs two entries into a word has half as many, with the last of
+/// them repeated behind; `CXWindowing` tells what becomes of them. A record that was read
 /// keeps this promise whatever the object holds; a host that fills one has to.
 class QUORVEX_API CXGSPSInfo {
 public:

@@ -100,6 +100,10 @@ public:
     /// a VOI or presentation LUT leaves no such table. The inversion stays. Pixels of more than 24
     /// bits have no table here.
     ///
+    /// Of a VOI or presentation LUT with 8 bits, entry k is the low byte of word k / 2, the first
+    /// and the last one that of the first and the last word; of one with more bits it is the
+    /// highest 8 of them. The last value of the domain shows the last entry.
+    ///
     /// @return 0; without memory or without a record also 0, and all stays as it was
     int PrepareGSPSProcessing(CXGSPSInfo* info);
     /// The same for values that have been through the modality stage and lie from `minimum` to

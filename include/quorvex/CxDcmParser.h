@@ -32,7 +32,8 @@ public:
     /// Samples per Pixel of the header is set to what Photometric Interpretation demands: 1 for
     /// MONOCHROME1, MONOCHROME2 and PALETTE COLOR, 3 for any other text. By the standard rules
     /// Photometric Interpretation itself becomes the term of the standard that differs from it in
-    /// letter case, blanks and underscores only.
+    /// letter case, blanks and underscores only, and native YBR_FULL_422 whose Pixel Data has three
+    /// samples a pixel becomes YBR_FULL.
     ///
     /// @param readWholeFile  0: the header stops ahead of Pixel Data. Otherwise it holds all, and
     ///                       frames come from it
@@ -64,14 +65,19 @@ public:
 
     /// Decodes one frame.
     ///
-    /// Rows run from the top; rows x columns x samples per pixel, each sample in 1 byte up to 8
-    /// Bits Allocated, else 2 (4 for 32 bits), least significant byte first; three samples as R, G,
-    /// B. What a cut frame does not have is 0. Packed native samples (1 or 12 bits) stay packed,
-    /// the first one from the lowest bit of the first byte on, with zeros behind them.
+    /// Rows run from the top; rows x columns x samples per pixel, least significant byte first;
+    /// three samples as R, G, B. What a cut frame does not have is 0. By Bits Allocated a sample is
+    ///     8, 16            1 or 2 bytes
+    ///     32               4 bytes, of JPEG and JPEG 2000 2
+    ///     9 to 31, coded   2 bytes
+    ///     other, native    packed as it is stored (1, 12, 24 or 64 bits), the first one from the
+    ///                      lowest bit of the first byte on; zeros fill the block where that is
+    ///                      less than 1 byte a sample, or 2 above 8 bits
     ///
     /// Y, Cb, Cr of native and RLE frames are wrapped around a byte by the established rules, where
-    /// their colour is beyond R, G, B, and a colour that is not known is black. By the standard
-    /// rules they are rounded and clamped, and such a colour is refused; what the losses of
+    /// their colour is beyond R, G, B, and a colour that is not known is black, as are Y, Cb, Cr
+    /// above 8 bits. By the standard rules they are rounded and clamped, YBR_FULL and YBR_FULL_422
+    /// of 16 Bits Allocated too, and what else is not known is refused; what the losses of
     /// JPEG 2000 have pushed beyond Bits Stored comes back to the nearest value that they hold.
     ///
     /// @param frameIndex    0 for the first frame

@@ -26,18 +26,16 @@ public:
     /// 8-bit entries may be stored a byte or a word each. A linear segment at the start of the
     /// table rises from 0.
     ///
-    ///     established rules                           standard rules
-    ///     16 bits without an entry above 4095         the bits that the descriptor states
+    ///     established rules                     standard rules
+    ///     16 bits without an entry above 4095   the bits that the descriptor states
     ///     count as 12
-    ///     the first mapped value is as signed as      as signed as pixel values are
-    ///     pixel values are where these are signed,
-    ///     else as signed as the descriptor
-    ///     an 8-bit entry whose low byte is 0 has      8-bit entries have their values in high
-    ///     its value in the high byte                  bytes where one of them is above 255
-    ///     segments are words                          segments of 8-bit tables are bytes, or words
-    ///                                                 where bytes make no whole table
-    ///     linear segments are cut off to whole        are rounded
-    ///     numbers
+    ///     a first value is as the descriptor    is as signed as pixel values are
+    ///     has it, signed where pixels are
+    ///     an 8-bit entry whose low byte is 0    8-bit entries stand in high bytes where one of
+    ///     stands in the high byte               them is above 255
+    ///     segments are words                    segments of 8-bit tables are bytes, or words where
+    ///                                           bytes make no whole table
+    ///     lines are cut off to whole numbers    are rounded
     ///
     /// @param object         the object that holds descriptor and data
     /// @param descriptorTag  number of entries (0 for 65,536), first mapped value, bits of an entry

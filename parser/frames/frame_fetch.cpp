@@ -119,7 +119,7 @@ QUORVEX_MESSAGE FrameFetch::Decompress(std::span<const unsigned char> source, un
     // Only sources in another byte order are written to, and none comes here.
     auto* const bytes = const_cast<unsigned char*>(source.data());
     FrameDecoder decoder(param, {bytes, source.size()}, kGeneralAllocator, false);
-    if (parser_.rules == Rules::kStandard) decoder.TakeExactColours();
+    if (parser_.rules == Rules::kStandard) decoder.TakeExactColours(shape_.StoredBits());
     unsigned char* decoded = nullptr;
     unsigned long decodedSize = 0;
     const UndoUnlessKept release([&] { delete[] decoded; });  // the decoder may throw

@@ -31,6 +31,10 @@ struct FrameShape {
     [[nodiscard]] std::size_t DecodedFrameBytes() const noexcept {
         return std::size_t{BytesPerSample()} * samplesPerPixel * columns * rows;
     }
+    /// Bits Stored, or Bits Allocated where that is no number of bits of a sample.
+    [[nodiscard]] int StoredBits() const noexcept {
+        return bitsStored >= 1 && bitsStored <= bitsAllocated ? bitsStored : bitsAllocated;
+    }
     /// The parameters that decode a frame; native pixels come in this machine's byte order.
     [[nodiscard]] _IMAGE_PROCESS_PARAM DecodingParam() const;
 

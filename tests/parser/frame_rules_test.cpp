@@ -35,6 +35,8 @@ const Bytes kRgb = {255, 250, 255, 255, 33, 33, 16, 16, 16};
 const Bytes kPairs = {235, 235, 128, 128, 16, 16, 128, 128};  // of the video range, both Y first
 const Bytes kWhiteAndBlack = {255, 255, 255, 255, 255, 255, 0, 0, 0, 0, 0, 0};
 
+const Bytes kTwoFrames = {252, 130, 130, 100, 90, 240, 16, 128, 128, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+
 const struct {
     const char* what;
     ImageFacts facts;
@@ -62,7 +64,15 @@ const struct {
      {1, 2, 3},
      Refused(kRefused),
      Done(Bytes(3))},
-    {"16-bit YBR", RowOf("YBR_FULL", 1, 16, 3), Bytes(6, 9), Refused(kRefused), Done(Bytes(6))},
+    {"16-bit video", RowOf("YBR_PARTIAL_422", 2, 16, 3), Bytes(8), Refused(kRefused),
+     Done(Bytes(12))},
+    {"32 bits", RowOf("YBR_FULL", 1, 32, 3), Bytes(12), Refused(kRefused), Done(Bytes(12))},
+    {"422 of three samples a pixel", RowOf("YBR_FULL_422", 3, 8, 3), kPixels, Done(kRgb), {}},
+    {"422 of three samples a pixel, two frames",
+     RowOf("YBR_FULL_422", 3, 8, 3, "2"),
+     kTwoFrames,
+     Done(kRgb),
+     {}},
 };
 
 TEST(FrameRules, DecideTheColoursOfNativeFrames) {
@@ -73,13 +83,104 @@ TEST(FrameRules, DecideTheColoursOfNativeFrames) {
         const auto samples = Read<unsigned short>(*standard.Header(), tag::kSamplesPerPixel);
         EXPECT_EQ(samples, c.facts.samples) << c.what;
         Parsed established;
-        if (c.facts.samples == 3) {
+        if (c.facts.samples == 3 && c.established.code == QVM_SUCCESS) {
             EXPECT_EQ(FrameByRules(Rules::kEstablished, file, established), c.established)
                 << c.what;
         }
         CxDcmParser copy(standard.parser);
         EXPECT_EQ(FrameOf(copy), c.standard) << c.what << ", copied";
+        const Parsed whole(file, 1);
+        CDcmApp app;
+        CxDcmParser ofObject;
+        ofObject.SetRules(Rules::kStandard);
+        ASSERT_EQ(ofObject.Initialize(&app, whole.Header(), nullptr, 0, 0), QVM_SUCCESS);
+        EXPECT_EQ(FrameOf(ofObject), c.standard) << c.what << ", from an object";
     }
+}
+
+Bytes AsBytes(const std::vector<unsigned>& words, bool isBigEndian = false) {
+    Bytes bytes;
+    for (const unsigned word : words) {
+        const auto low = static_cast<unsigned char>(word & 0xFF);
+        const auto high = static_cast<unsigned char>(word >> 8);
+        bytes.push_back(isBigEndian ? high : low);
+        bytes.push_back(isBigEndian ? low : high);
+    }
+    return bytes;
+}
+
+// By PS3.3 C.7.6.3.1.2 with half of full scale for no colour: 32768, or 2048 of 12 bits.
+TEST(FrameRules, DecideTheColoursOfWords) {
+    using Words = std::vector<unsigned>;
+    const struct {
+        const char* what;
+        const char* photometric;
+        unsigned columns;
+        unsigned stored;
+        unsigned planar;
+        Words samples;
+        Words rgb;
+    } kFrames[] = {
+        {"pixels",
+         "YBR_FULL",
+         3,
+         16,
+         0,
+         {40000, 33768, 30768, 65000, 32768, 65535, 100, 0, 32768},
+         {37196, 41084, 41772, 65535, 41600, 65000, 100, 11377, 0}},
+        {"planes",
+         "YBR_FULL",
+         3,
+         16,
+         1,
+         {40000, 65000, 100, 33768, 32768, 0, 30768, 65535, 32768},
+         {37196, 41084, 41772, 65535, 41600, 65000, 100, 11377, 0}},
+        {"12 bits, with others above",
+         "YBR_FULL",
+         3,
+         12,
+         0,
+         {2000, 0xF000 + 2048, 2048, 2000, 2148, 1848, 4000, 4095, 0},
+         {2000, 2000, 2000, 1720, 2108, 2177, 1129, 4095, 4095}},
+        {"shared colours",
+         "YBR_FULL_422",
+         2,
+         16,
+         0,
+         {40000, 50000, 33768, 30768},
+         {37196, 41084, 41772, 47196, 51084, 51772}},
+        {"three samples a pixel",
+         "YBR_FULL_422",
+         2,
+         16,
+         0,
+         {40000, 33768, 30768, 50000, 33768, 30768},
+         {37196, 41084, 41772, 47196, 51084, 51772}},
+    };
+    for (const auto& c : kFrames) {
+        ImageFacts facts = RowOf(c.photometric, c.columns, 16, 3);
+        facts.stored = c.stored;
+        for (const auto uid : {kExplicitUid, kBigEndianUid}) {
+            const bool isBigEndian = uid == kBigEndianUid;
+            const Bytes file = ImageFile(uid, facts)
+                                   .Words(tag::kPlanarConfiguration, "US", {c.planar})
+                                   .Padded(tag::kPixelData, "OW", AsBytes(c.samples, isBigEndian))
+                                   .Bytes();
+            Parsed parsed;
+            EXPECT_EQ(FrameByRules(Rules::kStandard, file, parsed), Done(AsBytes(c.rgb)))
+                << c.what << (isBigEndian ? ", big endian" : "");
+        }
+    }
+    const Bytes coded = JoinSegments({{1, 40000 >> 8, 65000 >> 8},
+                                      {1, 40000 & 255, 65000 & 255},
+                                      {1, 33768 >> 8, 32768 >> 8},
+                                      {1, 33768 & 255, 0},
+                                      {1, 30768 >> 8, 255},
+                                      {1, 30768 & 255, 255}});
+    Parsed parsed;
+    const Bytes file = EncapsulatedFile(kRleUid, RowOf("YBR_FULL", 2, 16, 3), {coded});
+    EXPECT_EQ(FrameByRules(Rules::kStandard, file, parsed),
+              Done(AsBytes({37196, 41084, 41772, 65535, 41600, 65000})));
 }
 
 TEST(FrameRules, DecideTheColoursOfRleFrames) {
