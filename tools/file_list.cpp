@@ -113,29 +113,56 @@ std::optional<InputFile> FileList::NextOfArguments() {
         if (IsSameFolder(path, source_.leftOutFolder))
             throw WrongUsage(path + " is the output folder too");
         folder_ = path;
-        walk_ = fs::recursive_directory_iterator(
-            folder_, fs::directory_options::skip_permission_denied, failure);
-        if (failure) throw PathFailure(folder_, failure);
+        isFolderEmpty_ = true;
+        Enter(folder_);
         if (auto input = NextOfFolder()) return input;
     }
     return std::nullopt;
 }
 
 std::optional<InputFile> FileList::NextOfFolder() {
-    while (walk_ != fs::recursive_directory_iterator()) {
-        const fs::directory_entry entry = *walk_;
+    while (!walk_.empty()) {
+        if (walk_.back() == fs::directory_iterator()) {
+            walk_.pop_back();
+            if (walk_.empty()) LeaveTopFolder();
+            continue;
+        }
+        const fs::directory_entry entry = *walk_.back();
         std::error_code failure;
-        if (entry.is_directory(failure) && IsSameFolder(entry.path(), source_.leftOutFolder))
-            walk_.disable_recursion_pending();
+        walk_.back().increment(failure);
+        if (failure) Miss(entry.path().parent_path(), failure);
         const bool isFile = entry.is_regular_file(failure);
-        walk_.increment(failure);
-        if (failure) throw PathFailure(folder_, failure);
+        if (failure && failure != std::errc::no_such_file_or_directory)
+            Miss(entry.path(), failure);
+        else if (entry.is_directory(failure) && !entry.is_symlink(failure))
+            Enter(entry.path());
         if (!isFile) continue;
+        isFolderEmpty_ = false;
         return InputFile{entry.path().string(),
                          NameInsideAFolder(entry.path().lexically_relative(folder_).string()),
                          false};
     }
     return std::nullopt;
+}
+
+void FileList::Enter(const fs::path& folder) {
+    if (IsSameFolder(folder, source_.leftOutFolder)) return;
+    std::error_code failure;
+    fs::directory_iterator entries(folder, failure);
+    if (failure)
+        Miss(folder, failure);
+    else
+        walk_.push_back(std::move(entries));
+}
+
+void FileList::LeaveTopFolder() {
+    if (isFolderEmpty_ && !isQuiet_) Complain(folder_.string(), "warning: the folder has no files");
+}
+
+void FileList::Miss(const fs::path& path, const std::error_code& failure) {
+    status_ = kEnvironment;
+    isFolderEmpty_ = false;
+    if (!isQuiet_) Complain(path.string(), "it cannot be opened: " + failure.message());
 }
 
 std::optional<InputFile> FileList::NextOfList() {
@@ -149,6 +176,7 @@ std::optional<InputFile> FileList::NextOfList() {
 std::optional<std::size_t> FileList::Count(const FileListSource& source) {
     if (source.list == kStandardInput) return std::nullopt;
     FileList files(source);
+    files.isQuiet_ = true;
     std::size_t count = 0;
     while (files.Next()) ++count;
     return count;

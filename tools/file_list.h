@@ -1,12 +1,15 @@
 /// The inputs of a verb that works through many files, one at a time.
 #pragma once
 
+#include "tools/report.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace quorvex::tools {
@@ -52,9 +55,13 @@ public:
     FileList(const FileList&) = delete;
     FileList& operator=(const FileList&) = delete;
 
-    /// Nothing when there are no more. A folder or list that cannot be read is an
+    /// Nothing when there are no more. A folder that cannot be opened is told on standard error,
+    /// and the others follow; one without files is told too. A list that cannot be read is an
     /// EnvironmentFailure.
     std::optional<InputFile> Next();
+
+    /// kEnvironment where a folder could not be read as a whole.
+    [[nodiscard]] ExitStatus Status() const noexcept { return status_; }
 
     /// How many inputs there are, by walking all folders and the list; nothing where the list is
     /// standard input, which can be read but once.
@@ -65,13 +72,19 @@ private:
 
     std::optional<InputFile> NextOfAll();
     std::optional<InputFile> NextOfFolder();
+    void Enter(const std::filesystem::path& folder);
+    void LeaveTopFolder();
+    void Miss(const std::filesystem::path& path, const std::error_code& failure);
     std::optional<InputFile> NextOfArguments();
     std::optional<InputFile> NextOfList();
 
     FileListSource source_;
     std::size_t nextArgument_ = 0;
-    std::filesystem::path folder_;
-    std::filesystem::recursive_directory_iterator walk_;
+    std::filesystem::path folder_;                           // that of the command line
+    std::vector<std::filesystem::directory_iterator> walk_;  // in there, one in the other
+    bool isFolderEmpty_ = false;                             // so far
+    bool isQuiet_ = false;
+    ExitStatus status_ = kAllDone;
     std::unique_ptr<List> list_;
 };
 

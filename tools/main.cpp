@@ -1,4 +1,5 @@
 // The quorvex command.
+#include "tools/output/unfinished.h"
 #include "tools/report.h"
 #include "tools/verbs/command_line.h"
 
@@ -7,6 +8,7 @@
 
 int main(int count, char** texts) {
     using namespace quorvex::tools;
+    EndCleanlyWhenStopped();
     try {
         CommandLine line;
         return line.Read(count, texts)();

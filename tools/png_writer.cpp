@@ -45,9 +45,10 @@ void WriteAll(png_structp png, png_infop info, const Picture& picture) {
     png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
     png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
     png_set_IHDR(png, info, static_cast<png_uint_32>(picture.width),
-                 static_cast<png_uint_32>(picture.height), 8, colourType, PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+                 static_cast<png_uint_32>(picture.height), 8 * picture.sampleBytes, colourType,
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_write_info(png, info);
+    if (picture.sampleBytes == 2) png_set_swap(png);
     for (int row = 0; row < picture.height; ++row)
         png_write_row(png,
                       picture.pixels.data() + picture.RowBytes() * static_cast<std::size_t>(row));

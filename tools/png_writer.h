@@ -8,15 +8,18 @@ namespace quorvex::tools {
 
 class OutputFile;
 
-/// Rows from the top without gaps; one byte a pixel is grey, three are red, green, blue.
+/// Rows from the top without gaps; one channel is grey, three are red, green, blue. A sample of two
+/// bytes has its least significant one first.
 struct Picture {
     int width = 0;
     int height = 0;
     int channels = 1;
+    int sampleBytes = 1;
     std::vector<unsigned char> pixels;
 
     [[nodiscard]] std::size_t RowBytes() const noexcept {
-        return static_cast<std::size_t>(width) * static_cast<std::size_t>(channels);
+        return static_cast<std::size_t>(width) * static_cast<std::size_t>(channels) *
+               static_cast<std::size_t>(sampleBytes);
     }
 };
 

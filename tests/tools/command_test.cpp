@@ -36,6 +36,38 @@ TEST(FrameCommand, GivesTheStoredPixels) {
                 stored.substr(kLoopFrame, kLoopFrame));
 }
 
+// The expected header is written by hand, by the description of the format.
+TEST(FrameCommand, WritesWhatTheExtensionSays) {
+    const ScratchFolder folder;
+    const auto raw = OutputOf({"frame", kLoop, "--all", "-o", "-"});
+    EXPECT_TRUE(Has(OutputOf({"frame", kLoop, "--all", "-o", folder.Path("loop.npy")}),
+                    "loop.npy: 4 frames of 192 rows x 256 columns x 3 samples, uint8\n"));
+    std::string dictionary =
+        "{'descr': '|u1', 'fortran_order': False, 'shape': (4, 192, 256, 3), }";
+    dictionary.resize(117, ' ');
+    EXPECT_TRUE(ReadAll(folder.Path("loop.npy")) ==
+                std::string("\x93NUMPY\x01\x00\x76\x00", 10) + dictionary + '\n' + raw);
+    OutputOf({"frame", kLoop, "--all", "-o", folder.Path("loop.png")});
+    for (int i = 0; i < 4; ++i) {
+        const auto picture = ReadPng(folder.Path("loop-000" + std::to_string(i + 1) + ".png"));
+        const auto frame = raw.substr(static_cast<std::size_t>(i) * kLoopFrame, kLoopFrame);
+        EXPECT_TRUE(std::equal(frame.begin(), frame.end(), picture.pixels.begin(),
+                               [](char a, unsigned char b) { return a == static_cast<char>(b); }));
+    }
+    OutputOf({"frame", kSlice, "-o", folder.Path("slice.png")});
+    const auto header = ReadAll(folder.Path("slice.png")).substr(16, 10);
+    EXPECT_EQ(header, std::string("\0\0\2\0\0\0\2\0\x10\0", 10)) << "16 bits, grey";
+    EXPECT_EQ(OutputOf({"frame", kSlice, "--describe"}),
+              "1 frame of 512 rows x 512 columns x 1 sample, uint16\n");
+    ExpectStatus(2, {"frame", kSlice, "--describe", "-o", folder.Path("x")});
+    const ImageFacts negative{.rows = 1, .columns = 2, .representation = 1};
+    const auto path =
+        folder.Write("signed.dcm", NativeFile(kExplicitUid, negative, {1, 0, 0xFF, 0xFF}));
+    ExpectStatus(1, {"frame", path, "-o", folder.Path("signed.png")}, "PNG has no room");
+    OutputOf({"frame", path, "-o", folder.Path("signed.npy")});
+    EXPECT_TRUE(Has(ReadAll(folder.Path("signed.npy")), "'descr': '<i2'"));
+}
+
 TEST(FrameCommand, GivesASampleInEachByteAndWarnsOfWhatIsMissing) {
     const ImageFacts bits{.rows = 2, .columns = 5, .bits = 1, .frames = "2"};
     const TemporaryFile packed(NativeFile(kExplicitUid, bits, {0xFF, 0x03, 0x00, 0x00}));
@@ -125,6 +157,33 @@ TEST(RenderCommand, AppliesAStateAndDrawsItsAnnotations) {
     EXPECT_EQ(drawn.At(124, 200), plain.At(124, 200));
 }
 
+TEST(RenderCommand, WritesWhatTheExtensionSays) {
+    const ScratchFolder folder;
+    for (const auto* name : {"a.jpg", "a.JPEG"}) {
+        OutputOf({"render", kLoop, "-o", folder.Path(name)});
+        EXPECT_TRUE(ReadAll(folder.Path(name)).starts_with("\xFF\xD8\xFF")) << name;
+    }
+    OutputOf({"thumbnail", kLoop, "-o", folder.Path("b.jpg")});
+    EXPECT_TRUE(ReadAll(folder.Path("b.jpg")).starts_with("\xFF\xD8\xFF"));
+    ExpectStatus(2, {"render", kLoop, "-o", folder.Path("c.gif")}, "name ends in .png");
+    ExpectStatus(2, {"thumbnail", kLoop, "-o", folder.Path("c.gif")}, "not the name of a png");
+    ExpectStatus(2, {"thumbnail", kLoop, "--format", "png", "-o", folder.Path("c.jpg")});
+    EXPECT_EQ(folder.Names().size(), 3U);
+}
+
+TEST(RenderCommand, AllFramesAreThoseThatItRendersOneByOne) {
+    const ScratchFolder folder;
+    OutputOf({"render", kLoop, "--all-frames", "--view", "100x90", "-o", folder.Path("l.png")});
+    EXPECT_EQ(folder.Names().size(), 4U);
+    for (int i = 0; i < 4; ++i) {
+        const auto number = std::to_string(i);
+        const auto one = RenderPicture({kLoop, "--frame", number, "--view", "100x90"});
+        const auto path = folder.Path("l-000" + std::to_string(i + 1) + ".png");
+        EXPECT_TRUE(ReadPng(path).pixels == one.pixels) << path;
+    }
+    ExpectStatus(2, {"render", kLoop, "--all-frames", "-o", "-"});
+}
+
 TEST(RenderCommand, RefusesAStateForAnotherImage) {
     const ScratchFolder folder;
     ExpectStatus(1, {"render", kRadiograph, "--state", kState, "-o", folder.Path("out.png")});
@@ -151,6 +210,9 @@ TEST(ThumbnailCommand, GoesOnPastBadFilesAndFillsAFolder) {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(std::ranges::count(result.complaints, '\n'), 3) << result.complaints;
     EXPECT_TRUE(Has(result.complaints, "another input has the output"));
+    for (const auto* part : {"2 made, 3 bad in ", "\n  1 x QVM_ERROR_FAILED_TO_READ_FILE (10): ",
+                             "\n  1 x its output is that of another input"})
+        EXPECT_TRUE(Has(result.output, part)) << result.output;
     for (const auto* name : {"/ct.jpg", "/ultrasound_loop.jpg"})
         EXPECT_TRUE(ReadAll(output + name).starts_with("\xFF\xD8\xFF")) << name;
     EXPECT_EQ(std::ranges::distance(std::filesystem::directory_iterator(output)), 2);

@@ -80,7 +80,7 @@ public:
             const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start_;
             WriteToStandardOutput(summary_.Line(taken.count()));
         }
-        if (isStopAsked == 0) return summary_.Status();
+        if (isStopAsked == 0) return std::max(summary_.Status(), files_.Status());
         Complain("stopped", "the rest was not tried; the same command goes on");
         return kEnvironment;
     }

@@ -1,4 +1,4 @@
-/// quorvex frame: decoded frames as raw pixels.
+/// quorvex frame: decoded frames as numbers.
 #pragma once
 
 #include "tools/report.h"
@@ -9,9 +9,10 @@ namespace quorvex::tools {
 
 struct FrameArguments {
     std::string file;
-    std::string output;
+    std::string output;  ///< .npy, .png or plain bytes, by its extension
     int frame = 0;
     bool all = false;
+    bool describe = false;  ///< tells shape and type, and writes nothing
 };
 ExitStatus Frame(const FrameArguments& arguments);
 

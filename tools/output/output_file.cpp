@@ -2,36 +2,15 @@
 
 #include "tools/report.h"
 
-#include <array>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
-#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace quorvex::tools {
 namespace {
-
-// What a signal that ends the command has to remove. Written only while no signal can read it half.
-std::array<char, PATH_MAX> unfinishedPath{};
-
-void RemoveUnfinished(int signalNumber) {
-    if (unfinishedPath[0] != '\0') unlink(unfinishedPath.data());
-    signal(signalNumber, SIG_DFL);
-    raise(signalNumber);
-}
-
-void RememberUnfinished(const std::string& path) {
-    unfinishedPath[0] = '\0';
-    if (path.empty() || path.size() >= unfinishedPath.size()) return;
-    std::memcpy(unfinishedPath.data() + 1, path.c_str() + 1, path.size());
-    unfinishedPath[0] = path[0];
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) signal(number, RemoveUnfinished);
-}
 
 // A link stays a link: what it points to is replaced.
 std::string FollowLink(const std::string& path) {
@@ -69,10 +48,11 @@ OutputFile::OutputFile(const std::string& path) : path_(FollowLink(path)) {
 }
 
 void OutputFile::OpenTemporary() {
+    const StopsWait wait;
     temporaryPath_ = path_ + ".XXXXXX";
     descriptor_ = mkostemp(temporaryPath_.data(), O_CLOEXEC);
     if (descriptor_ < 0) return;
-    RememberUnfinished(temporaryPath_);
+    unfinished_.Remember(temporaryPath_);
     fchmod(descriptor_, NewFileMode());
 }
 
@@ -80,7 +60,6 @@ OutputFile::~OutputFile() {
     if (descriptor_ < 0) return;
     close(descriptor_);
     if (!temporaryPath_.empty()) unlink(temporaryPath_.c_str());
-    RememberUnfinished({});
 }
 
 void OutputFile::Write(std::span<const unsigned char> bytes) {
@@ -99,11 +78,12 @@ void OutputFile::Commit() {
     const bool isPlaced =
         isClosed && (temporaryPath_.empty() || rename(temporaryPath_.c_str(), path_.c_str()) == 0);
     if (!isPlaced) {
-        const auto failure = SystemFailure(path_);
+        const int error = errno;
         if (!temporaryPath_.empty()) unlink(temporaryPath_.c_str());
-        throw failure;
+        errno = error;
+        throw SystemFailure(path_);
     }
-    RememberUnfinished({});
+    unfinished_.Forget();
 }
 
 }  // namespace quorvex::tools

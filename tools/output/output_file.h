@@ -1,6 +1,8 @@
 /// A file that is whole or not there.
 #pragma once
 
+#include "tools/output/unfinished.h"
+
 #include <span>
 #include <string>
 
@@ -36,6 +38,7 @@ private:
     std::string path_;
     std::string temporaryPath_;  ///< empty when written directly
     int descriptor_ = -1;
+    Unfinished unfinished_;
 };
 
 }  // namespace quorvex::tools

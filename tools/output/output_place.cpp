@@ -3,19 +3,34 @@
 #include "tools/output/output_file.h"
 #include "tools/report.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace quorvex::tools {
 namespace {
 
 namespace fs = std::filesystem;
 
+std::string IdentityOf(int answer, const struct stat& status) {
+    if (answer != 0 || !S_ISREG(status.st_mode)) return {};
+    return std::to_string(status.st_dev) + '/' + std::to_string(status.st_ino);
+}
+
 // Identifies a file, whatever path leads to it; empty where there is no plain file.
 std::string IdentityOf(const std::string& path) {
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return {};
-    return std::to_string(status.st_dev) + '/' + std::to_string(status.st_ino);
+    const int answer = stat(path.c_str(), &status);
+    return IdentityOf(answer, status);
+}
+
+// The same for an output, which may be standard output.
+std::string IdentityOfOutput(const std::string& path) {
+    if (path != kStandardOutput) return IdentityOf(path);
+    struct stat status {};
+    const int answer = fstat(STDOUT_FILENO, &status);
+    return IdentityOf(answer, status);
 }
 
 bool IsFolderPath(const std::string& path) {
@@ -24,6 +39,15 @@ bool IsFolderPath(const std::string& path) {
 }
 
 }  // namespace
+
+void RefuseToReplace(const std::string& output, const std::vector<std::string>& inputs) {
+    const auto identity = IdentityOfOutput(output);
+    if (identity.empty()) return;
+    const auto input = std::ranges::find(inputs, identity,
+                                         [](const std::string& path) { return IdentityOf(path); });
+    if (input != inputs.end())
+        throw WrongUsage("the output " + output + " would replace the input " + *input);
+}
 
 OutputPlace::OutputPlace(std::string output, bool hasSeveralInputs,
                          const std::vector<std::string>& namedInputs)
@@ -52,7 +76,7 @@ std::optional<std::string> OutputPlace::For(const std::string& inputPath, const 
 }
 
 bool OutputPlace::IsAnInput(const std::string& path, const std::string& inputPath) const {
-    const auto identity = IdentityOf(path);
+    const auto identity = IdentityOfOutput(path);
     return !identity.empty() && (identity == IdentityOf(inputPath) || inputs_.contains(identity));
 }
 

@@ -10,6 +10,10 @@
 
 namespace quorvex::tools {
 
+/// Throws a WrongUsage where an output, standard output included, is the same file as one of the
+/// inputs, by whatever name or link.
+void RefuseToReplace(const std::string& output, const std::vector<std::string>& inputs);
+
 /// One output file, or a folder of them. Names come from the inputs' own names, never from values
 /// inside a file.
 class OutputPlace {

@@ -5,10 +5,10 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <optional>
-#include <signal.h>
 #include <unistd.h>
 
 namespace quorvex::tools {
@@ -63,7 +63,9 @@ WorkFolder::WorkFolder(const std::string& beside) {
     fs::create_directories(folder, failure);
     RemoveWhatIsLeft(folder, prefix_);
     path_ = (folder / (prefix_ + std::to_string(getpid()))).string();
+    const StopsWait wait;
     fs::create_directory(path_, failure);
+    if (!failure) unfinished_.Remember(path_);
     if (failure) throw PathFailure(folder, failure);
 }
 

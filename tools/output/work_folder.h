@@ -1,6 +1,8 @@
 /// A folder for outputs that are not whole yet.
 #pragma once
 
+#include "tools/output/unfinished.h"
+
 #include <atomic>
 #include <string>
 
@@ -23,6 +25,7 @@ private:
     std::string prefix_;  // of the folders of this machine
     std::string path_;
     std::atomic<unsigned> count_ = 0;
+    Unfinished unfinished_;
 };
 
 }  // namespace quorvex::tools

@@ -2,6 +2,8 @@
 
 #include "tools/frame/frame_warnings.h"
 #include "tools/output/output_file.h"
+#include "tools/output/output_place.h"
+#include "tools/output/picture_file.h"
 #include "tools/render/shown_picture.h"
 #include "tools/render/state_file.h"
 
@@ -10,6 +12,7 @@ namespace {
 
 /// A side of a view that never limits the fit.
 constexpr int kNoLimit = 1 << 30;
+constexpr int kJpegQuality = 90;
 
 void ApplyOptions(CXDIPP& pipeline, const RenderArguments& arguments) {
     if (arguments.voi) pipeline.SelectVOI(*arguments.voi - 1);
@@ -29,26 +32,6 @@ void ApplyOptions(CXDIPP& pipeline, const RenderArguments& arguments) {
     pipeline.UpdatePan_Offset(arguments.pan);
 }
 
-void WritePicture(const Picture& picture, const std::string& path) {
-    OutputFile output(path);
-    WritePng(picture, output);
-    output.Commit();
-}
-
-ExitStatus WriteView(CXDIPP& pipeline, const RenderArguments& arguments, CSize view) {
-    auto result = pipeline.Render();
-    CSize size;
-    int channels = 1;
-    if (result == QVM_SUCCESS) result = pipeline.GetResultImageInfo(size, channels);
-    if (result == QVM_SUCCESS && arguments.result && (size.cx < 1 || size.cy < 1))
-        result = QVM_ERROR_INVALID_OUTPUT_SIZE;
-    if (result != QVM_SUCCESS) return ReportBadInput(arguments.file, result);
-    WritePicture(arguments.result ? CopyResult(pipeline, size, channels)
-                                  : DrawView(pipeline, view, channels == 1),
-                 arguments.output);
-    return kAllDone;
-}
-
 ExitStatus ApplyState(CXDIPP& pipeline, CDcmApp& app, const RenderArguments& arguments) {
     if (arguments.state.empty()) return kAllDone;
     StateFile state;
@@ -65,27 +48,100 @@ void ShowAll(CXDIPP& pipeline) {
     pipeline.UpdatePan_ABS({0, 0});
 }
 
+PictureFormat FormatOf(const std::string& output) {
+    const auto format = PictureFormatOf(output);
+    if (!format || *format == PictureFormat::kJpegLossless)
+        throw WrongUsage("a picture's name ends in .png, .jpg or .jpeg, not as in " + output);
+    return *format;
+}
+
+/// The frames that are asked for, one after the other.
+class RenderRun {
+public:
+    explicit RenderRun(const RenderArguments& arguments)
+        : arguments_(arguments), format_(FormatOf(arguments.output)) {}
+
+    ExitStatus Run() {
+        auto status = arguments_.allFrames ? RenderAll() : RenderFile();
+        warnings_.Complain(arguments_.file);
+        return status;
+    }
+
+private:
+    ExitStatus RenderFile() {
+        CXDIPP pipeline;
+        pipeline.SetRules(Rules::kStandard);
+        const auto result =
+            pipeline.Initialize(&app_, arguments_.file, {kNoLimit, kNoLimit}, arguments_.frame);
+        return Render(pipeline, result, arguments_.frame, arguments_.output);
+    }
+
+    // The file is read once; each frame has a pipeline of its own, so that none takes anything over
+    // from the one before.
+    ExitStatus RenderAll() {
+        CxDcmParser parser;
+        parser.SetRules(Rules::kStandard);
+        const auto result = parser.Initialize(&app_, arguments_.file, 1);
+        const int count = result == QVM_SUCCESS ? parser.GetFrameCount() : 0;
+        if (result != QVM_SUCCESS || count < 1)
+            return ReportBadInput(arguments_.file,
+                                  result != QVM_SUCCESS ? result : QVM_ERROR_INVALID_FRAME_INDEX);
+        for (int frame = 0; frame < count; ++frame) {
+            CXDIPP pipeline;
+            pipeline.SetRules(Rules::kStandard);
+            const auto opened =
+                pipeline.Initialize(&app_, parser.GetHeader(), {kNoLimit, kNoLimit}, frame);
+            const auto status =
+                Render(pipeline, opened, frame, NumberedPath(arguments_.output, frame + 1, count));
+            if (status != kAllDone) return status;
+        }
+        return kAllDone;
+    }
+
+    ExitStatus Render(CXDIPP& pipeline, QUORVEX_MESSAGE opened, int frame,
+                      const std::string& path) {
+        if (opened != QVM_SUCCESS) return ReportBadInput(arguments_.file, opened);
+        warnings_.Note(frame, pipeline.GetFrameQuality());
+        const auto status = ApplyState(pipeline, app_, arguments_);
+        if (status != kAllDone) return status;
+        pipeline.UpdateRotate_Offset(arguments_.rotation);
+        if (arguments_.flip) pipeline.UpdateHFlip_Toggle();
+        const CSize view = arguments_.view.value_or(pipeline.GetDisplayedSize());
+        pipeline.UpdateViewSize(view);
+        ApplyOptions(pipeline, arguments_);
+        if (arguments_.result) ShowAll(pipeline);
+        Picture picture;
+        auto result = Show(pipeline, view, picture);
+        RefuseToReplace(path, {arguments_.file, arguments_.state});
+        if (result == QVM_SUCCESS) result = WritePicture(picture, format_, kJpegQuality, path);
+        return result == QVM_SUCCESS ? kAllDone : ReportBadInput(arguments_.file, result);
+    }
+
+    QUORVEX_MESSAGE Show(CXDIPP& pipeline, CSize view, Picture& picture) const {
+        auto result = pipeline.Render();
+        CSize size;
+        int channels = 1;
+        if (result == QVM_SUCCESS) result = pipeline.GetResultImageInfo(size, channels);
+        if (result == QVM_SUCCESS && arguments_.result && (size.cx < 1 || size.cy < 1))
+            result = QVM_ERROR_INVALID_OUTPUT_SIZE;
+        if (result != QVM_SUCCESS) return result;
+        picture = arguments_.result ? CopyResult(pipeline, size, channels)
+                                    : DrawView(pipeline, view, channels == 1);
+        return QVM_SUCCESS;
+    }
+
+    const RenderArguments& arguments_;
+    PictureFormat format_;
+    CDcmApp app_;
+    FrameWarnings warnings_;
+};
+
 }  // namespace
 
 ExitStatus Render(const RenderArguments& arguments) {
-    CDcmApp app;
-    CXDIPP pipeline;
-    pipeline.SetRules(Rules::kStandard);
-    const auto result =
-        pipeline.Initialize(&app, arguments.file, {kNoLimit, kNoLimit}, arguments.frame);
-    if (result != QVM_SUCCESS) return ReportBadInput(arguments.file, result);
-    FrameWarnings warnings;
-    warnings.Note(arguments.frame, pipeline.GetFrameQuality());
-    warnings.Complain(arguments.file);
-    const auto status = ApplyState(pipeline, app, arguments);
-    if (status != kAllDone) return status;
-    pipeline.UpdateRotate_Offset(arguments.rotation);
-    if (arguments.flip) pipeline.UpdateHFlip_Toggle();
-    const CSize view = arguments.view.value_or(pipeline.GetDisplayedSize());
-    pipeline.UpdateViewSize(view);
-    ApplyOptions(pipeline, arguments);
-    if (arguments.result) ShowAll(pipeline);
-    return WriteView(pipeline, arguments, view);
+    if (arguments.allFrames && arguments.output == kStandardOutput)
+        throw WrongUsage("--all-frames makes files with numbers, not standard output");
+    return RenderRun(arguments).Run();
 }
 
 }  // namespace quorvex::tools

@@ -14,6 +14,7 @@ struct RenderArguments {
     std::string file;
     std::string output;
     int frame = 0;
+    bool allFrames = false;     ///< each into a numbered file
     std::optional<CSize> view;  ///< device pixels; by default the image's own size
     std::optional<Window> window;
     std::optional<VoiFunction> function;  ///< of `window`; by default the file's

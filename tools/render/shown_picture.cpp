@@ -7,7 +7,10 @@ namespace quorvex::tools {
 namespace {
 
 Picture BlackPicture(CSize size, int channels) {
-    Picture picture{.width = size.cx, .height = size.cy, .channels = channels, .pixels = {}};
+    Picture picture;
+    picture.width = size.cx;
+    picture.height = size.cy;
+    picture.channels = channels;
     picture.pixels.resize(picture.RowBytes() * static_cast<std::size_t>(size.cy));
     return picture;
 }

@@ -1,42 +1,65 @@
 #include "tools/thumbnail/thumbnail.h"
 
 #include "quorvex/CXDIPP.h"
-#include "quorvex/CxImageProcessor.h"
 #include "quorvex/Limits.h"
+#include "tools/cause_summary.h"
 #include "tools/file_list.h"
 #include "tools/output/output_file.h"
 #include "tools/output/output_place.h"
-#include "tools/png_writer.h"
+#include "tools/output/picture_file.h"
 #include "tools/progress.h"
 #include "tools/render/shown_picture.h"
+#include "tools/trouble.h"
 
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
-#include <memory>
+#include <new>
 
 namespace quorvex::tools {
 namespace {
 
-constexpr unsigned short kJpegQuality = 85;
+constexpr int kJpegQuality = 85;
 constexpr std::array kDicomExtensions = {".dcm", ".dicom", ".dic", ".ima"};
 
 struct Format {
     const char* name;
     const char* extension;
-    QUORVEX_XFERSYNTAX code;
+    PictureFormat code;
 };
 constexpr Format kFormats[] = {
-    {"png", ".png", kXferUncompressed},
-    {"jpeg", ".jpg", kXferJpegBaseline},
-    {"jpeg-lossless", ".ljpg", kXferJpegLossless},
+    {"png", ".png", PictureFormat::kPng},
+    {"jpeg", ".jpg", PictureFormat::kJpeg},
+    {"jpeg-lossless", ".ljpg", PictureFormat::kJpegLossless},
 };
+
+const Format& FormatOf(PictureFormat code) {
+    return *std::ranges::find(kFormats, code, &Format::code);
+}
 
 const Format& FormatOf(const std::string& name) {
     for (const auto& format : kFormats)
         if (name == format.name) return format;
     throw WrongUsage("a thumbnail is png, jpeg or jpeg-lossless, not " + name);
+}
+
+// What is asked for by name, or else by the extension of the one output.
+const Format& FormatOf(const ThumbnailArguments& arguments, const OutputPlace& place) {
+    if (!arguments.format.empty()) return FormatOf(arguments.format);
+    const bool isFile = !place.IsFolder() && place.Path() != kStandardOutput;
+    const auto byName = isFile ? PictureFormatOf(place.Path()) : std::nullopt;
+    return FormatOf(byName.value_or(PictureFormat::kPng));
+}
+
+// A name must not say what the picture is not.
+void RefuseOtherName(const std::string& path, const Format& format) {
+    const bool isSaid = path != kStandardOutput && std::filesystem::path(path).has_extension();
+    if (isSaid && PictureFormatOf(path) != format.code)
+        throw WrongUsage(path + " is not the name of a " + format.name +
+                         " picture, which ends in " + format.extension);
 }
 
 // `name` with another extension in place of a DICOM one, or behind what is not one: a UID as a file
@@ -66,77 +89,79 @@ QUORVEX_MESSAGE Draw(const std::string& path, const ThumbnailArguments& argument
     return result;
 }
 
-/// A coded picture.
-struct CodedPicture {
-    std::unique_ptr<unsigned char[]> bytes;
-    unsigned long size = 0;
+/// All inputs, one after the other.
+class ThumbnailRun {
+public:
+    ThumbnailRun(const ThumbnailArguments& arguments, const FileListSource& source,
+                 std::size_t count)
+        : arguments_(arguments),
+          place_(arguments.output, count > 1 || HasFolder(arguments.files), arguments.files),
+          format_(FormatOf(arguments, place_)),
+          files_(source),
+          progress_(count) {}
+
+    ExitStatus Run() {
+        for (auto input = files_.Next(); input && !isHopeless_; input = files_.Next()) {
+            ForgetLimit();
+            TryOne(*input);
+            progress_.Step();
+        }
+        if (place_.IsFolder()) WriteToStandardOutput(summary_.Text("made"));
+        return std::max(summary_.Status(), files_.Status());
+    }
+
+private:
+    // Another input may find its place where this one did not, but not on a full disk.
+    void TryOne(const InputFile& input) {
+        try {
+            MakeOne(input);
+        } catch (const EnvironmentFailure& failure) {
+            Complain(input.path, failure.what());
+            const int error = failure.systemError;
+            isHopeless_ = error == ENOSPC || error == EDQUOT || error == EROFS;
+            summary_.Add(kEnvironment,
+                         std::string("the output cannot be written: ") + std::strerror(error));
+        } catch (const std::bad_alloc&) {
+            const std::string sentence = LimitSentence(Limit::kMemory);
+            Complain(input.path, sentence);
+            summary_.Add(kEnvironment, sentence);
+        }
+    }
+
+    void MakeOne(const InputFile& input) {
+        const auto path = place_.For(input.path, WithExtension(input.name, format_.extension));
+        if (!path) {
+            summary_.Add(kBadInput, "its output is that of another input, or an input itself");
+            return;
+        }
+        RefuseOtherName(*path, format_);
+        Picture picture;
+        auto result = Draw(input.path, arguments_, picture);
+        if (result == QVM_SUCCESS) {
+            MakeFolderOf(*path);
+            result = WritePicture(picture, format_.code, kJpegQuality, *path);
+        }
+        if (result == QVM_SUCCESS) return summary_.AddDone();
+        const auto trouble = TroubleOf(input.path, result);
+        summary_.Add(ReportTrouble(input.path, trouble), trouble.Text());
+    }
+
+    const ThumbnailArguments& arguments_;
+    OutputPlace place_;
+    const Format& format_;
+    FileList files_;
+    Progress progress_;
+    CauseSummary summary_;
+    bool isHopeless_ = false;
 };
-
-QUORVEX_MESSAGE Code(Picture& picture, const Format& format, CodedPicture& coded) {
-    _IMAGE_PROCESS_PARAM param;
-    param.transferSyntax = kExplicitLittleEndian;
-    param.samplesPerPixel = static_cast<std::uint16_t>(picture.channels);
-    param.photometric = picture.channels == 3 ? "RGB" : "MONOCHROME2";
-    param.planarConfiguration = 0;
-    param.rows = static_cast<std::uint16_t>(picture.height);
-    param.columns = static_cast<std::uint16_t>(picture.width);
-    param.bitsAllocated = 8;
-    param.quality = kJpegQuality;
-    param.pixelRepresentation = 0;
-    param.targetSyntax = format.code;
-    unsigned char* bytes = nullptr;
-    CxImageProcessor processor;
-    const auto result = processor.CompressFrameData(&param, picture.pixels.data(),
-                                                    picture.pixels.size(), bytes, coded.size);
-    coded.bytes.reset(bytes);
-    return result;
-}
-
-QUORVEX_MESSAGE Write(Picture& picture, const Format& format, const std::string& path) {
-    CodedPicture coded;
-    if (format.code != kXferUncompressed) {
-        const auto result = Code(picture, format, coded);
-        if (result != QVM_SUCCESS) return result;
-    }
-    MakeFolderOf(path);
-    OutputFile output(path);
-    if (format.code == kXferUncompressed) {
-        WritePng(picture, output);
-    } else {
-        output.Write({coded.bytes.get(), coded.size});
-    }
-    output.Commit();
-    return QVM_SUCCESS;
-}
-
-ExitStatus MakeOne(const InputFile& input, OutputPlace& place, const Format& format,
-                   const ThumbnailArguments& arguments) {
-    const auto path = place.For(input.path, WithExtension(input.name, format.extension));
-    if (!path) return kBadInput;
-    ForgetLimit();
-    Picture picture;
-    auto result = Draw(input.path, arguments, picture);
-    if (result == QVM_SUCCESS) result = Write(picture, format, *path);
-    if (result != QVM_SUCCESS) return ReportBadInput(input.path, result);
-    return kAllDone;
-}
 
 }  // namespace
 
 ExitStatus Thumbnail(const ThumbnailArguments& arguments) {
-    const Format& format = FormatOf(arguments.format);
     const FileListSource source{
         .arguments = arguments.files, .list = {}, .shard = {}, .leftOutFolder = arguments.output};
     const auto count = FileList::Count(source).value_or(0);
-    OutputPlace place(arguments.output, count > 1 || HasFolder(arguments.files), arguments.files);
-    FileList files(source);
-    Progress progress(count);
-    auto status = kAllDone;
-    while (const auto input = files.Next()) {
-        status = std::max(status, MakeOne(*input, place, format, arguments));
-        progress.Step();
-    }
-    return status;
+    return ThumbnailRun(arguments, source, count).Run();
 }
 
 }  // namespace quorvex::tools

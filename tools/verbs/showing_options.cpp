@@ -27,14 +27,21 @@ void AddOptions(CLI::App& verb, InfoArguments& arguments) {
 void AddOptions(CLI::App& verb, FrameArguments& arguments) {
     verb.add_option("FILE", arguments.file, "DICOM file")->required();
     auto* frame = AddFrame(verb, arguments.frame);
-    verb.add_flag("--all", arguments.all, "Every frame, one behind the other")->excludes(frame);
-    AddOutput(verb, arguments.output, kOutputHelp);
+    verb.add_flag("--all", arguments.all,
+                  "Every frame, one behind the other; pictures are numbered")
+        ->excludes(frame);
+    auto* output = AddOutput(verb, arguments.output, kOutputHelp)->required(false);
+    verb.add_flag("--describe", arguments.describe, "Tells shape and type only, and writes nothing")
+        ->excludes(output);
 }
 
 void AddOptions(CLI::App& verb, RenderArguments& arguments) {
     verb.add_option("FILE", arguments.file, "DICOM file")->required();
     AddOutput(verb, arguments.output, kOutputHelp);
-    AddFrame(verb, arguments.frame);
+    auto* frame = AddFrame(verb, arguments.frame);
+    verb.add_flag("--all-frames", arguments.allFrames,
+                  "Every frame, each in a file with its number, from 1")
+        ->excludes(frame);
     AddParsed(verb, "--view", "WxH", "Size of the view; by default the image's own", arguments.view,
               ParseSize);
     verb.add_option("--voi", arguments.voi,
@@ -73,9 +80,9 @@ void AddOptions(CLI::App& verb, ThumbnailArguments& arguments) {
     AddOutput(verb, arguments.output, kOutputsHelp);
     AddParsed(verb, "--size", "WxH", "Pixels to fit the picture into", arguments.size, ParseSize)
         ->default_str("128x128");
-    verb.add_option("--format", arguments.format, "What the pictures are")
-        ->type_name("png|jpeg|jpeg-lossless")
-        ->capture_default_str();
+    verb.add_option("--format", arguments.format,
+                    "What the pictures are; by default what the output's name says, else png")
+        ->type_name("png|jpeg|jpeg-lossless");
     AddFrame(verb, arguments.frame);
     verb.add_flag("--data-range", arguments.dataRange,
                   "Spreads grey over the values that are there, not over the header's window");
