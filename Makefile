@@ -6,8 +6,10 @@ PICTURES ?= pictures
 FILE ?=
 # ON makes every warning an error.
 WERROR ?= OFF
+# Which of how many parts of the real files, where a target works through them.
+SHARE ?= 1/1
 
-.PHONY: run test conformance conformance-cases bench fuzz asan tsan soak corpus-asan memcheck \
+.PHONY: run test roundtrip conformance conformance-cases bench fuzz asan tsan soak corpus-asan memcheck \
     check tidy abi docs format install clean build
 
 build:
@@ -24,6 +26,13 @@ test:
 	@scripts/install_packages.sh test
 	@$(MAKE) --no-print-directory build CMAKE_ARGS="-DQUORVEX_TESTS=ON"
 	@ctest --preset $(PRESET)
+
+# Converts every real file to every target and holds the results against independent tools; SHARE=1/8
+# takes an eighth of the files.
+roundtrip:
+	@scripts/install_packages.sh roundtrip
+	@$(MAKE) --no-print-directory build BUILD_ARGS="--target quorvex"
+	@scripts/run_roundtrip.sh $(BUILD)/bin/quorvex $(SHARE)
 
 # Holds the command against the display suite; ADAPTER=dcmtk or pydicom takes another tool.
 ADAPTER ?= quorvex
@@ -64,7 +73,6 @@ soak:
 	@scripts/run_stress.sh soak $(BUILD) $(SOAK_OBJECTS)
 
 # Every real file through every verb of the command under sanitizers; SHARE=1/8 takes an eighth of them.
-SHARE ?= 1/1
 corpus-asan:
 	@scripts/install_packages.sh test
 	@$(MAKE) --no-print-directory build PRESET=asan BUILD_ARGS="--target quorvex"

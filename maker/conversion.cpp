@@ -33,8 +33,8 @@ bool IsInForm(TRANSFER_SYNTAX syntax, std::int32_t compressionType) {
 /// The frames of an object, decoded one at a time.
 class FetchedFrames final : public FrameSupply {
 public:
-    FetchedFrames(CxDcmParser& parser, std::size_t frameBytes)
-        : parser_(parser), frameBytes_(frameBytes) {}
+    FetchedFrames(CxDcmParser& parser, std::size_t frameBytes, const ConversionProgress& progress)
+        : parser_(parser), frameBytes_(frameBytes), progress_(progress) {}
 
     [[nodiscard]] int Count() const override { return parser_.GetFrameCount(); }
     QUORVEX_MESSAGE Fetch(int index, _DCM_FRAME_BUFFER*& frame) override {
@@ -42,13 +42,15 @@ public:
         const auto result = parser_.GetAFrame(index, frame_.rawData, frame_.rawLength, 0);
         if (result != QVM_SUCCESS) return result;
         frame = &frame_;
-        return frame_.rawLength == frameBytes_ ? QVM_SUCCESS : QVM_ERROR_INVALID_BITS_ALLOCATED;
+        if (frame_.rawLength != frameBytes_) return QVM_ERROR_INVALID_BITS_ALLOCATED;
+        return progress_.Report(index + 1, Count());
     }
     [[nodiscard]] bool HoldsBitmaps() const noexcept override { return false; }
 
 private:
     CxDcmParser& parser_;
     std::size_t frameBytes_;
+    const ConversionProgress& progress_;
     _DCM_FRAME_BUFFER frame_;
 };
 
@@ -115,7 +117,7 @@ _DCM_PIXEL_INFO WantedFormat(const _USER_SETTING_INFO* settings, std::uint16_t q
 }
 
 QUORVEX_MESSAGE ConvertPixels(CxDcmParser& parser, TRANSFER_SYNTAX syntax, _DCM_PIXEL_INFO format,
-                              CDcmObject& target) {
+                              const ConversionProgress& progress, CDcmObject& target) {
     if (IsInForm(syntax, format.compressionType)) return QVM_FRAME_COPIED;
     const int count = parser.GetFrameCount();
     if (count < 1) return QVM_ERROR_INVALID_IMAGE_FORMAT;
@@ -125,12 +127,13 @@ QUORVEX_MESSAGE ConvertPixels(CxDcmParser& parser, TRANSFER_SYNTAX syntax, _DCM_
     const std::size_t frameBytes = FrameBytes(format).value_or(0);
     if (!ArePlausible(*parser.GetHeader(), syntax, frameBytes, count))
         return QVM_ERROR_FAILED_TO_SET_PIXEL_DATA;
-    FetchedFrames frames(parser, frameBytes);
+    FetchedFrames frames(parser, frameBytes, progress);
     return MakePixels(format, frames, target);
 }
 
-RecodingWish RecodingWishOf(const _USER_SETTING_INFO* settings, std::uint16_t quality) {
-    RecodingWish wish{.form = kXferUncompressed, .quality = quality};
+RecodingWish RecodingWishOf(const _USER_SETTING_INFO* settings, const ObjectMaker& maker) {
+    RecodingWish wish{
+        .form = kXferUncompressed, .quality = maker.quality, .progress = maker.progress};
     if (settings != nullptr) wish.form = static_cast<QUORVEX_XFERSYNTAX>(settings->compressionType);
     return wish;
 }
@@ -157,8 +160,9 @@ QUORVEX_MESSAGE Convert(CDcmApp& app, CDcmObject& object, const _USER_SETTING_IN
     ObjectChange change(object);
     const auto ofPixels = Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, [&] {
         return maker.rules == Rules::kStandard
-                   ? Recode(parser, syntax, RecodingWishOf(settings, maker.quality), object)
-                   : ConvertPixels(parser, syntax, WantedFormat(settings, maker.quality), object);
+                   ? Recode(parser, syntax, RecodingWishOf(settings, maker), object)
+                   : ConvertPixels(parser, syntax, WantedFormat(settings, maker.quality),
+                                   maker.progress, object);
     });
     UpdateUserSettingInfo(settings, object);
     if (settings != nullptr && !settings->fileName.IsEmpty()) object.RenameFile(settings->fileName);

@@ -115,6 +115,10 @@ CxDcmMaker::~CxDcmMaker() = default;
 QUORVEX_MESSAGE CxDcmMaker::GetOutcome() const noexcept {
     return maker_->outcome;
 }
+void CxDcmMaker::SetProgress(FrameProgressCallback callback, void* user) noexcept {
+    maker_->progress = {.callback = callback, .user = user};
+}
+
 void CxDcmMaker::SetRules(Rules rules) noexcept {
     maker_->rules = rules;
 }

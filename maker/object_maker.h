@@ -1,6 +1,7 @@
 /// What a `CxDcmMaker` keeps between its operations.
 #pragma once
 
+#include "maker/conversion_progress.h"
 #include "quorvex/CxDcmMaker.h"
 
 #include <cstdint>
@@ -29,6 +30,7 @@ public:
     QUORVEX_MESSAGE outcome = QVM_SUCCESS;  ///< of the latest making or conversion
     std::uint16_t quality = 0;              ///< 0: the default of the operation
     Rules rules = Rules::kEstablished;
+    ConversionProgress progress;
 
 private:
     /// @param target  null: a new object is made for it

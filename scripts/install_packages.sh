@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs the Debian packages that a job needs and that are missing.
-# Usage: install_packages.sh run|test|conformance|bench|fuzz|memcheck|check|docs
+# Usage: install_packages.sh run|test|roundtrip|conformance|bench|fuzz|memcheck|check|docs
 set -eu
 job=${1:-run}
 
@@ -9,6 +9,7 @@ build="g++ cmake ninja-build make ccache pkg-config zlib1g-dev libpng-dev libcli
        libcairo2-dev libfreetype-dev fonts-dejavu-core"
 tests="libgtest-dev python3 python3-numpy python3-pydicom dcmtk dicom3tools groff-base zsh fish"
 displays="python3 python3-numpy python3-pydicom dcmtk"
+conversions="python3 python3-numpy python3-pydicom dcmtk dicom3tools libgdcm-tools"
 benches="libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev"
 
 fuzzers="clang libclang-rt-14-dev python3 python3-pydicom"
@@ -18,6 +19,7 @@ case $job in
     run) packages=$build ;;
     test) packages="$build $tests" ;;
     conformance) packages="$build $displays" ;;
+    roundtrip) packages="$build $conversions" ;;
     bench) packages="$build $tests $benches" ;;
     memcheck) packages="$build $tests valgrind" ;;
     check) packages="$build $checkers" ;;

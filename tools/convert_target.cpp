@@ -43,6 +43,12 @@ std::string NamesOfTargets() {
 
 }  // namespace
 
+const TransferSyntax* SyntaxOf(const CDcmObject& object) {
+    TRANSFER_SYNTAX number = kSyntaxNone;
+    object.GetTransferSyntax(number);
+    return TransferSyntaxOf(number);
+}
+
 void NameColoursOf(CDcmObject& object, const ConvertTarget& target) {
     if (target.codedColours == nullptr) return;
     if (Read<CString>(object, tag::kPhotometricInterpretation) == CString("RGB"))

@@ -8,6 +8,9 @@
 
 namespace quorvex::tools {
 
+/// The row of an object's transfer syntax; null for one that is not known.
+const TransferSyntax* SyntaxOf(const CDcmObject& object);
+
 /// A form that files can be brought into.
 struct ConvertTarget {
     const TransferSyntax* syntax = nullptr;

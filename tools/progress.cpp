@@ -39,7 +39,7 @@ std::string AsTime(double seconds) {
 
 Progress::Progress(std::optional<std::size_t> total)
     : total_(total),
-      isWanted_(total.value_or(2) > 1 && IsPossible()),
+      isPossible_(IsPossible()),
       start_(std::chrono::steady_clock::now()),
       nextShow_(start_ + kPatience) {}
 
@@ -53,9 +53,18 @@ bool Progress::IsPossible() {
 
 void Progress::Step() {
     ++done_;
-    if (!isWanted_) return;
+    within_.clear();
+    if (!isPossible_ || !HasSeveral()) return;
     const auto now = std::chrono::steady_clock::now();
     if (now >= nextShow_) Show(now);
+}
+
+void Progress::Within(const char* step, int done, int all) {
+    if (!isPossible_ || all < 2) return;
+    const auto now = std::chrono::steady_clock::now();
+    if (now < nextShow_) return;
+    within_ = std::string(step) + " frame " + std::to_string(done) + " of " + std::to_string(all);
+    Show(now);
 }
 
 std::string Progress::Line(double seconds) const {
@@ -71,7 +80,9 @@ std::string Progress::Line(double seconds) const {
 void Progress::Show(std::chrono::steady_clock::time_point now) {
     nextShow_ = now + kRefresh;
     const std::chrono::duration<double> taken = now - start_;
-    std::fprintf(stderr, "\r%s\033[K", Line(taken.count()).c_str());
+    const std::string between = HasSeveral() && !within_.empty() ? ", " : "";
+    const std::string line = (HasSeveral() ? Line(taken.count()) : "") + between + within_;
+    std::fprintf(stderr, "\r%s\033[K", line.c_str());
     std::fflush(stderr);
     isShown = true;
 }

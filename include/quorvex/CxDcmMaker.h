@@ -15,6 +15,10 @@ namespace quorvex {
 class CXGSPSInfo;
 class ObjectMaker;
 
+/// Learns how many frames of a conversion are done, and how many there are. Anything but 1 ends the
+/// conversion.
+using FrameProgressCallback = MC_STATUS (*)(int done, int all, void* user);
+
 /// What a host wants changed against the source. Empty or 0 keeps what the source gave.
 struct _USER_SETTING_INFO {  // NOLINT(bugprone-reserved-identifier): given name
     CString modality;        ///< "PR" and "SR" choose the SOP Class too
@@ -136,6 +140,11 @@ public:
     ///     - what a coding cannot hold is refused: GetOutcome() says by which attribute. So are
     ///       frames that are not whole.
     void SetRules(Rules rules) noexcept;
+
+    /// Tells `callback`, in the converting thread, of each frame that a conversion has done; null
+    /// tells nobody, as at first. Where it answers other than 1 the conversion ends with the
+    /// outcome QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, and the object stays as it was.
+    void SetProgress(FrameProgressCallback callback, void* user) noexcept;
 
     // Identity. Each text is empty without memory.
 

@@ -74,6 +74,41 @@ void SetDerived(CDcmObjectCommon& object, std::uint32_t tag) {
     for (const CString& value : values) writer.Add(value);
 }
 
+MC_STATUS CollectSequences(const DcmElementView& element, void* user) {
+    auto& sequences = *static_cast<std::vector<std::uint32_t>*>(user);
+    if (element.depth == 0 && element.vr == MC_VR_SQ) sequences.push_back(element.tag);
+    return kMcContinue;
+}
+
+MC_STATUS FindFrameType(const DcmElementView& element, void*) {
+    return element.tag == tag::kFrameType ? kMcRefuse : kMcContinue;
+}
+
+bool HasFrameType(const CDcmObjectCommon& object) {
+    return object.WalkElements(nullptr, FindFrameType) != kDcmSuccess;
+}
+
+void SetFrameTypesDerived(CDcmObjectCommon& group);
+
+void SetFrameTypesDerived(CDcmObjectCommon& object, std::uint32_t sequence) {
+    std::vector<CDcmItem> items;
+    ForEachItem(object, sequence, [&](const CDcmItem& item) { items.push_back(item); });
+    ValueWriter writer(object, sequence);
+    for (CDcmItem& item : items) {
+        SetFrameTypesDerived(item);
+        writer.Add(std::move(item));
+    }
+}
+
+/// The types of the frames stand in functional groups, one or two sequences below.
+void SetFrameTypesDerived(CDcmObjectCommon& group) {
+    if (!HasFrameType(group)) return;
+    if (Read<CString>(group, tag::kFrameType)) SetDerived(group, tag::kFrameType);
+    std::vector<std::uint32_t> sequences;
+    group.WalkElements(&sequences, CollectSequences);
+    for (const std::uint32_t sequence : sequences) SetFrameTypesDerived(group, sequence);
+}
+
 void DescribeDerivation(const TransferSyntax& coding, double ratio, CDcmObject& object) {
     constexpr int kLongestText = 1024;
     const CString text =
@@ -109,6 +144,10 @@ bool RecordLoss(const TransferSyntax& coding, double ratio, CDcmObject& object) 
     DescribeDerivation(coding, ratio, object);
     ReferToSource(object);
     SetDerived(object, tag::kImageType);
+    for (const auto groups :
+         {tag::kSharedFunctionalGroupsSequence, tag::kPerFrameFunctionalGroupsSequence}) {
+        if (Read<CDcmItem>(object, groups)) SetFrameTypesDerived(object, groups);
+    }
     object.SetValue(tag::kSOPInstanceUID, *uid);
     return true;
 }

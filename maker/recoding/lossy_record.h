@@ -12,7 +12,7 @@ namespace quorvex {
 void MarkEarlierLoss(const TransferSyntax& coding, double ratio, CDcmObject& object);
 
 /// Makes the object one derived from its former self: Lossy Image Compression with ratio and
-/// method behind earlier ones, derivation, Image Type, source, and a UID of its own.
+/// method behind earlier ones, derivation, Image Type and Frame Types, source, a UID of its own.
 /// @return false where no UID can be made of the configured root
 [[nodiscard]] bool RecordLoss(const TransferSyntax& coding, double ratio, CDcmObject& object);
 

@@ -27,8 +27,11 @@ std::size_t StoredBytes(const CDcmObject& object) {
 /// Frames as they are stored, one after the other.
 class StoredFrames final : public PlainFrameSource {
 public:
-    StoredFrames(CxDcmParser& parser, std::size_t frameBytes)
-        : parser_(parser), frameBytes_(frameBytes), count_(parser.GetFrameCount()) {}
+    StoredFrames(CxDcmParser& parser, std::size_t frameBytes, const ConversionProgress& progress)
+        : parser_(parser),
+          frameBytes_(frameBytes),
+          progress_(progress),
+          count_(parser.GetFrameCount()) {}
 
     [[nodiscard]] bool AreAtEnd() const override { return next_ == count_; }
     QUORVEX_MESSAGE Next(std::span<unsigned char>& bytes) override {
@@ -43,12 +46,13 @@ public:
             return QVM_ERROR_FAILED_TO_DECOMPRESS;
         if (size != frameBytes_) return QVM_ERROR_INVALID_BITS_ALLOCATED;
         bytes = {data, size};
-        return QVM_SUCCESS;
+        return progress_.Report(next_, count_);
     }
 
 private:
     CxDcmParser& parser_;
     std::size_t frameBytes_;
+    const ConversionProgress& progress_;
     int count_;
     int next_ = 0;
     std::unique_ptr<unsigned char[]> frame_;
@@ -118,7 +122,7 @@ QUORVEX_MESSAGE RecodeByStandard(CxDcmParser& parser, TRANSFER_SYNTAX from,
 
     if (plan.forms.samplesPerPixel == 3)
         parser.GetHeader()->SetValue(tag::kPhotometricInterpretation, plan.readAs);
-    StoredFrames frames(parser, plan.frameBytes);
+    StoredFrames frames(parser, plan.frameBytes, wish.progress);
     std::size_t codedBytes = 0;
     result = plan.to->isEncapsulated
                  ? CodeAll(plan, frames, target, codedBytes)

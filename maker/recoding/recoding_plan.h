@@ -2,6 +2,7 @@
 #pragma once
 
 #include "codec/stored_coding.h"
+#include "maker/conversion_progress.h"
 #include "quorvex/DicomObject.h"
 #include "quorvex/ResultCodes.h"
 #include "quorvex/TransferSyntaxes.h"
@@ -15,6 +16,7 @@ namespace quorvex {
 struct RecodingWish {
     QUORVEX_XFERSYNTAX form{};
     std::uint16_t quality = 0;  ///< 0: the form's own
+    ConversionProgress progress = {};
 };
 
 struct RecodingPlan {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <random>
 #include <sys/wait.h>
 
 namespace quorvex::test {
@@ -68,7 +69,7 @@ TEST(ConvertCommand, ShardsShareAListWithoutOverlap) {
 TEST(ConvertCommand, ManifestRemembersWhatIsDone) {
     const ScratchFolder folder;
     const auto archive = MakeArchive(folder, 4);
-    folder.Write("archive/bad.dcm", ReadAll(kState));
+    folder.Write("archive/bad.dcm", ReadAll(kSlice).substr(0, 250'000));
     const auto manifest = folder.Path("manifest.jsonl");
     const auto output = folder.Path("out");
     const auto expect = [&](int status, const char* target, const char* counts) {
@@ -88,6 +89,43 @@ TEST(ConvertCommand, ManifestRemembersWhatIsDone) {
     for (const auto& line : LinesOf(manifest))
         EXPECT_TRUE(line.starts_with('{') && line.ends_with('}')) << line;
     expect(0, "implicit", "5 converted;");
+    folder.Write("archive/2.dcm", ReadAll(archive + "/1.dcm"));  // another one of that size
+    folder.Write("archive/1.dcm", ReadAll(archive + "/1.dcm"));  // the same one, at a new time
+    expect(0, "implicit", "1 converted, 4 done before");
+}
+
+TEST(ConvertCommand, ManifestTakesLinesOfEarlierReleasesAndNoOtherFile) {
+    const ScratchFolder folder;
+    const auto manifest = folder.Path("manifest.jsonl");
+    const auto output = folder.Path("out.dcm");
+    const Arguments convert = {"convert", kSlice, "-o", output, "--to", "rle", "--manifest"};
+    OutputOf(convert + Arguments{manifest});
+    auto line = ReadAll(manifest);
+    for (const auto* name : {"\"sourceModified\"", "\"compared\"", "\"changed\""}) {
+        const auto begin = line.find(name);
+        const auto end = line.find(name[1] == 's' ? "," : "],", begin);
+        line.erase(begin, end - begin + (name[1] == 's' ? 1 : 2));
+    }
+    EXPECT_FALSE(Has(line, "compared") || Has(line, "changed") || Has(line, "sourceModified"));
+    folder.Write("manifest.jsonl", line);
+    EXPECT_TRUE(Has(OutputOf(convert + Arguments{manifest}), "1 done before"));
+
+    const auto mistaken = folder.Write("slice.dcm", ReadAll(kSlice));
+    ExpectStatus(2, convert + Arguments{mistaken}, "no file to keep a manifest in");
+    EXPECT_TRUE(ReadAll(mistaken) == ReadAll(kSlice));
+}
+
+TEST(ConvertCommand, OptionsDecideWhatCountsAsDone) {
+    const ScratchFolder folder;
+    const auto image = folder.Write("a.dcm", SmallImage(SmallFacts(16, 12), {1, 2}));
+    const Arguments convert = {"convert", image,  "-o",         folder.Path("out.dcm"),
+                               "--to",    "jpeg", "--manifest", folder.Path("manifest")};
+    const Arguments keep = {"--keep-unsupported"};
+    ExpectStatus(1, convert, "cannot hold");
+    EXPECT_TRUE(Has(OutputOf(convert + keep), "1 kept"));
+    EXPECT_TRUE(Has(OutputOf(convert + keep), "1 done before"));
+    ExpectStatus(1, convert, "cannot hold");
+    EXPECT_TRUE(Has(OutputOf(convert + keep + Arguments{"--leave-lossy"}), "1 kept"));
 }
 
 TEST(ConvertCommand, ManifestLinesAreJsonWhateverTheNames) {
@@ -110,25 +148,55 @@ TEST(ConvertCommand, ManifestLinesAreJsonWhateverTheNames) {
     EXPECT_EQ(std::system(check.c_str()), 0);
 }
 
-TEST(ConvertCommand, GoesOnToTheSameResultAfterAKill) {
+// Images of several kinds, reports, lossy ones, some that no target holds, and what is no DICOM.
+std::string MakeMixedArchive(const ScratchFolder& scratch, int count) {
+    const auto archive = MakeArchive(scratch, count);
+    const auto report = [](std::string_view syntax) {
+        auto builder = DicomBuilder::Part10(syntax);
+        return builder.Padded(tag::kSOPClassUID, "UI", "1.2.840.10008.5.1.4.1.1.88.11").Bytes();
+    };
+    for (int i = 0; i < count; i += 5) {
+        const auto name = "archive/other/" + std::to_string(i);
+        scratch.Write(name + "r.dcm", report(i % 2 == 0 ? kImplicitUid : kExplicitUid));
+        scratch.Write(name + "b.dcm", NativeFile(kExplicitUid, SmallFacts(1, 1), Bytes(32, 5)));
+        scratch.Write(name + "c.dcm", NativeFile(kExplicitUid,
+                                                 {.rows = 64,
+                                                  .columns = 64,
+                                                  .bits = 8,
+                                                  .photometric = "RGB ",
+                                                  .samples = 3,
+                                                  .frames = "5 "},
+                                                 Bytes(std::size_t{64} * 64 * 3 * 5, 9)));
+        scratch.Write(name + "l.dcm", EncapsulatedFile(kJpegLsUid, SmallFacts(8, 8), {{{1, 2}}}));
+        scratch.Write(name + ".txt", std::string(200, 't'));
+    }
+    return archive;
+}
+
+TEST(ConvertCommand, GoesOnToTheSameResultAfterTwentyKills) {
     const ScratchFolder folder;
-    const auto archive = MakeArchive(folder, 120);
+    const auto archive = MakeMixedArchive(folder, 150);
     const auto whole = folder.Path("whole");
-    OutputOf({"convert", archive, "-o", whole, "--to", "j2k-lossless"});
+    EXPECT_TRUE(Has(
+        OutputOf({"convert", archive, "-o", whole, "--to", "j2k-lossless", "--keep-unsupported"}),
+        "180 converted, 30 carried, 60 kept, 30 not DICOM;"));
     const auto output = folder.Path("out");
     const auto manifest = folder.Path("manifest.jsonl");
     const std::string command = kCommand + " convert " + archive + " -o " + output +
-                                " --to j2k-lossless --jobs 2 --manifest " + manifest +
-                                " >/dev/null 2>&1";
-    for (const std::string seconds : {"0.03", "0.06", "0.1"})
+                                " --to j2k-lossless --keep-unsupported --jobs 2 --manifest " +
+                                manifest + " >/dev/null 2>&1";
+    std::minstd_rand random(7);
+    for (int i = 0; i < 20; ++i) {
+        const auto seconds = std::to_string(0.02 + static_cast<double>(random() % 60) / 1000);
         static_cast<void>(std::system(("timeout -s KILL " + seconds + ' ' + command).c_str()));
+    }
     EXPECT_EQ(std::system(command.c_str()), 0);
     EXPECT_EQ(FilesBelow(output), FilesBelow(whole));
     for (const auto& name : FilesBelow(whole))
         EXPECT_TRUE(ReadAll(output + '/' + name) == ReadAll(whole + '/' + name)) << name;
     std::set<std::string> done;
     for (const auto& line : LinesOf(manifest)) done.insert(line.substr(0, line.find("\",")));
-    EXPECT_EQ(done.size(), 120U);
+    EXPECT_EQ(done.size(), 300U);
 }
 
 TEST(ConvertCommand, SaysWhenTheDiskRefuses) {

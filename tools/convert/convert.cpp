@@ -2,15 +2,20 @@
 
 #include "tools/convert/convert_job.h"
 #include "tools/convert/convert_summary.h"
+#include "tools/convert/stop_signals.h"
 #include "tools/output/object_output.h"
 #include "tools/output/output_place.h"
 #include "tools/output/work_folder.h"
 #include "tools/progress.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -18,13 +23,10 @@
 namespace quorvex::tools {
 namespace {
 
-volatile sig_atomic_t isStopAsked = 0;
+using namespace std::chrono_literals;
 
-// The files at work are finished; asked a second time, the command ends at once.
-void AskToStop(int signalNumber) {
-    isStopAsked = 1;
-    signal(signalNumber, SIG_DFL);
-}
+constexpr auto kGrace = 1500ms;  // for the files at work, once the user has asked for an end
+constexpr auto kGlance = 50ms;
 
 bool HasSeveralInputs(const ConvertArguments& arguments) {
     return arguments.files.size() > 1 || !arguments.list.empty() || HasFolder(arguments.files);
@@ -49,12 +51,40 @@ ConvertOptions OptionsOf(const ConvertArguments& arguments) {
     return {.target = target,
             .quality = quality,
             .isVerified = !arguments.isUnverified,
-            .hasManifest = !arguments.manifest.empty()};
+            .hasManifest = !arguments.manifest.empty(),
+            .keepsUnsupported = arguments.keepsUnsupported,
+            .leavesLossy = arguments.leavesLossy,
+            .isDryRun = arguments.isDryRun};
 }
 
 std::optional<std::size_t> TotalToShow(const ConvertArguments& arguments) {
     if (!Progress::IsPossible()) return std::nullopt;
     return FileList::Count(SourceOf(arguments));
+}
+
+// A dry run leaves the outputs' place alone.
+std::string WorkPlaceFor(const OutputPlace& place, bool isDryRun) {
+    if (isDryRun) return std::filesystem::temp_directory_path().string();
+    return place.IsFolder() ? place.Path() : WorkPlaceOf(place.Path());
+}
+
+std::string DryLine(const ConvertRecord& record) {
+    const auto nameOf = [](const std::string& uid) {
+        const TransferSyntax* syntax = TransferSyntaxOfUid(uid);
+        return syntax == nullptr ? uid : std::string(syntax->name);
+    };
+    const auto size = [](const FileDigest& file) { return std::to_string(file.bytes); };
+    std::string what =
+        record.outcome == Outcome::kCarried ? "would be carried" : "would be converted";
+    what += " from " + nameOf(record.syntaxIn) + " to " + nameOf(record.syntaxOut);
+    if (record.outcome == Outcome::kKept) what = "would be kept as it is (" + record.message + ')';
+    return Printable(record.input) + ": " + what + ", " + size(record.source) + " to " +
+           size(record.result) + " bytes\n";
+}
+
+bool IsDoneWell(const ConvertRecord& record) {
+    return record.outcome == Outcome::kDone || record.outcome == Outcome::kCarried ||
+           record.outcome == Outcome::kKept;
 }
 
 /// All inputs through several threads. Each takes the next input, converts it, and records the
@@ -64,23 +94,22 @@ public:
     explicit ConvertRun(const ConvertArguments& arguments)
         : options_(OptionsOf(arguments)),
           place_(arguments.output, HasSeveralInputs(arguments), arguments.files),
-          workFolder_(place_.IsFolder() ? place_.Path() : WorkPlaceOf(place_.Path())),
+          workFolder_(WorkPlaceFor(place_, options_.isDryRun)),
           files_(SourceOf(arguments)),
           progress_(TotalToShow(arguments)) {
         if (!arguments.manifest.empty()) manifest_ = std::make_unique<Manifest>(arguments.manifest);
     }
 
     ExitStatus Run(unsigned jobs) {
+        working_ = jobs;
         {
             std::vector<std::jthread> threads;
             for (unsigned i = 0; i < jobs; ++i) threads.emplace_back([this] { WorkUntilTheEnd(); });
+            AwaitTheEnd();
         }
         if (failure_) std::rethrow_exception(failure_);
-        if (place_.Path() != "-") {
-            const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start_;
-            WriteToStandardOutput(summary_.Line(taken.count()));
-        }
-        if (isStopAsked == 0) return std::max(summary_.Status(), files_.Status());
+        if (place_.Path() != "-" || options_.isDryRun) WriteToStandardOutput(SummaryLine());
+        if (!IsStopping()) return std::max(summary_.Status(), files_.Status());
         Complain("stopped", "the rest was not tried; the same command goes on");
         return kEnvironment;
     }
@@ -91,25 +120,57 @@ private:
         ConvertRecord record;
     };
 
+    [[nodiscard]] bool IsStopping() const { return isGivenUp_ || StopSignals() > 0; }
+
+    std::string SummaryLine() {
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start_;
+        return summary_.Line(taken.count(), options_.isDryRun);
+    }
+
+    // Nothing interrupts the work inside one frame: what takes longer than a moment to finish when
+    // the user asks for an end, or when he asks again, ends with the process.
+    void AwaitTheEnd() {
+        auto asked = std::chrono::steady_clock::time_point::max();
+        while (working_ > 0) {
+            std::this_thread::sleep_for(kGlance);
+            const auto now = std::chrono::steady_clock::now();
+            if (StopSignals() > 0 && asked > now) asked = now;
+            if (StopSignals() > 1 || (StopSignals() > 0 && now - asked > kGrace)) EndAtOnce();
+        }
+    }
+
+    // No file takes its place, and no line begins, while the lock is ours. Where a thread waits
+    // with it, for a list that does not come, nothing happens either.
+    [[noreturn]] void EndAtOnce() {
+        const bool isLocked = mutex_.try_lock_for(4 * kGlance);
+        workFolder_.RemoveNow();
+        Complain("stopped",
+                 "the files at work and the rest were not done; the same command goes on");
+        if (isLocked) std::fputs(place_.Path() == "-" ? "" : SummaryLine().c_str(), stdout);
+        std::fflush(nullptr);
+        std::_Exit(kEnvironment);
+    }
+
     void WorkUntilTheEnd() {
         try {
             while (auto task = TakeTask()) {
                 const bool isHopeless =
-                    ConvertFile(task->record, task->input, options_, workFolder_);
+                    ConvertFile(task->record, task->input, options_, workFolder_, watch_);
                 Record(task->record);
-                if (isHopeless) isStopAsked = 1;
+                if (isHopeless) isGivenUp_ = true;
             }
         } catch (...) {
             const std::lock_guard lock(mutex_);
             if (!failure_) failure_ = std::current_exception();
-            isStopAsked = 1;
+            isGivenUp_ = true;
         }
+        --working_;
     }
 
     // Skips inputs that are done or have no place for their output.
     std::optional<Task> TakeTask() {
         const std::lock_guard lock(mutex_);
-        while (isStopAsked == 0) {
+        while (!IsStopping()) {
             auto input = files_.Next();
             if (!input) return std::nullopt;
             const auto output = place_.For(input->path, input->name);
@@ -123,17 +184,27 @@ private:
             task.record.output = *output;
             task.record.target = options_.target.syntax->convertName;
             task.record.quality = options_.quality;
-            if (!manifest_ || !manifest_->IsDone(task.record, options_.isVerified)) return task;
+            task.record.leavesLossy = options_.leavesLossy;
+            if (!IsDone(task.record)) return task;
             summary_.AddDoneBefore();
             progress_.Step();
         }
         return std::nullopt;
     }
 
+    [[nodiscard]] bool IsDone(const ConvertRecord& wanted) const {
+        return manifest_ &&
+               manifest_->IsDone(wanted, {.isVerified = options_.isVerified,
+                                          .keepsUnsupported = options_.keepsUnsupported});
+    }
+
     void Record(const ConvertRecord& record) {
         const std::lock_guard lock(mutex_);
-        if (record.outcome == Outcome::kBad || record.outcome == Outcome::kFailed)
+        if (IsDoneWell(record)) {
+            if (options_.isDryRun) WriteToStandardOutput(DryLine(record));
+        } else if (record.outcome != Outcome::kNotDicom) {
             Complain(record.input, record.message);
+        }
         summary_.Add(record);
         if (manifest_) manifest_->Add(record);
         progress_.Step();
@@ -142,13 +213,19 @@ private:
     ConvertOptions options_;
     OutputPlace place_;
     WorkFolder workFolder_;
-    std::mutex mutex_;  // of all below
+    std::timed_mutex mutex_;  // of all below
     FileList files_;
     std::unique_ptr<Manifest> manifest_;
     ConvertSummary summary_;
     Progress progress_;
     std::exception_ptr failure_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    std::atomic<unsigned> working_ = 0;  // threads
+    std::atomic<bool> isGivenUp_ = false;
+    const FrameWatch watch_ = [this](const char* step, int done, int all) {
+        const std::lock_guard lock(mutex_);
+        progress_.Within(step, done, all);
+    };
 };
 
 }  // namespace
@@ -156,7 +233,10 @@ private:
 ExitStatus Convert(const ConvertArguments& arguments) {
     if (arguments.files.empty() && arguments.list.empty())
         throw WrongUsage("convert needs files, folders or --from");
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) signal(number, AskToStop);
+    if (arguments.isDryRun && !arguments.manifest.empty())
+        throw WrongUsage("a dry run keeps no manifest");
+    CountStopSignals();
+    signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failure of its writing
     const unsigned cores = std::max(std::thread::hardware_concurrency(), 1U);
     return ConvertRun(arguments).Run(arguments.jobs == 0 ? cores : arguments.jobs);
 }

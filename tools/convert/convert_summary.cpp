@@ -19,7 +19,7 @@ std::string Megabytes(std::uint64_t bytes) {
 
 void ConvertSummary::Add(const ConvertRecord& record) {
     ++counts_[static_cast<std::size_t>(record.outcome)];
-    if (record.outcome != Outcome::kDone) return;
+    if (record.result.bytes == 0) return;
     sourceBytes_ += record.source.bytes;
     resultBytes_ += record.result.bytes;
     if (record.verification != Verification::kLossy) return;
@@ -29,7 +29,7 @@ void ConvertSummary::Add(const ConvertRecord& record) {
 
 ExitStatus ConvertSummary::Status() const {
     if (Of(Outcome::kFailed) > 0) return kEnvironment;
-    return Of(Outcome::kBad) > 0 ? kBadInput : kAllDone;
+    return Of(Outcome::kBad) + Of(Outcome::kUnsupported) > 0 ? kBadInput : kAllDone;
 }
 
 std::string ConvertSummary::LossText() const {
@@ -38,15 +38,26 @@ std::string ConvertSummary::LossText() const {
            Rounded(worst_.psnr, "dB") + " (" + Printable(worst_.input) + ')';
 }
 
-std::string ConvertSummary::Line(double seconds) const {
-    std::string line = std::to_string(Of(Outcome::kDone)) + " converted";
+std::string ConvertSummary::Line(double seconds, bool isDryRun) const {
+    struct Count {
+        Outcome outcome;
+        const char* name;
+    };
+    constexpr std::array kCounts = {
+        Count{Outcome::kCarried, "carried"},
+        Count{Outcome::kKept, "kept"},
+        Count{Outcome::kNotDicom, "not DICOM"},
+        Count{Outcome::kUnsupported, "not supported"},
+        Count{Outcome::kBad, "bad"},
+        Count{Outcome::kFailed, "failed"},
+    };
+    std::string line = isDryRun ? "dry run: " : "";
+    line += std::to_string(Of(Outcome::kDone)) + " converted";
     if (doneBefore_ > 0) line += ", " + std::to_string(doneBefore_) + " done before";
-    if (Of(Outcome::kNotDicom) > 0)
-        line += ", " + std::to_string(Of(Outcome::kNotDicom)) + " not DICOM";
-    if (Of(Outcome::kBad) > 0) line += ", " + std::to_string(Of(Outcome::kBad)) + " bad";
-    if (Of(Outcome::kFailed) > 0) line += ", " + std::to_string(Of(Outcome::kFailed)) + " failed";
-    return line + "; " + Megabytes(sourceBytes_) + " became " + Megabytes(resultBytes_) + " in " +
-           Rounded(seconds, "s") + LossText() + '\n';
+    for (const auto& [outcome, name] : kCounts)
+        if (Of(outcome) > 0) line += ", " + std::to_string(Of(outcome)) + ' ' + name;
+    return line + "; " + Megabytes(sourceBytes_) + (isDryRun ? " would become " : " became ") +
+           Megabytes(resultBytes_) + " in " + Rounded(seconds, "s") + LossText() + '\n';
 }
 
 }  // namespace quorvex::tools

@@ -21,7 +21,8 @@ public:
 
     [[nodiscard]] ExitStatus Status() const;
     /// One line for a reader, the line feed included.
-    [[nodiscard]] std::string Line(double seconds) const;
+    /// @param isDryRun  nothing of it was done
+    [[nodiscard]] std::string Line(double seconds, bool isDryRun) const;
 
 private:
     [[nodiscard]] std::size_t Of(Outcome outcome) const {
@@ -29,7 +30,7 @@ private:
     }
     [[nodiscard]] std::string LossText() const;
 
-    std::array<std::size_t, 4> counts_{};  // by outcome
+    std::array<std::size_t, kOutcomeCount> counts_{};  // by outcome
     std::size_t doneBefore_ = 0;
     std::uint64_t sourceBytes_ = 0;
     std::uint64_t resultBytes_ = 0;

@@ -40,12 +40,22 @@ private:
 
 }  // namespace
 
+FileDigest LengthOfFile(const std::string& path) {
+    constexpr std::int64_t kNanoseconds = 1'000'000'000;
+    struct stat facts {};
+    if (stat(path.c_str(), &facts) != 0) throw SystemFailure(path);
+    return {.sha256 = {},
+            .bytes = static_cast<std::uint64_t>(facts.st_size),
+            .modified = facts.st_mtim.tv_sec * kNanoseconds + facts.st_mtim.tv_nsec};
+}
+
 FileDigest DigestOfFile(const std::string& path) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"),
                                                                std::fclose);
     if (!file) throw SystemFailure(path);
     Sha256 sha;
-    FileDigest digest;
+    FileDigest digest = LengthOfFile(path);
+    digest.bytes = 0;
     std::vector<unsigned char> piece(kPiece);
     while (const auto size = std::fread(piece.data(), 1, piece.size(), file.get())) {
         sha.Add(piece.data(), size);
@@ -54,12 +64,6 @@ FileDigest DigestOfFile(const std::string& path) {
     if (std::ferror(file.get()) != 0) throw SystemFailure(path);
     digest.sha256 = Hexadecimal(sha.Finish());
     return digest;
-}
-
-FileDigest LengthOfFile(const std::string& path) {
-    struct stat facts {};
-    if (stat(path.c_str(), &facts) != 0) throw SystemFailure(path);
-    return {.sha256 = {}, .bytes = static_cast<std::uint64_t>(facts.st_size)};
 }
 
 std::string DigestOfText(std::string_view text) {

@@ -43,7 +43,8 @@ public:
     std::optional<std::string> TakeValue() {
         SkipSpace();
         if (rest_.starts_with('"')) return TakeString();
-        const auto end = std::min(rest_.find_first_of(",} \t"), rest_.size());
+        if (rest_.starts_with('[')) return TakeArray();
+        const auto end = std::min(rest_.find_first_of(",}] \t"), rest_.size());
         const std::string_view word = rest_.substr(0, end);
         rest_.remove_prefix(end);
         double number = 0.0;
@@ -54,6 +55,20 @@ public:
     }
 
 private:
+    // Of strings and numbers, no arrays inside.
+    std::optional<std::string> TakeArray() {
+        const std::string_view whole = rest_;
+        rest_.remove_prefix(1);
+        if (!Take(']')) {
+            do {
+                SkipSpace();
+                if (rest_.starts_with('[') || !TakeValue()) return std::nullopt;
+            } while (Take(','));
+            if (!Take(']')) return std::nullopt;
+        }
+        return std::string(whole.substr(0, whole.size() - rest_.size()));
+    }
+
     void SkipSpace() {
         while (rest_.starts_with(' ') || rest_.starts_with('\t')) rest_.remove_prefix(1);
     }

@@ -1,4 +1,4 @@
-/// Reads back the lines that the command writes: JSON objects without objects or arrays inside.
+/// Reads back the lines that the command writes: JSON objects with no objects inside.
 #pragma once
 
 #include <map>
@@ -8,7 +8,8 @@
 
 namespace quorvex::tools {
 
-/// The members of one object: strings decoded to UTF-8, everything else as it stands. Nothing for a
+/// The members of one object: strings decoded to UTF-8, everything else, arrays too, as it
+/// stands. Nothing for a
 /// text that is not one whole object of this kind.
 std::optional<std::map<std::string, std::string>> ReadFlatJson(std::string_view text);
 

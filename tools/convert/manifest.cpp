@@ -19,7 +19,10 @@
 namespace quorvex::tools {
 namespace {
 
-constexpr const char* kOutcomes[] = {"done", "not DICOM", "bad", "failed"};
+constexpr const char* kOutcomes[] = {"done",    "not DICOM", "bad",          "failed",
+                                     "carried", "kept",      "not supported"};
+static_assert(std::size(kOutcomes) == kOutcomeCount);
+constexpr const char* kKeptReasons[] = {"", "not supported", "lossy"};
 constexpr const char* kVerifications[] = {"", "off", "equal", "lossy", "different"};
 
 // The members that name a file, ahead of which a comma stands.
@@ -53,8 +56,14 @@ std::string DigestMembers(const std::string& prefix, const FileDigest& digest) {
     return Text(prefix + "Sha256", digest.sha256) + Count(prefix + "Bytes", digest.bytes);
 }
 
+std::string NameList(const std::string& name, const std::vector<std::string>& values) {
+    return JsonMember(name, JsonArray(values, JsonString));
+}
+
 std::string VerificationMembers(const ConvertRecord& record) {
     std::string json = Text("verify", kVerifications[static_cast<int>(record.verification)]);
+    if (!record.compared.empty())
+        json += NameList("compared", record.compared) + NameList("changed", record.changed);
     if (record.verification != Verification::kLossy) return json;
     return json + JsonMember("greatestError", JsonNumber(record.greatestError)) +
            JsonMember("psnr", JsonNumber(record.psnr));
@@ -81,6 +90,13 @@ bool HasSize(const std::string& path, std::uint64_t bytes) {
     return stat(path.c_str(), &status) == 0 && static_cast<std::uint64_t>(status.st_size) == bytes;
 }
 
+/// The first digits of a digest.
+std::array<char, 16> ContentOf(const std::string& sha256) {
+    std::array<char, 16> content{};
+    std::copy_n(sha256.begin(), std::min(sha256.size(), content.size()), content.begin());
+    return content;
+}
+
 /// The file for one process alone.
 class Lock {
 public:
@@ -103,12 +119,17 @@ std::string AsJsonLine(const ConvertRecord& record) {
     if (!record.output.empty()) json += NameMembers("output", record.output);
     json += Text("status", kOutcomes[static_cast<int>(record.outcome)]) +
             Text("to", record.target) + Count("quality", record.quality) +
-            DigestMembers("source", record.source) + DigestMembers("result", record.result) +
-            Text("studyUid", record.studyUid) + Text("seriesUid", record.seriesUid) +
-            Text("instanceUid", record.instanceUid) + Text("syntaxIn", record.syntaxIn) +
-            Text("syntaxOut", record.syntaxOut) + Count("frames", record.frames) +
-            VerificationMembers(record) + Count("milliseconds", record.milliseconds) +
-            Count("code", record.code) + Text("message", record.message);
+            (record.leavesLossy ? JsonMember("leaveLossy", "true") : "") +
+            Text("kept", kKeptReasons[static_cast<int>(record.kept)]) +
+            DigestMembers("source", record.source) +
+            (record.source.sha256.empty() ? "" : Count("sourceModified", record.source.modified)) +
+            DigestMembers("result", record.result) + Text("studyUid", record.studyUid) +
+            Text("seriesUid", record.seriesUid) + Text("instanceUid", record.instanceUid) +
+            (record.resultUid == record.instanceUid ? "" : Text("resultUid", record.resultUid)) +
+            Text("syntaxIn", record.syntaxIn) + Text("syntaxOut", record.syntaxOut) +
+            Count("frames", record.frames) + VerificationMembers(record) +
+            Count("milliseconds", record.milliseconds) + Count("code", record.code) +
+            Text("message", record.message);
     return json + "}\n";
 }
 
@@ -117,6 +138,7 @@ Manifest::Manifest(const std::string& path)
     if (descriptor_ < 0) throw SystemFailure(path);
     try {
         const Lock lock(descriptor_);
+        RefuseWhatIsNone();
         CutTornLine();
         ReadLines();
     } catch (...) {
@@ -129,10 +151,18 @@ Manifest::~Manifest() {
     close(descriptor_);
 }
 
+// Another file, named by mistake, must not lose what follows its last line.
+void Manifest::RefuseWhatIsNone() const {
+    struct stat status {};
+    if (fstat(descriptor_, &status) != 0) throw SystemFailure(path_);
+    char first = '{';
+    if (!S_ISREG(status.st_mode) || pread(descriptor_, &first, 1, 0) < 0 || first != '{')
+        throw WrongUsage(path_ + " is no file to keep a manifest in");
+}
+
 void Manifest::CutTornLine() {
     struct stat status {};
     if (fstat(descriptor_, &status) != 0) throw SystemFailure(path_);
-    if (!S_ISREG(status.st_mode)) throw WrongUsage(path_ + " is no file to keep a manifest in");
     off_t end = status.st_size;
     char last = '\n';
     while (end > 0) {
@@ -155,38 +185,54 @@ void Manifest::ReadLine(const std::string& text) {
     const auto read = ReadFlatJson(text);
     if (!read) return;
     const auto& line = *read;
-    const auto status = line.find("status");
-    if (status == line.end() || status->second != kOutcomes[static_cast<int>(Outcome::kDone)])
-        return;
+    const std::string status = NameOf(line, "status");
+    const auto is = [&](Outcome outcome) { return status == kOutcomes[static_cast<int>(outcome)]; };
+    if (!is(Outcome::kDone) && !is(Outcome::kCarried) && !is(Outcome::kKept)) return;
     ConvertRecord record;
     record.input = NameOf(line, "input");
     record.output = NameOf(line, "output");
     record.target = NameOf(line, "to");
     record.quality = NumberOf<int>(line, "quality");
-    done_.push_back({.key = KeyOf(record),
-                     .isVerified = NameOf(line, "verify") !=
-                                   kVerifications[static_cast<int>(Verification::kOff)],
-                     .sourceBytes = NumberOf<std::uint64_t>(line, "sourceBytes"),
-                     .resultBytes = NumberOf<std::uint64_t>(line, "resultBytes")});
+    record.leavesLossy = line.contains("leaveLossy");
+    Done done{
+        .key = KeyOf(record),
+        .isVerified =
+            NameOf(line, "verify") != kVerifications[static_cast<int>(Verification::kOff)],
+        .isUnsupported = NameOf(line, "kept") == kKeptReasons[static_cast<int>(Kept::kUnsupported)],
+        .content = {},
+        .sourceModified = NumberOf<std::int64_t>(line, "sourceModified"),
+        .sourceBytes = NumberOf<std::uint64_t>(line, "sourceBytes"),
+        .resultBytes = NumberOf<std::uint64_t>(line, "resultBytes")};
+    done.content = ContentOf(NameOf(line, "sourceSha256"));
+    done_.push_back(done);
 }
 
 std::array<char, 15> Manifest::KeyOf(const ConvertRecord& wanted) {
     std::string text = wanted.input;
     for (const auto& part : {wanted.output, wanted.target, std::to_string(wanted.quality)})
         text += '\0' + part;
+    if (wanted.leavesLossy) text += '\0';
     std::array<char, 15> key{};
     std::ranges::copy_n(DigestOfText(text).begin(), key.size(), key.begin());
     return key;
 }
 
-bool Manifest::IsDone(const ConvertRecord& wanted, bool isVerified) const {
+bool Manifest::IsSameSource(const std::string& path, const Done& done) {
+    const FileDigest now = LengthOfFile(path);
+    if (now.bytes != done.sourceBytes) return false;
+    return now.modified == done.sourceModified ||
+           ContentOf(DigestOfFile(path).sha256) == done.content;
+}
+
+bool Manifest::IsDone(const ConvertRecord& wanted, Wish wish) const {
     const auto key = KeyOf(wanted);
     const auto isAhead = [](const Done& done, const auto& other) { return done.key < other; };
     const auto found = std::lower_bound(done_.begin(), done_.end(), key, isAhead);
     const auto end = std::find_if(found, done_.end(), [&](const Done& d) { return d.key != key; });
     return std::any_of(found, end, [&](const Done& done) {
-        return (done.isVerified || !isVerified) && HasSize(wanted.input, done.sourceBytes) &&
-               HasSize(wanted.output, done.resultBytes);
+        return (done.isVerified || !wish.isVerified) &&
+               (!done.isUnsupported || wish.keepsUnsupported) &&
+               HasSize(wanted.output, done.resultBytes) && IsSameSource(wanted.input, done);
     });
 }
 

@@ -3,8 +3,11 @@
 #include "quorvex/Attributes.h"
 #include "quorvex/Tags.h"
 #include "tools/convert/refusal.h"
-#include "tools/convert/stored_samples.h"
+#include "tools/convert_target.h"
 #include "tools/stored_image.h"
+
+#include <algorithm>
+#include <array>
 
 namespace quorvex::tools {
 namespace {
@@ -13,10 +16,26 @@ unsigned short WordOf(const CDcmObject& object, std::uint32_t tag, unsigned shor
     return Read<unsigned short>(object, tag).value_or(absent);
 }
 
-bool HasPixels(const CDcmObject& object) {
+/// The storage classes of images behind "1.2.840.10008.5.1.4.1.1." (PS3.4 B.5) that never lack
+/// pixels; each with all classes below it.
+constexpr std::array<std::string_view, 20> kImageClasses = {
+    "1",  "2",    "3.1",  "4",  "4.1", "6.1",  "6.2",  "7",    "12.1", "12.2",
+    "13", "14.1", "14.2", "20", "30",  "66.4", "66.7", "77.1", "128",  "130"};
+
+bool IsImageClass(std::string_view uid) {
+    constexpr std::string_view kStorage = "1.2.840.10008.5.1.4.1.1.";
+    if (!uid.starts_with(kStorage)) return false;
+    uid.remove_prefix(kStorage.size());
+    return std::ranges::any_of(kImageClasses, [&](std::string_view image) {
+        const bool isExact = image.starts_with('4') || image.starts_with("66");
+        return uid == image ||
+               (!isExact && uid.starts_with(image) && uid.substr(image.size()).starts_with('.'));
+    });
+}
+
+bool Has(const CDcmObject& object, std::uint32_t tag) {
     int count = 0;
-    return object.GetValueCount(tag::kPixelData, count) == kDcmSuccess &&
-           WordOf(object, tag::kRows) > 0 && WordOf(object, tag::kColumns) > 0;
+    return object.GetValueCount(tag, count) == kDcmSuccess;
 }
 
 MC_STATUS NoteCut(const DcmElementView& element, void* user) {
@@ -25,19 +44,13 @@ MC_STATUS NoteCut(const DcmElementView& element, void* user) {
     return isCut ? kMcRefuse : kMcContinue;
 }
 
-bool IsNative(const CDcmObject& source) {
-    TRANSFER_SYNTAX number = kSyntaxNone;
-    source.GetTransferSyntax(number);
-    const auto* syntax = TransferSyntaxOf(number);
-    return syntax != nullptr && !syntax->isEncapsulated;
-}
-
 // Whether native Pixel Data holds less than its header says. A header can claim at most
 // 65535^4 x 2^31 bits, which a double holds well enough to compare.
 bool LacksNativePixels(const CDcmObject& source) {
     unsigned long length = 0;
-    if (!IsNative(source) || source.GetValueLength(tag::kPixelData, 1, length) != kDcmSuccess)
-        return false;
+    const TransferSyntax* syntax = SyntaxOf(source);
+    if (syntax == nullptr || syntax->isEncapsulated) return false;
+    if (source.GetValueLength(tag::kPixelData, 1, length) != kDcmSuccess) return false;
     const bool isSubsampled =
         TextOf(source, tag::kPhotometricInterpretation).find("_42") != std::string::npos;
     double bits = isSubsampled ? 2.0 : WordOf(source, tag::kSamplesPerPixel, 1);
@@ -46,48 +59,49 @@ bool LacksNativePixels(const CDcmObject& source) {
     return static_cast<double>(length) * 8.0 < bits * FramesOf(source);
 }
 
-// A decoder fills up what is missing, and the output would look whole.
-void RefuseWhatIsCut(const CDcmObject& source) {
-    bool isCut = false;
-    source.WalkElements(&isCut, NoteCut);
-    if (isCut) throw BadInput(QVM_ERROR_FAILED_TO_READ_FILE, "the file ends before its data does");
-    if (LacksNativePixels(source))
-        throw BadInput(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA,
-                       "there are fewer pixels than the header says");
-}
-
-// What a lossy coder cannot take, or would change beyond its own noise.
-void RefuseWhatTheCoderCannotHold(CDcmObject& source, const ConvertTarget& target) {
-    constexpr long kHighest12 = 4095;
-    const QUORVEX_XFERSYNTAX form = target.syntax->form;
-    if (form != kXferJpegBaseline && form != kXferJpegExtended) return;
-    const unsigned short bits = WordOf(source, tag::kBitsAllocated);
-    if (form == kXferJpegBaseline && bits > 8)
-        throw BadInput(QVM_ERROR_INVALID_BITS_ALLOCATED,
-                       "JPEG Baseline holds 8 bits, and the image has more");
-    if (form == kXferJpegExtended && bits <= 8)
-        throw BadInput(QVM_ERROR_INVALID_BITS_ALLOCATED,
-                       "12-bit JPEG is for more than 8 bits, and the image has no more");
-    if (WordOf(source, tag::kPixelRepresentation) != 0)
-        throw BadInput(QVM_ERROR_INVALID_PIXEL_REPRESENTATION,
-                       "lossy JPEG cannot hold signed values");
-    const auto limits = LimitsOf(source);
-    Require(limits.result);
-    if (form == kXferJpegExtended && limits.highest > kHighest12)
-        throw BadInput(QVM_ERROR_INVALID_BITS_STORED, "values above " + std::to_string(kHighest12) +
-                                                          " cannot be coded with 12 bits");
-}
-
 }  // namespace
 
 int FramesOf(const CDcmObject& object) {
     return Read<int>(object, tag::kNumberOfFrames).value_or(1);
 }
 
-void RefuseUnfitSource(CDcmObject& source, const ConvertTarget& target) {
-    if (!HasPixels(source)) throw BadInput(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA);
-    RefuseWhatIsCut(source);
-    RefuseWhatTheCoderCannotHold(source, target);
+bool HoldsFractions(const CDcmObject& object) {
+    return Has(object, tag::kFloatPixelData) || Has(object, tag::kDoubleFloatPixelData);
+}
+
+bool IsImage(const CDcmObject& object) {
+    constexpr std::uint32_t kPixelDataProviderUrl = 0x00287FE0;  // where a server has them
+    if (Has(object, tag::kPixelData) || HoldsFractions(object)) return true;
+    const bool saysSo = IsImageClass(TextOf(object, tag::kSOPClassUID)) ||
+                        (Has(object, tag::kRows) && Has(object, tag::kColumns));
+    return saysSo && !Has(object, kPixelDataProviderUrl);
+}
+
+bool IsCodedWithLosses(const CDcmObject& object) {
+    const TransferSyntax* syntax = SyntaxOf(object);
+    return (syntax != nullptr && syntax->isLossy) ||
+           TextOf(object, tag::kLossyImageCompression) == "01";
+}
+
+bool IsDirectory(const CDcmObject& object) {
+    constexpr const char* kDirectoryStorage = "1.2.840.10008.1.3.10";
+    return TextOf(object, tag::kMediaStorageSOPClassUID) == kDirectoryStorage;
+}
+
+// A decoder fills up what is missing, and the output would look whole.
+void RefuseWhatIsCut(const CDcmObject& source) {
+    bool isCut = false;
+    source.WalkElements(&isCut, NoteCut);
+    if (isCut) throw BadInput(QVM_ERROR_FAILED_TO_READ_FILE, "the file ends before its data does");
+}
+
+void RefuseUnfitImage(const CDcmObject& source) {
+    if (!Has(source, tag::kPixelData) || WordOf(source, tag::kRows) == 0 ||
+        WordOf(source, tag::kColumns) == 0)
+        throw BadInput(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA);
+    if (LacksNativePixels(source))
+        throw BadInput(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA,
+                       "there are fewer pixels than the header says");
 }
 
 }  // namespace quorvex::tools

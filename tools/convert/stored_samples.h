@@ -47,12 +47,4 @@ inline long ValueOf(const unsigned char* sample, int width, SampleBits bits) {
 /// Opens an object for its frames, which stay where they are.
 QUORVEX_MESSAGE Open(CxDcmParser& parser, CDcmApp& app, CDcmObject& object);
 
-/// Lowest and highest stored value of all frames.
-struct ValueLimits {
-    QUORVEX_MESSAGE result = QVM_SUCCESS;  ///< why a frame could not be fetched
-    long lowest = 0;
-    long highest = 0;
-};
-ValueLimits LimitsOf(CDcmObject& object);
-
 }  // namespace quorvex::tools

@@ -1,6 +1,8 @@
 #include "tools/convert/verify.h"
 
+#include "quorvex/Tags.h"
 #include "tools/convert/stored_samples.h"
+#include "tools/convert_target.h"
 #include "tools/stored_image.h"
 
 #include <algorithm>
@@ -10,21 +12,6 @@
 
 namespace quorvex::tools {
 namespace {
-
-FetchedFrame FetchInColour(CxDcmParser& parser, int index, const SampleForm& form) {
-    FetchedFrame indices = FetchFrame(parser, index);
-    if (indices.result != QVM_SUCCESS) return indices;
-    unsigned short bits = form.bitsAllocated;
-    unsigned short samples = 1;
-    CString photometric = form.photometric;
-    unsigned char* bytes = nullptr;
-    FetchedFrame colours;
-    colours.result = parser.GetRGBBufferFromPaletteImage(
-        indices.bytes.get(), form.columns, form.rows, bits, samples, photometric, bytes, 0);
-    colours.bytes.reset(bytes);
-    colours.size = 3UL * form.columns * form.rows;
-    return colours;
-}
 
 // Whether the bits above a stored value say no more than the value itself.
 bool FitsStoredBits(const unsigned char* sample, int width, SampleBits bits) {
@@ -80,9 +67,48 @@ void Compare(const FetchedFrame& one, const FetchedFrame& other, int width,
     }
 }
 
+// Samples of one kind on both sides are compared as they are: colours would hide small differences.
+void KeepStoredColours(CxDcmParser& before, CxDcmParser& after) {
+    const auto isFullYbr = [](CxDcmParser& parser) {
+        return FormOf(*parser.GetHeader()).photometric == CString("YBR_FULL");
+    };
+    if (!isFullYbr(before) || !isFullYbr(after)) return;
+    for (CxDcmParser* parser : {&before, &after})
+        parser->GetHeader()->SetValue(tag::kPhotometricInterpretation, "RGB");
+}
+
+/// Pixel Data of the main data set as it is stored.
+struct StoredPixels {
+    std::span<const unsigned char> bytes;
+    bool isThere = false;
+};
+
+MC_STATUS FindPixels(const DcmElementView& element, void* user) {
+    if (element.depth > 0 || element.tag != tag::kPixelData) return kMcContinue;
+    *static_cast<StoredPixels*>(user) = {{element.data, element.length}, true};
+    return kMcRefuse;
+}
+
+bool IsNativeLittleEndian(const CDcmObject& object) {
+    const TransferSyntax* syntax = SyntaxOf(object);
+    return syntax != nullptr && !syntax->isEncapsulated && !syntax->isBigEndian;
+}
+
 }  // namespace
 
-FrameComparison CompareFrames(CDcmObject& source, CDcmObject& output) {
+std::optional<bool> HaveSameNativePixels(const CDcmObject& source, const CDcmObject& output) {
+    if (!IsNativeLittleEndian(source) || !IsNativeLittleEndian(output)) return std::nullopt;
+    StoredPixels one;
+    StoredPixels other;
+    source.WalkElements(&one, FindPixels);
+    output.WalkElements(&other, FindPixels);
+    if (one.isThere != other.isThere) return false;
+    const std::size_t pad = one.bytes.size() % 2;  // a value of odd length is made even
+    return other.bytes.size() == one.bytes.size() + pad &&
+           std::ranges::equal(one.bytes, other.bytes.first(one.bytes.size()));
+}
+
+FrameComparison CompareFrames(CDcmObject& source, CDcmObject& output, const FrameWatch& watch) {
     CDcmApp app;
     CxDcmParser before;
     CxDcmParser after;
@@ -92,16 +118,17 @@ FrameComparison CompareFrames(CDcmObject& source, CDcmObject& output) {
     if (comparison.result != QVM_SUCCESS) return comparison;
     const SampleForm sourceForm = FormOf(source);
     const SampleForm outputForm = FormOf(output);
-    const bool isColoured =
-        IsPaletteColour(sourceForm.photometric) && !IsPaletteColour(outputForm.photometric);
-    comparison.isSameShape = before.GetFrameCount() == after.GetFrameCount();
-    Differences differences(isColoured ? outputForm.bits : sourceForm.bits, outputForm.bits);
-    for (int i = 0; comparison.isSameShape && i < before.GetFrameCount(); ++i) {
-        const auto one = isColoured ? FetchInColour(before, i, sourceForm) : FetchFrame(before, i);
+    KeepStoredColours(before, after);
+    const int count = before.GetFrameCount();
+    comparison.isSameShape = count == after.GetFrameCount();
+    Differences differences(sourceForm.bits, outputForm.bits);
+    for (int i = 0; comparison.isSameShape && i < count; ++i) {
+        const auto one = FetchFrame(before, i);
         const auto other = FetchFrame(after, i);
         comparison.result = one.result != QVM_SUCCESS ? one.result : other.result;
         if (comparison.result != QVM_SUCCESS) return comparison;
         Compare(one, other, outputForm.Width(), differences, comparison);
+        watch("checking", i + 1, count);
     }
     differences.Sum(comparison);
     return comparison;

@@ -3,6 +3,9 @@
 
 #include "quorvex/DicomObject.h"
 #include "quorvex/ResultCodes.h"
+#include "tools/convert/frame_watch.h"
+
+#include <optional>
 
 namespace quorvex::tools {
 
@@ -18,8 +21,12 @@ struct FrameComparison {
     double psnr = 0.0;           ///< dB over all frames; infinite without any error
 };
 
-/// Compares frame by frame, holding one of each. A source of palette colour is compared by its
-/// colours where the output has become RGB.
-FrameComparison CompareFrames(CDcmObject& source, CDcmObject& output);
+/// Compares frame by frame, holding one of each: stored samples where both objects have the same
+/// colours, R, G, B where the coding has changed them.
+FrameComparison CompareFrames(CDcmObject& source, CDcmObject& output, const FrameWatch& watch);
+
+/// Whether native Pixel Data is the same to the byte, whatever its samples are; nothing where it is
+/// coded, or has another byte order.
+std::optional<bool> HaveSameNativePixels(const CDcmObject& source, const CDcmObject& output);
 
 }  // namespace quorvex::tools

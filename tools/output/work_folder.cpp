@@ -76,6 +76,13 @@ WorkFolder::~WorkFolder() {
     RemoveWhatIsLeft(fs::path(path_).parent_path(), prefix_);
 }
 
+void WorkFolder::RemoveNow() noexcept {
+    constexpr int kAttempts = 5;  // a file may come up while the others go
+    std::error_code failure;
+    for (int i = 0; i < kAttempts && fs::exists(path_, failure); ++i)
+        fs::remove_all(path_, failure);
+}
+
 std::string WorkFolder::NewPath() {
     return path_ + '/' + std::to_string(++count_);
 }

@@ -18,6 +18,10 @@ public:
     WorkFolder(const WorkFolder&) = delete;
     WorkFolder& operator=(const WorkFolder&) = delete;
 
+    /// Removes it ahead of the object's end, for a process that ends at once, though other threads
+    /// may still be writing into it.
+    void RemoveNow() noexcept;
+
     /// A path in it that nobody has yet. Any thread may ask.
     [[nodiscard]] std::string NewPath();
 

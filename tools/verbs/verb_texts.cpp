@@ -65,8 +65,9 @@ constexpr std::array kTexts = {
         .name = "convert",
         .summary = "Brings objects into another transfer syntax",
         .about = "Changes how pixels are stored and nothing else. Each output is decoded again and "
-                 "compared with its source before it takes its place. A run that was stopped goes "
-                 "on where it was with the same command and its manifest.",
+                 "compared with its source, attributes too, before it takes its place. Objects "
+                 "without pixels are carried: written in the target's encoding, or copied. A run "
+                 "that was stopped goes on where it was with the same command and its manifest.",
         .formats = "Reads every transfer syntax that this build has a decoder for; writes those "
                    "that --to names. Lossy targets take --quality: jpeg 1 to 100; jpeg12 a "
                    "coarseness, 1 is best; j2k the ratio to compress by.",

@@ -1,6 +1,7 @@
 #include "foundation/engines/jpeg2000/jpeg2000_coders.h"
 #include "foundation/engines/jpeg2000/jpeg2000_stream.h"
 #include "foundation/types/checked_size.h"
+#include "foundation/types/limits.h"
 
 #include <algorithm>
 #include <array>
@@ -35,7 +36,10 @@ OpjImage MakeImage(const PegasusParameters& p) noexcept {
     }
     const auto space = p.samples == 3 ? OPJ_CLRSPC_SRGB : OPJ_CLRSPC_GRAY;
     OpjImage image(opj_image_create(static_cast<OPJ_UINT32>(p.samples), components.data(), space));
-    if (!image) return nullptr;
+    if (!image) {  // its components are too large for the memory that there is
+        RefuseBy(Limit::kMemory);
+        return nullptr;
+    }
     image->x1 = static_cast<OPJ_UINT32>(p.columns);
     image->y1 = static_cast<OPJ_UINT32>(p.rows);
     return image;

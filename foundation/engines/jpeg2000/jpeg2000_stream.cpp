@@ -1,5 +1,7 @@
 #include "foundation/engines/jpeg2000/jpeg2000_stream.h"
 
+#include "foundation/types/limits.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -78,15 +80,18 @@ OPJ_OFF_T SkipTarget(OPJ_OFF_T count, void* user) noexcept {
 void SayNothing(const char*, void*) noexcept {}
 
 /// The library reports missing memory only as a message text.
+/// @param user  a flag to set, or null
 void NoteMissingMemory(const char* sentence, void* user) noexcept {
-    if (std::strstr(sentence, "memory") != nullptr) *static_cast<bool*>(user) = true;
+    if (std::strstr(sentence, "memory") == nullptr) return;
+    if (user != nullptr) *static_cast<bool*>(user) = true;
+    RefuseBy(Limit::kMemory);
 }
 
 OpjCodec Silent(opj_codec_t* codec) noexcept {
     if (codec == nullptr) return nullptr;
     opj_set_info_handler(codec, SayNothing, nullptr);
     opj_set_warning_handler(codec, SayNothing, nullptr);
-    opj_set_error_handler(codec, SayNothing, nullptr);
+    opj_set_error_handler(codec, NoteMissingMemory, nullptr);
     return OpjCodec(codec);
 }
 
