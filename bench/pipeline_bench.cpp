@@ -91,6 +91,19 @@ void ChangeWindowOurs(benchmark::State& state, const Job& job, Rules rules) {
     }
 }
 
+/// A window that wanders over all values of the picture.
+void DragWindowOurs(benchmark::State& state, const Job& job, Rules rules, int width) {
+    quorvex::CDcmApp app;
+    CXDIPP dipp;
+    dipp.SetRules(rules);
+    dipp.Initialize(&app, quorvex::CString(WriteFile(job)), job.view, 0);
+    int step = 0;
+    for (auto _ : state) {
+        dipp.UpdateVOILUT_ABS(step++ * 97 % 2500 - 700, width);
+        if (dipp.Render() != quorvex::QVM_SUCCESS) state.SkipWithError("not shown");
+    }
+}
+
 void ChangeWindowByDicomImage(benchmark::State& state, const Job& job) {
     DicomImage image(WriteFile(job).c_str());
     int level = 0;
@@ -165,6 +178,12 @@ QUORVEX_BENCH_JOB(ChangeWindowByTable, CtMapAlone, kCt, false);
 QUORVEX_BENCH_JOB(ChangeWindowByTable, CtAndResize, kCt, true);
 QUORVEX_BENCH_JOB(ChangeWindowOurs, Radiograph, kRadiograph, Rules::kEstablished);
 QUORVEX_BENCH_JOB(ChangeWindowOurs, RadiographByStandard, kRadiograph, Rules::kStandard);
+QUORVEX_BENCH_JOB(DragWindowOurs, Narrow, kRadiograph, Rules::kEstablished, 150);
+QUORVEX_BENCH_JOB(DragWindowOurs, NarrowByStandard, kRadiograph, Rules::kStandard, 150);
+QUORVEX_BENCH_JOB(DragWindowOurs, Medium, kRadiograph, Rules::kEstablished, 600);
+QUORVEX_BENCH_JOB(DragWindowOurs, MediumByStandard, kRadiograph, Rules::kStandard, 600);
+QUORVEX_BENCH_JOB(DragWindowOurs, Wide, kRadiograph, Rules::kEstablished, 2400);
+QUORVEX_BENCH_JOB(DragWindowOurs, WideByStandard, kRadiograph, Rules::kStandard, 2400);
 QUORVEX_BENCH_JOB(ChangeWindowByDicomImage, Radiograph, kRadiograph);
 QUORVEX_BENCH_JOB(ChangeWindowByDicomImageKeptScaled, Radiograph, kRadiograph);
 QUORVEX_BENCH_JOB(ChangeWindowByTable, RadiographMapAlone, kRadiograph, false);

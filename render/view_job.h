@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -31,6 +32,11 @@ struct ValueColour {
     bool isThere = false;
 };
 
+/// Makes the display bytes of an image's row `y`, counted from the top, from column `first` on.
+/// `next` is a row that is asked for a little later. Throws nothing.
+using GreySource =
+    std::function<void(int y, int next, std::size_t first, std::span<unsigned char> bytes)>;
+
 /// All blocks are the caller's, stay as they are, and hold the whole image.
 struct ViewJob {
     CSize imageSize;
@@ -39,6 +45,7 @@ struct ViewJob {
     /// Display bytes. Grey: of every value that the bits of a pixel can have, taken as an unsigned
     /// number: 256, or 65,536. Colour: 256, for all three samples.
     std::span<const unsigned char> table;
+    GreySource greySource;  ///< where it is there, of a grey image; instead of pixels and tables
     std::optional<WordRamp> ramp;  ///< gives the bytes of `table` to all words of the image; faster
     /// Colours of grey values, for every value as `table` has them; or empty.
     std::span<const ValueColour> colours;

@@ -58,6 +58,7 @@ private:
     }
 
     void MapGrey(int row, int prefetchRow, unsigned char* to) const {
+        if (job_.greySource) return job_.greySource(row, prefetchRow, first_, {to, count_});
         const ByteTable table{job_.table.data(), 0};
         if (job_.pixelBytes == 1) {
             MapPlain<ByteReader>(Source(row), Source(prefetchRow), table, to, count_);

@@ -33,11 +33,7 @@ unsigned char ByteOf(double output) noexcept {
 }  // namespace
 
 unsigned char DisplayFunction::operator()(std::int64_t stored) const noexcept {
-    return ByteAt(modality(stored));
-}
-
-unsigned char DisplayFunction::ByteAt(double modalityValue) const noexcept {
-    const double output = ThroughPresentation(presentation, ThroughVoi(voi, modalityValue));
+    const double output = ThroughPresentation(presentation, ThroughVoi(voi, modality(stored)));
     return ByteOf(isComplemented ? 1.0 - output : output);
 }
 
@@ -57,25 +53,16 @@ std::optional<DisplayFunction::Line> DisplayFunction::AsLine() const noexcept {
 }
 
 void DisplayFunction::Fill(std::int64_t low, std::span<unsigned char> table) const noexcept {
-    FillFrom(static_cast<double>(low), 1.0, table);
-}
-
-void DisplayFunction::FillFrom(double low, double step,
-                               std::span<unsigned char> table) const noexcept {
     if (const auto line = AsLine()) {
-        const double gain = line->gain * step;
-        const double first = line->gain * (low - line->zero);
+        const double first = line->gain * (static_cast<double>(low) - line->zero);
         for (std::size_t i = 0; i < table.size(); ++i) {
-            const double byte = first + gain * static_cast<double>(static_cast<int>(i));
+            const double byte = first + line->gain * static_cast<double>(static_cast<int>(i));
             table[i] = static_cast<unsigned char>(std::clamp(byte, 0.0, kWhite) + kHalf);
         }
         return;
     }
     for (std::size_t i = 0; i < table.size(); ++i) {
-        const double stored = low + step * static_cast<double>(i);
-        const double modalityValue = modality.table ? modality(static_cast<std::int64_t>(stored))
-                                                    : stored * modality.slope + modality.intercept;
-        table[i] = ByteAt(modalityValue);
+        table[i] = (*this)(low + static_cast<std::int64_t>(i));
     }
 }
 

@@ -31,12 +31,6 @@ struct DisplayFunction {
     [[nodiscard]] std::optional<Line> AsLine() const noexcept;
     /// Fills `table` with the bytes of `low` and of those that follow it.
     void Fill(std::int64_t low, std::span<unsigned char> table) const noexcept;
-    /// The same for fractions of stored values: `low` and each one `step` further. Not for a
-    /// modality table, which has no fractions.
-    void FillFrom(double low, double step, std::span<unsigned char> table) const noexcept;
-
-private:
-    [[nodiscard]] unsigned char ByteAt(double modalityValue) const noexcept;
 };
 
 }  // namespace quorvex

@@ -50,6 +50,7 @@ struct Tables {
     std::vector<unsigned char> table;
     std::optional<WordRamp> ramp;
     std::vector<unsigned char> bytes;  ///< the frame itself, where its elements need no table
+    std::optional<DisplayFunction::Line> line;  ///< of a shrunk frame, instead of all that
 };
 
 /// Display bytes of all elements of the frame, each where its bits say.
@@ -67,18 +68,6 @@ Tables TablesOf(const DisplayFunction& function, ValueSpan stored, std::size_t e
     return tables;
 }
 
-Tables TablesOf(const DisplayFunction& function, const ShrunkFrame& frame) {
-    Tables tables;
-    tables.table.resize(frame.wordCount);
-    function.FillFrom(frame.low, 1.0 / frame.steps, tables.table);
-    if (const auto line = function.AsLine()) {
-        tables.ramp = RampOfLine(line->gain / frame.steps, (line->zero - frame.low) * frame.steps,
-                                 0, tables.table);
-    }
-    tables.table.resize(kWords);
-    return tables;
-}
-
 /// Elements too wide for a table are displayed one by one, ahead of the job.
 template <class Element>
 std::vector<unsigned char> DisplayedOneByOne(const DisplayedImage& image,
@@ -92,7 +81,7 @@ std::vector<unsigned char> DisplayedOneByOne(const DisplayedImage& image,
 
 Tables MakeTables(const DisplayedImage& image, const DisplayFunction& function) {
     const StandardImage& standard = *image.standard;
-    if (image.shrunk) return TablesOf(function, image.shrunk->frame);
+    if (image.shrunk) return {.table = {}, .ramp = {}, .bytes = {}, .line = function.AsLine()};
     if (!standard.isGrey || image.bytesPerPixel == 1) {
         const ValueSpan all{0, kBytes - 1};
         return TablesOf(function, standard.isGrey ? standard.stored : all, kBytes);
@@ -131,10 +120,10 @@ void PrepareShrunk(DisplayedImage& image, const DisplayFunction& function, CSize
     }
     const bool hasShutter = ShownShutter(image) != nullptr;
     const bool hasOverlays = image.overlaysShown != 0;
-    if (!image.shrunk || image.shrunk->frame.size != size) {
-        ShrunkImage fresh;
-        fresh.frame = Shrink(image, size);
-        image.shrunk = std::move(fresh);
+    if (image.shrunk && image.shrunk->frame.Size() == size) {
+        image.shrunk->frame.KeepAverages();
+    } else {
+        image.shrunk = ShrunkImage{.frame = ShrunkFrame(image, size), .shutter = {}, .layers = {}};
     }
     ShrunkImage& shrunk = *image.shrunk;
     if (hasShutter != shrunk.hasShutter) {
@@ -177,16 +166,19 @@ void AddLayers(ViewJob& job, const DisplayedImage& image) {
     }
 }
 
-ViewJob JobOf(const DisplayedImage& image, const Tables& tables, const ViewPlacement& placement) {
+ViewJob JobOf(DisplayedImage& image, const Tables& tables, const ViewPlacement& placement) {
     ViewJob job;
     job.imageSize = image.imageSize;
     job.pixels = tables.bytes.empty() ? image.pixels.data.get() : tables.bytes.data();
     job.pixelBytes = tables.bytes.empty() ? image.bytesPerPixel : 1;
     if (image.shrunk) {
-        job.imageSize = image.shrunk->frame.size;
-        job.pixels = static_cast<const unsigned char*>(
-            static_cast<const void*>(image.shrunk->frame.words.data()));
-        job.pixelBytes = 2;
+        ShrunkFrame& frame = image.shrunk->frame;
+        job.imageSize = frame.Size();
+        job.pixelBytes = 1;
+        job.greySource = [&image, &frame, line = *tables.line](int y, int next, std::size_t first,
+                                                               std::span<unsigned char> bytes) {
+            frame.ShowRow(image, line, y, next, first, bytes);
+        };
     }
     job.table = tables.table;
     job.ramp = tables.ramp;

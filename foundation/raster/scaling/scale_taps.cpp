@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <iterator>
 
 namespace quorvex {
 namespace {
@@ -103,58 +102,68 @@ ColumnTaps::ColumnTaps(const ScaleTaps& taps)
         count_ = std::max<std::size_t>(count_, place.count);
     }
     weights_.resize(count_ * taps.places.size());
-    firsts_.reserve(taps.places.size());
+    firsts_.reserve(taps.places.size() + kColumnGroup);
     for (const ScaleTaps::Place& place : taps.places) {
         std::ranges::copy(taps.WeightsOf(place),
                           weights_.begin() + static_cast<std::ptrdiff_t>(firsts_.size() * count_));
-        firsts_.push_back(static_cast<std::uint32_t>(place.first - begin_));
+        firsts_.push_back(place.first - begin_);
     }
+    constexpr std::size_t kMostGrouped = 8;  // taps; more of them lie in too many vectors
+    if (count_ > 0 && count_ <= kMostGrouped) Group();
 }
 
-// As many taps for each pixel leave the loop without a branch that could be guessed wrong.
-template <std::size_t kCount>
-void ColumnTaps::ScaleGrey(const float* whole, float* scaled) const {
-    const float* weights = weights_.data();
-    for (const std::uint32_t first : firsts_) {
-        const float* const from = whole + first;
-        float sum = 0.0F;
-        for (std::size_t i = 0; i < kCount; ++i) sum += from[i] * weights[i];
-        weights += kCount;
-        *scaled++ = sum;
+/// The last pixel's place fills up the last group, by weights of 0.
+void ColumnTaps::Group() {
+    const std::size_t groups = (firsts_.size() + kColumnGroup - 1) / kColumnGroup;
+    grouped_.resize(groups * kColumnGroup * count_);
+    for (std::size_t i = 0; i < firsts_.size(); ++i) {
+        float* const to = grouped_.data() + i / kColumnGroup * kColumnGroup * count_;
+        for (std::size_t tap = 0; tap < count_; ++tap) {
+            to[tap * kColumnGroup + i % kColumnGroup] = weights_[i * count_ + tap];
+        }
     }
+    firsts_.resize(groups * kColumnGroup, firsts_.back());
 }
 
-void ColumnTaps::ScaleAny(const float* whole, std::size_t channels, float* scaled) const {
-    const float* weights = weights_.data();
-    for (const std::uint32_t first : firsts_) {
-        const float* const from = whole + first * channels;
+void ColumnTaps::ScaleGroups(const float* whole, std::size_t first, std::span<float> scaled) const {
+    const std::size_t inGroups = scaled.size() / kColumnGroup * kColumnGroup;
+    GroupedTaps taps{firsts_.data() + first, grouped_.data() + first * count_, count_,
+                     inGroups / kColumnGroup};
+    SumColumns(taps, whole, scaled.data());
+    if (inGroups == scaled.size()) return;
+    std::array<float, kColumnGroup> last{};
+    taps.firsts += inGroups;
+    taps.weights += inGroups * count_;
+    taps.groups = 1;
+    SumColumns(taps, whole, last.data());
+    std::copy_n(last.begin(), scaled.size() - inGroups, scaled.data() + inGroups);
+}
+
+void ColumnTaps::ScaleAny(const float* whole, std::size_t channels, std::size_t first,
+                          std::span<float> scaled) const {
+    const float* weights = weights_.data() + first * count_;
+    for (std::size_t i = 0; i < scaled.size(); i += channels, weights += count_) {
+        const float* const from = whole + static_cast<std::size_t>(firsts_[first++]) * channels;
         for (std::size_t channel = 0; channel < channels; ++channel) {
             float sum = 0.0F;
-            for (std::size_t i = 0; i < count_; ++i) {
-                sum += from[i * channels + channel] * weights[i];
+            for (std::size_t tap = 0; tap < count_; ++tap) {
+                sum += from[tap * channels + channel] * weights[tap];
             }
-            *scaled++ = sum;
+            scaled[i + channel] = sum;
         }
-        weights += count_;
     }
 }
 
 void ColumnTaps::Scale(std::span<const float> whole, std::size_t channels,
                        std::span<float> scaled) const {
-    using Grey = void (ColumnTaps::*)(const float*, float*) const;
-    static constexpr Grey kGrey[] = {nullptr,
-                                     &ColumnTaps::ScaleGrey<1>,
-                                     &ColumnTaps::ScaleGrey<2>,
-                                     &ColumnTaps::ScaleGrey<3>,
-                                     &ColumnTaps::ScaleGrey<4>,
-                                     &ColumnTaps::ScaleGrey<5>,
-                                     &ColumnTaps::ScaleGrey<6>,
-                                     &ColumnTaps::ScaleGrey<7>,
-                                     &ColumnTaps::ScaleGrey<8>};
-    if (channels == 1 && count_ < std::size(kGrey)) {
-        return (this->*kGrey[count_])(whole.data(), scaled.data());
-    }
-    ScaleAny(whole.data(), channels, scaled.data());
+    if (channels == 1) return ScalePart(whole, 0, scaled);
+    ScaleAny(whole.data(), channels, 0, scaled);
+}
+
+void ColumnTaps::ScalePart(std::span<const float> whole, std::size_t first,
+                           std::span<float> scaled) const {
+    if (!grouped_.empty()) return ScaleGroups(whole.data(), first, scaled);
+    ScaleAny(whole.data(), 1, first, scaled);
 }
 
 }  // namespace quorvex

@@ -1,6 +1,7 @@
 /// Where the pixels of a scaled row or column come from, whatever the filter.
 #pragma once
 
+#include "foundation/raster/scaling/column_kernels.h"
 #include "quorvex/Types.h"
 
 #include <cstdint>
@@ -46,22 +47,29 @@ public:
     [[nodiscard]] std::size_t SourcePixels() const noexcept { return sourcePixels_; }
     /// Pixels that a source row must have room for, from `Begin` on; those behind `SourcePixels`
     /// count nothing but must be numbers.
-    [[nodiscard]] std::size_t PaddedPixels() const noexcept { return sourcePixels_ + count_; }
+    [[nodiscard]] std::size_t PaddedPixels() const noexcept {
+        return sourcePixels_ + count_ + 2 * kColumnGroup;
+    }
 
     /// Sums up a row: `whole` begins at source pixel `Begin`, and both rows have `channels` numbers
     /// a pixel.
     void Scale(std::span<const float> whole, std::size_t channels, std::span<float> scaled) const;
+    /// Sums up pixels of one channel, from `first` on, which is the first one of a group. Each sum
+    /// is the same whatever else is asked for.
+    void ScalePart(std::span<const float> whole, std::size_t first, std::span<float> scaled) const;
 
 private:
-    template <std::size_t kCount>
-    void ScaleGrey(const float* whole, float* scaled) const;
-    void ScaleAny(const float* whole, std::size_t channels, float* scaled) const;
+    void Group();
+    void ScaleGroups(const float* whole, std::size_t first, std::span<float> scaled) const;
+    void ScaleAny(const float* whole, std::size_t channels, std::size_t first,
+                  std::span<float> scaled) const;
 
     std::int32_t begin_ = 0;
     std::size_t sourcePixels_ = 0;
     std::size_t count_ = 0;
-    std::vector<std::uint32_t> firsts_;  ///< counted from `begin_`
-    std::vector<float> weights_;         ///< `count_` for each pixel
+    std::vector<std::int32_t> firsts_;  ///< counted from `begin_`; whole groups
+    std::vector<float> weights_;        ///< `count_` for each pixel
+    std::vector<float> grouped_;        ///< the same as `GroupedTaps` has them; where that is fast
 };
 
 }  // namespace quorvex

@@ -67,8 +67,8 @@ void ViewScaler::ShrinkRows(const RowSource& rowAt, const PixelGrid<unsigned cha
             pair[waiting++] = bytes + skipped;
             if (waiting < pair.size() && i + 1 < weights.size()) continue;
             WeighRows(std::span(pair).first(waiting), ValueKind::kUnsignedByte,
-                      weights.subspan(i + 1 - waiting, waiting), i + 1 > waiting,
-                      std::span(whole_).first(counted_));
+                      weights.subspan(i + 1 - waiting, waiting),
+                      {.adds = i + 1 > waiting, .clamp = {}}, std::span(whole_).first(counted_));
             waiting = 0;
         }
         columns_.Scale(whole_, static_cast<std::size_t>(shape_.channels), scaled_);
@@ -98,8 +98,7 @@ const std::vector<float>& ViewScaler::ScaledRow(int y, const RowSource& rowAt) {
         static_cast<std::size_t>(columns_.Begin()) * static_cast<std::size_t>(shape_.channels);
     const unsigned char* const bytes = rowAt(y, y) + skipped;
     constexpr float kWhole[] = {1.0F};
-    WeighRows({&bytes, 1}, ValueKind::kUnsignedByte, kWhole, false,
-              std::span(whole_).first(counted_));
+    WeighRows({&bytes, 1}, ValueKind::kUnsignedByte, kWhole, {}, std::span(whole_).first(counted_));
     columns_.Scale(whole_, static_cast<std::size_t>(shape_.channels), scaled_);
     std::ranges::copy(scaled_, row.samples.begin());
     row.y = y;
