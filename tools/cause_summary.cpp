@@ -27,6 +27,7 @@ std::string CauseSummary::Text(const std::string& done) const {
     std::array<char, 32> seconds{};
     std::snprintf(seconds.data(), seconds.size(), " in %.1f s\n", taken.count());
     std::string text = std::to_string(done_) + ' ' + done;
+    if (notDicom_ > 0) text += ", " + std::to_string(notDicom_) + " not DICOM";
     if (const auto bad = CountOf(kBadInput); bad > 0) text += ", " + std::to_string(bad) + " bad";
     if (const auto failed = CountOf(kEnvironment); failed > 0)
         text += ", " + std::to_string(failed) + " failed";

@@ -15,6 +15,8 @@ namespace quorvex::tools {
 class CauseSummary {
 public:
     void AddDone() noexcept { ++done_; }
+    /// One that was found in a folder and is of no concern.
+    void AddNotDicom() noexcept { ++notDicom_; }
     void Add(ExitStatus status, const std::string& cause) { ++causes_[{status, cause}]; }
 
     [[nodiscard]] ExitStatus Status() const;
@@ -27,6 +29,7 @@ private:
     [[nodiscard]] std::size_t CountOf(ExitStatus status) const;
 
     std::size_t done_ = 0;
+    std::size_t notDicom_ = 0;
     std::map<std::pair<ExitStatus, std::string>, std::size_t> causes_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };

@@ -5,6 +5,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 
 namespace quorvex::tools {
@@ -35,6 +36,22 @@ std::string JsonNumber(double number) {
 
 std::string JsonMember(std::string_view name, std::string_view json) {
     return (std::string(",\"") += name).append("\":").append(json);
+}
+
+std::string Base64(std::string_view bytes) {
+    constexpr std::string_view kDigits =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    constexpr std::size_t kGroup = 3;
+    std::string text;
+    for (std::size_t i = 0; i < bytes.size(); i += kGroup) {
+        const auto group = bytes.substr(i, kGroup);
+        std::uint32_t bits = 0;
+        for (std::size_t k = 0; k < kGroup; ++k)
+            bits = bits << 8 | (k < group.size() ? static_cast<unsigned char>(group[k]) : 0U);
+        for (std::size_t k = 0; k <= kGroup; ++k)
+            text += k <= group.size() ? kDigits[bits >> (18 - 6 * k) & 63] : '=';
+    }
+    return text;
 }
 
 std::string Hexadecimal(std::string_view bytes, std::string_view separator) {

@@ -23,6 +23,9 @@ std::string JsonArray(const Values& values, AsJson asJson) {
     return '[' + json + ']';
 }
 
+/// Base64 (RFC 4648), with its padding.
+std::string Base64(std::string_view bytes);
+
 /// Two lower-case hexadecimal digits for each byte.
 std::string Hexadecimal(std::string_view bytes, std::string_view separator = {});
 

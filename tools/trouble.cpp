@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <memory>
 #include <new>
 #include <vector>
@@ -80,6 +81,18 @@ Trouble TroubleOf(const std::string& path, QUORVEX_MESSAGE result, const CDcmObj
         if (missing) return {kBadInput, QVM_ERROR_INVALID_TRANSFER_SYNTAX, *std::move(missing)};
     }
     return {kBadInput, result, ResultSentence(result)};
+}
+
+bool IsOtherKindOfFile(const std::string& path, const Trouble& trouble) {
+    constexpr std::size_t kPreamble = 128;
+    constexpr std::size_t kMarker = 4;
+    if (trouble.status != kBadInput || (trouble.code != QVM_ERROR_FAILED_TO_PARSE_DICOM &&
+                                        trouble.code != QVM_ERROR_FAILED_TO_READ_FILE))
+        return false;
+    std::array<char, kPreamble + kMarker> head{};
+    std::ifstream file(path, std::ios::binary);
+    return !file.read(head.data(), head.size()) ||
+           std::memcmp(&head[kPreamble], "DICM", kMarker) != 0;
 }
 
 ExitStatus ReportTrouble(const std::string& path, const Trouble& trouble) {

@@ -35,6 +35,9 @@ std::optional<std::string> ReadFailureOf(const std::string& path);
 Trouble TroubleOf(const std::string& path, QUORVEX_MESSAGE result,
                   const CDcmObject* header = nullptr);
 
+/// Whether what failed is no DICOM file at all: one that is found in a folder was not meant then.
+bool IsOtherKindOfFile(const std::string& path, const Trouble& trouble);
+
 /// One line on standard error for the input; answers the trouble's status.
 ExitStatus ReportTrouble(const std::string& path, const Trouble& trouble);
 

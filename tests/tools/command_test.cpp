@@ -230,46 +230,6 @@ TEST(ThumbnailCommand, RefusesWhatMakesNoSense) {
     EXPECT_EQ(folder.Names(), Arguments{"a.dcm"});
 }
 
-TEST(InfoCommand, ShowsElementsAndSummary) {
-    const auto shown = OutputOf({"info", kSlice, kState});
-    for (const auto* part :
-         {"512 x 512, 1 frame", "12 bits in 16, unsigned", "MONOCHROME2", "centre 40, width 400",
-          "value x 1 + -1024", "Explicit VR Little Endian", "(0010,0010) PN PatientName",
-          "[Phantom^Quorvex]", "[Nodule, 12 mm]", "    item 1\n",
-          "Nodule, 12 mm, anchorUnits PIXEL",
-          "CIRCLE, units PIXEL, points 2, filled N, data 123 289 123 303"})
-        EXPECT_TRUE(Has(shown, part)) << part;
-}
-
-// A strict reader of JSON, so that nothing of ours judges itself.
-TEST(InfoCommand, GivesValidJsonWhateverTheBytes) {
-    const ScratchFolder folder;
-    std::string evil;
-    for (int c = 0; c < 256; ++c) evil += static_cast<char>(c);
-    auto file = DicomBuilder::Part10(kExplicitUid);
-    file.Add(tag::kSpecificCharacterSet, "CS", "ISO_IR 100")
-        .Sequence(tag::kReferencedImageSequence);
-    for (const bool isFull : {false, true, false, true, false}) {
-        file.Item();
-        if (isFull) file.Add(tag::kPatientName, "PN", evil);
-        file.EndItem();
-    }
-    file.EndSequence().Add(0x00090010, "LO", evil).Add(0x00091001, "FD", evil);
-    file.Add(0x00091002, "UN", evil).Add(0x00091003, "AT", evil);
-    const auto path = folder.Write("evil.dcm", file.Bytes());
-    const auto shown =
-        ExpectStatus(3, {"info", path, kState, folder.Path("missing"), "--json"}).output;
-    EXPECT_EQ(std::ranges::count(shown, '\n'), 3);
-    const auto check =
-        "python3 -c 'import json, sys\n"
-        "read = [json.loads(l) for l in open(sys.argv[1], encoding=\"utf-8\")]\n"
-        "items = [e for e in read[0][\"elements\"] if e[\"tag\"] == \"00081140\"]\n"
-        "assert [len(i) for i in items[0][\"items\"]] == [0, 1, 0, 1, 0]\n"
-        "assert read[2][\"error\"][\"code\"] == 10' " +
-        folder.Write("shown.json", shown);
-    EXPECT_EQ(std::system(check.c_str()), 0);
-}
-
 TEST(Usage, WrongArgumentsAnswerTwoAndImpossibleOutputsThree) {
     const ScratchFolder folder;
     const Arguments out = {"-o", folder.Path("out")};

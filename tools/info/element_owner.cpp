@@ -38,19 +38,31 @@ void ElementOwner::Follow(const DcmElementView& element) {
 std::string ElementOwner::Text(const DcmElementView& element) {
     const auto bytes = ValueBytes(element);
     if (IsPlainAscii(bytes)) return std::string(WithoutPadding(bytes));
-    const auto* owner = Resolve();
-    std::optional<CString> text;
-    if (owner != nullptr) {
-        ForEachValue<CString>(*owner, element.tag, [&](const CString& value) {
-            if (!text) {
-                text = value;
-                return;
-            }
-            *text += "\\";
-            *text += value;
-        });
+    std::string text;
+    const auto values = Values(element);
+    for (std::size_t i = 0; i < values.size(); ++i)
+        text.append(i == 0 ? "" : "\\").append(values[i]);
+    return text;
+}
+
+std::vector<std::string> ElementOwner::Values(const DcmElementView& element) {
+    const auto bytes = ValueBytes(element);
+    std::vector<std::string> values;
+    if (IsPlainAscii(bytes)) {
+        std::size_t begin = 0;
+        for (bool isLast = false; !isLast;) {
+            const auto end = IsProse(element.vr) ? std::string_view::npos : bytes.find('\\', begin);
+            isLast = end == std::string_view::npos;
+            values.emplace_back(WithoutPadding(bytes.substr(begin, end - begin)));
+            begin = end + 1;
+        }
+        return values;
     }
-    return text ? text->ToUtf8() : std::string(WithoutPadding(bytes));
+    if (const auto* owner = Resolve(); owner != nullptr)
+        ForEachValue<CString>(*owner, element.tag,
+                              [&](const CString& value) { values.push_back(value.ToValidUtf8()); });
+    if (values.empty()) values.emplace_back(WithoutPadding(bytes));
+    return values;
 }
 
 const CDcmObjectCommon* ElementOwner::Resolve() {

@@ -22,6 +22,8 @@ public:
     void Follow(const DcmElementView& element);
     /// Its text as UTF-8, values joined with backslashes, without padding.
     std::string Text(const DcmElementView& element);
+    /// The same, value by value; prose (LT, ST, UT, UR) is one value.
+    std::vector<std::string> Values(const DcmElementView& element);
 
 private:
     struct Step {

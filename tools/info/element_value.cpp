@@ -144,6 +144,43 @@ bool IsText(MC_VR vr) noexcept {
     return RepresentationOf(vr).kind == Kind::kText;
 }
 
+bool IsProse(MC_VR vr) noexcept {
+    return vr == MC_VR_LT || vr == MC_VR_ST || vr == MC_VR_UT || vr == MC_VR_UR;
+}
+
+bool IsBulk(MC_VR vr) noexcept {
+    return vr == MC_VR_UN || RepresentationOf(vr).name.starts_with('O');
+}
+
+UnderstoodElement Understand(const DcmElementView& element, bool isDataSetBigEndian) noexcept {
+    UnderstoodElement understood{element, IsBigEndian(element, isDataSetBigEndian)};
+    const bool isKnown = element.dictionaryVr != MC_VR_UN && element.dictionaryVr != MC_VR_SQ;
+    if (element.vr != MC_VR_UN || !isKnown) return understood;
+    if (element.length % RepresentationOf(element.dictionaryVr).width != 0) return understood;
+    understood.view.vr = element.dictionaryVr;
+    understood.isBigEndian = false;
+    return understood;
+}
+
+std::vector<std::string> NumbersOf(const UnderstoodElement& element) {
+    const auto bytes = ValueBytes(element.view);
+    const auto& representation = RepresentationOf(element.view.vr);
+    std::vector<std::string> numbers;
+    ForEachNumber(bytes, representation.width, bytes.size(), [&](std::string_view number) {
+        numbers.push_back(NumberText(number, representation, element.isBigEndian));
+    });
+    return numbers;
+}
+
+std::string LittleEndianBytes(const UnderstoodElement& element) {
+    std::string bytes(ValueBytes(element.view));
+    const auto width = static_cast<std::ptrdiff_t>(RepresentationOf(element.view.vr).width);
+    if (!element.isBigEndian || width == 1) return bytes;
+    for (auto word = bytes.begin(); bytes.end() - word >= width; word += width)
+        std::reverse(word, word + width);
+    return bytes;
+}
+
 bool IsPlainAscii(std::string_view bytes) noexcept {
     constexpr char kEscape = '\x1B';
     return std::ranges::all_of(bytes, [](char c) { return c >= 0 && c != kEscape; });
@@ -154,32 +191,31 @@ std::string_view ValueBytes(const DcmElementView& element) noexcept {
     return {reinterpret_cast<const char*>(element.data), element.length};
 }
 
-std::string NumbersAsText(const DcmElementView& element, bool bigEndian) {
-    const auto bytes = ValueBytes(element);
-    const auto& representation = RepresentationOf(element.vr);
+std::string NumbersAsText(const UnderstoodElement& element) {
+    const auto bytes = ValueBytes(element.view);
+    const auto& representation = RepresentationOf(element.view.vr);
     if (representation.kind == Kind::kBytes)
         return Hexadecimal(bytes.substr(0, kMostBytesShown), " ") +
                (bytes.size() > kMostBytesShown ? " ..." : "");
-    const bool isBigEndian = IsBigEndian(element, bigEndian);
     std::string text;
     ForEachNumber(bytes, representation.width, kMostNumbersShown, [&](std::string_view number) {
         if (!text.empty()) text += '\\';
-        text += NumberText(number, representation, isBigEndian);
+        text += NumberText(number, representation, element.isBigEndian);
     });
     return bytes.size() / representation.width > kMostNumbersShown ? text + "\\..." : text;
 }
 
-std::string NumbersAsJson(const DcmElementView& element, bool bigEndian) {
-    const auto bytes = ValueBytes(element);
-    const auto& representation = RepresentationOf(element.vr);
+std::string NumbersAsJson(const UnderstoodElement& element) {
+    const auto bytes = ValueBytes(element.view);
+    const auto& representation = RepresentationOf(element.view.vr);
     if (representation.kind == Kind::kBytes)
         return bytes.size() > kMostBytesInJson ? "null" : '"' + Hexadecimal(bytes) + '"';
     if (bytes.size() / representation.width > kMostNumbersInJson) return "null";
-    const bool isBigEndian = IsBigEndian(element, bigEndian);
     std::string text;
     ForEachNumber(bytes, representation.width, kMostNumbersInJson, [&](std::string_view number) {
         if (!text.empty()) text += ',';
-        text += JsonOf(NumberText(number, representation, isBigEndian), representation.kind);
+        text +=
+            JsonOf(NumberText(number, representation, element.isBigEndian), representation.kind);
     });
     return '[' + text + ']';
 }

@@ -5,6 +5,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace quorvex::tools {
 
@@ -18,16 +19,37 @@ bool IsText(MC_VR vr) noexcept;
 /// read through the object library.
 bool IsPlainAscii(std::string_view bytes) noexcept;
 
+/// Whether a backslash is part of the text, which is one value: LT, ST, UT, UR.
+bool IsProse(MC_VR vr) noexcept;
+
+/// Whether the value is one of bytes or words without a meaning of their own: OB, OW, ..., UN.
+bool IsBulk(MC_VR vr) noexcept;
+
+/// An element as its reader is to understand it.
+struct UnderstoodElement {
+    DcmElementView view;
+    bool isBigEndian = false;
+};
+
+/// The element itself, or, where a writer stored a known attribute as UN, the value as the standard
+/// has it: such bytes are little-endian in every file (PS3.5 6.2.2).
+UnderstoodElement Understand(const DcmElementView& element, bool isDataSetBigEndian) noexcept;
+
+/// Each number as text, in full: no limit on how many.
+std::vector<std::string> NumbersOf(const UnderstoodElement& element);
+
+/// The bytes of a value without meaning, in little-endian order.
+std::string LittleEndianBytes(const UnderstoodElement& element);
+
 /// The value's own bytes; empty for a sequence.
 std::string_view ValueBytes(const DcmElementView& element) noexcept;
 
 /// A value that is not text, for a reader: numbers joined with backslashes or bytes in hexadecimal,
-/// cut where it gets long. `bigEndian` is the byte order of the data set; meta information is
-/// little-endian in every file.
-std::string NumbersAsText(const DcmElementView& element, bool bigEndian);
+/// cut where it gets long.
+std::string NumbersAsText(const UnderstoodElement& element);
 
 /// The same for a program: a JSON array of numbers, or a JSON string of hexadecimal digits; "null"
 /// where the value is too long to be of use there.
-std::string NumbersAsJson(const DcmElementView& element, bool bigEndian);
+std::string NumbersAsJson(const UnderstoodElement& element);
 
 }  // namespace quorvex::tools

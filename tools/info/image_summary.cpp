@@ -110,6 +110,7 @@ ImageSummary Summarise(CxDcmParser& parser, const std::string& path) {
     TRANSFER_SYNTAX syntax = kSyntaxNone;
     header.GetTransferSyntax(syntax);
     ImageSummary summary;
+    summary.identity = Identify(header);
     summary.syntax = ReadSyntaxName(header, syntax);
     const auto* row = TransferSyntaxOf(syntax);
     summary.bigEndian = row != nullptr && row->isBigEndian;

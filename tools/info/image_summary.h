@@ -3,6 +3,7 @@
 
 #include "quorvex/Attributes.h"
 #include "quorvex/CxDcmParser.h"
+#include "tools/info/identity/object_identity.h"
 #include "tools/info/named_facts.h"
 
 #include <optional>
@@ -13,6 +14,7 @@ namespace quorvex::tools {
 
 /// Every field is empty where the object does not say.
 struct ImageSummary {
+    ObjectIdentity identity;
     std::string syntax;  ///< name of the transfer syntax, or its UID where it has no name here
     bool bigEndian = false;
     int frames = 0;  ///< 0 without an image

@@ -1,6 +1,7 @@
-/// quorvex info: everything that files say about themselves.
+/// quorvex info: what files are and hold.
 #pragma once
 
+#include "tools/info/element_filter.h"
 #include "tools/report.h"
 
 #include <string>
@@ -9,8 +10,10 @@
 namespace quorvex::tools {
 
 struct InfoArguments {
-    std::vector<std::string> files;
-    bool asJson = false;  ///< one JSON object a file, one a line
+    std::vector<std::string> files;  ///< files and folders, - for standard input
+    std::vector<WantedTag> tags;     ///< empty for every element
+    bool asJson = false;             ///< one JSON object a file, one a line
+    bool asDicomJson = false;        ///< the same in the standard's own form
 };
 ExitStatus Info(const InfoArguments& arguments);
 

@@ -20,21 +20,10 @@ public:
     ElementArray(const CDcmObject& header, bool bigEndian)
         : owner_(header), bigEndian_(bigEndian) {}
 
-    static MC_STATUS Visit(const DcmElementView& element, void* user) {
-        static_cast<ElementArray*>(user)->Add(element);
-        return kMcContinue;
-    }
-
     [[nodiscard]] std::string Finish() {
         CloseDownTo(0);
         return '[' + std::move(json_) + ']';
     }
-
-private:
-    struct OpenSequence {
-        unsigned long count = 0;  // items that it has
-        int item = -1;            // the one that is open
-    };
 
     void Add(const DcmElementView& element) {
         owner_.Follow(element);
@@ -50,6 +39,12 @@ private:
         }
     }
 
+private:
+    struct OpenSequence {
+        unsigned long count = 0;  // items that it has
+        int item = -1;            // the one that is open
+    };
+
     void AddHead(const DcmElementView& element) {
         std::array<char, 16> tag{};
         std::snprintf(tag.data(), tag.size(), "%08x", element.tag);
@@ -61,8 +56,9 @@ private:
     }
 
     std::string ValueOf(const DcmElementView& element) {
-        if (IsText(element.vr)) return JsonString(owner_.Text(element));
-        return NumbersAsJson(element, bigEndian_);
+        const auto understood = Understand(element, bigEndian_);
+        if (IsText(understood.view.vr)) return JsonString(owner_.Text(element));
+        return NumbersAsJson(understood);
     }
 
     // Items without elements are never visited and stand as empty arrays.
@@ -150,11 +146,19 @@ std::string ValuesOf(const ImageSummary& summary) {
     return json;
 }
 
+// What the object is.
+std::string IdentityOf(const ObjectIdentity& identity) {
+    return Text("sopClass", identity.sopClassUid) + Text("sopClassName", identity.sopClassName) +
+           Text("modality", identity.modality) + Text("patientName", identity.patientName) +
+           Text("patientId", identity.patientId) + Text("studyDate", identity.studyDate) +
+           JsonMember("needs", JsonArray(identity.needs, JsonString));
+}
+
 std::string SummaryOf(const ImageSummary& summary) {
     std::string json = "{\"transferSyntax\":" + JsonString(summary.syntax);
-    json += Text("preamble", summary.preamble) + Number("columns", summary.columns) +
-            Number("rows", summary.rows) + Number("frames", summary.frames) +
-            Number("samplesPerPixel", summary.samples) +
+    json += IdentityOf(summary.identity) + Text("preamble", summary.preamble) +
+            Number("columns", summary.columns) + Number("rows", summary.rows) +
+            Number("frames", summary.frames) + Number("samplesPerPixel", summary.samples) +
             Number("bitsAllocated", summary.bitsAllocated) +
             Number("bitsStored", summary.bitsStored) +
             JsonMember("signed", summary.isSigned ? "true" : "false") +
@@ -169,18 +173,18 @@ std::string SummaryOf(const ImageSummary& summary) {
 
 }  // namespace
 
-std::string InfoAsJson(const std::string& path, const ImageSummary& summary,
-                       const CDcmObject& header) {
+std::string InfoAsJson(const std::string& name, const ImageSummary& summary,
+                       const CDcmObject& header, const std::vector<WantedTag>& wanted) {
     ElementArray elements(header, summary.bigEndian);
-    header.WalkElements(&elements, ElementArray::Visit);
-    return "{\"file\":" + JsonString(path) + JsonMember("summary", SummaryOf(summary)) +
+    WalkWanted(header, wanted, [&](const DcmElementView& element) { elements.Add(element); });
+    return "{\"file\":" + JsonString(name) + JsonMember("summary", SummaryOf(summary)) +
            JsonMember("elements", elements.Finish()) + "}\n";
 }
 
-std::string ErrorAsJson(const std::string& path, QUORVEX_MESSAGE result) {
-    return "{\"file\":" + JsonString(path) + R"(,"error":{"code":)" + std::to_string(result) +
-           JsonMember("name", JsonString(ResultName(result))) +
-           JsonMember("sentence", JsonString(SentenceOf(result))) + "}}\n";
+std::string ErrorAsJson(const std::string& name, const Trouble& trouble) {
+    return "{\"file\":" + JsonString(name) + R"(,"error":{"code":)" + std::to_string(trouble.code) +
+           JsonMember("name", JsonString(ResultName(trouble.code))) +
+           JsonMember("sentence", JsonString(trouble.sentence)) + "}}\n";
 }
 
 }  // namespace quorvex::tools

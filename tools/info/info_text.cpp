@@ -2,6 +2,7 @@
 #include "tools/info/element_owner.h"
 #include "tools/info/element_value.h"
 #include "tools/info/info_report.h"
+#include "tools/info/identity/sop_class.h"
 #include "tools/json.h"
 #include "tools/report.h"
 
@@ -42,19 +43,14 @@ class Lines {
 public:
     Lines(const CDcmObject& header, bool bigEndian) : owner_(header), bigEndian_(bigEndian) {}
 
-    static MC_STATUS Visit(const DcmElementView& element, void* user) {
-        static_cast<Lines*>(user)->Add(element);
-        return kMcContinue;
-    }
-    [[nodiscard]] std::string Take() { return std::move(text_); }
-
-private:
     void Add(const DcmElementView& element) {
         owner_.Follow(element);
         NoteItem(element);
         text_ += Margin(element.depth) + HeadOf(element) + ValueOf(element) + '\n';
     }
+    [[nodiscard]] std::string Take() { return std::move(text_); }
 
+private:
     // A line ahead of the first element of each item.
     void NoteItem(const DcmElementView& element) {
         const auto depth = static_cast<std::size_t>(element.depth);
@@ -69,10 +65,22 @@ private:
         if (element.vr == MC_VR_SQ) return CountOf(element.valueCount, "item", "items");
         const std::string cut = element.isCut ? " (cut short)" : "";
         if (element.length == 0) return "(no value)" + cut;
-        if (IsText(element.vr)) return '[' + Printable(Shortened(owner_.Text(element))) + ']' + cut;
-        if (element.vr == MC_VR_UN && IsReadable(ValueBytes(element)))
+        const auto understood = Understand(element, bigEndian_);
+        if (IsText(understood.view.vr)) {
+            const auto text = owner_.Text(element);
+            return '[' + Printable(Shortened(text)) + ']' + NameOf(understood.view.vr, text) + cut;
+        }
+        if (understood.view.vr == MC_VR_UN && IsReadable(ValueBytes(element)))
             return '[' + Shortened(ValueBytes(element)) + ']' + cut;
-        return NumbersAsText(element, bigEndian_) + LengthOf(element) + cut;
+        return NumbersAsText(understood) + LengthOf(element) + cut;
+    }
+
+    // What the standard calls a UID that it knows.
+    static std::string NameOf(MC_VR vr, const std::string& uid) {
+        if (vr != MC_VR_UI) return {};
+        const auto* syntax = TransferSyntaxOfUid(uid);
+        const auto name = syntax != nullptr ? syntax->name : SopClassName(uid);
+        return name.empty() ? "" : ' ' + std::string(name);
     }
 
     static std::string LengthOf(const DcmElementView& element) {
@@ -157,8 +165,31 @@ std::string PresentationLines(const PresentationFacts& presentation) {
     return text;
 }
 
-std::string SummaryLines(const ImageSummary& summary) {
+std::string Joined(const std::vector<std::string>& parts, const char* between) {
     std::string text;
+    for (const auto& part : parts)
+        if (!part.empty()) text += (text.empty() ? "" : between) + part;
+    return Printable(text);
+}
+
+// What the object is, ahead of any detail.
+std::string IdentityLines(const ObjectIdentity& identity) {
+    const auto& uid = identity.sopClassUid;
+    std::string object = identity.sopClassName;
+    if (!uid.empty()) object += object.empty() ? "of class " + uid : " (" + uid + ')';
+    std::string text = Line("object", object.empty() ? "of no stated class" : Printable(object));
+    const auto add = [&](const char* label, const std::string& value) {
+        if (!value.empty()) text += Line(label, value);
+    };
+    add("modality", Joined({identity.modality, identity.seriesDescription}, ", "));
+    add("patient", Joined({identity.patientName, identity.patientId}, ", "));
+    add("study", Joined({identity.studyDate, identity.studyDescription}, ", "));
+    add("to show it", Joined(identity.needs, "; "));
+    return text;
+}
+
+std::string SummaryLines(const ImageSummary& summary) {
+    std::string text = IdentityLines(summary.identity);
     if (!summary.preamble.empty())
         text += Line("preamble", "begins like a " + std::string(summary.preamble));
     text += Line("transfer syntax", summary.syntax.empty() ? "unknown" : Printable(summary.syntax));
@@ -179,11 +210,14 @@ std::string SummaryLines(const ImageSummary& summary) {
 
 }  // namespace
 
-std::string InfoAsText(const std::string& path, const ImageSummary& summary,
-                       const CDcmObject& header) {
+std::string InfoAsText(const std::string& name, const ImageSummary& summary,
+                       const CDcmObject& header, const std::vector<WantedTag>& wanted) {
     Lines lines(header, summary.bigEndian);
-    header.WalkElements(&lines, Lines::Visit);
-    return Printable(path) + '\n' + SummaryLines(summary) + '\n' + lines.Take() + '\n';
+    const bool isThere =
+        WalkWanted(header, wanted, [&](const DcmElementView& element) { lines.Add(element); });
+    std::string text = Printable(name) + '\n';
+    if (wanted.empty()) text += SummaryLines(summary) + '\n';
+    return text + (isThere ? lines.Take() : "(none of these elements)\n") + '\n';
 }
 
 }  // namespace quorvex::tools

@@ -143,6 +143,7 @@ private:
         }
         if (result == QVM_SUCCESS) return summary_.AddDone();
         const auto trouble = TroubleOf(input.path, result);
+        if (!input.isNamed && IsOtherKindOfFile(input.path, trouble)) return summary_.AddNotDicom();
         summary_.Add(ReportTrouble(input.path, trouble), trouble.Text());
     }
 

@@ -20,8 +20,17 @@ CLI::Option* AddFrame(CLI::App& verb, int& frame) {
 }  // namespace
 
 void AddOptions(CLI::App& verb, InfoArguments& arguments) {
-    verb.add_option("FILE", arguments.files, "DICOM files")->required();
-    verb.add_flag("--json", arguments.asJson, "One JSON object a file, one a line");
+    verb.add_option("FILE", arguments.files,
+                    "DICOM files and folders of them, - for standard input")
+        ->required();
+    AddRepeated(verb, "--tag", "TAG",
+                "Shows this element only, at any depth: a keyword (PatientName) or a number "
+                "(0010,0010); any number of them",
+                arguments.tags, ParseTag);
+    auto* json = verb.add_flag("--json", arguments.asJson, "One JSON object a file, one a line");
+    verb.add_flag("--dicom-json", arguments.asDicomJson,
+                  "The same in the standard's own form, the DICOM JSON Model")
+        ->excludes(json);
 }
 
 void AddOptions(CLI::App& verb, FrameArguments& arguments) {
