@@ -4,6 +4,7 @@
 #include "foundation/types/limits.h"
 #include "maker/pixel_data_writing.h"
 #include "maker/recoding/lossy_record.h"
+#include "maker/recoding/nested_pixels.h"
 
 #include <memory>
 #include <utility>
@@ -127,6 +128,7 @@ QUORVEX_MESSAGE RecodeByStandard(CxDcmParser& parser, TRANSFER_SYNTAX from,
     result = plan.to->isEncapsulated
                  ? CodeAll(plan, frames, target, codedBytes)
                  : PutNativeFrames(frames, plan.forms.bitsAllocated > 8, target);
+    if (result == QVM_SUCCESS) result = DecodeNestedPixels(from, target);
     if (result != QVM_SUCCESS) return result;
     DescribeColours(plan, target);
     if (plan.isLossySource) MarkEarlierLoss(*plan.from, RatioOf(plainBytes, storedBytes), target);

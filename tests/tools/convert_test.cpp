@@ -103,6 +103,7 @@ std::vector<BadSource> BadSources(const ScratchFolder& folder) {
          "values beyond its 12 bits"},
         {file("cut.dcm", slice.substr(0, 900)), {"j2k-lossless"}, "QVM_ERROR_"},
         {file("half.dcm", slice.substr(0, 250'000)), {"explicit"}, "ends before its data"},
+        {image("more.dcm", 16, 0, {0x0201}, 12, 600), {"rle"}, "more frames"},
         {image("short.dcm", 16, 0, {0x0201}, 12, 250), {"j2k-lossless"}, "fewer pixels"},
         {file("text.dcm", std::string(5000, 't')), {"explicit"}, "QVM_ERROR_FAILED_TO_PARSE_DICOM"},
         {file("ls.dcm", EncapsulatedFile(kJpegLsUid, SmallFacts(8, 8), {{{0xFF, 0xD8}}})),

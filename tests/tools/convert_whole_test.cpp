@@ -138,6 +138,28 @@ TEST(ConvertCommand, LossyFramesAreDerivedInTheirGroupsToo) {
         << ReadAll(manifest);
 }
 
+TEST(ConvertCommand, IconsAreReadableUnderTheNewSyntax) {
+    constexpr std::uint32_t kIconImageSequence = 0x00880200;
+    Bytes coded(64);
+    coded[0] = 1;   // one segment
+    coded[4] = 64;  // which begins here
+    Append(coded, {3, 0x11, 0x22, 0x33, 0x44, 0});
+    const ImageFacts facts = {.rows = 2, .columns = 2, .bits = 8};
+    auto file = ImageFile(kRleUid, facts);
+    file.Sequence(kIconImageSequence).Item().Image(facts).Fragments({coded});
+    file.EndItem().EndSequence().Fragments({coded});
+    const ScratchFolder folder;
+    const auto source = folder.Write("icon.dcm", file.Bytes());
+    const auto output = folder.Path("out.dcm");
+    for (const auto* target : {"explicit", "implicit", "j2k-lossless"}) {
+        OutputOf({"convert", source, "-o", output, "--to", target});
+        EXPECT_TRUE(Has(InfoOf(output), "    (7fe0,0010) O")) << target;
+        EXPECT_TRUE(Has(ReadAll(output), std::string("\4\0\0\0\x11\x22\x33\x44", 8))) << target;
+    }
+    OutputOf({"convert", source, "-o", output, "--to", "rle"});
+    EXPECT_TRUE(FramesOf(output) == FramesOf(source));
+}
+
 // The status with which the command ends when it gets a signal after a while, and how long that
 // takes.
 std::pair<int, double> Interrupted(const Arguments& arguments, int signalNumber) {

@@ -26,6 +26,7 @@ constexpr std::array kDemands = {
     Row{tag::kSamplesPerPixel, Demand::kNewFrames},
     Row{tag::kPhotometricInterpretation, Demand::kNewFrames},
     Row{tag::kPlanarConfiguration, Demand::kNewFrames},
+    Row{tag::kPixelData, Demand::kNewFrames},  // of icons, which cannot stay coded
     Row{tag::kLossyImageCompression, Demand::kLoss},
     Row{tag::kLossyImageCompressionRatio, Demand::kLoss},
     Row{tag::kLossyImageCompressionMethod, Demand::kLoss},

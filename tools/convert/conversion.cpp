@@ -76,7 +76,9 @@ void Conversion::ConvertImage(CDcmObject& source) {
     RefuseUnfitImage(source);
     RefuseWhatTheTargetCannotHold(source, options_.target);
     const bool areNative = syntax != nullptr && !syntax->isEncapsulated && !wanted.isEncapsulated;
-    return areNative ? Reencode(source, wanted) : Recode(source);
+    if (areNative) return Reencode(source, wanted);
+    RefuseUncountedFrames(source);
+    Recode(source);
 }
 
 void Conversion::Carry(CDcmObject& source) {

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -236,7 +235,6 @@ ExitStatus Convert(const ConvertArguments& arguments) {
     if (arguments.isDryRun && !arguments.manifest.empty())
         throw WrongUsage("a dry run keeps no manifest");
     CountStopSignals();
-    signal(SIGXFSZ, SIG_IGN);  // a file that grows too large is a failure of its writing
     const unsigned cores = std::max(std::thread::hardware_concurrency(), 1U);
     return ConvertRun(arguments).Run(arguments.jobs == 0 ? cores : arguments.jobs);
 }

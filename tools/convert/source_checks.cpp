@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 
 namespace quorvex::tools {
 namespace {
@@ -44,19 +45,21 @@ MC_STATUS NoteCut(const DcmElementView& element, void* user) {
     return isCut ? kMcRefuse : kMcContinue;
 }
 
-// Whether native Pixel Data holds less than its header says. A header can claim at most
-// 65535^4 x 2^31 bits, which a double holds well enough to compare.
-bool LacksNativePixels(const CDcmObject& source) {
+/// How many frames native Pixel Data has bits for; nothing for coded one, and for a header without
+/// a size.
+/// A header can claim at most 65535^4 x 2^31 bits, which a double holds well enough.
+/// @param samples  of a pixel, as they are stored
+std::optional<double> NativeFrames(const CDcmObject& source, unsigned samples) {
     unsigned long length = 0;
     const TransferSyntax* syntax = SyntaxOf(source);
-    if (syntax == nullptr || syntax->isEncapsulated) return false;
-    if (source.GetValueLength(tag::kPixelData, 1, length) != kDcmSuccess) return false;
-    const bool isSubsampled =
-        TextOf(source, tag::kPhotometricInterpretation).find("_42") != std::string::npos;
-    double bits = isSubsampled ? 2.0 : WordOf(source, tag::kSamplesPerPixel, 1);
+    if (syntax == nullptr || syntax->isEncapsulated ||
+        source.GetValueLength(tag::kPixelData, 1, length) != kDcmSuccess)
+        return std::nullopt;
+    double bits = samples;
     for (const auto tag : {tag::kRows, tag::kColumns, tag::kBitsAllocated})
         bits *= WordOf(source, tag);
-    return static_cast<double>(length) * 8.0 < bits * FramesOf(source);
+    if (bits == 0.0) return std::nullopt;
+    return static_cast<double>(length) * 8.0 / bits;
 }
 
 }  // namespace
@@ -99,9 +102,19 @@ void RefuseUnfitImage(const CDcmObject& source) {
     if (!Has(source, tag::kPixelData) || WordOf(source, tag::kRows) == 0 ||
         WordOf(source, tag::kColumns) == 0)
         throw BadInput(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA);
-    if (LacksNativePixels(source))
+    const bool sharesChroma =
+        TextOf(source, tag::kPhotometricInterpretation).find("_42") != std::string::npos;
+    const unsigned samples = sharesChroma ? 2 : WordOf(source, tag::kSamplesPerPixel, 1);
+    if (NativeFrames(source, samples).value_or(FramesOf(source)) < FramesOf(source))
         throw BadInput(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA,
                        "there are fewer pixels than the header says");
+}
+
+void RefuseUncountedFrames(const CDcmObject& source) {
+    const unsigned samples = WordOf(source, tag::kSamplesPerPixel, 1);
+    if (NativeFrames(source, samples).value_or(0.0) >= std::max(FramesOf(source), 1) + 1)
+        throw BadInput(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA,
+                       "there are more frames than the header says");
 }
 
 }  // namespace quorvex::tools

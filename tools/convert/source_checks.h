@@ -26,4 +26,8 @@ void RefuseWhatIsCut(const CDcmObject& source);
 /// Throws a Refusal for an image without a size, or with fewer pixels than its header says.
 void RefuseUnfitImage(const CDcmObject& source);
 
+/// Throws a Refusal for native frames beyond those that the header counts: coded ones would be
+/// without them.
+void RefuseUncountedFrames(const CDcmObject& source);
+
 }  // namespace quorvex::tools

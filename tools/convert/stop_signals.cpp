@@ -16,7 +16,8 @@ void Count(int number) {
 }  // namespace
 
 void CountStopSignals() {
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) signal(number, Count);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        if (signal(number, Count) == SIG_IGN) signal(number, SIG_IGN);
 }
 
 int StopSignals() noexcept {
