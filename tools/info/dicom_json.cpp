@@ -83,7 +83,8 @@ std::string TextAsJson(MC_VR vr, const std::string& value) {
 std::string WidenedNumber(const std::string& number) {
     float value = 0;
     const auto read = std::from_chars(number.data(), number.data() + number.size(), value);
-    return read.ec == std::errc{} && std::isfinite(value) ? JsonNumber(static_cast<double>(value)) : number;
+    return read.ec == std::errc{} && std::isfinite(value) ? JsonNumber(static_cast<double>(value))
+                                                          : number;
 }
 
 // Whole numbers that a double does not hold, and what is no number, are strings.
