@@ -40,6 +40,12 @@ public:
         storedBits_ = bits;
         hasColourTransform_ = isRgb;
     }
+    /// Of baseline JPEG with three samples: YCbCr with one Cb and one Cr for two pixels of a row,
+    /// whatever was said of R, G, B.
+    void HalveChroma() noexcept {
+        keepsRgb_ = false;
+        halvesChroma_ = true;
+    }
     /// The coded frame. More bytes than the frame has, where it does not become shorter.
     [[nodiscard]] std::span<const unsigned char> Coded() const noexcept { return coded_; }
     [[nodiscard]] std::vector<unsigned char> TakeCoded() noexcept { return std::move(coded_); }
@@ -84,6 +90,7 @@ private:
     FrameDescription frame_;
     std::span<unsigned char> source_;
     bool keepsRgb_;
+    bool halvesChroma_ = false;
     unsigned storedBits_ = 0;  ///< 0: all that are allocated
     bool hasColourTransform_ = true;
     std::array<std::uint16_t, 64> quantizationTable_{};

@@ -70,6 +70,7 @@ QUORVEX_MESSAGE CodeStored(const StoredForms& forms, std::span<unsigned char> fr
     const _IMAGE_PROCESS_PARAM param = ParamOf(forms);
     FrameCoder coder(param, frame, /*keepsRgb=*/true);
     coder.DescribeStored(isFit ? forms.bitsStored : forms.bitsAllocated, forms.isRgb);
+    if (forms.halvesChroma) coder.HalveChroma();
     const QUORVEX_MESSAGE result = coder.Code();
     if (result == QVM_SUCCESS) coded = coder.TakeCoded();
     return result;

@@ -20,6 +20,7 @@ struct StoredForms {
     std::uint16_t bitsStored = 8;
     bool isSigned = false;
     bool isRgb = false;         ///< three samples that JPEG 2000 may decorrelate
+    bool halvesChroma = false;  ///< R, G, B become YCbCr 4:2:2; baseline JPEG
     std::uint16_t quality = 0;  ///< of lossy forms, as CxImageProcessor::CompressFrameData() has it
 };
 

@@ -123,6 +123,7 @@ int FrameCoder::CompressRawData2Jpeg_50_70() {
     JpegCodingBlock coding = DescribeJpeg();
     coding.quality = isLossless ? kLosslessQuality : lumaQuality_;
     coding.keepsRgb = keepsRgb_;
+    coding.halvesChroma = halvesChroma_;
     coding.write = WriteJpegOutput;
     coding.writeContext = &context;
     JpegCompressionHandle handle;

@@ -195,6 +195,13 @@ void PutBinary(DataSet& dataSet, std::uint32_t tag, MC_VR vr, const ByteBuffer& 
     dataSet.PutBytes(tag, vr, bytes);
 }
 
+/// The count ahead of a descriptor's first mapped value says nothing of its sign. The bits stay.
+void MarkSign(DataSet& dataSet, std::uint32_t tag, const Number& number) {
+    if (!IsDescriptor(tag) || number.AsReal() > -1.0) return;
+    Element* element = dataSet.FindMutable(tag);
+    if (element != nullptr && element->vr == MC_VR_US) element->vr = MC_VR_SS;
+}
+
 /// What is added must be of the VR of what is there.
 MC_VR VrToUse(const DataSet& dataSet, std::uint32_t tag, const Number* number, bool isNext) {
     const Element* present = isNext ? dataSet.Find(tag) : nullptr;
@@ -220,6 +227,17 @@ std::optional<ByteBuffer> BinaryOfText(std::string_view text, std::uint32_t tag,
     return bytes;
 }
 
+/// The number that decides between US and SS: the lowest of a descriptor's text, else the first.
+std::optional<Number> DecisiveNumber(std::string_view text, std::uint32_t tag) {
+    auto decisive = LeadingNumber(text);
+    std::size_t position = IsDescriptor(tag) && !text.empty() ? 0 : kBehindLastValue;
+    while (position != kBehindLastValue) {
+        const auto number = LeadingNumber(TakeValue(text, position));
+        if (decisive && number && number->AsReal() < decisive->AsReal()) decisive = number;
+    }
+    return decisive;
+}
+
 }  // namespace
 
 bool SetNumber(DataSet& dataSet, std::uint32_t tag, const Number& number, bool isNext) {
@@ -233,11 +251,12 @@ bool SetNumber(DataSet& dataSet, std::uint32_t tag, const Number& number, bool i
     ByteBuffer bytes;
     if (!AppendBinary(bytes, tag, vr, number)) return false;
     PutBinary(dataSet, tag, vr.vr, bytes, isNext);
+    MarkSign(dataSet, tag, number);
     return true;
 }
 
 bool SetText(DataSet& dataSet, std::uint32_t tag, const std::string& text, bool isNext) {
-    const auto hint = LeadingNumber(text);
+    const auto hint = DecisiveNumber(text, tag);
     const bool isOpen = LookUp(tag).choice == VrChoice::kUsOrSs && hint;
     const MC_VR chosen = VrToUse(dataSet, tag, isOpen ? &*hint : nullptr, isNext);
     const ValueRepresentation& vr = Describe(chosen);
@@ -248,6 +267,7 @@ bool SetText(DataSet& dataSet, std::uint32_t tag, const std::string& text, bool 
     }
     const auto bytes = BinaryOfText(text, tag, vr);
     if (bytes) PutBinary(dataSet, tag, vr.vr, *bytes, isNext);
+    if (bytes && hint) MarkSign(dataSet, tag, *hint);
     return bytes.has_value();
 }
 

@@ -138,6 +138,7 @@ struct JpegCodingBlock {
     std::uint8_t predictor = 1;  ///< lossless: selection value
     std::uint8_t quality = 75;   ///< lossy without a table: 1 to 100
     bool keepsRgb = false;       ///< lossy: R, G, B as they are, instead of YCbCr
+    bool halvesChroma = false;   ///< lossy YCbCr: one Cb and one Cr for two pixels of a row
     /// Lossy: 64 steps in zigzag order, or null for the usual table at `quality`.
     const std::array<std::uint16_t, 64>* quantizationTable = nullptr;
     JpegWriteCallback write = nullptr;
