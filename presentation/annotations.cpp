@@ -1,10 +1,13 @@
 #include "foundation/dicom/model/attributes.h"
+#include "foundation/dicom/object/object_state.h"
 #include "presentation/graphic_layers.h"
 #include "presentation/presentation_reader.h"
 #include "presentation/reference_matching.h"
 #include "presentation/words.h"
 
 #include <memory>
+#include <span>
+#include <vector>
 
 namespace quorvex {
 namespace {
@@ -47,6 +50,29 @@ void ReadAnchor(const CDcmItem& item, GSPSTextObject& text) {
     text.anchorVisible = TextIs(item, tag::kAnchorPointVisibility, "Y") ? 1 : 0;
 }
 
+constexpr std::uint32_t kOfTexts[] = {tag::kBoundingBoxAnnotationUnits,
+                                      tag::kAnchorPointAnnotationUnits,
+                                      tag::kUnformattedTextValue,
+                                      tag::kBoundingBoxTopLeftHandCorner,
+                                      tag::kBoundingBoxBottomRightHandCorner,
+                                      tag::kBoundingBoxTextHorizontalJustification,
+                                      tag::kAnchorPoint,
+                                      tag::kAnchorPointVisibility};
+constexpr std::uint32_t kOfGraphics[] = {tag::kGraphicAnnotationUnits,
+                                         tag::kGraphicDimensions,
+                                         tag::kNumberOfGraphicPoints,
+                                         tag::kGraphicData,
+                                         tag::kGraphicType,
+                                         tag::kGraphicFilled};
+
+/// What an item has besides; no item where that is nothing.
+std::vector<CDcmItem> OthersOf(const CDcmItem& item, std::span<const std::uint32_t> known) {
+    CDcmItem others = item;
+    for (const std::uint32_t tag : known) others.RemoveValue(tag);
+    if (ObjectState::Of(others).Content().Elements().empty()) return {};
+    return {others};
+}
+
 /// Hands an element to an array that owns its elements.
 template <class Element>
 void AddOwned(CPtrArray& elements, std::unique_ptr<Element> element) {
@@ -58,6 +84,9 @@ void AddOwned(CPtrArray& elements, std::unique_ptr<Element> element) {
 
 void PresentationReader::GetAnnotation() {
     info_.graphicLayers = ReadGraphicLayers(object_);
+    info_.graphicGroups.clear();
+    ForEachItem(object_, tag::kGraphicGroupSequence,
+                [&](const CDcmItem& group) { info_.graphicGroups.push_back(group); });
     ForEachItem(object_, tag::kGraphicAnnotationSequence, [&](const CDcmItem& item) {
         if (AppliesTo(item, imageUID_, frameNumber_)) ProcessAnnotationSequence(item);
     });
@@ -69,6 +98,9 @@ void PresentationReader::ProcessAnnotationSequence(const CDcmItem& item) {
                 [&](const CDcmItem& text) { ProcessAnnotationText(text, layer); });
     ForEachItem(item, tag::kGraphicObjectSequence,
                 [&](const CDcmItem& graphic) { ProcessAnnotationGraphic(graphic, layer); });
+    ForEachItem(item, tag::kCompoundGraphicSequence, [&](const CDcmItem& compound) {
+        info_.compoundGraphics.push_back({layer, compound});
+    });
 }
 
 void PresentationReader::ProcessAnnotationText(const CDcmItem& item, const CString& layer) {
@@ -77,6 +109,7 @@ void PresentationReader::ProcessAnnotationText(const CDcmItem& item, const CStri
     ReadBoundingBox(item, *text);
     ReadAnchor(item, *text);
     text->graphicLayer = layer;
+    text->otherAttributes = OthersOf(item, kOfTexts);
     AddOwned(info_.textObjects, std::move(text));
 }
 
@@ -92,6 +125,7 @@ void PresentationReader::ProcessAnnotationGraphic(const CDcmItem& item, const CS
         AddOwned(graphic->points, std::make_unique<GSPSPoint>(point));
     });
     graphic->graphicLayer = layer;
+    graphic->otherAttributes = OthersOf(item, kOfGraphics);
     AddOwned(info_.graphicObjects, std::move(graphic));
 }
 

@@ -74,6 +74,34 @@ MC_STATUS CopyOverlayBlock(int /*messageId*/, std::uint32_t /*tag*/, void* user,
     return kMcContinue;
 }
 
+std::int32_t ShapesOf(const CDcmObject& object) {
+    std::uint32_t shapes = 0;
+    ForEachValue<CString>(object, tag::kShutterShape, [&](const CString& word) {
+        const auto place = PlaceOf(word, kShutterWords);
+        if (place) shapes |= 1U << static_cast<unsigned>(*place);
+    });
+    return static_cast<std::int32_t>(shapes);
+}
+
+/// The geometry of several shapes, for writing: no mask is made of them.
+void ReadGeometry(const CDcmObject& object, CXGSPSInfo& info) {
+    const auto take = [&](std::uint32_t tag, std::int32_t& field) {
+        field = Read<int>(object, tag).value_or(field);
+    };
+    take(tag::kShutterLeftVerticalEdge, info.shutterLeft);
+    take(tag::kShutterRightVerticalEdge, info.shutterRight);
+    take(tag::kShutterUpperHorizontalEdge, info.shutterUpper);
+    take(tag::kShutterLowerHorizontalEdge, info.shutterLower);
+    take(tag::kRadiusOfCircularShutter, info.shutterRadius);
+    if (const auto centre = ReadPair<int>(object, tag::kCenterOfCircularShutter)) {
+        info.shutterCenterRow = centre->first;
+        info.shutterCenterColumn = centre->second;
+    }
+    ForEachPair<int>(object, tag::kVerticesOfThePolygonalShutter, [&](const auto& vertex) {
+        info.shutterVertices.push_back({.x = vertex.second, .y = vertex.first});
+    });
+}
+
 }  // namespace
 
 CSize ShutterMaskSize(const CDcmObject& object, const CXGSPSInfo& info) {
@@ -90,6 +118,7 @@ void PresentationReader::GetShutter() {
         &PresentationReader::MakeRectangleShutter, &PresentationReader::MakeCircularShutter,
         &PresentationReader::MakePolygonalShutter, &PresentationReader::MakeBitmapShutter};
     info_.shutterPresentationValue = 0;
+    info_.shutterShapes = ShapesOf(object_);
     const auto shape = Read<CString>(object_, tag::kShutterShape);
     if (!shape) {
         info_.shutterMask = nullptr;
@@ -99,6 +128,7 @@ void PresentationReader::GetShutter() {
     object_.GetValueCount(tag::kShutterShape, shapeCount);
     const auto place = PlaceOf(*shape, kShutterWords);
     if (shapeCount == 1 && place) (this->*kMakers[*place])();
+    if (shapeCount > 1) ReadGeometry(object_, info_);
     info_.shutterPresentationValue =
         Read<unsigned short>(object_, tag::kShutterPresentationValue).value_or(0);
 }

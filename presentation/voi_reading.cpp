@@ -27,7 +27,18 @@ std::int32_t LeadingWholeNumber(const CString& text) noexcept {
     return TruncateToInt(isNegative ? -value : value);
 }
 
-void TakeWindow(CXGSPSInfo& info, std::int32_t center, std::int32_t width) noexcept {
+/// The window with its fractions and what is said of it.
+void TakeExactWindow(const CDcmObjectCommon& object, CXGSPSInfo& info) {
+    info.exactWindowCenter = Read<double>(object, tag::kWindowCenter).value_or(0.0);
+    info.exactWindowWidth = Read<double>(object, tag::kWindowWidth).value_or(0.0);
+    info.windowFunction = Read<CString>(object, tag::kVOILUTFunction).value_or(CString());
+    info.windowExplanation =
+        Read<CString>(object, tag::kWindowCenterWidthExplanation).value_or(CString());
+}
+
+void TakeWindow(const CDcmObjectCommon& object, CXGSPSInfo& info, std::int32_t center,
+                std::int32_t width) {
+    TakeExactWindow(object, info);
     info.windowCenter = center;
     info.windowWidth = width;
     info.voiLUTData = nullptr;
@@ -36,6 +47,7 @@ void TakeWindow(CXGSPSInfo& info, std::int32_t center, std::int32_t width) noexc
 void TakeNothing(CXGSPSInfo& info) noexcept {
     info.voiLUTData = nullptr;
     info.windowWidth = 0;
+    info.exactWindowWidth = 0.0;
 }
 
 }  // namespace
@@ -56,7 +68,7 @@ void PresentationReader::GetVOILUT() {
     const auto center = Read<double>(object_, tag::kWindowCenter);
     if (!center) return TakeNothing(info_);
     const double width = Read<double>(object_, tag::kWindowWidth).value_or(0.0);
-    TakeWindow(info_, TruncateToInt(*center), TruncateToInt(width));
+    TakeWindow(object_, info_, TruncateToInt(*center), TruncateToInt(width));
 }
 
 void PresentationReader::GetSoftcopyVOILUT() {
@@ -76,7 +88,7 @@ void PresentationReader::GetSoftcopyVOILUT() {
 void PresentationReader::ProcessVOISequence(const CDcmItem& item) {
     if (const auto center = Read<CString>(item, tag::kWindowCenter)) {
         const double width = Read<double>(item, tag::kWindowWidth).value_or(0.0);
-        return TakeWindow(info_, LeadingWholeNumber(*center), TruncateToInt(width));
+        return TakeWindow(item, info_, LeadingWholeNumber(*center), TruncateToInt(width));
     }
     if (const auto lut = Read<CDcmItem>(item, tag::kVOILUTSequence)) TakeVOILUT(*lut);
 }

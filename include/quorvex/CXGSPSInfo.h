@@ -2,6 +2,7 @@
 /// rotated, which area is shown and which annotations lie on it.
 #pragma once
 
+#include "quorvex/DicomObject.h"
 #include "quorvex/Export.h"
 #include "quorvex/Types.h"
 
@@ -44,6 +45,8 @@ struct QUORVEX_API GSPSTextObject {
     double* anchorPoint = nullptr;             ///< null without an anchor
     std::int32_t anchorVisible = 0;
     CString graphicLayer;  ///< name of the layer that it lies in, as read; empty without one
+    /// As read: one item with what no field holds (text styles, groups, tracking); else none.
+    std::vector<CDcmItem> otherAttributes;
 };
 
 /// One annotation shape. It owns its points.
@@ -60,6 +63,14 @@ struct QUORVEX_API GSPSGraphicObject {
     std::int32_t graphicType = 0;
     std::int32_t filled = 0;
     CString graphicLayer;  ///< name of the layer that it lies in, as read; empty without one
+    /// As read: one item with what no field holds (line and fill styles, groups); else none.
+    std::vector<CDcmItem> otherAttributes;
+};
+
+/// A compound graphic as it is stored (PS3.3 C.10.5). It is kept for writing, not drawn.
+struct GSPSCompoundGraphic {
+    CString graphicLayer;
+    CDcmItem item;
 };
 
 /// First and last frame, counted from 1, that a mask applies to.
@@ -158,7 +169,9 @@ public:
     std::int32_t presentationShape = 0;     ///< 0 identity, 1 inverse, 2 neither
 
     // Shutter. Coordinates as DICOM counts them, from 1.
-    std::int32_t shutterType = 0;  ///< for writing only: -1 none, 0 rectangle, 1 circle, 2 polygon
+    /// For writing only: -1 none, 0 rectangle, 1 circle, 2 polygon. By the standard rules also 3, the
+    /// bitmap `shutterMask`, and 0 stands for the `shutterShapes` where there are any.
+    std::int32_t shutterType = 0;
     std::int32_t reservedWord = 0;
     std::int32_t shutterLeft = 0;
     std::int32_t shutterUpper = 0;
@@ -189,6 +202,16 @@ public:
     CPtrArray graphicObjects;  ///< of GSPSGraphicObject
     /// As read with the annotations of a state, in the order in which they are drawn.
     std::vector<GSPSGraphicLayer> graphicLayers;
+
+    // What a state has besides, as read, so that it can be written again by the standard rules.
+    double exactWindowCenter = 0.0;  ///< the window with its fractions; counts for writing where
+    double exactWindowWidth = 0.0;   ///< `windowCenter` and `windowWidth` are still its whole parts
+    CString windowFunction;          ///< VOI LUT Function; empty where none is named
+    CString windowExplanation;
+    /// Shapes that are named: 1 rectangle, 2 circle, 4 polygon, 8 bitmap, or several together.
+    std::int32_t shutterShapes = 0;
+    std::vector<GSPSCompoundGraphic> compoundGraphics;
+    std::vector<CDcmItem> graphicGroups;  ///< of the Graphic Group Sequence
 };
 
 }  // namespace quorvex

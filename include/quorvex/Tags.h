@@ -22,6 +22,7 @@ inline constexpr std::uint32_t kSpecificCharacterSet = 0x00080005;
 inline constexpr std::uint32_t kImageType = 0x00080008;
 inline constexpr std::uint32_t kInstanceCreationDate = 0x00080012;
 inline constexpr std::uint32_t kInstanceCreationTime = 0x00080013;
+inline constexpr std::uint32_t kInstanceCreatorUID = 0x00080014;
 inline constexpr std::uint32_t kSOPClassUID = 0x00080016;
 inline constexpr std::uint32_t kSOPInstanceUID = 0x00080018;
 inline constexpr std::uint32_t kStudyDate = 0x00080020;
@@ -31,6 +32,7 @@ inline constexpr std::uint32_t kStudyTime = 0x00080030;
 inline constexpr std::uint32_t kSeriesTime = 0x00080031;
 inline constexpr std::uint32_t kContentTime = 0x00080033;
 inline constexpr std::uint32_t kAccessionNumber = 0x00080050;
+inline constexpr std::uint32_t kIssuerOfAccessionNumberSequence = 0x00080051;
 inline constexpr std::uint32_t kModality = 0x00080060;
 inline constexpr std::uint32_t kConversionType = 0x00080064;
 inline constexpr std::uint32_t kManufacturer = 0x00080070;
@@ -39,14 +41,19 @@ inline constexpr std::uint32_t kReferringPhysicianName = 0x00080090;
 inline constexpr std::uint32_t kCodeValue = 0x00080100;
 inline constexpr std::uint32_t kCodingSchemeDesignator = 0x00080102;
 inline constexpr std::uint32_t kCodeMeaning = 0x00080104;
+inline constexpr std::uint32_t kMappingResource = 0x00080105;
+inline constexpr std::uint32_t kTimezoneOffsetFromUTC = 0x00080201;
 inline constexpr std::uint32_t kStudyDescription = 0x00081030;
 inline constexpr std::uint32_t kSeriesDescription = 0x0008103E;
+inline constexpr std::uint32_t kProcedureCodeSequence = 0x00081032;
 inline constexpr std::uint32_t kManufacturerModelName = 0x00081090;
+inline constexpr std::uint32_t kReferencedPerformedProcedureStepSequence = 0x00081111;
 inline constexpr std::uint32_t kReferencedSeriesSequence = 0x00081115;
 inline constexpr std::uint32_t kReferencedImageSequence = 0x00081140;
 inline constexpr std::uint32_t kReferencedSOPClassUID = 0x00081150;
 inline constexpr std::uint32_t kReferencedSOPInstanceUID = 0x00081155;
 inline constexpr std::uint32_t kReferencedFrameNumber = 0x00081160;
+inline constexpr std::uint32_t kReferencedSOPSequence = 0x00081199;
 inline constexpr std::uint32_t kDerivationDescription = 0x00082111;
 inline constexpr std::uint32_t kSourceImageSequence = 0x00082112;
 inline constexpr std::uint32_t kFrameType = 0x00089007;
@@ -101,6 +108,7 @@ inline constexpr std::uint32_t kImagePositionPatient = 0x00200032;
 inline constexpr std::uint32_t kImageOrientationPatient = 0x00200037;
 inline constexpr std::uint32_t kFrameOfReferenceUID = 0x00200052;
 inline constexpr std::uint32_t kLaterality = 0x00200060;
+inline constexpr std::uint32_t kImageLaterality = 0x00200062;
 inline constexpr std::uint32_t kPositionReferenceIndicator = 0x00201040;
 inline constexpr std::uint32_t kSliceLocation = 0x00201041;
 
@@ -173,7 +181,17 @@ inline constexpr std::uint32_t kPerformedProcedureStepStartDate = 0x00400244;
 inline constexpr std::uint32_t kPerformedProcedureStepStartTime = 0x00400245;
 inline constexpr std::uint32_t kPerformedProcedureStepID = 0x00400253;
 inline constexpr std::uint32_t kPerformedProcedureStepDescription = 0x00400254;
+inline constexpr std::uint32_t kRelationshipType = 0x0040A010;
+inline constexpr std::uint32_t kValueType = 0x0040A040;
+inline constexpr std::uint32_t kConceptNameCodeSequence = 0x0040A043;
+inline constexpr std::uint32_t kContinuityOfContent = 0x0040A050;
+inline constexpr std::uint32_t kTextValue = 0x0040A160;
 inline constexpr std::uint32_t kPurposeOfReferenceCodeSequence = 0x0040A170;
+inline constexpr std::uint32_t kCurrentRequestedProcedureEvidenceSequence = 0x0040A375;
+inline constexpr std::uint32_t kContentTemplateSequence = 0x0040A504;
+inline constexpr std::uint32_t kContentSequence = 0x0040A730;
+inline constexpr std::uint32_t kTemplateIdentifier = 0x0040DB00;
+inline constexpr std::uint32_t kIconImageSequence = 0x00880200;
 
 // Presentation
 inline constexpr std::uint32_t kGraphicAnnotationSequence = 0x00700001;
@@ -212,6 +230,8 @@ inline constexpr std::uint32_t kPresentationSizeMode = 0x00700100;
 inline constexpr std::uint32_t kPresentationPixelSpacing = 0x00700101;
 inline constexpr std::uint32_t kPresentationPixelAspectRatio = 0x00700102;
 inline constexpr std::uint32_t kPresentationPixelMagnificationRatio = 0x00700103;
+inline constexpr std::uint32_t kCompoundGraphicSequence = 0x00700209;
+inline constexpr std::uint32_t kGraphicGroupSequence = 0x00700234;
 inline constexpr std::uint32_t kGraphicLayerRecommendedDisplayCIELabValue = 0x00700401;
 
 // Presentation LUT
@@ -221,6 +241,9 @@ inline constexpr std::uint32_t kPresentationLUTShape = 0x20500020;
 // Functional groups
 inline constexpr std::uint32_t kSharedFunctionalGroupsSequence = 0x52009229;
 inline constexpr std::uint32_t kPerFrameFunctionalGroupsSequence = 0x52009230;
+
+// Waveforms
+inline constexpr std::uint32_t kWaveformSequence = 0x54000100;
 
 // Overlays: of the first of the groups (6000), (6002) to (60FE)
 inline constexpr std::uint32_t kOverlayRows = 0x60000010;
