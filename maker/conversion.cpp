@@ -1,4 +1,4 @@
-#include "foundation/dicom/model/tags.h"
+#include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/limits.h"
@@ -7,7 +7,7 @@
 #include "maker/object_maker.h"
 #include "maker/pixel_attributes.h"
 #include "maker/recoding/recoding.h"
-#include "maker/settings.h"
+#include "maker/rules/making_rules.h"
 #include "quorvex/CxDcmParser.h"
 
 #include <algorithm>
@@ -128,7 +128,7 @@ QUORVEX_MESSAGE ConvertPixels(CxDcmParser& parser, TRANSFER_SYNTAX syntax, _DCM_
     if (!ArePlausible(*parser.GetHeader(), syntax, frameBytes, count))
         return QVM_ERROR_FAILED_TO_SET_PIXEL_DATA;
     FetchedFrames frames(parser, frameBytes, progress);
-    return MakePixels(format, frames, target);
+    return MakeEstablishedPixels(format, frames, target, target);
 }
 
 RecodingWish RecodingWishOf(const _USER_SETTING_INFO* settings, const ObjectMaker& maker) {
@@ -157,6 +157,9 @@ QUORVEX_MESSAGE Convert(CDcmApp& app, CDcmObject& object, const _USER_SETTING_IN
     parser.SetRules(maker.rules);
     const auto result = parser.Initialize(&app, &source, nullptr, 0, 0);
     if (result != QVM_SUCCESS) return result;
+    const MakingRules& rules = MakingRulesOf(maker.rules);
+    const bool hasPixels = Read<CString>(object, tag::kRows).has_value();
+    if (hasPixels && !rules.AllowPixels(settings)) return QVM_ERROR_FAILED_TO_SET_PIXEL_DATA;
     ObjectChange change(object);
     const auto ofPixels = Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, [&] {
         return maker.rules == Rules::kStandard
@@ -164,7 +167,7 @@ QUORVEX_MESSAGE Convert(CDcmApp& app, CDcmObject& object, const _USER_SETTING_IN
                    : ConvertPixels(parser, syntax, WantedFormat(settings, maker.quality),
                                    maker.progress, object);
     });
-    UpdateUserSettingInfo(settings, object);
+    if (settings != nullptr) rules.ApplySettings(*settings, object);
     if (settings != nullptr && !settings->fileName.IsEmpty()) object.RenameFile(settings->fileName);
     change.Keep();
     maker.outcome = ofPixels;

@@ -1,9 +1,15 @@
+#include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
-#include "maker/export.h"
+#include "foundation/types/block.h"
 #include "maker/object_maker.h"
 #include "maker/pixel_attributes.h"
-#include "maker/skeleton.h"
+#include "maker/rules/key_objects.h"
+#include "maker/rules/making_rules.h"
+#include "maker/rules/standard_image.h"
+#include "maker/rules/standard_settings.h"
 
+#include <algorithm>
+#include <span>
 #include <utility>
 
 namespace quorvex {
@@ -43,6 +49,37 @@ void Describe(const _FRAME_INFO& frame, const CDcmObject& source, _DCM_PIXEL_INF
     format.windowWidth = frame.windowWidth;
 }
 
+/// Frames that a host lends for as long as an object is made.
+class LentFrames final : public FrameSupply {
+public:
+    LentFrames(const unsigned char* const* frames, int count, std::size_t bytes)
+        : frames_(frames), count_(count), bytes_(bytes) {}
+
+    [[nodiscard]] int Count() const override { return count_; }
+    QUORVEX_MESSAGE Fetch(int index, _DCM_FRAME_BUFFER*& frame) override {
+        if (frames_[index] == nullptr) return QVM_ERROR_NULL_SOURCE;
+        HeapBlock copy(bytes_);
+        std::copy_n(frames_[index], bytes_, copy.Data());
+        delete[] std::exchange(frame_.rawData, copy.Release());
+        frame_.rawLength = bytes_;
+        frame = &frame_;
+        return QVM_SUCCESS;
+    }
+    [[nodiscard]] bool HoldsBitmaps() const noexcept override { return true; }
+
+private:
+    const unsigned char* const* frames_;
+    int count_;
+    std::size_t bytes_;
+    _DCM_FRAME_BUFFER frame_;
+};
+
+std::unique_ptr<CDcmObject> WithoutPixels(const CDcmObject& source) {
+    auto copy = std::make_unique<CDcmObject>(source);
+    copy->RemoveValue(tag::kPixelData);
+    return copy;
+}
+
 std::unique_ptr<_DCM_PIXEL_INFO> MakeFormat(const CDcmObject& source,
                                             const _USER_SETTING_INFO* settings,
                                             const _FRAME_INFO* frameInfo) {
@@ -62,15 +99,26 @@ std::unique_ptr<_DCM_PIXEL_INFO> MakeFormat(const CDcmObject& source,
 
 }  // namespace
 
-void ObjectMaker::Start(const CDcmObject& source, const _USER_SETTING_INFO* settings,
-                        const _FRAME_INFO* frameInfo) {
-    auto basic = MakeBasicObject(source, settings);
+QUORVEX_MESSAGE ObjectMaker::Start(const CDcmObject& source, const _USER_SETTING_INFO* settings,
+                                   const _FRAME_INFO* frameInfo) {
+    const MakingRules& making = MakingRulesOf(rules);
+    std::unique_ptr<CDcmObject> basic;
+    const auto result = MakeBasicObject(making, source, settings, basic);
+    if (result != QVM_SUCCESS) return result;
     auto format = MakeFormat(source, settings, frameInfo);
+    auto withoutPixels = WithoutPixels(source);
+    auto choices = std::make_unique<_USER_SETTING_INFO>();
+    if (settings != nullptr) *choices = *settings;
     ReleaseFrames();
+    source_ = std::move(withoutPixels);
+    settings_ = std::move(choices);
+    begunBy_ = rules;
+    isDescribedByHost_ = frameInfo != nullptr;
     unfinished_ = std::move(basic);
     object_ = unfinished_.get();
     ownFormat_ = std::move(format);
     param_.format = ownFormat_.get();
+    return QVM_SUCCESS;
 }
 
 void ObjectMaker::Add(unsigned char* pixels) {
@@ -84,17 +132,39 @@ void ObjectMaker::Add(unsigned char* pixels) {
 QUORVEX_MESSAGE ObjectMaker::MakeDcmPixelObject(const _DCM_MAKER_PARAM* maker,
                                                 CDcmObject*& target) {
     if (maker == nullptr) return QVM_ERROR_INVALID_MAKER_PARAM;
-    if (maker->frames.GetSize() == 0) return QVM_ERROR_INVALID_IMAGE_FORMAT;
+    if (maker->frames.GetSize() == 0)
+        return IsKeyObject() ? MakeKeyObject(target) : QVM_ERROR_INVALID_IMAGE_FORMAT;
     if (maker->format == nullptr) return QVM_ERROR_NO_PIXEL_INFO;
     if (target == nullptr) {
         unfinished_ = std::make_unique<CDcmObject>();
         unfinished_->Open("temp.dcm");
         target = unfinished_.get();
     }
-    _DCM_PIXEL_INFO format = *maker->format;
-    if (quality != 0) format.quality = quality;
+    const MakingRules& making = MakingRulesOf(begunBy_);
+    if (!making.AllowPixels(settings_.get())) return QVM_ERROR_FAILED_TO_SET_PIXEL_DATA;
     ListedFrames frames(maker->frames);
-    return MakePixels(format, frames, *target);
+    const NewImage image{.source = *source_,
+                         .format = *maker->format,
+                         .isDescribedByHost = isDescribedByHost_,
+                         .quality = quality};
+    return making.MakePixels(image, frames, *target);
+}
+
+bool ObjectMaker::IsKeyObject() const {
+    if (begunBy_ != Rules::kStandard || !IsStarted()) return false;
+    const StorageClass* chosen = DocumentClassOf(*settings_);
+    return chosen != nullptr && CString(ModalityOf(*chosen)) == CString("KO");
+}
+
+QUORVEX_MESSAGE ObjectMaker::MakeKeyObject(CDcmObject*& target) {
+    CDcmObject* const source = source_.get();
+    std::unique_ptr<CDcmObject> document;
+    const auto result =
+        MakeKeyObjectDocument(std::span(&source, 1), _KEY_OBJECT_INFO(), settings_.get(), document);
+    if (result != QVM_SUCCESS) return result;
+    unfinished_ = std::move(document);
+    target = unfinished_.get();
+    return QVM_SUCCESS;
 }
 
 std::unique_ptr<CDcmObject> ObjectMaker::Finish() noexcept {
@@ -132,10 +202,8 @@ std::uint16_t CxDcmMaker::GetQuality() const noexcept {
 QUORVEX_MESSAGE CxDcmMaker::DcmMakerInit(CDcmObject* source, _USER_SETTING_INFO* settings,
                                          _FRAME_INFO* frameInfo) {
     if (source == nullptr) return QVM_ERROR_NO_SOURCE_OBJECT;
-    return Answer(QVM_ERROR_INVALID_MAKER_PARAM, [&] {
-        maker_->Start(*source, settings, frameInfo);
-        return QVM_SUCCESS;
-    });
+    return Answer(QVM_ERROR_INVALID_MAKER_PARAM,
+                  [&] { return maker_->Start(*source, settings, frameInfo); });
 }
 
 QUORVEX_MESSAGE CxDcmMaker::AddFrame(unsigned char* pixels) {
@@ -164,6 +232,48 @@ QUORVEX_MESSAGE CxDcmMaker::MakeDcmObject(CDcmObject* source, _USER_SETTING_INFO
     }
     if (MakeDcmObject(result) != QVM_SUCCESS) maker_->ReleaseFrames();
     return QVM_SUCCESS;
+}
+
+QUORVEX_MESSAGE CxDcmMaker::MakeSecondaryCapture(CDcmObject* source, _USER_SETTING_INFO* settings,
+                                                 _FRAME_INFO* frameInfo,
+                                                 const unsigned char* const* frames, int count,
+                                                 CDcmObject*& result) {
+    const auto make = [&]() -> QUORVEX_MESSAGE {
+        if (source == nullptr) return QVM_ERROR_NO_SOURCE_OBJECT;
+        if (frameInfo == nullptr) return QVM_ERROR_NO_PIXEL_INFO;
+        if (frames == nullptr || count < 1) return QVM_ERROR_INVALID_IMAGE_FORMAT;
+        const MakingRules& making = MakingRulesOf(Rules::kStandard);
+        if (!making.AllowPixels(settings)) return QVM_ERROR_FAILED_TO_SET_PIXEL_DATA;
+        std::unique_ptr<CDcmObject> made;
+        const auto begun = MakeBasicObject(making, *source, settings, made);
+        if (begun != QVM_SUCCESS) return begun;
+        const auto format = MakeFormat(*source, settings, frameInfo);
+        LentFrames lent(frames, count, FrameBytes(*format).value_or(0));
+        const auto withoutPixels = WithoutPixels(*source);
+        const NewImage image{.source = *withoutPixels,
+                             .format = *format,
+                             .isDescribedByHost = true,
+                             .quality = maker_->quality};
+        const auto done = MakeStandardCapture(image, lent, *made);
+        if (done == QVM_SUCCESS) result = made.release();
+        return done;
+    };
+    maker_->outcome = Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, make);
+    return maker_->outcome;
+}
+
+QUORVEX_MESSAGE CxDcmMaker::MakeKeyObject(CDcmObject* const* objects, int count,
+                                          _KEY_OBJECT_INFO* info, _USER_SETTING_INFO* settings,
+                                          CDcmObject*& result) {
+    if (objects == nullptr || count < 1) return QVM_ERROR_NO_SOURCE_OBJECT;
+    return Answer(QVM_ERROR_INVALID_MAKER_PARAM, [&] {
+        std::unique_ptr<CDcmObject> made;
+        const auto done =
+            MakeKeyObjectDocument(std::span(objects, static_cast<std::size_t>(count)),
+                                  info != nullptr ? *info : _KEY_OBJECT_INFO(), settings, made);
+        if (done == QVM_SUCCESS) result = made.release();
+        return done;
+    });
 }
 
 }  // namespace quorvex

@@ -148,8 +148,9 @@ QUORVEX_MESSAGE CreateDICOMExportObject(PixelDraft& draft, FrameSupply& supply) 
 
 }  // namespace
 
-QUORVEX_MESSAGE MakePixels(const _DCM_PIXEL_INFO& format, FrameSupply& frames, CDcmObject& target) {
-    PixelDraft draft(format, target);
+QUORVEX_MESSAGE MakeEstablishedPixels(const _DCM_PIXEL_INFO& format, FrameSupply& frames,
+                                      const CDcmObject& palette, CDcmObject& target) {
+    PixelDraft draft(format, palette, target);
     auto result = Describe(draft, frames);
     if (result == QVM_SUCCESS) result = CreateDICOMExportObject(draft, frames);
     // The content alone: a name that is copied could fail between the two.

@@ -50,7 +50,7 @@ unsigned short BitsPerPixel(const PixelLayout& layout) {
 
 QUORVEX_MESSAGE ExpandPalette(PixelDraft& draft, _DCM_FRAME_BUFFER& frame) {
     HeapBlock rgb = GetRGBBufferFromPaletteImage({frame.rawData, frame.rawLength}, draft.incoming,
-                                                 draft.object);
+                                                 draft.palette);
     if (!rgb) return QVM_ERROR_INVALID_PHOTOMETRIC;
     const std::size_t length = rgb.Size();
     SetProcessed(frame, rgb.Release(), length);

@@ -3,6 +3,8 @@
 #include "foundation/dicom/model/tags.h"
 #include "foundation/types/answer.h"
 #include "maker/object_change.h"
+#include "maker/object_maker.h"
+#include "maker/rules/making_rules.h"
 #include "maker/storage_classes.h"
 #include "quorvex/CXGSPSInfo.h"
 
@@ -48,26 +50,37 @@ bool IsChosen(const StorageClass& row, const _USER_SETTING_INFO& settings) {
 
 }  // namespace
 
-void UpdateUserSettingInfo(const _USER_SETTING_INFO* settings, CDcmObject& target) {
-    if (settings == nullptr) return;
-    SetTexts(kUserTexts, *settings, target);
+void SetUserTexts(const _USER_SETTING_INFO& settings, CDcmObject& target) {
+    SetTexts(kUserTexts, settings, target);
+}
+
+void SetRecordTexts(const CXGSPSInfo& record, CDcmObject& target) {
+    SetTexts(kStateTexts, record, target);
+}
+
+void UpdateUserSettingInfo(const _USER_SETTING_INFO& settings, CDcmObject& target) {
+    SetUserTexts(settings, target);
     for (const StorageClass& row : kStorageClasses) {
-        if (IsChosen(row, *settings)) target.SetValue(tag::kSOPClassUID, row.sopClassUid);
+        if (IsChosen(row, settings)) target.SetValue(tag::kSOPClassUID, row.sopClassUid);
     }
+}
+
+void UpdateByRecord(const CXGSPSInfo& record, CDcmObject& target) {
+    for (const StorageClass& row : kStorageClasses) {
+        if (row.objectKind != record.objectKind) continue;
+        target.SetValue(tag::kModality, row.modality);
+        target.SetValue(tag::kSOPClassUID, row.sopClassUid);
+    }
+    target.SetValue(tag::kSeriesNumber, record.seriesNumber);
+    target.SetValue(tag::kInstanceNumber, record.instanceNumber);
+    SetRecordTexts(record, target);
 }
 
 int CxDcmMaker::UpdateUserSettingInfo(CXGSPSInfo* info, CDcmObject* target) {
     if (info == nullptr || target == nullptr) return 1;
     return Answer(0, [&] {
         ObjectChange change(*target);
-        for (const StorageClass& row : kStorageClasses) {
-            if (row.objectKind != info->objectKind) continue;
-            target->SetValue(tag::kModality, row.modality);
-            target->SetValue(tag::kSOPClassUID, row.sopClassUid);
-        }
-        target->SetValue(tag::kSeriesNumber, info->seriesNumber);
-        target->SetValue(tag::kInstanceNumber, info->instanceNumber);
-        SetTexts(kStateTexts, *info, *target);
+        MakingRulesOf(maker_->rules).ApplyRecord(*info, *target);
         change.Keep();
         return 1;
     });

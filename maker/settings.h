@@ -5,8 +5,14 @@
 
 namespace quorvex {
 
-/// Puts the texts that are not empty over what the object has; "PR" and "SR" choose the SOP Class
-/// too. Nothing happens without settings. Half of it may be done when it throws.
-void UpdateUserSettingInfo(const _USER_SETTING_INFO* settings, CDcmObject& target);
+/// Puts the texts that are not empty over what the object has.
+void SetUserTexts(const _USER_SETTING_INFO& settings, CDcmObject& target);
+void SetRecordTexts(const CXGSPSInfo& record, CDcmObject& target);
+
+/// The same by the established rules: "PR" and "SR" choose the SOP Class too. Half of it may be
+/// done when it throws.
+void UpdateUserSettingInfo(const _USER_SETTING_INFO& settings, CDcmObject& target);
+/// The choices of a presentation record by the established rules.
+void UpdateByRecord(const CXGSPSInfo& record, CDcmObject& target);
 
 }  // namespace quorvex

@@ -5,7 +5,8 @@
 #include "maker/attribute_writing.h"
 #include "maker/configuration.h"
 #include "maker/object_change.h"
-#include "maker/settings.h"
+#include "maker/object_maker.h"
+#include "maker/rules/making_rules.h"
 
 #include <cstdint>
 
@@ -127,7 +128,7 @@ private:
 
 }  // namespace
 
-void FillSkeleton(const CDcmObject& source, CDcmObject& target) {
+void FillEstablishedSkeleton(const CDcmObject& source, CDcmObject& target) {
     const Skeleton skeleton(source, target);
     target.SetTransferSyntax(kExplicitLittleEndian);
     for (const Step& step : kSteps) skeleton.Run(step);
@@ -137,7 +138,8 @@ int CxDcmMaker::MakeDcmSkeleton(CDcmObject* source, CDcmObject* target) {
     if (source == nullptr || target == nullptr) return 1;
     return Answer(0, [&] {
         ObjectChange change(*target);
-        FillSkeleton(*source, *target);
+        const auto result = MakingRulesOf(maker_->rules).FillSkeleton(*source, *target);
+        if (result != QVM_SUCCESS) return 0;
         change.Keep();
         return 1;
     });
@@ -149,17 +151,6 @@ void SetBasicInfo(const CDcmObject& source, CDcmObject& target) {
     for (const std::uint32_t tag : kCopiedForImages) CopyFirst(source, target, tag);
     CopyUpTo(kOrientationValues, source, target, tag::kImageOrientationPatient);
     CopyUpTo(kPositionValues, source, target, tag::kImagePositionPatient);
-}
-
-std::unique_ptr<CDcmObject> MakeBasicObject(const CDcmObject& source,
-                                            const _USER_SETTING_INFO* settings) {
-    const bool hasName = settings != nullptr && !settings->fileName.IsEmpty();
-    auto made = std::make_unique<CDcmObject>();
-    made->Open(hasName ? settings->fileName : CString("test.dcm"));
-    FillSkeleton(source, *made);
-    SetBasicInfo(source, *made);
-    UpdateUserSettingInfo(settings, *made);
-    return made;
 }
 
 }  // namespace quorvex

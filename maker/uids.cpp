@@ -72,4 +72,9 @@ std::optional<CString> NewUid(const CString& root) {
     return CString(above + "." + DigitsOf(RandomUuid(), kLongestUid - 1 - above.size()));
 }
 
+bool IsValidUid(const CString& uid) {
+    const std::string text = uid.ToUtf8();
+    return text.size() <= kLongestUid && text.find('.') != std::string::npos && IsRoot(text);
+}
+
 }  // namespace quorvex

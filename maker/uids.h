@@ -12,4 +12,6 @@ namespace quorvex {
 /// behind it.
 [[nodiscard]] std::optional<CString> NewUid(const CString& root);
 
+[[nodiscard]] bool IsValidUid(const CString& uid);
+
 }  // namespace quorvex

@@ -49,6 +49,14 @@ struct _FRAME_INFO {  // NOLINT(bugprone-reserved-identifier): given name
     CString windowWidth;
 };
 
+/// What a Key Object Selection document says of the objects that it points at.
+struct _KEY_OBJECT_INFO {          // NOLINT(bugprone-reserved-identifier): given pattern
+    CString titleCode = "113000";  ///< of PS3.16 CID 7010
+    CString titleScheme = "DCM";
+    CString titleMeaning = "Of Interest";
+    CString description;  ///< free text; empty for none
+};
+
 /// What the pixel attributes of an object are to be: the maker's own description of the frames that
 /// it is given. 65535 and an empty text mean unset: such a value is not written, and where it is
 /// needed it is read from the object.
@@ -106,7 +114,8 @@ struct _DCM_MAKER_PARAM {  // NOLINT(bugprone-reserved-identifier): given name
 ///
 /// What becomes of attributes and pixels:
 ///     - Lossy Image Compression becomes "01" for 5, 6 and 8 and "00" for 7 and 9, whatever it was;
-///     - palette colour is written as 8-bit "RGB"; its palette attributes stay;
+///     - palette colour is written as 8-bit "RGB", by the tables of the source; palette attributes
+///       of a converted object stay;
 ///     - colour of JPEG Baseline is coded as R, G, B, as its Photometric Interpretation says, not
 ///       as YCbCr;
 ///     - a host's pixel of 32 bits is written, uncompressed only, with Samples per Pixel 3 and its
@@ -139,6 +148,23 @@ public:
     ///       the prefix of "Quorvex.INI" or below 2.25;
     ///     - what a coding cannot hold is refused: GetOutcome() says by which attribute. So are
     ///       frames that are not whole.
+    ///
+    /// A new object:
+    ///     - its UIDs lie below the prefix of "Quorvex.INI", or below 2.25 without one; a prefix
+    ///       that is no UID, or too long, is refused. Times have fractions of a second;
+    ///     - what is copied keeps its bytes, with their character set, and all of its values.
+    ///       Attributes that have to be there are there, if only empty (type 2);
+    ///     - as many frames as the source has, and of its form, make an image of its class: Image
+    ///       Type DERIVED with the other values behind it, Source Image Sequence, all that does not
+    ///       speak of other pixels. All other frames make a secondary capture, as
+    ///       MakeSecondaryCapture() does;
+    ///     - three samples are "RGB", or what their coding makes of them; four bytes a pixel are B,
+    ///       G, R and one that is dropped; two samples are refused. Palette indices stay;
+    ///     - all forms are written. The quality where none is set: JPEG 97, JPEG 2000 5, JPEG
+    ///       Extended 1;
+    ///     - "PR", "SR" and "KO" are no images: frames for them are refused with
+    ///       QVM_ERROR_FAILED_TO_SET_PIXEL_DATA. A Key Object Selection has the modality "KO" (or
+    ///       "SR" with kind 5); without frames it is made of its source, as MakeKeyObject() does.
     void SetRules(Rules rules) noexcept;
 
     /// Tells `callback`, in the converting thread, of each frame that a conversion has done; null
@@ -162,11 +188,13 @@ public:
     /// Fills `target` with everything but pixel attributes: patient and study of `source`, new
     /// series and instance UIDs, new dates, the manufacturer.
     /// @param target  already opened
-    /// @return 1; or 0 without memory, and then `target` is as it was
+    /// @return 1; or 0 without memory, and by the standard rules for a prefix of UIDs that is none or
+    ///         too long; then `target` is as it was
     int MakeDcmSkeleton(CDcmObject* source, CDcmObject* target);
 
     /// Puts the choices of a presentation record over what the source gave:
-    ///     - modality and SOP Class, for `objectKind` 1 to 7;
+    ///     - modality and SOP Class, for `objectKind` 1 to 7. By the standard rules the modality of
+    ///       6 is "KO", and such objects have an Instance Number: 1 where the record has none;
     ///     - series and instance number, also where they are empty;
     ///     - patient name, series description and institution, only where they are not empty.
     /// @return 1; or 0 without memory, and then `target` is as it was
@@ -226,6 +254,35 @@ public:
                                   _FRAME_INFO* frameInfo, unsigned char* pixels,
                                   CDcmObject*& result);
 
+    /// A secondary capture, in one call and always by the standard rules: an object of the study of
+    /// `source`, with a class, series and UIDs of its own. One frame is a Secondary Capture Image;
+    /// several are Multi-frame Grayscale Byte, Grayscale Word or True Color. Modality stays that of
+    /// `source` where it is an image and the settings have none, else "OT".
+    ///
+    /// @param frameInfo  the forms: grey or palette indices of 8 or 16 bits allocated; R, G, B of 8
+    ///                   or, in one frame, 16; B, G, R and a fourth byte (4 samples of 8 bits, or
+    ///                   one of 32), which become R, G, B. Several grey frames are unsigned
+    ///                   MONOCHROME2 of 8 bits or of 9 to 16
+    /// @param frames     `count` frames as in AddFrame(), which stay yours
+    /// @param result     receives the object, yours, release it with delete; untouched on failure
+    /// @return QVM_SUCCESS, or as MakeDcmObject(); QVM_ERROR_NO_PIXEL_INFO without `frameInfo`;
+    ///         QVM_ERROR_NO_SOURCE_OBJECT; QVM_ERROR_INVALID_IMAGE_FORMAT without frames;
+    ///         QVM_ERROR_INVALID_MAKER_PARAM for a prefix of UIDs that is none, or too long
+    QUORVEX_MESSAGE MakeSecondaryCapture(CDcmObject* source, _USER_SETTING_INFO* settings,
+                                         _FRAME_INFO* frameInfo, const unsigned char* const* frames,
+                                         int count, CDcmObject*& result);
+
+    /// A Key Object Selection document (PS3.16 TID 2010), always by the standard rules: title,
+    /// description, references and evidence. Patient and study are those of the first object.
+    ///
+    /// @param info      null: "Of Interest"
+    /// @param settings  may be null; its modality and kind are not looked at
+    /// @param result    receives the object, yours, release it with delete; untouched on failure
+    /// @return QVM_SUCCESS, QVM_ERROR_NO_SOURCE_OBJECT for no object or one without the UIDs that
+    ///         name it, QVM_ERROR_INVALID_MAKER_PARAM for no memory or a prefix of UIDs that is none
+    QUORVEX_MESSAGE MakeKeyObject(CDcmObject* const* objects, int count, _KEY_OBJECT_INFO* info,
+                                  _USER_SETTING_INFO* settings, CDcmObject*& result);
+
     // Conversion.
 
     /// Brings `object` into the form that `settings` asks for, by decoding and coding every frame,
@@ -252,8 +309,9 @@ public:
     [[nodiscard]] QUORVEX_MESSAGE GetOutcome() const noexcept;
 
     /// The quality that frames are coded with from the next MakeDcmObject() on, as
-    /// CxImageProcessor::CompressFrameData() reads it. 0, the default: 20 for new objects, 1 for
-    /// conversions (for JPEG Baseline very coarse, for JPEG 2000 nearly lossless).
+    /// CxImageProcessor::CompressFrameData() reads it. 0, the default: by the established rules 20
+    /// for new objects, 1 for conversions (for JPEG Baseline very coarse, for JPEG 2000 nearly
+    /// lossless); by the standard rules as SetRules() tells.
     void SetQuality(std::uint16_t quality) noexcept;
     [[nodiscard]] std::uint16_t GetQuality() const noexcept;
 

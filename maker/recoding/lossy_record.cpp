@@ -58,12 +58,6 @@ void Append(CDcmObjectCommon& object, std::uint32_t tag, Value value) {
     }
 }
 
-void AppendLoss(const TransferSyntax& coding, double ratio, CDcmObject& object) {
-    object.SetValue(tag::kLossyImageCompression, "01");
-    Append(object, tag::kLossyImageCompressionRatio, RatioText(ratio));
-    Append(object, tag::kLossyImageCompressionMethod, CString(MethodOf(coding)));
-}
-
 /// DERIVED in place of the first value; the others stay.
 void SetDerived(CDcmObjectCommon& object, std::uint32_t tag) {
     std::vector<CString> values;
@@ -131,6 +125,12 @@ void ReferToSource(CDcmObject& object) {
 }
 
 }  // namespace
+
+void AppendLoss(const TransferSyntax& coding, double ratio, CDcmObject& object) {
+    object.SetValue(tag::kLossyImageCompression, "01");
+    Append(object, tag::kLossyImageCompressionRatio, RatioText(ratio));
+    Append(object, tag::kLossyImageCompressionMethod, CString(MethodOf(coding)));
+}
 
 void MarkEarlierLoss(const TransferSyntax& coding, double ratio, CDcmObject& object) {
     if (Read<CString>(object, tag::kLossyImageCompression) == CString("01")) return;

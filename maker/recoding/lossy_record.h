@@ -6,6 +6,9 @@
 
 namespace quorvex {
 
+/// Sets Lossy Image Compression, with ratio and method behind earlier ones.
+void AppendLoss(const TransferSyntax& coding, double ratio, CDcmObject& object);
+
 /// Marks an object that was coded lossily before, where it does not say so itself: an object that
 /// says "01" stays as it is.
 /// @param ratio  of that coding
