@@ -2,6 +2,8 @@
 
 #include "foundation/dicom/model/tags.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <string>
 
@@ -24,6 +26,15 @@ struct WholeValue {
         return kMcContinue;
     }
 };
+
+/// The domain of a VOI LUT is what the modality stage gives.
+bool HasNegativeDomain(const CXGSPSInfo& info) {
+    if (info.pixelRepresentation != 0) return true;
+    if (info.modalityLUTData != nullptr || info.rescaleSlope == 0.0) return false;
+    const int bits = std::clamp(info.pixelBitDepth, 0, 32);
+    const double highest = info.rescaleSlope < 0.0 ? std::ldexp(1.0, bits) - 1.0 : 0.0;
+    return info.rescaleIntercept + info.rescaleSlope * highest <= -1.0;
+}
 
 }  // namespace
 
@@ -52,6 +63,16 @@ CDcmItem ItemForImage(const CXGSPSInfo& info) {
     return item;
 }
 
+LUTContent VOILUTOf(const CXGSPSInfo& info) {
+    return {info.voiLUTData, info.voiLUTCount, info.voiLUTFirst, info.voiLUTBits,
+            HasNegativeDomain(info)};
+}
+
+LUTContent PresentationLUTOf(const CXGSPSInfo& info) {
+    return {info.presentationLUTData, info.presentationLUTCount, info.presentationLUTFirst,
+            info.presentationLUTBits};
+}
+
 /// The entries are words: as US, explicit VR could not hold a table of 32768 entries or more.
 CDcmItem LUTItem(const LUTContent& lut) {
     CDcmItem item = NewItem();
@@ -59,10 +80,17 @@ CDcmItem LUTItem(const LUTContent& lut) {
     item.SetValue(tag::kLUTDescriptor, static_cast<unsigned short>(lut.count));
     item.SetNextValue(tag::kLUTDescriptor, lut.first);
     item.SetNextValue(tag::kLUTDescriptor, static_cast<unsigned short>(lut.bits));
+    if (lut.isSigned) item.SetValueRepresentation(tag::kLUTDescriptor, MC_VR_SS);
     WholeValue value{lut.data, static_cast<std::size_t>(entries) * sizeof *lut.data};
     item.SetValue(tag::kLUTData, &value, WholeValue::Give);
     item.SetValueRepresentation(tag::kLUTData, MC_VR_OW);
     return item;
+}
+
+void SetWords(CDcmObjectCommon& object, std::uint32_t tag, std::span<const unsigned char> bytes) {
+    WholeValue value{bytes.data(), bytes.size()};
+    object.SetValue(tag, &value, WholeValue::Give);
+    object.SetValueRepresentation(tag, MC_VR_OW);
 }
 
 }  // namespace quorvex

@@ -6,6 +6,7 @@
 #include "quorvex/DicomObject.h"
 
 #include <cstdint>
+#include <span>
 
 namespace quorvex {
 
@@ -23,10 +24,18 @@ struct LUTContent {
     std::int32_t count = 0;  ///< 0: 65536
     std::uint16_t first = 0;
     std::int32_t bits = 0;
+    bool isSigned = false;  ///< whether the values that it maps may be negative
 };
+
+/// The tables of a record; that of the VOI is signed where values ahead of it may be negative.
+[[nodiscard]] LUTContent VOILUTOf(const CXGSPSInfo& info);
+[[nodiscard]] LUTContent PresentationLUTOf(const CXGSPSInfo& info);
 
 /// An item with the descriptor and the entries.
 [[nodiscard]] CDcmItem LUTItem(const LUTContent& lut);
+
+/// Sets bytes, of an even number, as words of VR OW.
+void SetWords(CDcmObjectCommon& object, std::uint32_t tag, std::span<const unsigned char> bytes);
 
 [[nodiscard]] constexpr const char* YesOrNo(std::int32_t flag) noexcept {
     return flag != 0 ? "Y" : "N";

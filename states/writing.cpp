@@ -3,6 +3,7 @@
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmMaker.h"
 #include "states/attribute_writing.h"
+#include "states/standard/standard_state.h"
 #include "states/state_writer.h"
 
 #include <algorithm>
@@ -32,12 +33,18 @@ int CXGSPSObject::MakeGSPSObject(CDcmObject* source, CXGSPSInfo** infos, int cou
                                  CDcmObject*& result) {
     if (source == nullptr || !AreUsable(infos, count)) return 0;
     return Answer(0, [&] {
+        const std::span records(infos, static_cast<std::size_t>(count));
+        if (rules_ == Rules::kStandard) {
+            auto state = MakeStandardState(*source, records);
+            const int isMade = state != nullptr ? 1 : 0;
+            if (state) result = state.release();
+            return isMade;
+        }
         auto state = std::make_unique<CDcmObject>();
         CxDcmMaker maker;
         state->Open("test.dcm");  // only names the object: nothing is written
         maker.MakeDcmSkeleton(source, state.get());
         maker.UpdateUserSettingInfo(infos[0], state.get());
-        const std::span records(infos, static_cast<std::size_t>(count));
         StateWriter(*source, records, *state).WriteAllModules();
         result = state.release();
         return 1;

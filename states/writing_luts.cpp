@@ -8,15 +8,6 @@
 namespace quorvex {
 namespace {
 
-LUTContent PresentationLUTOf(const CXGSPSInfo& info) {
-    return {info.presentationLUTData, info.presentationLUTCount, info.presentationLUTFirst,
-            info.presentationLUTBits};
-}
-
-LUTContent VOILUTOf(const CXGSPSInfo& info) {
-    return {info.voiLUTData, info.voiLUTCount, info.voiLUTFirst, info.voiLUTBits};
-}
-
 /// A LUT wins over the window.
 void WriteVOI(const CXGSPSInfo& info, CDcmItem& item) {
     if (info.voiLUTData != nullptr) {
