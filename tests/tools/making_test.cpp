@@ -3,7 +3,6 @@
 #include "tests/tools/run_command.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <png.h>
 
@@ -58,15 +57,17 @@ TEST(CaptureCommand, PutsPicturesUnderThePatient) {
     EXPECT_EQ(FramesOf(output).substr(6 * 4 * 3), Samples(6 * 4 * 3));
 }
 
-TEST(CaptureCommand, ExpandsPalettesAndReducesDeepSamples) {
+TEST(CaptureCommand, ExpandsPalettesAndKeepsDeepSamples) {
     const ScratchFolder folder;
     const auto output = folder.Path("out.dcm");
     const auto palette = WritePicture(folder.Path("palette.png"), PNG_FORMAT_RGB_COLORMAP);
     OutputOf({"capture", kSlice, palette, "-o", output});
     EXPECT_EQ(FramesOf(output).substr(0, 9), std::string("\xFF\0\0\0\xFF\0\1\2\3", 9));
     const auto deep = WritePicture(folder.Path("deep.png"), PNG_FORMAT_LINEAR_Y);
-    OutputOf({"capture", kSlice, deep, "-o", output});
-    EXPECT_TRUE(Has(InfoOf(output), "8 bits in 8, unsigned"));
+    OutputOf({"capture", kSlice, deep, deep, "-o", output});
+    EXPECT_TRUE(Has(InfoOf(output), "16 bits in 16, unsigned"));
+    const std::string frame = Samples(6 * 4 * 2);
+    EXPECT_EQ(FramesOf(output), frame + frame);
 }
 
 TEST(CaptureCommand, RefusesWhatDoesNotFit) {
@@ -77,14 +78,23 @@ TEST(CaptureCommand, RefusesWhatDoesNotFit) {
     auto nobody = DicomBuilder::Part10(kExplicitUid);
     const auto anonymous =
         folder.Write("none.dcm", nobody.Add(tag::kPatientName, "PN", "A ").Bytes());
+    const auto deep = WritePicture(folder.Path("deep.png"), PNG_FORMAT_LINEAR_Y);
+    const auto deepColour = WritePicture(folder.Path("deep_colour.png"), PNG_FORMAT_LINEAR_RGB);
+    const auto seeThrough = WritePicture(folder.Path("alpha.png"), PNG_FORMAT_RGBA);
     const auto output = folder.Path("out.dcm");
+    const std::size_t files = folder.Names().size();
     const Arguments bad[] = {{kSlice, picture, wider}, {kSlice, torn},
                              {kSlice, kSlice},         {anonymous, picture},
-                             {picture, picture},       {kSlice, picture, "--to", "jpeg12"}};
+                             {picture, picture},       {kSlice, picture, "--to", "jpeg12"},
+                             {kSlice, picture, deep},  {kSlice, deepColour, deepColour},
+                             {kSlice, seeThrough}};
     for (const auto& arguments : bad) {
         ExpectStatus(1, Arguments{"capture", "-o", output} + arguments);
-        EXPECT_EQ(folder.Names().size(), 4U) << testing::PrintToString(arguments);
+        EXPECT_EQ(folder.Names().size(), files) << testing::PrintToString(arguments);
     }
+    const std::string before = ReadAll(picture);
+    ExpectStatus(2, {"capture", kSlice, picture, "-o", folder.Path("./a.png")}, "its input");
+    EXPECT_EQ(ReadAll(picture), before);
     ExpectStatus(3, {"capture", kSlice, picture, "-o", "/dev/full"});
     ExpectStatus(2, {"capture", kSlice, picture, "-o", folder.Path(".")});
 }
@@ -124,21 +134,6 @@ TEST(StateCommand, HoldsWhatWasAskedFor) {
         EXPECT_TRUE(Has(info, part)) << part;
 }
 
-TEST(StateCommand, PassesTheIndependentCheck) {
-    if (std::system("command -v dcmpschk dcmodify > /dev/null") != 0)
-        GTEST_SKIP() << "dcmtk is not there";
-    const ScratchFolder folder;
-    const auto state = folder.Path("state.dcm");
-    for (const auto& image : {kSlice, kRadiograph}) {
-        OutputOf({"state", image, "-o", state, "--shutter", "circle:100,100,90", "--text",
-                  "5,5,note", "--polyline", "1,1;9,9"});
-        // Our UIDs may have leading zeros, which the check does not take.
-        const auto check = "dcmodify -nb -gin -m 0020,000e=1.2.3 " + state + " && dcmpschk " +
-                           state + " 2>&1 | grep -q 'Test passed'";
-        EXPECT_EQ(std::system(check.c_str()), 0) << image;
-    }
-}
-
 TEST(StateCommand, RefusesWhatAStateCannotBeFor) {
     const ScratchFolder folder;
     const Arguments make = {"state", "-o", folder.Path("state.dcm")};
@@ -152,6 +147,9 @@ TEST(StateCommand, RefusesWhatAStateCannotBeFor) {
           Arguments{"--text", "1,nan,text"}, Arguments{"--shutter", "polygon:1,2;3,4"}})
         ExpectStatus(2, make + Arguments{kSlice} + wrong);
     EXPECT_TRUE(folder.Names().empty());
+    const auto image = folder.Write("image.dcm", ReadAll(kSlice));
+    ExpectStatus(2, {"state", image, "-o", image}, "its input");
+    EXPECT_TRUE(ReadAll(image) == ReadAll(kSlice));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "tools/capture/png_reader.h"
 #include "tools/convert_target.h"
 #include "tools/output/object_output.h"
+#include "tools/output/output_place.h"
 #include "tools/stored_image.h"
 
 #include <algorithm>
@@ -14,129 +15,84 @@
 namespace quorvex::tools {
 namespace {
 
-constexpr const char* kSecondaryCapture = "1.2.840.10008.5.1.4.1.1.7";
-constexpr const char* kGreyFrames = "1.2.840.10008.5.1.4.1.1.7.2";
-constexpr const char* kColourFrames = "1.2.840.10008.5.1.4.1.1.7.4";
-
-// What the source says of its own pixels and their place in the patient.
-constexpr std::uint32_t kNotOfPictures[] = {tag::kImagePositionPatient,
-                                            tag::kImageOrientationPatient,
-                                            tag::kFrameOfReferenceUID,
-                                            tag::kPositionReferenceIndicator,
-                                            tag::kSmallestPixelValueInSeries,
-                                            tag::kLargestPixelValueInSeries,
-                                            tag::kPixelPaddingValue,
-                                            tag::kWindowCenter,
-                                            tag::kWindowWidth,
-                                            tag::kRescaleIntercept,
-                                            tag::kRescaleSlope};
-
-struct TextAttribute {
-    std::uint32_t tag;
-    const char* text;
-};
-constexpr TextAttribute kOfCaptures[] = {
-    {tag::kImageType, "DERIVED"},  // and SECONDARY
-    {tag::kModality, "OT"},
-    {tag::kConversionType, "WSD"},
-    {tag::kSeriesNumber, "1"},
-    {tag::kInstanceNumber, "1"},
-    {tag::kPatientOrientation, ""},
-    {tag::kBurnedInAnnotation, "YES"},  // nobody has looked whether there is text in the picture
-    {tag::kWindowCenter, "128"},        // every byte as it is
-    {tag::kWindowWidth, "256"},
-};
-
-struct Pictures {
-    std::vector<Picture> frames;
+struct Pages {
+    std::vector<Page> all;
     ExitStatus status = kAllDone;
+
+    [[nodiscard]] bool HaveColour() const {
+        return std::ranges::any_of(all, [](const Page& page) { return page.channels == 3; });
+    }
 };
 
-Pictures ReadPictures(const std::vector<std::string>& paths) {
-    Pictures pictures;
+// Why a page cannot follow the first one in one object; empty where it can.
+std::string DifferenceOf(const Page& page, const Page& first) {
+    if (page.width != first.width || page.height != first.height)
+        return "this picture has not the size of the first one";
+    if (page.bits != first.bits)
+        return "this picture has " + std::to_string(page.bits) + " bits a sample, the first one " +
+               std::to_string(first.bits);
+    const bool isDeepColour = page.bits == 16 && std::max(page.channels, first.channels) == 3;
+    return isDeepColour ? "colours of 16 bits cannot be in an object of several pictures" : "";
+}
+
+Pages ReadPages(const std::vector<std::string>& paths) {
+    Pages pages;
     for (const auto& path : paths) {
-        Picture picture;
-        std::string trouble = ReadPng(path, picture);
-        if (trouble.empty() && !pictures.frames.empty() &&
-            (picture.width != pictures.frames.front().width ||
-             picture.height != pictures.frames.front().height))
-            trouble = "this picture has not the size of the first one";
-        if (!trouble.empty()) {
+        Page page;
+        std::string trouble = ReadPng(path, page);
+        if (trouble.empty() && !pages.all.empty()) trouble = DifferenceOf(page, pages.all.front());
+        if (trouble.empty()) {
+            pages.all.push_back(std::move(page));
+        } else {
             Complain(path, trouble);
-            pictures.status = kBadInput;
-            continue;
+            pages.status = kBadInput;
         }
-        pictures.frames.push_back(std::move(picture));
     }
-    return pictures;
+    return pages;
 }
 
-bool HaveColour(const std::vector<Picture>& frames) {
-    return std::ranges::any_of(frames, [](const Picture& frame) { return frame.channels == 3; });
+// Grey among colours is coloured.
+void MakeColoured(Page& page) {
+    if (page.channels == 3) return;
+    const auto bytes = static_cast<std::size_t>(page.bits / 8);
+    std::vector<unsigned char> colours;
+    colours.reserve(page.samples.size() * 3);
+    for (auto at = page.samples.begin(); at != page.samples.end();
+         at += static_cast<std::ptrdiff_t>(bytes)) {
+        for (int i = 0; i < 3; ++i)
+            colours.insert(colours.end(), at, at + static_cast<std::ptrdiff_t>(bytes));
+    }
+    page.samples = std::move(colours);
+    page.channels = 3;
 }
 
-// The picture's pixels in a block for the maker; grey among colours is coloured.
-std::unique_ptr<unsigned char[]> PixelsOf(const Picture& picture, int channels) {
-    const auto repeat = static_cast<std::size_t>(channels / picture.channels);
-    auto pixels = std::make_unique<unsigned char[]>(picture.pixels.size() * repeat);
-    for (std::size_t i = 0; i < picture.pixels.size(); ++i)
-        std::fill_n(&pixels[i * repeat], repeat, picture.pixels[i]);
-    return pixels;
-}
-
-_FRAME_INFO DescribeFrames(const Picture& first, int channels) {
+_FRAME_INFO DescribeFrames(const Page& first) {
     _FRAME_INFO info;
-    info.samplesPerPixel = static_cast<std::uint16_t>(channels);
+    info.samplesPerPixel = static_cast<std::uint16_t>(first.channels);
     info.photometricInterpretation = "MONOCHROME2";
     info.rows = static_cast<std::uint16_t>(first.height);
     info.columns = static_cast<std::uint16_t>(first.width);
-    info.bitsAllocated = 8;
-    info.bitsStored = 8;
+    info.bitsAllocated = static_cast<std::uint16_t>(first.bits);
+    info.bitsStored = info.bitsAllocated;
     return info;
 }
 
-const char* ClassOf(std::size_t frames, int channels) {
-    if (frames == 1) return kSecondaryCapture;
-    return channels == 3 ? kColourFrames : kGreyFrames;
-}
-
-// Frames follow each other like the pages of a book.
-void NumberThePages(CDcmObject& object, std::size_t frames) {
-    if (frames == 1) return;
-    object.SetValue(tag::kPageNumberVector, 1);
-    for (std::size_t page = 2; page <= frames; ++page)
-        object.SetNextValue(tag::kPageNumberVector, static_cast<int>(page));
-    object.SetValue(tag::kFrameIncrementPointer, static_cast<int>(tag::kPageNumberVector));
-}
-
-void SayThatItIsACapture(CDcmObject& object, std::size_t frames, int channels) {
-    for (const auto tag : kNotOfPictures) object.RemoveValue(tag);
-    object.SetValue(tag::kSOPClassUID, ClassOf(frames, channels));
-    for (const auto& [tag, text] : kOfCaptures) object.SetValue(tag, text);
-    object.SetNextValue(tag::kImageType, "SECONDARY");
-    NumberThePages(object, frames);
-}
-
-QUORVEX_MESSAGE Make(CDcmObject& source, const std::vector<Picture>& frames,
-                     const ConvertTarget& target, std::unique_ptr<CDcmObject>& made) {
-    const int channels = HaveColour(frames) ? 3 : 1;
+QUORVEX_MESSAGE Make(CDcmObject& source, const Pages& pages, const ConvertTarget& target,
+                     std::unique_ptr<CDcmObject>& made) {
     _USER_SETTING_INFO settings;
     settings.compressionType = static_cast<std::int32_t>(target.syntax->form);
-    _FRAME_INFO info = DescribeFrames(frames.front(), channels);
+    settings.modality = "OT";
+    settings.seriesNumber = "1";
+    settings.instanceNumber = "1";
+    _FRAME_INFO info = DescribeFrames(pages.all.front());
+    std::vector<const unsigned char*> frames;
+    for (const Page& page : pages.all) frames.push_back(page.samples.data());
     CxDcmMaker maker;
     maker.SetQuality(static_cast<std::uint16_t>(target.quality));
-    auto result = maker.DcmMakerInit(&source, &settings, &info);
-    for (std::size_t i = 0; result == QVM_SUCCESS && i < frames.size(); ++i) {
-        auto pixels = PixelsOf(frames[i], channels);
-        result = maker.AddFrame(pixels.get());
-        if (result == QVM_SUCCESS) static_cast<void>(pixels.release());
-    }
     CDcmObject* object = nullptr;
-    if (result == QVM_SUCCESS) result = maker.MakeDcmObject(object);
+    const auto result = maker.MakeSecondaryCapture(&source, &settings, &info, frames.data(),
+                                                   static_cast<int>(frames.size()), object);
     made.reset(object);
-    if (result != QVM_SUCCESS) return result;
-    SayThatItIsACapture(*made, frames.size(), channels);
-    NameColoursOf(*made, target);
     return result;
 }
 
@@ -144,6 +100,8 @@ QUORVEX_MESSAGE Make(CDcmObject& source, const std::vector<Picture>& frames,
 
 ExitStatus Capture(const CaptureArguments& arguments) {
     const ConvertTarget target = ConvertTargetOf(arguments.target);
+    RefuseToReplace(arguments.output, {arguments.source});
+    RefuseToReplace(arguments.output, arguments.pictures);
     CDcmApp app;
     CxDcmParser parser;
     auto result = parser.Initialize(&app, arguments.source, 0);
@@ -152,10 +110,11 @@ ExitStatus Capture(const CaptureArguments& arguments) {
         Complain(arguments.source, "there is no Study Instance UID to put pictures under");
         return kBadInput;
     }
-    const auto pictures = ReadPictures(arguments.pictures);
-    if (pictures.status != kAllDone) return pictures.status;
+    auto pages = ReadPages(arguments.pictures);
+    if (pages.status != kAllDone) return pages.status;
+    if (pages.HaveColour()) std::ranges::for_each(pages.all, MakeColoured);
     std::unique_ptr<CDcmObject> made;
-    result = Make(*parser.GetHeader(), pictures.frames, target, made);
+    result = Make(*parser.GetHeader(), pages, target, made);
     if (result != QVM_SUCCESS) return ReportBadInput(arguments.pictures.front(), result);
     WriteObjectTo(*made, arguments.output);
     return kAllDone;

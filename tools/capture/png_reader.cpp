@@ -1,87 +1,149 @@
 #include "tools/capture/png_reader.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
+#include <cerrno>
+#include <csetjmp>
 #include <cstdint>
+#include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <memory>
+#include <new>
 #include <png.h>
+#include <span>
 #include <system_error>
-#include <vector>
 
 namespace quorvex::tools {
 namespace {
 
+constexpr png_uint_32 kLongestSide = 65535;  // that Rows and Columns can hold
+
+struct CloseFile {
+    void operator()(std::FILE* file) const noexcept { static_cast<void>(std::fclose(file)); }
+};
+
+/// What libpng says when it gives up.
+struct Trouble {
+    std::array<char, 128> sentence{};
+};
+
+void OnError(png_structp png, png_const_charp message) {
+    auto& trouble = *static_cast<Trouble*>(png_get_error_ptr(png));
+    std::snprintf(trouble.sentence.data(), trouble.sentence.size(), "%s", message);
+    png_longjmp(png, 1);
+}
+void OnWarning(png_structp, png_const_charp) {}
+
+/// libpng's two blocks for one file.
+class Reader {
+public:
+    explicit Reader(std::FILE* file)
+        : png_(png_create_read_struct(PNG_LIBPNG_VER_STRING, &trouble_, OnError, OnWarning)),
+          info_(png_ != nullptr ? png_create_info_struct(png_) : nullptr),
+          file_(file) {}
+    ~Reader() { png_destroy_read_struct(&png_, &info_, nullptr); }
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+
+    [[nodiscard]] bool IsReady() const noexcept { return info_ != nullptr; }
+    [[nodiscard]] std::string Sentence() const {
+        const std::string said = trouble_.sentence.data();
+        return said.empty() ? "the picture could not be read" : said;
+    }
+
+    /// False where libpng gives up. Its jump lands here, where no destructor is passed by.
+    bool ReadHeader() {
+        if (setjmp(png_jmpbuf(png_)) != 0) return false;
+        png_init_io(png_, file_);
+        png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+        png_read_info(png_, info_);
+        return true;
+    }
+    bool ExpandSamples() {
+        if (setjmp(png_jmpbuf(png_)) != 0) return false;
+        png_set_expand(png_);
+        if (BitDepth() == 16) png_set_swap(png_);
+        if (HasGreyPalette()) png_set_rgb_to_gray_fixed(png_, 1, -1, -1);
+        png_set_interlace_handling(png_);
+        png_read_update_info(png_, info_);
+        return true;
+    }
+    bool ReadRows(png_bytepp rows) {
+        if (setjmp(png_jmpbuf(png_)) != 0) return false;
+        png_read_image(png_, rows);
+        png_read_end(png_, nullptr);
+        return true;
+    }
+
+    [[nodiscard]] png_uint_32 Width() const { return png_get_image_width(png_, info_); }
+    [[nodiscard]] png_uint_32 Height() const { return png_get_image_height(png_, info_); }
+    [[nodiscard]] int BitDepth() const { return png_get_bit_depth(png_, info_); }
+    [[nodiscard]] int Channels() const { return png_get_channels(png_, info_); }
+    [[nodiscard]] std::size_t RowBytes() const { return png_get_rowbytes(png_, info_); }
+    [[nodiscard]] bool IsSeeThrough() const {
+        return (png_get_color_type(png_, info_) & PNG_COLOR_MASK_ALPHA) != 0 ||
+               png_get_valid(png_, info_, PNG_INFO_tRNS) != 0;
+    }
+
+private:
+    [[nodiscard]] bool HasGreyPalette() const {
+        png_colorp colours = nullptr;
+        int count = 0;
+        if (png_get_color_type(png_, info_) != PNG_COLOR_TYPE_PALETTE ||
+            png_get_PLTE(png_, info_, &colours, &count) == 0)
+            return false;
+        const std::span all(colours, static_cast<std::size_t>(count));
+        return std::ranges::all_of(all, [](const png_color& colour) {
+            return colour.red == colour.green && colour.green == colour.blue;
+        });
+    }
+
+    Trouble trouble_;
+    png_structp png_;
+    png_infop info_;
+    std::FILE* file_;
+};
+
 /// A few bytes can claim gigabytes, which would be taken before the first pixel is read. Deflate
 /// makes at most 1,032 bytes of one, and a pixel takes a bit at least.
-bool CanHold(const std::string& path, const png_image& image) {
+bool CanHold(const std::string& path, const Reader& reader) {
     constexpr std::uint64_t kMostPixelsOfAByte = std::uint64_t{1032} * 8;
     std::error_code unknown;  // the size of what is no plain file: then it is the largest number
     const std::uintmax_t bytes = std::filesystem::file_size(path, unknown);
-    return std::uint64_t{image.width} * image.height / kMostPixelsOfAByte <= bytes;
+    return std::uint64_t{reader.Width()} * reader.Height() / kMostPixelsOfAByte <= bytes;
 }
 
-bool IsInterlaced(const std::string& path) {
-    constexpr std::streamoff kInterlacePlace = 28;  // in the header, which every file begins with
-    std::ifstream file(path, std::ios::binary);
-    return file.seekg(kInterlacePlace) && file.get() == 1;
-}
-
-Picture EmptyPicture(const png_image& image) {
-    Picture picture{.width = static_cast<int>(image.width),
-                    .height = static_cast<int>(image.height),
-                    .channels = (image.format & PNG_FORMAT_FLAG_COLOR) != 0 ? 3 : 1,
-                    .pixels = {}};
-    picture.pixels.resize(picture.RowBytes() * image.height);
-    return picture;
-}
-
-std::string Finish(png_image& image, Picture& picture) {
-    picture = EmptyPicture(image);
-    image.format = picture.channels == 3 ? PNG_FORMAT_RGB : PNG_FORMAT_GRAY;
-    constexpr png_color kBlack = {0, 0, 0};
-    const bool isRead =
-        png_image_finish_read(&image, &kBlack, picture.pixels.data(), 0, nullptr) != 0;
-    return isRead ? std::string() : image.message;
-}
-
-/// A linear sample as a byte of a display, by the gamma that libpng takes for sRGB.
-unsigned char DisplayByte(std::size_t linear) {
-    return static_cast<unsigned char>(
-        std::lround(255.0 * std::pow(static_cast<double>(linear) / 65535.0, 0.45455)));
-}
-
-/// libpng 1.6.39 mixes up the rows of an interlaced picture whose 16-bit samples it reduces to
-/// bytes, so that is done here.
-std::string FinishDeepInterlaced(png_image& image, Picture& picture) {
-    picture = EmptyPicture(image);
-    image.format = picture.channels == 3 ? PNG_FORMAT_LINEAR_RGB : PNG_FORMAT_LINEAR_Y;
-    std::vector<std::uint16_t> samples(picture.pixels.size());
-    if (png_image_finish_read(&image, nullptr, samples.data(), 0, nullptr) == 0)
-        return image.message;
-    std::vector<unsigned char> bytes(65536);
-    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = DisplayByte(i);
-    std::ranges::transform(samples, picture.pixels.begin(),
-                           [&](std::uint16_t sample) { return bytes[sample]; });
+std::string ObstacleOf(const std::string& path, const Reader& reader) {
+    if (reader.Width() > kLongestSide || reader.Height() > kLongestSide)
+        return "a side is longer than " + std::to_string(kLongestSide) + " pixels";
+    if (!CanHold(path, reader)) return "the file is too short for its picture";
+    if (reader.IsSeeThrough())
+        return "the picture has transparency, which images do not have: save it without an alpha "
+               "channel";
     return {};
 }
 
 }  // namespace
 
-std::string ReadPng(const std::string& path, Picture& picture) {
-    constexpr png_uint_32 kLongestSide = 65535;  // that Rows and Columns can hold
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    const std::unique_ptr<png_image, void (*)(png_imagep)> owner(&image, png_image_free);
-    if (png_image_begin_read_from_file(&image, path.c_str()) == 0) return image.message;
-    if (image.width > kLongestSide || image.height > kLongestSide)
-        return "a side is longer than " + std::to_string(kLongestSide) + " pixels";
-    if (!CanHold(path, image)) return "the file is too short for its picture";
-    image.flags |= PNG_IMAGE_FLAG_16BIT_sRGB;  // 16-bit samples are display values like 8-bit ones
-    const bool isDeep = (image.format & PNG_FORMAT_FLAG_LINEAR) != 0;
-    return isDeep && IsInterlaced(path) ? FinishDeepInterlaced(image, picture)
-                                        : Finish(image, picture);
+std::string ReadPng(const std::string& path, Page& page) {
+    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rbe"));
+    if (!file) return std::generic_category().message(errno);
+    Reader reader(file.get());
+    if (!reader.IsReady()) throw std::bad_alloc();
+    if (!reader.ReadHeader()) return reader.Sentence();
+    std::string obstacle = ObstacleOf(path, reader);
+    if (!obstacle.empty()) return obstacle;
+    if (!reader.ExpandSamples()) return reader.Sentence();
+    page = {.width = static_cast<int>(reader.Width()),
+            .height = static_cast<int>(reader.Height()),
+            .channels = reader.Channels(),
+            .bits = reader.BitDepth(),
+            .samples = {}};
+    page.samples.resize(reader.RowBytes() * reader.Height());
+    std::vector<png_bytep> rows;
+    for (std::size_t at = 0; at < page.samples.size(); at += reader.RowBytes())
+        rows.push_back(page.samples.data() + at);
+    return reader.ReadRows(rows.data()) ? std::string() : reader.Sentence();
 }
 
 }  // namespace quorvex::tools

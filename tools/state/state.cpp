@@ -1,10 +1,10 @@
 #include "tools/state/state.h"
 
-#include "quorvex/Attributes.h"
 #include "quorvex/CXGSPSObject.h"
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/Tags.h"
 #include "tools/output/object_output.h"
+#include "tools/output/output_place.h"
 #include "tools/state/state_record.h"
 #include "tools/stored_image.h"
 
@@ -29,8 +29,8 @@ std::string ObstacleOf(const CDcmObject& image, const CDcmObject& first) {
         return "this is no image";
     if (!TextOf(image, tag::kPhotometricInterpretation).starts_with("MONOCHROME"))
         return "a greyscale state cannot show colours";
-    if (TextOf(image, tag::kSeriesInstanceUID) != TextOf(first, tag::kSeriesInstanceUID))
-        return "the image is of another series than the first one";
+    if (TextOf(image, tag::kStudyInstanceUID) != TextOf(first, tag::kStudyInstanceUID))
+        return "the image is of another study than the first one";
     return {};
 }
 
@@ -57,27 +57,10 @@ ExitStatus OpenImages(CDcmApp& app, const StateArguments& arguments, ReferencedI
     return status;
 }
 
-// The shape of a pixel is given once: by its size where that is known, else by its aspect.
-void TidyDisplayedAreas(CDcmObject& state) {
-    std::vector<CDcmItem> areas;
-    ForEachItem(state, tag::kDisplayedAreaSelectionSequence,
-                [&](const CDcmItem& area) { areas.push_back(area); });
-    for (auto& item : areas) {
-        const bool hasSpacing =
-            Read<double>(item, tag::kPresentationPixelSpacing).value_or(0.0) > 0.0;
-        item.RemoveValue(hasSpacing ? tag::kPresentationPixelAspectRatio
-                                    : tag::kPresentationPixelSpacing);
-        item.RemoveValue(tag::kPresentationPixelMagnificationRatio);
-        if (&item == &areas.front())
-            state.SetValue(tag::kDisplayedAreaSelectionSequence, &item);
-        else
-            state.SetNextValue(tag::kDisplayedAreaSelectionSequence, &item);
-    }
-}
-
 }  // namespace
 
 ExitStatus State(const StateArguments& arguments) {
+    RefuseToReplace(arguments.output, arguments.images);
     CDcmApp app;
     ReferencedImages images;
     const auto status = OpenImages(app, arguments, images);
@@ -85,11 +68,14 @@ ExitStatus State(const StateArguments& arguments) {
     std::vector<CXGSPSInfo*> records;
     for (const auto& image : images) records.push_back(&image->record->Info());
     CDcmObject* made = nullptr;
-    CXGSPSObject().MakeGSPSObject(images.front()->parser.GetHeader(), records.data(),
-                                  static_cast<int>(records.size()), made);
+    CXGSPSObject writer;
+    writer.SetRules(Rules::kStandard);
+    writer.MakeGSPSObject(images.front()->parser.GetHeader(), records.data(),
+                          static_cast<int>(records.size()), made);
     const std::unique_ptr<CDcmObject> state(made);
-    if (!state) throw EnvironmentFailure("not enough memory");
-    TidyDisplayedAreas(*state);
+    if (!state)
+        throw EnvironmentFailure(
+            "the state could not be made: memory, or the prefix of UIDs in Quorvex.INI");
     WriteObjectTo(*state, arguments.output);
     return kAllDone;
 }

@@ -27,7 +27,7 @@ struct PlacedText {
     std::string text;
 };
 struct StateArguments {
-    std::vector<std::string> images;  ///< of one series
+    std::vector<std::string> images;  ///< of one study
     std::string output;
     std::string label = "QUORVEX";
     std::optional<Window> window;

@@ -17,18 +17,6 @@ int WordOf(const CDcmObject& object, std::uint32_t tag, unsigned short absent) {
     return Read<unsigned short>(object, tag).value_or(absent);
 }
 
-// Every value that the image can hold.
-Window WidestWindow(const CDcmObject& image, const CXGSPSInfo& info) {
-    const int bits = std::clamp(WordOf(image, tag::kBitsStored, 16), 1, 16);
-    const double lowest = info.pixelRepresentation != 0 ? -std::ldexp(1.0, bits - 1) : 0.0;
-    const double slope = info.rescaleSlope == 0.0 ? 1.0 : info.rescaleSlope;
-    const double centre = (lowest + std::ldexp(1.0, bits - 1)) * slope + info.rescaleIntercept;
-    const double width = std::max(std::abs(std::ldexp(1.0, bits) * slope), 1.0);
-    constexpr double kLimit = 1 << 30;
-    return {std::clamp(std::round(centre), -kLimit, kLimit),
-            std::clamp(std::round(width), 1.0, kLimit)};
-}
-
 template <class Table>
 void Release(Table*& table) {
     delete[] table;
@@ -47,7 +35,7 @@ StateRecord::StateRecord(CDcmObject& image, const StateArguments& arguments) {
     info_.contentLabel = arguments.label.c_str();
     info_.seriesDescription = "Presentation states";
     Refer(image);
-    ChooseWindow(image, arguments);
+    ChooseWindow(arguments);
     if (arguments.invert) info_.presentationShape = info_.presentationShape == 0 ? 1 : 0;
     info_.imageRotation = arguments.rotation;
     info_.imageHorizontalFlip = arguments.flip ? 1 : 0;
@@ -72,36 +60,34 @@ void StateRecord::Refer(const CDcmObject& image) {
     info_.referencedFrameNumber = -1;
 }
 
-void StateRecord::ChooseWindow(const CDcmObject& image, const StateArguments& arguments) {
-    if (!arguments.window && (info_.voiLUTData != nullptr || info_.windowWidth != 0)) return;
+void StateRecord::ChooseWindow(const StateArguments& arguments) {
+    if (!arguments.window) return;
     Release(info_.voiLUTData);
-    const Window window = arguments.window ? *arguments.window : WidestWindow(image, info_);
     constexpr double kLimit = 1 << 30;
-    info_.windowCenter = static_cast<int>(std::round(std::clamp(window.centre, -kLimit, kLimit)));
-    info_.windowWidth = static_cast<int>(std::round(std::clamp(window.width, 1.0, kLimit)));
+    info_.exactWindowCenter = std::clamp(arguments.window->centre, -kLimit, kLimit);
+    info_.exactWindowWidth = std::clamp(arguments.window->width, 1.0, kLimit);
+    info_.windowCenter = static_cast<int>(info_.exactWindowCenter);
+    info_.windowWidth = static_cast<int>(info_.exactWindowWidth);
+    info_.windowFunction = CString();
+    info_.windowExplanation = CString();
 }
 
 void StateRecord::ChooseArea(const StateArguments& arguments) {
-    const CRect area = arguments.area.value_or(CRect{1, 1, info_.imageColumns, info_.imageRows});
-    info_.displayedAreaLeft = area.left;
-    info_.displayedAreaTop = area.top;
-    info_.displayedAreaRight = area.right;
-    info_.displayedAreaBottom = area.bottom;
-    info_.presentationSizeMode = 0;
-    if (info_.pixelAspectHorizontal <= 0.0 || info_.pixelAspectVertical <= 0.0) {
-        info_.pixelAspectHorizontal = 1.0;
-        info_.pixelAspectVertical = 1.0;
-    }
+    if (!arguments.area) return;
+    info_.displayedAreaLeft = arguments.area->left;
+    info_.displayedAreaTop = arguments.area->top;
+    info_.displayedAreaRight = arguments.area->right;
+    info_.displayedAreaBottom = arguments.area->bottom;
 }
 
 void StateRecord::ChooseShutter(const ShutterShape& shutter) {
     const auto& numbers = shutter.numbers;
     switch (shutter.kind) {
         case ShutterShape::Kind::kNone:
-            info_.shutterType = -1;
-            return;
+            return;  // the image's own
         case ShutterShape::Kind::kRectangle:
             info_.shutterType = 0;
+            info_.shutterShapes = 0;
             info_.shutterLeft = numbers[0];
             info_.shutterUpper = numbers[1];
             info_.shutterRight = numbers[2];

@@ -19,7 +19,7 @@ public:
 
 private:
     void Refer(const CDcmObject& image);
-    void ChooseWindow(const CDcmObject& image, const StateArguments& arguments);
+    void ChooseWindow(const StateArguments& arguments);
     void ChooseArea(const StateArguments& arguments);
     void ChooseShutter(const ShutterShape& shutter);
     void Annotate(const StateArguments& arguments);

@@ -70,7 +70,7 @@ void AddOptions(CLI::App& verb, CaptureArguments& arguments) {
 }
 
 void AddOptions(CLI::App& verb, StateArguments& arguments) {
-    verb.add_option("IMAGE", arguments.images, "DICOM files of one series")->required();
+    verb.add_option("IMAGE", arguments.images, "DICOM files of one study")->required();
     AddOutput(verb, arguments.output, kOutputHelp);
     AddParsed(verb, "--label", "L", "Up to 16 capital letters, digits, spaces and underscores",
               arguments.label, ParseLabel);

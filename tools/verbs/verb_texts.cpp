@@ -81,7 +81,8 @@ constexpr std::array kTexts = {
         .name = "capture",
         .summary = "Puts pictures into a patient's study",
         .about = "Makes one secondary capture object of one or more pictures of one size, each a "
-                 "frame, for the patient and study of the source.",
+                 "frame, for the patient and study of the source. Grey stays grey, 16 bits stay "
+                 "16; pictures with transparency are refused.",
         .formats = "Reads PNG; writes a Part 10 file in the transfer syntax that --to names.",
         .examples = {Example{"quorvex capture ct.dcm screen.png -o screen.dcm", "one picture"},
                      Example{"quorvex capture ct.dcm a.png b.png -o both.dcm --to jpeg-lossless",
@@ -89,7 +90,7 @@ constexpr std::array kTexts = {
     },
     VerbText{
         .name = "state",
-        .summary = "Makes a presentation state for images of a series",
+        .summary = "Makes a presentation state for images of a study",
         .about = "How images are to be shown, as an object of its own: window, polarity, turn, "
                  "displayed area, shutter, texts and lines.",
         .formats = "Reads image objects; writes a Grayscale Softcopy Presentation State.",
