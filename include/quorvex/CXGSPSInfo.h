@@ -169,8 +169,8 @@ public:
     std::int32_t presentationShape = 0;     ///< 0 identity, 1 inverse, 2 neither
 
     // Shutter. Coordinates as DICOM counts them, from 1.
-    /// For writing only: -1 none, 0 rectangle, 1 circle, 2 polygon. By the standard rules also 3, the
-    /// bitmap `shutterMask`, and 0 stands for the `shutterShapes` where there are any.
+    /// For writing only: -1 none, 0 rectangle, 1 circle, 2 polygon. By the standard rules also 3,
+    /// the bitmap `shutterMask`, and 0 stands for the `shutterShapes` where there are any.
     std::int32_t shutterType = 0;
     std::int32_t reservedWord = 0;
     std::int32_t shutterLeft = 0;

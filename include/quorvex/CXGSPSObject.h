@@ -28,8 +28,8 @@ namespace quorvex {
 ///
 /// Read into a fresh record: what lies in its pointer fields is overwritten, not released.
 ///
-/// The two fields and the rules are all that an object keeps between calls. Different objects may work in
-/// different threads at once.
+/// The two fields and the rules are all that an object keeps between calls. Different objects may
+/// work in different threads at once.
 class QUORVEX_API CXGSPSObject {
 public:
     CXGSPSObject() = default;
@@ -37,8 +37,8 @@ public:
     CXGSPSObject& operator=(const CXGSPSObject&) = default;
     virtual ~CXGSPSObject() = default;
 
-    /// Chooses the rules by which states are made; established ones at first. Reading is the same by
-    /// both.
+    /// Chooses the rules by which states are made; established ones at first. Reading is the same
+    /// by both.
     void SetRules(Rules rules) noexcept { rules_ = rules; }
 
     CString imageUID;               ///< the image that readings are for; empty means image mode
@@ -85,12 +85,12 @@ public:
     /// By the standard rules the object is a valid one, whatever the records lack:
     ///     - images may be of several series: each record names its own, or has that of the first
     ///       record. A record without a reference is for `source`; frame numbers below 1 mean all;
-    ///     - patient and study come as CxDcmMaker::MakeDcmSkeleton() has them by these rules; nothing
-    ///       of the source's pixels (padding, extreme values) does;
+    ///     - patient and study come as CxDcmMaker::MakeDcmSkeleton() has them by these rules;
+    ///       nothing of the source's pixels (padding, extreme values) does;
     ///     - a rescale has its Rescale Type ("HU" for CT, else "US", where the source has none);
     ///     - the displayed area is the whole image where the record has none, and names the pixels
-    ///       that lie in its corners when the image is turned and flipped; pixel size, or else aspect;
-    ///       magnification where that is the size mode;
+    ///       that lie in its corners when the image is turned and flipped; pixel size, or else
+    ///       aspect; magnification where that is the size mode;
     ///     - only records with a window or a table have a VOI: windows with the fractions of
     ///       `exactWindowCenter` and `exactWindowWidth`, where those belong to the whole numbers;
     ///     - shutters of several shapes, and bitmaps; annotations in their layers, with styles,
@@ -102,8 +102,8 @@ public:
     /// @param infos   `count` records, one for each image; only read
     /// @param result  receives the object; yours, release it with delete; untouched on failure
     /// @return 1; or 0 without a source, without a record or without memory; by the standard rules
-    ///         also for a rotation that is no quarter turn, for an image without UIDs or size, and for
-    ///         a prefix of UIDs that is none or too long
+    ///         also for a rotation that is no quarter turn, for an image without UIDs or size, and
+    ///         for a prefix of UIDs that is none or too long
     int MakeGSPSObject(CDcmObject* source, CXGSPSInfo** infos, int count, CDcmObject*& result);
 
 private:

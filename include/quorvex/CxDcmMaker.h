@@ -188,8 +188,8 @@ public:
     /// Fills `target` with everything but pixel attributes: patient and study of `source`, new
     /// series and instance UIDs, new dates, the manufacturer.
     /// @param target  already opened
-    /// @return 1; or 0 without memory, and by the standard rules for a prefix of UIDs that is none or
-    ///         too long; then `target` is as it was
+    /// @return 1; or 0 without memory, and by the standard rules for a prefix of UIDs that is none
+    ///         or too long; then `target` is as it was
     int MakeDcmSkeleton(CDcmObject* source, CDcmObject* target);
 
     /// Puts the choices of a presentation record over what the source gave:
@@ -279,7 +279,8 @@ public:
     /// @param settings  may be null; its modality and kind are not looked at
     /// @param result    receives the object, yours, release it with delete; untouched on failure
     /// @return QVM_SUCCESS, QVM_ERROR_NO_SOURCE_OBJECT for no object or one without the UIDs that
-    ///         name it, QVM_ERROR_INVALID_MAKER_PARAM for no memory or a prefix of UIDs that is none
+    ///         name it, QVM_ERROR_INVALID_MAKER_PARAM for no memory or a prefix of UIDs that is
+    ///         none
     QUORVEX_MESSAGE MakeKeyObject(CDcmObject* const* objects, int count, _KEY_OBJECT_INFO* info,
                                   _USER_SETTING_INFO* settings, CDcmObject*& result);
 

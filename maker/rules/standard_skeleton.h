@@ -19,8 +19,8 @@ namespace quorvex {
 /// An empty attribute where there is none.
 void RequireElement(CDcmObjectCommon& object, std::uint32_t tag);
 
-/// Whether the body part that is named is one of a pair (PS3.16 Annex L), or none is named: images of
-/// such a part have a laterality, if only an unknown one.
+/// Whether the body part that is named is one of a pair (PS3.16 Annex L), or none is named: images
+/// of such a part have a laterality, if only an unknown one.
 [[nodiscard]] bool MayHaveLaterality(const CDcmObjectCommon& object);
 
 }  // namespace quorvex

@@ -110,7 +110,8 @@ TEST(InfoCommand, WritesTheStandardsJson) {
         const char* json;
     } const kCases[] = {
         {tag::kPatientName, "PN", "A^B=C=D\\=E",
-         R"("PN","Value":[{"Alphabetic":"A^B","Ideographic":"C","Phonetic":"D"},{"Ideographic":"E"}])"},
+         R"("PN","Value":[{"Alphabetic":"A^B","Ideographic":"C","Phonetic":"D"},)"
+         R"({"Ideographic":"E"}])"},
         {tag::kPatientID, "LO", {}, R"("LO")"},
         {tag::kImageType, "CS", "A\\\\B ", R"("CS","Value":["A",null,"B"])"},
         {tag::kWindowCenter, "DS", "+1.50\\.5\\007\\1e3\\x ",
