@@ -93,7 +93,8 @@ TEST(CaptureCommand, RefusesWhatDoesNotFit) {
         EXPECT_EQ(folder.Names().size(), files) << testing::PrintToString(arguments);
     }
     const std::string before = ReadAll(picture);
-    ExpectStatus(2, {"capture", kSlice, picture, "-o", folder.Path("./a.png")}, "its input");
+    ExpectStatus(2, {"capture", kSlice, picture, "-o", folder.Path("./a.png")},
+                 "replace the input");
     EXPECT_EQ(ReadAll(picture), before);
     ExpectStatus(3, {"capture", kSlice, picture, "-o", "/dev/full"});
     ExpectStatus(2, {"capture", kSlice, picture, "-o", folder.Path(".")});
@@ -148,7 +149,7 @@ TEST(StateCommand, RefusesWhatAStateCannotBeFor) {
         ExpectStatus(2, make + Arguments{kSlice} + wrong);
     EXPECT_TRUE(folder.Names().empty());
     const auto image = folder.Write("image.dcm", ReadAll(kSlice));
-    ExpectStatus(2, {"state", image, "-o", image}, "its input");
+    ExpectStatus(2, {"state", image, "-o", image}, "replace the input");
     EXPECT_TRUE(ReadAll(image) == ReadAll(kSlice));
 }
 
