@@ -109,6 +109,8 @@ def words(vr, value):
 
 
 def same(place, target, one, other):
+    if place.endswith("(7fe0, 0010)") and one[1].startswith(b"\xfe\xff\x00\xe0"):
+        return True  # an icon that cannot stay coded
     if target == "implicit" and int(re.findall(r"\(([0-9a-f]{4}),", place)[-1], 16) % 2:
         return True  # what a private element is depends on pydicom's list of them
     if one == other or (one[1] in (None, "", b"") and other[1] in (None, "", b"")):
@@ -117,8 +119,6 @@ def same(place, target, one, other):
         return one[1].rstrip(b"\0 ") == other[1].rstrip(b"\0 ")
     if words(*one) is not None and words(*one) == words(*other):
         return True
-    if place.endswith("(7fe0, 0010)"):
-        return True  # an icon that cannot stay coded
     if "UN" in (one[0], other[0]):  # a private element has no VR in an implicit file
         return True
     # A VR that only a dictionary knows, or that depends on other attributes.
@@ -264,7 +264,8 @@ def compare_pixels(quorvex, source, result, target, tools, folder):
     if is_lossy:
         before, after = frames(quorvex, source, folder), frames(quorvex, result, folder)
         ratio = psnr(source, result, before, after) if before and after else 0.0
-        if ratio < LOWEST_PSNR and before is not None:
+        is_small = header.Rows * header.Columns < 1024  # headers of a codestream are all that a ratio leaves there
+        if ratio < LOWEST_PSNR and before is not None and not is_small:
             yield f"PSNR {ratio:.1f} dB"
     else:
         before, after = (native_samples(quorvex, path, folder) for path in (source, result))

@@ -99,8 +99,10 @@ void RefuseWhatIsCut(const CDcmObject& source) {
 }
 
 void RefuseUnfitImage(const CDcmObject& source) {
-    if (!Has(source, tag::kPixelData) || WordOf(source, tag::kRows) == 0 ||
-        WordOf(source, tag::kColumns) == 0)
+    if (!Has(source, tag::kPixelData))
+        throw BadInput(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA,
+                       "an image without its pixels: the file was cut off, or they were taken out");
+    if (WordOf(source, tag::kRows) == 0 || WordOf(source, tag::kColumns) == 0)
         throw BadInput(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA);
     const bool sharesChroma =
         TextOf(source, tag::kPhotometricInterpretation).find("_42") != std::string::npos;
