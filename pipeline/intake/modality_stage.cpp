@@ -148,7 +148,7 @@ void ScaleWholeValues(ModalityFrame& frame, ElementFrame stored, const StoredLay
 void ScaleExactValues(ModalityFrame& frame, ElementFrame stored, const StoredLayout& layout,
                       const ModalityTransform& transform) {
     const auto [low, high] =
-        std::minmax(transform.Exact(stored.span.low), transform.Exact(stored.span.high));
+        std::minmax({transform.Exact(stored.span.low), transform.Exact(stored.span.high)});
     const double step = (high - low) / double{kLargestWord};
     const ValueScale scale{step > 0.0 ? step : 1.0 / double{kLargestWord}, low};
     frame.scale = scale;
