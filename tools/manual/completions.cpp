@@ -43,6 +43,7 @@ std::string SpellingsOf(const std::vector<ArgumentPage>& options) {
 
 std::string NamesOf(const std::vector<VerbPage>& verbs) {
     std::vector<std::string> names;
+    names.reserve(verbs.size());
     for (const auto& verb : verbs) names.emplace_back(verb.text.name);
     return Joined(names, " ");
 }
@@ -82,7 +83,8 @@ std::string ZshOption(const ArgumentPage& option) {
     std::string text;
     for (const auto& name : option.names) {
         const std::string others = option.isRepeated ? "*" : '(' + Joined(option.names, " ") + ')';
-        text += " \\\n                " + Quoted(others + name + rest);
+        text += " \\\n                ";
+        text += Quoted(std::string(others).append(name).append(rest));
     }
     return text;
 }

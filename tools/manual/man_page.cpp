@@ -36,7 +36,8 @@ std::string Section(const char* title, const std::string& text) {
 
 std::string Head(const std::string& page, std::string_view summary) {
     std::string name = page;
-    for (char& c : name) c = c == '-' || c < 'a' || c > 'z' ? c : static_cast<char>(c - 'a' + 'A');
+    for (char& c : name)
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
     return ".\\\" Made from the command's own options.\n.TH " + Escaped(name) +
            " 1 \"\" \"quorvex " QUORVEX_VERSION "\" \"QuorvexU\"\n" +
            Section("NAME", Escaped(page) + " \\- " + Escaped(summary) + '\n');
