@@ -117,7 +117,8 @@ TEST(Writing, BeyondAFileSizeLimitKeepsTheEarlierOutput) {
         const ScratchFolder whole;
         ASSERT_EQ(RunVerb(verb, whole.Path("output")).status, 0) << verb.name;
         const auto size = ReadAll(whole.Path("output")).size();
-        for (std::size_t bytes : {std::size_t{700}, size / 2, size - 1}) {
+        // new UIDs, and with them a state, are some characters longer or shorter each time
+        for (std::size_t bytes : {std::size_t{700}, size / 2, size - size / 8}) {
             if (bytes >= size) continue;
             SCOPED_TRACE(verb.name + std::string(", ") + std::to_string(bytes));
             const ScratchFolder folder;
