@@ -1,3 +1,5 @@
+#include "foundation/engines/jpeg2000/encoding_samples.h"
+#include "foundation/engines/jpeg2000/high_throughput_encoding.h"
 #include "foundation/engines/jpeg2000/jpeg2000_coders.h"
 #include "foundation/engines/jpeg2000/jpeg2000_stream.h"
 #include "foundation/types/checked_size.h"
@@ -5,15 +7,11 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdint>
-#include <cstring>
-#include <span>
 
 namespace quorvex {
 namespace {
 
-constexpr int kMostLevels = 5;
 constexpr int kMostBits = 16;
 // What the coder may pass its target by.
 constexpr std::size_t kOvershoot = 16;
@@ -45,52 +43,13 @@ OpjImage MakeImage(const PegasusParameters& p) noexcept {
     return image;
 }
 
-template <class Stored>
-Stored SampleAt(const unsigned char* place, bool isBigEndian) noexcept {
-    if constexpr (sizeof(Stored) == 1) return static_cast<Stored>(*place);
-    std::uint16_t word;
-    std::memcpy(&word, place, sizeof word);
-    return static_cast<Stored>(isBigEndian ? __builtin_bswap16(word) : word);
-}
-
-// False when a sample needs more bits than are coded: it would come back as another.
-template <class Stored>
-bool FillComponent(std::span<OPJ_INT32> data, const unsigned char* place,
-                   const PegasusParameters& p) noexcept {
-    const std::size_t step = static_cast<std::size_t>(p.samples) * sizeof(Stored);
-    std::int32_t least = 0;
-    std::int32_t greatest = 0;
-    for (OPJ_INT32& value : data) {
-        // NOLINTNEXTLINE(bugprone-signed-char-misuse): samples may be signed
-        value = SampleAt<Stored>(place, p.isBigEndian);
-        least = std::min(least, value);
-        greatest = std::max(greatest, value);
-        place += step;
-    }
-    const std::int32_t span = std::int32_t{1} << p.bitDepth;
-    const std::int32_t lowest = p.isSigned ? -span / 2 : 0;
-    return least >= lowest && greatest < lowest + span;
-}
-
 bool FillImage(opj_image_t& image, const PegasusParameters& p) noexcept {
-    static_assert(std::endian::native == std::endian::little);
     const auto pixels = static_cast<std::size_t>(p.columns) * static_cast<std::size_t>(p.rows);
-    constexpr auto kFills = std::array{FillComponent<std::uint8_t>, FillComponent<std::int8_t>,
-                                       FillComponent<std::uint16_t>, FillComponent<std::int16_t>};
-    const auto fill = kFills[(p.bytesPerSample == 2 ? 2U : 0U) + (p.isSigned ? 1U : 0U)];
     const unsigned char* place = p.input.data();
     bool fits = true;
-    for (int c = 0; c < p.samples; ++c, place += p.bytesPerSample) {
-        fits = fill({image.comps[c].data, pixels}, place, p) && fits;
-    }
+    for (int c = 0; c < p.samples; ++c, place += p.bytesPerSample)
+        fits = ReadComponent({image.comps[c].data, pixels}, place, p) && fits;
     return fits;
-}
-
-// A level halves the picture: no more of them than the smaller side has halvings.
-int Resolutions(const PegasusParameters& p) noexcept {
-    int levels = 0;
-    while (levels < kMostLevels && (std::min(p.columns, p.rows) >> (levels + 1)) > 0) ++levels;
-    return levels + 1;
 }
 
 float Rate(const PegasusParameters& p) noexcept {
@@ -110,7 +69,7 @@ opj_cparameters_t Settings(const PegasusParameters& p) noexcept {
     settings.irreversible = p.isLossless ? 0 : 1;
     settings.tcp_rates[0] = Rate(p);
     settings.tcp_mct = p.samples == 3 && p.hasColourTransform ? 1 : 0;
-    settings.numresolution = Resolutions(p);
+    settings.numresolution = UsefulLevels(p) + 1;
     return settings;
 }
 
@@ -129,10 +88,12 @@ bool CanEncodeJpeg2000(const PegasusParameters& p) noexcept {
     const std::size_t bytes = p.columns > 0 && p.rows > 0 ? FrameBytes(p) : 0;
     return bytes > 0 && p.input.size() >= bytes && (p.samples == 1 || p.samples == 3) &&
            (p.bytesPerSample == 1 || p.bytesPerSample == 2) && p.bitDepth >= 1 &&
-           p.bitDepth <= std::min(kMostBits, 8 * p.bytesPerSample);
+           p.bitDepth <= std::min(kMostBits, 8 * p.bytesPerSample) &&
+           (!p.isHighThroughput || HasHighThroughputCoder());
 }
 
 bool EncodeJpeg2000(PegasusParameters& parameters) {
+    if (parameters.isHighThroughput) return EncodeHighThroughput(parameters);
     const OpjImage image = MakeImage(parameters);
     if (!image || !FillImage(*image, parameters)) return false;
     parameters.coded.clear();

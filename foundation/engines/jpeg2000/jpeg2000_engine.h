@@ -67,6 +67,7 @@ struct PegasusParameters {
     // ---- encoding ----
     int bitDepth = 8;  ///< bits of a sample
     bool isLossless = false;
+    bool isHighThroughput = false;     ///< code blocks of ISO/IEC 15444-15, in order of resolution
     std::size_t targetBytes = 0;       ///< lossy: how long the codestream may be; 0 for no limit
     std::vector<unsigned char> coded;  ///< receives the codestream
 
