@@ -136,7 +136,7 @@ bool PacketReader::ReadLengths(BlockState& block, unsigned passes, unsigned styl
         if (block.passes > kMostPasses) return false;
         const unsigned count = std::min(passes, PassesLeftInSegment(style, block.passes));
         const unsigned lengthBits =
-            block.lengthBits + static_cast<unsigned>(std::bit_width(count + placeholders)) - 1;
+            block.lengthBits + std::bit_width(count + placeholders) - 1U;
         if (lengthBits > kMostLengthBits) return false;
         const std::uint32_t size = bits.Bits(lengthBits);
         contributions_.push_back({&block, size, static_cast<std::uint8_t>(count),
