@@ -54,12 +54,13 @@ public:
     PassRun(const CodedBlock& coded, MqScratch& scratch)
         : coded_(coded), bits_(scratch.bits), block_(Prepare(coded, scratch)) {}
 
-    // False where the block is damaged; the passes up to there are done.
+    // False where the block is damaged; the passes up to there are done. The last segmentation
+    // symbol does not count: coders that cut a block off after a clean-up pass may lose it.
     bool Run() {
         for (const BlockSegment& segment : coded_.segments) {
             if (!RunSegment(segment)) return false;
         }
-        return isSound_;
+        return wrongSymbols_ == 0 || (wrongSymbols_ == 1 && isLastSymbolWrong_);
     }
 
     [[nodiscard]] const BlockInWork& Block() const noexcept { return block_; }
@@ -103,17 +104,17 @@ private:
         if (kind == PassKind::kRefinement) RefinementPass(block_, decoder, plane);
         if (kind != PassKind::kCleanUp) return;
         CleanUpPass(block_, decoder, plane);
-        if ((coded_.style & kStyleSegmentationSymbols) != 0 &&
-            !HasSegmentationSymbol(block_, decoder)) {
-            isSound_ = false;
-        }
+        if ((coded_.style & kStyleSegmentationSymbols) == 0) return;
+        isLastSymbolWrong_ = !HasSegmentationSymbol(block_, decoder);
+        wrongSymbols_ += isLastSymbolWrong_ ? 1 : 0;
     }
 
     const CodedBlock& coded_;
     std::vector<unsigned char>& bits_;
     BlockInWork block_;
     std::uint32_t pass_ = 0;
-    bool isSound_ = true;
+    int wrongSymbols_ = 0;
+    bool isLastSymbolWrong_ = false;
 };
 
 // From columns of four with the sign in bit 31 to rows of two's complement.
