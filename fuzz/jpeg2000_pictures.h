@@ -101,7 +101,9 @@ inline void DecodeInEveryWay(j2k::Bytes stream, Options& options) {
     if (region.IsEmpty()) return;
     const auto part = DecodePicture(decoder, wanted);
     Require(part.has_value());
-    if (whole->outcome != j2k::Outcome::kDone) return;
+    const bool isEmpty = std::any_of(part->planes.begin(), part->planes.end(),
+                                     [](const Plane& plane) { return plane.samples.empty(); });
+    if (whole->outcome != j2k::Outcome::kDone || isEmpty) return;
     Require(part->outcome == j2k::Outcome::kDone && IsPartOf(*part, *whole));
 }
 
