@@ -52,9 +52,8 @@ bool PacketReader::Read(const ImageSize& size) {
 bool PacketReader::ReadVolume(const ImageSize& size, const ProgressionVolume& volume) {
     const std::vector<PrecinctPlace> places = PlacesInOrder(size, layout_, volume);
     return ForPackets(places, volume, [&](const PrecinctPlace& place, std::uint32_t layer) {
-        PrecinctSlot& slot = layout_.components[place.component]
-                                 .resolutions[place.resolution]
-                                 .slots[place.slot];
+        PrecinctSlot& slot =
+            layout_.components[place.component].resolutions[place.resolution].slots[place.slot];
         if (layer < slot.layersRead) return ++idleVisits_ < kMostIdleVisits;
         ++slot.layersRead;
         return ReadPacket(place, layer);
@@ -71,8 +70,8 @@ bool PacketReader::ReadPacket(const PrecinctPlace& place, std::uint32_t layer) {
     contributions_.clear();
     if (!ReadHeader(place, layer)) return false;
     const std::size_t resolutions = layout_.components[place.component].resolutions.size();
-    const bool isWanted = layer < selection_.layers &&
-                          place.resolution + selection_.discardedLevels < resolutions;
+    const bool isWanted =
+        layer < selection_.layers && place.resolution + selection_.discardedLevels < resolutions;
     return ReadBody(isWanted);
 }
 
@@ -135,12 +134,11 @@ bool PacketReader::ReadLengths(BlockState& block, unsigned passes, unsigned styl
     while (passes > 0) {
         if (block.passes > kMostPasses) return false;
         const unsigned count = std::min(passes, PassesLeftInSegment(style, block.passes));
-        const unsigned lengthBits =
-            block.lengthBits + std::bit_width(count + placeholders) - 1U;
+        const unsigned lengthBits = block.lengthBits + std::bit_width(count + placeholders) - 1U;
         if (lengthBits > kMostLengthBits) return false;
         const std::uint32_t size = bits.Bits(lengthBits);
-        contributions_.push_back({&block, size, static_cast<std::uint8_t>(count),
-                                  !BeginsSegment(style, block.passes)});
+        contributions_.push_back(
+            {&block, size, static_cast<std::uint8_t>(count), !BeginsSegment(style, block.passes)});
         block.passes = static_cast<std::uint16_t>(block.passes + count);
         passes -= count;
         placeholders = 0;

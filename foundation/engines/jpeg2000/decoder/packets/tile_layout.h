@@ -96,8 +96,8 @@ struct TileLayout {
 
 /// ceil(value / 2^exponent), for exponents up to 32.
 [[nodiscard]] constexpr std::uint32_t CeilShift(std::uint32_t value, unsigned exponent) noexcept {
-    return static_cast<std::uint32_t>(
-        (std::uint64_t{value} + (std::uint64_t{1} << exponent) - 1) >> exponent);
+    return static_cast<std::uint32_t>((std::uint64_t{value} + (std::uint64_t{1} << exponent) - 1) >>
+                                      exponent);
 }
 
 [[nodiscard]] constexpr std::uint32_t CeilDivide(std::uint32_t value, std::uint32_t by) noexcept {
