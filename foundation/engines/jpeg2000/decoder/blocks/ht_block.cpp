@@ -74,7 +74,8 @@ HtSets FindSets(const CodedBlock& block) {
 }
 
 /// The streams of a clean-up segment (clause 7.1).
-HtCleanup Streams(Segment cleanup, std::size_t suffix, HtScratch& scratch, bool& isSound) {
+HtCleanup Streams(Segment cleanup, std::size_t suffix, int width, HtScratch& scratch,
+                  bool& isSound) {
     const std::size_t length = cleanup.size();
     const auto magnitudes = cleanup.first(std::min(length - suffix, kLargestHtMagnitudes));
     const unsigned head = cleanup[length - 2] >> 4;
@@ -84,8 +85,9 @@ HtCleanup Streams(Segment cleanup, std::size_t suffix, HtScratch& scratch, bool&
                        .isAbove8F = cleanup[length - 2] > 0x8F};
     return {.mel = HtMelReader(cleanup.subspan(length - suffix, suffix - 1)),
             .codes = UnstuffBackward(cleanup.subspan(length - suffix, suffix - 2), codes,
-                                     scratch.backward.data()),
-            .magnitudes = UnstuffForward(magnitudes, 0xFF, scratch.forward.data(), isSound)};
+                                     HtRowCodeBytes(width), scratch.backward.data()),
+            .magnitudes = UnstuffForward(magnitudes, 0xFF, HtRowBytes(width),
+                                         scratch.forward.data(), isSound)};
 }
 
 /// Decodes one set. Gives how many rows of it are sound.
@@ -93,7 +95,7 @@ int DecodeSet(const CodedBlock& block, const HtSet& set, std::int32_t* out, std:
               HtScratch& scratch, bool& isSound) {
     const std::size_t suffix = SuffixOf(set.cleanup);
     if (suffix == 0) return 0;
-    HtCleanup pass = Streams(set.cleanup, suffix, scratch, isSound);
+    HtCleanup pass = Streams(set.cleanup, suffix, block.width, scratch, isSound);
     pass.width = block.width;
     pass.height = block.height;
     pass.shift = static_cast<unsigned>(set.planes - 1);

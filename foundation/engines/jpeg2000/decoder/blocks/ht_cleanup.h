@@ -19,6 +19,29 @@ struct HtCleanup {
     bool keepsSignificance = false;  ///< fills HtScratch::groups for the passes that follow
 };
 
+/// Rows of HtScratch, from their first value on: all of them stand at fixed distances from one
+/// address, which saves registers.
+class HtRows {
+public:
+    HtRows(HtScratch& scratch, int width)
+        : count(static_cast<std::size_t>(width + 1) / 2), scratch_(&scratch) {}
+
+    [[nodiscard]] std::uint32_t* Quads() const { return scratch_->quads.data() + kPad; }
+    [[nodiscard]] std::uint32_t* Offsets() const { return scratch_->offsets.data(); }
+    [[nodiscard]] std::uint32_t* OffsetBits() const { return scratch_->offsetBits.data(); }
+    [[nodiscard]] std::uint32_t* Bounds() const { return scratch_->bounds.data(); }
+    [[nodiscard]] std::uint32_t* Places() const { return scratch_->places.data(); }
+    [[nodiscard]] std::uint32_t* Contexts() const { return scratch_->contexts.data(); }
+    [[nodiscard]] std::uint32_t* Lowers() const { return scratch_->lowers.data() + kPad; }
+
+    std::size_t count;  ///< quads
+
+private:
+    static constexpr std::size_t kPad = HtScratch::kPad;
+
+    HtScratch* scratch_;
+};
+
 /// Where the groups of a stripe of four rows begin in HtScratch::groups: one group is before each
 /// stripe and one behind, one stripe above and one below, all empty.
 constexpr std::size_t GroupsAt(int width, int stripe) {

@@ -156,12 +156,14 @@ void DecodeHtRefinement(const HtRefinement& passes, std::int32_t* out, std::ptrd
     const auto segment = passes.segment;
     Refiner refiner(passes, out, stride, scratch);
     scratch.found.fill(0);
+    // All samples and as many signs: zeros follow what there is.
+    constexpr std::size_t kMore = kLargestBlock / 4;
     bool isSound = true;
     const auto head = segment.first(std::min(segment.size(), kLargestHtMagnitudes));
-    refiner.Propagate(HtBitReader(UnstuffForward(head, 0, scratch.forward.data(), isSound)));
+    refiner.Propagate(HtBitReader(UnstuffForward(head, 0, kMore, scratch.forward.data(), isSound)));
     if (!passes.refines) return;
     const auto tail = segment.last(std::min(segment.size(), kLargestHtSuffix));
-    refiner.Refine(HtBitReader(UnstuffBackward(tail, {}, scratch.backward.data())));
+    refiner.Refine(HtBitReader(UnstuffBackward(tail, {}, kMore, scratch.backward.data())));
 }
 
 }  // namespace quorvex::j2k

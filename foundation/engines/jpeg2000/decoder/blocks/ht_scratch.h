@@ -16,6 +16,15 @@ inline constexpr std::size_t kLargestHtSuffix = 4079;  ///< Scup, clause 7.1.1
 /// What 4096 samples of 31 bits can use, stuffing included; the rest of a stream is not looked at.
 inline constexpr std::size_t kLargestHtMagnitudes = 17408;
 
+/// What the magnitudes and the codes of a row of quads take at most. They are read as if the streams
+/// had them, even where these have ended.
+constexpr std::size_t HtRowBytes(int width) {
+    return static_cast<std::size_t>(width + 1) * 8;
+}
+constexpr std::size_t HtRowCodeBytes(int width) {
+    return static_cast<std::size_t>(width) + 4;
+}
+
 /// Groups of 4 x 4 samples of a block, with one around on each side: the most for any shape.
 inline constexpr std::size_t kMostHtGroups = 1024;
 
@@ -23,13 +32,19 @@ struct HtScratch {
     static constexpr std::size_t kPad = 16;  ///< values on both sides of a row that are 0
     static constexpr std::size_t kQuads = kLargestBlockSide / 2 + 2 * kPad;
 
-    alignas(64) std::array<unsigned char, kLargestHtMagnitudes + kHtSlack> forward;
-    alignas(64) std::array<unsigned char, kLargestHtSuffix + kHtSlack + 1> backward;
+    alignas(64) std::array<unsigned char,
+                           kLargestHtMagnitudes + HtRowBytes(kLargestBlockSide) + kHtSlack> forward;
+    alignas(
+        64) std::array<unsigned char, kLargestHtSuffix + kLargestBlock / 4 + 2 * kHtSlack> backward;
 
-    /// A row of quads: its entries of HtTables::quads with the exponent offset in the upper half,
-    /// the same with the exponent bound U in the upper half, where its magnitudes begin in the
-    /// stream, and what the row gives to the contexts of the next one.
+    /// A row of quads: its entries of HtTables::quads; for each pair the entry of
+    /// HtTables::offsets and the bits that it was found by.
     alignas(64) std::array<std::uint32_t, kQuads> quads;
+    alignas(64) std::array<std::uint32_t, kQuads> offsets;
+    alignas(64) std::array<std::uint32_t, kQuads> offsetBits;
+
+    /// The quads with the exponent bound U, where their magnitudes begin in the stream, bits, and
+    /// what they give to the contexts of the next row.
     alignas(64) std::array<std::uint32_t, kQuads> bounds;
     alignas(64) std::array<std::uint32_t, kQuads> places;
     alignas(64) std::array<std::uint32_t, kQuads> contexts;

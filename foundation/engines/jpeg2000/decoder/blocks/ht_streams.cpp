@@ -35,10 +35,10 @@ public:
     }
 
     /// The whole, with filler bits behind it.
-    HtBits Finish(unsigned char filler) {
+    HtBits Finish(unsigned char filler, std::size_t more) {
         const auto bits = static_cast<std::uint32_t>((next_ - first_) * 8) + count_;
         *next_ = static_cast<unsigned char>(pending_ | static_cast<unsigned>(filler) << count_);
-        std::memset(next_ + 1, filler, kHtSlack - 1);
+        std::memset(next_ + 1, filler, more + kHtSlack - 1);
         return {first_, bits};
     }
 
@@ -62,7 +62,7 @@ constexpr std::array<unsigned char, 13> kMelExponents = {0, 0, 0, 1, 1, 1, 2, 2,
 
 }  // namespace
 
-HtBits UnstuffForward(std::span<const unsigned char> stream, unsigned char filler,
+HtBits UnstuffForward(std::span<const unsigned char> stream, unsigned char filler, std::size_t more,
                       unsigned char* bits, bool& isSound) {
     Packer packer(bits);
     bool wasFull = false;
@@ -82,10 +82,10 @@ HtBits UnstuffForward(std::span<const unsigned char> stream, unsigned char fille
             wasFull = byte == 0xFF;
         }
     }
-    return packer.Finish(filler);
+    return packer.Finish(filler, more);
 }
 
-HtBits UnstuffBackward(std::span<const unsigned char> stream, const HtHead& head,
+HtBits UnstuffBackward(std::span<const unsigned char> stream, const HtHead& head, std::size_t more,
                        unsigned char* bits) {
     Packer packer(bits);
     packer.Add(head.bits, head.count);
@@ -107,7 +107,7 @@ HtBits UnstuffBackward(std::span<const unsigned char> stream, const HtHead& head
             wasAbove = byte > 0x8F;
         }
     }
-    return packer.Finish(0);
+    return packer.Finish(0, more);
 }
 
 void HtMelReader::Feed() {
@@ -124,25 +124,28 @@ void HtMelReader::Feed() {
     }
 }
 
-void HtMelReader::Decode() {
-    while (count_ < 32) {
+HtEvents HtMelReader::Extended(HtEvents events) {
+    int count = 63 - std::countl_zero(events);
+    events ^= HtEvents{1} << count;
+    while (count < 32) {
         if (bitCount_ < 6) Feed();
         const int exponent = kMelExponents[state_];
         const bool isRun = bits_ >> 63 != 0;
         bits_ <<= 1;
         if (isRun) {  // a whole run of events 0
-            count_ += 1 << exponent;
+            count += 1 << exponent;
             bitCount_ -= 1;
             if (state_ < kMelExponents.size() - 1) ++state_;
             continue;
         }
         const auto zeros = static_cast<int>(bits_ >> 1 >> (63 - exponent));
-        events_ |= std::uint64_t{1} << (count_ + zeros);
-        count_ += zeros + 1;
+        events |= HtEvents{1} << (count + zeros);
+        count += zeros + 1;
         bits_ <<= exponent;
         bitCount_ -= exponent + 1;
         if (state_ > 0) --state_;
     }
+    return events | HtEvents{1} << count;
 }
 
 }  // namespace quorvex::j2k

@@ -127,9 +127,12 @@ constexpr void Expand(std::span<const std::uint32_t> words, bool isFirstRow,
     for (const std::uint32_t word : words) {
         const unsigned length = word & 0xF;
         const unsigned significance = word >> 24 & 0xF;
-        const std::uint32_t entry = length | (word >> 20 & 1) << 3 | significance << 4 |
-                                    (word >> 12 & 0xF) << 8 | (word >> 16 & 0xF) << 12 |
-                                    RightContext(significance, isFirstRow) << 23;
+        const bool hasOffset = (word >> 20 & 1) != 0;
+        const std::uint32_t entry =
+            length | (hasOffset ? ht_quad::kHasOffset | ht_quad::kHasOffsetToo : 0) |
+            significance << ht_quad::kSignificance | (word >> 12 & 0xF) << ht_quad::kTop |
+            (word >> 16 & 0xF) << ht_quad::kHasTop |
+            RightContext(significance, isFirstRow) * 128 << ht_quad::kContext;
         for (unsigned bits = word >> 4 & 0xFF; bits < 128; bits += 1U << length) {
             table[(word >> 28) * 128 + bits] = entry;
         }
@@ -164,8 +167,12 @@ constexpr HtOffset OffsetAt(unsigned which, unsigned bits, bool isFirstRow) {
         second.value += 2;
     }
     const unsigned prefixes = first.length + second.length;
-    return (prefixes + first.suffix + second.suffix) | prefixes << 5 | first.suffix << 8 |
-           second.suffix << 11 | first.value << 16 | second.value << 20;
+    const auto fields = [](const Prefix& prefix, unsigned begin) {
+        return begin | prefix.suffix << 4 | prefix.value << 7;
+    };
+    return (prefixes + first.suffix + second.suffix) |
+           fields(first, prefixes) << ht_offset::kFirst |
+           fields(second, prefixes + first.suffix) << (ht_offset::kFirst + ht_offset::kBits);
 }
 
 constexpr HtTables MakeTables() {

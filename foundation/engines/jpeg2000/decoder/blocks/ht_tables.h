@@ -7,24 +7,31 @@
 
 namespace quorvex::j2k {
 
-/// An entry of HtTables::quads: what a CxtVLC code word tells about a quad.
-///
-/// Bits 0-2 code word length | 3 an exponent offset follows (u_off) | 4-7 significance (rho) |
-/// 8-11 known top bits (e_1) | 12-15 samples that have a known top bit (e_k) | 23-25 what the quad
-/// gives to its right neighbour's context. Sample n of a quad is bit n: down first, then right.
+/// An entry of HtTables::quads: what a CxtVLC code word tells about a quad. Sample n of a quad is
+/// bit n of a field: down first, then right. What counts a shift has the lowest 6 bits for itself,
+/// which is all that a shift looks at.
 namespace ht_quad {
-inline constexpr unsigned kLength = 7;
-inline constexpr unsigned kHasOffset = 8;
-inline constexpr unsigned kSignificance = 0xF0;
-inline constexpr unsigned kKept = 0xFFF0;  ///< what the magnitudes need
-inline constexpr int kContextShift = 16;   ///< brings the neighbour's context to bits 7-9
+inline constexpr unsigned kLength = 0x3F;        ///< of the code word
+inline constexpr unsigned kHasOffset = 0x40;     ///< an exponent offset follows (u_off)
+inline constexpr unsigned kHasOffsetToo = 0x80;  ///< the same, for the second quad of a pair
+inline constexpr int kSignificance = 8;          ///< rho, 4 bits from here on
+inline constexpr int kTop = 12;                  ///< known top bits (e_1)
+inline constexpr int kHasTop = 16;               ///< samples that have a known top bit (e_k)
+inline constexpr unsigned kKept = 0xFFF00;       ///< what the magnitudes need
+inline constexpr int kBound = 24;                ///< where they have U
+inline constexpr int kContext = 22;              ///< the neighbour's context x 128 from here on
 }  // namespace ht_quad
 
 /// An entry of HtTables::offsets: how the U-VLC codes of a pair of quads read.
 ///
-/// Bits 0-4 length altogether | 5-7 length of both prefixes | 8-10, 11-13 lengths of the first and
-/// the second suffix | 16-19, 20-23 what the prefixes stand for.
+/// Bits 0-5 length altogether; then for either quad, from bit 6 and from bit 17 on: 4 bits where its
+/// suffix begins, 3 bits the suffix's length, 4 bits what its prefix stands for.
 using HtOffset = std::uint32_t;
+namespace ht_offset {
+inline constexpr unsigned kLength = 0x3F;
+inline constexpr int kFirst = 6;
+inline constexpr int kBits = 11;  ///< of a quad's fields
+}  // namespace ht_offset
 
 struct HtTables {
     /// The first row's and the other rows' code words: index is context x 128 + the next 7 bits.
