@@ -34,6 +34,7 @@ private:
     void ReadEdge(std::size_t first, std::int32_t* upper, std::int32_t* lower);
     void ReadMagnitudes(int y);
     bool Plan(int y);
+    [[nodiscard]] bool IsOutside(int y) const;
     void ClearRows();
     void KeepSignificance(int y);
 
@@ -91,16 +92,21 @@ void Decoder::ReadRow(int y) {
     ReadMagnitudes(y - 2);
 }
 
-/// Gives whether all is within bounds.
-bool Decoder::Plan(int y) {
-    const RowPlan plan = PlanRow(rows_);
-    mostBits_ = plan.mostBits;
-    if (mostBits_ > pass_.mostBits) return false;
-    // Samples outside the block are never significant.
+/// Whether a sample outside the block is significant.
+bool Decoder::IsOutside(int y) const {
     constexpr std::uint32_t kRight = 0xCU << ht_quad::kSignificance;
     constexpr std::uint32_t kLower = 0xAU << ht_quad::kSignificance;
-    if (pass_.width % 2 != 0 && (rows_.Quads()[rows_.count - 1] & kRight) != 0) return false;
-    if (y + 1 == pass_.height && (plan.significance & kLower) != 0) return false;
+    const std::uint32_t* quads = rows_.Quads();
+    if (pass_.width % 2 != 0 && (quads[rows_.count - 1] & kRight) != 0) return true;
+    if (y + 1 < pass_.height) return false;
+    return std::any_of(quads, quads + rows_.count,
+                       [](std::uint32_t quad) { return (quad & kLower) != 0; });
+}
+
+/// Gives whether all is within bounds.
+bool Decoder::Plan(int y) {
+    mostBits_ = PlanRow(rows_);
+    if (mostBits_ > pass_.mostBits || IsOutside(y)) return false;
 
     std::uint32_t place = place_;
     for (std::size_t i = 0; i < rows_.count; ++i) {

@@ -57,7 +57,8 @@ private:
             return kIsFirstRow ? context : context + rows.Contexts()[quad];
         }
         HWY_INLINE std::uint32_t LookUp(std::uint32_t at) const {
-            return kHtTables.quads[kIsFirstRow ? 0 : 1].data()[at + (bits.Peek() & 127)];
+            const std::uint32_t* entries = kHtTables.quads[kIsFirstRow ? 0 : 1].data() + at;
+            return entries[bits.Peek() & 127];
         }
         HWY_INLINE std::uint32_t Accept(std::uint32_t entry, std::uint32_t at);
         HWY_INLINE void ReadOffsets(std::uint32_t first, std::uint32_t second, std::size_t pair);
@@ -89,6 +90,15 @@ template <bool kIsFirstRow>
 HWY_INLINE void CodeReader::Row<kIsFirstRow>::ReadPair(std::size_t pair) {
     MakeReady();
     const std::uint32_t firstContext = Context(2 * pair);
+    const std::uint32_t contexts =
+        kIsFirstRow ? firstContext : firstContext | rows.Contexts()[2 * pair + 1];
+    if (contexts == 0 && (events & 3) == 0) {
+        events >>= 2;
+        rows.Quads()[2 * pair] = 0;
+        rows.Quads()[2 * pair + 1] = 0;
+        rows.Offsets()[pair] = 0;
+        return;
+    }
     const std::uint32_t firstEntry = LookUp(firstContext);
     bits.Refill();  // more than 7 bits were left: the first look-up does not wait for this
     const std::uint32_t first = Accept(firstEntry, firstContext);
@@ -117,7 +127,8 @@ HWY_INLINE void CodeReader::Row<kIsFirstRow>::ReadOffsets(std::uint32_t first, s
         events >>= isBoth;
     }
     const std::uint64_t word = bits.Peek();
-    const HtOffset offset = kHtTables.offsets[kIsFirstRow ? 0 : 1].data()[which + (word & 63)];
+    const HtOffset* offsets = kHtTables.offsets[kIsFirstRow ? 0 : 1].data() + which;
+    const HtOffset offset = offsets[word & 63];
     bits.Skip(offset);
     rows.Quads()[2 * pair] = first;
     rows.Quads()[2 * pair + 1] = second;

@@ -72,7 +72,12 @@ public:
         const auto one = hn::Set(words, 1);
         const auto seven = hn::Set(words, 7);
 
-        const auto quad = Both(rows_.Bounds() + 2 * pair);
+        const std::uint32_t* bounds = rows_.Bounds() + 2 * pair;
+        if (((bounds[0] | bounds[1]) & (15U << ht_quad::kSignificance)) == 0) {
+            Store(pair, hn::Zero(words), hn::Zero(words));
+            return;
+        }
+        const auto quad = Both(bounds);
         const auto fields = hn::Shr(quad, sample);  // this sample's bits lowest in each field
         const auto isSignificant =
             hn::TestBit(fields, hn::Set(words, 1U << ht_quad::kSignificance));

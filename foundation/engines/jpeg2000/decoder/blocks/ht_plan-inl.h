@@ -41,13 +41,16 @@ HWY_INLINE hn::VFromD<hn::RebindToSigned<PlanWords>> Exponents(PlanWord values) 
 /// exponent of the four is that of the whole.
 HWY_INLINE PlanWord Above(const std::uint32_t* lowers) {
     const PlanWords words;
-    PlanWord left;
-    PlanWord middle;
-    PlanWord right;
-    PlanWord behind;
-    hn::LoadInterleaved2(words, lowers - 1, left, middle);
-    hn::LoadInterleaved2(words, lowers + 1, right, behind);
-    return hn::Or(hn::Or(left, middle), hn::Or(right, behind));
+#if HWY_TARGET == HWY_SCALAR
+    return hn::Set(words, lowers[-1] | lowers[0] | lowers[1] | lowers[2]);
+#else
+    const auto pairs = [&](const std::uint32_t* from) HWY_ATTR {
+        return hn::Or(hn::LoadU(words, from - 1), hn::LoadU(words, from + 1));
+    };
+    const auto near = pairs(lowers);
+    const auto far = pairs(lowers + hn::Lanes(words));
+    return hn::Or(hn::ConcatEven(words, far, near), hn::ConcatOdd(words, far, near));
+#endif
 }
 
 /// The exponent offsets u of quads from the first one on (clause 7.3.6).
@@ -55,7 +58,8 @@ HWY_INLINE PlanWord Offsets(const HtRows& rows, std::size_t first) {
     const PlanWords words;
     const auto one = hn::Set(words, 1);
     const auto pairs = hn::IndicesFromVec(words, hn::ShiftRight<1>(hn::Iota(words, 0)));
-    const auto isSecond = hn::And(hn::Iota(words, static_cast<std::uint32_t>(first)), one);
+    const std::size_t start = hn::Lanes(words) == 1 ? first : 0;
+    const auto isSecond = hn::And(hn::Iota(words, static_cast<std::uint32_t>(start)), one);
     const auto codes = hn::TableLookupLanes(hn::LoadU(words, rows.Offsets() + first / 2), pairs);
     const auto bits = hn::TableLookupLanes(hn::LoadU(words, rows.OffsetBits() + first / 2), pairs);
     const auto fields =
@@ -67,25 +71,18 @@ HWY_INLINE PlanWord Offsets(const HtRows& rows, std::size_t first) {
     return hn::Add(prefix, hn::And(suffix, hn::Sub(hn::Shl(one, length), one)));
 }
 
-/// What the rows of a block are checked for.
-struct RowPlan {
-    std::uint32_t mostBits = 0;      ///< the largest U
-    std::uint32_t significance = 0;  ///< of all quads
-};
-
 /// U of all quads (clause 7.3.7, formulas (5) and (6)), how many bits each has in the stream of
-/// magnitudes, and what the row gives to the contexts of the next one.
-inline RowPlan PlanRow(const HtRows& rows) {
+/// magnitudes, and what the row gives to the contexts of the next one. Gives
+/// the largest U.
+inline std::uint32_t PlanRow(const HtRows& rows) {
     const PlanWords words;
     const hn::RebindToSigned<PlanWords> numbers;
     const std::size_t lanes = hn::Lanes(words);
     const auto one = hn::Set(words, 1);
     const auto field = hn::Set(words, 15);
     auto most = hn::Zero(words);
-    auto all = hn::Zero(words);
     for (std::size_t i = 0; i < rows.count; i += lanes) {
         const auto quad = hn::LoadU(words, rows.Quads() + i);
-        all = hn::Or(all, quad);
         const auto significance = hn::And(hn::ShiftRight<ht_quad::kSignificance>(quad), field);
         const auto several =
             hn::Ne(hn::And(significance, hn::Sub(significance, one)), hn::Zero(words));
@@ -118,12 +115,7 @@ inline RowPlan PlanRow(const HtRows& rows) {
         hn::StoreU(hn::Or(hn::ShiftLeft<7>(west), hn::ShiftLeft<9>(east)), words,
                    rows.Contexts() + i);
     }
-    alignas(32) std::uint32_t parts[hn::MaxLanes(PlanWords())];
-    RowPlan plan;
-    hn::Store(all, words, parts);
-    for (const std::uint32_t part : parts) plan.significance |= part;
-    plan.mostBits = hn::GetLane(hn::MaxOfLanes(words, most));
-    return plan;
+    return hn::GetLane(hn::MaxOfLanes(words, most));
 }
 
 }  // namespace quorvex::j2k::HWY_NAMESPACE
