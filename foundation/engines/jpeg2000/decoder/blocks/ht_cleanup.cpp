@@ -68,7 +68,7 @@ void Decoder::ReadMagnitudes(int y) {
     std::int32_t* upper = Upper(y);
     std::int32_t* lower = Lower(y);
     std::size_t done = 0;
-    if (mostBits_ <= PairReader::kMostBits) {
+    if (mostBits_ <= PairReader::MostBits(pass_)) {
         const PairReader pairs(pass_, rows_, upper, lower);
         for (; done < inside_; ++done) pairs.Read(done);
     }
@@ -82,7 +82,7 @@ void Decoder::ReadRow(int y) {
         codes_.ReadRow<true>(0, nothing);
         return;
     }
-    if (mostBits_ <= PairReader::kMostBits) {
+    if (mostBits_ <= PairReader::MostBits(pass_)) {
         const PairReader pairs(pass_, rows_, Upper(y - 2), Lower(y - 2));
         codes_.ReadRow<false>(inside_, [&](std::size_t pair) HWY_ATTR { pairs.Read(pair); });
         ReadEdge(2 * inside_, Upper(y - 2), Lower(y - 2));

@@ -60,9 +60,11 @@ public:
           lower_(lower),
           shift_(static_cast<int>(pass.shift)) {}
 
-    /// Four samples of kMostBits bits lie within 16 bytes, whatever bit they begin at, and each
-    /// within 4.
-    static constexpr std::uint32_t kMostBits = 25;
+    /// Four samples of 25 bits lie within 16 bytes, whatever bit they begin at, and each within 4.
+    /// A magnitude that damage made one bit longer still leaves the sign alone.
+    static std::uint32_t MostBits(const HtCleanup& pass) {
+        return pass.shift < 5 ? 25 : 30 - pass.shift;
+    }
 
     HWY_INLINE void Read(std::size_t pair) const {
         const Words words;
@@ -158,7 +160,7 @@ private:
 class PairReader {
 public:
     PairReader(const HtCleanup&, const HtRows&, std::int32_t*, std::int32_t*) {}
-    static constexpr std::uint32_t kMostBits = 0;
+    static std::uint32_t MostBits(const HtCleanup&) { return 0; }
     void Read(std::size_t) const {}
 };
 
