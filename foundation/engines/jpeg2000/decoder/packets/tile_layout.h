@@ -32,6 +32,7 @@ struct BlockState {
     std::uint8_t lengthBits = 3;
     bool isIncluded = false;
     bool isDamaged = false;
+    bool hasCleanUp = false;  ///< high throughput: more than placeholder passes have come
 };
 
 /// The blocks of one band in one precinct.
