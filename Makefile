@@ -9,7 +9,7 @@ WERROR ?= OFF
 # Which of how many parts of the real files, where a target works through them.
 SHARE ?= 1/1
 
-.PHONY: run test roundtrip conformance conformance-cases bench fuzz asan tsan soak corpus-asan memcheck \
+.PHONY: run test roundtrip conformance conformance-cases bench fuzz asan tsan soak corpus-asan memcheck matrix \
     check tidy abi docs format install clean build
 
 build:
@@ -77,6 +77,14 @@ corpus-asan:
 	@scripts/install_packages.sh test
 	@$(MAKE) --no-print-directory build PRESET=asan BUILD_ARGS="--target quorvex"
 	@scripts/run_stress.sh verbs build/asan $(SHARE)
+
+# Generated JPEG 2000 streams of every kind, ours against two libraries; STREAMS begin at FIRST.
+FIRST ?= 0
+STREAMS ?= 3000
+matrix:
+	@scripts/install_packages.sh matrix
+	@$(MAKE) --no-print-directory build BUILD_ARGS="--target quorvex_jpeg2000_matrix"
+	@$(BUILD)/bin/quorvex_jpeg2000_matrix $(FIRST) $(STREAMS)
 
 # No output depends on uninitialised memory: two fillings of the heap, and valgrind on a small set.
 memcheck:

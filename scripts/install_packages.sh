@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs the Debian packages that a job needs and that are missing.
-# Usage: install_packages.sh run|test|roundtrip|conformance|bench|fuzz|memcheck|check|docs
+# Usage: install_packages.sh run|test|roundtrip|conformance|bench|fuzz|memcheck|matrix|check|docs
 set -eu
 job=${1:-run}
 
@@ -22,6 +22,7 @@ case $job in
     roundtrip) packages="$build $conversions" ;;
     bench) packages="$build $tests $benches" ;;
     memcheck) packages="$build $tests valgrind" ;;
+    matrix) packages="$build $tests libopenjph-dev" ;;
     check) packages="$build $checkers" ;;
     docs) packages="make doxygen" ;;
     fuzz) packages="$build $fuzzers" ;;

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "foundation/raster/raster.h"
+#include "tests/support/instruction_sets.h"
 
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 #include <random>
 #include <vector>
 
@@ -89,22 +89,6 @@ inline Image8 Mirrored(Image8 image, int axis) {
     const auto operation = image.channels == 3 ? ippiMirror_8u_C3IR : ippiMirror_8u_C1IR;
     EXPECT_TRUE(operation(image.samples.data(), image.Step(), image.size, axis));
     return image;
-}
-
-/// Calls `check` with the kernels of each instruction set that this machine has, one after the
-/// other.
-template <class Check>
-void ForEachInstructionSet(const Check& check) {
-    const auto choose = [](std::int64_t targets) {
-        hwy::SetSupportedTargetsForTest(targets);
-        hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-    };
-    for (const auto target : hwy::SupportedAndGeneratedTargets()) {
-        SCOPED_TRACE(hwy::TargetName(target));
-        choose(target);
-        check();
-    }
-    choose(0);
 }
 
 }  // namespace quorvex
