@@ -1,8 +1,8 @@
 #include "maker/rules/secondary_capture.h"
 
 #include "foundation/dicom/model/attributes.h"
+#include "foundation/dicom/object/element_copy.h"
 #include "maker/attribute_writing.h"
-#include "maker/rules/element_copy.h"
 #include "maker/rules/standard_skeleton.h"
 
 #include <algorithm>

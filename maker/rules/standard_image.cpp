@@ -2,12 +2,12 @@
 
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/object/element_copy.h"
 #include "foundation/dicom/object/object_state.h"
 #include "maker/attribute_writing.h"
 #include "maker/recoding/lossy_record.h"
 #include "maker/recoding/recoding_plan.h"
 #include "maker/rules/derived_image.h"
-#include "maker/rules/element_copy.h"
 #include "maker/rules/secondary_capture.h"
 #include "maker/rules/standard_settings.h"
 

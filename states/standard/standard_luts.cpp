@@ -1,6 +1,6 @@
 // The modality, VOI and presentation stages.
 #include "foundation/dicom/model/attributes.h"
-#include "maker/rules/element_copy.h"
+#include "foundation/dicom/object/element_copy.h"
 #include "states/attribute_writing.h"
 #include "states/standard/standard_state.h"
 

@@ -1,7 +1,7 @@
 #include "states/standard/standard_state.h"
 
 #include "foundation/dicom/model/attributes.h"
-#include "maker/rules/element_copy.h"
+#include "foundation/dicom/object/element_copy.h"
 #include "maker/rules/making_rules.h"
 #include "maker/rules/standard_skeleton.h"
 #include "states/attribute_writing.h"

@@ -1,4 +1,4 @@
-#include "pipeline/intake/functional_groups.h"
+#include "foundation/dicom/object/functional_groups.h"
 
 #include "foundation/dicom/model/attributes.h"
 
