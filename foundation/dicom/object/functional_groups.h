@@ -3,7 +3,10 @@
 
 #include "quorvex/DicomObject.h"
 
+#include <cstdint>
+#include <functional>
 #include <optional>
+#include <span>
 
 namespace quorvex {
 
@@ -16,5 +19,20 @@ namespace quorvex {
 /// @param frameIndex  0 for the first frame
 /// @return nothing where the groups have nothing to add; else a copy, which shares the content
 [[nodiscard]] std::optional<CDcmObject> HeaderOfFrame(const CDcmObject& header, int frameIndex);
+
+/// The same for all frames at once: of the three those that are alike in every frame.
+[[nodiscard]] std::optional<CDcmObject> HeaderOfAllFrames(const CDcmObject& header);
+
+/// Whether rescale and Modality LUT are the same in these frames.
+/// @param frameIndices  empty for all frames
+[[nodiscard]] bool HaveOneModality(const CDcmObject& header, std::span<const int> frameIndices);
+
+/// Whether the object has functional groups: settings of frames then belong there.
+[[nodiscard]] bool HasFunctionalGroups(const CDcmObject& object) noexcept;
+
+/// Writes into every group of one macro, those of frames and the shared one; into a new shared one
+/// where there is none.
+void ChangeGroups(CDcmObject& object, std::uint32_t macro,
+                  const std::function<void(CDcmItem& group)>& change);
 
 }  // namespace quorvex
