@@ -45,10 +45,10 @@ public:
     /// fields. It belongs to no selector: nothing in the library subtracts masks.
     void GetMask();
 
-private:
     /// Nothing for a table without a descriptor, or whose entries cannot all be read.
     [[nodiscard]] static std::optional<StoredLUT> GetLUTData(const CDcmItem& item);
 
+private:
     void GetSoftcopyVOILUT();
     void ProcessVOISequence(const CDcmItem& item);
     void TakeVOILUT(const CDcmItem& item);

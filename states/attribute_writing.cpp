@@ -10,8 +10,6 @@
 namespace quorvex {
 namespace {
 
-constexpr std::int32_t kFullTable = 65536;
-
 /// The bytes of a value that lies in one place.
 struct WholeValue {
     const void* data;
@@ -76,12 +74,11 @@ LUTContent PresentationLUTOf(const CXGSPSInfo& info) {
 /// The entries are words: as US, explicit VR could not hold a table of 32768 entries or more.
 CDcmItem LUTItem(const LUTContent& lut) {
     CDcmItem item = NewItem();
-    const std::int32_t entries = lut.count == 0 ? kFullTable : lut.count;
     item.SetValue(tag::kLUTDescriptor, static_cast<unsigned short>(lut.count));
     item.SetNextValue(tag::kLUTDescriptor, lut.first);
     item.SetNextValue(tag::kLUTDescriptor, static_cast<unsigned short>(lut.bits));
     if (lut.isSigned) item.SetValueRepresentation(tag::kLUTDescriptor, MC_VR_SS);
-    WholeValue value{lut.data, static_cast<std::size_t>(entries) * sizeof *lut.data};
+    WholeValue value{lut.data, lut.Entries() * sizeof *lut.data};
     item.SetValue(tag::kLUTData, &value, WholeValue::Give);
     item.SetValueRepresentation(tag::kLUTData, MC_VR_OW);
     return item;

@@ -5,6 +5,7 @@
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/DicomObject.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -25,6 +26,11 @@ struct LUTContent {
     std::uint16_t first = 0;
     std::int32_t bits = 0;
     bool isSigned = false;  ///< whether the values that it maps may be negative
+
+    [[nodiscard]] std::size_t Entries() const noexcept {
+        constexpr std::size_t kFullTable = 65536;
+        return count == 0 ? kFullTable : static_cast<std::size_t>(count);
+    }
 };
 
 /// The tables of a record; that of the VOI is signed where values ahead of it may be negative.
