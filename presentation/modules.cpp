@@ -57,6 +57,7 @@ int CXGSPSObject::GSPSApplier(CDcmObject* object, CXGSPSInfo* info, CString uid,
                                  : HeaderFor(*object, frame, *info);
         PresentationReader reader(ofFrame ? *ofFrame : *object, *info, imageUID, frameNumber);
         for (const Module module : kAllModules) (reader.*module)();
+        if (!isState && rules_ == Rules::kStandard) reader.GetPixelShape();
         const bool hasPixels = Read<int>(*object, tag::kRows).has_value();
         if (isState && !hasPixels) info->state = std::make_unique<CDcmObject>(*object);
         return 1;

@@ -37,8 +37,10 @@ struct LUTContent {
 [[nodiscard]] LUTContent VOILUTOf(const CXGSPSInfo& info);
 [[nodiscard]] LUTContent PresentationLUTOf(const CXGSPSInfo& info);
 
-/// An item with the descriptor and the entries.
+/// An item with the descriptor and the entries, each in a word.
 [[nodiscard]] CDcmItem LUTItem(const LUTContent& lut);
+/// The same, but tables of bytes that lie two to a word in the record lie so in the item.
+[[nodiscard]] CDcmItem PackedLUTItem(const LUTContent& lut);
 
 /// Sets bytes, of an even number, as words of VR OW.
 void SetWords(CDcmObjectCommon& object, std::uint32_t tag, std::span<const unsigned char> bytes);

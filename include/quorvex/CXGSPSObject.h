@@ -39,9 +39,10 @@ public:
     virtual ~CXGSPSObject() = default;
 
     /// Chooses the rules by which states are made; established ones at first. What is read is the
-    /// same by both, with one exception: where a multi-frame image keeps rescale, window, VOI LUT
+    /// same by both, with two exceptions: where a multi-frame image keeps rescale, window, VOI LUT
     /// or pixel spacing in its functional groups alone, `GSPSApplier` by the standard rules takes
-    /// those of the frame that it is given, or else those that all of its frames have.
+    /// those of the frame that it is given, or else those that all of its frames have; and an image
+    /// without Pixel Spacing and aspect has the aspect of its imager or nominal scanned spacing.
     void SetRules(Rules rules) noexcept { rules_ = rules; }
 
     CString imageUID;               ///< the image that readings are for; empty means image mode

@@ -65,6 +65,19 @@ std::optional<CDcmItem> EarlierTable(const CDcmObjectCommon& from, std::uint32_t
     return ForAnyCharacterSet(*std::move(item));
 }
 
+bool IsEarlierWindow(const CXGSPSInfo& record) {
+    bool isFound = false;
+    if (record.state == nullptr) return false;
+    ForEachItem(*record.state, tag::kSoftcopyVOILUTSequence, [&](const CDcmItem& item) {
+        const auto center = Read<CString>(item, tag::kWindowCenter);
+        isFound = isFound ||
+                  (center && PresentationReader::WholeCenterOf(*center) == record.windowCenter &&
+                   Read<double>(item, tag::kWindowCenter) == record.exactWindowCenter &&
+                   Read<double>(item, tag::kWindowWidth) == record.exactWindowWidth);
+    });
+    return isFound;
+}
+
 std::optional<CDcmItem> EarlierVOITable(const CXGSPSInfo& record) {
     std::optional<CDcmItem> found;
     if (record.state == nullptr) return found;

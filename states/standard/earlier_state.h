@@ -21,6 +21,10 @@ template <class Object>
 [[nodiscard]] std::optional<CDcmItem> EarlierTable(const CDcmObjectCommon& from,
                                                    std::uint32_t sequence, const LUTContent& lut);
 
+/// Whether the record's window, whole numbers and fractions, is one of the earlier state. The whole
+/// part of "4E2" is 4 there.
+[[nodiscard]] bool IsEarlierWindow(const CXGSPSInfo& record);
+
 /// The VOI LUT of the earlier state that is the record's.
 [[nodiscard]] std::optional<CDcmItem> EarlierVOITable(const CXGSPSInfo& record);
 

@@ -1,6 +1,7 @@
 // Displayed areas and shutters.
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/object/element_copy.h"
+#include "presentation/presentation_reader.h"
 #include "presentation/words.h"
 #include "states/attribute_writing.h"
 #include "states/standard/earlier_state.h"
@@ -170,6 +171,11 @@ void WriteBitmap(const ImageState& image, CDcmObject& target) {
 
 void WriteDisplayedAreas(const StateDraft& draft) {
     const CXGSPSInfo& first = draft.First();
+    // A state has to have areas; the shape of pixels is that of the image where one had none.
+    const bool lacksAreas = draft.Earlier() != nullptr &&
+                            !HasElement(*draft.Earlier(), tag::kDisplayedAreaSelectionSequence);
+    CXGSPSInfo ofImage;
+    PresentationReader(draft.source, ofImage, CString(), -1).GetPixelShape();
     ValueWriter areas(draft.target, tag::kDisplayedAreaSelectionSequence);
     for (const ImageState& image : draft.images) {
         CDcmItem item = image.Item();
@@ -178,7 +184,7 @@ void WriteDisplayedAreas(const StateDraft& draft) {
         WritePair(item, tag::kDisplayedAreaTopLeftHandCorner, corners.topLeft.x, corners.topLeft.y);
         WritePair(item, tag::kDisplayedAreaBottomRightHandCorner, corners.bottomRight.x,
                   corners.bottomRight.y);
-        WriteSize(*image.record, item);
+        WriteSize(lacksAreas ? ofImage : *image.record, item);
         areas.Add(std::move(item));
     }
 }

@@ -37,9 +37,10 @@ struct ExactWindow {
 
 /// Nothing without a window. A host that sets whole numbers is heard.
 std::optional<ExactWindow> WindowOf(const CXGSPSInfo& info) {
-    const bool isAsRead = std::trunc(info.exactWindowCenter) == info.windowCenter &&
-                          std::trunc(info.exactWindowWidth) == info.windowWidth &&
-                          info.exactWindowWidth > 0.0;
+    const bool isCenterAsRead =
+        std::trunc(info.exactWindowCenter) == info.windowCenter || IsEarlierWindow(info);
+    const bool isAsRead = isCenterAsRead && info.exactWindowWidth > 0.0 &&
+                          std::trunc(info.exactWindowWidth) == info.windowWidth;
     if (isAsRead) return ExactWindow{info.exactWindowCenter, info.exactWindowWidth, true};
     if (info.windowWidth <= 0) return std::nullopt;
     return ExactWindow{static_cast<double>(info.windowCenter),
@@ -86,7 +87,7 @@ void WriteVOI(const StateDraft& draft) {
         CDcmItem item = image.Item();
         if (info.voiLUTData != nullptr) {
             auto earlier = EarlierVOITable(info);
-            CDcmItem lut = earlier ? *std::move(earlier) : LUTItem(VOILUTOf(info));
+            CDcmItem lut = earlier ? *std::move(earlier) : PackedLUTItem(VOILUTOf(info));
             item.SetValue(tag::kVOILUTSequence, &lut);
         } else {
             WriteWindow(info, *window, item);
@@ -104,7 +105,7 @@ void WritePresentationLUT(const StateDraft& draft) {
     std::optional<CDcmItem> earlier;
     if (draft.Earlier() != nullptr)
         earlier = EarlierTable(*draft.Earlier(), tag::kPresentationLUTSequence, table);
-    CDcmItem lut = earlier ? *std::move(earlier) : LUTItem(table);
+    CDcmItem lut = earlier ? *std::move(earlier) : PackedLUTItem(table);
     draft.target.SetValue(tag::kPresentationLUTSequence, &lut);
 }
 

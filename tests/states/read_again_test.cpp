@@ -148,6 +148,11 @@ TEST(StandardStateReadAgain, KeepsTablesAsTheyAreStored) {
         const auto again = MakeState({&info});
         ASSERT_NE(again, nullptr);
         EXPECT_EQ(Missing(ElementsOf(state), ElementsOf(*again)).empty(), !isChanged);
+        CDcmItem written;
+        again->GetValue(tag::kPresentationLUTSequence, written);
+        int words = 0;
+        written.GetValueCount(tag::kLUTData, words);
+        EXPECT_EQ(words, 3);
         Record read;
         ReadState(*again, read);
         EXPECT_EQ(Entries(read.voiLUTData, 6), Entries(info.voiLUTData, 6));
