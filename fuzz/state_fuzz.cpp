@@ -7,6 +7,8 @@
 #include "quorvex/CXGSPSObject.h"
 #include "tests/support/record.h"
 
+#include <memory>
+
 namespace {
 
 using namespace quorvex;
@@ -40,6 +42,21 @@ void FollowState(CXDIPP& image, fuzz::Options& options) {
     fuzz::ShowAsDrawn(image, options);
 }
 
+/// A state is made again of what was read.
+void WriteAgain(const CDcmObject& image, test::Record& record, const CString& uid) {
+    record.objectKind = 1;
+    record.referencedSOPInstanceUID = uid;
+    record.referencedSOPClassUID = "1.2.840.10008.5.1.4.1.1.7";
+    record.referencedSeriesUID = "1.2.3";
+    CDcmObject source = image;
+    CXGSPSInfo* records[] = {&record};
+    CDcmObject* made = nullptr;
+    CXGSPSObject writer;
+    writer.SetRules(Rules::kStandard);
+    (void)writer.MakeGSPSObject(&source, records, 1, made);
+    const std::unique_ptr<CDcmObject> state(made);
+}
+
 void ApplyState(fuzz::Options& options) {
     CDcmObject state;
     if (!ReadState(state, options.Front())) return;
@@ -52,6 +69,7 @@ void ApplyState(fuzz::Options& options) {
     CDcmObject object;
     fuzz::DrawImage(object, options);
     object.SetValue(tag::kSOPInstanceUID, uid);
+    WriteAgain(object, record, uid);
     CDcmApp app;
     CXDIPP image;
     if (image.Initialize(&app, &object, {50, 40}, 0) != QVM_SUCCESS) return;

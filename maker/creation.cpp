@@ -2,7 +2,7 @@
 #include "foundation/types/answer.h"
 #include "foundation/types/block.h"
 #include "maker/object_maker.h"
-#include "maker/pixel_attributes.h"
+#include "maker/pixels/pixel_attributes.h"
 #include "maker/rules/key_objects.h"
 #include "maker/rules/making_rules.h"
 #include "maker/rules/standard_image.h"

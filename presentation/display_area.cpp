@@ -1,4 +1,5 @@
 #include "foundation/dicom/model/attributes.h"
+#include "presentation/displayed_area.h"
 #include "presentation/presentation_reader.h"
 #include "presentation/reference_matching.h"
 #include "presentation/words.h"
@@ -71,6 +72,15 @@ void PresentationReader::GetDisplayTransformation() {
     ForEachItem(object_, tag::kDisplayedAreaSelectionSequence, [&](const CDcmItem& item) {
         if (AppliesTo(item, imageUID_, frameNumber_)) ProcessDisplaySequence(item);
     });
+}
+
+void PresentationReader::GetPixelShape() {
+    GetDisplayTransformation();
+    const bool hasSpacing = info_.pixelSpacingX > 0.0 && info_.pixelSpacingY > 0.0;
+    const bool isEven = info_.pixelAspectVertical == info_.pixelAspectHorizontal;
+    if (hasSpacing || !isEven) return;
+    info_.pixelAspectVertical = ReadPixelAspect(object_);
+    info_.pixelAspectHorizontal = 1.0;
 }
 
 void PresentationReader::ProcessDisplaySequence(const CDcmItem& item) {

@@ -1,8 +1,12 @@
+#include "foundation/dicom/model/attributes.h"
+#include "foundation/dicom/object/functional_groups.h"
 #include "foundation/types/answer.h"
 #include "presentation/presentation_reader.h"
 #include "quorvex/CXGSPSObject.h"
 
 #include <iterator>
+#include <memory>
+#include <optional>
 #include <utility>
 
 namespace quorvex {
@@ -30,6 +34,13 @@ constexpr Module kModulesBySelector[] = {
     &PresentationReader::GetDisplayTransformation,
 };
 
+/// An image as the frame that is meant has it.
+std::optional<CDcmObject> HeaderFor(const CDcmObject& image, int frame, CXGSPSInfo& info) {
+    if (frame > 0) return HeaderOfFrame(image, frame - 1);
+    info.modalityVaries = HaveOneModality(image, {}) ? 0 : 1;
+    return HeaderOfAllFrames(image);
+}
+
 }  // namespace
 
 int CXGSPSObject::GSPSApplier(CDcmObject* object, CXGSPSInfo* info, CString uid, int frame) {
@@ -38,8 +49,17 @@ int CXGSPSObject::GSPSApplier(CDcmObject* object, CXGSPSInfo* info, CString uid,
     imageUID = std::move(uid);
     frameNumber = frame;
     return Answer(0, [&] {
-        PresentationReader reader(*object, *info, imageUID, frameNumber);
+        const bool isState = !imageUID.IsEmpty();
+        info->state.reset();
+        info->modalityVaries = 0;
+        const auto ofFrame = isState || rules_ == Rules::kEstablished
+                                 ? std::nullopt
+                                 : HeaderFor(*object, frame, *info);
+        PresentationReader reader(ofFrame ? *ofFrame : *object, *info, imageUID, frameNumber);
         for (const Module module : kAllModules) (reader.*module)();
+        if (!isState && rules_ == Rules::kStandard) reader.GetPixelShape();
+        const bool hasPixels = Read<int>(*object, tag::kRows).has_value();
+        if (isState && !hasPixels) info->state = std::make_unique<CDcmObject>(*object);
         return 1;
     });
 }

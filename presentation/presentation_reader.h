@@ -39,16 +39,20 @@ public:
     void GetShutter();
     void GetSpatialTransformation();
     void GetDisplayTransformation();
+    /// The same of an image, with the aspect that its pixels have by any attribute of theirs.
+    void GetPixelShape();
     /// Adds to the annotations that are there.
     void GetAnnotation();
     /// Reads the first item of the Mask Subtraction Sequence, and the viewing mode, into the mask
     /// fields. It belongs to no selector: nothing in the library subtracts masks.
     void GetMask();
 
-private:
+    /// The centre that a record has of a state's window: the whole number ahead of its text.
+    [[nodiscard]] static std::int32_t WholeCenterOf(const CString& text) noexcept;
     /// Nothing for a table without a descriptor, or whose entries cannot all be read.
     [[nodiscard]] static std::optional<StoredLUT> GetLUTData(const CDcmItem& item);
 
+private:
     void GetSoftcopyVOILUT();
     void ProcessVOISequence(const CDcmItem& item);
     void TakeVOILUT(const CDcmItem& item);

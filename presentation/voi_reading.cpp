@@ -52,6 +52,10 @@ void TakeNothing(CXGSPSInfo& info) noexcept {
 
 }  // namespace
 
+std::int32_t PresentationReader::WholeCenterOf(const CString& text) noexcept {
+    return LeadingWholeNumber(text);
+}
+
 void PresentationReader::TakeVOILUT(const CDcmItem& item) {
     auto lut = GetLUTData(item);
     if (!lut) return;
@@ -88,7 +92,7 @@ void PresentationReader::GetSoftcopyVOILUT() {
 void PresentationReader::ProcessVOISequence(const CDcmItem& item) {
     if (const auto center = Read<CString>(item, tag::kWindowCenter)) {
         const double width = Read<double>(item, tag::kWindowWidth).value_or(0.0);
-        return TakeWindow(item, info_, LeadingWholeNumber(*center), TruncateToInt(width));
+        return TakeWindow(item, info_, WholeCenterOf(*center), TruncateToInt(width));
     }
     if (const auto lut = Read<CDcmItem>(item, tag::kVOILUTSequence)) TakeVOILUT(*lut);
 }

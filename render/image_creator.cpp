@@ -7,8 +7,8 @@
 namespace quorvex {
 
 CXImageCreator::CXImageCreator() = default;
-CXImageCreator::CXImageCreator(const CXImageCreator& other) noexcept = default;
-CXImageCreator& CXImageCreator::operator=(const CXImageCreator& other) noexcept = default;
+CXImageCreator::CXImageCreator(const CXImageCreator&) noexcept = default;
+CXImageCreator& CXImageCreator::operator=(const CXImageCreator&) noexcept = default;
 CXImageCreator::~CXImageCreator() = default;
 
 int CXImageCreator::GetImageWithInfo(_IMAGE_INFO& info) {

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Writes tools/info/identity/sop_class_table.inc: the standard's storage classes by UID.
+"""Writes tools/sop_class/sop_class_table.inc: the standard's storage classes by UID.
 
 The list comes from the installed pydicom, which generates it from DICOM PS3.6 Annex A; those that the
 standard has got since stand below. Run it by hand, and commit the result:
 
-    scripts/make_sop_classes.py > tools/info/identity/sop_class_table.inc
+    scripts/make_sop_classes.py > tools/sop_class/sop_class_table.inc
 """
 
 from pydicom._uid_dict import UID_dictionary

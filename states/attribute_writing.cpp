@@ -10,8 +10,6 @@
 namespace quorvex {
 namespace {
 
-constexpr std::int32_t kFullTable = 65536;
-
 /// The bytes of a value that lies in one place.
 struct WholeValue {
     const void* data;
@@ -34,6 +32,19 @@ bool HasNegativeDomain(const CXGSPSInfo& info) {
     const int bits = std::clamp(info.pixelBitDepth, 0, 32);
     const double highest = info.rescaleSlope < 0.0 ? std::ldexp(1.0, bits) - 1.0 : 0.0;
     return info.rescaleIntercept + info.rescaleSlope * highest <= -1.0;
+}
+
+/// The entries are words: as US, explicit VR could not hold a table of 32768 entries or more.
+CDcmItem ItemOf(const LUTContent& lut, std::size_t words) {
+    CDcmItem item = NewItem();
+    item.SetValue(tag::kLUTDescriptor, static_cast<unsigned short>(lut.count));
+    item.SetNextValue(tag::kLUTDescriptor, lut.first);
+    item.SetNextValue(tag::kLUTDescriptor, static_cast<unsigned short>(lut.bits));
+    if (lut.isSigned) item.SetValueRepresentation(tag::kLUTDescriptor, MC_VR_SS);
+    WholeValue value{lut.data, words * sizeof *lut.data};
+    item.SetValue(tag::kLUTData, &value, WholeValue::Give);
+    item.SetValueRepresentation(tag::kLUTData, MC_VR_OW);
+    return item;
 }
 
 }  // namespace
@@ -73,18 +84,18 @@ LUTContent PresentationLUTOf(const CXGSPSInfo& info) {
             info.presentationLUTBits};
 }
 
-/// The entries are words: as US, explicit VR could not hold a table of 32768 entries or more.
 CDcmItem LUTItem(const LUTContent& lut) {
-    CDcmItem item = NewItem();
-    const std::int32_t entries = lut.count == 0 ? kFullTable : lut.count;
-    item.SetValue(tag::kLUTDescriptor, static_cast<unsigned short>(lut.count));
-    item.SetNextValue(tag::kLUTDescriptor, lut.first);
-    item.SetNextValue(tag::kLUTDescriptor, static_cast<unsigned short>(lut.bits));
-    if (lut.isSigned) item.SetValueRepresentation(tag::kLUTDescriptor, MC_VR_SS);
-    WholeValue value{lut.data, static_cast<std::size_t>(entries) * sizeof *lut.data};
-    item.SetValue(tag::kLUTData, &value, WholeValue::Give);
-    item.SetValueRepresentation(tag::kLUTData, MC_VR_OW);
-    return item;
+    return ItemOf(lut, lut.Entries());
+}
+
+/// Entries of 8 bits have no higher words.
+CDcmItem PackedLUTItem(const LUTContent& lut) {
+    constexpr std::int32_t kByte = 8;
+    const auto* const end = lut.data + lut.Entries();
+    const bool isPacked = lut.bits == kByte && std::any_of(lut.data, end, [](std::uint16_t word) {
+                              return word >> kByte != 0;
+                          });
+    return ItemOf(lut, isPacked ? (lut.Entries() + 1) / 2 : lut.Entries());
 }
 
 void SetWords(CDcmObjectCommon& object, std::uint32_t tag, std::span<const unsigned char> bytes) {

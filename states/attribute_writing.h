@@ -5,6 +5,7 @@
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/DicomObject.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 
@@ -25,14 +26,21 @@ struct LUTContent {
     std::uint16_t first = 0;
     std::int32_t bits = 0;
     bool isSigned = false;  ///< whether the values that it maps may be negative
+
+    [[nodiscard]] std::size_t Entries() const noexcept {
+        constexpr std::size_t kFullTable = 65536;
+        return count == 0 ? kFullTable : static_cast<std::size_t>(count);
+    }
 };
 
 /// The tables of a record; that of the VOI is signed where values ahead of it may be negative.
 [[nodiscard]] LUTContent VOILUTOf(const CXGSPSInfo& info);
 [[nodiscard]] LUTContent PresentationLUTOf(const CXGSPSInfo& info);
 
-/// An item with the descriptor and the entries.
+/// An item with the descriptor and the entries, each in a word.
 [[nodiscard]] CDcmItem LUTItem(const LUTContent& lut);
+/// The same, but tables of bytes that lie two to a word in the record lie so in the item.
+[[nodiscard]] CDcmItem PackedLUTItem(const LUTContent& lut);
 
 /// Sets bytes, of an even number, as words of VR OW.
 void SetWords(CDcmObjectCommon& object, std::uint32_t tag, std::span<const unsigned char> bytes);

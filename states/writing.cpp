@@ -31,14 +31,15 @@ CDcmItem SeriesReference(std::span<CXGSPSInfo* const> infos) {
 
 int CXGSPSObject::MakeGSPSObject(CDcmObject* source, CXGSPSInfo** infos, int count,
                                  CDcmObject*& result) {
+    outcome_ = QVM_ERROR_NO_SOURCE_OBJECT;
     if (source == nullptr || !AreUsable(infos, count)) return 0;
-    return Answer(0, [&] {
-        const std::span records(infos, static_cast<std::size_t>(count));
+    const std::span records(infos, static_cast<std::size_t>(count));
+    outcome_ = Answer(QVM_ERROR_FAILED_TO_SET_PIXEL_DATA, [&] {
         if (rules_ == Rules::kStandard) {
-            auto state = MakeStandardState(*source, records);
-            const int isMade = state != nullptr ? 1 : 0;
-            if (state) result = state.release();
-            return isMade;
+            std::unique_ptr<CDcmObject> made;
+            const auto done = MakeStandardState(*source, records, made);
+            if (made) result = made.release();
+            return done;
         }
         auto state = std::make_unique<CDcmObject>();
         CxDcmMaker maker;
@@ -47,8 +48,9 @@ int CXGSPSObject::MakeGSPSObject(CDcmObject* source, CXGSPSInfo** infos, int cou
         maker.UpdateUserSettingInfo(infos[0], state.get());
         StateWriter(*source, records, *state).WriteAllModules();
         result = state.release();
-        return 1;
+        return QVM_SUCCESS;
     });
+    return outcome_ == QVM_SUCCESS ? 1 : 0;
 }
 
 void StateWriter::WriteAllModules() {

@@ -3,6 +3,7 @@
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/Limits.h"
 #include "quorvex/Tags.h"
+#include "tools/sop_class/sop_class.h"
 #include "tools/stored_image.h"
 
 #include <algorithm>
@@ -27,12 +28,31 @@ constexpr std::array kFailuresOfDecoding = {
     QVM_ERROR_INVALID_SOURCE_SYNTAX,
 };
 
-std::optional<std::string> MissingDecoderOfFile(const std::string& path) {
+// "it has no image; it is RT Plan Storage" for an object of another kind.
+std::optional<std::string> MissingImage(const CDcmObject& header) {
+    int count = 0;
+    for (const auto tag : {tag::kRows, tag::kColumns})
+        if (header.GetValueCount(tag, count) == kDcmSuccess) return std::nullopt;
+    const auto name = SopClassName(TextOf(header, tag::kSOPClassUID));
+    return "it has no image" + (name.empty() ? "" : "; it is " + std::string(name));
+}
+
+// What a header tells of a frame that could not be had.
+std::optional<Trouble> TroubleByHeader(QUORVEX_MESSAGE result, const CDcmObject& header) {
+    if (result == QVM_ERROR_FAILED_TO_GET_PIXEL_DATA)
+        if (auto sentence = MissingImage(header))
+            return Trouble{kBadInput, result, *std::move(sentence)};
+    if (auto sentence = MissingDecoder(header))
+        return Trouble{kBadInput, QVM_ERROR_INVALID_TRANSFER_SYNTAX, *std::move(sentence)};
+    return std::nullopt;
+}
+
+std::optional<Trouble> TroubleByHeaderOf(const std::string& path, QUORVEX_MESSAGE result) {
     CDcmApp app;
     CxDcmParser parser;
     parser.Initialize(&app, path, 0);
     const auto* header = parser.GetHeader();
-    return header == nullptr ? std::nullopt : MissingDecoder(*header);
+    return header == nullptr ? std::nullopt : TroubleByHeader(result, *header);
 }
 
 std::string Because(const char* what) {
@@ -77,8 +97,9 @@ Trouble TroubleOf(const std::string& path, QUORVEX_MESSAGE result, const CDcmObj
     if (result == QVM_ERROR_FAILED_TO_READ_FILE)
         if (auto failure = ReadFailureOf(path)) return {kEnvironment, result, *std::move(failure)};
     if (std::ranges::find(kFailuresOfDecoding, result) != kFailuresOfDecoding.end()) {
-        auto missing = header != nullptr ? MissingDecoder(*header) : MissingDecoderOfFile(path);
-        if (missing) return {kBadInput, QVM_ERROR_INVALID_TRANSFER_SYNTAX, *std::move(missing)};
+        auto trouble =
+            header != nullptr ? TroubleByHeader(result, *header) : TroubleByHeaderOf(path, result);
+        if (trouble) return *std::move(trouble);
     }
     return {kBadInput, result, ResultSentence(result)};
 }

@@ -28,8 +28,9 @@ std::optional<std::string> MissingDecoder(const CDcmObject& header);
 std::optional<std::string> ReadFailureOf(const std::string& path);
 
 /// What is behind the result of an operation on an input that failed, most telling first: memory
-/// that ran out, a limit that this thread's input met, a file that cannot be read, a coding without
-/// a decoder (then the code is QVM_ERROR_INVALID_TRANSFER_SYNTAX), or the code's own sentence.
+/// that ran out, a limit that this thread's input met, a file that cannot be read, an object
+/// without an image, a coding without a decoder (then the code is
+/// QVM_ERROR_INVALID_TRANSFER_SYNTAX), or the code's own sentence.
 ///
 /// @param header  of the input; where it is null, the file is asked for it
 Trouble TroubleOf(const std::string& path, QUORVEX_MESSAGE result,

@@ -7,6 +7,7 @@
 #include "quorvex/Types.h"
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace quorvex {
@@ -212,6 +213,14 @@ public:
     std::int32_t shutterShapes = 0;
     std::vector<GSPSCompoundGraphic> compoundGraphics;
     std::vector<CDcmItem> graphicGroups;  ///< of the Graphic Group Sequence
+    /// The state that was read, null where that was an image. It shares its content with the object
+    /// that was read. What no field holds is written from it again: overlays and the layers that
+    /// they are activated in, mask subtraction, the modality transform, label, description and
+    /// creator where the record has none, tables as they are stored.
+    std::unique_ptr<CDcmObject> state;
+    /// 1 for a multi-frame image whose frames differ in rescale or Modality LUT, as read by the
+    /// standard rules: no state can hold that.
+    std::int32_t modalityVaries = 0;
 };
 
 }  // namespace quorvex

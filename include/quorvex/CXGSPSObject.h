@@ -5,6 +5,7 @@
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/DicomObject.h"
 #include "quorvex/Export.h"
+#include "quorvex/ResultCodes.h"
 #include "quorvex/Types.h"
 
 #include <cstdint>
@@ -28,8 +29,8 @@ namespace quorvex {
 ///
 /// Read into a fresh record: what lies in its pointer fields is overwritten, not released.
 ///
-/// The two fields and the rules are all that an object keeps between calls. Different objects may
-/// work in different threads at once.
+/// The two fields, the rules and an outcome are all that an object keeps between calls. Different
+/// objects may work in different threads at once.
 class QUORVEX_API CXGSPSObject {
 public:
     CXGSPSObject() = default;
@@ -37,8 +38,11 @@ public:
     CXGSPSObject& operator=(const CXGSPSObject&) = default;
     virtual ~CXGSPSObject() = default;
 
-    /// Chooses the rules by which states are made; established ones at first. Reading is the same
-    /// by both.
+    /// Chooses the rules by which states are made; established ones at first. What is read is the
+    /// same by both, with two exceptions: where a multi-frame image keeps rescale, window, VOI LUT
+    /// or pixel spacing in its functional groups alone, `GSPSApplier` by the standard rules takes
+    /// those of the frame that it is given, or else those that all of its frames have; and an image
+    /// without Pixel Spacing and aspect has the aspect of its imager or nominal scanned spacing.
     void SetRules(Rules rules) noexcept { rules_ = rules; }
 
     CString imageUID;               ///< the image that readings are for; empty means image mode
@@ -98,16 +102,38 @@ public:
     ///       when it is read. Left out are texts without a text and graphics without a type or
     ///       points.
     ///
+    /// A record that was read from a state keeps that state, and what is written from it is told
+    /// there; private attributes are not. A state has one modality transform, that of the state
+    /// which the first record was read from, or else of `source`: images that differ need a state
+    /// each (PS3.3 A.33.1.1), and are refused.
+    ///
     /// @param source  an image of the series
     /// @param infos   `count` records, one for each image; only read
     /// @param result  receives the object; yours, release it with delete; untouched on failure
     /// @return 1; or 0 without a source, without a record or without memory; by the standard rules
-    ///         also for a rotation that is no quarter turn, for an image without UIDs or size, and
-    ///         for a prefix of UIDs that is none or too long
+    ///         also for a rotation that is no quarter turn, for an image without UIDs or size, for
+    ///         images whose rescale or Modality LUT differs, and for a prefix of UIDs that is none
+    ///         or too long; `GetOutcome` tells which
     int MakeGSPSObject(CDcmObject* source, CXGSPSInfo** infos, int count, CDcmObject*& result);
+
+    /// Why the latest `MakeGSPSObject` made nothing:
+    ///     QVM_ERROR_NO_SOURCE_OBJECT              no source, no record, or an image without UIDs
+    ///     QVM_ERROR_INVALID_IMAGE_FORMAT          an image without size, or a rotation that is no
+    ///                                             quarter turn
+    ///     QVM_ERROR_INVALID_PIXEL_REPRESENTATION  images, or frames of one, that differ in rescale
+    ///                                             or Modality LUT
+    ///     QVM_ERROR_INVALID_MAKER_PARAM           no UID can be made of the configured prefix
+    ///     QVM_ERROR_FAILED_TO_SET_PIXEL_DATA      no memory
+    [[nodiscard]] QUORVEX_MESSAGE GetOutcome() const noexcept { return outcome_; }
+
+    /// Whether one state can be for the images of both records: whether they have the same rescale
+    /// or Modality LUT. A record that was neither read nor given a rescale or a table has that of
+    /// any other one.
+    [[nodiscard]] static bool HaveOneModality(const CXGSPSInfo& one, const CXGSPSInfo& other);
 
 private:
     Rules rules_ = Rules::kEstablished;
+    QUORVEX_MESSAGE outcome_ = QVM_SUCCESS;
 };
 
 }  // namespace quorvex

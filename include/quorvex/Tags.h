@@ -226,6 +226,8 @@ inline constexpr std::uint32_t kContentDescription = 0x00700081;
 inline constexpr std::uint32_t kPresentationCreationDate = 0x00700082;
 inline constexpr std::uint32_t kPresentationCreationTime = 0x00700083;
 inline constexpr std::uint32_t kContentCreatorName = 0x00700084;
+inline constexpr std::uint32_t kContentCreatorIdentificationCodeSequence = 0x00700086;
+inline constexpr std::uint32_t kAlternateContentDescriptionSequence = 0x00700087;
 inline constexpr std::uint32_t kPresentationSizeMode = 0x00700100;
 inline constexpr std::uint32_t kPresentationPixelSpacing = 0x00700101;
 inline constexpr std::uint32_t kPresentationPixelAspectRatio = 0x00700102;
@@ -277,6 +279,8 @@ inline constexpr std::uint32_t kItemDelimitationItem = 0xFFFEE00D;
 inline constexpr std::uint32_t kSequenceDelimitationItem = 0xFFFEE0DD;
 
 /// Groups of overlay planes: the even ones from the first to the last.
+inline constexpr std::uint32_t kFirstCurveGroup = 0x5000;
+inline constexpr std::uint32_t kLastCurveGroup = 0x501E;
 inline constexpr std::uint32_t kFirstOverlayGroup = 0x6000;
 inline constexpr std::uint32_t kLastOverlayGroup = 0x601E;
 

@@ -2,7 +2,7 @@
 
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/types/limits.h"
-#include "maker/pixel_data_writing.h"
+#include "maker/pixels/pixel_data_writing.h"
 #include "maker/recoding/lossy_record.h"
 #include "maker/recoding/nested_pixels.h"
 

@@ -3,8 +3,8 @@
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/object/element_copy.h"
 #include "maker/attribute_writing.h"
-#include "maker/rules/element_copy.h"
 #include "maker/rules/standard_skeleton.h"
 #include "maker/uids.h"
 

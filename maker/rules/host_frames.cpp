@@ -2,7 +2,7 @@
 
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/types/checked_size.h"
-#include "maker/pixel_attributes.h"
+#include "maker/pixels/pixel_attributes.h"
 
 #include <algorithm>
 #include <utility>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "codec/stored_coding.h"
-#include "maker/frame_supply.h"
-#include "maker/pixel_data_writing.h"
+#include "maker/pixels/frame_supply.h"
+#include "maker/pixels/pixel_data_writing.h"
 #include "maker/rules/making_rules.h"
 
 #include <cstddef>

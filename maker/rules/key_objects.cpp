@@ -1,9 +1,9 @@
 #include "maker/rules/key_objects.h"
 
 #include "foundation/dicom/model/attributes.h"
+#include "foundation/dicom/object/element_copy.h"
 #include "foundation/dicom/object/object_state.h"
 #include "maker/attribute_writing.h"
-#include "maker/rules/element_copy.h"
 #include "maker/rules/making_rules.h"
 #include "maker/rules/standard_skeleton.h"
 

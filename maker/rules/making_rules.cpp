@@ -1,6 +1,6 @@
 #include "maker/rules/making_rules.h"
 
-#include "maker/export.h"
+#include "maker/pixels/export.h"
 #include "maker/rules/standard_image.h"
 #include "maker/rules/standard_settings.h"
 #include "maker/rules/standard_skeleton.h"

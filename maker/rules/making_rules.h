@@ -1,7 +1,7 @@
 /// The one place where the two sets of rules part: what it means to make a new object.
 #pragma once
 
-#include "maker/frame_supply.h"
+#include "maker/pixels/frame_supply.h"
 #include "quorvex/CxDcmMaker.h"
 
 namespace quorvex {

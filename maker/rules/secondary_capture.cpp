@@ -1,8 +1,9 @@
 #include "maker/rules/secondary_capture.h"
 
 #include "foundation/dicom/model/attributes.h"
+#include "foundation/dicom/object/element_copy.h"
+#include "foundation/dicom/object/functional_groups.h"
 #include "maker/attribute_writing.h"
-#include "maker/rules/element_copy.h"
 #include "maker/rules/standard_skeleton.h"
 
 #include <algorithm>
@@ -81,7 +82,7 @@ void SetRescale(const char* intercept, const char* slope, const char* type, CDcm
     object.SetValue(tag::kRescaleType, type);
 }
 
-/// Words of one sample mean what they mean in the source.
+/// Words of one sample mean what they mean in the source, in each of its frames.
 void TakeRescale(const CDcmObject& source, CDcmObject& object) {
     if (!CopyElement(source, object, tag::kRescaleIntercept)) return;
     if (!CopyElement(source, object, tag::kRescaleSlope)) object.SetValue(tag::kRescaleSlope, "1");
@@ -132,7 +133,10 @@ QUORVEX_MESSAGE DescribeCapture(const CDcmObject& source, const HostFrames& fram
         if (!HasElement(object, tag::kRedPaletteColorLookupTableDescriptor))
             return QVM_ERROR_INVALID_PHOTOMETRIC;
     }
-    if (!IsColour(frames)) DescribeGrey(source, frames, count, object);
+    if (!IsColour(frames)) {
+        const auto ofFrames = HeaderOfAllFrames(source);
+        DescribeGrey(ofFrames ? *ofFrames : source, frames, count, object);
+    }
     if (count > 1) NumberThePages(count, object);
     if (TextIs(source, tag::kLossyImageCompression, "01")) {
         for (const auto tag : kLoss) CopyElement(source, object, tag);

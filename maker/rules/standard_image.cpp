@@ -2,15 +2,17 @@
 
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/object/element_copy.h"
+#include "foundation/dicom/object/functional_groups.h"
 #include "foundation/dicom/object/object_state.h"
 #include "maker/attribute_writing.h"
 #include "maker/recoding/lossy_record.h"
 #include "maker/recoding/recoding_plan.h"
 #include "maker/rules/derived_image.h"
-#include "maker/rules/element_copy.h"
 #include "maker/rules/secondary_capture.h"
 #include "maker/rules/standard_settings.h"
 
+#include <functional>
 #include <string>
 
 namespace quorvex {
@@ -34,16 +36,29 @@ void WritePixelModule(const HostFrames& frames, int count, CDcmObject& object) {
     if (count > 1) object.SetValue(tag::kNumberOfFrames, CString(std::to_string(count)));
 }
 
+/// In the group of each frame, or at the top level of objects without such groups.
+void WriteForFrames(CDcmObject& object, std::uint32_t macro,
+                    const std::function<void(CDcmObjectCommon& group)>& write) {
+    if (HasFunctionalGroups(object)) return ChangeGroups(object, macro, write);
+    write(object);
+}
+
 /// What the host says of its pixels' size and window.
 void WriteHostWords(const _DCM_PIXEL_INFO& format, CDcmObject& object) {
-    const auto& [first, second] = format.pixelSpacing;
-    if (!first.IsEmpty())
-        WritePair(object, tag::kPixelSpacing, first, second.IsEmpty() ? first : second);
+    const CString& first = format.pixelSpacing[0];
+    const CString& second = format.pixelSpacing[1];
+    if (!first.IsEmpty()) {
+        WriteForFrames(object, tag::kPixelMeasuresSequence, [&](CDcmObjectCommon& group) {
+            WritePair(group, tag::kPixelSpacing, first, second.IsEmpty() ? first : second);
+        });
+    }
     if (format.windowCenter.IsEmpty() || format.windowWidth.IsEmpty()) return;
-    for (const auto tag : {tag::kWindowCenterWidthExplanation, tag::kVOILUTFunction})
-        object.RemoveValue(tag);
-    object.SetValue(tag::kWindowCenter, format.windowCenter);
-    object.SetValue(tag::kWindowWidth, format.windowWidth);
+    WriteForFrames(object, tag::kFrameVOILUTSequence, [&](CDcmObjectCommon& group) {
+        for (const auto tag : {tag::kWindowCenterWidthExplanation, tag::kVOILUTFunction})
+            group.RemoveValue(tag);
+        group.SetValue(tag::kWindowCenter, format.windowCenter);
+        group.SetValue(tag::kWindowWidth, format.windowWidth);
+    });
 }
 
 QUORVEX_MESSAGE PutCoded(const RecodingPlan& plan, PackedFrames& frames, CDcmObject& object,

@@ -1,7 +1,7 @@
 #include "maker/rules/standard_settings.h"
 
 #include "foundation/dicom/model/tags.h"
-#include "maker/rules/element_copy.h"
+#include "foundation/dicom/object/element_copy.h"
 #include "maker/settings.h"
 #include "quorvex/CXGSPSInfo.h"
 

@@ -1,9 +1,9 @@
 #include "maker/rules/standard_skeleton.h"
 
 #include "foundation/dicom/model/attributes.h"
+#include "foundation/dicom/object/element_copy.h"
 #include "foundation/platform/clock.h"
 #include "maker/configuration.h"
-#include "maker/rules/element_copy.h"
 #include "maker/rules/standard_settings.h"
 #include "maker/uids.h"
 

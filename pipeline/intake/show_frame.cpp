@@ -1,6 +1,6 @@
 // EstablishedRules: a frame of a file or data set comes in.
+#include "foundation/dicom/object/functional_groups.h"
 #include "pipeline/intake/fetched_frame.h"
-#include "pipeline/intake/functional_groups.h"
 #include "pipeline/intake/incoming_image.h"
 #include "pipeline/intake/modality_stage.h"
 #include "pipeline/layers/overlay_layer.h"

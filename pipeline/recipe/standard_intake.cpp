@@ -1,7 +1,7 @@
 // StandardRules: frames and presentation states come in.
 #include "foundation/dicom/model/attributes.h"
+#include "foundation/dicom/object/functional_groups.h"
 #include "pipeline/intake/fetched_frame.h"
-#include "pipeline/intake/functional_groups.h"
 #include "pipeline/intake/presentation_record.h"
 #include "pipeline/pixel_header.h"
 #include "pipeline/recipe/standard_incoming.h"

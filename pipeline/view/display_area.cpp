@@ -69,7 +69,8 @@ void DisplayedImage::PrepareScaleToFit() noexcept {
     zoom = std::min(viewSize.cx / Extent(roi.left, roi.right),
                     viewSize.cy / (Extent(roi.top, roi.bottom) * EffectiveAspectRatio()));
     const auto fromMiddle = [this](std::int32_t length, std::int64_t middle) {
-        return TruncateToInt(static_cast<double>(length / 2 - middle) * zoom);
+        const std::int64_t half = length / 2;
+        return TruncateToInt(static_cast<double>(half - middle) * zoom);
     };
     panOffset = {fromMiddle(imageSize.cx, Middle(roi.left, roi.right)),
                  fromMiddle(imageSize.cy, Middle(roi.top, roi.bottom))};

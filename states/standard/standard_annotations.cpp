@@ -193,6 +193,19 @@ private:
     std::vector<GSPSGraphicLayer> layers_;
 };
 
+/// The layers in which overlays and curves are drawn.
+std::vector<CString> ActivationLayers(const CDcmObject& target) {
+    std::vector<CString> names;
+    for (const auto first : {tag::kFirstCurveGroup, tag::kFirstOverlayGroup}) {
+        constexpr auto kSpan = tag::kLastOverlayGroup - tag::kFirstOverlayGroup;
+        for (auto group = first; group <= first + kSpan; group += 2) {
+            auto name = Read<CString>(target, tag::InGroup(group, tag::kOverlayActivationLayer));
+            if (name && !name->IsEmpty()) names.push_back(*std::move(name));
+        }
+    }
+    return names;
+}
+
 }  // namespace
 
 void WriteAnnotations(const StateDraft& draft) {
@@ -212,6 +225,7 @@ void WriteAnnotations(const StateDraft& draft) {
             layers.Need(content.layer);
         }
     }
+    for (const CString& layer : ActivationLayers(draft.target)) layers.Need(layer);
     layers.Write(draft.target);
     ValueWriter groups(draft.target, tag::kGraphicGroupSequence);
     for (const CDcmItem& group : draft.First().graphicGroups) groups.Add(CDcmItem(group));

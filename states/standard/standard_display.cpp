@@ -1,7 +1,10 @@
 // Displayed areas and shutters.
 #include "foundation/dicom/model/attributes.h"
+#include "foundation/dicom/object/element_copy.h"
+#include "presentation/presentation_reader.h"
 #include "presentation/words.h"
 #include "states/attribute_writing.h"
+#include "states/standard/earlier_state.h"
 #include "states/standard/standard_state.h"
 
 #include <algorithm>
@@ -121,10 +124,13 @@ void WritePolygon(const CXGSPSInfo& info, CDcmObject& target) {
     }
 }
 
+std::size_t PixelsOf(const ImageState& image) {
+    return static_cast<std::size_t>(image.columns) * static_cast<std::size_t>(image.rows);
+}
+
 /// One bit a pixel, the lowest one first, in whole words.
 std::vector<unsigned char> PackedMask(const ImageState& image) {
-    const std::size_t pixels =
-        static_cast<std::size_t>(image.columns) * static_cast<std::size_t>(image.rows);
+    const std::size_t pixels = PixelsOf(image);
     std::vector<unsigned char> bits((pixels + 15) / 16 * 2);
     for (std::size_t i = 0; i < pixels; ++i) {
         if (image.record->shutterMask[i] != 0)
@@ -133,23 +139,43 @@ std::vector<unsigned char> PackedMask(const ImageState& image) {
     return bits;
 }
 
+/// The last group where all have overlays: a shutter hides more than any of them.
+std::uint32_t GroupForBitmap(const CDcmObject& target) {
+    auto group = tag::kFirstOverlayGroup;
+    const auto isTaken = [&] {
+        return HasElement(target, tag::InGroup(group, tag::kOverlayRows)) ||
+               HasElement(target, tag::InGroup(group, tag::kOverlayActivationLayer));
+    };
+    while (group < tag::kLastOverlayGroup && isTaken()) group += 2;
+    return group;
+}
+
 void WriteBitmap(const ImageState& image, CDcmObject& target) {
-    target.SetValue(tag::kShutterOverlayGroup,
-                    static_cast<unsigned short>(tag::kFirstOverlayGroup));
-    target.SetValue(tag::kOverlayRows, image.rows);
-    target.SetValue(tag::kOverlayColumns, image.columns);
-    target.SetValue(tag::kOverlayType, "G");
-    WritePair(target, tag::kOverlayOrigin, 1, 1);
-    target.SetValue(tag::kOverlayBitsAllocated, 1);
-    target.SetValue(tag::kOverlayBitPosition, 0);
+    const std::uint32_t group = GroupForBitmap(target);
+    const auto at = [&](std::uint32_t tag) { return tag::InGroup(group, tag); };
+    for (const auto tag : {tag::kOverlayActivationLayer, tag::kNumberOfFramesInOverlay,
+                           tag::kImageFrameOrigin, tag::kOverlayDescription})
+        target.RemoveValue(at(tag));
+    target.SetValue(tag::kShutterOverlayGroup, static_cast<unsigned short>(group));
+    target.SetValue(at(tag::kOverlayRows), image.rows);
+    target.SetValue(at(tag::kOverlayColumns), image.columns);
+    target.SetValue(at(tag::kOverlayType), "G");
+    WritePair(target, at(tag::kOverlayOrigin), 1, 1);
+    target.SetValue(at(tag::kOverlayBitsAllocated), 1);
+    target.SetValue(at(tag::kOverlayBitPosition), 0);
     const auto bits = PackedMask(image);
-    SetWords(target, tag::kOverlayData, bits);
+    SetWords(target, at(tag::kOverlayData), bits);
 }
 
 }  // namespace
 
 void WriteDisplayedAreas(const StateDraft& draft) {
     const CXGSPSInfo& first = draft.First();
+    // A state has to have areas; the shape of pixels is that of the image where one had none.
+    const bool lacksAreas = draft.Earlier() != nullptr &&
+                            !HasElement(*draft.Earlier(), tag::kDisplayedAreaSelectionSequence);
+    CXGSPSInfo ofImage;
+    PresentationReader(draft.source, ofImage, CString(), -1).GetPixelShape();
     ValueWriter areas(draft.target, tag::kDisplayedAreaSelectionSequence);
     for (const ImageState& image : draft.images) {
         CDcmItem item = image.Item();
@@ -158,7 +184,7 @@ void WriteDisplayedAreas(const StateDraft& draft) {
         WritePair(item, tag::kDisplayedAreaTopLeftHandCorner, corners.topLeft.x, corners.topLeft.y);
         WritePair(item, tag::kDisplayedAreaBottomRightHandCorner, corners.bottomRight.x,
                   corners.bottomRight.y);
-        WriteSize(*image.record, item);
+        WriteSize(lacksAreas ? ofImage : *image.record, item);
         areas.Add(std::move(item));
     }
 }
@@ -175,7 +201,9 @@ void WriteShutters(const StateDraft& draft) {
     if ((shapes & kRectangle) != 0) WriteRectangle(info, draft.target);
     if ((shapes & kCircle) != 0) WriteCircle(info, draft.target);
     if ((shapes & kPolygon) != 0) WritePolygon(info, draft.target);
-    if ((shapes & kBitmap) != 0) WriteBitmap(image, draft.target);
+    const bool isBitmap = (shapes & kBitmap) != 0;
+    if (isBitmap && !CopyEarlierBitmap(info, PixelsOf(image), draft.target))
+        WriteBitmap(image, draft.target);
     draft.target.SetValue(tag::kShutterPresentationValue, info.shutterPresentationValue);
 }
 

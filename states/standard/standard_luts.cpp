@@ -1,7 +1,9 @@
 // The modality, VOI and presentation stages.
 #include "foundation/dicom/model/attributes.h"
-#include "maker/rules/element_copy.h"
+#include "foundation/dicom/object/element_copy.h"
+#include "foundation/dicom/object/functional_groups.h"
 #include "states/attribute_writing.h"
+#include "states/standard/earlier_state.h"
 #include "states/standard/standard_state.h"
 
 #include <cmath>
@@ -11,25 +13,20 @@
 namespace quorvex {
 namespace {
 
-/// Where a multi-frame image keeps the rescale of all of its frames.
-std::optional<CDcmItem> SharedTransformation(const CDcmObject& source) {
-    const auto shared = Read<CDcmItem>(source, tag::kSharedFunctionalGroupsSequence);
-    if (!shared) return std::nullopt;
-    return Read<CDcmItem>(*shared, tag::kPixelValueTransformationSequence);
-}
-
-/// False without a rescale.
-bool TakeRescale(const CDcmObjectCommon& from, const StateDraft& draft) {
+void TakeRescale(const CDcmObjectCommon& from, const StateDraft& draft) {
     const bool hasIntercept = CopyElement(from, draft.target, tag::kRescaleIntercept);
     const bool hasSlope = CopyElement(from, draft.target, tag::kRescaleSlope);
-    if (!hasIntercept && !hasSlope) return false;
+    if (!hasIntercept && !hasSlope) return;
     if (!hasIntercept) draft.target.SetValue(tag::kRescaleIntercept, "0");
     if (!hasSlope) draft.target.SetValue(tag::kRescaleSlope, "1");
     const bool hasType = CopyElement(from, draft.target, tag::kRescaleType) &&
                          !Read<CString>(from, tag::kRescaleType).value_or(CString()).IsEmpty();
     const bool isCt = TextIs(draft.source, tag::kModality, "CT");
     if (!hasType) draft.target.SetValue(tag::kRescaleType, isCt ? "HU" : "US");
-    return true;
+}
+
+void TakeModality(const CDcmObjectCommon& from, const StateDraft& draft) {
+    if (!CopyElement(from, draft.target, tag::kModalityLUTSequence)) TakeRescale(from, draft);
 }
 
 struct ExactWindow {
@@ -40,9 +37,10 @@ struct ExactWindow {
 
 /// Nothing without a window. A host that sets whole numbers is heard.
 std::optional<ExactWindow> WindowOf(const CXGSPSInfo& info) {
-    const bool isAsRead = std::trunc(info.exactWindowCenter) == info.windowCenter &&
-                          std::trunc(info.exactWindowWidth) == info.windowWidth &&
-                          info.exactWindowWidth > 0.0;
+    const bool isCenterAsRead =
+        std::trunc(info.exactWindowCenter) == info.windowCenter || IsEarlierWindow(info);
+    const bool isAsRead = isCenterAsRead && info.exactWindowWidth > 0.0 &&
+                          std::trunc(info.exactWindowWidth) == info.windowWidth;
     if (isAsRead) return ExactWindow{info.exactWindowCenter, info.exactWindowWidth, true};
     if (info.windowWidth <= 0) return std::nullopt;
     return ExactWindow{static_cast<double>(info.windowCenter),
@@ -72,9 +70,12 @@ const char* ShapeOf(const StateDraft& draft) {
 }  // namespace
 
 void WriteModality(const StateDraft& draft) {
-    if (CopyElement(draft.source, draft.target, tag::kModalityLUTSequence)) return;
-    if (TakeRescale(draft.source, draft)) return;
-    if (const auto shared = SharedTransformation(draft.source)) TakeRescale(*shared, draft);
+    if (draft.Earlier() != nullptr)
+        return TakeModality(ForAnyCharacterSet(*draft.Earlier()), draft);
+    const int frame = draft.images.front().frame;
+    const auto described =
+        frame > 0 ? HeaderOfFrame(draft.source, frame - 1) : HeaderOfAllFrames(draft.source);
+    TakeModality(described ? *described : draft.source, draft);
 }
 
 void WriteVOI(const StateDraft& draft) {
@@ -85,7 +86,8 @@ void WriteVOI(const StateDraft& draft) {
         if (info.voiLUTData == nullptr && !window) continue;
         CDcmItem item = image.Item();
         if (info.voiLUTData != nullptr) {
-            CDcmItem lut = LUTItem(VOILUTOf(info));
+            auto earlier = EarlierVOITable(info);
+            CDcmItem lut = earlier ? *std::move(earlier) : PackedLUTItem(VOILUTOf(info));
             item.SetValue(tag::kVOILUTSequence, &lut);
         } else {
             WriteWindow(info, *window, item);
@@ -99,7 +101,11 @@ void WritePresentationLUT(const StateDraft& draft) {
         draft.target.SetValue(tag::kPresentationLUTShape, ShapeOf(draft));
         return;
     }
-    CDcmItem lut = LUTItem(PresentationLUTOf(draft.First()));
+    const LUTContent table = PresentationLUTOf(draft.First());
+    std::optional<CDcmItem> earlier;
+    if (draft.Earlier() != nullptr)
+        earlier = EarlierTable(*draft.Earlier(), tag::kPresentationLUTSequence, table);
+    CDcmItem lut = earlier ? *std::move(earlier) : PackedLUTItem(table);
     draft.target.SetValue(tag::kPresentationLUTSequence, &lut);
 }
 

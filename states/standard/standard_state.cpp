@@ -1,15 +1,20 @@
 #include "states/standard/standard_state.h"
 
 #include "foundation/dicom/model/attributes.h"
-#include "maker/rules/element_copy.h"
+#include "foundation/dicom/object/element_copy.h"
+#include "foundation/dicom/object/functional_groups.h"
 #include "maker/rules/making_rules.h"
 #include "maker/rules/standard_skeleton.h"
+#include "presentation/one_modality.h"
+#include "quorvex/CXGSPSObject.h"
 #include "states/attribute_writing.h"
 
 #include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace quorvex {
 namespace {
@@ -39,11 +44,6 @@ ImageState ImageOf(const CXGSPSInfo& record, const CXGSPSInfo& first, const CDcm
             .frame = std::max(record.referencedFrameNumber, 0),
             .columns = size(record.imageColumns, tag::kColumns),
             .rows = size(record.imageRows, tag::kRows)};
-}
-
-bool IsWhole(const ImageState& image) {
-    return !image.series.IsEmpty() && !image.sopClass.IsEmpty() && !image.instance.IsEmpty() &&
-           image.columns > 0 && image.rows > 0;
 }
 
 CDcmItem Reference(const ImageState& image) {
@@ -106,15 +106,26 @@ CString LabelOf(const CString& text) {
 
 void WriteIdentification(const StateDraft& draft) {
     const CXGSPSInfo& first = draft.First();
-    draft.target.SetValue(tag::kContentLabel, LabelOf(first.contentLabel));
-    draft.target.SetValue(tag::kContentDescription, first.contentDescription);
+    const auto known = [&](const CString& text, std::uint32_t tag) {
+        return draft.Earlier() != nullptr ? Or(text, *draft.Earlier(), tag) : text;
+    };
+    draft.target.SetValue(tag::kContentLabel,
+                          LabelOf(known(first.contentLabel, tag::kContentLabel)));
+    draft.target.SetValue(tag::kContentDescription,
+                          known(first.contentDescription, tag::kContentDescription));
     draft.target.SetValue(tag::kPresentationCreationDate, CxDcmMaker::GetDate());
     draft.target.SetValue(tag::kPresentationCreationTime, StandardTime());
-    draft.target.SetValue(tag::kContentCreatorName, first.contentCreatorName);
+    draft.target.SetValue(tag::kContentCreatorName,
+                          known(first.contentCreatorName, tag::kContentCreatorName));
 }
 
 /// A state subtracts by average or by time; images know other ways too.
 void WriteMask(const StateDraft& draft) {
+    if (draft.Earlier() != nullptr) {
+        for (const auto tag : {tag::kMaskSubtractionSequence, tag::kRecommendedViewingMode})
+            CopyElement(*draft.Earlier(), draft.target, tag);
+        return;
+    }
     const auto mask = Read<CDcmItem>(draft.source, tag::kMaskSubtractionSequence);
     if (!mask) return;
     const auto operation = Read<CString>(*mask, tag::kMaskOperation);
@@ -136,11 +147,47 @@ void WriteModules(const StateDraft& draft) {
     WriteDisplayedAreas(draft);
     WritePresentationLUT(draft);
     WriteMask(draft);
+    WriteEarlierAttributes(draft);
     WriteShutters(draft);
     WriteAnnotations(draft);
     WriteSpatial(draft);
     WriteModality(draft);
     WriteVOI(draft);
+}
+
+/// One transform is for all that the state names (PS3.3 A.33.1.1).
+bool HaveOneModality(const CDcmObject& source, std::span<const ImageState> images) {
+    const CXGSPSInfo* known = nullptr;
+    for (const ImageState& image : images) {
+        if (image.record->modalityVaries != 0) return false;
+        if (known == nullptr) known = image.record;
+        if (!CXGSPSObject::HaveOneModality(*known, *image.record)) return false;
+        if (!KnowsModality(*known)) known = image.record;
+    }
+    if (images.front().record->state != nullptr) return true;
+    const auto own = Read<CString>(source, tag::kSOPInstanceUID);
+    std::vector<int> frames;
+    bool areAll = false;
+    for (const ImageState& image : images) {
+        if (image.instance != own) continue;
+        areAll = areAll || image.frame < 1;
+        frames.push_back(image.frame - 1);
+    }
+    if (frames.empty()) return true;
+    return HaveOneModality(source, areAll ? std::span<const int>() : std::span<const int>(frames));
+}
+
+/// What keeps the images out of one state.
+QUORVEX_MESSAGE Check(const CDcmObject& source, std::span<const ImageState> images) {
+    const bool areNamed = std::ranges::all_of(images, [](const ImageState& image) {
+        return !image.series.IsEmpty() && !image.sopClass.IsEmpty() && !image.instance.IsEmpty();
+    });
+    if (!areNamed) return QVM_ERROR_NO_SOURCE_OBJECT;
+    const bool haveSizes = std::ranges::all_of(
+        images, [](const ImageState& image) { return image.columns > 0 && image.rows > 0; });
+    if (!haveSizes || images.front().record->imageRotation % kQuarter != 0)
+        return QVM_ERROR_INVALID_IMAGE_FORMAT;
+    return HaveOneModality(source, images) ? QVM_SUCCESS : QVM_ERROR_INVALID_PIXEL_REPRESENTATION;
 }
 
 }  // namespace
@@ -152,19 +199,21 @@ CDcmItem ImageState::Item() const {
     return item;
 }
 
-std::unique_ptr<CDcmObject> MakeStandardState(const CDcmObject& source,
-                                              std::span<CXGSPSInfo* const> infos) {
-    if (infos.front()->imageRotation % kQuarter != 0) return nullptr;
+QUORVEX_MESSAGE MakeStandardState(const CDcmObject& source, std::span<CXGSPSInfo* const> infos,
+                                  std::unique_ptr<CDcmObject>& made) {
     std::vector<ImageState> images;
     for (const CXGSPSInfo* info : infos) images.push_back(ImageOf(*info, *infos.front(), source));
-    if (!std::ranges::all_of(images, IsWhole)) return nullptr;
+    const auto checked = Check(source, images);
+    if (checked != QVM_SUCCESS) return checked;
     const MakingRules& rules = MakingRulesOf(Rules::kStandard);
     auto state = std::make_unique<CDcmObject>();
     state->Open("test.dcm");  // only names the object: nothing is written
-    if (rules.FillSkeleton(source, *state) != QVM_SUCCESS) return nullptr;
+    const auto begun = rules.FillSkeleton(source, *state);
+    if (begun != QVM_SUCCESS) return begun;
     rules.ApplyRecord(*infos.front(), *state);
     WriteModules({.source = source, .images = images, .target = *state});
-    return state;
+    made = std::move(state);
+    return QVM_SUCCESS;
 }
 
 }  // namespace quorvex

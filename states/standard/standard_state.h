@@ -4,6 +4,7 @@
 #include "maker/attribute_writing.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/DicomObject.h"
+#include "quorvex/ResultCodes.h"
 
 #include <cstdint>
 #include <memory>
@@ -34,18 +35,24 @@ struct StateDraft {
 
     /// Whose data a state has only once.
     [[nodiscard]] const CXGSPSInfo& First() const noexcept { return *images.front().record; }
+    /// The state that this record was read from; null where that was an image.
+    [[nodiscard]] const CDcmObject* Earlier() const noexcept { return First().state.get(); }
 };
 
-/// Makes the state; nothing where the records say what no state can hold, or no UID can be made.
 /// @param infos  at least one record, none of them null
-[[nodiscard]] std::unique_ptr<CDcmObject> MakeStandardState(const CDcmObject& source,
-                                                            std::span<CXGSPSInfo* const> infos);
+/// @return as `CXGSPSObject::GetOutcome`
+[[nodiscard]] QUORVEX_MESSAGE MakeStandardState(const CDcmObject& source,
+                                                std::span<CXGSPSInfo* const> infos,
+                                                std::unique_ptr<CDcmObject>& made);
 
 // The modules, one by one.
 void WriteDisplayedAreas(const StateDraft& draft);
 void WriteShutters(const StateDraft& draft);
 void WriteModality(const StateDraft& draft);
 void WriteVOI(const StateDraft& draft);
+/// What an earlier state has in no field: overlays, curves, who made it. Ahead of the shutters,
+/// which take a group that is free, and of the annotations, which name the layers.
+void WriteEarlierAttributes(const StateDraft& draft);
 void WritePresentationLUT(const StateDraft& draft);
 void WriteAnnotations(const StateDraft& draft);
 

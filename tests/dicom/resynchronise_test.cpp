@@ -2,7 +2,7 @@
 
 #include "tests/support/dicom_builder.h"
 
-#include <chrono>
+#include <ctime>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -108,11 +108,11 @@ TEST(DataSetFinder, StaysLinearOnHostileBytes) {
     for (const auto& bytes : {Behind(kSize, DicomBuilder()), pattern, chain.Bytes(), metas.Bytes(),
                               ItemsThatMeet(kSize / 32, kSize / 16), ByteBuffer(kSize)}) {
         DataSetFinder finder(bytes);
-        const auto begin = std::chrono::steady_clock::now();
+        const auto begin = std::clock();
         int places = 0;
         for (std::size_t i = 1; i < bytes.size(); ++i) places += finder.CanBeginAt(i) ? 1 : 0;
         EXPECT_LE(places, 16);
-        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+        EXPECT_LT(std::clock() - begin, 60 * CLOCKS_PER_SEC);  // hours, were it quadratic
     }
 }
 

@@ -2,7 +2,7 @@
 #include "quorvex/Tags.h"
 #include "tests/support/dicom_builder.h"
 #include "tests/support/scratch_folder.h"
-#include "tools/convert/allowed_changes.h"
+#include "tools/convert/checks/allowed_changes.h"
 
 #include <gtest/gtest.h>
 

@@ -89,20 +89,23 @@ TEST(BadInput, FilesThatAreNone) {
 // What no decoder was built for is another trouble than damage, and so is a lack of memory.
 TEST(BadInput, IsToldApartFromWhatThisBuildOrMachineLacks) {
     const ScratchFolder folder;
-    const auto unknown = EncapsulatedFile("1.2.840.10008.1.2.4.100", kFacts, {Bytes(64, 'x')});
-    const auto none = EncapsulatedFile("1.2.3.4.5", kFacts, {Bytes(64, 'x')});
-    const std::pair<Bytes, const char*> kCases[] = {
-        {unknown,
-         "MPEG2 Main Profile / Main Level (1.2.840.10008.1.2.4.100), and this build has no"},
-        {none, "its transfer syntax 1.2.3.4.5 is none of the standard's"},
+    const auto coded = [&](const char* name, const char* syntax) {
+        return folder.Write(name, EncapsulatedFile(syntax, kFacts, {Bytes(64, 'x')}));
     };
-    for (const auto& [bytes, part] : kCases) {
-        const auto path = folder.Write("coded.dcm", bytes);
-        for (const auto* verb : {"frame", "render", "thumbnail"}) {
-            const auto made = ExpectStatus(1, {verb, path, "-o", folder.Path("out.png")}, part);
-            EXPECT_TRUE(Has(made.complaints, "QVM_ERROR_INVALID_TRANSFER_SYNTAX (24): "));
-        }
-    }
+    const std::pair<std::string, std::string> kCases[] = {
+        {coded("video.dcm", "1.2.840.10008.1.2.4.100"),
+         "QVM_ERROR_INVALID_TRANSFER_SYNTAX (24): "
+         "its frames are coded as MPEG2 Main Profile / Main Level (1.2.840.10008.1.2.4.100), and "},
+        {coded("unknown.dcm", "1.2.3.4.5"),
+         "QVM_ERROR_INVALID_TRANSFER_SYNTAX (24): "
+         "its transfer syntax 1.2.3.4.5 is none of the standard's"},
+        {kState,
+         "QVM_ERROR_FAILED_TO_GET_PIXEL_DATA (9): "
+         "it has no image; it is Grayscale Softcopy Presentation State Storage"},
+    };
+    for (const auto& [path, sentence] : kCases)
+        for (const auto* verb : {"frame", "render", "thumbnail"})
+            ExpectOneLine({verb, path, "-o", folder.Path("out.png")}, sentence);
 }
 
 TEST(BadInput, FramesThatAreNot) {

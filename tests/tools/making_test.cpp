@@ -63,6 +63,11 @@ TEST(CaptureCommand, ExpandsPalettesAndKeepsDeepSamples) {
     const auto palette = WritePicture(folder.Path("palette.png"), PNG_FORMAT_RGB_COLORMAP);
     OutputOf({"capture", kSlice, palette, "-o", output});
     EXPECT_EQ(FramesOf(output).substr(0, 9), std::string("\xFF\0\0\0\xFF\0\1\2\3", 9));
+    const auto deepColour = WritePicture(folder.Path("colour.png"), PNG_FORMAT_LINEAR_RGB);
+    for (const auto* target : {"explicit", "rle", "jpeg-lossless", "j2k-lossless"}) {
+        OutputOf({"capture", kSlice, deepColour, "-o", output, "--to", target});
+        EXPECT_EQ(FramesOf(output), Samples(6 * 4 * 3 * 2)) << target;
+    }
     const auto deep = WritePicture(folder.Path("deep.png"), PNG_FORMAT_LINEAR_Y);
     OutputOf({"capture", kSlice, deep, deep, "-o", output});
     EXPECT_TRUE(Has(InfoOf(output), "16 bits in 16, unsigned"));
@@ -83,13 +88,22 @@ TEST(CaptureCommand, RefusesWhatDoesNotFit) {
     const auto seeThrough = WritePicture(folder.Path("alpha.png"), PNG_FORMAT_RGBA);
     const auto output = folder.Path("out.dcm");
     const std::size_t files = folder.Names().size();
-    const Arguments bad[] = {{kSlice, picture, wider}, {kSlice, torn},
-                             {kSlice, kSlice},         {anonymous, picture},
-                             {picture, picture},       {kSlice, picture, "--to", "jpeg12"},
-                             {kSlice, picture, deep},  {kSlice, deepColour, deepColour},
-                             {kSlice, seeThrough}};
-    for (const auto& arguments : bad) {
-        ExpectStatus(1, Arguments{"capture", "-o", output} + arguments);
+    const std::pair<Arguments, const char*> bad[] = {
+        {{kSlice, picture, wider}, "7 x 4 pixels, the first one 6 x 4"},
+        {{kSlice, torn}, ""},
+        {{kSlice, kSlice}, ""},
+        {{anonymous, picture}, "Study Instance UID"},
+        {{picture, picture}, ""},
+        {{kSlice, picture, "--to", "jpeg12"}, "jpeg12 holds no greys of 8 bits"},
+        {{kSlice, deepColour, "--to", "jpeg"}, "jpeg holds no colours of 16 bits"},
+        {{kSlice, deepColour, "--to", "jpeg12"}, "jpeg12 holds no colours of 16 bits"},
+        {{kSlice, picture, deep}, "16 bits a sample, the first one 8"},
+        {{kSlice, deepColour, deepColour}, "capture each page by itself"},
+        {{kSlice, deep, deepColour}, "capture each page by itself"},
+        {{kSlice, seeThrough}, "alpha"},
+    };
+    for (const auto& [arguments, part] : bad) {
+        ExpectStatus(1, Arguments{"capture", "-o", output} + arguments, part);
         EXPECT_EQ(folder.Names().size(), files) << testing::PrintToString(arguments);
     }
     const std::string before = ReadAll(picture);
@@ -133,6 +147,52 @@ TEST(StateCommand, HoldsWhatWasAskedFor) {
           "1\\2\\3\\4\\5\\6", "[POLYGONAL]", "[10\\20\\10\\40\\30\\30\\10\\20]", "[INVERSE]",
           "[SCALE TO FIT]", "480\\586", "[Phantom^Quorvex]"})
         EXPECT_TRUE(Has(info, part)) << part;
+}
+
+// What a state has once, two images have to have alike; each slice of a PET has its own rescale.
+TEST(StateCommand, IsForImagesThatItCanShowAlike) {
+    const ScratchFolder folder;
+    const auto image = [&](const std::string& name, const std::string& slope,
+                           const std::string& photometric, unsigned edge) {
+        auto file = DicomBuilder::Part10(kExplicitUid);
+        file.Add(tag::kSOPClassUID, "UI", "1.2.840.10008.5.1.4.1.1.128")
+            .Add(tag::kSOPInstanceUID, "UI", "1.2.3." + std::to_string(folder.Names().size() + 10))
+            .Add(tag::kModality, "CS", "PT")
+            .Add(tag::kShutterShape, "CS", "RECTANGULAR ")
+            .Add(tag::kShutterLeftVerticalEdge, "IS", "1 ")
+            .Add(tag::kShutterRightVerticalEdge, "IS", std::to_string(edge))
+            .Add(tag::kShutterUpperHorizontalEdge, "IS", "1 ")
+            .Add(tag::kShutterLowerHorizontalEdge, "IS", "2 ")
+            .Add(tag::kStudyInstanceUID, "UI", "1.2.3.44")
+            .Add(tag::kSeriesInstanceUID, "UI", "1.2.3.45")
+            .Us(tag::kSamplesPerPixel, 1)
+            .Add(tag::kPhotometricInterpretation, "CS", photometric)
+            .Us(tag::kRows, 2)
+            .Us(tag::kColumns, 4)
+            .Us(tag::kBitsAllocated, 16)
+            .Us(tag::kBitsStored, 16)
+            .Us(tag::kPixelRepresentation, 0)
+            .Add(tag::kRescaleIntercept, "DS", "0 ")
+            .Add(tag::kRescaleSlope, "DS", slope);
+        return folder.Write(name, file.Bytes());
+    };
+    const auto first = image("first.dcm", "0.25", "MONOCHROME2 ", 3);
+    const auto same = image("same.dcm", "0.250 ", "MONOCHROME2 ", 3);
+    const auto slope = image("slope.dcm", "0.5 ", "MONOCHROME2 ", 3);
+    const auto inverse = image("inverse.dcm", "0.25", "MONOCHROME1 ", 3);
+    const auto shutter = image("shutter.dcm", "0.25", "MONOCHROME2 ", 4);
+    const Arguments make = {"state", "-o", folder.Path("state.dcm"), first};
+    OutputOf(make + Arguments{same});
+    OutputOf(make + Arguments{same, shutter, "--shutter", "rect:1,1,2,2"});
+    const std::pair<std::string, std::string> bad[] = {
+        {slope, "slope 0.5 and intercept 0, " + first + " has rescale slope 0.25 and intercept 0"},
+        {inverse, "the other way than those of " + first},
+        {shutter, "the shutter of " + first}};
+    for (const auto& [other, sentence] : bad) {
+        ExpectStatus(1, make + Arguments{other}, sentence);
+        ExpectStatus(1, make + Arguments{other}, other);
+        OutputOf({"state", "-o", folder.Path("state.dcm"), other});
+    }
 }
 
 TEST(StateCommand, RefusesWhatAStateCannotBeFor) {

@@ -35,7 +35,8 @@ TEST_F(Validity, OfCapturesOfEveryKindInEveryForm) {
     const auto colour = WritePng(folder.Path("colour.png"), PNG_FORMAT_RGB);
     const auto output = folder.Path("out.dcm");
     const Arguments bytes[] = {{grey}, {colour}, {grey, grey}, {colour, colour}, {grey, colour}};
-    const Arguments words[] = {{deep}, {deep, deep}};
+    const auto deepColour = WritePng(folder.Path("deep_colour.png"), PNG_FORMAT_LINEAR_RGB);
+    const Arguments words[] = {{deep}, {deep, deep}, {deepColour}};
     for (const auto& source : {kSlice, kRadiograph, kLoop, kState}) {
         for (const auto* target :
              {"explicit", "implicit", "rle", "jpeg", "jpeg-lossless", "j2k", "j2k-lossless"}) {

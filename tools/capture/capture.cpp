@@ -24,15 +24,24 @@ struct Pages {
     }
 };
 
+std::string SizeOf(const Page& page) {
+    return std::to_string(page.width) + " x " + std::to_string(page.height);
+}
+
 // Why a page cannot follow the first one in one object; empty where it can.
 std::string DifferenceOf(const Page& page, const Page& first) {
     if (page.width != first.width || page.height != first.height)
-        return "this picture has not the size of the first one";
+        return "this picture has " + SizeOf(page) + " pixels, the first one " + SizeOf(first) +
+               ", and the pages of an object have one size";
     if (page.bits != first.bits)
         return "this picture has " + std::to_string(page.bits) + " bits a sample, the first one " +
-               std::to_string(first.bits);
+               std::to_string(first.bits) + ": save all of them with as many";
+    // Multi-frame True Color Secondary Capture has 8 bits (PS3.3 A.8.5.4), and no other class has
+    // colour pages.
     const bool isDeepColour = page.bits == 16 && std::max(page.channels, first.channels) == 3;
-    return isDeepColour ? "colours of 16 bits cannot be in an object of several pictures" : "";
+    return isDeepColour ? "no class of images holds several pages in colours of 16 bits: capture "
+                          "each page by itself, or save all of them with 8 bits a sample"
+                        : "";
 }
 
 Pages ReadPages(const std::vector<std::string>& paths) {
@@ -96,6 +105,20 @@ QUORVEX_MESSAGE Make(CDcmObject& source, const Pages& pages, const ConvertTarget
     return result;
 }
 
+// Pictures are unsigned, grey or R, G, B, and whole bytes: only a coding can be against that.
+ExitStatus ReportRefusal(const CaptureArguments& arguments, QUORVEX_MESSAGE result,
+                         const Page& page) {
+    const std::string& picture = arguments.pictures.front();
+    const bool isOfCoding = result == QVM_ERROR_INVALID_BITS_ALLOCATED ||
+                            result == QVM_ERROR_INVALID_BITS_STORED ||
+                            result == QVM_ERROR_INVALID_SAMPLES_PER_PIXEL;
+    if (!isOfCoding) return ReportBadInput(picture, result);
+    Complain(picture, arguments.target + " holds no " + (page.channels == 3 ? "colours" : "greys") +
+                          " of " + std::to_string(page.bits) +
+                          " bits: choose another form by --to, such as j2k-lossless");
+    return kBadInput;
+}
+
 }  // namespace
 
 ExitStatus Capture(const CaptureArguments& arguments) {
@@ -115,7 +138,7 @@ ExitStatus Capture(const CaptureArguments& arguments) {
     if (pages.HaveColour()) std::ranges::for_each(pages.all, MakeColoured);
     std::unique_ptr<CDcmObject> made;
     result = Make(*parser.GetHeader(), pages, target, made);
-    if (result != QVM_SUCCESS) return ReportBadInput(arguments.pictures.front(), result);
+    if (result != QVM_SUCCESS) return ReportRefusal(arguments, result, pages.all.front());
     WriteObjectTo(*made, arguments.output);
     return kAllDone;
 }

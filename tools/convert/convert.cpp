@@ -70,6 +70,7 @@ std::string WorkPlaceFor(const OutputPlace& place, bool isDryRun) {
 std::string DryLine(const ConvertRecord& record) {
     const auto nameOf = [](const std::string& uid) {
         const TransferSyntax* syntax = TransferSyntaxOfUid(uid);
+        if (uid.empty()) return std::string("a bare data set");
         return syntax == nullptr ? uid : std::string(syntax->name);
     };
     const auto size = [](const FileDigest& file) { return std::to_string(file.bytes); };

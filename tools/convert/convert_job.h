@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tools/convert/frame_watch.h"
-#include "tools/convert/manifest.h"
+#include "tools/convert/manifest/manifest.h"
 #include "tools/convert_target.h"
 #include "tools/file_list.h"
 

@@ -1,7 +1,7 @@
 /// What a conversion came to.
 #pragma once
 
-#include "tools/convert/manifest.h"
+#include "tools/convert/manifest/manifest.h"
 #include "tools/report.h"
 
 #include <array>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "quorvex/ResultCodes.h"
-#include "tools/convert/manifest.h"
+#include "tools/convert/manifest/manifest.h"
 
 #include <string>
 

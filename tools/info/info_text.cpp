@@ -1,10 +1,10 @@
 // What `quorvex info` shows to a reader.
 #include "tools/info/element_owner.h"
 #include "tools/info/element_value.h"
-#include "tools/info/identity/sop_class.h"
 #include "tools/info/info_report.h"
 #include "tools/json.h"
 #include "tools/report.h"
+#include "tools/sop_class/sop_class.h"
 
 #include <algorithm>
 #include <array>

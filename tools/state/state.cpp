@@ -5,6 +5,7 @@
 #include "quorvex/Tags.h"
 #include "tools/output/object_output.h"
 #include "tools/output/output_place.h"
+#include "tools/state/common_stages.h"
 #include "tools/state/state_record.h"
 #include "tools/stored_image.h"
 
@@ -15,6 +16,7 @@ namespace {
 
 /// An image that the state is to refer to, without its pixels.
 struct ReferencedImage {
+    std::string path;
     CxDcmParser parser;
     std::unique_ptr<StateRecord> record;
 };
@@ -38,6 +40,7 @@ ExitStatus OpenImages(CDcmApp& app, const StateArguments& arguments, ReferencedI
     auto status = kAllDone;
     for (const auto& path : arguments.images) {
         auto image = std::make_unique<ReferencedImage>();
+        image->path = path;
         const auto result = image->parser.Initialize(&app, path, 0);
         if (result != QVM_SUCCESS) {
             status = ReportBadInput(path, result);
@@ -52,6 +55,15 @@ ExitStatus OpenImages(CDcmApp& app, const StateArguments& arguments, ReferencedI
             continue;
         }
         image->record = std::make_unique<StateRecord>(header, arguments);
+        const CXGSPSInfo& info = image->record->Info();
+        const CXGSPSInfo& firstInfo = images.empty() ? info : images.front()->record->Info();
+        const std::string difference =
+            DifferenceOf(info, firstInfo, images.empty() ? path : images.front()->path, arguments);
+        if (!difference.empty()) {
+            Complain(path, difference);
+            status = kBadInput;
+            continue;
+        }
         images.push_back(std::move(image));
     }
     return status;

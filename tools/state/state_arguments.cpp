@@ -41,7 +41,7 @@ ShutterShape PolygonOf(std::string_view text) {
     for (const auto part : SplitAt(text, ';')) {
         const auto vertex = NumbersIn<int>(part);
         if (vertex.size() != 2) return {};
-        polygon.vertices.emplace_back(vertex[1], vertex[0]);
+        polygon.vertices.push_back({vertex[1], vertex[0]});
     }
     return polygon.vertices.size() < kFewestVertices ? ShutterShape{} : polygon;
 }

@@ -28,7 +28,9 @@ void Release(Table*& table) {
 StateRecord::StateRecord(CDcmObject& image, const StateArguments& arguments) {
     info_.imageColumns = WordOf(image, tag::kColumns, 0);
     info_.imageRows = WordOf(image, tag::kRows, 0);
-    CXGSPSObject().GSPSApplier(&image, &info_, CString(), -1);
+    CXGSPSObject reader;
+    reader.SetRules(Rules::kStandard);
+    reader.GSPSApplier(&image, &info_, CString(), -1);
     info_.objectKind = 1;
     info_.seriesNumber = "1";
     info_.instanceNumber = "1";

@@ -82,7 +82,8 @@ constexpr std::array kTexts = {
         .summary = "Puts pictures into a patient's study",
         .about = "Makes one secondary capture object of one or more pictures of one size, each a "
                  "frame, for the patient and study of the source. Grey stays grey, 16 bits stay "
-                 "16; pictures with transparency are refused.",
+                 "16; pictures with transparency are refused. Several pages in colour have 8 "
+                 "bits a sample: no class of images holds more.",
         .formats = "Reads PNG; writes a Part 10 file in the transfer syntax that --to names.",
         .examples = {Example{"quorvex capture ct.dcm screen.png -o screen.dcm", "one picture"},
                      Example{"quorvex capture ct.dcm a.png b.png -o both.dcm --to jpeg-lossless",
@@ -91,8 +92,10 @@ constexpr std::array kTexts = {
     VerbText{
         .name = "state",
         .summary = "Makes a presentation state for images of a study",
-        .about = "How images are to be shown, as an object of its own: window, polarity, turn, "
-                 "displayed area, shutter, texts and lines.",
+        .about =
+            "How images are to be shown, as an object of its own: window, polarity, turn, "
+            "displayed area, shutter, texts and lines. A state has one rescale, one "
+            "direction of grey and one shutter: images that differ in these need a state each.",
         .formats = "Reads image objects; writes a Grayscale Softcopy Presentation State.",
         .examples = {Example{"quorvex state ct.dcm -o state.dcm --window 40,400 --label BRAIN",
                              "a window"},

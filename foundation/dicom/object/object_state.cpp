@@ -24,6 +24,7 @@ ObjectState::ObjectState() : content_(EmptyContent()) {}
 ObjectState::ObjectState(const ObjectState& other)
     : name(other.name), content_(other.content_), errorMessage_(other.errorMessage_) {}
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): what it gives itself stays as it was
 ObjectState& ObjectState::operator=(const ObjectState& other) {
     CString otherName = other.name;  // all that can fail
     Adopt(other.content_);

@@ -2,7 +2,7 @@
 
 #include "quorvex/Attributes.h"
 #include "quorvex/Tags.h"
-#include "tools/info/identity/sop_class.h"
+#include "tools/sop_class/sop_class.h"
 #include "tools/stored_image.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "tools/convert/flat_json.h"
+#include "tools/convert/manifest/flat_json.h"
 
 #include "quorvex/Types.h"
 

@@ -1,4 +1,4 @@
-#include "maker/pixel_data_writing.h"
+#include "maker/pixels/pixel_data_writing.h"
 
 #include "foundation/dicom/model/tags.h"
 

@@ -1,8 +1,8 @@
-#include "tools/convert/target_checks.h"
+#include "tools/convert/checks/target_checks.h"
 
 #include "quorvex/Attributes.h"
 #include "quorvex/Tags.h"
-#include "tools/convert/source_checks.h"
+#include "tools/convert/checks/source_checks.h"
 #include "tools/stored_image.h"
 #include "tools/trouble.h"
 

@@ -1,7 +1,7 @@
 /// Which attributes a conversion may change.
 #pragma once
 
-#include "tools/convert/attribute_comparison.h"
+#include "tools/convert/checks/attribute_comparison.h"
 #include "tools/convert_target.h"
 
 namespace quorvex::tools {

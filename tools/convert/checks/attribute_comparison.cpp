@@ -1,4 +1,4 @@
-#include "tools/convert/attribute_comparison.h"
+#include "tools/convert/checks/attribute_comparison.h"
 
 #include "quorvex/Tags.h"
 #include "tools/convert_target.h"

@@ -1,7 +1,7 @@
-#include "tools/convert/manifest.h"
+#include "tools/convert/manifest/manifest.h"
 
 #include "quorvex/Types.h"
-#include "tools/convert/flat_json.h"
+#include "tools/convert/manifest/flat_json.h"
 #include "tools/json.h"
 #include "tools/report.h"
 

@@ -1,7 +1,7 @@
-#include "tools/convert/verify.h"
+#include "tools/convert/checks/verify.h"
 
 #include "quorvex/Tags.h"
-#include "tools/convert/stored_samples.h"
+#include "tools/convert/checks/stored_samples.h"
 #include "tools/convert_target.h"
 #include "tools/stored_image.h"
 

@@ -1,4 +1,4 @@
-#include "maker/rules/element_copy.h"
+#include "foundation/dicom/object/element_copy.h"
 
 #include "foundation/dicom/model/binary_number.h"
 #include "foundation/dicom/object/object_state.h"

@@ -1,7 +1,7 @@
 /// The making of Pixel Data, and of all attributes that describe it.
 #pragma once
 
-#include "maker/frame_supply.h"
+#include "maker/pixels/frame_supply.h"
 #include "quorvex/CxDcmMaker.h"
 
 namespace quorvex {

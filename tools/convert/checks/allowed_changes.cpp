@@ -1,4 +1,4 @@
-#include "tools/convert/allowed_changes.h"
+#include "tools/convert/checks/allowed_changes.h"
 
 #include "quorvex/Tags.h"
 

@@ -1,4 +1,4 @@
-#include "tools/convert/source_checks.h"
+#include "tools/convert/checks/source_checks.h"
 
 #include "quorvex/Attributes.h"
 #include "quorvex/Tags.h"

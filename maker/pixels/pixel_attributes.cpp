@@ -1,4 +1,4 @@
-#include "maker/pixel_attributes.h"
+#include "maker/pixels/pixel_attributes.h"
 
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/types/checked_size.h"

@@ -1,4 +1,4 @@
-#include "maker/plain_frames.h"
+#include "maker/pixels/plain_frames.h"
 
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/answer.h"

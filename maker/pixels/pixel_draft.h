@@ -1,7 +1,7 @@
 /// An object whose Pixel Data is being made, while the one that it will replace stays as it was.
 #pragma once
 
-#include "maker/pixel_attributes.h"
+#include "maker/pixels/pixel_attributes.h"
 #include "quorvex/CxDcmMaker.h"
 
 #include <utility>

@@ -1,4 +1,4 @@
-#include "tools/convert/digest.h"
+#include "tools/convert/manifest/digest.h"
 
 #include "tools/json.h"
 #include "tools/report.h"

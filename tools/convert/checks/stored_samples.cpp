@@ -1,4 +1,4 @@
-#include "tools/convert/stored_samples.h"
+#include "tools/convert/checks/stored_samples.h"
 
 #include "quorvex/Attributes.h"
 #include "quorvex/Tags.h"

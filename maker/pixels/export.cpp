@@ -1,12 +1,12 @@
-#include "maker/export.h"
+#include "maker/pixels/export.h"
 
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/object/object_state.h"
-#include "maker/pixel_attributes.h"
-#include "maker/pixel_data_writing.h"
-#include "maker/pixel_draft.h"
-#include "maker/plain_frames.h"
+#include "maker/pixels/pixel_attributes.h"
+#include "maker/pixels/pixel_data_writing.h"
+#include "maker/pixels/pixel_draft.h"
+#include "maker/pixels/plain_frames.h"
 #include "quorvex/CxImageProcessor.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 /// What became of every input, one JSON object a line: the memory of a long conversion.
 #pragma once
 
-#include "tools/convert/digest.h"
+#include "tools/convert/manifest/digest.h"
 
 #include <array>
 #include <cstdint>

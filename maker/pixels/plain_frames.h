@@ -2,7 +2,7 @@
 #pragma once
 
 #include "foundation/types/block.h"
-#include "maker/pixel_draft.h"
+#include "maker/pixels/pixel_draft.h"
 #include "quorvex/CxDcmMaker.h"
 
 #include <span>

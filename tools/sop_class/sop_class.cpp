@@ -1,4 +1,4 @@
-#include "tools/info/identity/sop_class.h"
+#include "tools/sop_class/sop_class.h"
 
 #include <algorithm>
 #include <iterator>
@@ -11,7 +11,7 @@ struct SopClass {
     std::string_view name;
 };
 
-#include "tools/info/identity/sop_class_table.inc"
+#include "tools/sop_class/sop_class_table.inc"
 
 static_assert(std::ranges::is_sorted(kSopClasses, {}, &SopClass::uid));
 
