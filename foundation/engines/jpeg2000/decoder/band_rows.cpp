@@ -24,8 +24,7 @@ BandRows<T>::BandRows(const BlockContext& context, const BandPlace& place, const
                       float scale) noexcept
     : context_(context),
       place_(place),
-      resolution_(
-          context.tile->layout.components[place.component].resolutions[place.resolution]),
+      resolution_(context.tile->layout.components[place.component].resolutions[place.resolution]),
       band_(resolution_.bands[place.band]),
       window_(window),
       scale_(scale),

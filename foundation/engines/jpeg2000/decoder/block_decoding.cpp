@@ -69,7 +69,8 @@ bool DecodeBlock(const TileData& tile, const BlockPlace& place, const BlockState
                              ? DecodeHtBlock(block, out, block.width, scratch.ht)
                              : DecodeMqBlock(block, out, block.width, scratch.mq);
     if (parameters.roiShift > 0) {
-        const auto area = static_cast<std::size_t>(block.width) * static_cast<std::size_t>(block.height);
+        const auto area =
+            static_cast<std::size_t>(block.width) * static_cast<std::size_t>(block.height);
         TakeBackShift(std::span(scratch.coefficients).first(area), parameters.roiShift);
     }
     return isSound && !state.isDamaged;

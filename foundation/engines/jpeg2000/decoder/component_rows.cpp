@@ -53,8 +53,7 @@ ComponentRows<T>::ComponentRows(const BlockContext& context, unsigned component,
     top_ = levels_[0].bands[0].get();
     for (unsigned r = 1; r <= resolution; ++r) {
         for (unsigned band = 0; band < 3; ++band) {
-            const Rect window =
-                BandWindow(windows[r], resolutions[r].bands[band].orientation);
+            const Rect window = BandWindow(windows[r], resolutions[r].bands[band].orientation);
             AddBand(levels_[r], context, {component, r, band}, window, resolution);
         }
         const auto& bands = levels_[r].bands;

@@ -57,8 +57,7 @@ public:
           allowance_(allowance) {}
 
     [[nodiscard]] Outcome Run() {
-        const std::uint64_t tiles =
-            codestream_.size.TilesAcross() * codestream_.size.TilesDown();
+        const std::uint64_t tiles = codestream_.size.TilesAcross() * codestream_.size.TilesDown();
         bool isWhole = !codestream_.isCut;
         for (std::uint32_t tile = 0; tile < tiles; ++tile) {
             const Outcome outcome = RunTile(tile);
@@ -78,8 +77,7 @@ private:
             const ComponentSize& component = codestream_.size.components[c];
             const Rect whole = decoder_.Area(c, wanted_);
             ComponentTarget target;
-            target.region =
-                Intersect(whole, InComponent(area, component, wanted_.discardedLevels));
+            target.region = Intersect(whole, InComponent(area, component, wanted_.discardedLevels));
             target.x = target.region.x0 - whole.x0;
             target.y = target.region.y0 - whole.y0;
             target.plane = &planes_[c];
@@ -128,12 +126,11 @@ Outcome Decoder::Open(Bytes codestream) {
     const auto& components = codestream_.size.components;
     const std::uint64_t tiles = codestream_.size.TilesAcross() * codestream_.size.TilesDown();
     if (tiles * components.size() > kAllowance + kMostPerByte * length_) return Outcome::kRefused;
-    const bool isTooDeep =
-        std::any_of(components.begin(), components.end(), [](const ComponentSize& component) {
-            return component.precision > kMostDecodedPrecision;
-        });
-    const bool isUnsupported = isTooDeep || codestream_.isMultiComponent ||
-                               IsHighThroughputMixed(codestream_.parameters);
+    const bool isTooDeep = std::any_of(
+        components.begin(), components.end(),
+        [](const ComponentSize& component) { return component.precision > kMostDecodedPrecision; });
+    const bool isUnsupported =
+        isTooDeep || codestream_.isMultiComponent || IsHighThroughputMixed(codestream_.parameters);
     return isUnsupported ? Outcome::kUnsupported : Outcome::kDone;
 }
 

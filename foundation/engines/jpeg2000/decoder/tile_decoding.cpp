@@ -29,8 +29,7 @@ public:
 template <class T>
 class GroupOf final : public Group {
 public:
-    GroupOf(const BlockContext& context, unsigned first,
-            std::span<const ComponentTarget> targets)
+    GroupOf(const BlockContext& context, unsigned first, std::span<const ComponentTarget> targets)
         : targets_(targets), isColour_(targets.size() == 3) {
         for (unsigned i = 0; i < targets.size(); ++i) {
             components_[i] = std::make_unique<ComponentRows<T>>(

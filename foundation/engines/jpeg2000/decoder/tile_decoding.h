@@ -11,9 +11,9 @@ namespace quorvex::j2k {
 
 /// One component's way out of a tile.
 struct ComponentTarget {
-    unsigned resolution = 0;      ///< which of the tile's is taken
-    Rect region;                  ///< what is taken of it
-    std::uint32_t x = 0, y = 0;   ///< where its upper left corner lies in the plane
+    unsigned resolution = 0;     ///< which of the tile's is taken
+    Rect region;                 ///< what is taken of it
+    std::uint32_t x = 0, y = 0;  ///< where its upper left corner lies in the plane
     const OutputPlane* plane = nullptr;
     SampleRange range;
 };

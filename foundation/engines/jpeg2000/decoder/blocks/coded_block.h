@@ -42,7 +42,7 @@ struct BlockSegment {
 struct CodedBlock {
     int width = 0;
     int height = 0;
-    int bitPlanes = 0;    ///< coded magnitude planes: totalPlanes - zero planes; may be out of range
+    int bitPlanes = 0;  ///< coded magnitude planes: totalPlanes - zero planes; may be out of range
     int totalPlanes = 0;  ///< Mb, with the shift of a region of interest added
     std::span<const BlockSegment> segments;
     Orientation band = Orientation::LL;

@@ -24,19 +24,37 @@ bool IsRaw(unsigned style, std::uint32_t pass) noexcept {
     return (style & kStyleBypass) != 0 && pass >= kFirstRaw && KindOf(pass) != PassKind::kCleanUp;
 }
 
+// Bit 4 * column + row for each place of a tract that lies in the block.
+std::uint64_t ValidPlaces(int columns, int rows) noexcept {
+    constexpr std::uint64_t kTopRow = 0x1111111111111111;
+    const std::uint64_t column = (std::uint64_t{1} << std::min(rows, 4)) - 1;
+    const std::uint64_t all = kTopRow * column;
+    return columns >= kTractColumns ? all : all & ((std::uint64_t{1} << (4 * columns)) - 1);
+}
+
 BlockInWork Prepare(const CodedBlock& coded, MqScratch& scratch) {
     BlockInWork block;
     block.width = coded.width;
     block.height = coded.height;
-    block.flagStride = coded.width + 2;
+    block.tractsAcross = (coded.width + kTractColumns - 1) / kTractColumns;
+    block.tractStride = block.tractsAcross + 2;
+    block.columnStride = block.tractsAcross * kTractColumns + 2;
     block.isCausal = (coded.style & kStyleVerticallyCausal) != 0;
     block.zeroCoding = &kZeroCoding[static_cast<std::size_t>(coded.band)];
-    const auto stride = static_cast<std::size_t>(block.flagStride);
     const auto stripes = static_cast<std::size_t>(block.Stripes());
-    scratch.flags.assign(stride * (stripes + 2), 0);
-    scratch.values.assign(static_cast<std::size_t>(coded.width) * stripes * 4, 0);
-    block.flags = scratch.flags.data() + stride + 1;
+    const auto across = static_cast<std::size_t>(block.tractsAcross);
+    scratch.tracts.assign((across + 2) * (stripes + 2), Tract());
+    scratch.columns.assign(static_cast<std::size_t>(block.columnStride) * (stripes + 2), 0);
+    scratch.values.assign(across * stripes * kTractValues, 0);
+    block.tracts = scratch.tracts.data() + block.tractStride + 1;
+    block.columns = scratch.columns.data() + block.columnStride + 1;
     block.values = scratch.values.data();
+    for (int stripe = 0; stripe < block.Stripes(); ++stripe) {
+        for (int i = 0; i < block.tractsAcross; ++i) {
+            block.tracts[stripe * block.tractStride + i].valid =
+                ValidPlaces(block.width - i * kTractColumns, block.height - 4 * stripe);
+        }
+    }
     return block;
 }
 
@@ -71,16 +89,14 @@ private:
         if (segment.passes == 0) return true;
         if (IsRaw(coded_.style, pass_)) {
             RawBits bits(bytes);
-            return RunPasses(segment.passes, [&](PassKind kind, int plane) {
-                RunRaw(bits, kind, plane);
-            });
+            return RunPasses(segment.passes,
+                             [&](PassKind kind, int plane) { RunRaw(bits, kind, plane); });
         }
         const std::size_t size = UnstuffSegment(bytes, bits_);
         MqDecoder decoder;
         decoder.Begin(bits_.data(), size);
-        return RunPasses(segment.passes, [&](PassKind kind, int plane) {
-            RunCoded(decoder, kind, plane);
-        });
+        return RunPasses(segment.passes,
+                         [&](PassKind kind, int plane) { RunCoded(decoder, kind, plane); });
     }
 
     template <class Run>
@@ -117,11 +133,11 @@ private:
     bool isLastSymbolWrong_ = false;
 };
 
-// From columns of four with the sign in bit 31 to rows of two's complement.
+// From the order of the scan with the sign in bit 31 to rows of two's complement.
 void WriteRows(const BlockInWork& block, std::int32_t* out, std::ptrdiff_t stride) noexcept {
+    const std::ptrdiff_t stripeValues = std::ptrdiff_t{block.tractsAcross} * kTractValues;
     for (int y = 0; y < block.height; ++y) {
-        const std::uint32_t* value =
-            block.values + static_cast<std::ptrdiff_t>(y / 4) * block.width * 4 + y % 4;
+        const std::uint32_t* value = block.values + y / 4 * stripeValues + y % 4;
         std::int32_t* row = out + y * stride;
         for (int x = 0; x < block.width; ++x) {
             const std::uint32_t sign = std::uint32_t{0} - (value[4 * x] >> 31);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "foundation/engines/jpeg2000/decoder/blocks/coded_block.h"
+#include "foundation/engines/jpeg2000/decoder/blocks/mq_passes.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +12,8 @@ namespace quorvex::j2k {
 
 /// What one thread needs to decode blocks, kept from block to block.
 struct MqScratch {
-    std::vector<std::uint32_t> flags;
+    std::vector<Tract> tracts;
+    std::vector<std::uint32_t> columns;
     std::vector<std::uint32_t> values;
     std::vector<unsigned char> bits;
 };

@@ -14,7 +14,8 @@ namespace quorvex::j2k {
 
 /// A codeword segment as plain bits: stuffed bits taken out, carries done, ones behind the end.
 /// `bits` is overwritten. Gives the length in bytes that counts; at least kSegmentTail follow.
-std::size_t UnstuffSegment(std::span<const unsigned char> segment, std::vector<unsigned char>& bits);
+std::size_t UnstuffSegment(std::span<const unsigned char> segment,
+                           std::vector<unsigned char>& bits);
 
 inline constexpr std::size_t kSegmentTail = 16;
 
@@ -30,28 +31,68 @@ public:
         last_ = bits + size + kSegmentTail - 4;
     }
 
+    /// Takes the same time whatever the decision is.
     [[gnu::always_inline]] inline unsigned Decode(MqState& context) noexcept {
         const MqState state = context;
-        const MqSuccessors next = kMqSuccessors[state >> 16];
         const std::uint64_t probability = std::uint64_t{state} << 48;
         const std::uint64_t upper = interval_ - probability;
-        const bool isLower = code_ < probability;
-        const bool isExchanged = upper < probability;
-        const std::uint64_t lowerMask = std::uint64_t{0} - std::uint64_t{isLower};
-        interval_ = upper ^ ((upper ^ probability) & lowerMask);
-        code_ -= probability & ~lowerMask;
-        const int shift = std::countl_zero(interval_);
-        const std::uint32_t isLess = static_cast<std::uint32_t>(isLower != isExchanged);
-        const std::uint32_t moved = shift != 0 ? next.afterMore : state;
-        context = isLess != 0 ? next.afterLess : moved;
-        interval_ <<= shift;
-        code_ <<= shift;
-        ahead_ -= shift;
-        if (ahead_ < 0) [[unlikely]] Refill();
-        return ((state >> 16) & 1) ^ isLess;
+        return DecodeFrom(context, state, probability, upper);
+    }
+
+    /// Faster where the more probable symbol is much more probable.
+    [[gnu::always_inline]] inline unsigned DecodeSkewed(MqState& context) noexcept {
+        const MqState state = context;
+        const std::uint64_t probability = std::uint64_t{state} << 48;
+        const std::uint64_t upper = interval_ - probability;
+        if (code_ >= probability && static_cast<std::int64_t>(upper) < 0) [[likely]] {
+            code_ -= probability;
+            interval_ = upper;
+            return MoreProbable(state);
+        }
+        return DecodeFrom(context, state, probability, upper);
     }
 
 private:
+    [[gnu::always_inline]] inline unsigned DecodeFrom(MqState& context, MqState state,
+                                                      std::uint64_t probability,
+                                                      std::uint64_t upper) noexcept {
+        const MqSuccessors next = kMqSuccessors[IndexOf(state)];
+        const bool isLower = code_ < probability;
+        const auto isLess = static_cast<unsigned>(isLower != (upper < probability));
+        Narrow(state, probability, upper, isLower);
+        const MqState moved = Select(shift_ != 0, next.afterMore, state);
+        context = Select(isLess != 0, next.afterLess, moved);
+        return MoreProbable(state) ^ isLess;
+    }
+
+    // Both outcomes are worked out, and one is taken.
+    [[gnu::always_inline]] inline void Narrow(MqState state, std::uint64_t probability,
+                                              std::uint64_t upper, bool isLower) noexcept {
+        const auto upperShift = static_cast<unsigned>(__builtin_clzll(upper));
+        const auto lowerShift = static_cast<unsigned>(ShiftOf(state));
+        const std::uint64_t upperCode = (code_ - probability) << upperShift;
+        const std::uint64_t lowerCode = code_ << lowerShift;
+        const std::uint64_t upperInterval = upper << upperShift;
+        const std::uint64_t lowerInterval = probability << lowerShift;
+        interval_ = Select(isLower, lowerInterval, upperInterval);
+        code_ = Select(isLower, lowerCode, upperCode);
+        shift_ = static_cast<int>(Select(isLower, lowerShift, upperShift));
+        ahead_ -= shift_;
+        if (ahead_ < 0) [[unlikely]]
+            Refill();
+    }
+
+    template <class T>
+    [[gnu::always_inline]] static inline T Select(bool condition, T yes, T no) noexcept {
+#if defined(__clang__)
+        return __builtin_unpredictable(condition) ? yes : no;
+#else
+        T mask = T{0} - T{condition};
+        asm("" : "+r"(mask));  // or the compiler makes a branch of it
+        return no ^ ((yes ^ no) & mask);
+#endif
+    }
+
     static std::uint32_t Word(const unsigned char* bytes) noexcept {
         std::uint32_t word = 0;
         std::memcpy(&word, bytes, sizeof word);
@@ -67,6 +108,7 @@ private:
     std::uint64_t interval_ = 0;
     std::uint64_t code_ = 0;
     int ahead_ = 0;
+    int shift_ = 0;  ///< of the last decision
     const unsigned char* next_ = nullptr;
     const unsigned char* last_ = nullptr;
 };

@@ -1,9 +1,11 @@
 /// The coding passes of ISO/IEC 15444-1 Annex D over one block.
 ///
-/// A word holds the state of four rows of one column, a stripe: bits 0 to 17 the significance of
-/// 3 columns x 6 rows around them (bit 3 * row + column, row 0 above the stripe), then for row i of
-/// the stripe bit 18 + 3i "refined before", 19 + 3i "coded in this plane", 20 + 3i its sign; bit 30
-/// the sign above the stripe, bit 31 the one below. So one shift by 3i serves all of row i.
+/// Four rows are a stripe. Sixteen columns of a stripe have their state in words of 64 bits, whose
+/// bits stand in the order of the scan, bit 4 * column + row: so the members of a pass are one
+/// expression, and counting zeros leads from one to the next. For the contexts there is besides a
+/// word for each column of a stripe: bits 0 to 17 the significance of 3 columns x 6 rows around it
+/// (bit 3 * row + column, row 0 above the stripe), bit 20 + 3i the sign of row i, bit 30 the sign
+/// above the stripe, bit 31 the one below. So one shift by 3i serves all of row i.
 #pragma once
 
 #include "foundation/engines/jpeg2000/decoder/blocks/mq_decoder.h"
@@ -14,34 +16,34 @@
 
 namespace quorvex::j2k {
 
-inline constexpr std::uint32_t kEachRow = 0x249;  ///< bit 3i for each row i
-inline constexpr std::uint32_t kAround = 0x1EF;   ///< the eight neighbours of row 0
-inline constexpr std::uint32_t kAnySignificant = 0x3FFFF;
-inline constexpr unsigned kSelf = 4;
-inline constexpr unsigned kRefined = 18;
-inline constexpr unsigned kCoded = 19;
-inline constexpr unsigned kSign = 20;
-inline constexpr unsigned kSignAbove = 30;
-inline constexpr unsigned kSignBelow = 31;
+/// Sixteen columns of a stripe.
+struct Tract {
+    std::uint64_t significant = 0;
+    std::uint64_t near = 0;     ///< has a significant neighbour
+    std::uint64_t coded = 0;    ///< in this plane's significance pass
+    std::uint64_t refined = 0;  ///< before
+    std::uint64_t valid = 0;    ///< lies in the block
+};
 
-/// A block in the making. `flags` has a border of one word on each side; `values` holds the four
-/// rows of a column side by side, as magnitude with the sign in bit 31.
+inline constexpr int kTractColumns = 16;
+inline constexpr int kTractValues = 64;
+
+/// A block in the making. Tracts and columns have a border on each side. `values` holds 64 values a
+/// tract in the order of its bits, as magnitude with the sign in bit 31.
 struct BlockInWork {
     int width = 0;
     int height = 0;
-    std::ptrdiff_t flagStride = 0;
-    std::uint32_t* flags = nullptr;  ///< of the first column of the first stripe
+    int tractsAcross = 0;
+    std::ptrdiff_t tractStride = 0;
+    std::ptrdiff_t columnStride = 0;
+    Tract* tracts = nullptr;  ///< the first of the first stripe
+    std::uint32_t* columns = nullptr;
     std::uint32_t* values = nullptr;
     const ZeroCodingTable* zeroCoding = nullptr;
     bool isCausal = false;
     std::array<MqState, kContexts> contexts = kFirstStates;
 
     [[nodiscard]] int Stripes() const noexcept { return (height + 3) / 4; }
-    /// Bit 3i for each row that the stripe has.
-    [[nodiscard]] std::uint32_t RowsOf(int stripe) const noexcept {
-        const int rows = height - 4 * stripe;
-        return rows >= 4 ? kEachRow : kEachRow & ((1U << (3 * rows)) - 1);
-    }
 };
 
 /// `plane` counts from 1, since bit 0 of a value is its fraction.

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 
 namespace quorvex::j2k {
@@ -17,7 +18,8 @@ inline constexpr unsigned kUniformContext = 18;
 inline constexpr unsigned kContexts = 19;
 
 /// A context's state in one word: the probability in bits 0 to 15, the more probable symbol in bit
-/// 16, the state's number from bit 17 on, so that bits 16 and up are an index.
+/// 16, the state's number in bits 17 to 22, so that these are an index, and from bit 24 on by how
+/// many places the probability is shifted to fill an interval.
 using MqState = std::uint32_t;
 
 struct MqRow {
@@ -47,14 +49,24 @@ inline constexpr std::array<MqRow, 47> kMqRows = {{
 }};
 
 constexpr MqState StateOf(unsigned row, unsigned moreProbable) {
-    return kMqRows[row].probability | (moreProbable << 16) | (row << 17);
+    const auto shift = static_cast<unsigned>(std::countl_zero(kMqRows[row].probability));
+    return kMqRows[row].probability | (moreProbable << 16) | (row << 17) | (shift << 24);
+}
+constexpr unsigned IndexOf(MqState state) {
+    return (state >> 16) & 0x7F;
+}
+constexpr unsigned MoreProbable(MqState state) {
+    return (state >> 16) & 1;
+}
+constexpr int ShiftOf(MqState state) {
+    return static_cast<int>(state >> 24);
 }
 
 struct MqSuccessors {
     MqState afterMore, afterLess;
 };
 
-/// By a state's bits 16 and up.
+/// By IndexOf().
 inline constexpr auto kMqSuccessors = [] {
     std::array<MqSuccessors, 2 * kMqRows.size()> table{};
     for (unsigned row = 0; row < kMqRows.size(); ++row) {

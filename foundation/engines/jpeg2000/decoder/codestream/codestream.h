@@ -24,7 +24,7 @@ struct Codestream {
     std::vector<TilePart> parts;        ///< by tile, each tile's in their order
     std::vector<unsigned char> packed;  ///< the contents of all PPM segments
     bool hasPackedHeaders = false;
-    bool isCut = false;            ///< a tile-part is not whole or damaged
+    bool isCut = false;             ///< a tile-part is not whole or damaged
     bool isMultiComponent = false;  ///< a transform of ISO/IEC 15444-2 is asked for
 
     [[nodiscard]] std::span<const TilePart> PartsOf(std::uint32_t tile) const noexcept;

@@ -194,8 +194,7 @@ Rect ImageSize::Tile(std::uint32_t index) const noexcept {
         return static_cast<std::uint32_t>(std::clamp<std::uint64_t>(place, least, most));
     };
     return {clip(left, image.x0, image.x1), clip(top, image.y0, image.y1),
-            clip(left + tileWidth, image.x0, image.x1),
-            clip(top + tileHeight, image.y0, image.y1)};
+            clip(left + tileWidth, image.x0, image.x1), clip(top + tileHeight, image.y0, image.y1)};
 }
 
 bool ReadSize(Bytes content, ImageSize& size) {
@@ -215,13 +214,20 @@ bool ReadSize(Bytes content, ImageSize& size) {
 bool ReadSegment(unsigned marker, Bytes content, Parameters& parameters) {
     const ByteReader reader(content);
     switch (marker) {
-        case kCod: return ReadCod(reader, parameters);
-        case kCoc: return ReadCoc(reader, parameters);
-        case kQcd: return ReadQcd(reader, parameters);
-        case kQcc: return ReadQcc(reader, parameters);
-        case kRgn: return ReadRgn(reader, parameters);
-        case kPoc: return ReadPoc(reader, parameters);
-        default: return true;
+        case kCod:
+            return ReadCod(reader, parameters);
+        case kCoc:
+            return ReadCoc(reader, parameters);
+        case kQcd:
+            return ReadQcd(reader, parameters);
+        case kQcc:
+            return ReadQcc(reader, parameters);
+        case kRgn:
+            return ReadRgn(reader, parameters);
+        case kPoc:
+            return ReadPoc(reader, parameters);
+        default:
+            return true;
     }
 }
 

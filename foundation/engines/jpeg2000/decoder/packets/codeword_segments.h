@@ -14,7 +14,7 @@ namespace quorvex::j2k {
 [[nodiscard]] constexpr unsigned PassesLeftInSegment(unsigned style, unsigned pass) noexcept {
     constexpr unsigned kUnlimited = 1024;
     constexpr unsigned kFirstRaw = 10;
-    if ((style & kStyleHighThroughput) != 0) return pass == 0 ? 1 : kUnlimited;
+    if ((style & kStyleHighThroughput) != 0) return pass % 3 == 1 ? 2 : 1;
     if ((style & kStyleTerminateAll) != 0) return 1;
     if ((style & kStyleBypass) == 0) return kUnlimited;
     if (pass < kFirstRaw) return kFirstRaw - pass;

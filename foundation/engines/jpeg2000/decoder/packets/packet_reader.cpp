@@ -52,9 +52,8 @@ bool PacketReader::Read(const ImageSize& size) {
 bool PacketReader::ReadVolume(const ImageSize& size, const ProgressionVolume& volume) {
     const std::vector<PrecinctPlace> places = PlacesInOrder(size, layout_, volume);
     return ForPackets(places, volume, [&](const PrecinctPlace& place, std::uint32_t layer) {
-        PrecinctSlot& slot = layout_.components[place.component]
-                                 .resolutions[place.resolution]
-                                 .slots[place.slot];
+        PrecinctSlot& slot =
+            layout_.components[place.component].resolutions[place.resolution].slots[place.slot];
         if (layer < slot.layersRead) return ++idleVisits_ < kMostIdleVisits;
         ++slot.layersRead;
         return ReadPacket(place, layer);
@@ -71,8 +70,8 @@ bool PacketReader::ReadPacket(const PrecinctPlace& place, std::uint32_t layer) {
     contributions_.clear();
     if (!ReadHeader(place, layer)) return false;
     const std::size_t resolutions = layout_.components[place.component].resolutions.size();
-    const bool isWanted = layer < selection_.layers &&
-                          place.resolution + selection_.discardedLevels < resolutions;
+    const bool isWanted =
+        layer < selection_.layers && place.resolution + selection_.discardedLevels < resolutions;
     return ReadBody(isWanted);
 }
 
@@ -125,26 +124,51 @@ bool PacketReader::ReadBlock(PrecinctBand& band, std::uint32_t x, std::uint32_t 
 bool PacketReader::ReadLengths(BlockState& block, unsigned passes, unsigned style,
                                HeaderBits& bits) {
     constexpr unsigned kMostPasses = 3 * 38;
-    unsigned placeholders = 0;
-    if ((style & kStyleHighThroughput) != 0 && block.passes == 0) {
-        // Passes of planes that are known to be zero come first and have no bytes.
-        placeholders = (passes - 1) / 3 * 3;
-        passes -= placeholders;
-        block.zeroPlanes = static_cast<std::uint8_t>(block.zeroPlanes + placeholders / 3);
+    if ((style & kStyleHighThroughput) != 0 && !block.hasCleanUp) {
+        if (!ReadFirstCleanUp(block, passes, bits)) return false;
     }
     while (passes > 0) {
         if (block.passes > kMostPasses) return false;
         const unsigned count = std::min(passes, PassesLeftInSegment(style, block.passes));
-        const unsigned lengthBits =
-            block.lengthBits + std::bit_width(count + placeholders) - 1U;
-        if (lengthBits > kMostLengthBits) return false;
-        const std::uint32_t size = bits.Bits(lengthBits);
-        contributions_.push_back({&block, size, static_cast<std::uint8_t>(count),
-                                  !BeginsSegment(style, block.passes)});
+        if (!AddContribution(block, count, count, BeginsSegment(style, block.passes), bits))
+            return false;
         block.passes = static_cast<std::uint16_t>(block.passes + count);
         passes -= count;
-        placeholders = 0;
     }
+    return true;
+}
+
+// High throughput: passes of planes that are known to be zero come first and have no bytes. They
+// count with the first clean-up pass (ISO/IEC 15444-15 Annex B). Leaves the passes behind it.
+bool PacketReader::ReadFirstCleanUp(BlockState& block, unsigned& passes, HeaderBits& bits) {
+    const unsigned behind = (block.passes + passes - 1) % 3;
+    const unsigned first = passes > behind ? passes - behind : passes;
+    const unsigned before = block.passes;
+    if (before > 3 * kMostZeroPlanes) return false;
+    if (!AddContribution(block, 1, first, true, bits)) return false;
+    if (contributions_.back().size > 0 && passes > behind) {
+        block.hasCleanUp = true;
+        block.passes = static_cast<std::uint16_t>(before + first);
+        block.zeroPlanes = static_cast<std::uint8_t>(block.zeroPlanes + (before + first - 1) / 3);
+        passes = behind;
+        return true;
+    }
+    // Nothing but such passes: the length is written as if for all of them, and is 0.
+    const unsigned more = std::bit_width(passes) - std::bit_width(first);
+    const bool isZero = contributions_.back().size == 0 && bits.Bits(more) == 0;
+    contributions_.pop_back();
+    block.passes = static_cast<std::uint16_t>(before + passes);
+    passes = 0;
+    return isZero;
+}
+
+// The length is written with more bits for more passes.
+bool PacketReader::AddContribution(BlockState& block, unsigned passes, unsigned countedPasses,
+                                   bool beginsSegment, HeaderBits& bits) {
+    const unsigned lengthBits = block.lengthBits + std::bit_width(countedPasses) - 1U;
+    if (lengthBits > kMostLengthBits) return false;
+    contributions_.push_back(
+        {&block, bits.Bits(lengthBits), static_cast<std::uint8_t>(passes), !beginsSegment});
     return true;
 }
 

@@ -45,6 +45,9 @@ private:
                                  std::uint32_t layer, unsigned style, HeaderBits& bits);
     [[nodiscard]] bool ReadLengths(BlockState& block, unsigned passes, unsigned style,
                                    HeaderBits& bits);
+    [[nodiscard]] bool ReadFirstCleanUp(BlockState& block, unsigned& passes, HeaderBits& bits);
+    [[nodiscard]] bool AddContribution(BlockState& block, unsigned passes, unsigned countedPasses,
+                                       bool beginsSegment, HeaderBits& bits);
     [[nodiscard]] bool ReadBody(bool isWanted);
     void Keep(const Contribution& contribution, std::uint32_t offset);
     void SkipMarker(Bytes& from, unsigned marker, std::size_t bytes) noexcept;

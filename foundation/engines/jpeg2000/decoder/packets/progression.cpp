@@ -42,10 +42,14 @@ Key KeyOf(const PrecinctPlace& place, Progression order) noexcept {
     const std::uint32_t r = place.resolution;
     switch (order) {
         case Progression::LRCP:
-        case Progression::RLCP: return {r, c, place.slot, 0, 0};
-        case Progression::RPCL: return {r, place.y, place.x, c, place.slot};
-        case Progression::PCRL: return {place.y, place.x, c, r, place.slot};
-        case Progression::CPRL: break;
+        case Progression::RLCP:
+            return {r, c, place.slot, 0, 0};
+        case Progression::RPCL:
+            return {r, place.y, place.x, c, place.slot};
+        case Progression::PCRL:
+            return {place.y, place.x, c, r, place.slot};
+        case Progression::CPRL:
+            break;
     }
     return {c, place.y, place.x, r, place.slot};
 }

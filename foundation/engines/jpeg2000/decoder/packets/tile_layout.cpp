@@ -12,8 +12,7 @@ Rect BandArea(const Rect& area, Orientation orientation, unsigned down) noexcept
     const auto place = [down](std::uint32_t value, bool isHigh) {
         const std::uint64_t half = isHigh ? std::uint64_t{1} << (down - 1) : 0;
         const std::uint64_t unit = std::uint64_t{1} << down;
-        return value <= half ? 0U
-                             : static_cast<std::uint32_t>((value - half + unit - 1) >> down);
+        return value <= half ? 0U : static_cast<std::uint32_t>((value - half + unit - 1) >> down);
     };
     const bool isRight = (static_cast<unsigned>(orientation) & 1) != 0;
     const bool isLower = (static_cast<unsigned>(orientation) & 2) != 0;
@@ -52,11 +51,10 @@ bool LayOutBand(const ComponentParameters& parameters, unsigned precision, const
     if (!StepOf(parameters.quantisation, index, step)) return false;
     band.orientation = orientation;
     band.area = BandArea(area, orientation, down);
-    band.totalPlanes =
-        static_cast<int>(parameters.quantisation.guardBits + step.exponent) - 1;
+    band.totalPlanes = static_cast<int>(parameters.quantisation.guardBits + step.exponent) - 1;
     const int range = static_cast<int>(precision + GainOf(orientation));
-    band.step = static_cast<float>(std::ldexp(1.0 + step.mantissa / 2048.0,
-                                              range - static_cast<int>(step.exponent)));
+    band.step = static_cast<float>(
+        std::ldexp(1.0 + step.mantissa / 2048.0, range - static_cast<int>(step.exponent)));
     return true;
 }
 
@@ -64,8 +62,8 @@ bool LayOutResolution(const ComponentParameters& parameters, unsigned precision,
                       unsigned index, ResolutionLayout& resolution) {
     const CodingStyle& style = parameters.style;
     const unsigned down = style.levels - index;
-    resolution.area = {CeilShift(area.x0, down), CeilShift(area.y0, down),
-                       CeilShift(area.x1, down), CeilShift(area.y1, down)};
+    resolution.area = {CeilShift(area.x0, down), CeilShift(area.y0, down), CeilShift(area.x1, down),
+                       CeilShift(area.y1, down)};
     resolution.precinctWidthExponent = style.precincts[index] & 15;
     resolution.precinctHeightExponent = style.precincts[index] >> 4;
     resolution.bands.resize(index == 0 ? 1 : 3);
@@ -150,8 +148,8 @@ bool LayOutTile(const ImageSize& size, const Parameters& parameters, std::uint32
                              layout.components[c]))
             return false;
         for (const ResolutionLayout& resolution : layout.components[c].resolutions) {
-            layout.precincts += std::uint64_t{resolution.precincts.Width()} *
-                                resolution.precincts.Height();
+            layout.precincts +=
+                std::uint64_t{resolution.precincts.Width()} * resolution.precincts.Height();
             if (layout.precincts > mostPrecincts) return false;
         }
     }

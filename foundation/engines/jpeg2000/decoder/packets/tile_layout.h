@@ -32,6 +32,7 @@ struct BlockState {
     std::uint8_t lengthBits = 3;
     bool isIncluded = false;
     bool isDamaged = false;
+    bool hasCleanUp = false;  ///< high throughput: more than placeholder passes have come
 };
 
 /// The blocks of one band in one precinct.
@@ -96,8 +97,8 @@ struct TileLayout {
 
 /// ceil(value / 2^exponent), for exponents up to 32.
 [[nodiscard]] constexpr std::uint32_t CeilShift(std::uint32_t value, unsigned exponent) noexcept {
-    return static_cast<std::uint32_t>(
-        (std::uint64_t{value} + (std::uint64_t{1} << exponent) - 1) >> exponent);
+    return static_cast<std::uint32_t>((std::uint64_t{value} + (std::uint64_t{1} << exponent) - 1) >>
+                                      exponent);
 }
 
 [[nodiscard]] constexpr std::uint32_t CeilDivide(std::uint32_t value, std::uint32_t by) noexcept {

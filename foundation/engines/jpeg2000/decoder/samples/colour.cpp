@@ -20,8 +20,7 @@ void RestoreInts(const std::int32_t* const* rows, std::size_t count, std::int32_
     for (std::size_t x = 0; x < count; x += hn::Lanes(tag)) {
         const auto u = hn::LoadU(tag, rows[1] + x);
         const auto v = hn::LoadU(tag, rows[2] + x);
-        const auto green =
-            hn::Sub(hn::LoadU(tag, rows[0] + x), hn::ShiftRight<2>(hn::Add(u, v)));
+        const auto green = hn::Sub(hn::LoadU(tag, rows[0] + x), hn::ShiftRight<2>(hn::Add(u, v)));
         hn::StoreU(hn::Add(v, green), tag, out[0] + x);
         hn::StoreU(green, tag, out[1] + x);
         hn::StoreU(hn::Add(u, green), tag, out[2] + x);
@@ -47,8 +46,8 @@ void RestoreFloats(const float* const* rows, std::size_t count, std::int32_t* co
         const auto cr = hn::LoadU(tag, rows[2] + x);
         const auto red = hn::MulAdd(cr, hn::Set(tag, 1.402F), y);
         const auto blue = hn::MulAdd(cb, hn::Set(tag, 1.772F), y);
-        const auto green = hn::NegMulAdd(
-            cb, hn::Set(tag, 0.344136286F), hn::NegMulAdd(cr, hn::Set(tag, 0.714136286F), y));
+        const auto green = hn::NegMulAdd(cb, hn::Set(tag, 0.344136286F),
+                                         hn::NegMulAdd(cr, hn::Set(tag, 0.714136286F), y));
         hn::StoreU(Rounded(red), ints, out[0] + x);
         hn::StoreU(Rounded(green), ints, out[1] + x);
         hn::StoreU(Rounded(blue), ints, out[2] + x);

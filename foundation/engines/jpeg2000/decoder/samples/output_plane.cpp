@@ -9,7 +9,9 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "samples hold the lower byte first");
 
-std::uint8_t Ordered(std::uint8_t sample, bool) noexcept { return sample; }
+std::uint8_t Ordered(std::uint8_t sample, bool) noexcept {
+    return sample;
+}
 std::uint16_t Ordered(std::uint16_t sample, bool isBigEndian) noexcept {
     return isBigEndian ? __builtin_bswap16(sample) : sample;
 }
@@ -87,9 +89,12 @@ SampleRange RangeOf(unsigned precision, bool isSigned, bool keepsSign) noexcept 
 void StoreRow(const OutputPlane& plane, const SampleRange& range, const std::int32_t* values,
               std::uint32_t x, std::uint32_t y, std::uint32_t count) noexcept {
     switch (plane.bytesPerSample) {
-        case 1: return Store<std::uint8_t>(plane, range, values, x, y, count);
-        case 2: return Store<std::uint16_t>(plane, range, values, x, y, count);
-        default: return Store<std::uint32_t>(plane, range, values, x, y, count);
+        case 1:
+            return Store<std::uint8_t>(plane, range, values, x, y, count);
+        case 2:
+            return Store<std::uint16_t>(plane, range, values, x, y, count);
+        default:
+            return Store<std::uint32_t>(plane, range, values, x, y, count);
     }
 }
 

@@ -8,15 +8,15 @@ namespace quorvex::j2k {
 
 /// The memory of one component's samples; belongs to the caller.
 struct OutputPlane {
-    unsigned char* data = nullptr;     ///< of the first sample
-    std::ptrdiff_t rowStride = 0;      ///< bytes from row to row
-    std::ptrdiff_t sampleStride = 0;   ///< bytes from sample to sample
-    int bytesPerSample = 1;            ///< 1, 2 or 4
+    unsigned char* data = nullptr;    ///< of the first sample
+    std::ptrdiff_t rowStride = 0;     ///< bytes from row to row
+    std::ptrdiff_t sampleStride = 0;  ///< bytes from sample to sample
+    int bytesPerSample = 1;           ///< 1, 2 or 4
     bool isBigEndian = false;
-    bool keepsSign = false;            ///< negative values fill the sample; else only its precision
-    std::uint32_t repeatX = 1;         ///< each sample stands so often side by side,
-    std::uint32_t repeatY = 1;         ///< and in so many rows
-    std::uint32_t width = 0;           ///< of the memory, repetitions counted
+    bool keepsSign = false;     ///< negative values fill the sample; else only its precision
+    std::uint32_t repeatX = 1;  ///< each sample stands so often side by side,
+    std::uint32_t repeatY = 1;  ///< and in so many rows
+    std::uint32_t width = 0;    ///< of the memory, repetitions counted
     std::uint32_t height = 0;
 };
 

@@ -51,10 +51,14 @@ void LiftRowOfInts(int step, std::int32_t* target, const std::int32_t* above,
 void LiftRowOfFloats(int step, float* target, const float* above, const float* below,
                      std::size_t count) {
     switch (step) {
-        case 1: return LiftWhole<1>(Floats(), target, above, below, count);
-        case 2: return LiftWhole<2>(Floats(), target, above, below, count);
-        case 3: return LiftWhole<3>(Floats(), target, above, below, count);
-        default: return LiftWhole<4>(Floats(), target, above, below, count);
+        case 1:
+            return LiftWhole<1>(Floats(), target, above, below, count);
+        case 2:
+            return LiftWhole<2>(Floats(), target, above, below, count);
+        case 3:
+            return LiftWhole<3>(Floats(), target, above, below, count);
+        default:
+            return LiftWhole<4>(Floats(), target, above, below, count);
     }
 }
 
