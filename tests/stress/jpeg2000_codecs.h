@@ -28,6 +28,9 @@ struct HtCoding {
 /// Nothing where the library refuses the coding.
 Stream EncodeHt(const Planes& picture, const HtCoding& coding);
 
+/// By OpenJPEG, arithmetically coded, with its defaults; irreversible to an eighth.
+Stream EncodeJ2k(const Planes& picture, bool isReversible, bool transformsColour);
+
 // Each gives no planes where it does not decode the whole stream.
 Planes DecodeByOpenJph(const Stream& stream, std::uint32_t discardedLevels = 0);
 Planes DecodeByOpenJpeg(const Stream& stream, std::uint32_t discardedLevels = 0);
