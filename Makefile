@@ -83,8 +83,10 @@ FIRST ?= 0
 STREAMS ?= 3000
 matrix:
 	@scripts/install_packages.sh matrix
-	@$(MAKE) --no-print-directory build BUILD_ARGS="--target quorvex_jpeg2000_matrix"
-	@$(BUILD)/bin/quorvex_jpeg2000_matrix $(FIRST) $(STREAMS)
+	@$(MAKE) --no-print-directory build \
+		BUILD_ARGS="--target quorvex_jpeg2000_ht_matrix quorvex_jpeg2000_mq_matrix"
+	@$(BUILD)/bin/quorvex_jpeg2000_ht_matrix $(FIRST) $(STREAMS)
+	@$(BUILD)/bin/quorvex_jpeg2000_mq_matrix $(FIRST) $(STREAMS)
 
 # No output depends on uninitialised memory: two fillings of the heap, and valgrind on a small set.
 memcheck:

@@ -10,7 +10,8 @@ build="g++ cmake ninja-build make ccache pkg-config zlib1g-dev libpng-dev libcli
 tests="libgtest-dev python3 python3-numpy python3-pydicom dcmtk dicom3tools groff-base zsh fish"
 displays="python3 python3-numpy python3-pydicom dcmtk"
 conversions="python3 python3-numpy python3-pydicom dcmtk dicom3tools libgdcm-tools"
-benches="libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev"
+benches="libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev
+         libopenjph-dev"
 
 fuzzers="clang libclang-rt-14-dev python3 python3-pydicom"
 checkers="clang-format clang-tidy abigail-tools git python3"

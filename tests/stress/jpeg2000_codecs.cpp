@@ -93,6 +93,28 @@ struct Source {
     }
 };
 
+/// What OpenJPEG writes.
+struct Sink {
+    Stream stream;
+    std::size_t at = 0;
+
+    static OPJ_SIZE_T Write(void* bytes, OPJ_SIZE_T size, void* self) {
+        auto* sink = static_cast<Sink*>(self);
+        sink->stream.resize(std::max(sink->stream.size(), sink->at + size));
+        std::memcpy(sink->stream.data() + sink->at, bytes, size);
+        sink->at += size;
+        return size;
+    }
+    static OPJ_OFF_T Skip(OPJ_OFF_T size, void* self) {
+        static_cast<Sink*>(self)->at += static_cast<std::size_t>(size);
+        return size;
+    }
+    static OPJ_BOOL Seek(OPJ_OFF_T place, void* self) {
+        static_cast<Sink*>(self)->at = static_cast<std::size_t>(place);
+        return OPJ_TRUE;
+    }
+};
+
 // OpenJPEG's handles are all of one type.
 struct DeleteCodec {
     void operator()(opj_codec_t* codec) const { opj_destroy_codec(codec); }
@@ -117,7 +139,52 @@ Planes PlanesOf(const opj_image_t& image) {
     return picture;
 }
 
+std::unique_ptr<opj_image_t, DeleteImage> ImageOf(const Planes& picture) {
+    std::vector<opj_image_cmptparm_t> components;
+    for (const Planes::Plane& plane : picture.planes) {
+        opj_image_cmptparm_t component{};
+        component.dx = component.dy = 1;
+        component.w = plane.width;
+        component.h = plane.height;
+        component.prec = static_cast<OPJ_UINT32>(picture.precision);
+        component.sgnd = picture.isSigned ? 1 : 0;
+        components.push_back(component);
+    }
+    std::unique_ptr<opj_image_t, DeleteImage> image(
+        opj_image_create(static_cast<OPJ_UINT32>(components.size()), components.data(),
+                         components.size() == 3 ? OPJ_CLRSPC_SRGB : OPJ_CLRSPC_GRAY));
+    image->x1 = picture.planes[0].width;
+    image->y1 = picture.planes[0].height;
+    for (std::size_t i = 0; i < components.size(); ++i) {
+        std::ranges::copy(picture.planes[i].samples, image->comps[i].data);
+    }
+    return image;
+}
+
 }  // namespace
+
+Stream EncodeJ2k(const Planes& picture, bool isReversible, bool transformsColour) {
+    const auto image = ImageOf(picture);
+    opj_cparameters_t parameters;
+    opj_set_default_encoder_parameters(&parameters);
+    parameters.tcp_numlayers = 1;
+    parameters.cp_disto_alloc = 1;
+    parameters.tcp_rates[0] = isReversible ? 0.0F : 8.0F;
+    parameters.irreversible = isReversible ? 0 : 1;
+    parameters.tcp_mct = transformsColour ? 1 : 0;
+    Sink sink;
+    const std::unique_ptr<opj_stream_t, DeleteStream> output(opj_stream_default_create(OPJ_FALSE));
+    opj_stream_set_write_function(output.get(), Sink::Write);
+    opj_stream_set_skip_function(output.get(), Sink::Skip);
+    opj_stream_set_seek_function(output.get(), Sink::Seek);
+    opj_stream_set_user_data(output.get(), &sink, nullptr);
+    const std::unique_ptr<opj_codec_t, DeleteCodec> codec(opj_create_compress(OPJ_CODEC_J2K));
+    const bool isDone = opj_setup_encoder(codec.get(), &parameters, image.get()) == OPJ_TRUE &&
+                        opj_start_compress(codec.get(), image.get(), output.get()) == OPJ_TRUE &&
+                        opj_encode(codec.get(), output.get()) == OPJ_TRUE &&
+                        opj_end_compress(codec.get(), output.get()) == OPJ_TRUE;
+    return isDone ? sink.stream : Stream();
+}
 
 Stream EncodeHt(const Planes& picture, const HtCoding& coding) try {
     ojph::codestream codestream;

@@ -4,8 +4,6 @@
 #include "foundation/types/checked_size.h"
 #include "foundation/types/limits.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <vector>
 
 namespace quorvex {
@@ -28,41 +26,37 @@ bool IsDecodable(const Jpeg2000Header& header) noexcept {
            header.height <= kLongestCodedSide;
 }
 
-// Where each component's samples go: beside each other, each as often as its sampling says.
-std::vector<j2k::OutputPlane> PlanesOf(const PegasusParameters& p, const j2k::ImageSize& size) {
-    const std::ptrdiff_t pixel = std::ptrdiff_t{p.samples} * p.bytesPerSample;
-    std::vector<j2k::OutputPlane> planes;
-    for (int i = 0; i < p.samples; ++i) {
-        const j2k::ComponentSize& component = size.components[static_cast<std::size_t>(i)];
-        planes.push_back({.data = p.output.data() + std::ptrdiff_t{i} * p.bytesPerSample,
-                          .rowStride = pixel * p.columns,
-                          .sampleStride = pixel,
-                          .bytesPerSample = p.bytesPerSample,
-                          .isBigEndian = p.isBigEndian,
-                          .keepsSign = p.isSigned,
-                          .repeatX = component.dx,
-                          .repeatY = component.dy,
-                          .width = static_cast<std::uint32_t>(p.columns),
-                          .height = static_cast<std::uint32_t>(p.rows)});
-    }
-    return planes;
-}
-
-// The components that the header announced, each with samples for the whole picture.
-bool IsAsAnnounced(const j2k::Decoder& decoder, const PegasusParameters& p) noexcept {
+// Each component goes between the others; subsampled ones are repeated. Empty where a component is
+// not as large as its sampling says.
+std::vector<j2k::OutputPlane> PlanesFor(const j2k::Decoder& decoder,
+                                        const PegasusParameters& parameters) {
     const auto& components = decoder.Size().components;
-    if (components.size() != static_cast<std::size_t>(p.samples)) return false;
+    const auto columns = static_cast<std::uint32_t>(parameters.columns);
+    const auto rows = static_cast<std::uint32_t>(parameters.rows);
+    if (components.size() != static_cast<std::size_t>(parameters.samples)) return {};
+    const std::ptrdiff_t pixelBytes =
+        static_cast<std::ptrdiff_t>(parameters.samples) * parameters.bytesPerSample;
+    std::vector<j2k::OutputPlane> planes;
     for (unsigned i = 0; i < components.size(); ++i) {
         const j2k::Rect area = decoder.Area(i, {});
-        const auto fits = [](std::uint32_t count, std::uint8_t step, int wanted) {
-            return std::uint64_t{count} * step >= static_cast<std::uint64_t>(wanted);
-        };
-        if (components[i].precision > kMostBits ||
-            !fits(area.Width(), components[i].dx, p.columns) ||
-            !fits(area.Height(), components[i].dy, p.rows))
-            return false;
+        const j2k::ComponentSize& component = components[i];
+        if (area.IsEmpty() || std::uint64_t{area.Width()} * component.dx < columns ||
+            std::uint64_t{area.Height()} * component.dy < rows)
+            return {};
+        planes.push_back(
+            {.data = parameters.output.data() +
+                     std::size_t{i} * static_cast<std::size_t>(parameters.bytesPerSample),
+             .rowStride = pixelBytes * parameters.columns,
+             .sampleStride = pixelBytes,
+             .bytesPerSample = parameters.bytesPerSample,
+             .isBigEndian = parameters.isBigEndian,
+             .keepsSign = parameters.isSigned,
+             .repeatX = component.dx,
+             .repeatY = component.dy,
+             .width = columns,
+             .height = rows});
     }
-    return true;
+    return planes;
 }
 
 }  // namespace
@@ -95,13 +89,17 @@ bool CanDecodeJpeg2000(const PegasusParameters& parameters) noexcept {
 
 bool DecodeJpeg2000(PegasusParameters& parameters) {
     const auto codestream = FindCodestream(parameters.input);
+    if (!codestream) return false;
     j2k::Decoder decoder;
-    if (!codestream || decoder.Open(*codestream) != j2k::Outcome::kDone ||
-        !IsAsAnnounced(decoder, parameters))
-        return false;
-    const auto outcome = decoder.Decode({}, PlanesOf(parameters, decoder.Size()));
+    const j2k::Outcome opened = decoder.Open(*codestream);
+    if (opened == j2k::Outcome::kUnsupported && decoder.IsMultiComponent())
+        return DecodeJpeg2000ByLibrary(*codestream, parameters);
+    if (opened != j2k::Outcome::kDone) return false;
+    const std::vector<j2k::OutputPlane> planes = PlanesFor(decoder, parameters);
+    if (planes.empty()) return false;
+    const j2k::Outcome outcome = decoder.Decode({}, planes);
     parameters.isIncomplete = outcome == j2k::Outcome::kIncomplete;
-    return outcome == j2k::Outcome::kDone || parameters.isIncomplete;
+    return outcome == j2k::Outcome::kDone || outcome == j2k::Outcome::kIncomplete;
 }
 
 }  // namespace quorvex

@@ -92,8 +92,7 @@ TEST(HtBlock, ChangedBytesDoNoHarm) {
         for (std::size_t i = 0; i < size; ++i) {
             for (const int mask : {0xFF, 0x80, 0x01}) {
                 Block changed = block;
-                auto& byte = changed.parts[0].bytes[i];
-                byte = static_cast<unsigned char>(byte ^ mask);
+                changed.parts[0].bytes[i] ^= static_cast<unsigned char>(mask);
                 ExpectOneResult(changed);
             }
         }

@@ -1,5 +1,7 @@
 #include "foundation/engines/jpeg2000/decoder/samples/output_plane.h"
 
+#include "foundation/engines/jpeg2000/decoder/samples/dense_rows.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -28,19 +30,30 @@ Sample SampleOf(std::int32_t value, const SampleRange& range) noexcept {
     return static_cast<Sample>(static_cast<std::uint32_t>(clamped) & range.mask);
 }
 
+// Samples of 4 bytes are rare: their rows have no kernel.
+void StoreDenseRow(const SampleRange& range, const std::int32_t* values, std::uint32_t count,
+                   std::uint32_t* out) noexcept {
+    for (std::uint32_t i = 0; i < count; ++i) out[i] = SampleOf<std::uint32_t>(values[i], range);
+}
+
+// Samples that do not stand side by side are made so many at a time, then put in their places.
 template <class Sample>
 void StoreSamples(const OutputPlane& plane, const SampleRange& range, const std::int32_t* values,
                   std::uint32_t count, unsigned char* out) noexcept {
-    if (plane.sampleStride == sizeof(Sample) && !plane.isBigEndian) {
-        for (std::uint32_t i = 0; i < count; ++i) {
-            const auto sample = SampleOf<Sample>(values[i], range);
-            std::memcpy(out + i * sizeof(Sample), &sample, sizeof(Sample));
-        }
+    const bool isAligned = reinterpret_cast<std::uintptr_t>(out) % alignof(Sample) == 0;
+    if (plane.sampleStride == sizeof(Sample) && !plane.isBigEndian && isAligned) {
+        StoreDenseRow(range, values, count, reinterpret_cast<Sample*>(out));
         return;
     }
-    for (std::uint32_t i = 0; i < count; ++i, out += plane.sampleStride) {
-        const Sample sample = Ordered(SampleOf<Sample>(values[i], range), plane.isBigEndian);
-        std::memcpy(out, &sample, sizeof(Sample));
+    constexpr std::uint32_t kAtOnce = 256;
+    Sample samples[kAtOnce];
+    for (std::uint32_t done = 0; done < count; done += kAtOnce) {
+        const std::uint32_t now = std::min(kAtOnce, count - done);
+        StoreDenseRow(range, values + done, now, samples);
+        for (std::uint32_t i = 0; i < now; ++i, out += plane.sampleStride) {
+            const Sample sample = Ordered(samples[i], plane.isBigEndian);
+            std::memcpy(out, &sample, sizeof(Sample));
+        }
     }
 }
 
