@@ -1,7 +1,7 @@
 // 8-bit lossy JPEG and JPEG 2000 through CxImageProcessor, beside libjpeg-turbo and OpenJPEG called
 // with nothing of ours around them.
 #include "bench/engine_pictures.h"
-#include "foundation/engines/jpeg2000/jpeg2000_stream.h"
+#include "bench/openjpeg_reading.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -33,10 +33,9 @@ void BaselineEncodeTurbo(benchmark::State& state) {
 
 /// Decodes and packs: what a caller without us would have to do.
 void OpenJpegFrame(const Bytes& stream, const Picture& picture, unsigned char* out) {
-    OpjSource source{.parts = {stream, {}}};
+    OpjSource source{.bytes = stream};
     const OpjStream opened = OpenForReading(source);
-    bool ranOut = false;
-    const OpjCodec codec = MakeOpjDecoder(ranOut);
+    const OpjCodec codec = MakeOpjDecoder();
     opj_dparameters_t settings{};
     opj_set_default_decoder_parameters(&settings);
     opj_setup_decoder(codec.get(), &settings);

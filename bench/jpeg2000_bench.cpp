@@ -2,8 +2,8 @@
 // OpenJPEG and OpenJPH, each called with nothing of ours around it. QUORVEX_BENCH_FILES may name more
 // codestreams.
 #include "bench/engine_pictures.h"
+#include "bench/openjpeg_reading.h"
 #include "foundation/engines/jpeg2000/decoder/decoder.h"
-#include "foundation/engines/jpeg2000/jpeg2000_stream.h"
 #include "tests/stress/jpeg2000_codecs.h"
 
 #include <algorithm>
@@ -48,10 +48,9 @@ bool DecodeOurs(const Job& job, const j2k::Wanted& wanted, unsigned char* frame)
 }
 
 bool DecodeOpenJpeg(const Job& job, unsigned char* frame) {
-    OpjSource source{.parts = {job.stream, {}}};
+    OpjSource source{.bytes = job.stream};
     const OpjStream opened = OpenForReading(source);
-    bool ranOut = false;
-    const OpjCodec codec = MakeOpjDecoder(ranOut);
+    const OpjCodec codec = MakeOpjDecoder();
     opj_dparameters_t settings{};
     opj_set_default_decoder_parameters(&settings);
     opj_setup_decoder(codec.get(), &settings);

@@ -12,9 +12,6 @@ namespace quorvex {
 /// Decodes to `output`. Where it answers false the samples there are undefined.
 /// Throws std::bad_alloc.
 [[nodiscard]] bool DecodeJpeg2000(PegasusParameters& parameters);
-/// The same by OpenJPEG, which knows transforms that our decoder does not.
-[[nodiscard]] bool DecodeJpeg2000ByLibrary(std::span<const unsigned char> codestream,
-                                           PegasusParameters& parameters);
 
 [[nodiscard]] bool CanEncodeJpeg2000(const PegasusParameters& parameters) noexcept;
 /// Codes to `coded`. Throws std::bad_alloc.

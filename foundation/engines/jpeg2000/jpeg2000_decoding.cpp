@@ -91,10 +91,7 @@ bool DecodeJpeg2000(PegasusParameters& parameters) {
     const auto codestream = FindCodestream(parameters.input);
     if (!codestream) return false;
     j2k::Decoder decoder;
-    const j2k::Outcome opened = decoder.Open(*codestream);
-    if (opened == j2k::Outcome::kUnsupported && decoder.IsMultiComponent())
-        return DecodeJpeg2000ByLibrary(*codestream, parameters);
-    if (opened != j2k::Outcome::kDone) return false;
+    if (decoder.Open(*codestream) != j2k::Outcome::kDone) return false;
     const std::vector<j2k::OutputPlane> planes = PlanesFor(decoder, parameters);
     if (planes.empty()) return false;
     const j2k::Outcome outcome = decoder.Decode({}, planes);

@@ -264,13 +264,4 @@ std::optional<Jpeg2000Header> ReadJpeg2000Header(Bytes codestream) noexcept {
     return header;
 }
 
-std::optional<Bytes> WholeTileParts(Bytes codestream) noexcept {
-    const auto first = FirstTilePart(codestream);
-    if (!first) return std::nullopt;
-    std::size_t place = *first;
-    while (const std::size_t length = TilePartLength(codestream, place)) place += length;
-    if (place == *first) return std::nullopt;
-    return codestream.first(place);
-}
-
 }  // namespace quorvex

@@ -31,9 +31,4 @@ struct Jpeg2000Header {
 [[nodiscard]] std::optional<Jpeg2000Header> ReadJpeg2000Header(
     std::span<const unsigned char> codestream) noexcept;
 
-/// The codestream up to the end of its last whole tile-part, without an end marker: what follows
-/// is junk, or a tile-part that breaks off. Nothing where no tile-part is whole.
-[[nodiscard]] std::optional<std::span<const unsigned char>> WholeTileParts(
-    std::span<const unsigned char> codestream) noexcept;
-
 }  // namespace quorvex
