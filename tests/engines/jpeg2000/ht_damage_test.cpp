@@ -92,7 +92,8 @@ TEST(HtBlock, ChangedBytesDoNoHarm) {
         for (std::size_t i = 0; i < size; ++i) {
             for (const unsigned char mask : {0xFF, 0x80, 0x01}) {
                 Block changed = block;
-                changed.parts[0].bytes[i] ^= mask;
+                changed.parts[0].bytes[i] =
+                    static_cast<unsigned char>(changed.parts[0].bytes[i] ^ mask);
                 ExpectOneResult(changed);
             }
         }
