@@ -1,6 +1,6 @@
-// JPEG 2000 streams, arithmetically coded and of high throughput, into packed frames: our decoder beside
-// OpenJPEG and OpenJPH, each called with nothing of ours around it. QUORVEX_BENCH_FILES may name more
-// codestreams.
+// JPEG 2000 streams, arithmetically coded and of high throughput, into packed frames: our decoder
+// beside OpenJPEG and OpenJPH, each called with nothing of ours around it. QUORVEX_BENCH_FILES may
+// name more codestreams.
 #include "bench/engine_pictures.h"
 #include "bench/openjpeg_reading.h"
 #include "foundation/engines/jpeg2000/decoder/decoder.h"
@@ -90,7 +90,7 @@ bool DecodeOpenJph(const Job& job, unsigned char* frame) {
             const ojph::line_buf* line = codestream.pull(component);
             if (picture.SampleBytes() == 2) {
                 PackRow(line->i32, picture.columns, picture.samples,
-                        reinterpret_cast<std::uint16_t*>(frame) + row + component);
+                        static_cast<std::uint16_t*>(static_cast<void*>(frame)) + row + component);
             } else {
                 PackRow(line->i32, picture.columns, picture.samples, frame + row + component);
             }

@@ -1,6 +1,6 @@
 // High-throughput streams of every kind that OpenJPH writes, through our decoder, OpenJPEG's and
-// OpenJPH's own: reversible ones give the source picture, the others what the libraries give, within
-// rounding. Also at lower resolutions.
+// OpenJPH's own: reversible ones give the source picture, the others what the libraries give,
+// within rounding. Also at lower resolutions.
 // Usage: quorvex_jpeg2000_ht_matrix [FIRST [COUNT]]    each number is a stream, always the same one
 #include "tests/stress/jpeg2000_codecs.h"
 #include "tests/stress/jpeg2000_pictures.h"

@@ -83,7 +83,7 @@ TEST(HtBlock, LastSoundSetCounts) {
     EXPECT_TRUE(before.isSound);
     EXPECT_NE(before.values, expected.values);
     Part damaged = last;
-    damaged.bytes[damaged.bytes.size() - 1] = 0xFF;  // a suffix longer than the segment
+    damaged.bytes.push_back(0xFF);  // a suffix longer than the segment
     block.parts = {first, refinement, damaged};
     before.isSound = false;
     EXPECT_EQ(Decode(block), before);

@@ -1,5 +1,5 @@
-// High-throughput blocks in whole codestreams of one block each: layers, placeholder passes, several
-// sets.
+// High-throughput blocks in whole codestreams of one block each: layers, placeholder passes,
+// several sets.
 #include "foundation/engines/jpeg2000/decoder/decoder.h"
 #include "tests/engines/jpeg2000/ht_test_blocks.h"
 

@@ -26,8 +26,7 @@ struct HtSets {
     bool isSound = true;
 };
 
-/// Length of the suffix, which holds the MEL and the VLC stream (clause 7.1.1); 0 where it cannot
-/// be right.
+/// Length of the suffix, Scup, which holds the MEL and the VLC stream; 0 where it cannot be right.
 std::size_t SuffixOf(Segment cleanup) {
     const std::size_t length = cleanup.size();
     if (length < 2) return 0;
@@ -73,7 +72,7 @@ HtSets FindSets(const CodedBlock& block) {
     return sets;
 }
 
-/// The streams of a clean-up segment (clause 7.1).
+/// The streams of a clean-up segment.
 HtCleanup Streams(Segment cleanup, std::size_t suffix, int width, HtScratch& scratch,
                   bool& isSound) {
     const std::size_t length = cleanup.size();

@@ -1,4 +1,4 @@
-/// The clean-up pass of a high-throughput block (ISO/IEC 15444-15 clause 7.3).
+/// The clean-up pass of a high-throughput block (ISO/IEC 15444-15 clause 7).
 #pragma once
 
 #include "foundation/engines/jpeg2000/decoder/blocks/ht_scratch.h"

@@ -1,4 +1,4 @@
-/// The codes of a row of quads (ISO/IEC 15444-15 clauses 7.3.4 to 7.3.6), for one target.
+/// The codes of a row of quads (ISO/IEC 15444-15 clause 7), for one target.
 #if defined(QUORVEX_HT_CODES_INL) == defined(HWY_TARGET_TOGGLE)
 #ifdef QUORVEX_HT_CODES_INL
 #undef QUORVEX_HT_CODES_INL
@@ -23,8 +23,8 @@ public:
         bits_.Refill();
     }
 
-    /// Fills a row of entries. While the codes of a pair are looked up there is time for other work:
-    /// `beside(pair)` is called for each of the first `pairsBeside` pairs.
+    /// Fills a row of entries. While the codes of a pair are looked up there is time for other
+    /// work: `beside(pair)` is called for each of the first `pairsBeside` pairs.
     template <bool kIsFirstRow, class Beside>
     HWY_INLINE void ReadRow(std::size_t pairsBeside, Beside beside) {
         Row<kIsFirstRow> row{bits_, events_, 0, rows_, &mel_};
@@ -115,8 +115,8 @@ HWY_INLINE void CodeReader::Row<kIsFirstRow>::ReadSingle(std::size_t pair) {
     ReadOffsets(Accept(LookUp(at), at), 0, pair);
 }
 
-/// The exponent offsets of a pair of quads (clause 7.3.6), which PlanRow() takes from there. A pair
-/// has 30 bits at most.
+/// The exponent offsets of a pair of quads, which PlanRow() takes from there. A pair has 30 bits at
+/// most.
 template <bool kIsFirstRow>
 HWY_INLINE void CodeReader::Row<kIsFirstRow>::ReadOffsets(std::uint32_t first, std::uint32_t second,
                                                           std::size_t pair) {

@@ -1,4 +1,4 @@
-/// Signs and magnitudes of a row of quads (ISO/IEC 15444-15 clauses 7.3.7 and 7.3.8), for one target.
+/// Signs and magnitudes of a row of quads (ISO/IEC 15444-15 clause 7), for one target.
 #if defined(QUORVEX_HT_MAGNITUDES_INL) == defined(HWY_TARGET_TOGGLE)
 #ifdef QUORVEX_HT_MAGNITUDES_INL
 #undef QUORVEX_HT_MAGNITUDES_INL
@@ -15,7 +15,7 @@ HWY_BEFORE_NAMESPACE();
 namespace quorvex::j2k::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-/// Clause 7.3.8, one sample after the other: quads `first` to `end`. The rows begin at `first`.
+/// One sample after the other: quads `first` to `end`. The rows begin at `first`.
 inline void ReadQuads(const HtCleanup& pass, const HtRows& rows, std::size_t first, std::size_t end,
                       std::int32_t* upper, std::int32_t* lower) {
     for (std::size_t i = first; i < end; ++i) {

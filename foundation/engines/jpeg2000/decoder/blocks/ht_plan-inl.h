@@ -1,4 +1,4 @@
-/// Exponent bounds of a row of quads and where their magnitudes lie (ISO/IEC 15444-15 clause 7.3.7),
+/// Exponent bounds of a row of quads and where their magnitudes lie (ISO/IEC 15444-15 clause 7),
 /// for one target.
 #if defined(QUORVEX_HT_PLAN_INL) == defined(HWY_TARGET_TOGGLE)
 #ifdef QUORVEX_HT_PLAN_INL
@@ -53,7 +53,7 @@ HWY_INLINE PlanWord Above(const std::uint32_t* lowers) {
 #endif
 }
 
-/// The exponent offsets u of quads from the first one on (clause 7.3.6).
+/// The exponent offsets u of quads from the first one on.
 HWY_INLINE PlanWord Offsets(const HtRows& rows, std::size_t first) {
     const PlanWords words;
     const auto one = hn::Set(words, 1);
@@ -71,7 +71,7 @@ HWY_INLINE PlanWord Offsets(const HtRows& rows, std::size_t first) {
     return hn::Add(prefix, hn::And(suffix, hn::Sub(hn::Shl(one, length), one)));
 }
 
-/// U of all quads (clause 7.3.7, formulas (5) and (6)), how many bits each has in the stream of
+/// U of all quads (formulas (5) and (6)), how many bits each has in the stream of
 /// magnitudes, and what the row gives to the contexts of the next one. Gives
 /// the largest U.
 inline std::uint32_t PlanRow(const HtRows& rows) {

@@ -110,7 +110,7 @@ private:
     std::int32_t half_;  ///< the midpoint one plane below the clean-up pass
 };
 
-/// Clause 7.4: for a group its significance bits, then the signs of those that it found.
+/// For a group its significance bits, then the signs of those that it found.
 void Refiner::Propagate(HtBitReader bits) {
     const Neighbourhood neighbourhood(groups_,
                                       GroupsAt(passes_.width, 1) - GroupsAt(passes_.width, 0));
@@ -137,7 +137,7 @@ void Refiner::Propagate(HtBitReader bits) {
     });
 }
 
-/// Clause 7.5: one more bit of each sample that the clean-up pass found.
+/// One more bit of each sample that the clean-up pass found.
 void Refiner::Refine(HtBitReader bits) {
     ForEachGroup([&](std::size_t at, std::int32_t* first, Group) {
         bits.Refill();

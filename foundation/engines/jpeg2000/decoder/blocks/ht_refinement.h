@@ -1,5 +1,5 @@
 /// The passes one plane below the clean-up pass: significance propagation and magnitude refinement
-/// (ISO/IEC 15444-15 clauses 7.4 and 7.5).
+/// (ISO/IEC 15444-15 clause 7).
 #pragma once
 
 #include "foundation/engines/jpeg2000/decoder/blocks/ht_scratch.h"

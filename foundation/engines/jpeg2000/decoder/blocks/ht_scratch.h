@@ -12,12 +12,12 @@ namespace quorvex::j2k {
 inline constexpr int kLargestBlockSide = 1024;
 inline constexpr int kLargestBlock = 4096;  ///< samples
 
-inline constexpr std::size_t kLargestHtSuffix = 4079;  ///< Scup, clause 7.1.1
+inline constexpr std::size_t kLargestHtSuffix = 4079;  ///< Scup
 /// What 4096 samples of 31 bits can use, stuffing included; the rest of a stream is not looked at.
 inline constexpr std::size_t kLargestHtMagnitudes = 17408;
 
-/// What the magnitudes and the codes of a row of quads take at most. They are read as if the streams
-/// had them, even where these have ended.
+/// What the magnitudes and the codes of a row of quads take at most. They are read as if the
+/// streams had them, even where these have ended.
 constexpr std::size_t HtRowBytes(int width) {
     return static_cast<std::size_t>(width + 1) * 8;
 }

@@ -1,4 +1,4 @@
-/// The bit streams of a high-throughput block (ISO/IEC 15444-15 clause 7.1): stuffed bits are taken
+/// The bit streams of a high-throughput block (ISO/IEC 15444-15 clause 7): stuffed bits are taken
 /// out of a whole stream first, so that its reader needs no more than one load and one shift.
 #pragma once
 
@@ -28,8 +28,8 @@ struct HtBits {
     std::uint32_t count = 0;
 };
 
-/// Takes the stuffed bits out of a stream that runs forward: the byte behind FF has 7 bits (clause
-/// 7.1.2, MagSgn; 7.1.5, SigProp). `bits` has room for the stream, for `more` bytes and kHtSlack bytes.
+/// Takes the stuffed bits out of a stream that runs forward: the byte behind FF has 7 bits
+/// (MagSgn, SigProp). `bits` has room for the stream, for `more` bytes and kHtSlack bytes.
 ///
 /// @param filler  what the standard reads behind the end: FF or 0
 /// @param more    bytes of filler that are wanted, beside kHtSlack
@@ -37,9 +37,8 @@ struct HtBits {
 HtBits UnstuffForward(std::span<const unsigned char> stream, unsigned char filler, std::size_t more,
                       unsigned char* bits, bool& isSound);
 
-/// The same for a stream that runs backward from the last byte on: a byte xF has 7 bits where its
-/// low 7 bits are set and the byte before it, in reading order, is above 8F (clause 7.1.4, VLC;
-/// 7.1.6, MagRef). Zeros follow.
+/// The same for a stream that runs backward from the last byte on (VLC, MagRef): a byte whose low 7
+/// bits are set has 7 bits where the byte before it, in reading order, is above 8F. Zeros follow.
 ///
 /// @param last  the byte that was read before: above 8F or not
 /// @param head  bits, at most 7, that come first, with their number
@@ -54,7 +53,7 @@ HtBits UnstuffBackward(std::span<const unsigned char> stream, const HtHead& head
 /// Events of the MEL decoder, the next one lowest, and a 1 behind the last one.
 using HtEvents = std::uint64_t;
 
-/// The adaptive run-length decoder of clause 7.3.3.
+/// The adaptive run-length decoder of MEL events.
 class HtMelReader {
 public:
     HtMelReader() = default;

@@ -116,7 +116,7 @@ constexpr std::uint32_t kLaterRowWords[] = {
 };
 // clang-format on
 
-/// What a quad gives to the context of the next one: clause 7.3.5, formulas (1) and (2).
+/// What a quad gives to the context of the next one: formulas (1) and (2).
 constexpr unsigned RightContext(unsigned significance, bool isFirstRow) {
     if (isFirstRow) return (significance >> 1) | (significance & 1);
     return (significance & 0xC) != 0 ? 2 : 0;
@@ -145,7 +145,7 @@ struct Prefix {
     unsigned suffix;  ///< bits that follow
 };
 
-/// Clause 7.3.6, Table 3: "1", "01", "001" and "000".
+/// Table 3: "1", "01", "001" and "000".
 constexpr Prefix PrefixAt(unsigned bits) {
     if ((bits & 1) != 0) return {1, 1, 0};
     if ((bits & 2) != 0) return {2, 2, 0};

@@ -1,5 +1,5 @@
-/// The variable-length codes of the high-throughput clean-up pass (ISO/IEC 15444-15 clause 7.3.5,
-/// 7.3.6 and Annex C), as look-up tables.
+/// The variable-length codes of the high-throughput clean-up pass (ISO/IEC 15444-15 clause 7 and
+/// Annex C), as look-up tables.
 #pragma once
 
 #include <array>
@@ -24,8 +24,8 @@ inline constexpr int kContext = 22;              ///< the neighbour's context x 
 
 /// An entry of HtTables::offsets: how the U-VLC codes of a pair of quads read.
 ///
-/// Bits 0-5 length altogether; then for either quad, from bit 6 and from bit 17 on: 4 bits where its
-/// suffix begins, 3 bits the suffix's length, 4 bits what its prefix stands for.
+/// Bits 0-5 length altogether; then for either quad, from bit 6 and from bit 17 on: 4 bits where
+/// its suffix begins, 3 bits the suffix's length, 4 bits what its prefix stands for.
 using HtOffset = std::uint32_t;
 namespace ht_offset {
 inline constexpr unsigned kLength = 0x3F;
@@ -37,8 +37,8 @@ struct HtTables {
     /// The first row's and the other rows' code words: index is context x 128 + the next 7 bits.
     std::array<std::array<std::uint32_t, 8 * 128>, 2> quads;
     /// For the first row and the others: index is which x 64 + the next 6 bits; which is 0 none,
-    /// 1 the first quad, 2 the second, 3 both; 4 both, where a MEL event of the first row tells that
-    /// both are above 2.
+    /// 1 the first quad, 2 the second, 3 both; 4 both, where a MEL event of the first row tells
+    /// that both are above 2.
     std::array<std::array<HtOffset, 5 * 64>, 2> offsets;
 };
 

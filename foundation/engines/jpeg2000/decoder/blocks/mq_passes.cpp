@@ -16,9 +16,9 @@ namespace quorvex::j2k::HWY_NAMESPACE {
 constexpr std::uint64_t kTopRow = 0x1111111111111111;
 constexpr std::uint32_t kAround = 0x1EF;  // the eight neighbours of row 0
 constexpr unsigned kSelf = 4;
-constexpr unsigned kSign = 20;
-constexpr unsigned kSignAbove = 30;
-constexpr unsigned kSignBelow = 31;
+constexpr unsigned kSignAbove = 18;
+constexpr unsigned kSign = 19;
+constexpr unsigned kSignBelow = 23;
 
 /// A place of the scan, and what is at it.
 struct Cursor {
@@ -58,7 +58,7 @@ HWY_INLINE void Spread(const BlockInWork& block, const Cursor& cursor, unsigned 
     constexpr std::uint64_t kRows[] = {0x323, 0x757, 0xEAE, 0xC4C};
     std::uint32_t* const at = cursor.column + x;
     at[-1] |= 1U << (3 * row + 5);
-    at[0] |= (1U << (3 * row + kSelf)) | (sign << (3 * row + kSign));
+    at[0] |= (1U << (3 * row + kSelf)) | (sign << (row + kSign));
     at[1] |= 1U << (3 * row + 3);
     MarkNear(cursor.tract, x, kRows[row]);
     if (row == 0 && !isCausal) {
@@ -79,12 +79,10 @@ HWY_INLINE void Spread(const BlockInWork& block, const Cursor& cursor, unsigned 
 
 // Where to look in kSignCoding for row `row` of the column at `at`.
 HWY_INLINE unsigned SignPlace(const std::uint32_t* at, unsigned row) {
-    const std::uint32_t word = at[0];
-    const std::uint32_t above = row == 0 ? word >> kSignAbove : word >> (kSign + 3 * row - 3);
-    const std::uint32_t below = row == 3 ? word >> kSignBelow : word >> (kSign + 3 * row + 3);
-    const unsigned own = kSign + 3 * row;
-    return ((word >> (3 * row)) & 0xAA) | (above & 1) | (((at[-1] >> own) & 1) << 2) |
-           (((at[1] >> own) & 1) << 4) | ((below & 1) << 6);
+    const std::uint32_t vertical = at[0] >> (kSignAbove + row);
+    const unsigned own = kSign + row;
+    return ((at[0] >> (3 * row)) & 0xAA) | (vertical & 1) | (((at[-1] >> own) & 1) << 2) |
+           (((at[1] >> own) & 1) << 4) | ((vertical & 4) << 4);
 }
 
 HWY_INLINE std::uint32_t DecodeSign(BlockInWork& block, MqDecoder& decoder, const std::uint32_t* at,

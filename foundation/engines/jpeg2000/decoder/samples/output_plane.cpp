@@ -42,7 +42,7 @@ void StoreSamples(const OutputPlane& plane, const SampleRange& range, const std:
                   std::uint32_t count, unsigned char* out) noexcept {
     const bool isAligned = reinterpret_cast<std::uintptr_t>(out) % alignof(Sample) == 0;
     if (plane.sampleStride == sizeof(Sample) && !plane.isBigEndian && isAligned) {
-        StoreDenseRow(range, values, count, reinterpret_cast<Sample*>(out));
+        StoreDenseRow(range, values, count, static_cast<Sample*>(static_cast<void*>(out)));
         return;
     }
     constexpr std::uint32_t kAtOnce = 256;
