@@ -2,32 +2,12 @@
 /// streams and for the bench.
 #pragma once
 
-#include <array>
+#include "tests/engines/jpeg2000/planes.h"
+
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace quorvex::test {
-
-/// A picture's components, all of one precision.
-struct Planes {
-    struct Plane {
-        std::uint32_t width = 0;
-        std::uint32_t height = 0;
-        std::vector<std::int32_t> samples;
-        bool operator==(const Plane&) const = default;
-    };
-    std::vector<Plane> planes;
-    int precision = 8;
-    bool isSigned = false;
-
-    bool operator==(const Planes&) const = default;
-};
-
-struct Pair {
-    std::uint32_t x = 0;
-    std::uint32_t y = 0;
-};
 
 /// How OpenJPH codes a picture.
 struct HtCoding {
@@ -44,8 +24,6 @@ struct HtCoding {
     /// Of every component but the first.
     Pair subsampling{1, 1};
 };
-
-using Stream = std::vector<unsigned char>;
 
 /// Nothing where the library refuses the coding.
 Stream EncodeHt(const Planes& picture, const HtCoding& coding);

@@ -2,7 +2,7 @@
 // its own: reversible ones give the source picture, the others what the library gives, within
 // rounding.
 // Usage: quorvex_jpeg2000_mq_matrix [FIRST [COUNT]]    each number is a stream, always the same one
-#include "tests/stress/jpeg2000_mq_coding.h"
+#include "tests/engines/jpeg2000/mq_coding.h"
 #include "tests/stress/jpeg2000_pictures.h"
 
 #include <cstdio>

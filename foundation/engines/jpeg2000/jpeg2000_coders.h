@@ -9,8 +9,12 @@ namespace quorvex {
 [[nodiscard]] bool QueryJpeg2000(PegasusParameters& parameters) noexcept;
 /// The frame that the block describes is the one in the stream, and `output` is as long as it.
 [[nodiscard]] bool CanDecodeJpeg2000(const PegasusParameters& parameters) noexcept;
-/// Decodes to `output`; what cannot be decoded leaves it as it was. Throws std::bad_alloc.
+/// Decodes to `output`. Where it answers false the samples there are undefined.
+/// Throws std::bad_alloc.
 [[nodiscard]] bool DecodeJpeg2000(PegasusParameters& parameters);
+/// The same by OpenJPEG, which knows transforms that our decoder does not.
+[[nodiscard]] bool DecodeJpeg2000ByLibrary(std::span<const unsigned char> codestream,
+                                           PegasusParameters& parameters);
 
 [[nodiscard]] bool CanEncodeJpeg2000(const PegasusParameters& parameters) noexcept;
 /// Codes to `coded`. Throws std::bad_alloc.

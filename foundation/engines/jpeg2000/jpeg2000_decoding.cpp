@@ -1,22 +1,14 @@
+#include "foundation/engines/jpeg2000/decoder/decoder.h"
 #include "foundation/engines/jpeg2000/jpeg2000_coders.h"
 #include "foundation/engines/jpeg2000/jpeg2000_header.h"
-#include "foundation/engines/jpeg2000/jpeg2000_stream.h"
 #include "foundation/types/checked_size.h"
 #include "foundation/types/limits.h"
 
-#include <algorithm>
-#include <bit>
-#include <cstring>
-#include <new>
-#include <optional>
-#include <utility>
+#include <vector>
 
 namespace quorvex {
 namespace {
 
-using Bytes = std::span<const unsigned char>;
-
-constexpr unsigned char kEndOfCodestream[] = {0xFF, 0xD9};
 constexpr int kMostBits = 16;
 
 bool IsJustified(const Jpeg2000Header& header, std::uint64_t length) noexcept {
@@ -34,111 +26,37 @@ bool IsDecodable(const Jpeg2000Header& header) noexcept {
            header.height <= kLongestCodedSide;
 }
 
-/// The library goes on with an image that it had no memory to describe, and would fall over it.
-bool IsDescribed(const OpjImage& image) noexcept {
-    return image && image->comps != nullptr && image->numcomps > 0;
-}
-
-/// Throws std::bad_alloc where the library had no memory: what it has then is no broken stream, and
-/// a more lenient try would pass for one.
-OpjImage Decode(Bytes codestream, Bytes tail, bool isStrict) {
-    OpjSource source{.parts = {codestream, tail}};
-    bool ranOut = false;
-    const OpjStream stream = OpenForReading(source);
-    const OpjCodec codec = MakeOpjDecoder(ranOut);
-    opj_dparameters_t settings{};
-    opj_set_default_decoder_parameters(&settings);
-    if (!stream || !codec || !opj_setup_decoder(codec.get(), &settings)) throw std::bad_alloc();
-    if (!opj_decoder_set_strict_mode(codec.get(), isStrict ? OPJ_TRUE : OPJ_FALSE)) return nullptr;
-    opj_image_t* read = nullptr;
-    const bool hasHeader = opj_read_header(stream.get(), codec.get(), &read) != 0;
-    OpjImage image(read);
-    if (hasHeader && !IsDescribed(image)) throw std::bad_alloc();
-    const bool isDecoded = hasHeader && opj_decode(codec.get(), stream.get(), image.get()) != 0;
-    if (ranOut) throw std::bad_alloc();
-    return isDecoded ? std::move(image) : nullptr;
-}
-
-// Strictly first. Then without what follows the last whole tile-part, since some writers leave junk
-// there. Then as far as a stream that breaks off goes.
-OpjImage DecodeAsFarAsPossible(Bytes codestream, bool& isIncomplete) {
-    if (OpjImage image = Decode(codestream, {}, true)) return image;
-    const auto whole = WholeTileParts(codestream);
-    if (whole) {
-        if (OpjImage image = Decode(*whole, kEndOfCodestream, true)) return image;
+// Each component goes between the others; subsampled ones are repeated. Empty where a component is
+// not as large as its sampling says.
+std::vector<j2k::OutputPlane> PlanesFor(const j2k::Decoder& decoder,
+                                        const PegasusParameters& parameters) {
+    const auto& components = decoder.Size().components;
+    const auto columns = static_cast<std::uint32_t>(parameters.columns);
+    const auto rows = static_cast<std::uint32_t>(parameters.rows);
+    if (components.size() != static_cast<std::size_t>(parameters.samples)) return {};
+    const std::ptrdiff_t pixelBytes =
+        static_cast<std::ptrdiff_t>(parameters.samples) * parameters.bytesPerSample;
+    std::vector<j2k::OutputPlane> planes;
+    for (unsigned i = 0; i < components.size(); ++i) {
+        const j2k::Rect area = decoder.Area(i, {});
+        const j2k::ComponentSize& component = components[i];
+        if (area.IsEmpty() || std::uint64_t{area.Width()} * component.dx < columns ||
+            std::uint64_t{area.Height()} * component.dy < rows)
+            return {};
+        planes.push_back(
+            {.data = parameters.output.data() +
+                     std::size_t{i} * static_cast<std::size_t>(parameters.bytesPerSample),
+             .rowStride = pixelBytes * parameters.columns,
+             .sampleStride = pixelBytes,
+             .bytesPerSample = parameters.bytesPerSample,
+             .isBigEndian = parameters.isBigEndian,
+             .keepsSign = parameters.isSigned,
+             .repeatX = component.dx,
+             .repeatY = component.dy,
+             .width = columns,
+             .height = rows});
     }
-    isIncomplete = true;
-    if (OpjImage image = Decode(codestream, {}, false)) return image;
-    return whole ? Decode(*whole, kEndOfCodestream, false) : nullptr;
-}
-
-// Components as the header announced them, each as large as its own sampling says.
-bool IsAsAnnounced(const opj_image_t& image, const PegasusParameters& parameters) noexcept {
-    if (static_cast<int>(image.numcomps) != parameters.samples) return false;
-    const auto fits = [&](const opj_image_comp_t& component) {
-        const std::uint32_t dx = std::max(component.dx, 1U);
-        const std::uint32_t dy = std::max(component.dy, 1U);
-        return component.data != nullptr && component.w > 0 && component.h > 0 &&
-               static_cast<int>(component.prec) <= kMostBits &&
-               std::uint64_t{component.w} * dx >= static_cast<std::uint64_t>(parameters.columns) &&
-               std::uint64_t{component.h} * dy >= static_cast<std::uint64_t>(parameters.rows);
-    };
-    return std::all_of(image.comps, image.comps + image.numcomps, fits);
-}
-
-// How a component's values become samples.
-struct SampleForm {
-    std::int32_t least = 0;
-    std::int32_t greatest = 0;
-    std::uint32_t mask = 0;
-};
-
-SampleForm FormOf(const opj_image_comp_t& component, bool keepsSign) noexcept {
-    const auto full = static_cast<std::int32_t>((std::uint32_t{1} << component.prec) - 1);
-    const std::int32_t half = component.sgnd != 0 ? (full + 1) / 2 : 0;
-    return {.least = -half,
-            .greatest = full - half,
-            .mask = keepsSign ? 0xFFFF : static_cast<std::uint32_t>(full)};
-}
-
-template <class Sample>
-Sample Stored(std::int32_t value, const SampleForm& form, bool isBigEndian) noexcept {
-    const std::int32_t clamped = std::clamp(value, form.least, form.greatest);
-    const auto word = static_cast<std::uint32_t>(clamped) & form.mask;
-    if (sizeof(Sample) == 2 && isBigEndian) {
-        return static_cast<Sample>(((word & 0xFF) << 8) | ((word >> 8) & 0xFF));
-    }
-    return static_cast<Sample>(word);
-}
-
-static_assert(std::endian::native == std::endian::little, "rows hold the lower byte first");
-
-template <class Sample>
-void StoreComponent(const opj_image_comp_t& component, int index,
-                    const PegasusParameters& parameters) noexcept {
-    const auto samples = static_cast<std::size_t>(parameters.samples);
-    const auto columns = static_cast<std::size_t>(parameters.columns);
-    const SampleForm form = FormOf(component, parameters.isSigned);
-    unsigned char* out =
-        parameters.output.data() + static_cast<std::size_t>(index) * sizeof(Sample);
-    for (std::size_t y = 0; y < static_cast<std::size_t>(parameters.rows); ++y) {
-        const OPJ_INT32* row = component.data + (y / component.dy) * component.w;
-        for (std::size_t x = 0; x < columns; ++x, out += samples * sizeof(Sample)) {
-            const std::int32_t value = row[component.dx == 1 ? x : x / component.dx];
-            const auto sample = Stored<Sample>(value, form, parameters.isBigEndian);
-            std::memcpy(out, &sample, sizeof(Sample));
-        }
-    }
-}
-
-void StoreImage(const opj_image_t& image, const PegasusParameters& parameters) noexcept {
-    for (int i = 0; i < parameters.samples; ++i) {
-        if (parameters.bytesPerSample == 2) {
-            StoreComponent<std::uint16_t>(image.comps[i], i, parameters);
-        } else {
-            StoreComponent<std::uint8_t>(image.comps[i], i, parameters);
-        }
-    }
+    return planes;
 }
 
 }  // namespace
@@ -172,10 +90,16 @@ bool CanDecodeJpeg2000(const PegasusParameters& parameters) noexcept {
 bool DecodeJpeg2000(PegasusParameters& parameters) {
     const auto codestream = FindCodestream(parameters.input);
     if (!codestream) return false;
-    const OpjImage image = DecodeAsFarAsPossible(*codestream, parameters.isIncomplete);
-    if (!image || !IsAsAnnounced(*image, parameters)) return false;
-    StoreImage(*image, parameters);
-    return true;
+    j2k::Decoder decoder;
+    const j2k::Outcome opened = decoder.Open(*codestream);
+    if (opened == j2k::Outcome::kUnsupported && decoder.IsMultiComponent())
+        return DecodeJpeg2000ByLibrary(*codestream, parameters);
+    if (opened != j2k::Outcome::kDone) return false;
+    const std::vector<j2k::OutputPlane> planes = PlanesFor(decoder, parameters);
+    if (planes.empty()) return false;
+    const j2k::Outcome outcome = decoder.Decode({}, planes);
+    parameters.isIncomplete = outcome == j2k::Outcome::kIncomplete;
+    return outcome == j2k::Outcome::kDone || outcome == j2k::Outcome::kIncomplete;
 }
 
 }  // namespace quorvex

@@ -3,6 +3,7 @@
 #include "foundation/engines/jpeg2000/decoder/tile_decoding.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace quorvex::j2k {
 namespace {
@@ -56,14 +57,23 @@ public:
           planes_(planes),
           allowance_(allowance) {}
 
+    // A tile that is refused does not spoil the others.
     [[nodiscard]] Outcome Run() {
         const std::uint64_t tiles = codestream_.size.TilesAcross() * codestream_.size.TilesDown();
         bool isWhole = !codestream_.isCut;
+        bool isAnyDecoded = false;
+        bool isAnyRefused = false;
         for (std::uint32_t tile = 0; tile < tiles; ++tile) {
-            const Outcome outcome = RunTile(tile);
-            if (outcome == Outcome::kUnsupported || outcome == Outcome::kRefused) return outcome;
+            const std::vector<ComponentTarget> targets = TargetsOf(tile);
+            if (targets.empty()) continue;
+            const Outcome outcome = RunTile(tile, targets);
+            if (outcome == Outcome::kUnsupported) return outcome;
+            if (outcome == Outcome::kRefused) StoreNothing(targets);
+            isAnyRefused |= outcome == Outcome::kRefused;
+            isAnyDecoded |= outcome != Outcome::kRefused;
             isWhole &= outcome == Outcome::kDone;
         }
+        if (isAnyRefused && !isAnyDecoded) return Outcome::kRefused;
         return isWhole ? Outcome::kDone : Outcome::kIncomplete;
     }
 
@@ -89,13 +99,8 @@ private:
         return targets;
     }
 
-    [[nodiscard]] Outcome RunTile(std::uint32_t tile) const {
-        std::vector<ComponentTarget> targets = TargetsOf(tile);
-        if (targets.empty()) return Outcome::kDone;
-        if (codestream_.PartsOf(tile).empty()) {
-            StoreNothing(targets);
-            return Outcome::kIncomplete;
-        }
+    [[nodiscard]] Outcome RunTile(std::uint32_t tile, std::vector<ComponentTarget> targets) const {
+        if (codestream_.PartsOf(tile).empty()) return Outcome::kRefused;
         TileData data;
         const PacketSelection selection{wanted_.layers, wanted_.discardedLevels};
         if (ReadTile(codestream_, tile, selection, allowance_, data) != TileRead::kDone)

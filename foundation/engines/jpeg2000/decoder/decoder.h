@@ -52,6 +52,9 @@ public:
         return codestream_.parameters;
     }
 
+    /// A transform of ISO/IEC 15444-2 is asked for, which is not done here.
+    [[nodiscard]] bool IsMultiComponent() const noexcept { return codestream_.isMultiComponent; }
+
     /// The most levels that can be discarded, in any tile.
     [[nodiscard]] unsigned Levels() const;
     /// Which of a component's samples `wanted` gives, in the coordinates of its resolution.

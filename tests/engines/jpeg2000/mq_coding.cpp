@@ -1,4 +1,4 @@
-#include "tests/stress/jpeg2000_mq_coding.h"
+#include "tests/engines/jpeg2000/mq_coding.h"
 
 #include <algorithm>
 #include <cstring>

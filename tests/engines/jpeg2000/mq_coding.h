@@ -1,7 +1,7 @@
 /// Arithmetic-coded JPEG 2000 streams by OpenJPEG, with every option that it has.
 #pragma once
 
-#include "tests/stress/jpeg2000_codecs.h"
+#include "tests/engines/jpeg2000/planes.h"
 
 #include <cstdint>
 #include <vector>
@@ -9,11 +9,11 @@
 namespace quorvex::test {
 
 struct MqCoding {
-    Pair origin;
-    Pair tile;  ///< 0: one tile
-    Pair tileOrigin;
+    Pair origin{};
+    Pair tile{};  ///< 0: one tile
+    Pair tileOrigin{};
     Pair block{64, 64};
-    std::vector<std::uint32_t> precincts;  ///< squares
+    std::vector<std::uint32_t> precincts{};  ///< squares
     std::uint32_t levels = 5;
     int style = 0;  ///< the style byte of code blocks
     int progression = 0;
