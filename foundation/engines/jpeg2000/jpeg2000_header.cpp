@@ -180,10 +180,6 @@ std::optional<std::size_t> ReadSegments(Bytes codestream, std::size_t place, uns
     return place + 2 <= codestream.size() ? std::optional(place) : std::nullopt;
 }
 
-std::optional<std::size_t> FirstTilePart(Bytes codestream) noexcept {
-    return ReadSegments(codestream, 2, kSot, [](const Segment&) { return true; });
-}
-
 // Tiles may have a coding style of their own. False for a damaged one.
 bool ReadTileStyles(Bytes codestream, std::size_t place, const Grid& grid,
                     const Jpeg2000Header& header, Demand& demand) noexcept {
