@@ -90,7 +90,7 @@ TEST(HtBlock, ChangedBytesDoNoHarm) {
         const Block block = picture->AsBlock();
         const std::size_t size = block.parts[0].bytes.size();
         for (std::size_t i = 0; i < size; ++i) {
-            for (const unsigned char mask : {0xFF, 0x80, 0x01}) {
+            for (const int mask : {0xFF, 0x80, 0x01}) {
                 Block changed = block;
                 changed.parts[0].bytes[i] =
                     static_cast<unsigned char>(changed.parts[0].bytes[i] ^ mask);
