@@ -1,5 +1,5 @@
-// High-throughput JPEG 2000 as we write it: lossless to the byte, lossy within its target, and in the
-// one form that every high-throughput transfer syntax takes.
+// High-throughput JPEG 2000 as we write it: lossless to the byte, lossy within its target, and in
+// the one form that every high-throughput transfer syntax takes.
 #include "foundation/engines/jpeg2000/high_throughput_encoding.h"
 
 #include "foundation/engines/jpeg2000/tile_part_lengths.h"

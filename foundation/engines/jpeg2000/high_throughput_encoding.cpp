@@ -77,7 +77,9 @@ bool FeedRows(ojph::codestream& stream, const PegasusParameters& p) {
     bool fits = true;
     for (int y = 0; y < p.rows; ++y, row += rowBytes) {
         for (int c = 0; c < p.samples; ++c) {
-            fits = ReadComponent({line->i32, columns}, row + component * bytes, p) && fits;
+            // NOLINTNEXTLINE(cppcoreguidelines-pro-type-union-access): so the library hands it out
+            const std::span<std::int32_t> values(line->i32, columns);
+            fits = ReadComponent(values, row + component * bytes, p) && fits;
             line = stream.exchange(line, component);
         }
     }

@@ -29,8 +29,9 @@ Rect BandWindow(const Rect& window, Orientation orientation) noexcept {
 // Half a step, since coefficients have a fraction bit, with the scaling of all levels from the
 // band's own to the top one.
 float ScaleOf(const BandLayout& band, unsigned resolution, unsigned top) noexcept {
-    constexpr double kSquare = double{kLowScale} * double{kLowScale};
-    double scale = 0.5 * double{band.step} * std::pow(kSquare, top - resolution);
+    constexpr auto kScale = static_cast<double>(kLowScale);
+    constexpr double kSquare = kScale * kScale;
+    double scale = 0.5 * static_cast<double>(band.step) * std::pow(kSquare, top - resolution);
     if (band.orientation == Orientation::HH) scale /= kSquare;
     return static_cast<float>(scale);
 }

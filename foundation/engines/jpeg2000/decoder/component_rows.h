@@ -30,7 +30,7 @@ private:
     };
 
     void AddBand(Level& level, const BlockContext& context, const BandPlace& place,
-                 const Rect& window, unsigned resolution);
+                 const Rect& window, unsigned top);
 
     std::vector<Level> levels_;  ///< the lowest resolution first
     RowSource<T>* top_ = nullptr;

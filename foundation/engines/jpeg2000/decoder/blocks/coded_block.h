@@ -13,6 +13,7 @@
 namespace quorvex::j2k {
 
 /// The sub-band: horizontally first, then vertically.
+// NOLINTNEXTLINE(readability-identifier-naming): the standard's own names
 enum class Orientation : std::uint8_t { LL = 0, HL = 1, LH = 2, HH = 3 };
 
 /// The code-block style byte of COD and COC (ISO/IEC 15444-1 Table A.19, 15444-15 Table A.4).

@@ -45,7 +45,7 @@ private:
 /// Where the groups of a stripe of four rows begin in HtScratch::groups: one group is before each
 /// stripe and one behind, one stripe above and one below, all empty.
 constexpr std::size_t GroupsAt(int width, int stripe) {
-    const auto groups = static_cast<std::size_t>((width + 3) / 4 + 1);
+    const auto groups = static_cast<std::size_t>(width + 3) / 4 + 1;
     return groups * static_cast<std::size_t>(stripe + 1) + 1;
 }
 

@@ -123,7 +123,7 @@ constexpr unsigned RightContext(unsigned significance, bool isFirstRow) {
 }
 
 constexpr void Expand(std::span<const std::uint32_t> words, bool isFirstRow,
-                      std::array<std::uint32_t, 8 * 128>& table) {
+                      std::array<std::uint32_t, kHtQuadCodes>& table) {
     for (const std::uint32_t word : words) {
         const unsigned length = word & 0xF;
         const unsigned significance = word >> 24 & 0xF;

@@ -33,13 +33,16 @@ inline constexpr int kFirst = 6;
 inline constexpr int kBits = 11;  ///< of a quad's fields
 }  // namespace ht_offset
 
+inline constexpr std::size_t kHtQuadCodes = std::size_t{8} * 128;
+inline constexpr std::size_t kHtOffsetCodes = std::size_t{5} * 64;
+
 struct HtTables {
     /// The first row's and the other rows' code words: index is context x 128 + the next 7 bits.
-    std::array<std::array<std::uint32_t, 8 * 128>, 2> quads;
+    std::array<std::array<std::uint32_t, kHtQuadCodes>, 2> quads;
     /// For the first row and the others: index is which x 64 + the next 6 bits; which is 0 none,
     /// 1 the first quad, 2 the second, 3 both; 4 both, where a MEL event of the first row tells
     /// that both are above 2.
-    std::array<std::array<HtOffset, 5 * 64>, 2> offsets;
+    std::array<std::array<HtOffset, kHtOffsetCodes>, 2> offsets;
 };
 
 extern const HtTables kHtTables;

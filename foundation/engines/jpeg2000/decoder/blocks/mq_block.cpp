@@ -137,11 +137,12 @@ private:
 void WriteRows(const BlockInWork& block, std::int32_t* out, std::ptrdiff_t stride) noexcept {
     const std::ptrdiff_t stripeValues = std::ptrdiff_t{block.tractsAcross} * kTractValues;
     for (int y = 0; y < block.height; ++y) {
-        const std::uint32_t* value = block.values + y / 4 * stripeValues + y % 4;
-        std::int32_t* row = out + y * stride;
+        const std::uint32_t* value = block.values + std::ptrdiff_t{y / 4} * stripeValues + y % 4;
+        std::int32_t* row = out + std::ptrdiff_t{y} * stride;
         for (int x = 0; x < block.width; ++x) {
-            const std::uint32_t sign = std::uint32_t{0} - (value[4 * x] >> 31);
-            row[x] = static_cast<std::int32_t>(((value[4 * x] & 0x7FFFFFFF) ^ sign) - sign);
+            const std::uint32_t sign = std::uint32_t{0} - (value[std::ptrdiff_t{4} * x] >> 31);
+            row[x] = static_cast<std::int32_t>(
+                ((value[std::ptrdiff_t{4} * x] & 0x7FFFFFFF) ^ sign) - sign);
         }
     }
 }

@@ -21,7 +21,7 @@ struct MqScratch {
 /// Writes `height` rows of `width` coefficients to `out`, `stride` values apart, in the form that
 /// coded_block.h tells. Returns whether the whole block was sound; what was decoded until a fault
 /// stays, and all of `out` is written in any case. Throws std::bad_alloc.
-[[nodiscard]] bool DecodeMqBlock(const CodedBlock& block, std::int32_t* out, std::ptrdiff_t stride,
+[[nodiscard]] bool DecodeMqBlock(const CodedBlock& coded, std::int32_t* out, std::ptrdiff_t stride,
                                  MqScratch& scratch);
 
 }  // namespace quorvex::j2k

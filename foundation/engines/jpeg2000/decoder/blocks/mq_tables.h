@@ -115,10 +115,12 @@ constexpr ZeroCodingTable MakeZeroCodingTable(Orientation band) {
         const int vertical = bit(1) + bit(7);
         const int horizontal = bit(3) + bit(5);
         const int diagonals = bit(0) + bit(2) + bit(6) + bit(8);
+        // NOLINTBEGIN(readability-suspicious-call-argument): HL has them the other way round
         table[n] = band == Orientation::HH
                        ? ZeroCodingOfDiagonalBand(horizontal + vertical, diagonals)
                    : band == Orientation::HL ? ZeroCodingOfLowBand(vertical, horizontal, diagonals)
                                              : ZeroCodingOfLowBand(horizontal, vertical, diagonals);
+        // NOLINTEND(readability-suspicious-call-argument)
     }
     return table;
 }

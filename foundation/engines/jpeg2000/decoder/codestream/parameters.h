@@ -36,6 +36,7 @@ struct ImageSize {
     [[nodiscard]] Rect Tile(std::uint32_t index) const noexcept;
 };
 
+// NOLINTNEXTLINE(readability-identifier-naming): the standard's own names
 enum class Progression : std::uint8_t { LRCP = 0, RLCP = 1, RPCL = 2, PCRL = 3, CPRL = 4 };
 
 /// What COD says of the whole tile.

@@ -93,7 +93,7 @@ void Store(const OutputPlane& plane, const SampleRange& range, const std::int32_
 
 SampleRange RangeOf(unsigned precision, bool isSigned, bool keepsSign) noexcept {
     const auto full = static_cast<std::int32_t>((std::uint32_t{1} << precision) - 1);
-    const std::int32_t half = static_cast<std::int32_t>(std::uint32_t{1} << (precision - 1));
+    const auto half = static_cast<std::int32_t>(std::uint32_t{1} << (precision - 1));
     const auto mask = static_cast<std::uint32_t>(full);
     if (isSigned) return {-half, half - 1, 0, keepsSign ? 0xFFFFFFFF : mask};
     return {0, full, half, mask};

@@ -65,11 +65,11 @@ void Synthesis<T>::Load(std::uint32_t y) {
     halves.beginsHigh = window_.x0 % 2 != 0;
     if (halves.lowCount > 0) halves.low = left->Row(y / 2) + (isHigh ? 0 : sources_.llSkip);
     if (halves.highCount > 0) halves.high = right->Row(y / 2);
-    if (halves.lowCount == 0) {
+    if (halves.low == nullptr && halves.high != nullptr) {
         *Slot(y) = Single(*halves.high, true);
-    } else if (halves.highCount == 0) {
+    } else if (halves.high == nullptr && halves.low != nullptr) {
         *Slot(y) = Single(*halves.low, false);
-    } else {
+    } else if (halves.low != nullptr) {
         JoinRow(halves, work_.data(), Slot(y));
     }
 }
