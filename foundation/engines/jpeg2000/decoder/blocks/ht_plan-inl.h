@@ -71,6 +71,24 @@ HWY_INLINE PlanWord Offsets(const HtRows& rows, std::size_t first) {
     return hn::Add(prefix, hn::And(suffix, hn::Sub(hn::Shl(one, length), one)));
 }
 
+/// What quads from `first` on give to the contexts of the row below: bit 7 tells of the lower right
+/// sample to the west and the own lower left one, bit 9 of the next two.
+HWY_INLINE void StoreContexts(const HtRows& rows, std::size_t first) {
+    const PlanWords words;
+    const auto one = hn::Set(words, 1);
+    const auto at = [&](std::size_t quad) HWY_ATTR { return rows.Quads() + quad; };
+    const auto lowerLeft = [&](const std::uint32_t* quads) HWY_ATTR {
+        return hn::ShiftRight<ht_quad::kSignificance + 1>(hn::LoadU(words, quads));
+    };
+    const auto lowerRight = [&](const std::uint32_t* quads) HWY_ATTR {
+        return hn::ShiftRight<ht_quad::kSignificance + 3>(hn::LoadU(words, quads));
+    };
+    const auto west = hn::And(hn::Or(lowerLeft(at(first)), lowerRight(at(first) - 1)), one);
+    const auto east = hn::And(hn::Or(lowerLeft(at(first) + 1), lowerRight(at(first))), one);
+    hn::StoreU(hn::Or(hn::ShiftLeft<7>(west), hn::ShiftLeft<9>(east)), words,
+               rows.Contexts() + first);
+}
+
 /// U of all quads (formulas (5) and (6)), how many bits each has in the stream of
 /// magnitudes, and what the row gives to the contexts of the next one. Gives
 /// the largest U.
@@ -100,20 +118,7 @@ inline std::uint32_t PlanRow(const HtRows& rows) {
         const auto samples = hn::And(counts, hn::Set(words, 7));
         hn::StoreU(hn::Sub(hn::Mul(bound, samples), hn::ShiftRight<16>(counts)), words,
                    rows.Places() + i);
-
-        // West: the lower right sample of the quad before, and this quad's lower left one.
-        const auto before = hn::LoadU(words, rows.Quads() + i - 1);
-        const auto after = hn::LoadU(words, rows.Quads() + i + 1);
-        const auto lowerLeft = [](auto v) HWY_ATTR {
-            return hn::ShiftRight<ht_quad::kSignificance + 1>(v);
-        };
-        const auto lowerRight = [](auto v) HWY_ATTR {
-            return hn::ShiftRight<ht_quad::kSignificance + 3>(v);
-        };
-        const auto west = hn::And(hn::Or(lowerLeft(quad), lowerRight(before)), one);
-        const auto east = hn::And(hn::Or(lowerLeft(after), lowerRight(quad)), one);
-        hn::StoreU(hn::Or(hn::ShiftLeft<7>(west), hn::ShiftLeft<9>(east)), words,
-                   rows.Contexts() + i);
+        StoreContexts(rows, i);
     }
     return hn::GetLane(hn::MaxOfLanes(words, most));
 }
