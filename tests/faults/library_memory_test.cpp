@@ -15,20 +15,12 @@ using namespace test;
 
 enum End : int { kRefused, kDone, kWrong, kUnnoticed, kDied };
 
-void Open(Host& s) {
-    static_cast<void>(s.parser.Initialize(&s.app, s.kind.path, 0));
-}
-bool Fetch(Host& s) {
-    return IsDone(s.parser.GetAFrame(0, s.block.data, s.block.size, 0));
-}
 bool Draw(Host& s) {
     CDC context(&s.target);
     return IsDone(s.dipp.Draw(&context));
 }
 
 constexpr Operation kFrailOperations[] = {
-    {"OpenJPEG", On("JPEG 2000"), SeenBlock, Fetch, Open},
-    {"OpenJPEG, lossless", On("JPEG 2000 lossless"), SeenBlock, Fetch, Open},
     {"Cairo", On("native CT"), SeenSurface, Draw,
      DO(ShowUnderState(s), s.dipp.ShowAnnotations(1), s.dipp.Render())},
 };

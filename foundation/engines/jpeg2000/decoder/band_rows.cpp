@@ -21,7 +21,7 @@ private:
 
 template <class T>
 BandRows<T>::BandRows(const BlockContext& context, const BandPlace& place, const Rect& window,
-                      float scale) noexcept
+                      float scale)
     : context_(context),
       place_(place),
       resolution_(context.tile->layout.components[place.component].resolutions[place.resolution]),

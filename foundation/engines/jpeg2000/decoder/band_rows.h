@@ -40,9 +40,8 @@ template <class T>
 class BandRows final : public RowSource<T> {
 public:
     /// `window` lies in the band's area; rows begin with its first column. Coefficients are
-    /// multiplied by `scale`, or halved where they are whole numbers.
-    BandRows(const BlockContext& context, const BandPlace& place, const Rect& window,
-             float scale) noexcept;
+    /// multiplied by `scale`, or halved where they are whole numbers. Throws std::bad_alloc.
+    BandRows(const BlockContext& context, const BandPlace& place, const Rect& window, float scale);
 
     [[nodiscard]] const T* Row(std::uint32_t y) override;
 
