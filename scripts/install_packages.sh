@@ -23,7 +23,7 @@ case $job in
     roundtrip) packages="$build $conversions" ;;
     bench) packages="$build $tests $benches" ;;
     memcheck) packages="$build $tests valgrind" ;;
-    matrix) packages="$build $tests libopenjph-dev" ;;
+    matrix) packages="$build $tests" ;;
     check) packages="$build $checkers" ;;
     docs) packages="make doxygen" ;;
     fuzz) packages="$build $fuzzers" ;;

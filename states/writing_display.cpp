@@ -1,6 +1,7 @@
 #include "foundation/dicom/model/tags.h"
 #include "presentation/words.h"
 #include "states/attribute_writing.h"
+#include "states/shutter_writing.h"
 #include "states/state_writer.h"
 
 #include <cstddef>
@@ -21,27 +22,6 @@ void WriteArea(const CXGSPSInfo& info, CDcmItem& item) {
     WritePair(item, tag::kPresentationPixelAspectRatio, info.pixelAspectVertical,
               info.pixelAspectHorizontal);
     item.SetValue(tag::kPresentationPixelMagnificationRatio, info.presentationMagnification);
-}
-
-void WriteRectangle(const CXGSPSInfo& info, CDcmObject& target) {
-    target.SetValue(tag::kShutterLeftVerticalEdge, info.shutterLeft);
-    target.SetValue(tag::kShutterRightVerticalEdge, info.shutterRight);
-    target.SetValue(tag::kShutterUpperHorizontalEdge, info.shutterUpper);
-    target.SetValue(tag::kShutterLowerHorizontalEdge, info.shutterLower);
-}
-
-void WriteCircle(const CXGSPSInfo& info, CDcmObject& target) {
-    WritePair(target, tag::kCenterOfCircularShutter, info.shutterCenterRow,
-              info.shutterCenterColumn);
-    target.SetValue(tag::kRadiusOfCircularShutter, info.shutterRadius);
-}
-
-void WritePolygon(const CXGSPSInfo& info, CDcmObject& target) {
-    ValueWriter vertices(target, tag::kVerticesOfThePolygonalShutter);
-    for (const CPoint& vertex : info.shutterVertices) {
-        vertices.Add(vertex.y);
-        vertices.Add(vertex.x);
-    }
 }
 
 /// By `shutterType`, in the order of the shapes' words. A bitmap is not written.

@@ -4,6 +4,7 @@
 #include "presentation/presentation_reader.h"
 #include "presentation/words.h"
 #include "states/attribute_writing.h"
+#include "states/shutter_writing.h"
 #include "states/standard/earlier_state.h"
 #include "states/standard/standard_state.h"
 
@@ -101,27 +102,6 @@ std::uint32_t UsableShapes(const ImageState& image) {
     if (info.shutterMask == nullptr) shapes &= ~std::uint32_t{kBitmap};
     // A bitmap stands alone.
     return (shapes & kBitmap) != 0 ? std::uint32_t{kBitmap} : shapes;
-}
-
-void WriteRectangle(const CXGSPSInfo& info, CDcmObject& target) {
-    target.SetValue(tag::kShutterLeftVerticalEdge, info.shutterLeft);
-    target.SetValue(tag::kShutterRightVerticalEdge, info.shutterRight);
-    target.SetValue(tag::kShutterUpperHorizontalEdge, info.shutterUpper);
-    target.SetValue(tag::kShutterLowerHorizontalEdge, info.shutterLower);
-}
-
-void WriteCircle(const CXGSPSInfo& info, CDcmObject& target) {
-    WritePair(target, tag::kCenterOfCircularShutter, info.shutterCenterRow,
-              info.shutterCenterColumn);
-    target.SetValue(tag::kRadiusOfCircularShutter, info.shutterRadius);
-}
-
-void WritePolygon(const CXGSPSInfo& info, CDcmObject& target) {
-    ValueWriter vertices(target, tag::kVerticesOfThePolygonalShutter);
-    for (const CPoint& vertex : info.shutterVertices) {
-        vertices.Add(vertex.y);
-        vertices.Add(vertex.x);
-    }
 }
 
 std::size_t PixelsOf(const ImageState& image) {
