@@ -1,5 +1,5 @@
 // Packets of any bytes behind a sound main header that the last bytes choose.
-#include "fuzz/jpeg2000_pictures.h"
+#include "fuzz/jpeg2000/jpeg2000_pictures.h"
 
 namespace quorvex::fuzz {
 namespace {
