@@ -17,6 +17,9 @@ endfunction()
 # Loops over pixels that are written for vector units, which -O2 leaves idle.
 set(QUORVEX_VECTOR_LOOPS
     foundation/engines/jpeg2000/decoder/band_rows.cpp
+    foundation/engines/jpeg2000/decoder/blocks/mq_passes.cpp
+    foundation/engines/jpeg2000/decoder/wavelet/lifting.cpp
+    foundation/engines/jpeg2000/decoder/wavelet/synthesis.cpp
     foundation/engines/jpeg2000/decoder/samples/colour.cpp
     foundation/engines/jpeg2000/decoder/samples/output_plane.cpp
     foundation/raster/bits.cpp foundation/raster/mirror.cpp foundation/raster/scaling/resize_16u.cpp

@@ -1,7 +1,11 @@
 // High-throughput blocks in whole codestreams of one block each: layers, placeholder passes,
-// several sets.
+// several sets; and blocks where high throughput is mixed with arithmetic coding.
 #include "foundation/engines/jpeg2000/decoder/decoder.h"
+#include "foundation/engines/jpeg2000/decoder/tile_data.h"
 #include "tests/engines/jpeg2000/ht_test_blocks.h"
+#include "tests/engines/jpeg2000/mq_coding.h"
+
+#include <bit>
 
 namespace quorvex::j2k {
 namespace {
@@ -58,7 +62,9 @@ void Append(CodedBytes& stream, const CodedBytes& more) {
 }
 
 /// A picture of 8 bits, reversible, without levels; a packet for each layer.
-CodedBytes Codestream(const Picture& picture, int zeroPlanes, const std::vector<Packet>& packets) {
+CodedBytes Codestream(const Picture& picture, int zeroPlanes, const std::vector<Packet>& packets,
+                      unsigned char style = kStyleHighThroughput,
+                      unsigned lengthBits = kLengthBits) {
     const auto byte = [](std::size_t value) { return static_cast<unsigned char>(value); };
     CodedBytes stream = FromHex("ff4fff5100294000");
     const CodedBytes size = {0, 0, 0, byte(picture.width), 0, 0, 0, byte(picture.height)};
@@ -67,7 +73,7 @@ CodedBytes Codestream(const Picture& picture, int zeroPlanes, const std::vector<
     Append(stream, FromHex("0001070101"));            // one component
     Append(stream, FromHex("ff500008000200000000"));  // high throughput
     Append(stream, FromHex("ff52000c0000"));          // progression by layers
-    Append(stream, {0, byte(packets.size()), 0, 0, 4, 4, 0x40, 1});
+    Append(stream, {0, byte(packets.size()), 0, 0, 4, 4, style, 1});
     Append(stream, FromHex("ff5c00042048"));  // one guard bit, 9 planes in all
     Append(stream, FromHex("ff90000a0000000000000001ff93"));
     bool isIncluded = false;
@@ -80,7 +86,7 @@ CodedBytes Codestream(const Picture& picture, int zeroPlanes, const std::vector<
             header.Put(1, 1);
             if (!isIncluded) header.Put(1, static_cast<unsigned>(zeroPlanes) + 1);
             header.PutPasses(packet.passes);
-            const unsigned more = isIncluded ? 0 : kLengthBits - 3;
+            const unsigned more = isIncluded ? 0 : lengthBits - 3;
             header.Put((1U << (more + 1)) - 2, more + 1);
             for (const Length& length : packet.lengths) {
                 header.Put(static_cast<unsigned>(length.bytes), length.bits);
@@ -150,24 +156,96 @@ std::vector<Sets> KindsOfSets() {
     };
 }
 
-TEST(HtStream, SetsAndPlaceholders) {
+void Expect(const Picture& picture, const CodedBytes& stream) {
     std::vector<unsigned char> expected;
-    for (int i = 0; i < kGrey8.width * kGrey8.height; ++i) {
+    for (int i = 0; i < picture.width * picture.height; ++i) {
         expected.push_back(static_cast<unsigned char>(
-            kGrey8.sample(i % kGrey8.width, i / kGrey8.width, kGrey8.bits)));
+            picture.sample(i % picture.width, i / picture.width, picture.bits)));
     }
+    const Samples samples = Decode(picture, stream);
+    EXPECT_EQ(samples.outcome, Outcome::kDone);
+    EXPECT_EQ(samples.values, expected);
+    // Cut anywhere, it says so.
+    for (std::size_t length = 0; length + 2 < stream.size(); ++length) {
+        const auto end = stream.begin() + static_cast<std::ptrdiff_t>(length);
+        EXPECT_NE(Decode(picture, CodedBytes(stream.begin(), end)).outcome, Outcome::kDone)
+            << length;
+    }
+}
+
+TEST(HtStream, SetsAndPlaceholders) {
     for (const Sets& sets : KindsOfSets()) {
         SCOPED_TRACE(sets.what);
-        const CodedBytes stream = Codestream(kGrey8, sets.zeroPlanes, sets.packets);
-        const Samples samples = Decode(kGrey8, stream);
-        EXPECT_EQ(samples.outcome, Outcome::kDone);
-        EXPECT_EQ(samples.values, expected);
-        // Cut anywhere, it says so.
-        for (std::size_t length = 0; length + 2 < stream.size(); ++length) {
-            const Samples cut = Decode(
-                kGrey8,
-                CodedBytes(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(length)));
-            EXPECT_NE(cut.outcome, Outcome::kDone) << length;
+        Expect(kGrey8, Codestream(kGrey8, sets.zeroPlanes, sets.packets));
+    }
+}
+
+constexpr unsigned char kMixed = kStyleHighThroughput | kStyleMixed;
+
+// A length with a leading zero, in more than three bits.
+TEST(HtStream, MixedBlocksOfHighThroughput) {
+    const CodedBytes whole = FromHex(kGrey8.coded);
+    const auto bits = static_cast<unsigned>(std::bit_width(whole.size())) + 1;
+    const Length length{whole.size(), bits};
+    const std::vector<Packet> rows[] = {{{1, {length}, whole}},
+                                        {{0, {}, {}}, {1, {length}, whole}}};
+    for (const auto& packets : rows) {
+        Expect(kGrey8, Codestream(kGrey8, 8, packets, kMixed, bits));
+    }
+    const Length placeholders{whole.size(), bits + 2};
+    Expect(kGrey8, Codestream(kGrey8, 7, {{4, {placeholders}, whole}}, kMixed, bits));
+}
+
+/// The picture's one block as OpenJPEG codes it.
+struct ArithmeticBlock {
+    CodedBytes bytes;
+    unsigned passes = 0;
+    int zeroPlanes = 0;
+};
+
+ArithmeticBlock CodeArithmetically(const Picture& picture) {
+    test::Planes planes{.planes = {{static_cast<std::uint32_t>(picture.width),
+                                    static_cast<std::uint32_t>(picture.height),
+                                    {}}}};
+    for (int i = 0; i < picture.width * picture.height; ++i) {
+        planes.planes[0].samples.push_back(
+            picture.sample(i % picture.width, i / picture.width, picture.bits));
+    }
+    const test::Stream stream = test::EncodeMq(planes, {.levels = 0});
+    j2k::Codestream codestream;
+    TileData tile;
+    ArithmeticBlock block;
+    EXPECT_TRUE(ReadCodestream(stream, codestream));
+    EXPECT_EQ(ReadTile(codestream, 0, {}, 100, tile), TileRead::kDone);
+    const BlockState* state = tile.layout.components.at(0).resolutions.at(0).Find(0, 0, 0);
+    if (state == nullptr || state->firstChunk == kNoChunk) return block;
+    const Chunk& chunk = tile.chunks[state->firstChunk];
+    const auto bytes = tile.data.subspan(chunk.offset, chunk.size);
+    block.bytes.assign(bytes.begin(), bytes.end());
+    block.passes = chunk.passes;
+    block.zeroPlanes = state->zeroPlanes;
+    return block;
+}
+
+// As short as it can be written: in the least number of length bits, or with a leading one.
+TEST(HtStream, MixedBlocksThatAreArithmetic) {
+    Picture large = kGrey8;
+    large.width = 40;
+    large.height = 30;
+    for (const Picture& picture : {kGrey8, large}) {
+        const ArithmeticBlock block = CodeArithmetically(picture);
+        ASSERT_GT(block.passes, 4U);
+        // All passes at once, or one without bytes first.
+        for (const unsigned before : {0U, 1U}) {
+            SCOPED_TRACE(::testing::Message() << picture.width << " " << before);
+            const unsigned passes = block.passes - before;
+            const auto more = static_cast<unsigned>(std::bit_width(passes)) - 1;
+            const auto size = static_cast<unsigned>(std::bit_width(block.bytes.size()));
+            const unsigned lengthBits = std::max(3U, size - std::min(size, more));
+            const Length length{block.bytes.size(), lengthBits + more};
+            std::vector<Packet> packets = {{passes, {length}, block.bytes}};
+            if (before > 0) packets.insert(packets.begin(), {before, {{0, lengthBits}}, {}});
+            Expect(picture, Codestream(picture, block.zeroPlanes, packets, kMixed, lengthBits));
         }
     }
 }

@@ -64,6 +64,7 @@ bool DecodeBlock(const TileData& tile, const BlockPlace& place, const BlockState
     block.segments = scratch.segments;
     block.band = place.band->orientation;
     block.style = parameters.style.blockStyle;
+    if (state.isArithmetic) block.style &= ~(kStyleHighThroughput | kStyleMixed);
     std::int32_t* const out = scratch.coefficients.data();
     const bool isSound = (block.style & kStyleHighThroughput) != 0
                              ? DecodeHtBlock(block, out, block.width, scratch.ht)

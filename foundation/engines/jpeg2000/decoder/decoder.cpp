@@ -30,14 +30,6 @@ Rect InComponent(const Rect& area, const ComponentSize& component, unsigned down
             CeilShift(CeilDivide(area.y1, component.dy), down)};
 }
 
-bool IsHighThroughputMixed(const Parameters& parameters) noexcept {
-    constexpr unsigned kBoth = kStyleHighThroughput | kStyleMixed;
-    return std::any_of(parameters.components.begin(), parameters.components.end(),
-                       [](const ComponentParameters& component) {
-                           return (component.style.blockStyle & kBoth) == kBoth;
-                       });
-}
-
 void StoreNothing(std::span<const ComponentTarget> targets) noexcept {
     for (const ComponentTarget& target : targets) {
         for (std::uint32_t y = 0; y < target.region.Height(); ++y) {
@@ -67,7 +59,6 @@ public:
             const std::vector<ComponentTarget> targets = TargetsOf(tile);
             if (targets.empty()) continue;
             const Outcome outcome = RunTile(tile, targets);
-            if (outcome == Outcome::kUnsupported) return outcome;
             if (outcome == Outcome::kRefused) StoreNothing(targets);
             isAnyRefused |= outcome == Outcome::kRefused;
             isAnyDecoded |= outcome != Outcome::kRefused;
@@ -105,7 +96,6 @@ private:
         const PacketSelection selection{wanted_.layers, wanted_.discardedLevels};
         if (ReadTile(codestream_, tile, selection, allowance_, data) != TileRead::kDone)
             return Outcome::kRefused;
-        if (IsHighThroughputMixed(data.parameters)) return Outcome::kUnsupported;
         for (std::size_t c = 0; c < targets.size(); ++c) {
             const unsigned levels = data.parameters.components[c].style.levels;
             if (levels < wanted_.discardedLevels) return Outcome::kRefused;
@@ -134,9 +124,7 @@ Outcome Decoder::Open(Bytes codestream) {
     const bool isTooDeep = std::any_of(
         components.begin(), components.end(),
         [](const ComponentSize& component) { return component.precision > kMostDecodedPrecision; });
-    const bool isUnsupported =
-        isTooDeep || codestream_.isMultiComponent || IsHighThroughputMixed(codestream_.parameters);
-    return isUnsupported ? Outcome::kUnsupported : Outcome::kDone;
+    return isTooDeep || codestream_.isMultiComponent ? Outcome::kUnsupported : Outcome::kDone;
 }
 
 unsigned Decoder::Levels() const {

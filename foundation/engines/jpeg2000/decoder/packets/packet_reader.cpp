@@ -14,6 +14,24 @@ constexpr std::uint64_t kMostIdleVisits = std::uint64_t{1} << 26;
 constexpr unsigned kMostZeroPlanes = 80;
 constexpr unsigned kMostLengthBits = 32;
 
+bool IsMixed(unsigned style) noexcept {
+    constexpr unsigned kBoth = kStyleHighThroughput | kStyleMixed;
+    return (style & kBoth) == kBoth;
+}
+
+// The style without what does not hold for a block's own coder.
+unsigned CoderOf(unsigned style, const BlockState& block) noexcept {
+    return block.isArithmetic ? style & ~(kStyleHighThroughput | kStyleMixed) : style;
+}
+
+// Of the two coders that a mixed block may have, high throughput writes its first length with a
+// leading zero and the other one as short as it can be (ISO/IEC 15444-15 Annex B).
+bool IsArithmetic(const BlockState& block, std::uint32_t size, unsigned passes) noexcept {
+    constexpr unsigned kLeastLengthBits = 3;
+    const unsigned topBit = block.lengthBits + std::bit_width(passes) - 2U;
+    return block.lengthBits <= kLeastLengthBits || size <= 1 || (size >> topBit) != 0;
+}
+
 }  // namespace
 
 unsigned ReadPassCount(HeaderBits& bits) noexcept {
@@ -124,13 +142,14 @@ bool PacketReader::ReadBlock(PrecinctBand& band, std::uint32_t x, std::uint32_t 
 bool PacketReader::ReadLengths(BlockState& block, unsigned passes, unsigned style,
                                HeaderBits& bits) {
     constexpr unsigned kMostPasses = 3 * 38;
-    if ((style & kStyleHighThroughput) != 0 && !block.hasCleanUp) {
-        if (!ReadFirstCleanUp(block, passes, bits)) return false;
+    if ((CoderOf(style, block) & kStyleHighThroughput) != 0 && !block.hasCleanUp) {
+        if (!ReadFirstCleanUp(block, passes, style, bits)) return false;
     }
+    const unsigned coder = CoderOf(style, block);
     while (passes > 0) {
         if (block.passes > kMostPasses) return false;
-        const unsigned count = std::min(passes, PassesLeftInSegment(style, block.passes));
-        if (!AddContribution(block, count, count, BeginsSegment(style, block.passes), bits))
+        const unsigned count = std::min(passes, PassesLeftInSegment(coder, block.passes));
+        if (!AddContribution(block, count, count, BeginsSegment(coder, block.passes), bits))
             return false;
         block.passes = static_cast<std::uint16_t>(block.passes + count);
         passes -= count;
@@ -139,27 +158,44 @@ bool PacketReader::ReadLengths(BlockState& block, unsigned passes, unsigned styl
 }
 
 // High throughput: passes of planes that are known to be zero come first and have no bytes. They
-// count with the first clean-up pass (ISO/IEC 15444-15 Annex B). Leaves the passes behind it.
-bool PacketReader::ReadFirstCleanUp(BlockState& block, unsigned& passes, HeaderBits& bits) {
+// count with the first clean-up pass (ISO/IEC 15444-15 Annex B). Leaves the passes behind it. Where
+// blocks are mixed, one that turns out to be arithmetic is left to be read from the start.
+bool PacketReader::ReadFirstCleanUp(BlockState& block, unsigned& passes, unsigned style,
+                                    HeaderBits& bits) {
     const unsigned behind = (block.passes + passes - 1) % 3;
     const unsigned first = passes > behind ? passes - behind : passes;
     const unsigned before = block.passes;
     if (before > 3 * kMostZeroPlanes) return false;
+    const HeaderBits start = bits;
     if (!AddContribution(block, 1, first, true, bits)) return false;
-    if (contributions_.back().size > 0 && passes > behind) {
+    const std::uint32_t size = contributions_.back().size;
+    const bool isFirst = size > 0 && passes > behind;
+    const unsigned more = std::bit_width(passes) - std::bit_width(first);
+    if (isFirst && !(IsMixed(style) && IsArithmetic(block, size, first))) {
         block.hasCleanUp = true;
         block.passes = static_cast<std::uint16_t>(before + first);
         block.zeroPlanes = static_cast<std::uint8_t>(block.zeroPlanes + (before + first - 1) / 3);
         passes = behind;
         return true;
     }
-    // Nothing but such passes: the length is written as if for all of them, and is 0.
-    const unsigned more = std::bit_width(passes) - std::bit_width(first);
-    const bool isZero = contributions_.back().size == 0 && bits.Bits(more) == 0;
     contributions_.pop_back();
-    block.passes = static_cast<std::uint16_t>(before + passes);
-    passes = 0;
-    return isZero;
+    if (!isFirst && size == 0 && bits.Bits(more) == 0) {
+        // Nothing but such passes: the length is written as if for all of them.
+        block.passes = static_cast<std::uint16_t>(before + passes);
+        passes = 0;
+        return true;
+    }
+    if (!IsMixed(style)) return false;
+    bits = start;
+    TurnArithmetic(block);
+    return true;
+}
+
+// Passes that came before without bytes are passes of the block's first segment.
+void PacketReader::TurnArithmetic(BlockState& block) {
+    block.isArithmetic = true;
+    if (block.passes == 0) return;
+    contributions_.push_back({&block, 0, static_cast<std::uint8_t>(block.passes), false});
 }
 
 // The length is written with more bits for more passes.

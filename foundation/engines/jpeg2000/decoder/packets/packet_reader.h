@@ -45,7 +45,9 @@ private:
                                  std::uint32_t layer, unsigned style, HeaderBits& bits);
     [[nodiscard]] bool ReadLengths(BlockState& block, unsigned passes, unsigned style,
                                    HeaderBits& bits);
-    [[nodiscard]] bool ReadFirstCleanUp(BlockState& block, unsigned& passes, HeaderBits& bits);
+    [[nodiscard]] bool ReadFirstCleanUp(BlockState& block, unsigned& passes, unsigned style,
+                                        HeaderBits& bits);
+    void TurnArithmetic(BlockState& block);
     [[nodiscard]] bool AddContribution(BlockState& block, unsigned passes, unsigned countedPasses,
                                        bool beginsSegment, HeaderBits& bits);
     [[nodiscard]] bool ReadBody(bool isWanted);

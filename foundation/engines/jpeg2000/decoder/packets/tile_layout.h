@@ -32,7 +32,8 @@ struct BlockState {
     std::uint8_t lengthBits = 3;
     bool isIncluded = false;
     bool isDamaged = false;
-    bool hasCleanUp = false;  ///< high throughput: more than placeholder passes have come
+    bool hasCleanUp = false;    ///< high throughput: more than placeholder passes have come
+    bool isArithmetic = false;  ///< of mixed styles: this one is coded without high throughput
 };
 
 /// The blocks of one band in one precinct.
