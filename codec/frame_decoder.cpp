@@ -19,6 +19,7 @@ constexpr DecoderRow kDecoders[] = {
     {FrameCoding::kRle, &FrameDecoder::DecompressRLEData, true},
     {FrameCoding::kJpeg, &FrameDecoder::DecompressJpegData},
     {FrameCoding::kJpeg2000, &FrameDecoder::DecompressJ2KData},
+    {FrameCoding::kJpegLs, &FrameDecoder::DecompressJpegLsData, true},
 };
 
 /// Null for frames that are stored as they are.

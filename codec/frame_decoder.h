@@ -34,6 +34,10 @@ public:
         frame_.hasExactColour = true;
         frame_.bitsStored = bitsStored;
     }
+    /// Of signed samples, whose sign some codings cut away: this many bits from the lowest on.
+    void TakeSignBits(int bitsStored) noexcept { signBits_ = bitsStored; }
+    /// False where the source failed for a process that nothing here decodes, and not for damage.
+    [[nodiscard]] bool IsSupported() const noexcept { return isSupported_; }
     /// Whether the source gave every sample of the frame, undamaged; good after a success.
     [[nodiscard]] bool IsWhole() const noexcept { return isWhole_; }
 
@@ -48,11 +52,15 @@ public:
     /// JPEG 2000. The stream must be as the header says in size and number of samples; samples of
     /// fewer bits than the header allocates are widened. Rows are packed.
     int DecompressJ2KData();
+    /// JPEG-LS. The stream must be as the header says in size and number of samples; its own
+    /// precision rules, and samples of fewer bits than the header allocates are widened.
+    int DecompressJpegLsData();
 
 private:
     QUORVEX_MESSAGE CopyFrame(unsigned char*& result, unsigned long& resultSize);
     QUORVEX_MESSAGE CopyColourFrame(unsigned char*& result, unsigned long& resultSize);
     [[nodiscard]] bool IsDecodable() const noexcept;
+    void ConvertStoredYbr(std::size_t sampleBytes);
     /// What an RLE or a plain frame of three samples is converted from.
     [[nodiscard]] ColourFrame DescribeColour(std::size_t frameBytes) const noexcept;
     /// False for a colour that must not come out black.
@@ -68,6 +76,8 @@ private:
     std::size_t written_ = 0;          ///< bytes of target_ that have a value
     std::size_t told_ = 0;             ///< the size that the caller is told
     bool isWhole_ = true;
+    bool isSupported_ = true;
+    int signBits_ = 0;  ///< 0: not known
 };
 
 }  // namespace quorvex

@@ -1,6 +1,7 @@
 #include "codec/stored_coding.h"
 
 #include "codec/frame_coder.h"
+#include "codec/jpegls/jpegls_coding.h"
 #include "codec/rle/rle_coding.h"
 
 #include <algorithm>
@@ -67,6 +68,7 @@ QUORVEX_MESSAGE CodeStored(const StoredForms& forms, std::span<unsigned char> fr
     if (row->coding == FrameCoding::kRle) return CodeToRle(forms, frame, coded);
     const bool isFit = FitBitsStored(forms, frame);
     if (row->isLossy && !isFit) return QVM_ERROR_INVALID_BITS_STORED;
+    if (row->coding == FrameCoding::kJpegLs) return CodeToJpegLs(forms, isFit, frame, coded);
     const _IMAGE_PROCESS_PARAM param = ParamOf(forms);
     FrameCoder coder(param, frame, /*keepsRgb=*/true);
     coder.DescribeStored(isFit ? forms.bitsStored : forms.bitsAllocated, forms.isRgb);

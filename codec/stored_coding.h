@@ -24,10 +24,11 @@ struct StoredForms {
     std::uint16_t quality = 0;  ///< of lossy forms, as CxImageProcessor::CompressFrameData() has it
 };
 
-/// JPEG 2000 is coded with Bits Stored where the samples fit them; lossless, else with Bits
-/// Allocated.
+/// JPEG 2000 and JPEG-LS are coded with Bits Stored where the samples fit them; lossless, else with
+/// Bits Allocated.
 /// @return QVM_SUCCESS; QVM_ERROR_INVALID_TARGET_SYNTAX for a form without a coder;
-///         QVM_ERROR_INVALID_BITS_STORED for a lossy form and samples beyond Bits Stored;
+///         QVM_ERROR_INVALID_BITS_STORED for a lossy form and samples beyond Bits Stored, or that
+///         losses of JPEG-LS would take there;
 ///         QVM_ERROR_FAILED_TO_COMPRESS. Throws std::bad_alloc
 [[nodiscard]] QUORVEX_MESSAGE CodeStored(const StoredForms& forms, std::span<unsigned char> frame,
                                          std::vector<unsigned char>& coded);

@@ -28,6 +28,8 @@ constexpr std::array kChoices = {
     Choice{kJpegLosslessFirstOrder},
     Choice{kJpeg2000, 5, 1000, 1, "YBR_ICT"},
     Choice{kJpeg2000Lossless, 0, 0, 0, "YBR_RCT"},
+    Choice{kJpegLsNearLossless, 2, 255, 1},
+    Choice{kJpegLsLossless},
 };
 
 /// "implicit, explicit or jpeg"

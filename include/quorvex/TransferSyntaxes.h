@@ -42,6 +42,8 @@ enum QUORVEX_XFERSYNTAX : std::uint32_t {
     kXferJpeg2000 = 8,
     kXferJpeg2000Lossless = 9,
     kXferDeflated = 10,  ///< Deflated Explicit VR Little Endian; by the standard rules only
+    kXferJpegLs = 11,  ///< JPEG-LS near-lossless; this one and the next by the standard rules only
+    kXferJpegLsLossless = 12,
 };
 
 /// How frames are stored, and with that what decodes them here.
@@ -51,6 +53,7 @@ enum class FrameCoding : std::uint8_t {
     kRle,
     kJpeg,  ///< the stream says which process
     kJpeg2000,
+    kJpegLs,
 };
 
 /// One transfer syntax.

@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <string>
 #include <vector>
 
 namespace quorvex {
@@ -27,6 +28,8 @@ const char* MethodOf(const TransferSyntax& coding) {
             return "ISO_15444_1";
         case FrameCoding::kJpeg:
             return "ISO_10918_1";
+        case FrameCoding::kJpegLs:
+            return "ISO_14495_1";
         default:
             return "";
     }
@@ -103,10 +106,12 @@ void SetFrameTypesDerived(CDcmObjectCommon& group) {
     for (const std::uint32_t sequence : sequences) SetFrameTypesDerived(group, sequence);
 }
 
-void DescribeDerivation(const TransferSyntax& coding, double ratio, CDcmObject& object) {
+void DescribeDerivation(const TransferSyntax& coding, double ratio, unsigned errorBound,
+                        CDcmObject& object) {
     constexpr int kLongestText = 1024;
-    const CString text =
-        CString("Lossy compression ") + RatioText(ratio) + ":1, " + CString(coding.name);
+    CString text = CString("Lossy compression ") + RatioText(ratio) + ":1, " + CString(coding.name);
+    if (errorBound != 0)
+        text += CString(", samples within " + std::to_string(errorBound) + " of their source");
     const auto earlier = Read<CString>(object, tag::kDerivationDescription);
     const CString all = earlier && !earlier->IsEmpty() ? *earlier + "; " + text : text;
     object.SetValue(tag::kDerivationDescription, all.GetLength() <= kLongestText ? all : text);
@@ -137,11 +142,12 @@ void MarkEarlierLoss(const TransferSyntax& coding, double ratio, CDcmObject& obj
     AppendLoss(coding, ratio, object);
 }
 
-bool RecordLoss(const TransferSyntax& coding, double ratio, CDcmObject& object) {
+bool RecordLoss(const TransferSyntax& coding, double ratio, unsigned errorBound,
+                CDcmObject& object) {
     const auto uid = NewUid(ConfiguredUidRoot());
     if (!uid) return false;
     AppendLoss(coding, ratio, object);
-    DescribeDerivation(coding, ratio, object);
+    DescribeDerivation(coding, ratio, errorBound, object);
     ReferToSource(object);
     SetDerived(object, tag::kImageType);
     for (const auto groups :

@@ -16,7 +16,9 @@ void MarkEarlierLoss(const TransferSyntax& coding, double ratio, CDcmObject& obj
 
 /// Makes the object one derived from its former self: Lossy Image Compression with ratio and
 /// method behind earlier ones, derivation, Image Type and Frame Types, source, a UID of its own.
+/// @param errorBound  no sample is further from its source; 0 where nothing is known
 /// @return false where no UID can be made of the configured root
-[[nodiscard]] bool RecordLoss(const TransferSyntax& coding, double ratio, CDcmObject& object);
+[[nodiscard]] bool RecordLoss(const TransferSyntax& coding, double ratio, unsigned errorBound,
+                              CDcmObject& object);
 
 }  // namespace quorvex

@@ -133,7 +133,9 @@ QUORVEX_MESSAGE RecodeByStandard(CxDcmParser& parser, TRANSFER_SYNTAX from,
     DescribeColours(plan, target);
     if (plan.isLossySource) MarkEarlierLoss(*plan.from, RatioOf(plainBytes, storedBytes), target);
     if (wish.form == kXferJpegExtended) DescribeExtendedBits(target);
-    if (plan.to->isLossy && !RecordLoss(*plan.to, RatioOf(plainBytes, codedBytes), target))
+    const unsigned errorBound = plan.to->coding == FrameCoding::kJpegLs ? plan.forms.quality : 0;
+    if (plan.to->isLossy &&
+        !RecordLoss(*plan.to, RatioOf(plainBytes, codedBytes), errorBound, target))
         return QVM_ERROR_INVALID_MAKER_PARAM;
     return QVM_SUCCESS;
 }

@@ -3,6 +3,7 @@
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/engines/jpeg2000/jpeg2000_header.h"
+#include "foundation/engines/jpegls/jpegls_engine.h"
 #include "foundation/types/checked_size.h"
 
 #include <algorithm>
@@ -27,23 +28,45 @@ constexpr FormLimits kLimits[] = {
     {kXferJpegLossless, 8, 16},
     {kXferJpeg2000, 8, 16, 5},
     {kXferJpeg2000Lossless, 8, 16},
+    {kXferJpegLs, 8, 16, 2},
+    {kXferJpegLsLossless, 8, 16},
 };
 
-/// A codestream's header lies at the start of the first frame.
-std::optional<Jpeg2000Header> HeaderOfFirstFrame(const CDcmObject& object) {
-    std::optional<Jpeg2000Header> header;
-    const PixelItemCallback look = [](int, std::uint32_t, void* user, int item,
+/// What the start of a first frame tells of its stream.
+struct StreamTraits {
+    bool isLossless = false;
+    bool hasColourTransform = false;
+};
+
+StreamTraits TraitsOf(FrameCoding coding, std::span<const unsigned char> stream) {
+    if (coding == FrameCoding::kJpegLs) {
+        const JpegLsDecoder decoder(stream);
+        const bool isRead = decoder.State() == JpegLsResult::kDone;
+        return {.isLossless = isRead && decoder.Header().errorBound == 0};
+    }
+    if (coding != FrameCoding::kJpeg2000) return {};
+    const auto codestream = FindCodestream(stream);
+    const auto header = codestream ? ReadJpeg2000Header(*codestream) : std::nullopt;
+    if (!header) return {};
+    return {.isLossless = header->isReversible, .hasColourTransform = header->hasColourTransform};
+}
+
+/// The header of a stream lies at the start of the first frame.
+StreamTraits TraitsOfFirstFrame(FrameCoding coding, const CDcmObject& object) {
+    struct Look {
+        FrameCoding coding;
+        StreamTraits traits;
+    } look{coding, {}};
+    const PixelItemCallback take = [](int, std::uint32_t, void* user, int item,
                                       unsigned long length, unsigned char* data, int,
                                       int) -> MC_STATUS {
         if (item == 0) return kMcContinue;  // the offset table
-        const auto codestream = FindCodestream({data, length});
-        if (codestream) {
-            *static_cast<std::optional<Jpeg2000Header>*>(user) = ReadJpeg2000Header(*codestream);
-        }
+        auto& wanted = *static_cast<Look*>(user);
+        wanted.traits = TraitsOf(wanted.coding, {data, length});
         return kMcRefuse;  // one is enough
     };
-    object.GetValueEx(tag::kPixelData, &header, look);
-    return header;
+    object.GetValueEx(tag::kPixelData, &look, take);
+    return look.traits;
 }
 
 class Planner {
@@ -68,17 +91,14 @@ public:
     }
     /// What the frames are when they have been read.
     void DescribeSource() {
-        const auto stream = plan_.from->coding == FrameCoding::kJpeg2000
-                                ? HeaderOfFirstFrame(header_)
-                                : std::nullopt;
-        const bool isKnownReversible = stream && stream->isReversible;
-        plan_.isLossySource = plan_.from->isLossy && !isKnownReversible;
+        const StreamTraits stream = TraitsOfFirstFrame(plan_.from->coding, header_);
+        plan_.isLossySource = plan_.from->isLossy && !stream.isLossless;
         plan_.readAs = photometric_;
         plan_.written = photometric_;
         if (plan_.forms.samplesPerPixel != 3) return;
         const bool isDecodedToRgb =
             (plan_.from->coding == FrameCoding::kJpeg && plan_.from->isLossy) ||
-            (stream && stream->hasColourTransform);
+            stream.hasColourTransform;
         const bool staysYbr = photometric_ == CString("YBR_FULL") && !isDecodedToRgb;
         if (staysYbr) {
             plan_.readAs = "RGB";  // no conversion
@@ -122,7 +142,8 @@ private:
     /// Lossy coders take R, G, B; JPEG 2000 makes luminance and differences of them.
     void DescribeColours() {
         if (plan_.forms.samplesPerPixel != 3) return;
-        if (plan_.to->isLossy) {
+        // JPEG-LS takes any three samples, and keeps its bound for them as they are.
+        if (plan_.to->isLossy && plan_.to->coding != FrameCoding::kJpegLs) {
             plan_.readAs = photometric_;
             plan_.written = "RGB";
         }

@@ -120,11 +120,14 @@ QUORVEX_MESSAGE FrameFetch::Decompress(std::span<const unsigned char> source, un
     auto* const bytes = const_cast<unsigned char*>(source.data());
     FrameDecoder decoder(param, {bytes, source.size()}, kGeneralAllocator, false);
     if (parser_.rules == Rules::kStandard) decoder.TakeExactColours(shape_.StoredBits());
+    decoder.TakeSignBits(shape_.StoredBits());
     unsigned char* decoded = nullptr;
     unsigned long decodedSize = 0;
     const UndoUnlessKept release([&] { delete[] decoded; });  // the decoder may throw
     const QUORVEX_MESSAGE result = decoder.Decode(decoded, decodedSize);
     if (result == QVM_ERROR_INVALID_PHOTOMETRIC) return result;
+    if (parser_.rules == Rules::kStandard && !decoder.IsSupported())
+        return QVM_ERROR_INVALID_JPEG_STREAM;
     if (result != QVM_SUCCESS && result != QVM_FRAME_COPIED) return QVM_ERROR_FAILED_TO_DECOMPRESS;
     // The size of a broken stream is how far it came; the zeros behind that are of the frame too.
     size = std::max<unsigned long>(decodedSize, shape_.DecodedFrameBytes());

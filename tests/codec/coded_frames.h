@@ -1,6 +1,7 @@
 /// Frames of every coding that is read, and the way through CxImageProcessor and back.
 #pragma once
 
+#include "foundation/engines/jpegls/jpegls_engine.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
 #include "tests/codec/rle_frames.h"
@@ -34,6 +35,8 @@ inline constexpr Coding kCodings[] = {
     {"JPEG 2000", kJpeg2000, "1.2.840.10008.1.2.4.91", kXferJpeg2000, 8, 16, false},
     {"JPEG 2000 lossless", kJpeg2000Lossless, "1.2.840.10008.1.2.4.90", kXferJpeg2000Lossless, 8,
      16, true},
+    {"JPEG-LS lossless", kJpegLsLossless, "1.2.840.10008.1.2.4.80", kXferJpegLsLossless, 8, 16,
+     true},
 };
 
 struct FrameForm {
@@ -84,6 +87,15 @@ inline Bytes CodeExtended(const FrameForm& form, const Bytes& pixels) {
                          pixels);
 }
 
+inline Bytes CodeJpegLsFrame(const FrameForm& form, const Bytes& pixels) {
+    return CodeJpegLs({.columns = form.columns,
+                       .rows = form.rows,
+                       .components = form.samples,
+                       .precision = form.bits,
+                       .samples = pixels})
+        .value_or(Bytes());
+}
+
 inline _IMAGE_PROCESS_PARAM ParamOf(std::uint32_t syntax, const FrameForm& header) {
     _IMAGE_PROCESS_PARAM param;
     param.transferSyntax = syntax;
@@ -128,6 +140,7 @@ inline Bytes CodeFrame(const Coding& coding, const FrameForm& form, Bytes pixels
     if (coding.target == kXferUncompressed) return pixels;
     if (coding.target == kXferRle) return CodeRle(form, pixels);
     if (coding.target == kXferJpegExtended) return CodeExtended(form, pixels);
+    if (coding.target == kXferJpegLsLossless) return CodeJpegLsFrame(form, pixels);
     _IMAGE_PROCESS_PARAM param = ParamOf(kExplicitLittleEndian, form);
     param.bitsAllocated = static_cast<std::uint16_t>(form.bits);
     param.quality = coding.target == kXferJpegBaseline ? 95 : 1;

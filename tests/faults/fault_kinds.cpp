@@ -85,6 +85,16 @@ CDcmObject Rle(const CDcmObject& native, unsigned samples, unsigned bits) {
     return object;
 }
 
+CDcmObject JpegLs(const CDcmObject& native, unsigned samples, unsigned bits) {
+    CDcmObject object = native;
+    Bytes coded = CodeJpegLsFrame({36, 20, samples, bits}, StoredFrames(native).front());
+    const unsigned long length = coded.size();
+    unsigned char* data = coded.data();
+    object.SetTransferSyntax(kJpegLsLossless);
+    object.SetValueEx(tag::kPixelData, 1, &length, &data);
+    return object;
+}
+
 CDcmObject Converted(CDcmObject object, QUORVEX_XFERSYNTAX to) {
     if (ConvertTo(to, object, to == kXferJpeg2000 ? 4 : 80).Code() != QVM_SUCCESS)
         throw std::runtime_error("no such kind");
@@ -135,6 +145,7 @@ public:
         Add("JPEG lossless", Converted(Grey(), kXferJpegLossless));
         Add("JPEG 2000", Converted(Colour(), kXferJpeg2000));
         Add("JPEG 2000 lossless", Converted(Grey(), kXferJpeg2000Lossless));
+        Add("JPEG-LS", JpegLs(Colour(), 3, 8));
         Add("multi-frame", Converted(Grey(3), kXferJpegLossless));
         Add("overlays and shutter", Overlaid());
         Add("tables", WithTables());

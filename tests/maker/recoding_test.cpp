@@ -106,7 +106,8 @@ TEST(Recoding, ChangesHowPixelsAreStoredAndNothingElse) {
         } forms[] = {{kXferRle, ""},
                      {kXferDeflated, ""},
                      {kXferJpegLossless, kept.asJpeg},
-                     {kXferJpeg2000Lossless, kept.asJpeg2000}};
+                     {kXferJpeg2000Lossless, kept.asJpeg2000},
+                     {kXferJpegLsLossless, kept.asJpeg}};
         const std::string own = TextOf(kept.object, tag::kPhotometricInterpretation);
         for (const auto& [form, photometric] : forms) {
             SCOPED_TRACE(std::string(kept.what) + " as form " + std::to_string(form));
@@ -153,6 +154,47 @@ TEST(Recoding, WithLossesMakesAnObjectOfItsOwn) {
     told.SetValue(tag::kLossyImageCompression, "00");
     ASSERT_EQ(Recode(told, kXferUncompressedExplicit), QVM_SUCCESS);
     ExpectAttributes(told, "00282110=01");
+}
+
+/// How far the samples of two objects of 16 bits are from each other.
+int GreatestDistance(const CDcmObject& one, const CDcmObject& other) {
+    const auto a = FramesOf(one).front();
+    const auto b = FramesOf(other).front();
+    int greatest = a.size() == b.size() ? 0 : 65536;
+    for (std::size_t i = 0; i + 1 < a.size() && i + 1 < b.size(); i += 2) {
+        const auto value = [i](const Frame& frame) {
+            return static_cast<std::int16_t>(frame[i] | frame[i + 1] << 8);
+        };
+        greatest = std::max(greatest, std::abs(value(a) - value(b)));
+    }
+    return greatest;
+}
+
+TEST(Recoding, NearLosslessKeepsItsBoundAndTellsIt) {
+    ImageShape negative{.size = {40, 30}, .bitsStored = 16};
+    negative.pixelRepresentation = 1;
+    for (const auto& [source, bound] :
+         {std::pair(ImageOf<std::uint16_t>({.size = {40, 30}}, 0xFFF), 1),
+          {ImageOf<std::uint16_t>({.size = {40, 30}}, 0xFFF), 9},
+          {ImageOf<std::int16_t>(negative, 0x7FF), 3}}) {
+        CDcmObject near = source;
+        ASSERT_EQ(Recode(near, kXferJpegLs, static_cast<std::uint16_t>(bound)), QVM_SUCCESS);
+        ExpectAttributes(near, "00282110=01; 00282114=ISO_14495_1");
+        EXPECT_NE(TextOf(near, tag::kDerivationDescription)
+                      .find("within " + std::to_string(bound) + " of"),
+                  std::string::npos);
+        ASSERT_EQ(Recode(near, kXferUncompressedExplicit), QVM_SUCCESS);
+        EXPECT_EQ(GreatestDistance(near, source), bound);
+    }
+    // Next to the least value a bound of 2 would make a positive sample of a negative one.
+    auto edge = ImageOf<std::int16_t>(negative, 0x8000);
+    EXPECT_EQ(Recode(edge, kXferJpegLs, 2), QVM_ERROR_INVALID_BITS_STORED);
+    // A bound of 0 under the lossy syntax has lost nothing.
+    auto exact = ImageOf<std::uint16_t>({.size = {40, 30}}, 0xFFF);
+    ASSERT_EQ(Recode(exact, kXferJpegLsLossless), QVM_SUCCESS);
+    exact.SetTransferSyntax(kJpegLsNearLossless);
+    ASSERT_EQ(Recode(exact, kXferUncompressedExplicit), QVM_SUCCESS);
+    ExpectAttributes(exact, "00282110");
 }
 
 TEST(Recoding, RefusesWhatACodingCannotHold) {

@@ -197,7 +197,7 @@ TEST(FrameAccess, RleColourIsInterleavedWhateverTheHeaderSays) {
 }
 
 TEST(FrameAccess, CodedBytesNeverPassForPixels) {
-    for (const auto uid : {kJpegLsUid, kExplicitUid}) {
+    for (const auto uid : {kVideoUid, kExplicitUid}) {
         Parsed parsed(EncapsulatedFile(uid, {.rows = 1, .columns = 4, .bits = 8},
                                        {{0xFF, 0xD8, 1, 2, 3, 4, 0xFF, 0xD9}}));
         ASSERT_EQ(parsed.code, QVM_SUCCESS) << uid;

@@ -20,7 +20,7 @@ inline constexpr std::string_view kExplicitUid = "1.2.840.10008.1.2.1";
 inline constexpr std::string_view kBigEndianUid = "1.2.840.10008.1.2.2";
 inline constexpr std::string_view kDeflatedUid = "1.2.840.10008.1.2.1.99";
 inline constexpr std::string_view kRleUid = "1.2.840.10008.1.2.5";
-inline constexpr std::string_view kJpegLsUid = "1.2.840.10008.1.2.4.80";
+inline constexpr std::string_view kVideoUid = "1.2.840.10008.1.2.4.102";  ///< has no decoder
 
 inline constexpr std::uint32_t kUndefinedLength = 0xFFFFFFFF;
 

@@ -29,11 +29,12 @@ import pydicom
 
 warnings.simplefilter("ignore")
 
-LOSSLESS = ["implicit", "explicit", "deflated", "rle", "jpeg-lossless", "j2k-lossless"]
-LOSSY = ["jpeg", "jpeg12", "j2k"]
+LOSSLESS = ["implicit", "explicit", "deflated", "rle", "jpeg-lossless", "j2k-lossless", "jpegls-lossless"]
+LOSSY = ["jpeg", "jpeg12", "j2k", "jpegls"]
 # Another toolkit's decoder for each coding.
 DECODERS = {"rle": ["dcmdrle"], "jpeg-lossless": ["dcmdjpeg", "+cn"], "j2k-lossless": ["gdcmconv", "--raw"],
-            "jpeg": ["dcmdjpeg"], "jpeg12": ["dcmdjpeg"], "j2k": ["gdcmconv", "--raw"]}
+            "jpeg": ["dcmdjpeg"], "jpeg12": ["dcmdjpeg"], "j2k": ["gdcmconv", "--raw"],
+            "jpegls-lossless": ["dcmdjpls"], "jpegls": ["dcmdjpls"]}
 # What a coding may change.
 DEMANDED = {"TransferSyntaxUID", "PhotometricInterpretation", "PlanarConfiguration",
             # a source that had lost something says so
@@ -339,7 +340,7 @@ def main():
     parser.add_argument("--table", action="store_true")
     parser.add_argument("--verbose", action="store_true")
     options = parser.parse_args()
-    tools = {tool for tool in ("dcmdrle", "dcmdjpeg", "gdcmconv", "dciodvfy") if shutil.which(tool)}
+    tools = {tool for tool in ("dcmdjpls", "dcmdrle", "dcmdjpeg", "gdcmconv", "dciodvfy") if shutil.which(tool)}
     files = []
     for path in options.inputs:
         files += sorted(p for p in path.rglob("*") if p.is_file()) if path.is_dir() else [path]

@@ -167,7 +167,7 @@ std::string MakeMixedArchive(const ScratchFolder& scratch, int count) {
                                                   .samples = 3,
                                                   .frames = "5 "},
                                                  Bytes(std::size_t{64} * 64 * 3 * 5, 9)));
-        scratch.Write(name + "l.dcm", EncapsulatedFile(kJpegLsUid, SmallFacts(8, 8), {{{1, 2}}}));
+        scratch.Write(name + "l.dcm", EncapsulatedFile(kVideoUid, SmallFacts(8, 8), {{{1, 2}}}));
         scratch.Write(name + ".txt", std::string(200, 't'));
     }
     return archive;

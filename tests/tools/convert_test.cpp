@@ -106,9 +106,9 @@ std::vector<BadSource> BadSources(const ScratchFolder& folder) {
         {image("more.dcm", 16, 0, {0x0201}, 12, 600), {"rle"}, "more frames"},
         {image("short.dcm", 16, 0, {0x0201}, 12, 250), {"j2k-lossless"}, "fewer pixels"},
         {file("text.dcm", std::string(5000, 't')), {"explicit"}, "QVM_ERROR_FAILED_TO_PARSE_DICOM"},
-        {file("ls.dcm", EncapsulatedFile(kJpegLsUid, SmallFacts(8, 8), {{{0xFF, 0xD8}}})),
+        {file("ls.dcm", EncapsulatedFile(kVideoUid, SmallFacts(8, 8), {{{0xFF, 0xD8}}})),
          {"explicit"},
-         "JPEG-LS Lossless (1.2.840.10008.1.2.4.80), and this build has no decoder"},
+         "Level 4.1 (1.2.840.10008.1.2.4.102), and this build has no decoder"},
         {file("segments.dcm", Segmentation()), {"j2k"}, "numbers of segments"},
         {folder.Path("none.dcm"), {"explicit"}, "No such file", 3},
     };

@@ -52,7 +52,7 @@ struct Way {
 
 std::vector<Way> Ways() {
     const Arguments keep = {"--keep-unsupported"};
-    const auto coded = EncapsulatedFile(kJpegLsUid, SmallFacts(8, 8), {{{0xFF, 0xD8}}});
+    const auto coded = EncapsulatedFile(kVideoUid, SmallFacts(8, 8), {{{0xFF, 0xD8}}});
     const auto bits = SmallFacts(1, 1);
     const auto bitmap = NativeFile(kExplicitUid, bits, Bytes(32, 0x55));
     return {

@@ -66,10 +66,11 @@ TEST(InfoCommand, OpensWithWhatTheObjectIs) {
     const ScratchFolder folder;
     const ImageFacts palette{.photometric = "PALETTE COLOR"};
     const auto path = folder.Write(
-        "coded.dcm", EncapsulatedFile("1.2.840.10008.1.2.4.80", palette, {Bytes(8, 'x')}));
-    EXPECT_TRUE(Has(InfoOf(path),
-                    "a decoder for JPEG-LS Lossless, which this build does not have; "
-                    "a palette, which it does not carry\n"));
+        "coded.dcm", EncapsulatedFile("1.2.840.10008.1.2.4.102", palette, {Bytes(8, 'x')}));
+    EXPECT_TRUE(Has(
+        InfoOf(path),
+        "a decoder for MPEG-4 AVC/H.264 High Profile / Level 4.1, which this build does not have; "
+        "a palette, which it does not carry\n"));
 }
 
 TEST(InfoCommand, ShowsWantedElementsOnlyAndReadsStandardInput) {

@@ -15,6 +15,8 @@ std::string Escaped(std::string_view text) {
             escaped += "\\e";
         } else if (c == '-') {
             escaped += "\\-";
+        } else if (c == '|') {
+            escaped += "|\\:";  // a line may end there
         } else {
             escaped += c;
         }
@@ -38,8 +40,9 @@ std::string Head(const std::string& page, std::string_view summary) {
     std::string name = page;
     for (char& c : name)
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    // Long words of choices would tear a line apart, and be hyphenated.
     return ".\\\" Made from the command's own options.\n.TH " + Escaped(name) +
-           " 1 \"\" \"quorvex " QUORVEX_VERSION "\" \"QuorvexU\"\n" +
+           " 1 \"\" \"quorvex " QUORVEX_VERSION "\" \"QuorvexU\"\n.ad l\n.nh\n" +
            Section("NAME", Escaped(page) + " \\- " + Escaped(summary) + '\n');
 }
 

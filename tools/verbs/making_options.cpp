@@ -34,7 +34,8 @@ void AddOptions(CLI::App& verb, ConvertArguments& arguments) {
         ->required()
         ->type_name(TargetNames());
     verb.add_option("--quality", arguments.quality,
-                    "jpeg: 1 to 100; jpeg12: coarseness, 1 is best; j2k: ratio to compress by")
+                    "jpeg: 1 to 100; jpeg12: coarseness, 1 is best; j2k: ratio to compress by; "
+                    "jpegls: greatest error of a sample")
         ->type_name("Q");
     verb.add_option("--jobs", arguments.jobs, "Files at a time; 0 for one on each core")
         ->check(CLI::Range(0U, kMostJobs).description(""))

@@ -66,8 +66,11 @@ Refusal BeyondStoredBits(const CDcmObject& source, const ConvertTarget& target) 
     if (stored < 1 || stored > allocated) return BadInput(QVM_ERROR_INVALID_BITS_STORED);
     const bool isTwelve = target.syntax->form == kXferJpegExtended;
     const int bits = isTwelve ? std::min(stored, kMostBits) : stored;
+    const char* const where = target.syntax->form == kXferJpegLs
+                                  ? "beyond, or too close to the ends of, its "
+                                  : "beyond its ";
     return Unsupported(QVM_ERROR_INVALID_BITS_STORED,
-                       NameOf(target) + " cannot hold this image: there are values beyond its " +
+                       NameOf(target) + " cannot hold this image: there are values " + where +
                            std::to_string(bits) + " bits");
 }
 
@@ -99,6 +102,8 @@ void RefuseWhatTheTargetCannotHold(const CDcmObject& source, const ConvertTarget
 Refusal RefusalOf(QUORVEX_MESSAGE outcome, const CDcmObject& source, const ConvertTarget& target) {
     if (outcome == QVM_ERROR_INVALID_TRANSFER_SYNTAX) return WithoutDecoder(source);
     if (outcome == QVM_ERROR_INVALID_BITS_STORED) return BeyondStoredBits(source, target);
+    if (outcome == QVM_ERROR_INVALID_JPEG_STREAM)
+        return Unsupported(outcome, "its frames are coded by a process without a decoder here");
     const auto* named = std::ranges::find(kNamedAttributes, outcome, &NamedAttribute::outcome);
     return named == kNamedAttributes.end() ? BadInput(outcome)
                                            : Unsupported(*named, source, target);
