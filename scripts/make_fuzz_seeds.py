@@ -33,6 +33,8 @@ PHOTOMETRICS = ["MONOCHROME2", "RGB", "YBR_FULL", "YBR_FULL_422", "PALETTE COLOR
 JPEG = ["1.2.840.10008.1.2.4.50", "1.2.840.10008.1.2.4.51", "1.2.840.10008.1.2.4.57",
         "1.2.840.10008.1.2.4.70"]
 J2K = ["1.2.840.10008.1.2.4.91", "1.2.840.10008.1.2.4.90"]
+# Any of these is a codestream for the targets of the decoder's stages.
+CODESTREAMS = [*J2K, *(f"1.2.840.10008.1.2.4.{number}" for number in (92, 93, 201, 202, 203))]
 RLE = ["1.2.840.10008.1.2.5"]
 DECODERS = {"rle_fuzz": RLE, "jpeg_fuzz": JPEG, "jpeg2000_fuzz": J2K,
             "lossless_jpeg_fuzz": [], "headers_swap_fuzz": RLE + JPEG[:2] + JPEG[3:] + J2K}
@@ -68,6 +70,23 @@ def save_frames(out, ds):
                 save(out, target, frame + bytes(room - len(tail)) + tail)
 
 
+def save_codestreams(out, ds):
+    """Whole streams, their packets, and pieces of those as bytes of one block in a whole segment."""
+    frames = generate_pixel_data_frame(ds.PixelData, int(ds.get("NumberOfFrames", 1)))
+    stream = next(frames)
+    if len(stream) > LARGEST_FRAME:
+        return
+    save(out, "jpeg2000_parts_fuzz", stream + bytes(16))
+    packets = stream[stream.find(b"\xff\x93") + 2:]
+    save(out, "jpeg2000_packets_fuzz", packets[:8000] + bytes([63] * 64))
+    for begin in range(0, min(len(packets), 12_000), 3000):
+        piece = packets[begin:begin + 3000]
+        # 64 x 64 coefficients of up to 29 planes, no style, one segment.
+        shape = bytes([33, 20, 63, 63, 1])
+        save(out, "jpeg2000_mq_block_fuzz", piece + bytes(23) + bytes([30, 0, 0, 0]) + shape)
+        save(out, "jpeg2000_ht_block_fuzz", piece + bytes([1] * 19) + shape)
+
+
 def save_file(out, path):
     content = path.read_bytes()
     if len(content) <= LARGEST_FILE:
@@ -79,6 +98,8 @@ def save_file(out, path):
             save(out, "state_fuzz", content + STATE_OPTIONS)
         if "PixelData" in ds and ds.file_meta.TransferSyntaxUID in RLE + JPEG + J2K:
             save_frames(out, ds)
+        if "PixelData" in ds and ds.file_meta.TransferSyntaxUID in CODESTREAMS:
+            save_codestreams(out, ds)
     except Exception:  # a file that pydicom cannot read is a good seed all the same
         pass
 

@@ -11,7 +11,7 @@ seeds=$build/seeds
 mkdir -p "$build/finds"
 if [ ! -d "$seeds" ]; then
     folders="samples /usr/lib/python3/dist-packages/pydicom/data"
-    [ -z "${QUORVEX_CORPUS:-}" ] || folders="$folders $QUORVEX_CORPUS/files"
+    [ -z "${QUORVEX_CORPUS:-}" ] || folders="$folders $QUORVEX_CORPUS/files $QUORVEX_CORPUS/made/files"
     # shellcheck disable=SC2086  # a word list
     /usr/bin/python3 -B scripts/make_fuzz_seeds.py "$seeds" $folders
 fi
