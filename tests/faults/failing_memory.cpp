@@ -24,7 +24,8 @@ struct Range {
     std::uintptr_t end = 0;
 };
 
-constexpr std::array kFrailLibraries = {"libopenjp2", "libcairo", "libpixman", "libfreetype"};
+constexpr std::array kFrailLibraries = {"libopenjp2", "libopenjph", "libcairo", "libpixman",
+                                        "libfreetype"};
 using Ranges = std::array<Range, kFrailLibraries.size()>;
 
 int NoteRange(dl_phdr_info* library, std::size_t, void* user) {
@@ -177,15 +178,16 @@ int __wrap_munmap(void* block, std::size_t size) {
 namespace {
 
 #if QUORVEX_OWN_MALLOC
-void* Take(std::size_t size, std::size_t alignment) noexcept {
-    return alignment == 0 ? malloc(size) : memalign(alignment, size);
+void* Take(std::size_t size, std::size_t alignment, const void* caller) noexcept {
+    if (MustFail(caller)) return Refused();
+    return Counted(alignment == 0 ? __libc_malloc(size) : __libc_memalign(alignment, size));
 }
 void Give(void* block) noexcept {
     free(block);
 }
 #else
-void* Take(std::size_t size, std::size_t alignment) noexcept {
-    if (MustFail(__builtin_return_address(0))) return nullptr;
+void* Take(std::size_t size, std::size_t alignment, const void* caller) noexcept {
+    if (MustFail(caller)) return nullptr;
     const std::size_t whole =
         alignment == 0 ? size : (size + alignment - 1) / alignment * alignment;
     return Counted(alignment == 0 ? std::malloc(size) : std::aligned_alloc(alignment, whole));
@@ -196,8 +198,8 @@ void Give(void* block) noexcept {
 }
 #endif
 
-void* TakeOrThrow(std::size_t size, std::align_val_t alignment = {}) {
-    void* block = Take(size == 0 ? 1 : size, static_cast<std::size_t>(alignment));
+void* TakeOrThrow(const void* caller, std::size_t size, std::align_val_t alignment = {}) {
+    void* block = Take(size == 0 ? 1 : size, static_cast<std::size_t>(alignment), caller);
     if (block == nullptr) throw std::bad_alloc();
     return block;
 }
@@ -207,13 +209,13 @@ void* TakeOrThrow(std::size_t size, std::align_val_t alignment = {}) {
 // The C++ library's own forms call one another; a sanitizer's do not, so all are replaced.
 #define QUORVEX_NEW(Form)                                                   \
     void* operator Form(std::size_t size) {                                 \
-        return TakeOrThrow(size);                                           \
+        return TakeOrThrow(__builtin_return_address(0), size);              \
     }                                                                       \
     void* operator Form(std::size_t size, std::align_val_t alignment) {     \
-        return TakeOrThrow(size, alignment);                                \
+        return TakeOrThrow(__builtin_return_address(0), size, alignment);   \
     }                                                                       \
     void* operator Form(std::size_t size, const std::nothrow_t&) noexcept { \
-        return Take(size == 0 ? 1 : size, 0);                               \
+        return Take(size == 0 ? 1 : size, 0, __builtin_return_address(0));  \
     }
 #define QUORVEX_DELETE(...)                        \
     void operator delete(__VA_ARGS__) noexcept {   \

@@ -1,7 +1,9 @@
 #include "foundation/engines/jpeg2000/high_throughput_encoding.h"
 
+#include "foundation/engines/jpeg2000/coding_check.h"
 #include "foundation/engines/jpeg2000/encoding_samples.h"
 #include "foundation/engines/jpeg2000/tile_part_lengths.h"
+#include "foundation/types/answer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,6 +16,7 @@
 #include <openjph/ojph_file.h>
 #include <openjph/ojph_mem.h>
 #include <openjph/ojph_params.h>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -25,6 +28,10 @@ constexpr ojph::ui32 kBlockSide = 64;
 constexpr int kLowestSide = 64;
 // Halvings of the range in which the step of a lossy stream lies.
 constexpr int kTries = 8;
+// A stream that is shorter than its target by at most this share is as good as one that fills it.
+constexpr std::size_t kCloseEnough = 50;
+// The headers alone need some of it.
+constexpr std::size_t kLeastTarget = 512;
 
 /// Where the coder writes.
 class CodedBytes final : public ojph::outfile_base {
@@ -33,18 +40,32 @@ public:
 
     std::size_t write(const void* from, std::size_t size) override {
         const auto* first = static_cast<const unsigned char*>(from);
-        bytes_.insert(bytes_.end(), first, first + size);
+        isFull_ = isFull_ || !Contain(false, [&] {
+                      bytes_.insert(bytes_.end(), first, first + size);
+                      return true;
+                  });
         return size;
     }
     ojph::si64 tell() override { return static_cast<ojph::si64>(bytes_.size()); }
+    /// Memory ran out: the library loses some of its own where that is thrown through it.
+    [[nodiscard]] bool IsFull() const noexcept { return isFull_; }
 
 private:
+    bool isFull_ = false;
     std::vector<unsigned char>& bytes_;
 };
 
-int Levels(const PegasusParameters& p) noexcept {
-    int levels = UsefulLevels(p);
+// At least one: without any, the library asserts that samples of 1 bit need more bit planes.
+int LosslessLevels(const PegasusParameters& p) noexcept {
+    int levels = std::max(UsefulLevels(p), 1);
     while (((std::max(p.columns, p.rows) - 1) >> levels) >= kLowestSide) ++levels;
+    return levels;
+}
+
+// The library's irreversible wavelet takes two rows for others.
+int LossyLevels(const PegasusParameters& p) noexcept {
+    int levels = 0;
+    for (int rows = p.rows; levels < UsefulLevels(p) && rows != 2; rows = (rows + 1) / 2) ++levels;
     return levels;
 }
 
@@ -57,7 +78,8 @@ void Configure(ojph::codestream& stream, const PegasusParameters& p, double step
     for (ojph::ui32 c = 0; c < components; ++c)
         size.set_component(c, ojph::point(1, 1), static_cast<ojph::ui32>(p.bitDepth), p.isSigned);
     auto style = stream.access_cod();
-    style.set_num_decomposition(static_cast<ojph::ui32>(Levels(p)));
+    style.set_num_decomposition(
+        static_cast<ojph::ui32>(p.isLossless ? LosslessLevels(p) : LossyLevels(p)));
     style.set_block_dims(kBlockSide, kBlockSide);
     style.set_progression_order("RPCL");
     style.set_color_transform(p.samples == 3 && p.hasColourTransform);
@@ -96,23 +118,38 @@ bool Encode(const PegasusParameters& p, double step, std::vector<unsigned char>&
     const bool fits = FeedRows(stream, p);
     stream.flush();
     stream.close();
+    if (target.IsFull()) throw std::bad_alloc();
     return fits && AddTilePartLengths(coded);
+}
+
+// The finest step of 16 bits is close to what single precision gives.
+bool IsNear(const PegasusParameters& p) {
+    const int allowance = 8 + ((1 << p.bitDepth) >> 8);
+    return GreatestCodingError(p).value_or(allowance + 1) <= allowance;
+}
+
+// As a power of 2. A picture without levels would have no bit planes at half of its range, which
+// the library asserts.
+double CoarsestStep(const PegasusParameters& p) noexcept {
+    return LossyLevels(p) > 0 ? -1 : -2;
 }
 
 // The smallest step whose stream is no longer than the target; the coder knows steps only.
 bool EncodeToSize(PegasusParameters& p) {
-    double fine = -p.bitDepth;  // as powers of 2
-    double coarse = -1;
-    if (!Encode(p, std::exp2(fine), p.coded)) return false;
-    if (p.targetBytes == 0 || p.coded.size() <= p.targetBytes) return true;
+    double coarse = CoarsestStep(p);
+    double fine = std::min<double>(-p.bitDepth, coarse);
+    const std::size_t target = std::max(p.targetBytes, kLeastTarget);
+    if (!Encode(p, std::exp2(fine), p.coded) || !IsNear(p)) return false;
+    if (p.targetBytes == 0 || p.coded.size() <= target) return true;
     if (!Encode(p, std::exp2(coarse), p.coded)) return false;
     std::vector<unsigned char> tried;
     for (int i = 0; i < kTries; ++i) {
         const double middle = (fine + coarse) / 2;
         if (!Encode(p, std::exp2(middle), tried)) return false;
-        const bool isShort = tried.size() <= p.targetBytes;
+        const bool isShort = tried.size() <= target;
         (isShort ? coarse : fine) = middle;
         if (isShort) p.coded.swap(tried);
+        if (isShort && p.coded.size() >= target - target / kCloseEnough) break;
     }
     return true;
 }
@@ -128,6 +165,8 @@ bool EncodeHighThroughput(PegasusParameters& parameters) {
     try {
         isCoded = parameters.isLossless ? Encode(parameters, 0, parameters.coded)
                                         : EncodeToSize(parameters);
+        const auto error = isCoded ? GreatestCodingError(parameters) : std::nullopt;
+        isCoded = error && (*error == 0 || !parameters.isLossless);
     } catch (const std::bad_alloc&) {
         throw;
     } catch (...) {  // the library throws words where it has no memory
