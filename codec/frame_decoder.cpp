@@ -13,13 +13,14 @@ struct DecoderRow {
     FrameCoding coding = FrameCoding::kNone;
     int (FrameDecoder::*decode)() = nullptr;
     bool givesLongWords = false;  ///< samples of 32 bits keep their four bytes
+    bool takesBits = false;       ///< samples of 1 bit, which get a byte each
 };
 
 constexpr DecoderRow kDecoders[] = {
     {FrameCoding::kRle, &FrameDecoder::DecompressRLEData, true},
     {FrameCoding::kJpeg, &FrameDecoder::DecompressJpegData},
-    {FrameCoding::kJpeg2000, &FrameDecoder::DecompressJ2KData},
     {FrameCoding::kJpegLs, &FrameDecoder::DecompressJpegLsData, true},
+    {FrameCoding::kJpeg2000, &FrameDecoder::DecompressJ2KData, false, true},
 };
 
 /// Null for frames that are stored as they are.
@@ -36,10 +37,11 @@ bool IsTooShort(const unsigned char* result, unsigned long resultSize,
 
 }  // namespace
 
-bool FrameDecoder::IsDecodable() const noexcept {
+bool FrameDecoder::IsDecodable(bool takesBits) const noexcept {
     const bool areSamplesKnown =
         frame_.samplesPerPixel == 1 || frame_.samplesPerPixel == 3 || frame_.samplesPerPixel == 4;
-    return areSamplesKnown && frame_.Pixels() != 0 && frame_.bitsAllocated >= 8;
+    const bool areBitsKnown = frame_.bitsAllocated >= 8 || (takesBits && frame_.bitsAllocated == 1);
+    return areSamplesKnown && frame_.Pixels() != 0 && areBitsKnown;
 }
 
 ColourFrame FrameDecoder::DescribeColour(std::size_t frameBytes) const noexcept {
@@ -59,7 +61,7 @@ QUORVEX_MESSAGE FrameDecoder::Decode(unsigned char*& result, unsigned long& resu
         return frame_.IsColour() ? CopyColourFrame(result, resultSize)
                                  : CopyFrame(result, resultSize);
     }
-    if (!IsDecodable()) return QVM_ERROR_INVALID_IMAGE_FORMAT;
+    if (!IsDecodable(decoder->takesBits)) return QVM_ERROR_INVALID_IMAGE_FORMAT;
     const bool isWide = decoder->givesLongWords && frame_.bitsAllocated == 32 &&
                         (result == nullptr || frame_.SampleBytesFor(resultSize) == 4);
     const auto frameBytes = frame_.FrameBytes(isWide ? 4 : frame_.BytesPerSample());

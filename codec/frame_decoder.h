@@ -59,8 +59,8 @@ public:
 private:
     QUORVEX_MESSAGE CopyFrame(unsigned char*& result, unsigned long& resultSize);
     QUORVEX_MESSAGE CopyColourFrame(unsigned char*& result, unsigned long& resultSize);
-    [[nodiscard]] bool IsDecodable() const noexcept;
     void ConvertStoredYbr(std::size_t sampleBytes);
+    [[nodiscard]] bool IsDecodable(bool takesBits) const noexcept;
     /// What an RLE or a plain frame of three samples is converted from.
     [[nodiscard]] ColourFrame DescribeColour(std::size_t frameBytes) const noexcept;
     /// False for a colour that must not come out black.

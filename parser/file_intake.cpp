@@ -4,6 +4,7 @@
 #include "foundation/platform/file_reader.h"
 #include "foundation/types/answer.h"
 #include "parser/parsed_file.h"
+#include "parser/photometric.h"
 
 #include <algorithm>
 #include <array>
@@ -29,7 +30,7 @@ bool HasOneSample(const CString& photometric) {
 /// Frame sizes and the colour path go by Samples per Pixel, so it must agree with the colours.
 void CorrectSamplesPerPixel(CDcmObject& header) {
     const auto photometric = Read<CString>(header, tag::kPhotometricInterpretation);
-    if (!photometric) return;
+    if (!photometric || KeepsInks(header)) return;
     const auto samples = static_cast<unsigned short>(HasOneSample(*photometric) ? 1 : 3);
     header.SetValue(tag::kSamplesPerPixel, samples);
 }

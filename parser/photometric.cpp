@@ -1,6 +1,7 @@
 #include "parser/photometric.h"
 
 #include "foundation/dicom/model/attributes.h"
+#include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/types/checked_size.h"
 #include "quorvex/Tags.h"
 
@@ -9,12 +10,14 @@
 namespace quorvex {
 namespace {
 
-// Four inks have three samples here: only a JPEG stream can have them, which becomes R, G, B.
+// Four inks of a JPEG stream become R, G, B; other codings keep their four samples.
 constexpr Photometric kPhotometrics[] = {
     {"MONOCHROME1", 1},     {"MONOCHROME2", 1},     {"PALETTE COLOR", 1}, {"RGB", 3},
     {"YBR_FULL", 3},        {"YBR_FULL_422", 3},    {"YBR_ICT", 3},       {"YBR_RCT", 3},
     {"YBR_PARTIAL_422", 3}, {"YBR_PARTIAL_420", 3}, {"XYB", 3},           {"CMYK", 3},
 };
+
+constexpr int kInks = 4;
 
 constexpr bool IsSeparator(char16_t character) noexcept {
     return character == u' ' || character == u'_' || character == u'\t' || character == u'\0';
@@ -62,6 +65,14 @@ bool HasWholeColours(const CDcmObject& header, std::size_t nativeBytes) {
 
 }  // namespace
 
+bool KeepsInks(const CDcmObject& header) {
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    return Read<int>(header, tag::kSamplesPerPixel) == kInks &&
+           header.GetTransferSyntax(syntax) == kDcmSuccess &&
+           CodingOf(syntax) == FrameCoding::kJpeg2000 &&
+           TextIs(header, tag::kPhotometricInterpretation, "CMYK");
+}
+
 std::optional<Photometric> UnderstoodPhotometric(std::u16string_view text) noexcept {
     for (const Photometric& photometric : kPhotometrics) {
         if (HaveSameLetters(text, photometric.name)) return photometric;
@@ -78,7 +89,7 @@ void UnderstandPhotometric(CDcmObject& header, std::size_t nativeBytes) {
         photometric->name == "YBR_FULL_422" && HasWholeColours(header, nativeBytes);
     const CString name(isMisnamed ? std::string_view("YBR_FULL") : photometric->name);
     if (*text != name) header.SetValue(tag::kPhotometricInterpretation, name);
-    header.SetValue(tag::kSamplesPerPixel, photometric->samplesPerPixel);
+    if (!KeepsInks(header)) header.SetValue(tag::kSamplesPerPixel, photometric->samplesPerPixel);
 }
 
 }  // namespace quorvex

@@ -37,6 +37,16 @@ std::optional<std::string> MissingImage(const CDcmObject& header) {
     return "it has no image" + (name.empty() ? "" : "; it is " + std::string(name));
 }
 
+// What a Part 2 stream may ask for, and a plain one does not.
+std::optional<std::string> PartTwoOnly(const CDcmObject& header) {
+    const auto* syntax = TransferSyntaxOfUid(TextOf(header, tag::kTransferSyntaxUID));
+    const bool isPartTwo = syntax != nullptr && (syntax->number == kJpeg2000Part2 ||
+                                                 syntax->number == kJpeg2000Part2Lossless);
+    if (!isPartTwo) return std::nullopt;
+    return "the frame could not be decoded: of " + std::string(syntax->name) +
+           ", this build has no decoder for multi-component transforms, only for plain streams";
+}
+
 // What a header tells of a frame that could not be had.
 std::optional<Trouble> TroubleByHeader(QUORVEX_MESSAGE result, const CDcmObject& header) {
     if (result == QVM_ERROR_FAILED_TO_GET_PIXEL_DATA)
@@ -44,6 +54,8 @@ std::optional<Trouble> TroubleByHeader(QUORVEX_MESSAGE result, const CDcmObject&
             return Trouble{kBadInput, result, *std::move(sentence)};
     if (auto sentence = MissingDecoder(header))
         return Trouble{kBadInput, QVM_ERROR_INVALID_TRANSFER_SYNTAX, *std::move(sentence)};
+    if (auto sentence = PartTwoOnly(header))
+        return Trouble{kBadInput, result, *std::move(sentence)};
     return std::nullopt;
 }
 

@@ -30,10 +30,10 @@ public:
     /// Reads a file, Part 10 or bare data set, whole into memory and parses its header.
     ///
     /// Samples per Pixel of the header is set to what Photometric Interpretation demands: 1 for
-    /// MONOCHROME1, MONOCHROME2 and PALETTE COLOR, 3 for any other text. By the standard rules
-    /// Photometric Interpretation itself becomes the term of the standard that differs from it in
-    /// letter case, blanks and underscores only, and native YBR_FULL_422 whose Pixel Data has three
-    /// samples a pixel becomes YBR_FULL.
+    /// MONOCHROME1, MONOCHROME2 and PALETTE COLOR, 3 for any other text, but the 4 of CMYK in JPEG
+    /// 2000 stay. By the standard rules Photometric Interpretation itself becomes the term of the
+    /// standard that differs from it in letter case, blanks and underscores only, and native
+    /// YBR_FULL_422 whose Pixel Data has three samples a pixel becomes YBR_FULL.
     ///
     /// @param readWholeFile  0: the header stops ahead of Pixel Data. Otherwise it holds all, and
     ///                       frames come from it
@@ -70,6 +70,7 @@ public:
     ///     8, 16            1 or 2 bytes
     ///     32               4 bytes, of JPEG and JPEG 2000 2
     ///     9 to 31, coded   2 bytes
+    ///     1, JPEG 2000     packed as the next ones
     ///     other, native    packed as it is stored (1, 12, 24 or 64 bits), the first one from the
     ///                      lowest bit of the first byte on; zeros fill the block where that is
     ///                      less than 1 byte a sample, or 2 above 8 bits
@@ -99,7 +100,7 @@ public:
     /// Decodes one frame to one sample in each byte or word.
     ///
     /// The same as GetAFrame() where samples have 8, 16 or 32 Bits Allocated. Samples of other
-    /// depths, which a native frame has packed (1 or 12 bits), lie in 1 byte each up to 8 Bits
+    /// depths, which GetAFrame() leaves packed (1 or 12 bits), lie in 1 byte each up to 8 Bits
     /// Allocated, in 2 up to 16, else in 4; the bits above Bits Allocated are 0.
     ///
     /// @return as GetAFrame(), or QVM_ERROR_INVALID_BITS_ALLOCATED above 32 other than 64

@@ -23,7 +23,16 @@ bool IsDecodable(TRANSFER_SYNTAX syntax, bool isEncoded) noexcept {
 QUORVEX_MESSAGE FrameFetch::Decode(unsigned char*& data, unsigned long& size,
                                    unsigned long sourceLength) {
     const QUORVEX_MESSAGE collected = Collect(size);
-    return collected == QVM_SUCCESS ? DecodeCollected(data, size, sourceLength) : collected;
+    return collected == QVM_SUCCESS ? DecodePacked(data, size, sourceLength) : collected;
+}
+
+/// Samples of 1 bit come packed from every coding.
+QUORVEX_MESSAGE FrameFetch::DecodePacked(unsigned char*& data, unsigned long& size,
+                                         unsigned long sourceLength) {
+    const QUORVEX_MESSAGE decoded = DecodeCollected(data, size, sourceLength);
+    const bool areBits = shape_.bitsAllocated == 1 && !native_;
+    if (decoded == QVM_SUCCESS && areBits) PackBits({data, size});
+    return decoded;
 }
 
 QUORVEX_MESSAGE FrameFetch::DecodeUnpacked(unsigned char*& data, unsigned long& size) {
@@ -161,7 +170,7 @@ QUORVEX_MESSAGE FrameFetch::View(std::unique_ptr<unsigned char[]>& owner,
         return QVM_SUCCESS;
     }
     unsigned char* data = nullptr;
-    const QUORVEX_MESSAGE decoded = DecodeCollected(data, size, 0);
+    const QUORVEX_MESSAGE decoded = DecodePacked(data, size, 0);
     owner.reset(data);
     frame = {data, size};
     return decoded;

@@ -52,6 +52,8 @@ private:
     [[nodiscard]] bool EndsInHighByte(std::size_t length) const noexcept;
     [[nodiscard]] std::span<const unsigned char> NativeSource();
     [[nodiscard]] std::span<const unsigned char> WordsInPlace() const;
+    QUORVEX_MESSAGE DecodePacked(unsigned char*& data, unsigned long& size,
+                                 unsigned long sourceLength);
     QUORVEX_MESSAGE DecodeCollected(unsigned char*& data, unsigned long& size,
                                     unsigned long sourceLength);
     QUORVEX_MESSAGE Decompress(std::span<const unsigned char> source, unsigned char*& data,

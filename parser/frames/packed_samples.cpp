@@ -25,4 +25,16 @@ void UnpackSamples(std::span<const unsigned char> packed, unsigned bits, unsigne
     std::ranges::fill(samples.subspan(written), static_cast<unsigned char>(0));
 }
 
+void PackBits(std::span<unsigned char> samples) noexcept {
+    constexpr std::size_t kBits = 8;
+    std::size_t written = 0;
+    for (std::size_t first = 0; first < samples.size(); first += kBits) {
+        unsigned byte = 0;
+        for (std::size_t bit = 0; bit < kBits && first + bit < samples.size(); ++bit)
+            byte |= (samples[first + bit] & 1U) << bit;
+        samples[written++] = static_cast<unsigned char>(byte);
+    }
+    std::ranges::fill(samples.subspan(written), static_cast<unsigned char>(0));
+}
+
 }  // namespace quorvex

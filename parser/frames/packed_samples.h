@@ -25,4 +25,8 @@ namespace quorvex {
 void UnpackSamples(std::span<const unsigned char> packed, unsigned bits, unsigned sampleBytes,
                    std::span<unsigned char> samples) noexcept;
 
+/// Brings samples of 1 bit, in a byte each, to the form that native ones are stored in, in place:
+/// from the lowest bit of the first byte on, with zeros behind the last one.
+void PackBits(std::span<unsigned char> samples) noexcept;
+
 }  // namespace quorvex

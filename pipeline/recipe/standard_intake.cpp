@@ -19,6 +19,7 @@ namespace quorvex {
 namespace {
 
 constexpr int kQuarter = 90;
+constexpr int kMostShownSamples = 3;  ///< four are inks, which have no colours without a profile
 
 std::optional<OwnedShutter> ShutterOf(const CDcmObject& object, CSize size) {
     auto shutter = ReadExactShutter(object, size);
@@ -50,6 +51,7 @@ QUORVEX_MESSAGE TakePixels(StandardIncoming& incoming, PixelBlock frame, const P
         const bool isTaken = incoming.TakePalette(std::move(frame), header, object);
         return isTaken ? QVM_SUCCESS : QVM_ERROR_INVALID_PHOTOMETRIC;
     }
+    if (header.samplesPerPixel > kMostShownSamples) return QVM_ERROR_INVALID_PHOTOMETRIC;
     if (header.IsGrey()) {
         incoming.TakeGrey(std::move(frame), header);
         incoming.TakeSupplement(object);

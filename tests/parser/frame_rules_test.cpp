@@ -330,5 +330,25 @@ TEST(FrameQuality, IsToldAfterEachFetch) {
     }
 }
 
+TEST(CodedBits, ComePackedOrAByteEach) {
+    constexpr unsigned kColumns = 11;
+    constexpr unsigned kRows = 3;
+    Bytes pixels(std::size_t{kColumns} * kRows);
+    for (std::size_t i = 0; i < pixels.size(); ++i) pixels[i] = i % 3 == 0 ? 1 : 0;
+    const Bytes coded =
+        testing::CodeJpeg2000({.columns = kColumns, .rows = kRows, .bitDepth = 1}, pixels);
+    Bytes packed(pixels.size());
+    for (std::size_t i = 0; i < pixels.size(); ++i)
+        packed[i / 8] |= static_cast<unsigned char>(pixels[i] << (i % 8));
+    Parsed parsed(EncapsulatedFile(kCodings[6].uid, {.rows = kRows, .columns = kColumns, .bits = 1},
+                                   {coded}));
+    EXPECT_EQ(FrameOf(parsed.parser).bytes, packed);
+    unsigned char* data = nullptr;
+    unsigned long size = 0;
+    ASSERT_EQ(parsed.parser.GetAFrameUnpacked(0, data, size), QVM_SUCCESS);
+    const std::unique_ptr<unsigned char[]> owner(data);
+    EXPECT_EQ(Bytes(data, data + size), pixels);
+}
+
 }  // namespace
 }  // namespace quorvex
