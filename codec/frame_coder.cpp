@@ -1,5 +1,7 @@
 #include "codec/frame_coder.h"
 
+#include "codec/jpeg2000/jpeg2000_route.h"
+#include "foundation/engines/jpeg2000/high_throughput_encoding.h"
 #include "foundation/raster/interleave.h"
 
 #include <algorithm>
@@ -35,12 +37,25 @@ constexpr FrameCoderRow kCoders[] = {
     {.form = kXferJpeg2000Lossless,
      .codeGrey = &FrameCoder::CompressRawData2J2K,
      .codeColour = &FrameCoder::CompressRawData2J2K},
+    {.form = kXferHtj2kLossless,
+     .codeGrey = &FrameCoder::CompressRawData2J2K,
+     .codeColour = &FrameCoder::CompressRawData2J2K},
+    {.form = kXferHtj2kRpclLossless,
+     .codeGrey = &FrameCoder::CompressRawData2J2K,
+     .codeColour = &FrameCoder::CompressRawData2J2K},
+    {.form = kXferHtj2k,
+     .codeGrey = &FrameCoder::CompressRawData2J2K,
+     .codeColour = &FrameCoder::CompressRawData2J2K},
 };
 
 /// Null for a form that nothing codes.
 const FrameCoderRow* CoderOf(QUORVEX_XFERSYNTAX form) noexcept {
     const auto* row = std::ranges::find(kCoders, form, &FrameCoderRow::form);
     return row == std::end(kCoders) ? nullptr : row;
+}
+
+bool IsBuiltIn(QUORVEX_XFERSYNTAX form) noexcept {
+    return !IsHighThroughput(form) || HasHighThroughputCoder();
 }
 
 constexpr int kCoded = 1;
@@ -73,7 +88,7 @@ bool FrameCoder::HasWholeSource() const noexcept {
 QUORVEX_MESSAGE FrameCoder::Check(const FrameCoderRow* coder) const {
     if (source_.data() == nullptr) return QVM_ERROR_NULL_SOURCE;
     if (!IsUncompressedSource(frame_.transferSyntax)) return QVM_ERROR_INVALID_SOURCE_SYNTAX;
-    if (coder == nullptr) return QVM_ERROR_INVALID_TARGET_SYNTAX;
+    if (coder == nullptr || !IsBuiltIn(coder->form)) return QVM_ERROR_INVALID_TARGET_SYNTAX;
     if (!IsKnownGrey() && !IsRgb()) return QVM_ERROR_INVALID_PHOTOMETRIC;
     const bool areBitsTaken =
         frame_.bitsAllocated >= coder->leastBits && frame_.bitsAllocated <= coder->mostBits;

@@ -56,8 +56,8 @@ public:
     int CompressRawData2Jpeg_50_70();
     /// JPEG extended, and lossless grey.
     int CompressRawData2Jpeg_51_70();
-    /// JPEG 2000, lossless for that form, else to `quality` as a ratio. Checks nothing of the
-    /// record.
+    /// JPEG 2000 and its high-throughput forms, lossless for lossless forms, else to `quality` as a
+    /// ratio. Checks nothing of the record.
     int CompressRawData2J2K();
     /// There is no RLE coder. @return always 0
     static int CompressRLEData(unsigned char* source, unsigned long sourceLength,

@@ -62,12 +62,14 @@ void Convert(fuzz::Options& options) {
                                        kXferJpegBaseline,
                                        kXferJpegExtended,
                                        kXferJpeg2000,
-                                       kXferRle};
+                                       kXferRle,
+                                       kXferHtj2kRpclLossless,
+                                       kXferHtj2k};
     CDcmObject source;
     if (!fuzz::ReadWhole(source, options.Front())) return;
     const std::int32_t form = options.OneOf(kForms);
-    const bool isLossless =
-        form != kXferJpegBaseline && form != kXferJpegExtended && form != kXferJpeg2000;
+    const bool isLossless = form != kXferJpegBaseline && form != kXferJpegExtended &&
+                            form != kXferJpeg2000 && form != kXferHtj2k;
     CDcmObject target = source;
     const auto quality = static_cast<std::uint16_t>(options.Byte());
     const auto made = test::ConvertTo(form, target, quality);

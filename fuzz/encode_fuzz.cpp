@@ -16,7 +16,9 @@ constexpr CodedForm kForms[] = {{kXferJpegLossless, kJpegLosslessFirstOrder, tru
                                 {kXferJpeg2000Lossless, kJpeg2000Lossless, true},
                                 {kXferJpegBaseline, kJpegBaseline, false},
                                 {kXferJpegExtended, kJpegExtended, false},
-                                {kXferJpeg2000, kJpeg2000, false}};
+                                {kXferJpeg2000, kJpeg2000, false},
+                                {kXferHtj2kLossless, kHtj2kLossless, true},
+                                {kXferHtj2k, kHtj2k, false}};
 
 _IMAGE_PROCESS_PARAM DrawSmallHeader(fuzz::Options& options) {
     constexpr std::uint32_t kSyntaxes[] = {kImplicitLittleEndian, kExplicitLittleEndian,

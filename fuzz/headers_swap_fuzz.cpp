@@ -60,10 +60,16 @@ void Show(CDcmObject& object, fuzz::Options& options) {
 }
 
 void SwapHeaders(fuzz::Options& options) {
-    constexpr std::uint32_t kSyntaxes[] = {
-        kRle,         kJpegBaseline,     kJpegExtended,         kJpegLosslessFirstOrder,
-        kJpeg2000,    kJpeg2000Lossless, kExplicitLittleEndian, kExplicitBigEndian,
-        kJpegLossless};
+    constexpr std::uint32_t kSyntaxes[] = {kHtj2k,
+                                           kRle,
+                                           kJpegBaseline,
+                                           kJpegExtended,
+                                           kJpegLosslessFirstOrder,
+                                           kJpeg2000,
+                                           kJpeg2000Lossless,
+                                           kExplicitLittleEndian,
+                                           kExplicitBigEndian,
+                                           kJpegLossless};
     const _IMAGE_PROCESS_PARAM param = fuzz::DrawHeader(options, kSyntaxes);
     test::Bytes stream = options.Front();
     ChangeHeader(stream, options);

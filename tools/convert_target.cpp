@@ -30,6 +30,9 @@ constexpr std::array kChoices = {
     Choice{kJpeg2000Lossless, 0, 0, 0, "YBR_RCT"},
     Choice{kJpegLsNearLossless, 2, 255, 1},
     Choice{kJpegLsLossless},
+    Choice{kHtj2k, 5, 1000, 1, "YBR_ICT"},
+    Choice{kHtj2kLossless, 0, 0, 0, "YBR_RCT"},
+    Choice{kHtj2kRpclLossless, 0, 0, 0, "YBR_RCT"},
 };
 
 /// "implicit, explicit or jpeg"

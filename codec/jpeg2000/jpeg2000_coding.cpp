@@ -28,7 +28,10 @@ int FrameCoder::CompressRawData2J2K() {
         storedBits_ != 0 ? static_cast<int>(storedBits_) : frame_.bitsAllocated & 0xFF;
     parameters.hasColourTransform = hasColourTransform_;
     parameters.isSigned = frame_.IsGrey() && frame_.pixelRepresentation == 1;
-    parameters.isLossless = frame_.targetSyntax == kXferJpeg2000Lossless;
+    const QUORVEX_XFERSYNTAX form = frame_.targetSyntax;
+    parameters.isHighThroughput = IsHighThroughput(form);
+    parameters.isLossless =
+        form == kXferJpeg2000Lossless || (parameters.isHighThroughput && form != kXferHtj2k);
     if (!parameters.isLossless) {
         parameters.targetBytes = TargetBytes(source_.size(), frame_.quality);
     }

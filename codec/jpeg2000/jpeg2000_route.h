@@ -21,6 +21,11 @@ private:
     std::atomic<bool> isLoaded_{false};
 };
 
+/// A form whose frames the high-throughput coder makes.
+[[nodiscard]] constexpr bool IsHighThroughput(QUORVEX_XFERSYNTAX form) noexcept {
+    return form == kXferHtj2kLossless || form == kXferHtj2kRpclLossless || form == kXferHtj2k;
+}
+
 /// The size and form of a frame's pixels, without their sign.
 void DescribePixels(const FrameDescription& frame, PegasusParameters& parameters) noexcept;
 

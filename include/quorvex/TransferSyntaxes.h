@@ -27,6 +27,11 @@ enum TRANSFER_SYNTAX : std::uint32_t {
     kJpeg2000 = 125,
     kJpegLsLossless = 126,
     kJpegLsNearLossless = 127,
+    kJpeg2000Part2Lossless = 150,  ///< decoded without a multi-component transform
+    kJpeg2000Part2 = 151,
+    kHtj2kLossless = 152,  ///< High-Throughput JPEG 2000
+    kHtj2kRpclLossless = 153,
+    kHtj2k = 154,
     kOtherEncapsulated = 199,  ///< encapsulated in a way that has no number of its own
 };
 
@@ -44,6 +49,9 @@ enum QUORVEX_XFERSYNTAX : std::uint32_t {
     kXferDeflated = 10,  ///< Deflated Explicit VR Little Endian; by the standard rules only
     kXferJpegLs = 11,  ///< JPEG-LS near-lossless; this one and the next by the standard rules only
     kXferJpegLsLossless = 12,
+    kXferHtj2kLossless = 15,      ///< High-Throughput JPEG 2000, in builds with its coder
+    kXferHtj2kRpclLossless = 16,  ///< the same, its resolutions one behind the other
+    kXferHtj2k = 17,              ///< the same with losses
 };
 
 /// How frames are stored, and with that what decodes them here.

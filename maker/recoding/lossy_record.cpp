@@ -25,7 +25,7 @@ constexpr Code kPredecessor{"121320", "Uncompressed predecessor"};
 const char* MethodOf(const TransferSyntax& coding) {
     switch (coding.coding) {
         case FrameCoding::kJpeg2000:
-            return "ISO_15444_1";
+            return coding.number == kHtj2k ? "ISO_15444_15" : "ISO_15444_1";
         case FrameCoding::kJpeg:
             return "ISO_10918_1";
         case FrameCoding::kJpegLs:

@@ -30,6 +30,9 @@ constexpr FormLimits kLimits[] = {
     {kXferJpeg2000Lossless, 8, 16},
     {kXferJpegLs, 8, 16, 2},
     {kXferJpegLsLossless, 8, 16},
+    {kXferHtj2k, 8, 16, 5},
+    {kXferHtj2kLossless, 8, 16},
+    {kXferHtj2kRpclLossless, 8, 16},
 };
 
 /// What the start of a first frame tells of its stream.

@@ -35,6 +35,9 @@ inline constexpr Coding kCodings[] = {
     {"JPEG 2000", kJpeg2000, "1.2.840.10008.1.2.4.91", kXferJpeg2000, 8, 16, false},
     {"JPEG 2000 lossless", kJpeg2000Lossless, "1.2.840.10008.1.2.4.90", kXferJpeg2000Lossless, 8,
      16, true},
+    {"HTJ2K", kHtj2k, "1.2.840.10008.1.2.4.203", kXferHtj2k, 8, 16, false},
+    {"HTJ2K lossless", kHtj2kRpclLossless, "1.2.840.10008.1.2.4.202", kXferHtj2kRpclLossless, 8, 16,
+     true},
     {"JPEG-LS lossless", kJpegLsLossless, "1.2.840.10008.1.2.4.80", kXferJpegLsLossless, 8, 16,
      true},
 };

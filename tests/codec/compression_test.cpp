@@ -14,7 +14,9 @@ constexpr struct {
     std::uint32_t target;
     std::uint32_t syntax;  ///< that is written
 } kLosslessForms[] = {{kXferJpegLossless, kJpegLosslessFirstOrder},
-                      {kXferJpeg2000Lossless, kJpeg2000Lossless}};
+                      {kXferJpeg2000Lossless, kJpeg2000Lossless},
+                      {kXferHtj2kLossless, kHtj2kLossless},
+                      {kXferHtj2kRpclLossless, kHtj2kRpclLossless}};
 
 constexpr FrameForm kGrey{61, 43};
 constexpr FrameForm kWide{61, 43, 1, 16};

@@ -96,7 +96,8 @@ CDcmObject JpegLs(const CDcmObject& native, unsigned samples, unsigned bits) {
 }
 
 CDcmObject Converted(CDcmObject object, QUORVEX_XFERSYNTAX to) {
-    if (ConvertTo(to, object, to == kXferJpeg2000 ? 4 : 80).Code() != QVM_SUCCESS)
+    if (ConvertTo(to, object, to == kXferJpeg2000 || to == kXferHtj2k ? 4 : 80).Code() !=
+        QVM_SUCCESS)
         throw std::runtime_error("no such kind");
     return object;
 }
@@ -146,6 +147,7 @@ public:
         Add("JPEG 2000", Converted(Colour(), kXferJpeg2000));
         Add("JPEG 2000 lossless", Converted(Grey(), kXferJpeg2000Lossless));
         Add("JPEG-LS", JpegLs(Colour(), 3, 8));
+        Add("HTJ2K", Converted(Colour(), kXferHtj2k));
         Add("multi-frame", Converted(Grey(3), kXferJpegLossless));
         Add("overlays and shutter", Overlaid());
         Add("tables", WithTables());

@@ -199,9 +199,10 @@ bool MakeOfTwoFrames(Host& s) {
     return IsDone(answer);
 }
 
-constexpr How kOfBytes = On("colour|palette|RLE colour|JPEG baseline|JPEG 2000", Leaves::kUsable);
-constexpr How kOfWords =
-    NotOn("colour|palette|RLE colour|JPEG baseline|JPEG 2000|presentation state", Leaves::kUsable);
+constexpr How kOfBytes =
+    On("colour|palette|RLE colour|JPEG baseline|JPEG 2000|HTJ2K", Leaves::kUsable);
+constexpr How kOfWords = NotOn(
+    "colour|palette|RLE colour|JPEG baseline|JPEG 2000|HTJ2K|presentation state", Leaves::kUsable);
 
 constexpr Operation kMakers[] = {
     {"CxDcmMaker::MakeDcmSkeleton", kOnAll, SeenMade,

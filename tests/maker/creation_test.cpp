@@ -36,6 +36,9 @@ constexpr Form kForms[] = {
     {kXferJpegLossless, kJpegLosslessFirstOrder, "=00", true},
     {kXferJpeg2000, kJpeg2000, "=01", false},
     {kXferJpeg2000Lossless, kJpeg2000Lossless, "=00", true},
+    {kXferHtj2k, kHtj2k, "=01", false},
+    {kXferHtj2kLossless, kHtj2kLossless, "=00", true},
+    {kXferHtj2kRpclLossless, kHtj2kRpclLossless, "=00", true},
 };
 
 _FRAME_INFO Info(std::uint16_t samples, std::uint16_t bits, const char* photometric,

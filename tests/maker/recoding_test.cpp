@@ -107,6 +107,8 @@ TEST(Recoding, ChangesHowPixelsAreStoredAndNothingElse) {
                      {kXferDeflated, ""},
                      {kXferJpegLossless, kept.asJpeg},
                      {kXferJpeg2000Lossless, kept.asJpeg2000},
+                     {kXferHtj2kLossless, kept.asJpeg2000},
+                     {kXferHtj2kRpclLossless, kept.asJpeg2000},
                      {kXferJpegLsLossless, kept.asJpeg}};
         const std::string own = TextOf(kept.object, tag::kPhotometricInterpretation);
         for (const auto& [form, photometric] : forms) {
@@ -139,6 +141,9 @@ TEST(Recoding, WithLossesMakesAnObjectOfItsOwn) {
                      "00080008=DERIVED\\PRIMARY\\AXIAL; 00282110=01; 00282114=ISO_15444_1; "
                      "00281051=400\\500");
     EXPECT_TRUE(TextOf(once, tag::kLossyImageCompressionRatio).starts_with("3\\"));
+    CDcmObject fast = source;
+    ASSERT_EQ(Recode(fast, kXferHtj2k, 8), QVM_SUCCESS);
+    ExpectAttributes(fast, "00080008=DERIVED\\PRIMARY\\AXIAL; 00282114=ISO_15444_15");
     EXPECT_NE(TextOf(once, tag::kSOPInstanceUID), TextOf(source, tag::kSOPInstanceUID));
     CDcmItem item;
     ASSERT_EQ(once.GetValue(tag::kSourceImageSequence, item), kDcmSuccess);

@@ -34,8 +34,9 @@ SANITIZERS = {
 FILLINGS = ('85', '170')
 # Objects that have new UIDs and the time in them.
 MOMENTARY = (('capture', 'grey'), ('capture', 'colour, two frames'), ('state', 'made'), ('convert', 'jpeg'),
-             ('convert', 'jpeg12'), ('convert', 'j2k'))
-TARGETS = ('implicit', 'explicit', 'deflated', 'rle', 'jpeg', 'jpeg12', 'jpeg-lossless', 'j2k', 'j2k-lossless')
+             ('convert', 'jpeg12'), ('convert', 'j2k'), ('convert', 'htj2k'))
+TARGETS = ('implicit', 'explicit', 'deflated', 'rle', 'jpeg', 'jpeg12', 'jpeg-lossless', 'j2k', 'j2k-lossless',
+           'htj2k', 'htj2k-lossless', 'htj2k-rpcl')
 
 # Verb, what is done with it, arguments. {file} is the input, {out} an output that must be there after a 0;
 # {state} is a state made for this very file, {ct}, {grey} and {colour} are good inputs of other verbs.

@@ -15,7 +15,8 @@ namespace {
 constexpr std::int32_t kForms[] = {kXferUncompressedImplicit, kXferUncompressedExplicit,
                                    kXferJpegBaseline,         kXferJpegExtended,
                                    kXferJpegLossless,         kXferJpeg2000,
-                                   kXferJpeg2000Lossless};
+                                   kXferJpeg2000Lossless,     kXferHtj2k,
+                                   kXferHtj2kRpclLossless};
 constexpr CSize kView = {160, 120};
 
 std::uint64_t DigestOfMade(const CDcmObject* object) {

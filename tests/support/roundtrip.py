@@ -29,12 +29,14 @@ import pydicom
 
 warnings.simplefilter("ignore")
 
-LOSSLESS = ["implicit", "explicit", "deflated", "rle", "jpeg-lossless", "j2k-lossless", "jpegls-lossless"]
-LOSSY = ["jpeg", "jpeg12", "j2k", "jpegls"]
+LOSSLESS = ["implicit", "explicit", "deflated", "rle", "jpeg-lossless", "j2k-lossless", "jpegls-lossless", "htj2k-lossless",
+            "htj2k-rpcl"]
+LOSSY = ["jpeg", "jpeg12", "j2k", "jpegls", "htj2k"]
 # Another toolkit's decoder for each coding.
 DECODERS = {"rle": ["dcmdrle"], "jpeg-lossless": ["dcmdjpeg", "+cn"], "j2k-lossless": ["gdcmconv", "--raw"],
             "jpeg": ["dcmdjpeg"], "jpeg12": ["dcmdjpeg"], "j2k": ["gdcmconv", "--raw"],
-            "jpegls-lossless": ["dcmdjpls"], "jpegls": ["dcmdjpls"]}
+            "jpegls-lossless": ["dcmdjpls"], "jpegls": ["dcmdjpls"],
+            "htj2k-lossless": ["opj_decompress"], "htj2k-rpcl": ["opj_decompress"], "htj2k": ["opj_decompress"]}
 # What a coding may change.
 DEMANDED = {"TransferSyntaxUID", "PhotometricInterpretation", "PlanarConfiguration",
             # a source that had lost something says so
@@ -175,7 +177,45 @@ def by_pixel(path):
     return data
 
 
+def codestreams_of(dataset):
+    """The frames of a file of ours, which has a fragment a frame."""
+    data = dataset.PixelData
+    at = 8 + int.from_bytes(data[4:8], "little")  # behind the offset table
+    while data[at:at + 4] == b"\xfe\xff\x00\xe0":
+        size = int.from_bytes(data[at + 4:at + 8], "little")
+        yield data[at + 8:at + 8 + size]
+        at += 8 + size
+
+
+def component_of(path, header):
+    """The samples of a PGX file, whose header tells sign, bits and size."""
+    data = path.read_bytes()
+    line, samples = data.split(b"\n", 1)
+    is_signed, bits = b"-" in line.split()[2], int(re.findall(rb"[0-9]+", line)[0])
+    values = np.frombuffer(samples, f">{'i' if is_signed else 'u'}{1 if bits <= 8 else 2}")
+    width = 1 if header.BitsAllocated <= 8 else 2
+    return values.astype(np.int32).astype(f"<u{width}")
+
+
+def decoded_by_openjpeg(path, folder):
+    """Samples by pixel, as the codestreams have them: PGX files, one a component, keep signs."""
+    dataset = pydicom.dcmread(path, force=True)
+    stream, picture = pathlib.Path(folder) / "frame.j2k", pathlib.Path(folder) / "frame.pgx"
+    frames_of_file = []
+    for codestream in codestreams_of(dataset):
+        stream.write_bytes(codestream)
+        if run("opj_decompress", "-i", stream, "-o", picture).returncode != 0:
+            return None
+        parts = sorted(pathlib.Path(folder).glob("frame*.pgx"))
+        frames_of_file.append(np.stack([component_of(part, dataset) for part in parts], axis=-1).tobytes())
+        for part in parts:
+            part.unlink()
+    return b"".join(frames_of_file)
+
+
 def decoded_by_another(path, decoder, folder):
+    if decoder == ["opj_decompress"]:
+        return decoded_by_openjpeg(path, folder)
     plain = pathlib.Path(folder) / "plain.dcm"
     plain.unlink(missing_ok=True)
     if run(*decoder, path, plain).returncode != 0:
@@ -222,15 +262,15 @@ def true_label(path):
     """Complaints about a Photometric Interpretation that is not what the codestream has."""
     dataset = pydicom.dcmread(path, force=True)
     label, syntax = dataset.get("PhotometricInterpretation"), dataset.file_meta.TransferSyntaxUID
-    if dataset.get("SamplesPerPixel", 1) != 3 or not syntax.is_encapsulated:
+    if dataset.get("SamplesPerPixel", 1) != 3 or not syntax.startswith("1.2.840.10008.1.2.4."):
         return []
     data = dataset.PixelData
     first = 16 + int.from_bytes(data[4:8], "little")  # behind the offset table
     stream = data[first:first + int.from_bytes(data[first - 4:first], "little")]
-    if syntax.startswith("1.2.840.10008.1.2.4.9"):
+    if syntax.startswith(("1.2.840.10008.1.2.4.9", "1.2.840.10008.1.2.4.20")):
         at = stream.find(b"\xff\x52")
         has_transform = stream[at + 8] == 1
-        wanted = {True: "YBR_RCT" if syntax.endswith("90") else "YBR_ICT", False: label}[has_transform]
+        wanted = {True: "YBR_RCT" if syntax.endswith(("90", "201", "202")) else "YBR_ICT", False: label}[has_transform]
         good = label == wanted and (has_transform or label not in ("YBR_RCT", "YBR_ICT"))
     elif syntax.startswith("1.2.840.10008.1.2.4."):
         identifiers = stream[stream.find(b"\xff\xc0") + 10::3][:3]
@@ -340,7 +380,7 @@ def main():
     parser.add_argument("--table", action="store_true")
     parser.add_argument("--verbose", action="store_true")
     options = parser.parse_args()
-    tools = {tool for tool in ("dcmdjpls", "dcmdrle", "dcmdjpeg", "gdcmconv", "dciodvfy") if shutil.which(tool)}
+    tools = {tool for tool in ("dcmdjpls", "dcmdrle", "dcmdjpeg", "gdcmconv", "opj_decompress", "dciodvfy") if shutil.which(tool)}
     files = []
     for path in options.inputs:
         files += sorted(p for p in path.rglob("*") if p.is_file()) if path.is_dir() else [path]

@@ -20,6 +20,9 @@ const struct {
     {"jpeg12", "1.2.840.10008.1.2.4.51", "", false, {kSlice, kRadiograph}},
     {"jpeg-lossless", "1.2.840.10008.1.2.4.70", "RGB", true},
     {"j2k", "1.2.840.10008.1.2.4.91", "YBR_ICT", false},
+    {"htj2k", "1.2.840.10008.1.2.4.203", "YBR_ICT", false, {kSlice, kLoop}},
+    {"htj2k-lossless", "1.2.840.10008.1.2.4.201", "YBR_RCT", true, {kSlice, kLoop}},
+    {"htj2k-rpcl", "1.2.840.10008.1.2.4.202", "YBR_RCT", true},
     {"j2k-lossless", "1.2.840.10008.1.2.4.90", "YBR_RCT", true},
 };
 
