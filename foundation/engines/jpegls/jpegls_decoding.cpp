@@ -38,10 +38,8 @@ bool HasEnd(std::span<const unsigned char> stream) noexcept {
 
 /// CharLS 2.4.1 runs in circles at the end of coded data that no marker follows.
 std::vector<unsigned char> Closed(std::span<const unsigned char> stream) {
-    std::vector<unsigned char> closed;
-    closed.reserve(stream.size() + kEndOfImage.size());
-    closed.assign(stream.begin(), stream.end());
-    closed.insert(closed.end(), kEndOfImage.begin(), kEndOfImage.end());
+    std::vector<unsigned char> closed(stream.size() + kEndOfImage.size());
+    std::ranges::copy(kEndOfImage, std::ranges::copy(stream, closed.begin()).out);
     return closed;
 }
 
