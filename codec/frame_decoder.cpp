@@ -1,5 +1,6 @@
 #include "codec/frame_decoder.h"
 
+#include "codec/native/fragment_pixels.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 
 #include <algorithm>
@@ -57,6 +58,7 @@ ColourFrame FrameDecoder::DescribeColour(std::size_t frameBytes) const noexcept 
 QUORVEX_MESSAGE FrameDecoder::Decode(unsigned char*& result, unsigned long& resultSize) {
     if (frame_.transferSyntax == kSyntaxNone) return QVM_ERROR_INVALID_SOURCE_SYNTAX;
     const DecoderRow* decoder = DecoderOf(frame_.transferSyntax);
+    if (decoder == nullptr && BecomesNative(frame_)) return DecodeFragment(result, resultSize);
     if (decoder == nullptr) {
         return frame_.IsColour() ? CopyColourFrame(result, resultSize)
                                  : CopyFrame(result, resultSize);
@@ -79,6 +81,16 @@ QUORVEX_MESSAGE FrameDecoder::Decode(unsigned char*& result, unsigned long& resu
     resultSize = told_;
     block.ClearBehind(written_);
     return isDone ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_DECOMPRESS;
+}
+
+QUORVEX_MESSAGE FrameDecoder::DecodeFragment(unsigned char*& result, unsigned long& resultSize) {
+    const auto pixels = TakeOutOfFragment(frame_, source_);
+    if (!pixels) return QVM_ERROR_FAILED_TO_DECOMPRESS;
+    frame_.transferSyntax = kExplicitLittleEndian;
+    source_ = pixels->block.Bytes();
+    const auto copied =
+        frame_.IsColour() ? CopyColourFrame(result, resultSize) : CopyFrame(result, resultSize);
+    return copied == QVM_FRAME_COPIED ? QVM_SUCCESS : copied;
 }
 
 QUORVEX_MESSAGE FrameDecoder::CopyColourFrame(unsigned char*& result, unsigned long& resultSize) {

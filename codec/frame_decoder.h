@@ -59,6 +59,7 @@ public:
 private:
     QUORVEX_MESSAGE CopyFrame(unsigned char*& result, unsigned long& resultSize);
     QUORVEX_MESSAGE CopyColourFrame(unsigned char*& result, unsigned long& resultSize);
+    QUORVEX_MESSAGE DecodeFragment(unsigned char*& result, unsigned long& resultSize);
     void ConvertStoredYbr(std::size_t sampleBytes);
     [[nodiscard]] bool IsDecodable(bool takesBits) const noexcept;
     /// What an RLE or a plain frame of three samples is converted from.

@@ -3,6 +3,7 @@
 #include "codec/frame_coder.h"
 #include "codec/jpegls/jpegls_coding.h"
 #include "codec/rle/rle_coding.h"
+#include "foundation/engines/deflate/deflate_engine.h"
 
 #include <algorithm>
 #include <cstring>
@@ -49,11 +50,13 @@ bool FitBitsStored(const StoredForms& forms, std::span<const unsigned char> fram
 
 QUORVEX_MESSAGE CodeToRle(const StoredForms& forms, std::span<const unsigned char> frame,
                           std::vector<unsigned char>& coded) {
+    // Single bits have no rows of bytes.
+    const bool areBits = forms.bitsAllocated == 1;
     auto made = CodeRle({.frame = frame,
-                         .rows = forms.rows,
-                         .columns = forms.columns,
+                         .rows = areBits ? 1 : std::size_t{forms.rows},
+                         .columns = areBits ? frame.size() : std::size_t{forms.columns},
                          .samplesPerPixel = forms.samplesPerPixel,
-                         .bytesPerSample = forms.bitsAllocated / std::size_t{8}});
+                         .bytesPerSample = (forms.bitsAllocated + std::size_t{7}) / 8});
     if (!made) return QVM_ERROR_FAILED_TO_COMPRESS;
     coded = *std::move(made);
     return QVM_SUCCESS;
@@ -66,6 +69,14 @@ QUORVEX_MESSAGE CodeStored(const StoredForms& forms, std::span<unsigned char> fr
     const TransferSyntax* const row = TransferSyntaxOf(forms.form);
     if (row == nullptr || !row->isEncapsulated) return QVM_ERROR_INVALID_TARGET_SYNTAX;
     if (row->coding == FrameCoding::kRle) return CodeToRle(forms, frame, coded);
+    if (row->coding == FrameCoding::kDeflated) {
+        coded = DeflateFrame(frame);
+        return QVM_SUCCESS;
+    }
+    if (row->coding == FrameCoding::kFragment) {
+        coded.assign(frame.begin(), frame.end());
+        return QVM_SUCCESS;
+    }
     const bool isFit = FitBitsStored(forms, frame);
     if (row->isLossy && !isFit) return QVM_ERROR_INVALID_BITS_STORED;
     if (row->coding == FrameCoding::kJpegLs) return CodeToJpegLs(forms, isFit, frame, coded);

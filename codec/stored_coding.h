@@ -10,7 +10,8 @@
 
 namespace quorvex {
 
-/// Frames of whole-byte samples in this machine's byte order, interleaved by pixel.
+/// Frames of whole-byte samples in this machine's byte order, interleaved by pixel, or of single
+/// bits, packed from the lowest bit of the first byte on.
 struct StoredForms {
     QUORVEX_XFERSYNTAX form{};  ///< to code to
     std::uint16_t rows = 0;

@@ -57,7 +57,9 @@ private:
 /// Whether a fetch converts colour by its photometric text: a text that the conversion does not
 /// know leaves the frame black.
 bool GoesByPhotometric(TRANSFER_SYNTAX syntax) {
-    return CodingOf(syntax) == FrameCoding::kNative || CodingOf(syntax) == FrameCoding::kRle;
+    const FrameCoding coding = CodingOf(syntax);
+    return coding == FrameCoding::kNative || coding == FrameCoding::kRle ||
+           coding == FrameCoding::kDeflated || coding == FrameCoding::kFragment;
 }
 
 bool IsColourReadable(const _DCM_PIXEL_INFO& format, TRANSFER_SYNTAX syntax) {

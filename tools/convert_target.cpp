@@ -23,6 +23,8 @@ constexpr std::array kChoices = {
     Choice{kExplicitLittleEndian},
     Choice{kDeflatedExplicitLittleEndian},
     Choice{kRle},
+    Choice{kDeflatedImageFrames},
+    Choice{kEncapsulatedUncompressed},
     Choice{kJpegBaseline, 97, 1, 100},
     Choice{kJpegExtended, 1, 1000, 1},
     Choice{kJpegLosslessFirstOrder},

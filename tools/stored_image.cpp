@@ -15,7 +15,7 @@ bool IsPaletteColour(const CString& photometric) {
 FetchedFrame FetchFrame(CxDcmParser& parser, int index) {
     FetchedFrame frame;
     unsigned char* bytes = nullptr;
-    frame.result = parser.GetAFrame(index, bytes, frame.size, 0);
+    frame.result = parser.GetAFrameUnpacked(index, bytes, frame.size);
     frame.bytes.reset(bytes);
     return frame;
 }

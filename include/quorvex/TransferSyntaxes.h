@@ -27,6 +27,8 @@ enum TRANSFER_SYNTAX : std::uint32_t {
     kJpeg2000 = 125,
     kJpegLsLossless = 126,
     kJpegLsNearLossless = 127,
+    kEncapsulatedUncompressed = 140,
+    kDeflatedImageFrames = 141,
     kJpeg2000Part2Lossless = 150,  ///< decoded without a multi-component transform
     kJpeg2000Part2 = 151,
     kHtj2kLossless = 152,  ///< High-Throughput JPEG 2000
@@ -49,6 +51,8 @@ enum QUORVEX_XFERSYNTAX : std::uint32_t {
     kXferDeflated = 10,  ///< Deflated Explicit VR Little Endian; by the standard rules only
     kXferJpegLs = 11,  ///< JPEG-LS near-lossless; this one and the next by the standard rules only
     kXferJpegLsLossless = 12,
+    kXferDeflatedFrames = 13,  ///< each frame deflated; by the standard rules only, as the next one
+    kXferEncapsulated = 14,    ///< each frame uncompressed in a fragment
     kXferHtj2kLossless = 15,      ///< High-Throughput JPEG 2000, in builds with its coder
     kXferHtj2kRpclLossless = 16,  ///< the same, its resolutions one behind the other
     kXferHtj2k = 17,              ///< the same with losses
@@ -62,6 +66,8 @@ enum class FrameCoding : std::uint8_t {
     kJpeg,  ///< the stream says which process
     kJpeg2000,
     kJpegLs,
+    kDeflated,  ///< each frame, not the data set
+    kFragment,  ///< uncoded, each in a fragment
 };
 
 /// One transfer syntax.

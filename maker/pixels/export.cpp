@@ -115,9 +115,11 @@ void DescribeOutgoing(PixelDraft& draft, bool holdsBitmaps) {
     if (IsPlain(draft.format) && in.IsPalette()) DescribeAsRgbBytes(draft.format);
 }
 
-/// The established rules write neither RLE nor deflated objects.
+/// Everything else is written by the standard rules only.
 bool IsWrittenByEstablished(const TransferSyntax* syntax) {
-    return syntax != nullptr && !syntax->isDeflated && syntax->coding != FrameCoding::kRle;
+    if (syntax == nullptr || syntax->isDeflated) return false;
+    return syntax->coding == FrameCoding::kNative || syntax->coding == FrameCoding::kJpeg ||
+           syntax->coding == FrameCoding::kJpeg2000;
 }
 
 QUORVEX_MESSAGE Describe(PixelDraft& draft, const FrameSupply& frames) {

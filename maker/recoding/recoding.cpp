@@ -5,6 +5,7 @@
 #include "maker/pixels/pixel_data_writing.h"
 #include "maker/recoding/lossy_record.h"
 #include "maker/recoding/nested_pixels.h"
+#include "maker/recoding/single_bits.h"
 
 #include <memory>
 #include <utility>
@@ -39,7 +40,7 @@ public:
         frame_.reset();
         unsigned char* data = nullptr;
         unsigned long size = 0;
-        const auto result = parser_.GetAFrame(next_++, data, size, 0);
+        const auto result = parser_.GetAFrameUnpacked(next_++, data, size);
         frame_.reset(data);
         if (result != QVM_SUCCESS) return result;
         // What is missing would look as if it had been black.
@@ -82,6 +83,20 @@ void DescribeExtendedBits(CDcmObject& object) {
     object.SetValue(tag::kHighBit, kBits - 1);
 }
 
+QUORVEX_MESSAGE CodeOne(const RecodingPlan& plan, std::span<unsigned char> frame,
+                        std::vector<unsigned char>& coded) {
+    if (plan.forms.bitsAllocated != 1) return CodeStored(plan.forms, frame, coded);
+    auto bits = PackBits(frame);
+    return CodeStored(plan.forms, bits, coded);
+}
+
+QUORVEX_MESSAGE PutPlain(const RecodingPlan& plan, StoredFrames& frames, CDcmObject& target) {
+    if (plan.forms.bitsAllocated != 1)
+        return PutNativeFrames(frames, plan.forms.bitsAllocated > 8, target);
+    BitFrames bits(frames);
+    return PutNativeFrames(bits, false, target);
+}
+
 QUORVEX_MESSAGE CodeAll(const RecodingPlan& plan, StoredFrames& frames, CDcmObject& target,
                         std::size_t& codedBytes) {
     std::vector<std::vector<unsigned char>> coded;
@@ -89,7 +104,7 @@ QUORVEX_MESSAGE CodeAll(const RecodingPlan& plan, StoredFrames& frames, CDcmObje
         std::span<unsigned char> frame;
         auto result = frames.Next(frame);
         std::vector<unsigned char> one;
-        if (result == QVM_SUCCESS) result = CodeStored(plan.forms, frame, one);
+        if (result == QVM_SUCCESS) result = CodeOne(plan, frame, one);
         if (result != QVM_SUCCESS) return result;
         codedBytes += one.size();
         coded.push_back(std::move(one));
@@ -125,9 +140,8 @@ QUORVEX_MESSAGE RecodeByStandard(CxDcmParser& parser, TRANSFER_SYNTAX from,
         parser.GetHeader()->SetValue(tag::kPhotometricInterpretation, plan.readAs);
     StoredFrames frames(parser, plan.frameBytes, wish.progress);
     std::size_t codedBytes = 0;
-    result = plan.to->isEncapsulated
-                 ? CodeAll(plan, frames, target, codedBytes)
-                 : PutNativeFrames(frames, plan.forms.bitsAllocated > 8, target);
+    result = plan.to->isEncapsulated ? CodeAll(plan, frames, target, codedBytes)
+                                     : PutPlain(plan, frames, target);
     if (result == QVM_SUCCESS) result = DecodeNestedPixels(from, target);
     if (result != QVM_SUCCESS) return result;
     DescribeColours(plan, target);

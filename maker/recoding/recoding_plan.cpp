@@ -22,7 +22,9 @@ struct FormLimits {
     bool takesSigned = true;
 };
 constexpr FormLimits kLimits[] = {
-    {kXferRle, 8, 32},
+    {kXferRle, 1, 32},
+    {kXferDeflatedFrames, 1, 32},
+    {kXferEncapsulated, 1, 32},
     {kXferJpegBaseline, 8, 8, 97, false},
     {kXferJpegExtended, 16, 16, 1, false},
     {kXferJpegLossless, 8, 16},
@@ -113,13 +115,16 @@ public:
         const StoredForms& forms = plan_.forms;
         if (forms.samplesPerPixel != 1 && forms.samplesPerPixel != 3)
             return QVM_ERROR_INVALID_SAMPLES_PER_PIXEL;
+        const bool areBits = forms.bitsAllocated == 1 && forms.samplesPerPixel == 1;
         const bool areWhole =
             forms.bitsAllocated == 8 || forms.bitsAllocated == 16 || forms.bitsAllocated == 32;
-        if (!areWhole) return QVM_ERROR_INVALID_BITS_ALLOCATED;
+        if (!areWhole && !areBits) return QVM_ERROR_INVALID_BITS_ALLOCATED;
         if (forms.bitsStored < 1 || forms.bitsStored > forms.bitsAllocated)
             return QVM_ERROR_INVALID_BITS_STORED;
-        const bool sharesChroma =
-            photometric_.Find("_42") >= 0 && plan_.from->coding == FrameCoding::kNative;
+        const FrameCoding coding = plan_.from->coding;
+        const bool isNative = coding == FrameCoding::kNative || coding == FrameCoding::kDeflated ||
+                              coding == FrameCoding::kFragment;
+        const bool sharesChroma = photometric_.Find("_42") >= 0 && isNative;
         return sharesChroma && !plan_.to->isLossy ? QVM_ERROR_INVALID_PHOTOMETRIC : QVM_SUCCESS;
     }
     [[nodiscard]] QUORVEX_MESSAGE FitToForm(const RecodingWish& wish) {
@@ -181,9 +186,9 @@ QUORVEX_MESSAGE PlanRecoding(const CDcmObject& header, TRANSFER_SYNTAX from,
     if (checked != QVM_SUCCESS) return checked;
     planner.DescribeSource();
     const StoredForms& forms = plan.forms;
-    plan.frameBytes =
-        CheckedProduct(forms.rows, forms.columns, forms.samplesPerPixel, forms.bitsAllocated / 8U)
-            .value_or(0);
+    plan.frameBytes = CheckedProduct(forms.rows, forms.columns, forms.samplesPerPixel,
+                                     (forms.bitsAllocated + 7U) / 8U)
+                          .value_or(0);
     return plan.to->isEncapsulated ? planner.FitToForm(wish) : QVM_SUCCESS;
 }
 

@@ -26,7 +26,7 @@ struct RecodingPlan {
     CString readAs;            ///< photometric interpretation that leaves the samples as they are
     CString written;           ///< that of the new object
     StoredForms forms;
-    std::size_t frameBytes = 0;
+    std::size_t frameBytes = 0;  ///< with a byte for a sample of a single bit
     bool isLossySource = false;  ///< the frames as they stand have lost something
 };
 

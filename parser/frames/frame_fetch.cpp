@@ -1,7 +1,9 @@
 #include "parser/frames/frame_fetch.h"
 
 #include "codec/frame_decoder.h"
+#include "codec/native/fragment_pixels.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/dicom/object/pixel_shape.h"
 #include "foundation/types/undo.h"
 #include "parser/frames/packed_samples.h"
 #include "parser/frames/stored_range.h"
@@ -72,8 +74,28 @@ QUORVEX_MESSAGE FrameFetch::Collect(unsigned long& size) {
     if (shape_.bitsAllocated == 0) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     const QUORVEX_MESSAGE collected =
         file_.FramesLieInFile(shape_.syntax) ? CollectFromFile() : CollectFromObject();
+    const QUORVEX_MESSAGE taken = collected == QVM_SUCCESS ? TakeNativeFrame() : collected;
     size = isEncoded_ ? 0 : shape_.NativeFrameBytes().value_or(0);
-    return collected;
+    return taken;
+}
+
+/// From here on a frame that its fragment has as native pixels is the only one of a native value.
+QUORVEX_MESSAGE FrameFetch::TakeNativeFrame() {
+    const _IMAGE_PROCESS_PARAM param = shape_.DecodingParam();
+    const FrameDescription frame(param);
+    if (native_ || !BecomesNative(frame)) return QVM_SUCCESS;
+    auto pixels = TakeOutOfFragment(frame, coded_.Join());
+    if (!pixels) return QVM_ERROR_FAILED_TO_DECOMPRESS;
+    fragment_ = std::move(pixels->block);
+    isWhole_ = pixels->isWhole;
+    isEncoded_ = false;
+    shape_.syntax = kExplicitLittleEndian;
+    const dicom::PixelShape stored{.bitsAllocated = shape_.bitsAllocated,
+                                   .isHalfChroma = dicom::IsHalfChroma(shape_.photometric)};
+    native_.emplace(fragment_.Bytes(), fragment_.Size(),
+                    dicom::NativeOrder::Of(false, MC_VR_OB, stored));
+    frameIndex_ = 0;
+    return QVM_SUCCESS;
 }
 
 QUORVEX_MESSAGE FrameFetch::DecodeCollected(unsigned char*& data, unsigned long& size,

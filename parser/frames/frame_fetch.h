@@ -43,6 +43,7 @@ private:
     QUORVEX_MESSAGE Check();
     QUORVEX_MESSAGE TakeRules();
     QUORVEX_MESSAGE Collect(unsigned long& size);
+    QUORVEX_MESSAGE TakeNativeFrame();
     QUORVEX_MESSAGE CollectFromFile();
     QUORVEX_MESSAGE CollectFromObject();
     QUORVEX_MESSAGE CollectCoded(std::span<unsigned char> value);
@@ -70,6 +71,7 @@ private:
     bool isWhole_ = true;     ///< nothing of the frame is missing
     StoredFrame coded_;
     std::optional<dicom::NativeFrames> native_;  ///< in place of `coded_`
+    HeapBlock fragment_;                         ///< of a frame that was native in its fragment
     HeapBlock block_;                            ///< of a native frame that does not lie ready
 };
 

@@ -1,6 +1,7 @@
 /// Frames of every coding that is read, and the way through CxImageProcessor and back.
 #pragma once
 
+#include "foundation/engines/deflate/deflate_engine.h"
 #include "foundation/engines/jpegls/jpegls_engine.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
@@ -39,6 +40,8 @@ inline constexpr Coding kCodings[] = {
     {"HTJ2K lossless", kHtj2kRpclLossless, "1.2.840.10008.1.2.4.202", kXferHtj2kRpclLossless, 8, 16,
      true},
     {"JPEG-LS lossless", kJpegLsLossless, "1.2.840.10008.1.2.4.80", kXferJpegLsLossless, 8, 16,
+     true},
+    {"deflated frames", kDeflatedImageFrames, "1.2.840.10008.1.2.8.1", kXferDeflatedFrames, 8, 16,
      true},
 };
 
@@ -143,6 +146,7 @@ inline Bytes CodeFrame(const Coding& coding, const FrameForm& form, Bytes pixels
     if (coding.target == kXferUncompressed) return pixels;
     if (coding.target == kXferRle) return CodeRle(form, pixels);
     if (coding.target == kXferJpegExtended) return CodeExtended(form, pixels);
+    if (coding.target == kXferDeflatedFrames) return DeflateFrame(pixels);
     if (coding.target == kXferJpegLsLossless) return CodeJpegLsFrame(form, pixels);
     _IMAGE_PROCESS_PARAM param = ParamOf(kExplicitLittleEndian, form);
     param.bitsAllocated = static_cast<std::uint16_t>(form.bits);

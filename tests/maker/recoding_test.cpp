@@ -105,6 +105,8 @@ TEST(Recoding, ChangesHowPixelsAreStoredAndNothingElse) {
             const char* photometric;
         } forms[] = {{kXferRle, ""},
                      {kXferDeflated, ""},
+                     {kXferDeflatedFrames, ""},
+                     {kXferEncapsulated, ""},
                      {kXferJpegLossless, kept.asJpeg},
                      {kXferJpeg2000Lossless, kept.asJpeg2000},
                      {kXferHtj2kLossless, kept.asJpeg2000},
@@ -161,6 +163,25 @@ TEST(Recoding, WithLossesMakesAnObjectOfItsOwn) {
     ExpectAttributes(told, "00282110=01");
 }
 
+/// Native frames follow each other bit by bit, and each of the others begins with its own byte.
+TEST(Recoding, SingleBitsStayWhatTheyAre) {
+    const ImageShape shape{.size = {3, 5}, .bitsAllocated = 1, .bitsStored = 1};
+    const std::vector<std::uint8_t> packed = {0x5A, 0xC3, 0x99, 0x0F, 0xE1, 0x1F};  // 45 bits
+    auto source = pipeline_test::ImageOf(shape, packed, "00280008=3");
+    source.SetValueRepresentation(tag::kPixelData, MC_VR_OB);
+    const auto frames = FramesOf(source);
+    ASSERT_EQ(frames.size(), 3U);
+    for (const auto form : {kXferRle, kXferDeflatedFrames, kXferEncapsulated}) {
+        SCOPED_TRACE(form);
+        CDcmObject object = source;
+        ASSERT_EQ(Recode(object, form), QVM_SUCCESS);
+        EXPECT_EQ(FramesOf(object), frames);
+        EXPECT_EQ(FramesOfFile(object), frames);
+        ASSERT_EQ(Recode(object, kXferUncompressedExplicit), QVM_SUCCESS);
+        EXPECT_TRUE(Written(object) == Written(source));
+    }
+}
+
 /// How far the samples of two objects of 16 bits are from each other.
 int GreatestDistance(const CDcmObject& one, const CDcmObject& other) {
     const auto a = FramesOf(one).front();
@@ -213,7 +234,8 @@ TEST(Recoding, RefusesWhatACodingCannotHold) {
         {"00280004=PALETTE COLOR", kXferJpeg2000, QVM_ERROR_INVALID_PHOTOMETRIC},
         {"00280103=1", kXferJpegExtended, QVM_ERROR_INVALID_PIXEL_REPRESENTATION},
         {"00280103=0", kXferJpegBaseline, QVM_ERROR_INVALID_BITS_ALLOCATED},
-        {"00280100=1; 00280101=1", kXferRle, QVM_ERROR_INVALID_BITS_ALLOCATED},
+        {"00280100=1; 00280101=1; 00280102=0", kXferJpeg2000Lossless,
+         QVM_ERROR_INVALID_BITS_ALLOCATED},
         {"00280101=4", kXferJpeg2000, QVM_ERROR_INVALID_BITS_STORED},
         {"00280008=9", kXferJpegLossless, QVM_ERROR_FAILED_TO_GET_PIXEL_DATA},
         {"00280103=0", kXferUncompressed, QVM_FRAME_COPIED},

@@ -22,6 +22,7 @@ import subprocess
 import sys
 import tempfile
 import warnings
+import zlib
 from concurrent.futures import ThreadPoolExecutor
 
 import numpy as np
@@ -29,11 +30,12 @@ import pydicom
 
 warnings.simplefilter("ignore")
 
-LOSSLESS = ["implicit", "explicit", "deflated", "rle", "jpeg-lossless", "j2k-lossless", "jpegls-lossless", "htj2k-lossless",
-            "htj2k-rpcl"]
+LOSSLESS = ["implicit", "explicit", "deflated", "rle", "deflated-frames", "encapsulated", "jpeg-lossless", "j2k-lossless",
+            "jpegls-lossless", "htj2k-lossless", "htj2k-rpcl"]
 LOSSY = ["jpeg", "jpeg12", "j2k", "jpegls", "htj2k"]
 # Another toolkit's decoder for each coding.
-DECODERS = {"rle": ["dcmdrle"], "jpeg-lossless": ["dcmdjpeg", "+cn"], "j2k-lossless": ["gdcmconv", "--raw"],
+DECODERS = {"rle": ["dcmdrle"], "deflated-frames": ["python"], "encapsulated": ["python"],
+            "jpeg-lossless": ["dcmdjpeg", "+cn"], "j2k-lossless": ["gdcmconv", "--raw"],
             "jpeg": ["dcmdjpeg"], "jpeg12": ["dcmdjpeg"], "j2k": ["gdcmconv", "--raw"],
             "jpegls-lossless": ["dcmdjpls"], "jpegls": ["dcmdjpls"],
             "htj2k-lossless": ["opj_decompress"], "htj2k-rpcl": ["opj_decompress"], "htj2k": ["opj_decompress"]}
@@ -63,8 +65,10 @@ CLASS_RULES = ("<Photometric Interpretation>", "<Planar Configuration>",
 def is_beyond(decoder, dataset):
     """Whether another decoder does not take such an image, though the standard has it."""
     allocated, stored = dataset.get("BitsAllocated", 8), dataset.get("BitsStored", 8)
+    if decoder == "python":
+        return allocated == 1
     if decoder == "dcmdrle":
-        return allocated > 16
+        return allocated > 16 or allocated == 1
     if decoder != "gdcmconv":
         return False
     has_embedded_overlay = any(dataset.get((group, 0x0010)) and not dataset.get((group, 0x3000))
@@ -213,7 +217,25 @@ def decoded_by_openjpeg(path, folder):
     return b"".join(frames_of_file)
 
 
+def out_of_fragments(path):
+    """Frames of whole bytes that lie plain or deflated in their fragments."""
+    dataset = pydicom.dcmread(path, force=True)
+    size = dataset.Rows * dataset.Columns * dataset.get("SamplesPerPixel", 1) * dataset.BitsAllocated // 8
+    is_deflated = dataset.file_meta.TransferSyntaxUID == "1.2.840.10008.1.2.8.1"
+    buffer = pydicom.filebase.DicomBytesIO(first_fragment(dataset))
+    buffer.is_little_endian = True
+    fragments = pydicom.encaps.generate_pixel_data_fragment(buffer)
+    return b"".join((zlib.decompress(one, -15) if is_deflated else one)[:size] for one in fragments)
+
+
+def first_fragment(dataset):
+    """Pixel Data behind the offset table."""
+    return dataset.PixelData[8 + int.from_bytes(dataset.PixelData[4:8], "little"):]
+
+
 def decoded_by_another(path, decoder, folder):
+    if decoder == ["python"]:
+        return out_of_fragments(path)
     if decoder == ["opj_decompress"]:
         return decoded_by_openjpeg(path, folder)
     plain = pathlib.Path(folder) / "plain.dcm"
@@ -381,6 +403,7 @@ def main():
     parser.add_argument("--verbose", action="store_true")
     options = parser.parse_args()
     tools = {tool for tool in ("dcmdjpls", "dcmdrle", "dcmdjpeg", "gdcmconv", "opj_decompress", "dciodvfy") if shutil.which(tool)}
+    tools.add("python")
     files = []
     for path in options.inputs:
         files += sorted(p for p in path.rglob("*") if p.is_file()) if path.is_dir() else [path]

@@ -99,12 +99,12 @@ TEST(ConvertCommand, DryRunTellsAndWritesNothing) {
     folder.Write("in/ct.dcm", ReadAll(kSlice));
     const auto before = FilesBelow(folder.Path("."));
     const auto told = OutputOf({"convert", folder.Path("in"), "-o", folder.Path("out"), "--to",
-                                "rle", "--dry-run", "--keep-unsupported"});
+                                "jpegls-lossless", "--dry-run", "--keep-unsupported"});
     EXPECT_EQ(FilesBelow(folder.Path(".")), before);
     for (const auto* part : {"report.dcm: would be carried from Implicit VR Little Endian to "
                              "Explicit VR Little Endian, ",
-                             "bits.dcm: would be kept as it is (RLE Lossless cannot hold",
-                             "ct.dcm: would be converted from Explicit VR Little Endian to RLE "
+                             "bits.dcm: would be kept as it is (JPEG-LS Lossless cannot hold",
+                             "ct.dcm: would be converted from Explicit VR Little Endian to JPEG-LS "
                              "Lossless, 525516 to ",
                              "dry run: 1 converted, 1 carried, 1 kept; 0.5 MB would become 0.2 MB"})
         EXPECT_TRUE(Has(told, part)) << part << " in " << told;
