@@ -45,6 +45,7 @@ int FrameDecoder::DecompressJpegData() {
     told_ = 0;
     if (frame_.IsFullRangeYbr()) frame_.planarConfiguration = 0;
     JpegStream stream(source_);
+    isSupported_ = !stream.Description().isUnsupported;
     if (!stream.IsUsable() || !FitsHeader(stream.Description(), frame_)) return 0;
     const int sampleBytes = static_cast<int>(frame_.BytesPerSample());
     const int interleave = frame_.planarConfiguration == 1 ? 3 : 1;

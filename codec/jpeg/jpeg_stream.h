@@ -24,7 +24,7 @@ public:
     JpegStream& operator=(const JpegStream&) = delete;
     ~JpegStream() { close_decompression(handle_); }
 
-    /// Valid where IsUsable().
+    /// Valid where IsUsable(); elsewhere it tells whether the stream is unsupported.
     [[nodiscard]] const JpegDescription& Description() const noexcept { return description_; }
     /// There is a JPEG stream at all.
     [[nodiscard]] bool IsJpeg() const noexcept { return kind_ != -1; }

@@ -53,7 +53,7 @@ enum QUORVEX_XFERSYNTAX : std::uint32_t {
     kXferJpegLsLossless = 12,
     kXferDeflatedFrames = 13,  ///< each frame deflated; by the standard rules only, as the next one
     kXferEncapsulated = 14,    ///< each frame uncompressed in a fragment
-    kXferHtj2kLossless = 15,      ///< High-Throughput JPEG 2000, in builds with its coder
+    kXferHtj2kLossless = 15,   ///< High-Throughput JPEG 2000, in builds with its coder
     kXferHtj2kRpclLossless = 16,  ///< the same, its resolutions one behind the other
     kXferHtj2k = 17,              ///< the same with losses
 };

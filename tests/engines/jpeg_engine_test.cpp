@@ -165,7 +165,7 @@ constexpr struct {
     unsigned char value;
     int kind;
 } kHeaders[] = {
-    {"arithmetic coding", 1, 0xC9, 0},
+    {"lossless, arithmetic", 1, 0xCB, 0},
     {"hierarchical", 1, 0xC5, 0},
     {"9 bits", 4, 9, 0},
     {"no lines", 6, 0, 0},

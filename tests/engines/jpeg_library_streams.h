@@ -18,6 +18,7 @@ struct JpegRecipe {
     int restartRows = 0;
     J_COLOR_SPACE in = JCS_RGB;
     J_COLOR_SPACE stored = JCS_YCbCr;
+    bool arithmetic = false;
     bool marked = true;  ///< the stream says what its components are
 };
 
@@ -46,6 +47,7 @@ inline ByteVector MakeJpeg(int columns, int rows, const ByteVector& picture,
         codec.write_Adobe_marker = FALSE;
         for (int i = 0; i < samples; ++i) codec.comp_info[i].component_id = i;
     }
+    codec.arith_code = recipe.arithmetic ? TRUE : FALSE;
     if (recipe.progressive) jpeg_simple_progression(&codec);
     jpeg_start_compress(&codec, TRUE);
     auto* row = const_cast<JSAMPLE*>(picture.data());

@@ -24,13 +24,17 @@ void ForEachSize(Check check) {
     }
 }
 
-constexpr testing::JpegRecipe kRecipes[] = {{"4:4:4"},
-                                            {"4:2:2", 2, 1},
-                                            {"4:2:0", 2, 2},
-                                            {"4:4:0", 1, 2},
-                                            {"4:1:1", 4, 1},
-                                            {"4:2:0, progressive", 2, 2, true},
-                                            {"4:2:2, restarts", 2, 1, false, 1}};
+constexpr testing::JpegRecipe kRecipes[] = {
+    {"4:4:4"},
+    {"4:2:2", 2, 1},
+    {"4:2:0", 2, 2},
+    {"4:4:0", 1, 2},
+    {"4:1:1", 4, 1},
+    {"4:2:0, progressive", 2, 2, true},
+    {"4:2:2, restarts", 2, 1, false, 1},
+    {.name = "arithmetic", .arithmetic = true},
+    {.name = "4:2:0, arithmetic", .horizontal = 2, .vertical = 2, .arithmetic = true},
+    {.name = "arithmetic, progressive", .progressive = true, .arithmetic = true}};
 
 Bytes CodeSubsampled(const FrameForm& form, const Bytes& rgb, const testing::JpegRecipe& recipe) {
     return testing::MakeJpeg(static_cast<int>(form.columns), static_cast<int>(form.rows), rgb,

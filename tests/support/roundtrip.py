@@ -30,8 +30,8 @@ import pydicom
 
 warnings.simplefilter("ignore")
 
-LOSSLESS = ["implicit", "explicit", "deflated", "rle", "deflated-frames", "encapsulated", "jpeg-lossless", "j2k-lossless",
-            "jpegls-lossless", "htj2k-lossless", "htj2k-rpcl"]
+LOSSLESS = ["implicit", "explicit", "deflated", "rle", "deflated-frames", "encapsulated", "jpeg-lossless",
+            "j2k-lossless", "jpegls-lossless", "htj2k-lossless", "htj2k-rpcl"]
 LOSSY = ["jpeg", "jpeg12", "j2k", "jpegls", "htj2k"]
 # Another toolkit's decoder for each coding.
 DECODERS = {"rle": ["dcmdrle"], "deflated-frames": ["python"], "encapsulated": ["python"],
@@ -402,8 +402,8 @@ def main():
     parser.add_argument("--table", action="store_true")
     parser.add_argument("--verbose", action="store_true")
     options = parser.parse_args()
-    tools = {tool for tool in ("dcmdjpls", "dcmdrle", "dcmdjpeg", "gdcmconv", "opj_decompress", "dciodvfy") if shutil.which(tool)}
-    tools.add("python")
+    others = ("dcmdjpls", "dcmdrle", "dcmdjpeg", "gdcmconv", "opj_decompress", "dciodvfy")
+    tools = {"python"} | {tool for tool in others if shutil.which(tool)}
     files = []
     for path in options.inputs:
         files += sorted(p for p in path.rglob("*") if p.is_file()) if path.is_dir() else [path]

@@ -88,8 +88,7 @@ std::string LowerFirst(std::string_view summary) {
 std::string ManPage(const VerbPage& verb) {
     const std::string name = "quorvex-" + std::string(verb.text.name);
     return Head(name, LowerFirst(verb.text.summary)) +
-           // A list of targets fills lines that have no blank to widen.
-           Section("SYNOPSIS", ".ad l\n" + Escaped(SynopsisOf(verb)) + "\n.ad b\n") +
+           Section("SYNOPSIS", Escaped(SynopsisOf(verb)) + '\n') +
            Section("DESCRIPTION", Escaped(verb.text.about) + '\n') +
            Section("ARGUMENTS", Rows(verb.positionals)) + Section("OPTIONS", Rows(verb.options)) +
            Section("FORMATS", Escaped(verb.text.formats) + '\n') + Examples(verb) + ExitStatus() +

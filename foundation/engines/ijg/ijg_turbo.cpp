@@ -5,6 +5,7 @@ namespace quorvex {
 namespace ijg_turbo {
 
 extern "C" {
+#include <jconfig.h>  // ahead of the codes, which depend on what the library can do
 #include <jerror.h>
 #include <jpeglib.h>
 }

@@ -121,6 +121,8 @@ int Open(JpegDecompressionHandle& handle, JpegDescription& description, std::uin
     if (state == JpegHeaderScanner::State::kNoJpeg || hasNoStart) return kFailure;
     if (state != JpegHeaderScanner::State::kDone) return 0;
     const JpegHeader& header = scanner.Header();
+    description = {};
+    description.isUnsupported = !header.IsDecodable();
     if (!IsWorthDecoding(header, streamLength)) return 0;
     opened->header = header;
     description = Describe(header, streamLength);

@@ -45,6 +45,7 @@ struct JpegDescription {
     bool colourIsMarked = false;  ///< the stream itself says what its components are
     bool marksRgb = false;        ///< and says that they are R, G, B
     bool canBeWhole = false;      ///< it is long enough for the picture that it claims
+    bool isUnsupported = false;   ///< not decodable for its process, precision or components
 };
 
 /// What init_decompression() answers beside -1 and 0.

@@ -10,6 +10,7 @@ constexpr std::uint8_t kSoi = 0xD8;
 constexpr std::uint8_t kEoi = 0xD9;
 constexpr std::uint8_t kSos = 0xDA;
 constexpr std::uint8_t kDri = 0xDD;
+constexpr std::uint8_t kDhp = 0xDE;
 constexpr std::uint8_t kApp0 = 0xE0;
 constexpr std::uint8_t kApp14 = 0xEE;
 constexpr std::uint8_t kTem = 0x01;
@@ -36,9 +37,26 @@ bool BeginsWith(std::span<const unsigned char> content, std::string_view name) n
                       [](char a, unsigned char b) { return static_cast<unsigned char>(a) == b; });
 }
 
-bool IsDecodablePrecision(JpegProcess process, int precision) noexcept {
-    if (process == JpegProcess::kLossless) return precision >= 2 && precision <= 16;
-    return precision == 8 || precision == 12;
+/// What is decoded, by frame header: a process and precisions.
+struct DecodableRow {
+    std::uint8_t sofMarker;
+    std::uint8_t leastPrecision;
+    std::uint8_t mostPrecision;
+    std::uint8_t step;
+};
+constexpr DecodableRow kDecodable[] = {
+    {0xC0, 8, 12, 4},  // baseline; some write it with 12 bits
+    {0xC1, 8, 12, 4},  // extended sequential
+    {0xC2, 8, 12, 4},  // progressive: spectral selection, full progression
+    {0xC3, 2, 16, 1},  // lossless, every selection value and point transform
+    {0xC9, 8, 8, 1},   // extended sequential, arithmetic
+    {0xCA, 8, 8, 1},   // progressive, arithmetic
+};
+
+bool IsDecodableFrame(std::uint8_t sofMarker, int precision) noexcept {
+    const auto* const row = std::ranges::find(kDecodable, sofMarker, &DecodableRow::sofMarker);
+    return row != std::end(kDecodable) && precision >= row->leastPrecision &&
+           precision <= row->mostPrecision && (precision - row->leastPrecision) % row->step == 0;
 }
 
 bool AreRgbIds(std::span<const JpegComponent, 4> components) noexcept {
@@ -55,12 +73,16 @@ JpegProcess JpegHeader::Process() const noexcept {
     return static_cast<JpegProcess>(sofMarker & 3);
 }
 
+bool JpegHeader::IsArithmetic() const noexcept {
+    constexpr std::uint8_t kFirstArithmetic = 0xC9;
+    return sofMarker >= kFirstArithmetic;
+}
+
 bool JpegHeader::IsDecodable() const noexcept {
-    constexpr std::uint8_t kLastDecodable = 0xC3;
-    if (sofMarker < 0xC0 || sofMarker > kLastDecodable || width == 0 || height == 0) return false;
+    if (isHierarchical || width == 0 || height == 0) return false;
     if (componentCount != 1 && componentCount != 3 && componentCount != 4) return false;
     const auto* const first = components.begin();
-    return IsDecodablePrecision(Process(), precision) &&
+    return IsDecodableFrame(sofMarker, precision) &&
            std::all_of(first, first + componentCount, [](const JpegComponent& c) {
                return IsSamplingFactor(c.horizontal) && IsSamplingFactor(c.vertical);
            });
@@ -112,7 +134,8 @@ std::uint64_t JpegHeader::LeastBytes() const noexcept {
         bits += (width * std::uint64_t{c.horizontal} / (widest * side)) *
                 (height * std::uint64_t{c.vertical} / (highest * side));
     }
-    return bits / 8;
+    constexpr std::uint64_t kArithmeticBlocks = 64;
+    return bits / (IsArithmetic() ? 8 * kArithmeticBlocks : 8);
 }
 
 JpegHeaderScanner::State JpegHeaderScanner::Scan(std::span<const unsigned char> head) noexcept {
@@ -158,6 +181,7 @@ void JpegHeaderScanner::ReadSegment(std::uint8_t marker,
                                     std::span<const unsigned char> content) noexcept {
     if (IsFrameHeader(marker) && header_.sofMarker == 0) ReadFrame(marker, content);
     if (marker == kDri && content.size() >= 2) header_.restartInterval = BigEndian16(content, 0);
+    if (marker == kDhp) header_.isHierarchical = true;
     if (marker == kSos && !content.empty()) header_.scanComponents = content[0];
     if (marker == kApp0 && BeginsWith(content, {"JFIF\0", 5})) header_.hasJfif = true;
     // Some writers leave the marker short of its last byte, which says what the transform is.

@@ -9,7 +9,8 @@
 
 namespace quorvex {
 
-/// The coding processes that are decoded here, numbered as the markers SOF0 to SOF3 are.
+/// The coding processes that are decoded here, numbered as the markers SOF0 to SOF3 are; SOF9 and
+/// SOF10 are the second and third one with arithmetic codes.
 enum class JpegProcess : std::uint8_t { kBaseline, kExtended, kProgressive, kLossless };
 
 /// How the components of a stream are to be understood.
@@ -33,14 +34,17 @@ struct JpegHeader {
     std::optional<std::uint8_t> adobeTransform;
     std::uint16_t restartInterval = 0;
     std::uint8_t scanComponents = 0;
+    bool isHierarchical = false;  ///< frames that build on each other; the first is a small picture
 
     /// A process, precision, size and component count that we decode.
     [[nodiscard]] bool IsDecodable() const noexcept;
     [[nodiscard]] JpegProcess Process() const noexcept;
+    [[nodiscard]] bool IsArithmetic() const noexcept;
     [[nodiscard]] bool IsSubsampled() const noexcept;
     /// More than one scan makes the whole picture, which a decoder must then hold as coefficients.
     [[nodiscard]] bool NeedsWholePicture() const noexcept;
-    /// What a whole picture costs at least: a bit for each 8 x 8 block, or lossless sample.
+    /// What a whole picture costs at least: a bit for each 8 x 8 block, or lossless sample; one for
+    /// 64 blocks with arithmetic codes.
     [[nodiscard]] std::uint64_t LeastBytes() const noexcept;
     /// What markers, component ids and sampling say. Lossless samples are taken as they are.
     [[nodiscard]] JpegColourForm ColourForm() const noexcept;
