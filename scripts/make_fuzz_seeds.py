@@ -36,8 +36,12 @@ J2K = ["1.2.840.10008.1.2.4.91", "1.2.840.10008.1.2.4.90"]
 # Any of these is a codestream for the targets of the decoder's stages.
 CODESTREAMS = [*J2K, *(f"1.2.840.10008.1.2.4.{number}" for number in (92, 93, 201, 202, 203))]
 RLE = ["1.2.840.10008.1.2.5"]
+JPEG_LS = ["1.2.840.10008.1.2.4.80", "1.2.840.10008.1.2.4.81"]
+FRAGMENTS = ["1.2.840.10008.1.2.8.1", "1.2.840.10008.1.2.1.98"]
 DECODERS = {"rle_fuzz": RLE, "jpeg_fuzz": JPEG, "jpeg2000_fuzz": J2K,
-            "lossless_jpeg_fuzz": [], "headers_swap_fuzz": RLE + JPEG[:2] + JPEG[3:] + J2K}
+            "jpegls_fuzz": JPEG_LS, "fragment_fuzz": FRAGMENTS,
+            "lossless_jpeg_fuzz": [],
+            "headers_swap_fuzz": RLE + JPEG[:2] + JPEG[3:] + J2K}
 
 
 def save(out, target, content):

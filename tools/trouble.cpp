@@ -87,7 +87,7 @@ std::optional<std::string> MissingDecoder(const CDcmObject& header) {
                "read its frames";
     if (syntax->coding != FrameCoding::kNone) return std::nullopt;
     return "its frames are coded as " + std::string(syntax->name) + " (" + uid +
-           "), and this build has no decoder for that";
+           "), and this build has no decoder for that; frame --stream writes them as they are";
 }
 
 std::optional<std::string> ReadFailureOf(const std::string& path) {

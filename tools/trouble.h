@@ -19,7 +19,7 @@ struct Trouble {
     [[nodiscard]] std::string Text() const;
 };
 
-/// "its frames are coded as JPEG-LS Lossless (1.2.840.10008.1.2.4.80), and this build has no
+/// "its frames are coded as JPEG XL Lossless (1.2.840.10008.1.2.4.110), and this build has no
 /// decoder for that"; nothing where the object's transfer syntax has a decoder or is not stated.
 std::optional<std::string> MissingDecoder(const CDcmObject& header);
 

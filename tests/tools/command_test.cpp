@@ -81,6 +81,24 @@ TEST(FrameCommand, GivesASampleInEachByteAndWarnsOfWhatIsMissing) {
     EXPECT_TRUE(Has(made.complaints, "warning: frame 1 is only partly there")) << made.complaints;
 }
 
+TEST(FrameCommand, WritesTheCodedStreamOfWhatItCannotDecode) {
+    const ImageFacts facts{.rows = 1, .columns = 4, .bits = 8, .samples = 3, .frames = "2"};
+    const TemporaryFile video(EncapsulatedFile(kVideoUid, facts, {{0, 0, 1, 9}, {}, {7, 8}}));
+    ExpectStatus(1, {"frame", video.Path(), "-o", "-"}, "frame --stream writes them");
+    EXPECT_EQ(OutputOf({"frame", video.Path(), "--stream", "-o", "-"}),
+              std::string("\0\0\1\11\7\10", 6));
+    const ScratchFolder folder;
+    EXPECT_TRUE(Has(OutputOf({"frame", video.Path(), "--stream", "-o", folder.Path("v.mp4")}),
+                    "6 bytes of MPEG-4 AVC/H.264 High Profile"));
+    EXPECT_EQ(ReadAll(folder.Path("v.mp4")).size(), 6U);
+    ExpectStatus(3, {"frame", video.Path(), "--stream", "-o", folder.Path("none/v.mp4")}, "none");
+    ExpectStatus(1, {"frame", kSlice, "--stream", "-o", folder.Path("s")}, "are not coded");
+    EXPECT_FALSE(std::filesystem::exists(folder.Path("s")));
+    const TemporaryFile empty(EncapsulatedFile(kVideoUid, facts, {}));
+    ExpectStatus(1, {"frame", empty.Path(), "--stream", "-o", folder.Path("e")}, "no coded frames");
+    ExpectStatus(2, {"frame", video.Path(), "--stream", "--all", "-o", "-"});
+}
+
 TEST(RenderCommand, ShowsTheWindowOfTheFile) {
     const auto picture = RenderPicture({kSlice});
     ASSERT_EQ(picture.Shape(), (std::array{512, 512, 1}));

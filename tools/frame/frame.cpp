@@ -2,6 +2,7 @@
 
 #include "quorvex/CxDcmParser.h"
 #include "tools/frame/frame_shape.h"
+#include "tools/frame/frame_stream.h"
 #include "tools/frame/frame_warnings.h"
 #include "tools/output/output_file.h"
 #include "tools/output/output_place.h"
@@ -136,6 +137,7 @@ private:
 ExitStatus Frame(const FrameArguments& arguments) {
     if (arguments.output.empty() && !arguments.describe)
         throw WrongUsage("frame needs an output, or --describe");
+    if (arguments.isStream) return WriteStream(arguments.file, arguments.output);
     return FrameRun(arguments).Run();
 }
 

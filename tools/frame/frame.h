@@ -13,6 +13,7 @@ struct FrameArguments {
     int frame = 0;
     bool all = false;
     bool describe = false;  ///< tells shape and type, and writes nothing
+    bool isStream = false;  ///< writes coded frames as they are stored
 };
 ExitStatus Frame(const FrameArguments& arguments);
 

@@ -36,12 +36,18 @@ void AddOptions(CLI::App& verb, InfoArguments& arguments) {
 void AddOptions(CLI::App& verb, FrameArguments& arguments) {
     verb.add_option("FILE", arguments.file, "DICOM file")->required();
     auto* frame = AddFrame(verb, arguments.frame);
-    verb.add_flag("--all", arguments.all,
-                  "Every frame, one behind the other; pictures are numbered")
-        ->excludes(frame);
+    auto* all = verb.add_flag("--all", arguments.all,
+                              "Every frame, one behind the other; pictures are numbered")
+                    ->excludes(frame);
     auto* output = AddOutput(verb, arguments.output, kOutputHelp)->required(false);
-    verb.add_flag("--describe", arguments.describe, "Tells shape and type only, and writes nothing")
-        ->excludes(output);
+    auto* describe = verb.add_flag("--describe", arguments.describe,
+                                   "Tells shape and type only, and writes nothing")
+                         ->excludes(output);
+    verb.add_flag("--stream", arguments.isStream,
+                  "The coded frames as they are stored, a video for example, and not decoded")
+        ->excludes(frame)
+        ->excludes(all)
+        ->excludes(describe);
 }
 
 void AddOptions(CLI::App& verb, RenderArguments& arguments) {

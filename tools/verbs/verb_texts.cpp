@@ -32,8 +32,8 @@ constexpr std::array kTexts = {
                    "unsigned values of up to 16 bits as they are; anything else, the plain bytes, "
                    "least significant first.",
         .examples = {Example{"quorvex frame image.dcm -o image.npy", "the first frame for NumPy"},
-                     Example{"quorvex frame loop.dcm --all -o loop.raw",
-                             "every frame, one behind the other"}},
+                     Example{"quorvex frame endoscopy.dcm --stream -o endoscopy.mp4",
+                             "a video as it is stored, for a player"}},
     },
     VerbText{
         .name = "render",
