@@ -38,6 +38,9 @@ public:
     void TakeSignBits(int bitsStored) noexcept { signBits_ = bitsStored; }
     /// False where the source failed for a process that nothing here decodes, and not for damage.
     [[nodiscard]] bool IsSupported() const noexcept { return isSupported_; }
+    /// Of JPEG 2000: decodes a lower resolution, which the parameters describe. Each level halves
+    /// width and height.
+    void DiscardLevels(int levels) noexcept { discardedLevels_ = levels; }
     /// Whether the source gave every sample of the frame, undamaged; good after a success.
     [[nodiscard]] bool IsWhole() const noexcept { return isWhole_; }
 
@@ -77,6 +80,7 @@ private:
     std::size_t written_ = 0;          ///< bytes of target_ that have a value
     std::size_t told_ = 0;             ///< the size that the caller is told
     bool isWhole_ = true;
+    int discardedLevels_ = 0;
     bool isSupported_ = true;
     int signBits_ = 0;  ///< 0: not known
 };

@@ -102,6 +102,16 @@ QUORVEX_MESSAGE CxDcmParser::GetAFrameUnpacked(int frameIndex, unsigned char*& d
     });
 }
 
+QUORVEX_MESSAGE CxDcmParser::GetAReducedFrame(int frameIndex, CSize least, unsigned char*& data,
+                                              unsigned long& size, CSize& frameSize) {
+    return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
+        FrameFetch fetch(*state_, frameIndex);
+        const QUORVEX_MESSAGE result = fetch.DecodeReduced(least, data, size);
+        if (result == QVM_SUCCESS) frameSize = {fetch.Shape().columns, fetch.Shape().rows};
+        return result;
+    });
+}
+
 FrameQuality CxDcmParser::GetFrameQuality() const noexcept {
     return state_->quality;
 }

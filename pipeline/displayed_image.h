@@ -25,6 +25,7 @@ struct DisplayedImage {
     std::shared_ptr<const CXGSPSInfo> presentation;  ///< null before the first image
 
     Rules rules = Rules::kEstablished;      ///< of images that come in
+    bool isPreview = false;                 ///< images that come in need be no finer than the view
     std::optional<StandardImage> standard;  ///< there where the image came in by standard rules
     /// Of the frame on show, at the size of the last render; nothing where that was not smaller.
     std::optional<ShrunkImage> shrunk;

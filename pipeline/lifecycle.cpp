@@ -20,4 +20,8 @@ void CXDIPP::SetRules(Rules rules) noexcept {
     image_->rules = rules;
 }
 
+void CXDIPP::SetPreview(bool on) noexcept {
+    image_->isPreview = on;
+}
+
 }  // namespace quorvex

@@ -39,6 +39,16 @@ public:
     /// averages areas. Where the notes of an operation say "by the standard rules", that holds.
     void SetRules(Rules rules) noexcept;
 
+    /// Images that come in from now on are to be seen as they come in, fitted and with the window
+    /// or colours that they state, and no larger: by the standard rules, JPEG 2000 frames are then
+    /// decoded no finer than the view needs, many times as fast. Such an image counts as one of the
+    /// size that was decoded, and has no overlays and no shutter; a state that is laid over it
+    /// makes it come in whole. Off at first.
+    ///
+    /// Images that are shown over the range of their values, by a table or with a palette come in
+    /// whole, and so does everything else.
+    void SetPreview(bool on) noexcept;
+
     // --- Bringing an image in ------------------------------------------------------------------
 
     /// Opens a file and shows one of its frames, fitted to the view.

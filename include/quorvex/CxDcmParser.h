@@ -106,6 +106,15 @@ public:
     /// @return as GetAFrame(), or QVM_ERROR_INVALID_BITS_ALLOCATED above 32 other than 64
     QUORVEX_MESSAGE GetAFrameUnpacked(int frameIndex, unsigned char*& data, unsigned long& size);
 
+    /// Decodes one frame no finer than it will be seen: of JPEG 2000 the lowest resolution that the
+    /// stream has with at least `least` columns and rows, in a fraction of the time. All else, and
+    /// a frame with samples beyond Bits Stored, comes as GetAFrame() gives it.
+    ///
+    /// @param frameSize  receives the columns and rows that came
+    /// The others, and the result, as GetAFrame() has them.
+    QUORVEX_MESSAGE GetAReducedFrame(int frameIndex, CSize least, unsigned char*& data,
+                                     unsigned long& size, CSize& frameSize);
+
     /// How much of the frame that was fetched last (for a thumbnail, too) is what the file says.
     [[nodiscard]] FrameQuality GetFrameQuality() const noexcept;
 
@@ -161,7 +170,7 @@ public:
     /// LUT in modality units, polarity, palettes, colours, settings of the frame's own functional
     /// groups; no overlays, no shutter. All of it is fitted into the size with its true pixel
     /// shape, area by area, and centred on black; a side that misses the size by less than a pixel
-    /// fills it.
+    /// fills it. JPEG 2000 is decoded no finer than that, as CXDIPP::SetPreview() has it.
     ///
     /// Plain pixels (format 1):
     ///                         established rules           standard rules

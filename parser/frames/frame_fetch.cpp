@@ -4,6 +4,7 @@
 #include "codec/native/fragment_pixels.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/object/pixel_shape.h"
+#include "foundation/engines/jpeg2000/jpeg2000_reduction.h"
 #include "foundation/types/undo.h"
 #include "parser/frames/packed_samples.h"
 #include "parser/frames/stored_range.h"
@@ -26,6 +27,39 @@ QUORVEX_MESSAGE FrameFetch::Decode(unsigned char*& data, unsigned long& size,
                                    unsigned long sourceLength) {
     const QUORVEX_MESSAGE collected = Collect(size);
     return collected == QVM_SUCCESS ? DecodePacked(data, size, sourceLength) : collected;
+}
+
+QUORVEX_MESSAGE FrameFetch::DecodeReduced(CSize least, unsigned char*& data, unsigned long& size) {
+    QUORVEX_MESSAGE result = Collect(size);
+    if (result != QVM_SUCCESS) return result;
+    const FrameShape whole = shape_;
+    const bool isDeeper = Reduce(least);
+    unsigned char* decoded = nullptr;
+    result = DecodePacked(decoded, size, 0);
+    std::unique_ptr<unsigned char[]> frame(decoded);
+    if (result == QVM_SUCCESS && isDeeper && !BringNearToStored(shape_, {decoded, size})) {
+        shape_ = whole;
+        discardedLevels_ = 0;
+        result = DecodePacked(decoded, size, 0);
+        frame.reset(result == QVM_SUCCESS ? decoded : nullptr);
+    }
+    if (result == QVM_SUCCESS) data = frame.release();
+    return result;
+}
+
+/// Whether the frame will be reduced, and its stream has more bits than Bits Stored: those above
+/// may have a meaning of their own, which must not be mixed into the others.
+bool FrameFetch::Reduce(CSize least) {
+    const bool isTaken =
+        !native_ && CodingOf(shape_.syntax) == FrameCoding::kJpeg2000 && shape_.bitsAllocated != 1;
+    const auto reduction = isTaken ? ReduceJpeg2000(coded_.Join(), least) : std::nullopt;
+    const bool isFrame =
+        reduction && reduction->whole.cx == shape_.columns && reduction->whole.cy == shape_.rows;
+    if (!isFrame) return false;
+    shape_.columns = static_cast<std::uint16_t>(reduction->reduced.cx);
+    shape_.rows = static_cast<std::uint16_t>(reduction->reduced.cy);
+    discardedLevels_ = reduction->discardedLevels;
+    return reduction->precision > shape_.StoredBits();
 }
 
 /// Samples of 1 bit come packed from every coding.
@@ -152,6 +186,7 @@ QUORVEX_MESSAGE FrameFetch::Decompress(std::span<const unsigned char> source, un
     FrameDecoder decoder(param, {bytes, source.size()}, kGeneralAllocator, false);
     if (parser_.rules == Rules::kStandard) decoder.TakeExactColours(shape_.StoredBits());
     decoder.TakeSignBits(shape_.StoredBits());
+    decoder.DiscardLevels(discardedLevels_);
     unsigned char* decoded = nullptr;
     unsigned long decodedSize = 0;
     const UndoUnlessKept release([&] { delete[] decoded; });  // the decoder may throw

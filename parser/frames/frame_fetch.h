@@ -27,13 +27,16 @@ public:
     QUORVEX_MESSAGE Decode(unsigned char*& data, unsigned long& size, unsigned long sourceLength);
     /// `GetAFrameUnpacked`.
     QUORVEX_MESSAGE DecodeUnpacked(unsigned char*& data, unsigned long& size);
+    /// `GetAReducedFrame`.
+    QUORVEX_MESSAGE DecodeReduced(CSize least, unsigned char*& data, unsigned long& size);
     /// A decoded frame to look at: where it is stored, if words may lie there, or in a new block
     /// that `owner` receives.
     QUORVEX_MESSAGE View(std::unique_ptr<unsigned char[]>& owner,
                          std::span<const unsigned char>& frame);
     /// `GetAFrameOffsetSize`.
     QUORVEX_MESSAGE Locate(unsigned long& offset, unsigned long& size);
-    /// What the header says about the frame; good after a success.
+    /// What the header says about the frame, or of a reduced one what is left of it; good after a
+    /// success.
     [[nodiscard]] const FrameShape& Shape() const noexcept { return shape_; }
 
 private:
@@ -57,6 +60,7 @@ private:
                                  unsigned long sourceLength);
     QUORVEX_MESSAGE DecodeCollected(unsigned char*& data, unsigned long& size,
                                     unsigned long sourceLength);
+    [[nodiscard]] bool Reduce(CSize least);
     QUORVEX_MESSAGE Decompress(std::span<const unsigned char> source, unsigned char*& data,
                                unsigned long& size);
     QUORVEX_MESSAGE Unpack(unsigned sampleBytes, unsigned char*& data, unsigned long& size);
@@ -66,9 +70,10 @@ private:
     const ParsedFile& file_;
     int frameIndex_;
     FrameShape shape_;
-    bool isEncoded_ = false;  ///< the bytes are coded, so must not pass for pixels
-    bool isGuessed_ = false;  ///< where a coded frame begins is a guess
-    bool isWhole_ = true;     ///< nothing of the frame is missing
+    int discardedLevels_ = 0;  ///< of a frame that is decoded reduced
+    bool isEncoded_ = false;   ///< the bytes are coded, so must not pass for pixels
+    bool isGuessed_ = false;   ///< where a coded frame begins is a guess
+    bool isWhole_ = true;      ///< nothing of the frame is missing
     StoredFrame coded_;
     std::optional<dicom::NativeFrames> native_;  ///< in place of `coded_`
     HeapBlock fragment_;                         ///< of a frame that was native in its fragment

@@ -21,6 +21,18 @@ void Clamp(std::span<unsigned char> samples, int bits) {
     }
 }
 
+template <class Sample>
+bool AreNear(std::span<const unsigned char> samples, int bits) {
+    const int span = 1 << bits;
+    const int lowest = (std::is_signed_v<Sample> ? -span / 2 : 0) - span / 4;
+    for (std::size_t at = 0; at + sizeof(Sample) <= samples.size(); at += sizeof(Sample)) {
+        Sample sample;
+        std::memcpy(&sample, samples.data() + at, sizeof sample);
+        if (sample < lowest || sample >= lowest + span + span / 2) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 bool MayOvershoot(const FrameShape& shape, std::span<const unsigned char> stream) {
@@ -41,6 +53,18 @@ void ClampToBitsStored(const FrameShape& shape, std::span<unsigned char> samples
     }
     return isSigned ? Clamp<std::int16_t>(samples, shape.bitsStored)
                     : Clamp<std::uint16_t>(samples, shape.bitsStored);
+}
+
+bool BringNearToStored(const FrameShape& shape, std::span<unsigned char> samples) {
+    const bool isSigned = shape.pixelRepresentation != 0;
+    const int bits = shape.StoredBits();
+    const bool isByte = shape.bitsAllocated <= 8;
+    const bool areNear = isByte     ? isSigned ? AreNear<std::int8_t>(samples, bits)
+                                               : AreNear<std::uint8_t>(samples, bits)
+                             : isSigned ? AreNear<std::int16_t>(samples, bits)
+                                    : AreNear<std::uint16_t>(samples, bits);
+    if (areNear) ClampToBitsStored(shape, samples);
+    return areNear;
 }
 
 }  // namespace quorvex

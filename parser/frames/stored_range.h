@@ -15,4 +15,8 @@ namespace quorvex {
 /// Stored can hold.
 void ClampToBitsStored(const FrameShape& shape, std::span<unsigned char> samples);
 
+/// The same where no sample is further beyond than the wavelet of sound samples may take it. False,
+/// and nothing changed, for others: there are bits above the stored ones.
+[[nodiscard]] bool BringNearToStored(const FrameShape& shape, std::span<unsigned char> samples);
+
 }  // namespace quorvex

@@ -7,15 +7,20 @@
 
 namespace quorvex {
 
-QUORVEX_MESSAGE FetchFrame(CxDcmParser& source, int frameIndex, FetchedFrame& frame) {
+QUORVEX_MESSAGE FetchFrame(CxDcmParser& source, int frameIndex, FetchedFrame& frame,
+                           std::optional<CSize> least) {
     unsigned char* data = nullptr;
     unsigned long size = 0;
-    const auto result = source.GetAFrame(frameIndex, data, size, 0);
+    CSize came;
+    const auto result = least ? source.GetAReducedFrame(frameIndex, *least, data, size, came)
+                              : source.GetAFrame(frameIndex, data, size, 0);
     if (result != QVM_SUCCESS) return result;
     PixelBlock pixels{std::unique_ptr<unsigned char[]>(data), size};
-    const auto header = ReadPixelHeader(*source.GetHeader());
+    auto header = ReadPixelHeader(*source.GetHeader());
     if (!header || !pixels.data) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-    frame = {std::move(pixels), *header};
+    std::optional<CSize> whole;
+    if (least && came != header->size) whole = std::exchange(header->size, came);
+    frame = {std::move(pixels), *header, whole};
     return QVM_SUCCESS;
 }
 

@@ -32,7 +32,8 @@ QUORVEX_MESSAGE EstablishedRules::ShowFrame(DisplayedImage& image, CxDcmParser& 
     FetchedFrame fetched;
     const auto result = FetchFrame(source, frameIndex, fetched);
     if (result != QVM_SUCCESS) return result;
-    auto& [frame, header] = fetched;
+    PixelBlock& frame = fetched.pixels;
+    const PixelHeader& header = fetched.header;
     CDcmObject& object = *source.GetHeader();
 
     IncomingImage incoming;

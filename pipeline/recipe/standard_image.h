@@ -7,6 +7,7 @@
 #include "presentation/displayed_area.h"
 #include "presentation/grey/grey_stages.h"
 #include "quorvex/DicomObject.h"
+#include "quorvex/Types.h"
 #include "render/view_job.h"
 #include "windowing/display_function.h"
 
@@ -46,7 +47,8 @@ struct AppliedState {
 struct StandardImage {
     StoredForm form;
     bool isGrey = true;
-    ValueSpan stored;  ///< lowest and highest element of the frame
+    std::optional<CSize> whole;  ///< columns and rows, where it was decoded no finer than the view
+    ValueSpan stored;            ///< lowest and highest element of the frame
     std::optional<PaddingRange> padding;
     std::optional<ValueSpan> statedRange;  ///< modality values, as a host states them
     double aspect = 1.0;

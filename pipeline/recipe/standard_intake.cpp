@@ -4,6 +4,7 @@
 #include "pipeline/intake/fetched_frame.h"
 #include "pipeline/intake/presentation_record.h"
 #include "pipeline/pixel_header.h"
+#include "pipeline/recipe/preview.h"
 #include "pipeline/recipe/standard_incoming.h"
 #include "pipeline/recipe/standard_overlays.h"
 #include "pipeline/recipe/standard_rules.h"
@@ -27,10 +28,9 @@ std::optional<OwnedShutter> ShutterOf(const CDcmObject& object, CSize size) {
     return OwnedShutter{std::move(shutter->mask), shutter->colour};
 }
 
-/// What a header says of a frame, pixels apart.
-void Describe(StandardIncoming& incoming, CDcmObject& object, const PixelHeader& header,
+/// What a header says of a frame, pixels and layers apart.
+void Describe(StandardImage& image, const CDcmObject& object, const PixelHeader& header,
               int frameIndex) {
-    StandardImage& image = incoming.image;
     image.form = FormOf(header);
     image.bitsAllocated = header.bitsAllocated;
     image.frameNumber = frameIndex + 1;
@@ -38,9 +38,33 @@ void Describe(StandardIncoming& incoming, CDcmObject& object, const PixelHeader&
     image.padding = ReadPadding(object, image.form);
     image.own = ReadImageStages(object, image.form);
     image.aspect = ReadPixelAspect(object);
-    image.shutter = ShutterOf(object, header.size);
-    incoming.size = header.size;
-    incoming.record = ReadViewRecord(object, header.size, CString(), image.frameNumber);
+}
+
+/// What a preview needs of a frame at least; nothing for all of it.
+std::optional<CSize> LeastSizeOf(const DisplayedImage& image, const CxDcmParser& source,
+                                 CSize viewSize, int frameIndex) {
+    const CDcmObject* const object = source.GetHeader();
+    const bool hasState = &source == &*image.parser && image.standard && image.standard->state;
+    if (!image.isPreview || hasState || object == nullptr) return std::nullopt;
+    const auto header = ReadPixelHeader(*object);
+    if (!header) return std::nullopt;
+    const auto ofFrame = HeaderOfFrame(*object, frameIndex);
+    const CDcmObject& described = ofFrame ? *ofFrame : *object;
+    StandardImage next;
+    Describe(next, described, *header, frameIndex);
+    return LeastPreviewSize(next, *header, described, viewSize);
+}
+
+/// Layers count in pixels of the whole image.
+void TakeLayers(StandardIncoming& incoming, CDcmObject& described, const CDcmObject& object,
+                const FetchedFrame& fetched) {
+    StandardImage& image = incoming.image;
+    image.whole = fetched.whole;
+    if (image.whole) return;
+    const CSize size = fetched.header.size;
+    image.shutter = ShutterOf(described, size);
+    image.overlays = ImageOverlays(object, fetched.pixels.Bytes(), size, image.frameNumber,
+                                   !fetched.header.IsGrey());
 }
 
 QUORVEX_MESSAGE TakePixels(StandardIncoming& incoming, PixelBlock frame, const PixelHeader& header,
@@ -90,18 +114,20 @@ std::optional<AppliedState> StateFor(const CDcmObject& state, const StandardImag
 QUORVEX_MESSAGE StandardRules::ShowFrame(DisplayedImage& image, CxDcmParser& source, CSize viewSize,
                                          int frameIndex) const {
     FetchedFrame fetched;
-    const auto result = FetchFrame(source, frameIndex, fetched);
+    const auto least = LeastSizeOf(image, source, viewSize, frameIndex);
+    const auto result = FetchFrame(source, frameIndex, fetched, least);
     if (result != QVM_SUCCESS) return result;
-    auto& [frame, header] = fetched;
+    const PixelHeader& header = fetched.header;
     CDcmObject& object = *source.GetHeader();
 
     auto ofFrame = HeaderOfFrame(object, frameIndex);
     CDcmObject& described = ofFrame ? *ofFrame : object;
     StandardIncoming incoming;
-    Describe(incoming, described, header, frameIndex);
-    incoming.image.overlays =
-        ImageOverlays(object, frame.Bytes(), header.size, frameIndex + 1, !header.IsGrey());
-    const auto taken = TakePixels(incoming, std::move(frame), header, described);
+    incoming.size = header.size;
+    Describe(incoming.image, described, header, frameIndex);
+    incoming.record = ReadViewRecord(described, header.size, CString(), frameIndex + 1);
+    TakeLayers(incoming, described, object, fetched);
+    const auto taken = TakePixels(incoming, std::move(fetched.pixels), header, described);
     if (taken != QVM_SUCCESS) return taken;
     const bool isSameImage = &source == &*image.parser && image.standard.has_value();
     if (isSameImage && image.standard->state) {
@@ -116,8 +142,20 @@ QUORVEX_MESSAGE StandardRules::ShowFrame(DisplayedImage& image, CxDcmParser& sou
     return QVM_SUCCESS;
 }
 
+QUORVEX_MESSAGE StandardRules::ShowWhole(DisplayedImage& image) const {
+    const bool isPreview = std::exchange(image.isPreview, false);
+    const auto result =
+        ShowFrame(image, *image.parser, image.viewSize, image.standard->frameNumber - 1);
+    image.isPreview = isPreview;
+    return result;
+}
+
 QUORVEX_MESSAGE StandardRules::ApplyState(DisplayedImage& image, CDcmObject* state) const {
     if (state == nullptr || !image.presentation) return QVM_SUCCESS;
+    if (image.standard->whole) {
+        const auto shown = ShowWhole(image);
+        if (shown != QVM_SUCCESS) return shown;
+    }
     StandardImage next = *image.standard;
     auto kept = std::make_shared<const CDcmObject>(*state);
     next.applied = StateFor(*kept, next, image.imageSize);

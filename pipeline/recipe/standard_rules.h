@@ -21,6 +21,10 @@ public:
     void ReadWindow(DisplayedImage& image, double& width, double& level) const override;
     QUORVEX_MESSAGE Render(DisplayedImage& image) const override;
     void DrawOnto(DrawingSurface& surface, DisplayedImage& image) const override;
+
+private:
+    /// Brings the frame on show in again, as fine as it is stored.
+    QUORVEX_MESSAGE ShowWhole(DisplayedImage& image) const;
 };
 
 }  // namespace quorvex

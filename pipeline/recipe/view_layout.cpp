@@ -59,6 +59,13 @@ void LayOutArea(DisplayedImage& image, const DisplayedAreaSelection& area) {
            static_cast<double>(area.top - 1) + area.Height() / 2.0);
 }
 
+/// Lays a reduced image where the whole one has been fitted, whatever was rounded as it was halved.
+void KeepPlaceOf(DisplayedImage& image, CSize whole) {
+    const double height = whole.cy * image.EffectiveAspectRatio() * image.zoom;
+    image.zoom *= static_cast<double>(whole.cx) / image.imageSize.cx;
+    image.aspectRatio = height / (image.imageSize.cy * image.zoom);
+}
+
 double ScaledWidth(const DisplayedImage& image) {
     return image.imageSize.cx * image.zoom;
 }
@@ -85,7 +92,9 @@ void LayOutByStandard(DisplayedImage& image) noexcept {
         image.aspectRatio = applied->area->aspect.value_or(standard.aspect);
         return LayOutArea(image, *applied->area);
     }
-    Fit(image, image.imageSize.cx, image.imageSize.cy);
+    const CSize whole = standard.whole.value_or(image.imageSize);
+    Fit(image, whole.cx, whole.cy);
+    if (standard.whole) KeepPlaceOf(image, whole);
     image.panOffset = {};
 }
 

@@ -81,6 +81,7 @@ ThumbnailImage PictureOf(const DisplayedImage& shown, const ThumbnailForm& form)
 
 ThumbnailImage MakeStandardThumbnail(CxDcmParser& parser, const ThumbnailForm& form) {
     DisplayedImage shown;
+    shown.isPreview = !form.useDataRange;
     const auto taken = StandardRules().ShowFrame(shown, parser, form.size, form.frame);
     if (taken != QVM_SUCCESS) return ThumbnailImage(taken);
     if (form.useDataRange) {

@@ -79,6 +79,7 @@ QUORVEX_MESSAGE Draw(const std::string& path, const ThumbnailArguments& argument
     CDcmApp app;
     CXDIPP pipeline;
     pipeline.SetRules(Rules::kStandard);
+    pipeline.SetPreview(!arguments.dataRange);
     auto result = pipeline.Initialize(&app, path, arguments.size, arguments.frame);
     if (arguments.dataRange) pipeline.SelectVOI(CXDIPP::kOverTheValues);
     if (result == QVM_SUCCESS) result = pipeline.Render();

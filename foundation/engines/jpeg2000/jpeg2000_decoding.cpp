@@ -1,9 +1,12 @@
 #include "foundation/engines/jpeg2000/decoder/decoder.h"
 #include "foundation/engines/jpeg2000/jpeg2000_coders.h"
 #include "foundation/engines/jpeg2000/jpeg2000_header.h"
+#include "foundation/engines/jpeg2000/jpeg2000_reduction.h"
+#include "foundation/types/answer.h"
 #include "foundation/types/checked_size.h"
 #include "foundation/types/limits.h"
 
+#include <optional>
 #include <vector>
 
 namespace quorvex {
@@ -26,6 +29,24 @@ bool IsDecodable(const Jpeg2000Header& header) noexcept {
            header.height <= kLongestCodedSide;
 }
 
+j2k::Wanted WantedOf(const PegasusParameters& parameters) {
+    j2k::Wanted wanted;
+    wanted.discardedLevels = static_cast<unsigned>(parameters.discardedLevels);
+    return wanted;
+}
+
+// Where levels are discarded, the size of what is left.
+bool TakeReducedSize(PegasusParameters& parameters) noexcept {
+    if (parameters.discardedLevels == 0) return true;
+    const auto size = Contain(std::optional<CSize>(), [&] {
+        return ReducedSizeOf(parameters.input, parameters.discardedLevels);
+    });
+    if (!size) return false;
+    parameters.bitmap.biWidth = size->cx;
+    parameters.bitmap.biHeight = size->cy;
+    return true;
+}
+
 // Each component goes between the others; subsampled ones are repeated. Empty where a component is
 // not as large as its sampling says.
 std::vector<j2k::OutputPlane> PlanesFor(const j2k::Decoder& decoder,
@@ -38,7 +59,7 @@ std::vector<j2k::OutputPlane> PlanesFor(const j2k::Decoder& decoder,
         static_cast<std::ptrdiff_t>(parameters.samples) * parameters.bytesPerSample;
     std::vector<j2k::OutputPlane> planes;
     for (unsigned i = 0; i < components.size(); ++i) {
-        const j2k::Rect area = decoder.Area(i, {});
+        const j2k::Rect area = decoder.Area(i, WantedOf(parameters));
         const j2k::ComponentSize& component = components[i];
         if (area.IsEmpty() || std::uint64_t{area.Width()} * component.dx < columns ||
             std::uint64_t{area.Height()} * component.dy < rows)
@@ -74,7 +95,7 @@ bool QueryJpeg2000(PegasusParameters& parameters) noexcept {
     parameters.precision = header->precision;
     parameters.streamIsSigned = header->isSigned;
     parameters.hasColourTransform = header->hasColourTransform && header->components >= 3;
-    return true;
+    return TakeReducedSize(parameters);
 }
 
 bool CanDecodeJpeg2000(const PegasusParameters& parameters) noexcept {
@@ -94,7 +115,7 @@ bool DecodeJpeg2000(PegasusParameters& parameters) {
     if (decoder.Open(*codestream) != j2k::Outcome::kDone) return false;
     const std::vector<j2k::OutputPlane> planes = PlanesFor(decoder, parameters);
     if (planes.empty()) return false;
-    const j2k::Outcome outcome = decoder.Decode({}, planes);
+    const j2k::Outcome outcome = decoder.Decode(WantedOf(parameters), planes);
     parameters.isIncomplete = outcome == j2k::Outcome::kIncomplete;
     return outcome == j2k::Outcome::kDone || outcome == j2k::Outcome::kIncomplete;
 }

@@ -60,6 +60,9 @@ struct PegasusParameters {
     bool isSigned = false;
     bool isBigEndian = false;  ///< 16-bit samples have their higher byte first
 
+    /// Decoding: each halves width and height, and rows and columns are those of what is left. The
+    /// query tells these too.
+    int discardedLevels = 0;
     std::span<unsigned char> output;  ///< decoding: exactly the frame's bytes
     /// Decoding: the stream broke off, and its missing parts are guessed.
     bool isIncomplete = false;
