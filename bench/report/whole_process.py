@@ -74,6 +74,9 @@ def plan(quorvex, folder, count):
     few = max(16, count // 25)
     for index in range(1, few):
         shutil.copy(plates / "0.dcm", plates / f"{index}.dcm")
+    for source in (slices, plates):
+        coded = folder / f"{source.name}_j2k"
+        together([quorvex, "convert", source, "-o", coded, "--to", "j2k-lossless"], 1)
     slice_files, plate_files = sorted(slices.iterdir()), sorted(plates.iterdir())
 
     def ours(verb, source, *options):
@@ -94,6 +97,12 @@ def plan(quorvex, folder, count):
         "ConvertJ2k/Ours": ours("convert", slices, *convert, "j2k-lossless"),
         "ConvertJ2k/OursVerified": ours("convert", slices, "--jobs", "1", "--to", "j2k-lossless"),
         "ConvertJ2k/Gdcmconv": peer(slice_files, "gdcmconv", "--j2k"),
+        "ConvertHtj2k/Ours": ours("convert", slices, *convert, "htj2k-lossless"),
+        # Over the range of its values, an image is decoded whole.
+        "ThumbnailJ2kSlices/Ours": ours("thumbnail", folder / "slices_j2k"),
+        "ThumbnailJ2kSlices/Whole": ours("thumbnail", folder / "slices_j2k", "--data-range"),
+        "ThumbnailJ2kPlates/Ours": ours("thumbnail", folder / "plates_j2k"),
+        "ThumbnailJ2kPlates/Whole": ours("thumbnail", folder / "plates_j2k", "--data-range"),
         "ThumbnailSlices/Ours": ours("thumbnail", slices, "--size", "128x128"),
         "ThumbnailSlices/Dcmj2pnm": peer(slice_files, *scaled),
         "ThumbnailPlates/Ours": ours("thumbnail", plates, "--size", "128x128"),
