@@ -22,6 +22,7 @@ set(QUORVEX_VECTOR_LOOPS
     foundation/engines/jpeg2000/decoder/wavelet/synthesis.cpp
     foundation/engines/jpeg2000/decoder/samples/colour.cpp
     foundation/engines/jpeg2000/decoder/samples/output_plane.cpp
+    foundation/engines/jpegxl/jpegxl_samples.cpp
     foundation/raster/bits.cpp foundation/raster/mirror.cpp foundation/raster/scaling/resize_16u.cpp
     foundation/raster/scaling/scale_taps.cpp windowing/display_function.cpp
     foundation/raster/turn_kernels.cpp foundation/raster/ycbcr.cpp

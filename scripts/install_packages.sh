@@ -7,10 +7,10 @@ job=${1:-run}
 build="g++ cmake ninja-build make ccache pkg-config zlib1g-dev libpng-dev libcli11-dev
        libjpeg62-turbo-dev libopenjp2-7-dev libopenjph-dev libcharls-dev libgdcm-dev
        libhwy-dev libssl-dev
-       libcairo2-dev libfreetype-dev fonts-dejavu-core"
+       libcairo2-dev libfreetype-dev libjxl-dev fonts-dejavu-core"
 tests="libgtest-dev python3 python3-numpy python3-pydicom dcmtk dicom3tools groff-base zsh fish"
 displays="python3 python3-numpy python3-pydicom dcmtk"
-conversions="python3 python3-numpy python3-pydicom dcmtk dicom3tools libgdcm-tools"
+conversions="python3 python3-numpy python3-pydicom dcmtk dicom3tools libgdcm-tools libjxl-tools"
 benches="libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev
          libopenjph-dev"
 

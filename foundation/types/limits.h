@@ -63,6 +63,9 @@ inline constexpr std::uint64_t kPacketAllowance = 1 << 17;
 inline constexpr std::uint64_t kMostPacketsPerByte = 4;
 inline constexpr std::uint64_t kSampleAllowance = std::uint64_t{1} << 27;
 inline constexpr std::uint64_t kMostSamplesPerByte = 4096;
+/// JPEG XL: frames that are never shown, and pixels of one beyond twice those of the picture.
+inline constexpr int kMostHiddenFrames = 16;
+inline constexpr std::uint64_t kHiddenPixelAllowance = 1 << 16;
 /// The longest side of a coded picture.
 inline constexpr std::uint32_t kLongestCodedSide = 65535;
 
