@@ -22,6 +22,7 @@ constexpr DecoderRow kDecoders[] = {
     {FrameCoding::kJpeg, &FrameDecoder::DecompressJpegData},
     {FrameCoding::kJpegLs, &FrameDecoder::DecompressJpegLsData, true},
     {FrameCoding::kJpeg2000, &FrameDecoder::DecompressJ2KData, false, true},
+    {FrameCoding::kJpegXl, &FrameDecoder::DecompressJpegXlData, false, true},
 };
 
 /// Null for frames that are stored as they are.

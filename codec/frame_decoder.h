@@ -58,6 +58,9 @@ public:
     /// JPEG-LS. The stream must be as the header says in size and number of samples; its own
     /// precision rules, and samples of fewer bits than the header allocates are widened.
     int DecompressJpegLsData();
+    /// JPEG XL. The stream must be as the header says in size and number of samples; its own
+    /// precision rules. One that was made of a JPEG stream is decoded as that one.
+    int DecompressJpegXlData();
 
 private:
     QUORVEX_MESSAGE CopyFrame(unsigned char*& result, unsigned long& resultSize);

@@ -2,6 +2,7 @@
 
 #include "codec/frame_coder.h"
 #include "codec/jpegls/jpegls_coding.h"
+#include "codec/jpegxl/jpegxl_coding.h"
 #include "codec/rle/rle_coding.h"
 #include "foundation/engines/deflate/deflate_engine.h"
 
@@ -80,6 +81,7 @@ QUORVEX_MESSAGE CodeStored(const StoredForms& forms, std::span<unsigned char> fr
     const bool isFit = FitBitsStored(forms, frame);
     if (row->isLossy && !isFit) return QVM_ERROR_INVALID_BITS_STORED;
     if (row->coding == FrameCoding::kJpegLs) return CodeToJpegLs(forms, isFit, frame, coded);
+    if (row->coding == FrameCoding::kJpegXl) return CodeToJpegXl(forms, isFit, frame, coded);
     const _IMAGE_PROCESS_PARAM param = ParamOf(forms);
     FrameCoder coder(param, frame, /*keepsRgb=*/true);
     coder.DescribeStored(isFit ? forms.bitsStored : forms.bitsAllocated, forms.isRgb);

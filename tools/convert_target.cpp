@@ -35,6 +35,8 @@ constexpr std::array kChoices = {
     Choice{kHtj2k, 5, 1000, 1, "YBR_ICT"},
     Choice{kHtj2kLossless, 0, 0, 0, "YBR_RCT"},
     Choice{kHtj2kRpclLossless, 0, 0, 0, "YBR_RCT"},
+    Choice{kJpegXl, 5, 150, 1, "XYB"},
+    Choice{kJpegXlLossless},
 };
 
 /// "implicit, explicit or jpeg"

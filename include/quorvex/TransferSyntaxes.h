@@ -34,6 +34,9 @@ enum TRANSFER_SYNTAX : std::uint32_t {
     kHtj2kLossless = 152,  ///< High-Throughput JPEG 2000
     kHtj2kRpclLossless = 153,
     kHtj2k = 154,
+    kJpegXlLossless = 160,
+    kJpegXlOfJpeg = 161,
+    kJpegXl = 162,
     kOtherEncapsulated = 199,  ///< encapsulated in a way that has no number of its own
 };
 
@@ -56,6 +59,9 @@ enum QUORVEX_XFERSYNTAX : std::uint32_t {
     kXferHtj2kLossless = 15,   ///< High-Throughput JPEG 2000, in builds with its coder
     kXferHtj2kRpclLossless = 16,  ///< the same, its resolutions one behind the other
     kXferHtj2k = 17,              ///< the same with losses
+    kXferJpegXl = 18,             ///< this one and the next two by the standard rules only
+    kXferJpegXlLossless = 19,
+    kXferJpegXlOfJpeg = 20,  ///< JPEG frames of 8 bits, which can come back to the byte
 };
 
 /// How frames are stored, and with that what decodes them here.
@@ -68,6 +74,7 @@ enum class FrameCoding : std::uint8_t {
     kJpegLs,
     kDeflated,  ///< each frame, not the data set
     kFragment,  ///< uncoded, each in a fragment
+    kJpegXl,
 };
 
 /// One transfer syntax.

@@ -28,6 +28,8 @@ const char* MethodOf(const TransferSyntax& coding) {
             return coding.number == kHtj2k ? "ISO_15444_15" : "ISO_15444_1";
         case FrameCoding::kJpeg:
             return "ISO_10918_1";
+        case FrameCoding::kJpegXl:
+            return coding.form == kXferJpegXlOfJpeg ? "ISO_10918_1" : "ISO_18181_1";
         case FrameCoding::kJpegLs:
             return "ISO_14495_1";
         default:

@@ -4,6 +4,7 @@
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/engines/jpeg2000/jpeg2000_header.h"
 #include "foundation/engines/jpegls/jpegls_engine.h"
+#include "foundation/engines/jpegxl/jpegxl_engine.h"
 #include "foundation/types/checked_size.h"
 
 #include <algorithm>
@@ -35,6 +36,8 @@ constexpr FormLimits kLimits[] = {
     {kXferHtj2k, 8, 16, 5},
     {kXferHtj2kLossless, 8, 16},
     {kXferHtj2kRpclLossless, 8, 16},
+    {kXferJpegXl, 8, 16, 5, false},
+    {kXferJpegXlLossless, 8, 16, 0, false},
 };
 
 /// What the start of a first frame tells of its stream.
@@ -48,6 +51,10 @@ StreamTraits TraitsOf(FrameCoding coding, std::span<const unsigned char> stream)
         const JpegLsDecoder decoder(stream);
         const bool isRead = decoder.State() == JpegLsResult::kDone;
         return {.isLossless = isRead && decoder.Header().errorBound == 0};
+    }
+    if (coding == FrameCoding::kJpegXl) {
+        const JpegXlHeader header = JpegXlDecoder(stream).Header();
+        return {.hasColourTransform = header.isXyb || header.hasJpeg};
     }
     if (coding != FrameCoding::kJpeg2000) return {};
     const auto codestream = FindCodestream(stream);
@@ -147,7 +154,7 @@ public:
     }
 
 private:
-    /// Lossy coders take R, G, B; JPEG 2000 makes luminance and differences of them.
+    /// Lossy coders take R, G, B; JPEG 2000 and JPEG XL turn them into others.
     void DescribeColours() {
         if (plan_.forms.samplesPerPixel != 3) return;
         // JPEG-LS takes any three samples, and keeps its bound for them as they are.
@@ -158,6 +165,7 @@ private:
         plan_.forms.isRgb = plan_.written == CString("RGB");
         if (plan_.to->coding == FrameCoding::kJpeg2000 && plan_.forms.isRgb)
             plan_.written = plan_.to->isLossy ? "YBR_ICT" : "YBR_RCT";
+        if (plan_.to->number == kJpegXl) plan_.written = "XYB";
     }
 
     const CDcmObject& header_;

@@ -3,6 +3,7 @@
 
 #include "foundation/engines/deflate/deflate_engine.h"
 #include "foundation/engines/jpegls/jpegls_engine.h"
+#include "foundation/engines/jpegxl/jpegxl_engine.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/DicomObject.h"
 #include "tests/codec/rle_frames.h"
@@ -42,6 +43,8 @@ inline constexpr Coding kCodings[] = {
     {"JPEG-LS lossless", kJpegLsLossless, "1.2.840.10008.1.2.4.80", kXferJpegLsLossless, 8, 16,
      true},
     {"deflated frames", kDeflatedImageFrames, "1.2.840.10008.1.2.8.1", kXferDeflatedFrames, 8, 16,
+     true},
+    {"JPEG XL lossless", kJpegXlLossless, "1.2.840.10008.1.2.4.110", kXferJpegXlLossless, 8, 16,
      true},
 };
 
@@ -102,6 +105,17 @@ inline Bytes CodeJpegLsFrame(const FrameForm& form, const Bytes& pixels) {
         .value_or(Bytes());
 }
 
+/// Empty in a build without the library.
+inline Bytes CodeJpegXlFrame(const FrameForm& form, const Bytes& pixels) {
+    return CodeJpegXl({.columns = form.columns,
+                       .rows = form.rows,
+                       .components = form.samples,
+                       .precision = form.bits,
+                       .sampleBytes = form.SampleBytes(),
+                       .samples = pixels})
+        .value_or(Bytes());
+}
+
 inline _IMAGE_PROCESS_PARAM ParamOf(std::uint32_t syntax, const FrameForm& header) {
     _IMAGE_PROCESS_PARAM param;
     param.transferSyntax = syntax;
@@ -148,6 +162,7 @@ inline Bytes CodeFrame(const Coding& coding, const FrameForm& form, Bytes pixels
     if (coding.target == kXferJpegExtended) return CodeExtended(form, pixels);
     if (coding.target == kXferDeflatedFrames) return DeflateFrame(pixels);
     if (coding.target == kXferJpegLsLossless) return CodeJpegLsFrame(form, pixels);
+    if (coding.target == kXferJpegXlLossless) return CodeJpegXlFrame(form, pixels);
     _IMAGE_PROCESS_PARAM param = ParamOf(kExplicitLittleEndian, form);
     param.bitsAllocated = static_cast<std::uint16_t>(form.bits);
     param.quality = coding.target == kXferJpegBaseline ? 95 : 1;

@@ -1,6 +1,7 @@
 // Conversions by the standard rules.
 #include "codec/rle/rle.h"
 #include "codec/rle/rle_coding.h"
+#include "foundation/engines/jpegxl/jpegxl_engine.h"
 #include "maker/uids.h"
 #include "quorvex/TransferSyntaxes.h"
 #include "tests/maker/maker_objects.h"
@@ -223,6 +224,29 @@ TEST(Recoding, NearLosslessKeepsItsBoundAndTellsIt) {
     ExpectAttributes(exact, "00282110");
 }
 
+TEST(Recoding, JpegXlKeepsUnsignedSamplesAndTellsItsLosses) {
+    if (!HasJpegXl()) GTEST_SKIP() << "built without libjxl";
+    const ImageShape rgb{
+        .size = {21, 13}, .samples = 3, .bitsAllocated = 8, .bitsStored = 8, .photometric = "RGB"};
+    for (const auto& source : {ImageOf<std::uint16_t>({.size = {40, 30}}, 0xFFF),
+                               // more bits than are stored
+                               ImageOf<std::uint16_t>({.size = {40, 30}}, 0xFFFF),
+                               ImageOf<std::uint8_t>(rgb, 0xFF, "00280006=0"),
+                               ImageOf<std::uint8_t>(rgb, 0xFF, "00280004=YBR_FULL; 00280006=0")}) {
+        CDcmObject object = source;
+        ASSERT_EQ(Recode(object, kXferJpegXlLossless), QVM_SUCCESS);
+        EXPECT_EQ(Described(object), Described(source));
+        ASSERT_EQ(Recode(object, kXferUncompressedExplicit), QVM_SUCCESS);
+        EXPECT_EQ(FramesOf(object), FramesOf(source));
+        EXPECT_EQ(Described(object), Described(source));
+    }
+    auto lossy = ImageOf<std::uint8_t>(rgb, 0xFF, "00280006=0");
+    ASSERT_EQ(Recode(lossy, kXferJpegXl), QVM_SUCCESS);
+    ExpectAttributes(lossy, "00282110=01; 00282114=ISO_18181_1; 00280004=XYB");
+    ASSERT_EQ(Recode(lossy, kXferUncompressedExplicit), QVM_SUCCESS);
+    ExpectAttributes(lossy, "00280004=RGB");
+}
+
 TEST(Recoding, RefusesWhatACodingCannotHold) {
     const struct {
         const char* attributes;
@@ -236,6 +260,7 @@ TEST(Recoding, RefusesWhatACodingCannotHold) {
         {"00280103=0", kXferJpegBaseline, QVM_ERROR_INVALID_BITS_ALLOCATED},
         {"00280100=1; 00280101=1; 00280102=0", kXferJpeg2000Lossless,
          QVM_ERROR_INVALID_BITS_ALLOCATED},
+        {"00280103=1", kXferJpegXlLossless, QVM_ERROR_INVALID_PIXEL_REPRESENTATION},
         {"00280101=4", kXferJpeg2000, QVM_ERROR_INVALID_BITS_STORED},
         {"00280008=9", kXferJpegLossless, QVM_ERROR_FAILED_TO_GET_PIXEL_DATA},
         {"00280103=0", kXferUncompressed, QVM_FRAME_COPIED},

@@ -31,8 +31,8 @@ import pydicom
 warnings.simplefilter("ignore")
 
 LOSSLESS = ["implicit", "explicit", "deflated", "rle", "deflated-frames", "encapsulated", "jpeg-lossless",
-            "j2k-lossless", "jpegls-lossless", "htj2k-lossless", "htj2k-rpcl"]
-LOSSY = ["jpeg", "jpeg12", "j2k", "jpegls", "htj2k"]
+            "j2k-lossless", "jpegls-lossless", "htj2k-lossless", "htj2k-rpcl", "jpegxl-lossless"]
+LOSSY = ["jpeg", "jpeg12", "j2k", "jpegls", "htj2k", "jpegxl"]
 # Another toolkit's decoder for each coding.
 DECODERS = {"rle": ["dcmdrle"], "deflated-frames": ["python"], "encapsulated": ["python"],
             "jpeg-lossless": ["dcmdjpeg", "+cn"], "j2k-lossless": ["gdcmconv", "--raw"],

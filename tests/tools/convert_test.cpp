@@ -19,6 +19,8 @@ const struct {
     {"jpeg", "1.2.840.10008.1.2.4.50", "RGB", false, {kLoop}},
     {"jpeg12", "1.2.840.10008.1.2.4.51", "", false, {kSlice, kRadiograph}},
     {"jpeg-lossless", "1.2.840.10008.1.2.4.70", "RGB", true},
+    {"jpegxl", "1.2.840.10008.1.2.4.112", "XYB", false, {kRadiograph, kLoop}},
+    {"jpegxl-lossless", "1.2.840.10008.1.2.4.110", "RGB", true, {kRadiograph, kLoop}},
     {"j2k", "1.2.840.10008.1.2.4.91", "YBR_ICT", false},
     {"htj2k", "1.2.840.10008.1.2.4.203", "YBR_ICT", false, {kSlice, kLoop}},
     {"htj2k-lossless", "1.2.840.10008.1.2.4.201", "YBR_RCT", true, {kSlice, kLoop}},

@@ -36,7 +36,7 @@ void AddOptions(CLI::App& verb, ConvertArguments& arguments) {
     verb.add_option(
             "--quality", arguments.quality,
             "jpeg: 1 to 100; jpeg12: coarseness, 1 is best; j2k, htj2k: ratio to compress by; "
-            "jpegls: greatest error of a sample")
+            "jpegls: greatest error of a sample; jpegxl: tenths of a visible distance")
         ->type_name("Q");
     verb.add_option("--jobs", arguments.jobs, "Files at a time; 0 for one on each core")
         ->check(CLI::Range(0U, kMostJobs).description(""))

@@ -71,7 +71,8 @@ constexpr std::array kTexts = {
         .formats = "Reads every transfer syntax that this build has a decoder for; writes those "
                    "that --to names. Lossy targets take --quality: jpeg 1 to 100; jpeg12 a "
                    "coarseness, 1 is best; j2k and htj2k the ratio to compress by; jpegls how far "
-                   "a sample may be from its source, 1 to 255.",
+                   "a sample may be from its source, 1 to 255; jpegxl tenths of the distance that "
+                   "a person begins to see, 1 to 150.",
         .examples = {Example{"quorvex convert image.dcm -o small.dcm --to j2k-lossless",
                              "one file"},
                      Example{"quorvex convert archive/ -o new/ --to j2k-lossless --jobs 0 "

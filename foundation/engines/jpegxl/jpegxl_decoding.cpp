@@ -72,12 +72,12 @@ JpegXlResult JpegXlDecoder::Open(std::span<const unsigned char> stream) {
                .rows = info.ysize,
                .components = info.num_color_channels,
                .precision = info.bits_per_sample,
+               .isXyb = info.uses_original_profile == JXL_FALSE,
                .hasJpeg = !jpegBox_.empty(),
                .isTurned = info.orientation != JXL_ORIENT_IDENTITY};
-    return ResultOf(MeasureFrames(codestream_.last(std::min(left, codestream_.size())),
-                                  {.columns = info.xsize,
-                                   .rows = info.ysize,
-                                   .isXyb = info.uses_original_profile == JXL_FALSE}));
+    return ResultOf(
+        MeasureFrames(codestream_.last(std::min(left, codestream_.size())),
+                      {.columns = info.xsize, .rows = info.ysize, .isXyb = header_.isXyb}));
 }
 
 JpegXlResult JpegXlDecoder::Decode(std::span<unsigned char> samples, std::size_t sampleBytes) {

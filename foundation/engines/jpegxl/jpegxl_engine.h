@@ -25,8 +25,9 @@ struct JpegXlHeader {
     std::uint32_t rows = 0;
     unsigned components = 0;  ///< 1 or 3
     unsigned precision = 0;   ///< bits of a sample, 1 to 16
-    bool hasJpeg = false;     ///< RestoreJpeg() gives the JPEG stream that it was made of
-    bool isTurned = false;    ///< the samples are to be shown turned or mirrored
+    bool isXyb = false;  ///< three samples were coded in another colour space, and come as R, G, B
+    bool hasJpeg = false;   ///< RestoreJpeg() gives the JPEG stream that it was made of
+    bool isTurned = false;  ///< the samples are to be shown turned or mirrored
 };
 
 /// One stream. Its header is read when it is opened; nothing of the picture's size is allocated
