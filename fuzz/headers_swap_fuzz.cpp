@@ -60,8 +60,7 @@ void Show(CDcmObject& object, fuzz::Options& options) {
 }
 
 void SwapHeaders(fuzz::Options& options) {
-    constexpr std::uint32_t kSyntaxes[] = {kHtj2k,
-                                           kRle,
+    constexpr std::uint32_t kSyntaxes[] = {kRle,
                                            kJpegBaseline,
                                            kJpegExtended,
                                            kJpegLosslessFirstOrder,
@@ -69,7 +68,11 @@ void SwapHeaders(fuzz::Options& options) {
                                            kJpeg2000Lossless,
                                            kExplicitLittleEndian,
                                            kExplicitBigEndian,
-                                           kJpegLossless};
+                                           kJpegLossless,
+                                           kHtj2k,
+                                           kJpegLsLossless,
+                                           kDeflatedImageFrames,
+                                           kJpegXl};
     const _IMAGE_PROCESS_PARAM param = fuzz::DrawHeader(options, kSyntaxes);
     test::Bytes stream = options.Front();
     ChangeHeader(stream, options);

@@ -38,10 +38,13 @@ CODESTREAMS = [*J2K, *(f"1.2.840.10008.1.2.4.{number}" for number in (92, 93, 20
 RLE = ["1.2.840.10008.1.2.5"]
 JPEG_LS = ["1.2.840.10008.1.2.4.80", "1.2.840.10008.1.2.4.81"]
 FRAGMENTS = ["1.2.840.10008.1.2.8.1", "1.2.840.10008.1.2.1.98"]
+JPEG_XL = [f"1.2.840.10008.1.2.4.{number}" for number in (110, 111, 112)]
 DECODERS = {"rle_fuzz": RLE, "jpeg_fuzz": JPEG, "jpeg2000_fuzz": J2K,
             "jpegls_fuzz": JPEG_LS, "fragment_fuzz": FRAGMENTS,
-            "lossless_jpeg_fuzz": [],
-            "headers_swap_fuzz": RLE + JPEG[:2] + JPEG[3:] + J2K}
+            "jpegxl_fuzz": JPEG_XL, "lossless_jpeg_fuzz": [],
+            "headers_swap_fuzz": [*RLE, *JPEG[:2], JPEG[3], *J2K, "", "", JPEG[2],
+                                  "1.2.840.10008.1.2.4.203", JPEG_LS[0], FRAGMENTS[0], JPEG_XL[2]]}
+CODED = {syntax for syntaxes in DECODERS.values() for syntax in syntaxes} - {""}
 
 
 def save(out, target, content):
@@ -100,7 +103,7 @@ def save_file(out, path):
         ds = pydicom.dcmread(path, force=True)
         if str(ds.get("SOPClassUID", "")).startswith(STATE):
             save(out, "state_fuzz", content + STATE_OPTIONS)
-        if "PixelData" in ds and ds.file_meta.TransferSyntaxUID in RLE + JPEG + J2K:
+        if "PixelData" in ds and ds.file_meta.TransferSyntaxUID in CODED:
             save_frames(out, ds)
         if "PixelData" in ds and ds.file_meta.TransferSyntaxUID in CODESTREAMS:
             save_codestreams(out, ds)
@@ -150,6 +153,8 @@ def save_words(path):
 
 def main():
     warnings.simplefilter("ignore")
+    if len(sys.argv) < 2 or sys.argv[1].startswith("-"):
+        sys.exit(__doc__)
     out = pathlib.Path(sys.argv[1])
     out.mkdir(parents=True, exist_ok=True)
     save_words(out / "dicom.dict")

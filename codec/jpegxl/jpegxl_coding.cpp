@@ -10,6 +10,7 @@ QUORVEX_MESSAGE CodeToJpegXl(const StoredForms& forms, bool areWithinBitsStored,
                              std::span<const unsigned char> frame,
                              std::vector<unsigned char>& coded) {
     constexpr float kQualityOfDistanceOne = 10;
+    if (forms.form == kXferJpegXlOfJpeg) return QVM_ERROR_INVALID_TARGET_SYNTAX;
     if (forms.isSigned || forms.bitsAllocated > 16) return QVM_ERROR_FAILED_TO_COMPRESS;
     const bool isLossy = forms.form == kXferJpegXl;
     const auto quality = static_cast<float>(forms.quality);

@@ -59,9 +59,9 @@ enum QUORVEX_XFERSYNTAX : std::uint32_t {
     kXferHtj2kLossless = 15,   ///< High-Throughput JPEG 2000, in builds with its coder
     kXferHtj2kRpclLossless = 16,  ///< the same, its resolutions one behind the other
     kXferHtj2k = 17,              ///< the same with losses
-    kXferJpegXl = 18,             ///< this one and the next two by the standard rules only
+    kXferJpegXl = 18,             ///< this one and the next by the standard rules only
     kXferJpegXlLossless = 19,
-    kXferJpegXlOfJpeg = 20,  ///< JPEG frames of 8 bits, which can come back to the byte
+    kXferJpegXlOfJpeg = 20,  ///< JPEG frames of 8 bits in JPEG XL; read, not written
 };
 
 /// How frames are stored, and with that what decodes them here.
