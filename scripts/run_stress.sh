@@ -42,7 +42,7 @@ case $job in
         echo "-- valgrind"
         every_verb samples $(memcheck_files) --share "${3:-1/1}" --cuts 85 \
             --verbs frame,render,thumbnail,convert --limit 600 \
-            --under "valgrind --quiet --error-exitcode=99"
+            --under "valgrind --quiet --error-exitcode=99 --suppressions=tests/stress/valgrind.supp"
         ;;
     *)
         echo "run_stress.sh: unknown job '$job'" >&2

@@ -32,9 +32,10 @@ SANITIZERS = {
 }
 # What the C library fills fresh heap memory with, and its opposite on release.
 FILLINGS = ('85', '170')
-# Objects that have new UIDs and the time in them.
+# Objects that have new UIDs and the time in them, or bytes that a coder makes of what lies behind its rows.
 MOMENTARY = (('capture', 'grey'), ('capture', 'colour, two frames'), ('state', 'made'), ('convert', 'jpeg'),
-             ('convert', 'jpeg12'), ('convert', 'j2k'), ('convert', 'htj2k'))
+             ('convert', 'jpeg12'), ('convert', 'j2k'), ('convert', 'htj2k'),
+             ('convert', 'htj2k-lossless'), ('convert', 'htj2k-rpcl'))
 TARGETS = ('implicit', 'explicit', 'deflated', 'rle', 'jpeg', 'jpeg12', 'jpeg-lossless', 'j2k', 'j2k-lossless',
            'htj2k', 'htj2k-lossless', 'htj2k-rpcl')
 
