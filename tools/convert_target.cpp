@@ -5,6 +5,7 @@
 #include "tools/report.h"
 
 #include <array>
+#include <optional>
 
 namespace quorvex::tools {
 namespace {
@@ -16,6 +17,17 @@ struct Choice {
     int worst = 0;
     int best = 0;
     const char* codedColours = nullptr;
+};
+
+/// Targets that keep JPEG streams to the byte.
+struct StreamChoice {
+    const char* name;
+    TRANSFER_SYNTAX syntax;  ///< for original streams the commonest of those that they can have
+    QUORVEX_XFERSYNTAX form;
+};
+constexpr std::array kStreamChoices = {
+    StreamChoice{"jpegxl-jpeg", kJpegXlOfJpeg, kXferJpegXlOfJpeg},
+    StreamChoice{"jpeg-original", kJpegBaseline, kXferJpegOriginal},
 };
 
 constexpr std::array kChoices = {
@@ -40,14 +52,26 @@ constexpr std::array kChoices = {
 };
 
 /// "implicit, explicit or jpeg"
-std::string NamesOfTargets() {
-    std::string names;
+[[noreturn]] void RefuseTarget(const std::vector<std::string>& names, const std::string& wanted) {
+    std::string all = names.front();
+    for (std::size_t i = 1; i < names.size(); ++i)
+        all += (i + 1 == names.size() ? " or " : ", ") + names[i];
+    throw WrongUsage("the target is " + all + ", not " + wanted);
+}
+
+std::optional<ConvertTarget> FindTarget(const std::string& name) {
+    const TransferSyntax* syntax = TransferSyntaxToConvertTo(name);
     for (const Choice& choice : kChoices) {
-        const bool isLast = &choice == &kChoices.back();
-        if (!names.empty()) names += isLast ? " or " : ", ";
-        names += TransferSyntaxOf(choice.syntax)->convertName;
+        if (syntax == nullptr || choice.syntax != syntax->number) continue;
+        return ConvertTarget{.name = name,
+                             .syntax = syntax,
+                             .form = syntax->form,
+                             .quality = choice.quality,
+                             .worst = choice.worst,
+                             .best = choice.best,
+                             .codedColours = choice.codedColours};
     }
-    return names;
+    return std::nullopt;
 }
 
 }  // namespace
@@ -64,13 +88,34 @@ void NameColoursOf(CDcmObject& object, const ConvertTarget& target) {
         object.SetValue(tag::kPhotometricInterpretation, target.codedColours);
 }
 
+std::vector<std::string> NamesOfCodingTargets() {
+    std::vector<std::string> names;
+    for (const Choice& choice : kChoices)
+        names.emplace_back(TransferSyntaxOf(choice.syntax)->convertName);
+    return names;
+}
+
+std::vector<std::string> NamesOfTargets() {
+    auto names = NamesOfCodingTargets();
+    for (const StreamChoice& choice : kStreamChoices) names.emplace_back(choice.name);
+    return names;
+}
+
+ConvertTarget CodingTargetOf(const std::string& name) {
+    if (auto target = FindTarget(name)) return *std::move(target);
+    RefuseTarget(NamesOfCodingTargets(), name);
+}
+
 ConvertTarget ConvertTargetOf(const std::string& name) {
-    const TransferSyntax* syntax = TransferSyntaxToConvertTo(name);
-    for (const Choice& choice : kChoices) {
-        if (syntax == nullptr || choice.syntax != syntax->number) continue;
-        return {syntax, choice.quality, choice.worst, choice.best, choice.codedColours};
+    if (auto target = FindTarget(name)) return *std::move(target);
+    for (const StreamChoice& choice : kStreamChoices) {
+        if (name != choice.name) continue;
+        return {.name = name,
+                .syntax = TransferSyntaxOf(choice.syntax),
+                .form = choice.form,
+                .keepsStreams = true};
     }
-    throw WrongUsage("the target is " + NamesOfTargets() + ", not " + name);
+    RefuseTarget(NamesOfTargets(), name);
 }
 
 }  // namespace quorvex::tools

@@ -21,6 +21,7 @@ enum TRANSFER_SYNTAX : std::uint32_t {
     kRle = 105,
     kJpegBaseline = 106,
     kJpegExtended = 107,
+    kJpegFullProgression = 111,
     kJpegLossless = 113,
     kJpegLosslessFirstOrder = 123,
     kJpeg2000Lossless = 124,
@@ -61,7 +62,9 @@ enum QUORVEX_XFERSYNTAX : std::uint32_t {
     kXferHtj2k = 17,              ///< the same with losses
     kXferJpegXl = 18,             ///< this one and the next by the standard rules only
     kXferJpegXlLossless = 19,
-    kXferJpegXlOfJpeg = 20,  ///< JPEG frames of 8 bits in JPEG XL; read, not written
+    kXferJpegXlOfJpeg =
+        20,  ///< JPEG frames of 8 bits kept in JPEG XL; conversion of such ones only
+    kXferJpegOriginal = 21,  ///< those frames again, to the byte, in the syntax of their process
 };
 
 /// How frames are stored, and with that what decodes them here.

@@ -3,6 +3,7 @@
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/types/limits.h"
 #include "maker/pixels/pixel_data_writing.h"
+#include "maker/recoding/jpeg_streams.h"
 #include "maker/recoding/lossy_record.h"
 #include "maker/recoding/nested_pixels.h"
 #include "maker/recoding/single_bits.h"
@@ -120,6 +121,7 @@ double RatioOf(std::size_t plain, std::size_t coded) {
 
 QUORVEX_MESSAGE RecodeByStandard(CxDcmParser& parser, TRANSFER_SYNTAX from,
                                  const RecodingWish& wish, CDcmObject& target) {
+    if (KeepsJpegStreams(wish.form)) return KeepJpegStreams(parser, from, wish, target);
     RecodingPlan plan;
     auto result = PlanRecoding(*parser.GetHeader(), from, wish, plan);
     if (result != QVM_SUCCESS) return result;

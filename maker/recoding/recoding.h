@@ -15,8 +15,9 @@ namespace quorvex {
 ///                interpretation may be changed
 /// @param target  is changed even where the answer is a failure: give it a draft
 /// @return QVM_SUCCESS; QVM_FRAME_COPIED where the frames stay as they are stored; what
-///         PlanRecoding() and CodeStored() answer; QVM_ERROR_FAILED_TO_DECOMPRESS for frames that
-///         are not whole; QVM_ERROR_FAILED_TO_SET_PIXEL_DATA
+///         PlanRecoding(), CodeStored() and KeepJpegStreams() answer;
+///         QVM_ERROR_FAILED_TO_DECOMPRESS for frames that are not whole;
+///         QVM_ERROR_FAILED_TO_SET_PIXEL_DATA
 [[nodiscard]] QUORVEX_MESSAGE RecodeByStandard(CxDcmParser& parser, TRANSFER_SYNTAX from,
                                                const RecodingWish& wish, CDcmObject& target);
 

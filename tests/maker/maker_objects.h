@@ -76,4 +76,17 @@ inline std::vector<Frame> FramesOfFile(const CDcmObject& object) {
     return FramesOf(parser);
 }
 
+/// Converts by the standard rules; the outcome of the pixels.
+inline QUORVEX_MESSAGE Recode(CDcmObject& object, QUORVEX_XFERSYNTAX form,
+                              std::uint16_t quality = 0) {
+    CDcmApp app;
+    CxDcmMaker maker;
+    maker.SetRules(Rules::kStandard);
+    maker.SetQuality(quality);
+    _USER_SETTING_INFO settings;
+    settings.compressionType = static_cast<std::int32_t>(form);
+    EXPECT_EQ(maker.MakeDcmObject(&app, &object, &settings), QVM_SUCCESS);
+    return maker.GetOutcome();
+}
+
 }  // namespace quorvex::test

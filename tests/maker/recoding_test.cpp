@@ -16,17 +16,6 @@ namespace {
 using namespace test;
 using pipeline_test::ImageShape;
 
-QUORVEX_MESSAGE Recode(CDcmObject& object, QUORVEX_XFERSYNTAX form, std::uint16_t quality = 0) {
-    CDcmApp app;
-    CxDcmMaker maker;
-    maker.SetRules(Rules::kStandard);
-    maker.SetQuality(quality);
-    _USER_SETTING_INFO settings;
-    settings.compressionType = static_cast<std::int32_t>(form);
-    EXPECT_EQ(maker.MakeDcmObject(&app, &object, &settings), QVM_SUCCESS);
-    return maker.GetOutcome();
-}
-
 template <class Sample>
 CDcmObject ImageOf(const ImageShape& shape, unsigned mask, const char* others = "") {
     const std::size_t pixels = static_cast<std::size_t>(shape.size.cx * shape.size.cy);

@@ -89,7 +89,7 @@ _FRAME_INFO DescribeFrames(const Page& first) {
 QUORVEX_MESSAGE Make(CDcmObject& source, const Pages& pages, const ConvertTarget& target,
                      std::unique_ptr<CDcmObject>& made) {
     _USER_SETTING_INFO settings;
-    settings.compressionType = static_cast<std::int32_t>(target.syntax->form);
+    settings.compressionType = static_cast<std::int32_t>(target.form);
     settings.modality = "OT";
     settings.seriesNumber = "1";
     settings.instanceNumber = "1";
@@ -122,7 +122,7 @@ ExitStatus ReportRefusal(const CaptureArguments& arguments, QUORVEX_MESSAGE resu
 }  // namespace
 
 ExitStatus Capture(const CaptureArguments& arguments) {
-    const ConvertTarget target = ConvertTargetOf(arguments.target);
+    const ConvertTarget target = CodingTargetOf(arguments.target);
     RefuseToReplace(arguments.output, {arguments.source});
     RefuseToReplace(arguments.output, arguments.pictures);
     CDcmApp app;

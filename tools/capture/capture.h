@@ -12,7 +12,7 @@ struct CaptureArguments {
     std::string source;                 ///< whose patient and study the pictures belong to
     std::vector<std::string> pictures;  ///< PNG files of one size, a frame each
     std::string output;
-    std::string target = "explicit";  ///< a name that ConvertTargetOf knows
+    std::string target = "explicit";  ///< a name that CodingTargetOf knows
 };
 ExitStatus Capture(const CaptureArguments& arguments);
 

@@ -100,7 +100,7 @@ void Conversion::Recode(CDcmObject& source) {
     maker.SetQuality(static_cast<std::uint16_t>(options_.quality));
     maker.SetProgress(ReportFrame, const_cast<FrameWatch*>(&watch_));
     _USER_SETTING_INFO settings;
-    settings.compressionType = static_cast<std::int32_t>(options_.target.syntax->form);
+    settings.compressionType = static_cast<std::int32_t>(options_.target.form);
     QUORVEX_MESSAGE outcome = QVM_SUCCESS;
     {
         CDcmObject output = source;
@@ -164,7 +164,7 @@ void Conversion::Verify(CDcmObject& source, bool hasNewFrames) {
     record_.verification = Verification::kDifferent;
     CDcmObject output = ReadWhole(written_);
     VerifyAttributes(source, output, hasNewFrames);
-    const bool isLossy = hasNewFrames && options_.target.syntax->isLossy;
+    const bool isLossy = hasNewFrames && options_.target.IsLossy();
     if (IsImage(source) && !HoldsFractions(source)) VerifyPixels(source, output, hasNewFrames);
     record_.verification = isLossy ? Verification::kLossy : Verification::kEqual;
 }
@@ -194,7 +194,7 @@ void Conversion::VerifyPixels(CDcmObject& source, CDcmObject& output, bool hasNe
     record_.compared.emplace_back("decoded pixels");
     record_.greatestError = comparison.greatestError;
     record_.psnr = comparison.psnr;
-    const bool mayDiffer = hasNewFrames && options_.target.syntax->isLossy;
+    const bool mayDiffer = hasNewFrames && options_.target.IsLossy();
     if (!comparison.isSameShape || (!comparison.isEqual && !mayDiffer))
         throw BadInput(QVM_ERROR_FAILED_TO_COMPRESS,
                        "the output does not decode to the pixels of its source");

@@ -182,7 +182,7 @@ private:
             Task task{.input = *input, .record = {}};
             task.record.input = input->path;
             task.record.output = *output;
-            task.record.target = options_.target.syntax->convertName;
+            task.record.target = options_.target.name;
             task.record.quality = options_.quality;
             task.record.leavesLossy = options_.leavesLossy;
             if (!IsDone(task.record)) return task;

@@ -1,8 +1,8 @@
 // The options of the verbs that make objects.
-#include "quorvex/TransferSyntaxes.h"
 #include "tools/arguments.h"
 #include "tools/capture/capture.h"
 #include "tools/convert/convert.h"
+#include "tools/convert_target.h"
 #include "tools/phantom/phantom.h"
 #include "tools/state/state.h"
 #include "tools/state/state_arguments.h"
@@ -13,15 +13,10 @@ namespace quorvex::tools {
 namespace {
 
 // "implicit|explicit|...": what can be converted to.
-std::string TargetNames() {
-    std::string names;
-    for (auto number = kImplicitLittleEndian; number < kOtherEncapsulated;
-         number = static_cast<TRANSFER_SYNTAX>(number + 1)) {
-        const auto* syntax = TransferSyntaxOf(number);
-        if (syntax == nullptr || syntax->convertName.empty()) continue;
-        names += (names.empty() ? "" : "|") + std::string(syntax->convertName);
-    }
-    return names;
+std::string Joined(const std::vector<std::string>& names) {
+    std::string joined;
+    for (const auto& name : names) joined += (joined.empty() ? "" : "|") + name;
+    return joined;
 }
 
 }  // namespace
@@ -32,7 +27,7 @@ void AddOptions(CLI::App& verb, ConvertArguments& arguments) {
     AddOutput(verb, arguments.output, kOutputsHelp);
     verb.add_option("--to", arguments.target, "Transfer syntax of the outputs")
         ->required()
-        ->type_name(TargetNames());
+        ->type_name(Joined(NamesOfTargets()));
     verb.add_option(
             "--quality", arguments.quality,
             "jpeg: 1 to 100; jpeg12: coarseness, 1 is best; j2k, htj2k: ratio to compress by; "
@@ -67,7 +62,7 @@ void AddOptions(CLI::App& verb, CaptureArguments& arguments) {
         ->required();
     AddOutput(verb, arguments.output, kOutputHelp);
     verb.add_option("--to", arguments.target, "Transfer syntax of the output")
-        ->type_name(TargetNames())
+        ->type_name(Joined(NamesOfCodingTargets()))
         ->capture_default_str();
 }
 

@@ -43,14 +43,13 @@ constexpr std::array kDemands = {
 bool IsMet(Demand demand, const Recoding& recoding) {
     if (demand == Demand::kAlways) return true;
     if (!recoding.hasNewFrames) return false;
-    const TransferSyntax& syntax = *recoding.target->syntax;
     switch (demand) {
         case Demand::kLoss:
-            return syntax.isLossy || recoding.isLossySource;
+            return recoding.target->IsLossy() || recoding.isLossySource;
         case Demand::kDerived:
-            return syntax.isLossy;
+            return recoding.target->IsLossy();
         case Demand::kTwelveBits:
-            return syntax.form == kXferJpegExtended;
+            return recoding.target->form == kXferJpegExtended;
         default:
             return true;
     }

@@ -58,17 +58,27 @@ Refusal WithoutDecoder(const CDcmObject& source) {
     return Unsupported(QVM_ERROR_INVALID_TRANSFER_SYNTAX, *sentence);
 }
 
+/// Of a target that keeps streams, frames that are none.
+Refusal WithoutStreams(const CDcmObject& source, const ConvertTarget& target) {
+    const char* const taken = target.form == kXferJpegOriginal
+                                  ? "JPEG streams that JPEG XL has kept"
+                                  : "JPEG streams of 8 bits, not lossless or arithmetic ones";
+    const TransferSyntax* syntax = SyntaxOf(source);
+    const std::string had = syntax == nullptr ? "not known" : std::string(syntax->name);
+    return Unsupported(QVM_ERROR_INVALID_TARGET_SYNTAX,
+                       target.name + " takes " + taken + ", and the image's syntax is " + had);
+}
+
 /// Values above what 12 bits hold, or bits above Bits Stored that losses would smear.
 Refusal BeyondStoredBits(const CDcmObject& source, const ConvertTarget& target) {
     constexpr int kMostBits = 12;
     const int allocated = Read<int>(source, tag::kBitsAllocated).value_or(0);
     const int stored = Read<int>(source, tag::kBitsStored).value_or(allocated);
     if (stored < 1 || stored > allocated) return BadInput(QVM_ERROR_INVALID_BITS_STORED);
-    const bool isTwelve = target.syntax->form == kXferJpegExtended;
+    const bool isTwelve = target.form == kXferJpegExtended;
     const int bits = isTwelve ? std::min(stored, kMostBits) : stored;
-    const char* const where = target.syntax->form == kXferJpegLs
-                                  ? "beyond, or too close to the ends of, its "
-                                  : "beyond its ";
+    const char* const where =
+        target.form == kXferJpegLs ? "beyond, or too close to the ends of, its " : "beyond its ";
     return Unsupported(QVM_ERROR_INVALID_BITS_STORED,
                        NameOf(target) + " cannot hold this image: there are values " + where +
                            std::to_string(bits) + " bits");
@@ -87,13 +97,13 @@ void RefuseWhatTheTargetCannotHold(const CDcmObject& source, const ConvertTarget
     const auto isClass = [&](std::string_view uid) {
         return TextOf(source, tag::kSOPClassUID) == uid;
     };
-    if (target.syntax->isLossy && std::ranges::any_of(kSegmentationClasses, isClass))
+    if (target.IsLossy() && std::ranges::any_of(kSegmentationClasses, isClass))
         throw Unsupported(QVM_ERROR_INVALID_TARGET_SYNTAX,
                           NameOf(target) +
                               " would change numbers of segments, which a segmentation has for "
                               "pixels; take a lossless target");
     const int bits = Read<int>(source, tag::kBitsAllocated).value_or(0);
-    if (target.syntax->form == kXferJpegExtended && bits == 8)
+    if (target.form == kXferJpegExtended && bits == 8)
         throw Unsupported(
             QVM_ERROR_INVALID_BITS_ALLOCATED,
             NameOf(target) + " is for more than 8 bits, and Bits Allocated is 8; take jpeg");
@@ -102,6 +112,8 @@ void RefuseWhatTheTargetCannotHold(const CDcmObject& source, const ConvertTarget
 Refusal RefusalOf(QUORVEX_MESSAGE outcome, const CDcmObject& source, const ConvertTarget& target) {
     if (outcome == QVM_ERROR_INVALID_TRANSFER_SYNTAX) return WithoutDecoder(source);
     if (outcome == QVM_ERROR_INVALID_BITS_STORED) return BeyondStoredBits(source, target);
+    if (outcome == QVM_ERROR_INVALID_TARGET_SYNTAX && target.keepsStreams)
+        return WithoutStreams(source, target);
     if (outcome == QVM_ERROR_INVALID_JPEG_STREAM)
         return Unsupported(outcome, "its frames are coded by a process without a decoder here");
     const auto* named = std::ranges::find(kNamedAttributes, outcome, &NamedAttribute::outcome);
