@@ -5,6 +5,7 @@
 #include "tools/report.h"
 
 #include <array>
+#include <iterator>
 #include <optional>
 
 namespace quorvex::tools {
@@ -90,6 +91,7 @@ void NameColoursOf(CDcmObject& object, const ConvertTarget& target) {
 
 std::vector<std::string> NamesOfCodingTargets() {
     std::vector<std::string> names;
+    names.reserve(std::size(kChoices));
     for (const Choice& choice : kChoices)
         names.emplace_back(TransferSyntaxOf(choice.syntax)->convertName);
     return names;
@@ -97,6 +99,7 @@ std::vector<std::string> NamesOfCodingTargets() {
 
 std::vector<std::string> NamesOfTargets() {
     auto names = NamesOfCodingTargets();
+    names.reserve(names.size() + std::size(kStreamChoices));
     for (const StreamChoice& choice : kStreamChoices) names.emplace_back(choice.name);
     return names;
 }
