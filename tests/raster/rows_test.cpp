@@ -1,3 +1,4 @@
+#include "foundation/raster/byte_runs.h"
 #include "foundation/raster/interleave.h"
 #include "tests/raster/raster_calls.h"
 
@@ -55,6 +56,35 @@ void ExpectEachSampleInItsPlace(std::size_t planes, std::size_t places, std::siz
         const std::size_t place = sample % planes * places + sample / planes;
         ASSERT_EQ(woven[i], source[1 + place * sampleBytes + i % sampleBytes]) << i;
     }
+}
+
+/// Noise of two values, so that equal neighbours abound.
+void ExpectPlaneAndMarks(std::size_t pixelBytes, std::size_t place, std::size_t count) {
+    auto pixels = NoiseImage({static_cast<int>(pixelBytes * count), 1}, 1, 5).samples;
+    for (auto& byte : pixels) byte &= 1;
+    PlaneRow row(count);
+    row.Take(pixels.data(), pixelBytes, place);
+    const auto byteAt = [&](std::size_t x) { return pixels[x * pixelBytes + place]; };
+    for (std::size_t x = 0; x < count; ++x) {
+        ASSERT_EQ(row.Bytes()[x], byteAt(x)) << x;
+        const bool equal = x + 1 < count && byteAt(x) == byteAt(x + 1);
+        ASSERT_EQ((row.EqualNext(x) & 1) != 0, equal) << x;
+        const bool both = equal && x + 2 < count && byteAt(x) == byteAt(x + 2);
+        ASSERT_EQ((row.EqualNextTwo(x) & 1) != 0, both) << x;
+    }
+    EXPECT_EQ(row.EqualNext(count), 0U);
+    EXPECT_EQ(row.EqualNextTwo(count), 0U);
+}
+
+TEST(PlaneRows, HaveTheirBytesAndMarksWithEveryInstructionSet) {
+    ForEachInstructionSet([] {
+        for (const std::size_t pixelBytes : {1, 2, 3, 4, 6}) {
+            for (std::size_t place = 0; place < pixelBytes; ++place) {
+                for (const std::size_t count : {1, 2, 3, 63, 64, 65, 129, 512})
+                    ExpectPlaneAndMarks(pixelBytes, place, count);
+            }
+        }
+    });
 }
 
 TEST(InterleavedPlanes, HaveEachSampleInItsPlaceWithEveryInstructionSet) {
