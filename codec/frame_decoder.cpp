@@ -2,9 +2,11 @@
 
 #include "codec/native/fragment_pixels.h"
 #include "foundation/dicom/model/transfer_syntax.h"
+#include "foundation/engines/deflate/deflate_engine.h"
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -84,7 +86,30 @@ QUORVEX_MESSAGE FrameDecoder::Decode(unsigned char*& result, unsigned long& resu
     return isDone ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_DECOMPRESS;
 }
 
+bool FrameDecoder::IsFrame(std::size_t storedBytes) const noexcept {
+    const std::size_t sampleBytes = frame_.SampleBytesFor(storedBytes);
+    const bool isPlain = !frame_.IsColour() ||
+                         frame_.DescribeColour(sampleBytes).form == ColourForm::kRgbInterleaved;
+    return isPlain && frame_.FrameBytes(sampleBytes) == storedBytes;
+}
+
+QUORVEX_MESSAGE FrameDecoder::InflateWhole(unsigned char*& result, unsigned long& resultSize,
+                                           std::size_t frameBytes) {
+    const FrameBlock block(result, frameBytes, allocMode_);
+    if (!InflateFrame(source_, block.Bytes())) {
+        GiveBackBlock(std::exchange(result, nullptr), allocMode_);
+        return QVM_ERROR_FAILED_TO_DECOMPRESS;
+    }
+    resultSize = frameBytes;
+    isWhole_ = true;
+    return QVM_SUCCESS;
+}
+
 QUORVEX_MESSAGE FrameDecoder::DecodeFragment(unsigned char*& result, unsigned long& resultSize) {
+    const auto bytes = BytesOutOfFragment(frame_, source_.size());
+    const bool isInflated = CodingOf(frame_.transferSyntax) == FrameCoding::kDeflated;
+    if (isInflated && result == nullptr && bytes && IsFrame(*bytes))
+        return InflateWhole(result, resultSize, *bytes);
     const auto pixels = TakeOutOfFragment(frame_, source_);
     if (!pixels) return QVM_ERROR_FAILED_TO_DECOMPRESS;
     frame_.transferSyntax = kExplicitLittleEndian;

@@ -66,6 +66,11 @@ private:
     QUORVEX_MESSAGE CopyFrame(unsigned char*& result, unsigned long& resultSize);
     QUORVEX_MESSAGE CopyColourFrame(unsigned char*& result, unsigned long& resultSize);
     QUORVEX_MESSAGE DecodeFragment(unsigned char*& result, unsigned long& resultSize);
+    /// Whether native samples of that length are the frame as they are.
+    [[nodiscard]] bool IsFrame(std::size_t storedBytes) const noexcept;
+    /// Straight into a block made here.
+    QUORVEX_MESSAGE InflateWhole(unsigned char*& result, unsigned long& resultSize,
+                                 std::size_t frameBytes);
     void ConvertStoredYbr(std::size_t sampleBytes);
     [[nodiscard]] bool IsDecodable(bool takesBits) const noexcept;
     /// What an RLE or a plain frame of three samples is converted from.

@@ -29,10 +29,17 @@ bool BecomesNative(const FrameDescription& frame) noexcept {
            (coding == FrameCoding::kRle && frame.bitsAllocated == 1 && frame.samplesPerPixel == 1);
 }
 
+std::optional<std::size_t> BytesOutOfFragment(const FrameDescription& frame,
+                                              std::size_t fragmentBytes) noexcept {
+    const auto bytes = StoredBytes(frame);
+    if (bytes == std::size_t{0} || !IsPlausiblePicture(bytes, fragmentBytes)) return std::nullopt;
+    return bytes;
+}
+
 std::optional<FragmentPixels> TakeOutOfFragment(const FrameDescription& frame,
                                                 std::span<const unsigned char> fragment) {
-    const auto bytes = StoredBytes(frame);
-    if (bytes == std::size_t{0} || !IsPlausiblePicture(bytes, fragment.size())) return std::nullopt;
+    const auto bytes = BytesOutOfFragment(frame, fragment.size());
+    if (!bytes) return std::nullopt;
     const FrameCoding coding = CodingOf(frame.transferSyntax);
     if (coding == FrameCoding::kFragment && fragment.size() < *bytes) return std::nullopt;
     FragmentPixels pixels{.block = HeapBlock(*bytes)};

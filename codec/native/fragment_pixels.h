@@ -13,6 +13,11 @@ namespace quorvex {
 /// Deflated and encapsulated uncompressed frames, and RLE of single bits.
 [[nodiscard]] bool BecomesNative(const FrameDescription& frame) noexcept;
 
+/// How many bytes must come out of a fragment; nothing for a frame without any, or one that is too
+/// large for its fragment.
+[[nodiscard]] std::optional<std::size_t> BytesOutOfFragment(const FrameDescription& frame,
+                                                            std::size_t fragmentBytes) noexcept;
+
 /// A frame as native Pixel Data has it, but that it begins with a byte of its own.
 struct FragmentPixels {
     HeapBlock block;
