@@ -1,5 +1,6 @@
 #include "foundation/engines/jpegxl/jpegxl_samples.h"
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -9,17 +10,30 @@ namespace {
 
 /// Rounded to the nearest; divides by 255 or 65535 without a division.
 template <class Sample>
-void Narrow(std::span<unsigned char> bytes, unsigned precision) noexcept {
+Sample Narrowed(Sample sample, std::uint32_t highest) noexcept {
     constexpr unsigned kBits = 8 * sizeof(Sample);
     constexpr std::uint32_t kHalf = std::numeric_limits<Sample>::max() / 2U;
+    const std::uint32_t scaled = sample * highest + kHalf;
+    return static_cast<Sample>((scaled + 1 + (scaled >> kBits)) >> kBits);
+}
+
+template <class Sample, std::size_t count>
+void NarrowSome(unsigned char* bytes, std::uint32_t highest) noexcept {
+    std::array<Sample, count> samples;
+    std::memcpy(samples.data(), bytes, sizeof samples);
+    for (auto& sample : samples) sample = Narrowed(sample, highest);
+    std::memcpy(bytes, samples.data(), sizeof samples);
+}
+
+template <class Sample>
+void Narrow(std::span<unsigned char> bytes, unsigned precision) noexcept {
+    constexpr std::size_t kTogether = 32;  // a known number becomes vectors
     const std::uint32_t highest = (1U << precision) - 1;
-    for (std::size_t at = 0; at + sizeof(Sample) <= bytes.size(); at += sizeof(Sample)) {
-        Sample sample;
-        std::memcpy(&sample, bytes.data() + at, sizeof sample);
-        const std::uint32_t scaled = sample * highest + kHalf;
-        sample = static_cast<Sample>((scaled + 1 + (scaled >> kBits)) >> kBits);
-        std::memcpy(bytes.data() + at, &sample, sizeof sample);
-    }
+    std::size_t at = 0;
+    for (; at + kTogether * sizeof(Sample) <= bytes.size(); at += kTogether * sizeof(Sample))
+        NarrowSome<Sample, kTogether>(bytes.data() + at, highest);
+    for (; at + sizeof(Sample) <= bytes.size(); at += sizeof(Sample))
+        NarrowSome<Sample, 1>(bytes.data() + at, highest);
 }
 
 template <class Sample>
