@@ -39,13 +39,15 @@ inline std::size_t FrameBytes(const _IMAGE_PROCESS_PARAM& param) {
 }
 
 /// Decodes into a block of the library's and into one of ours, of exactly the frame's size and
-/// clear: both must say the same, or something was never written.
+/// clear: both must say the same, or something was never written. A block for samples of 32 bits
+/// has two or four bytes for each.
 inline void DecodeKnown(_IMAGE_PROCESS_PARAM param, const test::Bytes& stream, Options& options) {
     const bool isUnsignedOnly = options.Flag();
     test::Bytes source = stream;
     const test::Answered made = test::DecodedOf(param, source, isUnsignedOnly);
     source = stream;
-    test::Bytes own(FrameBytes(param));
+    const bool isWide = param.bitsAllocated == 32 && !options.Flag();
+    test::Bytes own(FrameBytes(param) * (isWide ? 2 : 1));
     if (own.empty()) return;
     unsigned char* block = own.data();
     unsigned long size = own.size();
