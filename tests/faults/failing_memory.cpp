@@ -1,5 +1,6 @@
 #include "tests/faults/failing_memory.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -9,6 +10,8 @@
 #include <link.h>
 #include <new>
 #include <sys/mman.h>
+#include <unwind.h>
+#include <utility>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define QUORVEX_OWN_MALLOC 0
@@ -24,20 +27,32 @@ struct Range {
     std::uintptr_t end = 0;
 };
 
-constexpr std::array kFrailLibraries = {"libopenjp2", "libopenjph", "libcairo", "libpixman",
-                                        "libfreetype"};
+constexpr std::array kFrailLibraries = {"libopenjp2",  "libopenjph", "libcairo",     "libpixman",
+                                        "libfreetype", "libjxl",     "libbrotlienc", "libbrotlidec",
+                                        "libhwy",      "liblcms2"};
 using Ranges = std::array<Range, kFrailLibraries.size()>;
+/// Where texts and containers take memory for their users.
+constexpr const char* kLanguageLibrary = "libstdc++";
+constinit Range languageRange;
+
+bool IsIn(const Range& range, std::uintptr_t place) noexcept {
+    return place >= range.begin && place < range.end;
+}
+
+void NoteCode(const dl_phdr_info& library, const char* name, Range& range) noexcept {
+    if (std::strstr(library.dlpi_name, name) == nullptr) return;
+    for (int i = 0; i < library.dlpi_phnum; ++i) {
+        const auto& part = library.dlpi_phdr[i];
+        if (part.p_type != PT_LOAD || (part.p_flags & PF_X) == 0) continue;
+        const std::uintptr_t begin = library.dlpi_addr + part.p_vaddr;
+        range = {begin, begin + part.p_memsz};
+    }
+}
 
 int NoteRange(dl_phdr_info* library, std::size_t, void* user) {
-    for (std::size_t frail = 0; frail < kFrailLibraries.size(); ++frail) {
-        if (std::strstr(library->dlpi_name, kFrailLibraries[frail]) == nullptr) continue;
-        for (int i = 0; i < library->dlpi_phnum; ++i) {
-            const auto& part = library->dlpi_phdr[i];
-            if (part.p_type != PT_LOAD || (part.p_flags & PF_X) == 0) continue;
-            const std::uintptr_t begin = library->dlpi_addr + part.p_vaddr;
-            (*static_cast<Ranges*>(user))[frail] = {begin, begin + part.p_memsz};
-        }
-    }
+    for (std::size_t frail = 0; frail < kFrailLibraries.size(); ++frail)
+        NoteCode(*library, kFrailLibraries[frail], (*static_cast<Ranges*>(user))[frail]);
+    NoteCode(*library, kLanguageLibrary, languageRange);
     return 0;
 }
 
@@ -58,12 +73,38 @@ struct Watch {
 };
 constinit thread_local Watch watch;
 
+struct Walk {
+    bool isInLanguage = false;
+    std::uintptr_t user = 0;
+};
+
+_Unwind_Reason_Code LookAtFrame(_Unwind_Context* frame, void* walk) {
+    auto& seen = *static_cast<Walk*>(walk);
+    const std::uintptr_t place = _Unwind_GetIP(frame);
+    const bool isInLanguage = IsIn(languageRange, place);
+    if (seen.isInLanguage && !isInLanguage) {
+        seen.user = place;
+        return _URC_END_OF_STACK;
+    }
+    seen.isInLanguage = isInLanguage;
+    return _URC_NO_REASON;
+}
+
+/// For whom the language's library takes memory.
+std::uintptr_t UserOfLanguage() noexcept {
+    const long failAt = std::exchange(watch.failAt, 0);
+    Walk walk;
+    _Unwind_Backtrace(LookAtFrame, &walk);
+    watch.failAt = failAt;
+    return walk.user;
+}
+
 bool MustFail(const void* caller) noexcept {
     if (watch.failAt == 0) return false;
-    const auto place = reinterpret_cast<std::uintptr_t>(caller);
-    for (const Range& spared : watch.spared) {
-        if (place >= spared.begin && place < spared.end) return false;
-    }
+    auto place = reinterpret_cast<std::uintptr_t>(caller);
+    if (IsIn(languageRange, place)) place = UserOfLanguage();
+    const auto isHere = [place](const Range& range) { return IsIn(range, place); };
+    if (std::ranges::any_of(watch.spared, isHere)) return false;
     const long now = ++watch.asked;
     if (now != watch.failAt && !(watch.failsOn && now > watch.failAt)) return false;
     ++watch.refused;

@@ -7,7 +7,8 @@ namespace quorvex::test {
 
 enum class Failing { kOnce, kFromThenOn };
 
-/// Whose allocations do not fail: OpenJPEG 2.5, OpenJPH 0.9 and Cairo 1.16 fall over some that do.
+/// Whose allocations do not fail: OpenJPEG 2.5, OpenJPH 0.9, libjxl 0.7 and Cairo 1.16, with what
+/// is below them, fall over some that do.
 enum class Spares { kFrailLibraries, kNobody };
 
 /// From its making to `Stop` this thread's n-th allocation fails, counted from 1.

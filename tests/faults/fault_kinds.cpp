@@ -1,5 +1,6 @@
 #include "tests/faults/fault_kinds.h"
 
+#include "foundation/engines/jpegxl/jpegxl_engine.h"
 #include "quorvex/Tags.h"
 #include "tests/maker/maker_objects.h"
 #include "tests/pipeline/overlay_objects.h"
@@ -102,6 +103,21 @@ CDcmObject Converted(CDcmObject object, QUORVEX_XFERSYNTAX to) {
     return object;
 }
 
+/// In a coding that only the standard rules write.
+CDcmObject Recoded(CDcmObject object, QUORVEX_XFERSYNTAX to) {
+    if (Recode(object, to) != QVM_SUCCESS) throw std::runtime_error("no such kind");
+    return object;
+}
+
+/// Samples of 32 bits.
+CDcmObject Long() {
+    CDcmObject object;
+    std::vector<std::uint32_t> samples;
+    for (std::uint32_t i = 0; i < kPixels; ++i) samples.push_back(i * 70001);
+    FillImage(object, {kSize, 1, 32, 32, 0, "MONOCHROME2"}, samples);
+    return Identified(object);
+}
+
 CDcmObject In(CDcmObject object, TRANSFER_SYNTAX syntax) {
     object.SetTransferSyntax(syntax);
     return object;
@@ -148,6 +164,13 @@ public:
         Add("JPEG 2000 lossless", Converted(Grey(), kXferJpeg2000Lossless));
         Add("JPEG-LS", JpegLs(Colour(), 3, 8));
         Add("HTJ2K", Converted(Colour(), kXferHtj2k));
+        Add("RLE 32 bits", Recoded(Long(), kXferRle));
+        Add("deflated frames", Recoded(Grey(2), kXferDeflatedFrames));
+        if (HasJpegXl()) {
+            Add("JPEG XL", Recoded(Grey(), kXferJpegXlLossless));
+            Add("JPEG XL of JPEG",
+                Recoded(Converted(Colour(), kXferJpegBaseline), kXferJpegXlOfJpeg));
+        }
         Add("multi-frame", Converted(Grey(3), kXferJpegLossless));
         Add("overlays and shutter", Overlaid());
         Add("tables", WithTables());

@@ -1,4 +1,5 @@
 // Failing memory under the object library, the maker and the presentations.
+#include "foundation/engines/jpegxl/jpegxl_engine.h"
 #include "quorvex/Tags.h"
 #include "tests/faults/failing_reads.h"
 #include "tests/faults/fault_harness.h"
@@ -167,6 +168,11 @@ bool Convert(Host& s, std::int32_t form) {
     return IsDone(code) && (IsDone(outcome) || outcome == QVM_FRAME_COPIED);
 }
 
+bool ConvertByStandard(Host& s, std::int32_t form) {
+    s.maker.SetRules(Rules::kStandard);
+    return Convert(s, form);
+}
+
 void GiveSettings(Host& s) {
     s.records[0].objectKind = 1;
     s.records[0].seriesNumber = "a series number";
@@ -200,9 +206,14 @@ bool MakeOfTwoFrames(Host& s) {
 }
 
 constexpr How kOfBytes =
-    On("colour|palette|RLE colour|JPEG baseline|JPEG 2000|HTJ2K", Leaves::kUsable);
+    On("colour|palette|RLE colour|JPEG baseline|JPEG 2000|HTJ2K|JPEG XL of JPEG", Leaves::kUsable);
 constexpr How kOfWords = NotOn(
-    "colour|palette|RLE colour|JPEG baseline|JPEG 2000|HTJ2K|presentation state", Leaves::kUsable);
+    "colour|palette|RLE colour|RLE 32 bits|JPEG baseline|JPEG 2000|HTJ2K|JPEG XL of JPEG|"
+    "presentation state",
+    Leaves::kUsable);
+constexpr How kNewlyCoded = On("native CT|colour|multi-frame", Leaves::kUsable);
+constexpr How kOfNewCodings =
+    On("RLE 32 bits|JPEG-LS|deflated frames|JPEG XL|JPEG XL of JPEG", Leaves::kUsable);
 
 constexpr Operation kMakers[] = {
     {"CxDcmMaker::MakeDcmSkeleton", kOnAll, SeenMade,
@@ -217,6 +228,16 @@ constexpr Operation kMakers[] = {
      DONE(Convert(s, kXferJpegLossless)), GiveSettings},
     {"CxDcmMaker::MakeDcmObject, to JPEG 2000", kOfWords, SeenConverted,
      DONE(Convert(s, kXferJpeg2000Lossless)), GiveSettings},
+    {"CxDcmMaker::MakeDcmObject, out of newer codings", kOfNewCodings, SeenConverted,
+     DONE(ConvertByStandard(s, kXferUncompressedExplicit)), GiveSettings},
+    {"CxDcmMaker::MakeDcmObject, to RLE", kNewlyCoded, SeenConverted,
+     DONE(ConvertByStandard(s, kXferRle)), GiveSettings},
+    {"CxDcmMaker::MakeDcmObject, to deflated frames", kNewlyCoded, SeenConverted,
+     DONE(ConvertByStandard(s, kXferDeflatedFrames)), GiveSettings},
+    {"CxDcmMaker::MakeDcmObject, to JPEG-LS", kNewlyCoded, SeenConverted,
+     DONE(ConvertByStandard(s, kXferJpegLsLossless)), GiveSettings},
+    {"CxDcmMaker::MakeDcmObject, to JPEG-LS with losses", kNewlyCoded, SeenConverted,
+     DONE(ConvertByStandard(s, kXferJpegLs)), GiveSettings},
     {"CxDcmMaker, cycle", On("native CT|colour"), SeenMade, DONE(MakeOfTwoFrames(s)), GiveFrames},
 };
 
@@ -253,7 +274,22 @@ constexpr Operation kPresentations[] = {
 INSTANTIATE_TEST_SUITE_P(ObjectMemoryReads, FailingAllocation, testing::ValuesIn(kReads));
 INSTANTIATE_TEST_SUITE_P(ObjectMemoryChanges, FailingAllocation, testing::ValuesIn(kChanges));
 INSTANTIATE_TEST_SUITE_P(ObjectMemoryFiles, FailingAllocation, testing::ValuesIn(kFiles));
+const std::vector<Operation> kJpegXlMakers = [] {
+    if (!HasJpegXl()) return std::vector<Operation>();
+    return std::vector<Operation>{
+        {"CxDcmMaker::MakeDcmObject, to JPEG XL", kNewlyCoded, SeenConverted,
+         DONE(ConvertByStandard(s, kXferJpegXlLossless)), GiveSettings},
+        {"CxDcmMaker::MakeDcmObject, to JPEG XL with losses", kNewlyCoded, SeenConverted,
+         DONE(ConvertByStandard(s, kXferJpegXl)), GiveSettings},
+        {"CxDcmMaker::MakeDcmObject, JPEG kept in JPEG XL", On("JPEG baseline", Leaves::kUsable),
+         SeenConverted, DONE(ConvertByStandard(s, kXferJpegXlOfJpeg)), GiveSettings},
+        {"CxDcmMaker::MakeDcmObject, JPEG out of JPEG XL", On("JPEG XL of JPEG", Leaves::kUsable),
+         SeenConverted, DONE(ConvertByStandard(s, kXferJpegOriginal)), GiveSettings},
+    };
+}();
+
 INSTANTIATE_TEST_SUITE_P(MakerMemory, FailingAllocation, testing::ValuesIn(kMakers));
+INSTANTIATE_TEST_SUITE_P(JpegXlMakerMemory, FailingAllocation, testing::ValuesIn(kJpegXlMakers));
 INSTANTIATE_TEST_SUITE_P(PresentationMemory, FailingAllocation, testing::ValuesIn(kPresentations));
 
 }  // namespace

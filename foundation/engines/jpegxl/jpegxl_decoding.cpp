@@ -1,6 +1,7 @@
 #include "foundation/engines/jpegxl/jpegxl_boxes.h"
 #include "foundation/engines/jpegxl/jpegxl_engine.h"
 #include "foundation/engines/jpegxl/jpegxl_frames.h"
+#include "foundation/engines/jpegxl/jpegxl_memory.h"
 #include "foundation/engines/jpegxl/jpegxl_samples.h"
 #include "foundation/types/limits.h"
 
@@ -58,6 +59,7 @@ JpegXlResult JpegXlDecoder::Open(std::span<const unsigned char> stream) {
     joined_ = std::move(parts->joined);
     codestream_ = parts->codestream;  // a vector that moves keeps its block
     jpegBox_ = parts->jpegBox;
+    RequireMemory(kOpeningNeed, 0);
     const Decoder decoder = Start(codestream_, JXL_DEC_BASIC_INFO | JXL_DEC_COLOR_ENCODING);
     JxlBasicInfo info;
     if (JxlDecoderProcessInput(decoder.get()) != JXL_DEC_BASIC_INFO ||
@@ -83,6 +85,7 @@ JpegXlResult JpegXlDecoder::Open(std::span<const unsigned char> stream) {
 JpegXlResult JpegXlDecoder::Decode(std::span<unsigned char> samples, std::size_t sampleBytes) {
     if (state_ != JpegXlResult::kDone) return state_;
     if (header_.isTurned) return JpegXlResult::kUnsupported;
+    RequireMemory(kDecodingNeed, header_.Pixels());
     const Decoder decoder = Start(codestream_, JXL_DEC_FULL_IMAGE);
     const JxlPixelFormat format{.num_channels = header_.components,
                                 .data_type = sampleBytes == 1 ? JXL_TYPE_UINT8 : JXL_TYPE_UINT16,
@@ -106,6 +109,7 @@ JpegXlResult JpegXlDecoder::RestoreJpeg(std::vector<unsigned char>& jpeg) {
     if (state_ != JpegXlResult::kDone) return state_;
     if (!header_.hasJpeg) return JpegXlResult::kUnsupported;
     const auto boxes = PutIntoBoxes(codestream_, jpegBox_);
+    RequireMemory(kDecodingNeed, header_.Pixels());
     const Decoder decoder = Start(boxes, JXL_DEC_JPEG_RECONSTRUCTION | JXL_DEC_FULL_IMAGE);
     if (JxlDecoderProcessInput(decoder.get()) != JXL_DEC_JPEG_RECONSTRUCTION)
         return JpegXlResult::kDamaged;

@@ -1,9 +1,10 @@
 /// JPEG XL streams (ISO/IEC 18181), bare or in boxes: to samples and back, and JPEG streams that
 /// are kept in them.
 ///
-/// The library behind ends the process where its own allocations fail, and takes what a stream
-/// says about pictures that are never shown: it gets no stream whose frames were not measured
-/// before, see jpegxl_frames.h. It writes a line on standard error where a stream is damaged.
+/// The library behind falls over allocations that fail: it is asked only where there is memory for
+/// what it needs, see jpegxl_memory.h. It takes what a stream says about pictures that are never
+/// shown: it gets no stream whose frames were not measured before, see jpegxl_frames.h. It writes
+/// a line on standard error where a stream is damaged.
 #pragma once
 
 #include <cstddef>
@@ -28,6 +29,8 @@ struct JpegXlHeader {
     bool isXyb = false;  ///< three samples were coded in another colour space, and come as R, G, B
     bool hasJpeg = false;   ///< RestoreJpeg() gives the JPEG stream that it was made of
     bool isTurned = false;  ///< the samples are to be shown turned or mirrored
+
+    [[nodiscard]] std::uint64_t Pixels() const noexcept { return std::uint64_t{columns} * rows; }
 };
 
 /// One stream. Its header is read when it is opened; nothing of the picture's size is allocated
