@@ -39,6 +39,8 @@ public:
     [[nodiscard]] int Count() const override { return parser_.GetFrameCount(); }
     QUORVEX_MESSAGE Fetch(int index, _DCM_FRAME_BUFFER*& frame) override {
         delete[] std::exchange(frame_.rawData, nullptr);
+        if (parser_.GetSampleType() != SampleType::kInteger)
+            return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
         const auto result = parser_.GetAFrame(index, frame_.rawData, frame_.rawLength, 0);
         if (result != QVM_SUCCESS) return result;
         frame = &frame_;

@@ -58,4 +58,36 @@ std::span<unsigned char> ParsedFile::PixelDataValue(TRANSFER_SYNTAX syntax) cons
     return value.first(std::min<std::size_t>(value.size(), length));
 }
 
+SampleType ParsedFile::GetSampleType() const {
+    if (header == nullptr) return SampleType::kInteger;
+    const auto has = [&](std::uint32_t tag) {
+        int count = 0;
+        return header->GetValueCount(tag, count) == kDcmSuccess;
+    };
+    const bool isFloat = has(tag::kFloatPixelData);
+    if (!isFloat && !has(tag::kDoubleFloatPixelData)) return SampleType::kInteger;
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    header->GetTransferSyntax(syntax);
+    const bool hasIntegers =
+        has(tag::kPixelData) || (FramesLieInFile(syntax) && !PixelDataValue(syntax).empty());
+    if (hasIntegers) return SampleType::kInteger;
+    return isFloat ? SampleType::kFloat32 : SampleType::kFloat64;
+}
+
+std::optional<std::size_t> ParsedFile::OffsetOfLast(std::uint32_t tag) const {
+    unsigned long length = 0;
+    TRANSFER_SYNTAX syntax = kSyntaxNone;
+    const bool isThere = header->GetValueLength(tag, 1, length) == kDcmSuccess &&
+                         header->GetTransferSyntax(syntax) == kDcmSuccess &&
+                         FramesLieInFile(syntax);
+    if (!isThere || pixelDataOffset > fileSize || length > pixelDataOffset) return std::nullopt;
+    const std::size_t offset = pixelDataOffset - length;
+    for (const std::size_t headerBytes : {dicom::kLongHeader, dicom::kShortHeader}) {
+        if (headerBytes > offset) continue;
+        const auto* const begin = FileBytes().data() + offset - headerBytes;
+        if (dicom::LoadTag(begin, IsBigEndian(syntax)) == tag) return offset;
+    }
+    return std::nullopt;
+}
+
 }  // namespace quorvex

@@ -4,10 +4,12 @@
 #include "foundation/platform/pages.h"
 #include "quorvex/DicomObject.h"
 #include "quorvex/ResultCodes.h"
+#include "quorvex/Types.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 
 namespace quorvex {
@@ -38,6 +40,12 @@ public:
     /// that what follows a short value is no pixel, else to the end of the file. Empty where no
     /// Pixel Data begins; an offset that came with a caller's object is not checked.
     [[nodiscard]] std::span<unsigned char> PixelDataValue(TRANSFER_SYNTAX syntax) const noexcept;
+
+    /// What the frames are made of: Pixel Data, where there is any.
+    [[nodiscard]] SampleType GetSampleType() const;
+    /// Where the value of an element lies in the file that is the last one ahead of where Pixel
+    /// Data would be; nothing where it lies somewhere else.
+    [[nodiscard]] std::optional<std::size_t> OffsetOfLast(std::uint32_t tag) const;
 
     /// A SOP Instance UID under the root of this system, from machine, universal time, random
     /// number and frame events.

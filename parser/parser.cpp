@@ -82,6 +82,10 @@ CDcmObject* CxDcmParser::GetHeader() const noexcept {
     return state_->file.GetHeader();
 }
 
+SampleType CxDcmParser::GetSampleType() const {
+    return Contain(SampleType::kInteger, [&] { return state_->file.GetSampleType(); });
+}
+
 int CxDcmParser::GetFrameCount() const {
     return state_->file.GetFrameCount();
 }

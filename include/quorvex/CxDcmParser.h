@@ -63,6 +63,10 @@ public:
     /// 0 without a header, else Number of Frames, or 1 where that is absent.
     [[nodiscard]] int GetFrameCount() const;
 
+    /// What the samples of the frames are. Float and Double Float Pixel Data (DICOM PS3.3 C.7.6.24
+    /// and C.7.6.25) count where the object has no Pixel Data beside them.
+    [[nodiscard]] SampleType GetSampleType() const;
+
     /// Decodes one frame.
     ///
     /// Rows run from the top; rows x columns x samples per pixel, least significant byte first;
@@ -74,6 +78,8 @@ public:
     ///     other, native    packed as it is stored (1, 12, 24 or 64 bits), the first one from the
     ///                      lowest bit of the first byte on; zeros fill the block where that is
     ///                      less than 1 byte a sample, or 2 above 8 bits
+    /// Float samples have 4 bytes, double ones 8, in this machine's byte order; Bits Allocated must
+    /// say so, and one sample a pixel.
     ///
     /// Y, Cb, Cr of native and RLE frames are wrapped around a byte by the established rules, where
     /// their colour is beyond R, G, B, and a colour that is not known is black, as are Y, Cb, Cr
@@ -99,9 +105,9 @@ public:
 
     /// Decodes one frame to one sample in each byte or word.
     ///
-    /// The same as GetAFrame() where samples have 8, 16 or 32 Bits Allocated. Samples of other
-    /// depths, which GetAFrame() leaves packed (1 or 12 bits), lie in 1 byte each up to 8 Bits
-    /// Allocated, in 2 up to 16, else in 4; the bits above Bits Allocated are 0.
+    /// The same as GetAFrame() where samples have 8, 16 or 32 Bits Allocated, or are floats. Those
+    /// of other depths, which GetAFrame() leaves packed (1 or 12 bits), lie in 1 byte each up to 8
+    /// Bits Allocated, in 2 up to 16, else in 4; the bits above Bits Allocated are 0.
     ///
     /// @return as GetAFrame(), or QVM_ERROR_INVALID_BITS_ALLOCATED above 32 other than 64
     QUORVEX_MESSAGE GetAFrameUnpacked(int frameIndex, unsigned char*& data, unsigned long& size);

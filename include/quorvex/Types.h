@@ -42,6 +42,13 @@ enum class FrameQuality {
                ///< do not give is 0 or made up by the decoder
 };
 
+/// What the samples of a frame are.
+enum class SampleType {
+    kInteger,  ///< of Pixel Data: as wide and as signed as the header says
+    kFloat32,  ///< of Float Pixel Data: IEEE 754 numbers of 4 bytes
+    kFloat64,  ///< of Double Float Pixel Data: IEEE 754 numbers of 8 bytes
+};
+
 /// Text of 16-bit characters (UTF-16) with value semantics.
 ///
 /// Byte text that comes in or goes out is UTF-8. Names of files may be any bytes, and every text

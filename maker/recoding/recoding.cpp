@@ -39,6 +39,8 @@ public:
     [[nodiscard]] bool AreAtEnd() const override { return next_ == count_; }
     QUORVEX_MESSAGE Next(std::span<unsigned char>& bytes) override {
         frame_.reset();
+        if (parser_.GetSampleType() != SampleType::kInteger)
+            return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
         unsigned char* data = nullptr;
         unsigned long size = 0;
         const auto result = parser_.GetAFrameUnpacked(next_++, data, size);

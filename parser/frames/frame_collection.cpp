@@ -36,6 +36,7 @@ QUORVEX_MESSAGE FrameFetch::Check() {
     auto shape = ReadFrameShape(*header, syntax);
     if (!shape) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     shape_ = std::move(*shape);
+    shape_.sampleType = file_.GetSampleType();
     return QVM_SUCCESS;
 }
 
@@ -61,6 +62,15 @@ QUORVEX_MESSAGE FrameFetch::CollectFromFile() {
     native_ = dicom::NativePixels::In(*file_.GetHeader(), value, *frameBytes);
     if (!native_) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     ShowFrameEvents(HasNativeFrame() ? frameIndex_ + 1 : static_cast<int>(native_->Count()));
+    return HasNativeFrame() ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+}
+
+/// Floats are native in every transfer syntax, and the header has been read with them.
+QUORVEX_MESSAGE FrameFetch::CollectFloats() {
+    if (!shape_.AreFloats()) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    native_ = dicom::NativePixels::Of(*file_.GetHeader(), shape_.FloatTag());
+    isEncoded_ = false;
+    shape_.syntax = kExplicitLittleEndian;
     return HasNativeFrame() ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
 }
 

@@ -1,5 +1,6 @@
 #include "parser/frames/frame_fetch.h"
 
+#include "codec/frame_block.h"
 #include "codec/frame_decoder.h"
 #include "codec/native/fragment_pixels.h"
 #include "foundation/dicom/model/transfer_syntax.h"
@@ -106,6 +107,7 @@ QUORVEX_MESSAGE FrameFetch::Collect(unsigned long& size) {
     if (checked == QVM_SUCCESS) checked = TakeRules();
     if (checked != QVM_SUCCESS) return checked;
     if (shape_.bitsAllocated == 0) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    if (HasFloats()) return CollectFloats();
     const QUORVEX_MESSAGE collected =
         file_.FramesLieInFile(shape_.syntax) ? CollectFromFile() : CollectFromObject();
     const QUORVEX_MESSAGE taken = collected == QVM_SUCCESS ? TakeNativeFrame() : collected;
@@ -135,6 +137,7 @@ QUORVEX_MESSAGE FrameFetch::TakeNativeFrame() {
 QUORVEX_MESSAGE FrameFetch::DecodeCollected(unsigned char*& data, unsigned long& size,
                                             unsigned long sourceLength) {
     if (!IsDecodable(shape_.syntax, isEncoded_)) return QVM_ERROR_FAILED_TO_DECOMPRESS;
+    if (HasFloats()) return CopyFloats(data, size, sourceLength);
     auto source = native_ ? NativeSource() : coded_.Join();
     if (sourceLength != 0 && sourceLength < StoredBytes()) {
         source = source.first(sourceLength);
@@ -146,6 +149,26 @@ QUORVEX_MESSAGE FrameFetch::DecodeCollected(unsigned char*& data, unsigned long&
     if (!isFrame) return Decompress(source, data, size);
     size = block_.Size();
     data = block_.Release();
+    TellQuality();
+    return QVM_SUCCESS;
+}
+
+/// Half a sample is none.
+QUORVEX_MESSAGE FrameFetch::CopyFloats(unsigned char*& data, unsigned long& size,
+                                       unsigned long sourceLength) {
+    auto source = NativeSource();
+    if (sourceLength != 0 && sourceLength < source.size()) {
+        source = source.first(sourceLength);
+        isWhole_ = false;
+    }
+    const auto bytes = shape_.PlainFrameBytes();
+    if (!IsPlausiblePicture(bytes, source.size())) return QVM_ERROR_FAILED_TO_DECOMPRESS;
+    HeapBlock frame(*bytes);
+    const std::size_t whole = source.size() - source.size() % (shape_.bitsAllocated / 8U);
+    std::ranges::copy(source.first(whole), frame.Data());
+    std::ranges::fill(frame.Bytes().subspan(whole), static_cast<unsigned char>(0));
+    size = frame.Size();
+    data = frame.Release();
     TellQuality();
     return QVM_SUCCESS;
 }
@@ -236,6 +259,7 @@ QUORVEX_MESSAGE FrameFetch::View(std::unique_ptr<unsigned char[]>& owner,
 QUORVEX_MESSAGE FrameFetch::Locate(unsigned long& offset, unsigned long& size) {
     const QUORVEX_MESSAGE checked = Check();
     if (checked != QVM_SUCCESS) return checked;
+    if (HasFloats()) return LocateFloats(offset, size);
     if (!file_.FramesLieInFile(shape_.syntax)) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     const QUORVEX_MESSAGE collected = CollectFromFile();
     if (collected != QVM_SUCCESS) return collected;
@@ -246,6 +270,16 @@ QUORVEX_MESSAGE FrameFetch::Locate(unsigned long& offset, unsigned long& size) {
         native_ ? file_.PixelDataValue(shape_.syntax).data() : coded_.FirstPiece();
     offset = static_cast<std::size_t>(first - file_.FileBytes().data());
     if (native_) offset += native_->LengthAhead(static_cast<std::size_t>(frameIndex_));
+    size = StoredBytes();
+    return QVM_SUCCESS;
+}
+
+QUORVEX_MESSAGE FrameFetch::LocateFloats(unsigned long& offset, unsigned long& size) {
+    const QUORVEX_MESSAGE collected = CollectFloats();
+    if (collected != QVM_SUCCESS) return collected;
+    const auto begin = file_.OffsetOfLast(shape_.FloatTag());
+    if (!begin) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    offset = *begin + native_->LengthAhead(static_cast<std::size_t>(frameIndex_));
     size = StoredBytes();
     return QVM_SUCCESS;
 }

@@ -40,6 +40,7 @@ public:
     [[nodiscard]] const FrameShape& Shape() const noexcept { return shape_; }
 
 private:
+    QUORVEX_MESSAGE LocateFloats(unsigned long& offset, unsigned long& size);
     /// 1 when the value begins with an Item tag in the data set's byte order.
     [[nodiscard]] static int IsEncodedImage(std::span<const unsigned char> value,
                                             int littleEndian) noexcept;
@@ -49,8 +50,12 @@ private:
     QUORVEX_MESSAGE TakeNativeFrame();
     QUORVEX_MESSAGE CollectFromFile();
     QUORVEX_MESSAGE CollectFromObject();
+    QUORVEX_MESSAGE CollectFloats();
     QUORVEX_MESSAGE CollectCoded(std::span<unsigned char> value);
     [[nodiscard]] const FrameIndex* IndexOf(std::span<unsigned char> value);
+    [[nodiscard]] bool HasFloats() const noexcept {
+        return shape_.sampleType != SampleType::kInteger;
+    }
     [[nodiscard]] bool HasNativeFrame() const noexcept;
     [[nodiscard]] std::size_t StoredBytes() const noexcept;
     [[nodiscard]] bool EndsInHighByte(std::size_t length) const noexcept;
@@ -58,6 +63,8 @@ private:
     [[nodiscard]] std::span<const unsigned char> WordsInPlace() const;
     QUORVEX_MESSAGE DecodePacked(unsigned char*& data, unsigned long& size,
                                  unsigned long sourceLength);
+    QUORVEX_MESSAGE CopyFloats(unsigned char*& data, unsigned long& size,
+                               unsigned long sourceLength);
     QUORVEX_MESSAGE DecodeCollected(unsigned char*& data, unsigned long& size,
                                     unsigned long sourceLength);
     [[nodiscard]] bool Reduce(CSize least);

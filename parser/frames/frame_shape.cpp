@@ -16,8 +16,18 @@ std::optional<std::size_t> FrameShape::NativeFrameBytes() const {
 }
 
 std::optional<std::size_t> FrameShape::PlainFrameBytes() const noexcept {
-    const unsigned sampleBytes = bitsAllocated == 32 ? 4 : BytesPerSample();
+    const bool isWide = sampleType != SampleType::kInteger || bitsAllocated == 32;
+    const unsigned sampleBytes = isWide ? bitsAllocated / 8U : BytesPerSample();
     return CheckedProduct(sampleBytes, samplesPerPixel, columns, rows);
+}
+
+bool FrameShape::AreFloats() const noexcept {
+    if (sampleType == SampleType::kInteger || samplesPerPixel != 1) return false;
+    return bitsAllocated == (sampleType == SampleType::kFloat32 ? 32 : 64);
+}
+
+std::uint32_t FrameShape::FloatTag() const noexcept {
+    return sampleType == SampleType::kFloat32 ? tag::kFloatPixelData : tag::kDoubleFloatPixelData;
 }
 
 _IMAGE_PROCESS_PARAM FrameShape::DecodingParam() const {

@@ -20,12 +20,13 @@ struct FrameShape {
     std::uint16_t pixelRepresentation = 0;
     std::uint16_t planarConfiguration = 0;
     CString photometric;
+    SampleType sampleType = SampleType::kInteger;
 
     /// Bytes of one frame stored without coding, cut down to whole ones; nothing for more than we
     /// would ever allocate.
     [[nodiscard]] std::optional<std::size_t> NativeFrameBytes() const;
     /// Bytes of one frame of samples as they lie in memory: 1 for a sample of up to 8 bits, 4 for
-    /// 32 bits, else 2.
+    /// 32 bits, else 2; floats as they are stored.
     [[nodiscard]] std::optional<std::size_t> PlainFrameBytes() const noexcept;
     /// Bytes that every decoded frame has at least: 1 for a sample, or 2 above 8 bits.
     [[nodiscard]] std::size_t DecodedFrameBytes() const noexcept {
@@ -35,6 +36,10 @@ struct FrameShape {
     [[nodiscard]] int StoredBits() const noexcept {
         return bitsStored >= 1 && bitsStored <= bitsAllocated ? bitsStored : bitsAllocated;
     }
+    /// Whether the header describes floats as they can be.
+    [[nodiscard]] bool AreFloats() const noexcept;
+    /// The element that holds them.
+    [[nodiscard]] std::uint32_t FloatTag() const noexcept;
     /// The parameters that decode a frame; native pixels come in this machine's byte order.
     [[nodiscard]] _IMAGE_PROCESS_PARAM DecodingParam() const;
 

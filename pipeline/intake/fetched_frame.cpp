@@ -9,6 +9,7 @@ namespace quorvex {
 
 QUORVEX_MESSAGE FetchFrame(CxDcmParser& source, int frameIndex, FetchedFrame& frame,
                            std::optional<CSize> least) {
+    if (source.GetSampleType() != SampleType::kInteger) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     unsigned char* data = nullptr;
     unsigned long size = 0;
     CSize came;

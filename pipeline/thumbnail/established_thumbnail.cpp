@@ -35,6 +35,8 @@ ThumbnailImage MakeEstablishedThumbnail(ParserState& parser, const ThumbnailForm
     const QUORVEX_MESSAGE fetched = fetch.View(owner, pixels);
     if (fetched != QVM_SUCCESS) return ThumbnailImage(fetched);
     const FrameShape& shape = fetch.Shape();
+    if (shape.sampleType != SampleType::kInteger)
+        return ThumbnailImage(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA);
     SmallPixels small =
         ReduceToBytes(*parser.file.GetHeader(), shape, pixels, form.useDataRange, form.size.cy);
     if (small.result != QVM_SUCCESS) return ThumbnailImage(small.result);

@@ -48,7 +48,7 @@ public:
             return Refuse(QVM_ERROR_INVALID_FRAME_INDEX);
         if (arguments_.describe) return Describe();
         const auto form = FormOf(arguments_.output);
-        if (form == Form::kPng && (shape_.isSigned || shape_.sampleBytes > 2)) {
+        if (form == Form::kPng && (shape_.isSigned || shape_.isFloat || shape_.sampleBytes > 2)) {
             Complain(arguments_.file, "PNG has no room for such values: " + shape_.Text(1) +
                                           "; write them as .npy or .raw");
             return kBadInput;

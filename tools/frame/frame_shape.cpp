@@ -34,6 +34,7 @@ std::optional<FrameShape> ReadFrameShape(CxDcmParser& parser) {
     if (shape.samples == 0) shape.samples = 1;
     const auto bits = WordOf(*header, tag::kBitsAllocated);
     shape.sampleBytes = BytesForBits(bits);
+    shape.isFloat = parser.GetSampleType() != SampleType::kInteger;
     shape.isSigned = WordOf(*header, tag::kPixelRepresentation) == 1;
     if (shape.rows == 0 || shape.columns == 0 || bits == 0) return std::nullopt;
     return shape;
@@ -41,8 +42,13 @@ std::optional<FrameShape> ReadFrameShape(CxDcmParser& parser) {
 
 std::string FrameShape::Text(int frameCount) const {
     return Counted(static_cast<std::size_t>(frameCount), "frame") + " of " + Counted(rows, "row") +
-           " x " + Counted(columns, "column") + " x " + Counted(samples, "sample") +
-           (isSigned ? ", int" : ", uint") + std::to_string(8 * sampleBytes);
+           " x " + Counted(columns, "column") + " x " + Counted(samples, "sample") + ", " +
+           TypeName();
+}
+
+std::string FrameShape::TypeName() const {
+    const char* const kind = isFloat ? "float" : isSigned ? "int" : "uint";
+    return kind + std::to_string(8 * sampleBytes);
 }
 
 std::string FrameShape::NumpyHeader(int frameCount) const {
@@ -53,7 +59,7 @@ std::string FrameShape::NumpyHeader(int frameCount) const {
     shape += std::to_string(rows) + ", " + std::to_string(columns);
     if (samples != 1) shape += ", " + std::to_string(samples);
     std::string text = "{'descr': '" + std::string(sampleBytes == 1 ? "|" : "<") +
-                       (isSigned ? 'i' : 'u') + std::to_string(sampleBytes) +
+                       TypeName().front() + std::to_string(sampleBytes) +
                        "', 'fortran_order': False, 'shape': (" + shape + "), }";
     const auto total = (kAhead + text.size() + 1 + kAlignment - 1) / kAlignment * kAlignment;
     text.resize(total - kAhead - 1, ' ');

@@ -120,6 +120,7 @@ ImageSummary Summarise(CxDcmParser& parser, const std::string& path) {
     summary.bitsAllocated = ReadWord(header, tag::kBitsAllocated);
     summary.bitsStored = ReadWord(header, tag::kBitsStored);
     summary.isSigned = ReadWord(header, tag::kPixelRepresentation).value_or(0) != 0;
+    summary.sampleType = parser.GetSampleType();
     summary.frames = summary.columns && summary.rows ? parser.GetFrameCount() : 0;
     summary.photometric = TextOf(header, tag::kPhotometricInterpretation);
     summary.windows = ReadWindows(header);

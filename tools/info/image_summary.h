@@ -20,6 +20,7 @@ struct ImageSummary {
     int frames = 0;  ///< 0 without an image
     std::optional<int> columns, rows, samples, bitsAllocated, bitsStored;
     bool isSigned = false;
+    SampleType sampleType = SampleType::kInteger;
     std::string photometric;
     std::vector<ValuePair<double>> windows;    ///< centre, width
     std::optional<ValuePair<double>> rescale;  ///< slope, intercept

@@ -155,13 +155,15 @@ std::string IdentityOf(const ObjectIdentity& identity) {
 }
 
 std::string SummaryOf(const ImageSummary& summary) {
+    const bool isFloat = summary.sampleType != SampleType::kInteger;
     std::string json = "{\"transferSyntax\":" + JsonString(summary.syntax);
     json += IdentityOf(summary.identity) + Text("preamble", summary.preamble) +
             Number("columns", summary.columns) + Number("rows", summary.rows) +
             Number("frames", summary.frames) + Number("samplesPerPixel", summary.samples) +
             Number("bitsAllocated", summary.bitsAllocated) +
             Number("bitsStored", summary.bitsStored) +
-            JsonMember("signed", summary.isSigned ? "true" : "false") +
+            JsonMember("signed", isFloat || summary.isSigned ? "true" : "false") +
+            (isFloat ? JsonMember("float", "true") : "") +
             Text("photometric", summary.photometric) + ValuesOf(summary);
     if (!summary.overlays.empty())
         json += JsonMember("overlays", JsonArray(summary.overlays, OverlayOf));

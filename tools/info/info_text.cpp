@@ -119,6 +119,7 @@ std::string PixelLine(const ImageSummary& summary) {
         text += CountOf(static_cast<unsigned>(*summary.samples), "sample", "samples");
     if (summary.bitsStored) text += ", " + std::to_string(*summary.bitsStored) + " bits";
     if (summary.bitsAllocated) text += " in " + std::to_string(*summary.bitsAllocated);
+    if (summary.sampleType != SampleType::kInteger) return Line("pixel", text + " bits, float");
     return Line("pixel", text + (summary.isSigned ? ", signed" : ", unsigned"));
 }
 

@@ -2,7 +2,9 @@
 #pragma once
 
 #include "foundation/dicom/frames/native_frames.h"
+#include "foundation/dicom/model/tags.h"
 
+#include <cstdint>
 #include <optional>
 
 namespace quorvex::dicom {
@@ -13,9 +15,10 @@ public:
     /// takes the size that the header gives. Nothing where the value is encapsulated.
     [[nodiscard]] static std::optional<NativeFrames> In(const CDcmObject& object, Bytes value,
                                                         std::size_t frameBytes);
-    /// The frames of the object's own Pixel Data, valid until the object changes. Nothing where it
-    /// has none, or where it is encapsulated.
-    [[nodiscard]] static std::optional<NativeFrames> Of(const CDcmObject& object);
+    /// The frames of the object's own Pixel Data, or of another element that holds pixels, valid
+    /// until the object changes. Nothing where it has none, or where it is encapsulated.
+    [[nodiscard]] static std::optional<NativeFrames> Of(const CDcmObject& object,
+                                                        std::uint32_t tag = tag::kPixelData);
 };
 
 }  // namespace quorvex::dicom

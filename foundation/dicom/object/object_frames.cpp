@@ -130,9 +130,9 @@ std::optional<NativeFrames> NativePixels::In(const CDcmObject& object, Bytes val
     return CutNative(value, shape, frameBytes, OrderInBuffer(dataSet, shape));
 }
 
-std::optional<NativeFrames> NativePixels::Of(const CDcmObject& object) {
+std::optional<NativeFrames> NativePixels::Of(const CDcmObject& object, std::uint32_t tag) {
     const DataSet& dataSet = ObjectState::Of(object).Content();
-    const Element* element = dataSet.Find(tag::kPixelData);
+    const Element* element = dataSet.Find(tag);
     if (element == nullptr || !dataSet.FragmentsOf(*element).IsEmpty()) return std::nullopt;
     const Bytes stored = dataSet.ValueOf(*element);
     if (AreItems(dataSet, stored)) return std::nullopt;
