@@ -10,7 +10,7 @@ WERROR ?= OFF
 SHARE ?= 1/1
 
 .PHONY: run test roundtrip conformance conformance-cases bench fuzz asan tsan soak corpus-asan memcheck matrix \
-    check tidy abi docs format install clean build
+    check optional tidy abi docs format install clean build
 
 build:
 	@cmake --preset $(PRESET) -DCMAKE_COMPILE_WARNING_AS_ERROR=$(WERROR) $(CMAKE_ARGS) >/dev/null
@@ -110,6 +110,10 @@ fuzz:
 check:
 	@scripts/install_packages.sh check
 	@scripts/check_source.sh
+
+# Whether the product compiles without the libraries that it can do without.
+optional:
+	@scripts/check_optional.sh
 
 # clang-tidy over the whole product; TIDY= takes only what changed since the last release.
 TIDY ?= all

@@ -60,10 +60,22 @@ constexpr std::array kChoices = {
     throw WrongUsage("the target is " + all + ", not " + wanted);
 }
 
+/// The coding is the standard's, and a library for it was left out.
+[[noreturn]] void RefuseBuild(const std::string& wanted, const TransferSyntax& missing) {
+    throw WrongUsage("this build cannot write " + wanted +
+                     ": it was made without the library for " + std::string(missing.name));
+}
+
+/// Whether this build has the library that takes JPEG streams and gives them back.
+bool KeepsStreams() {
+    return TransferSyntaxOf(kJpegXlOfJpeg)->isWritten;
+}
+
 std::optional<ConvertTarget> FindTarget(const std::string& name) {
     const TransferSyntax* syntax = TransferSyntaxToConvertTo(name);
     for (const Choice& choice : kChoices) {
         if (syntax == nullptr || choice.syntax != syntax->number) continue;
+        if (!syntax->isWritten) RefuseBuild(name, *syntax);
         return ConvertTarget{.name = name,
                              .syntax = syntax,
                              .form = syntax->form,
@@ -92,14 +104,17 @@ void NameColoursOf(CDcmObject& object, const ConvertTarget& target) {
 std::vector<std::string> NamesOfCodingTargets() {
     std::vector<std::string> names;
     names.reserve(std::size(kChoices));
-    for (const Choice& choice : kChoices)
-        names.emplace_back(TransferSyntaxOf(choice.syntax)->convertName);
+    for (const Choice& choice : kChoices) {
+        const TransferSyntax& syntax = *TransferSyntaxOf(choice.syntax);
+        if (syntax.isWritten) names.emplace_back(syntax.convertName);
+    }
     return names;
 }
 
 std::vector<std::string> NamesOfTargets() {
     auto names = NamesOfCodingTargets();
     names.reserve(names.size() + std::size(kStreamChoices));
+    if (!KeepsStreams()) return names;
     for (const StreamChoice& choice : kStreamChoices) names.emplace_back(choice.name);
     return names;
 }
@@ -113,6 +128,7 @@ ConvertTarget ConvertTargetOf(const std::string& name) {
     if (auto target = FindTarget(name)) return *std::move(target);
     for (const StreamChoice& choice : kStreamChoices) {
         if (name != choice.name) continue;
+        if (!KeepsStreams()) RefuseBuild(name, *TransferSyntaxOf(kJpegXlOfJpeg));
         return {.name = name,
                 .syntax = TransferSyntaxOf(choice.syntax),
                 .form = choice.form,

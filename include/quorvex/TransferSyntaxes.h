@@ -69,7 +69,7 @@ enum QUORVEX_XFERSYNTAX : std::uint32_t {
 
 /// How frames are stored, and with that what decodes them here.
 enum class FrameCoding : std::uint8_t {
-    kNone,    ///< a coding without a decoder: such frames are refused
+    kNone,    ///< a coding without a decoder in this build: such frames are refused
     kNative,  ///< uncoded
     kRle,
     kJpeg,  ///< the stream says which process
@@ -92,7 +92,7 @@ struct TransferSyntax {
     bool isLossy = false;  ///< its frames may have lost something
     FrameCoding coding = FrameCoding::kNone;
     QUORVEX_XFERSYNTAX form{};     ///< the output format that it is one of; 0 for none
-    bool isWritten = false;        ///< the coder of `form` writes this one
+    bool isWritten = false;        ///< the coder of `form` writes this one, and this build has it
     std::string_view convertName;  ///< its name as a target of `quorvex convert`; empty for none
 };
 
@@ -105,7 +105,7 @@ struct TransferSyntax {
 /// The syntax that the coder of a form writes; null for a form without a coder.
 [[nodiscard]] QUORVEX_API const TransferSyntax* TransferSyntaxOf(QUORVEX_XFERSYNTAX form) noexcept;
 
-/// The target of that name; null for any other text.
+/// The target of that name, whether this build writes it or not; null for any other text.
 [[nodiscard]] QUORVEX_API const TransferSyntax* TransferSyntaxToConvertTo(
     std::string_view convertName) noexcept;
 

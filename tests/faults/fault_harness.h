@@ -1,6 +1,7 @@
 /// Fails every allocation of an operation in turn and looks at what is left of its objects.
 #pragma once
 
+#include "quorvex/TransferSyntaxes.h"
 #include "tests/faults/host.h"
 
 #include <gtest/gtest.h>
@@ -46,7 +47,13 @@ struct Operation {
     std::string (*look)(Host&);
     bool (*work)(Host&);  ///< true: the operation answers success
     void (*prepare)(Host&) = [](Host&) {};
+    TRANSFER_SYNTAX writes = kExplicitLittleEndian;  ///< left out in a build that cannot
 };
+
+/// Whether this build has the coder.
+inline bool IsWritten(TRANSFER_SYNTAX syntax) {
+    return TransferSyntaxOf(syntax)->isWritten;
+}
 
 inline void PrintTo(const Operation& operation, std::ostream* out) {
     *out << operation.name;

@@ -95,7 +95,7 @@ struct Host {
 
     CXDIPP dipp;
     CLData volume;
-    std::vector<unsigned char> pixels = std::vector<unsigned char>(36 * 20 * 3, 5);
+    std::vector<unsigned char> pixels = std::vector<unsigned char>(36 * 20 * 4, 5);  ///< of 32 bits
     std::vector<unsigned char> surface = std::vector<unsigned char>(80 * 60 * 4);
     DrawingSurface target{surface.data(), 80, 60, 80 * 4, 4};
 

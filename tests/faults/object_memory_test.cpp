@@ -1,5 +1,4 @@
 // Failing memory under the object library, the maker and the presentations.
-#include "foundation/engines/jpegxl/jpegxl_engine.h"
 #include "quorvex/Tags.h"
 #include "tests/faults/failing_reads.h"
 #include "tests/faults/fault_harness.h"
@@ -238,6 +237,14 @@ constexpr Operation kMakers[] = {
      DONE(ConvertByStandard(s, kXferJpegLsLossless)), GiveSettings},
     {"CxDcmMaker::MakeDcmObject, to JPEG-LS with losses", kNewlyCoded, SeenConverted,
      DONE(ConvertByStandard(s, kXferJpegLs)), GiveSettings},
+    {"CxDcmMaker::MakeDcmObject, to JPEG XL", kNewlyCoded, SeenConverted,
+     DONE(ConvertByStandard(s, kXferJpegXlLossless)), GiveSettings, kJpegXlLossless},
+    {"CxDcmMaker::MakeDcmObject, to JPEG XL with losses", kNewlyCoded, SeenConverted,
+     DONE(ConvertByStandard(s, kXferJpegXl)), GiveSettings, kJpegXl},
+    {"CxDcmMaker::MakeDcmObject, JPEG kept in JPEG XL", On("JPEG baseline", Leaves::kUsable),
+     SeenConverted, DONE(ConvertByStandard(s, kXferJpegXlOfJpeg)), GiveSettings, kJpegXlOfJpeg},
+    {"CxDcmMaker::MakeDcmObject, JPEG out of JPEG XL", On("JPEG XL of JPEG", Leaves::kUsable),
+     SeenConverted, DONE(ConvertByStandard(s, kXferJpegOriginal)), GiveSettings, kJpegXlOfJpeg},
     {"CxDcmMaker, cycle", On("native CT|colour"), SeenMade, DONE(MakeOfTwoFrames(s)), GiveFrames},
 };
 
@@ -274,22 +281,7 @@ constexpr Operation kPresentations[] = {
 INSTANTIATE_TEST_SUITE_P(ObjectMemoryReads, FailingAllocation, testing::ValuesIn(kReads));
 INSTANTIATE_TEST_SUITE_P(ObjectMemoryChanges, FailingAllocation, testing::ValuesIn(kChanges));
 INSTANTIATE_TEST_SUITE_P(ObjectMemoryFiles, FailingAllocation, testing::ValuesIn(kFiles));
-const std::vector<Operation> kJpegXlMakers = [] {
-    if (!HasJpegXl()) return std::vector<Operation>();
-    return std::vector<Operation>{
-        {"CxDcmMaker::MakeDcmObject, to JPEG XL", kNewlyCoded, SeenConverted,
-         DONE(ConvertByStandard(s, kXferJpegXlLossless)), GiveSettings},
-        {"CxDcmMaker::MakeDcmObject, to JPEG XL with losses", kNewlyCoded, SeenConverted,
-         DONE(ConvertByStandard(s, kXferJpegXl)), GiveSettings},
-        {"CxDcmMaker::MakeDcmObject, JPEG kept in JPEG XL", On("JPEG baseline", Leaves::kUsable),
-         SeenConverted, DONE(ConvertByStandard(s, kXferJpegXlOfJpeg)), GiveSettings},
-        {"CxDcmMaker::MakeDcmObject, JPEG out of JPEG XL", On("JPEG XL of JPEG", Leaves::kUsable),
-         SeenConverted, DONE(ConvertByStandard(s, kXferJpegOriginal)), GiveSettings},
-    };
-}();
-
 INSTANTIATE_TEST_SUITE_P(MakerMemory, FailingAllocation, testing::ValuesIn(kMakers));
-INSTANTIATE_TEST_SUITE_P(JpegXlMakerMemory, FailingAllocation, testing::ValuesIn(kJpegXlMakers));
 INSTANTIATE_TEST_SUITE_P(PresentationMemory, FailingAllocation, testing::ValuesIn(kPresentations));
 
 }  // namespace

@@ -104,6 +104,7 @@ TEST(Recoding, ChangesHowPixelsAreStoredAndNothingElse) {
                      {kXferJpegLsLossless, kept.asJpeg}};
         const std::string own = TextOf(kept.object, tag::kPhotometricInterpretation);
         for (const auto& [form, photometric] : forms) {
+            if (TransferSyntaxOf(form) == nullptr) continue;  // not in this build
             SCOPED_TRACE(std::string(kept.what) + " as form " + std::to_string(form));
             CDcmObject object = kept.object;
             if (photometric == nullptr) {
@@ -133,9 +134,11 @@ TEST(Recoding, WithLossesMakesAnObjectOfItsOwn) {
                      "00080008=DERIVED\\PRIMARY\\AXIAL; 00282110=01; 00282114=ISO_15444_1; "
                      "00281051=400\\500");
     EXPECT_TRUE(TextOf(once, tag::kLossyImageCompressionRatio).starts_with("3\\"));
-    CDcmObject fast = source;
-    ASSERT_EQ(Recode(fast, kXferHtj2k, 8), QVM_SUCCESS);
-    ExpectAttributes(fast, "00080008=DERIVED\\PRIMARY\\AXIAL; 00282114=ISO_15444_15");
+    if (TransferSyntaxOf(kXferHtj2k) != nullptr) {
+        CDcmObject fast = source;
+        ASSERT_EQ(Recode(fast, kXferHtj2k, 8), QVM_SUCCESS);
+        ExpectAttributes(fast, "00080008=DERIVED\\PRIMARY\\AXIAL; 00282114=ISO_15444_15");
+    }
     EXPECT_NE(TextOf(once, tag::kSOPInstanceUID), TextOf(source, tag::kSOPInstanceUID));
     CDcmItem item;
     ASSERT_EQ(once.GetValue(tag::kSourceImageSequence, item), kDcmSuccess);
@@ -255,6 +258,7 @@ TEST(Recoding, RefusesWhatACodingCannotHold) {
         {"00280103=0", kXferUncompressed, QVM_FRAME_COPIED},
     };
     for (const auto& row : rows) {
+        if (TransferSyntaxOf(row.form) == nullptr) continue;  // not in this build
         const auto object = With(ImageOf<std::uint16_t>({.size = {17, 9}}, 0xFFF), row.attributes);
         CDcmObject converted = object;
         EXPECT_EQ(Recode(converted, row.form), row.outcome) << row.attributes;

@@ -1,4 +1,5 @@
 // One file into another transfer syntax: what comes out, and what is refused.
+#include "quorvex/TransferSyntaxes.h"
 #include "tests/tools/run_command.h"
 #include "tests/tools/small_image.h"
 
@@ -34,6 +35,12 @@ TEST(ConvertCommand, WritesWhatWasAskedForAndTakesItBack) {
     const ScratchFolder second;
     const auto back = second.Path("back.dcm");
     for (const auto& target : kTargets) {
+        if (!TransferSyntaxToConvertTo(target.name)->isWritten) {
+            const std::string sentence = "this build cannot write " + std::string(target.name);
+            ExpectStatus(2, {"convert", kSlice, "-o", output, "--to", target.name}, sentence);
+            EXPECT_FALSE(Has(OutputOf({"convert", "--help"}), target.name + std::string("|")));
+            continue;
+        }
         for (const auto& source : target.sources) {
             SCOPED_TRACE(source + " to " + target.name);
             const Arguments convert = {"convert", source, "-o", output, "--to", target.name};

@@ -16,7 +16,16 @@ enum Trait : unsigned {
     kDeflated = 4,
     kEncapsulated = 8,
     kLossy = 16,
+    kByJpegXl = 32,          ///< read and written in builds with libjxl
+    kWrittenByOpenJph = 64,  ///< written in builds with OpenJPH
 };
+
+constexpr bool IsRead(unsigned traits) {
+    return (traits & kByJpegXl) == 0 || QUORVEX_WITH_JPEGXL != 0;
+}
+constexpr bool IsCoded(unsigned traits) {
+    return IsRead(traits) && ((traits & kWrittenByOpenJph) == 0 || QUORVEX_WITH_HTJ2K != 0);
+}
 
 /// A syntax with a name to convert to is the one that the coder of its form writes.
 constexpr TransferSyntax Row(std::string_view uid, std::string_view name, TRANSFER_SYNTAX number,
@@ -30,9 +39,9 @@ constexpr TransferSyntax Row(std::string_view uid, std::string_view name, TRANSF
             .isDeflated = (traits & kDeflated) != 0,
             .isEncapsulated = (traits & kEncapsulated) != 0,
             .isLossy = (traits & kLossy) != 0,
-            .coding = coding,
+            .coding = IsRead(traits) ? coding : FrameCoding::kNone,
             .form = form,
-            .isWritten = !convertName.empty(),
+            .isWritten = !convertName.empty() && IsCoded(traits),
             .convertName = convertName};
 }
 
@@ -138,18 +147,20 @@ constexpr std::array kSyntaxes = {
         kEncapsulated | kLossy),
     Row("1.2.840.10008.1.2.4.108", "HEVC/H.265 Main 10 Profile / Level 5.1", kOtherEncapsulated,
         kEncapsulated | kLossy),
-    Row("1.2.840.10008.1.2.4.110", "JPEG XL Lossless", kJpegXlLossless, kEncapsulated,
+    Row("1.2.840.10008.1.2.4.110", "JPEG XL Lossless", kJpegXlLossless, kEncapsulated | kByJpegXl,
         FrameCoding::kJpegXl, kXferJpegXlLossless, "jpegxl-lossless"),
     Row("1.2.840.10008.1.2.4.111", "JPEG XL JPEG Recompression", kJpegXlOfJpeg,
-        kEncapsulated | kLossy, FrameCoding::kJpegXl, kXferJpegXlOfJpeg, "jpegxl-jpeg"),
-    Row("1.2.840.10008.1.2.4.112", "JPEG XL", kJpegXl, kEncapsulated | kLossy, FrameCoding::kJpegXl,
-        kXferJpegXl, "jpegxl"),
+        kEncapsulated | kLossy | kByJpegXl, FrameCoding::kJpegXl, kXferJpegXlOfJpeg, "jpegxl-jpeg"),
+    Row("1.2.840.10008.1.2.4.112", "JPEG XL", kJpegXl, kEncapsulated | kLossy | kByJpegXl,
+        FrameCoding::kJpegXl, kXferJpegXl, "jpegxl"),
     Row("1.2.840.10008.1.2.4.201", "High-Throughput JPEG 2000 Lossless", kHtj2kLossless,
-        kEncapsulated, FrameCoding::kJpeg2000, kXferHtj2kLossless, "htj2k-lossless"),
+        kEncapsulated | kWrittenByOpenJph, FrameCoding::kJpeg2000, kXferHtj2kLossless,
+        "htj2k-lossless"),
     Row("1.2.840.10008.1.2.4.202", "High-Throughput JPEG 2000 RPCL Lossless", kHtj2kRpclLossless,
-        kEncapsulated, FrameCoding::kJpeg2000, kXferHtj2kRpclLossless, "htj2k-rpcl"),
-    Row("1.2.840.10008.1.2.4.203", "High-Throughput JPEG 2000", kHtj2k, kEncapsulated | kLossy,
-        FrameCoding::kJpeg2000, kXferHtj2k, "htj2k"),
+        kEncapsulated | kWrittenByOpenJph, FrameCoding::kJpeg2000, kXferHtj2kRpclLossless,
+        "htj2k-rpcl"),
+    Row("1.2.840.10008.1.2.4.203", "High-Throughput JPEG 2000", kHtj2k,
+        kEncapsulated | kLossy | kWrittenByOpenJph, FrameCoding::kJpeg2000, kXferHtj2k, "htj2k"),
 };
 
 template <class Test>
