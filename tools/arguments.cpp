@@ -17,6 +17,7 @@ constexpr double kSmallestZoom = 0.001;
 constexpr double kLargestZoom = 100.0;
 constexpr double kLargestWindow = 1e15;
 constexpr int kFarthestPan = 1 << 24;
+constexpr int kFarthestCorner = 1 << 30;
 
 template <class Number>
 std::optional<Number> ParseNumber(std::string_view text) {
@@ -71,6 +72,21 @@ CPoint ParsePoint(const std::string& text) {
     if (!point || !IsWithin(point->first, kFarthestPan) || !IsWithin(point->second, kFarthestPan))
         throw WrongUsage("a pan is X,Y in device pixels, as in -10,20, not " + text);
     return {point->first, point->second};
+}
+
+CRect ParseRegion(const std::string& text) {
+    const auto size = text.find(',', text.find(',') + 1);
+    const auto corner = ParsePair<int>(std::string_view(text).substr(0, size), ',');
+    const auto extent = size == std::string::npos
+                            ? std::nullopt
+                            : ParsePair<int>(std::string_view(text).substr(size + 1), ',');
+    const auto isSide = [](int side) { return side >= 1 && side <= kLongestSide; };
+    if (!corner || !extent || !IsWithin(corner->first, kFarthestCorner) ||
+        !IsWithin(corner->second, kFarthestCorner) || !isSide(extent->first) ||
+        !isSide(extent->second) || 1.0 * extent->first * extent->second > kLargestView)
+        throw WrongUsage("a region is X,Y,WIDTH,HEIGHT, as in 2048,1024,800,600, not " + text);
+    return {corner->first, corner->second, corner->first + extent->first,
+            corner->second + extent->second};
 }
 
 int ParseRotation(const std::string& text) {

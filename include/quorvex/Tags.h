@@ -111,6 +111,8 @@ inline constexpr std::uint32_t kLaterality = 0x00200060;
 inline constexpr std::uint32_t kImageLaterality = 0x00200062;
 inline constexpr std::uint32_t kPositionReferenceIndicator = 0x00201040;
 inline constexpr std::uint32_t kSliceLocation = 0x00201041;
+inline constexpr std::uint32_t kConcatenationFrameOffsetNumber = 0x00209228;
+inline constexpr std::uint32_t kDimensionOrganizationType = 0x00209311;
 
 // Image pixels and how they are shown
 inline constexpr std::uint32_t kSamplesPerPixel = 0x00280002;
@@ -179,6 +181,20 @@ inline constexpr std::uint32_t kTIDOffset = 0x00286120;
 inline constexpr std::uint32_t kPixelMeasuresSequence = 0x00289110;
 inline constexpr std::uint32_t kFrameVOILUTSequence = 0x00289132;
 inline constexpr std::uint32_t kPixelValueTransformationSequence = 0x00289145;
+
+// Pictures in tiles
+inline constexpr std::uint32_t kZOffsetInSlideCoordinateSystem = 0x0040074A;
+inline constexpr std::uint32_t kTotalPixelMatrixColumns = 0x00480006;
+inline constexpr std::uint32_t kTotalPixelMatrixRows = 0x00480007;
+inline constexpr std::uint32_t kRecommendedAbsentPixelCIELabValue = 0x00480015;
+inline constexpr std::uint32_t kOpticalPathSequence = 0x00480105;
+inline constexpr std::uint32_t kOpticalPathIdentifier = 0x00480106;
+inline constexpr std::uint32_t kOpticalPathIdentificationSequence = 0x00480207;
+inline constexpr std::uint32_t kPlanePositionSlideSequence = 0x0048021A;
+inline constexpr std::uint32_t kColumnPositionInTotalImagePixelMatrix = 0x0048021E;
+inline constexpr std::uint32_t kRowPositionInTotalImagePixelMatrix = 0x0048021F;
+inline constexpr std::uint32_t kNumberOfOpticalPaths = 0x00480302;
+inline constexpr std::uint32_t kTotalPixelMatrixFocalPlanes = 0x00480303;
 
 // Content
 inline constexpr std::uint32_t kPerformedProcedureStepStartDate = 0x00400244;

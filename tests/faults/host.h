@@ -10,6 +10,7 @@
 #include "quorvex/CxDcmParser.h"
 #include "quorvex/CxImageProcessor.h"
 #include "quorvex/CxPaletteLUT.h"
+#include "quorvex/CxTiledImage.h"
 #include "tests/faults/fault_kinds.h"
 #include "tests/presentation/presentation_objects.h"
 #include "tests/support/scratch_folder.h"
@@ -80,6 +81,7 @@ struct Host {
     int count = 0;
     std::optional<ScratchFolder> folder;
 
+    CxTiledImage tiled;
     CxDcmParser parser;
     GivenBlock block;
     GivenBlock bitmap;

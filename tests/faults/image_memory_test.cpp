@@ -20,6 +20,16 @@ std::string SeenFrame(Host& s) {
     return SeenParser(s) + std::to_string(frame.code) + TextOf(frame.bytes);
 }
 
+QUORVEX_MESSAGE TakeRegion(Host& s, GivenBlock& block) {
+    return s.tiled.GetRegion(0, {3, 2, 40, 9}, 0, 0, block.data, block.size);
+}
+
+std::string SeenTiles(Host& s) {
+    GivenBlock block;
+    const auto code = TakeRegion(s, block);
+    return TextOfNumbers(static_cast<int>(code), s.tiled.GetLevelCount()) + block.Look();
+}
+
 std::string SeenPalette(Host& s) {
     return TextOfNumbers(s.lut.GetEntryBits(), s.lut.GetEntries().size(), s.lut.Lookup(9));
 }
@@ -63,6 +73,13 @@ void OpenedOther(Host& s) {
     static_cast<void>(s.parser.Initialize(&s.app, AllKinds().front().path, 0));
     s.from = std::make_unique<Host>(s.kind);
     Opened<0>(*s.from);
+}
+
+bool AddTiles(Host& s) {
+    return IsDone(s.tiled.Add(&s.app, s.path.Give()));
+}
+void AddedTiles(Host& s) {
+    static_cast<void>(AddTiles(s));
 }
 
 bool FetchLast(Host& s) {
@@ -121,6 +138,9 @@ constexpr Operation kParsers[] = {
     {"CxDcmParser::GetSliceLocation", kOnImages, SeenParser,
      DONE(CxDcmParser::GetSliceLocation(&s.object, s.location) == 1)},
     {"CxDcmParser, copy", kThrows, SeenFrame, DONE(s.parser = s.from->parser, true), OpenedOther},
+    {"CxTiledImage::Add", kOnImages, SeenTiles, AddTiles},
+    {"CxTiledImage::GetRegion", kOnImages, SeenTiles,
+     DONE(s.block.Drop(), IsDone(TakeRegion(s, s.block))), AddedTiles},
     {"CxPaletteLUT::LoadLUT", On("palette", Leaves::kUsable), SeenPalette,
      DONE(s.lut.LoadLUT(&s.object, tag::kGreenPaletteColorLookupTableDescriptor,
                         tag::kGreenPaletteColorLookupTableData, 0) != 0)},

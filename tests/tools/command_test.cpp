@@ -123,6 +123,24 @@ TEST(RenderCommand, Monochrome1ShowsLowValuesWhiteAndColourStaysColour) {
         ASSERT_NEAR(colour.pixels[i], static_cast<unsigned char>(stored[i]), 1) << i;
 }
 
+TEST(RenderCommand, ShowsRegions) {
+    const auto whole = RenderPicture({kSlice});
+    const auto part = RenderPicture({kSlice, "--region", "200,120,50,40", "--focal-plane", "0"});
+    ASSERT_EQ(part.Shape(), (std::array{50, 40, 1}));
+    for (int y = 0; y < 40; ++y)
+        for (int x = 0; x < 50; ++x) ASSERT_EQ(part.At(x, y), whole.At(200 + x, 120 + y));
+    const auto loop = RenderPicture({kLoop, "--region", "10,20,30,40", "--focal-plane", "3"});
+    EXPECT_EQ(loop.Shape(), (std::array{30, 40, 3}));
+    const ScratchFolder folder;
+    const Arguments output = {"-o", folder.Path("part.png")};
+    const Arguments region = {"--region", "0,0,9,9"};
+    ExpectStatus(2, Arguments{"render", kSlice} + region + output + Arguments{"--level", "1"},
+                 "--level is below 1");
+    ExpectStatus(2, Arguments{"render", kSlice, kLoop} + output, "one file");
+    ExpectStatus(2, Arguments{"render", kSlice, "--region", "1,2,3"} + output, "X,Y,WIDTH,HEIGHT");
+    ExpectStatus(1, Arguments{"render", kSlice, kLoop} + region + output, "no part of the picture");
+}
+
 TEST(RenderCommand, TurnsFlipsAndInverts) {
     const auto upright = RenderPicture({kRadiograph});
     const auto turned = RenderPicture({kRadiograph, "--rotate", "90"});

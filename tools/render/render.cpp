@@ -4,6 +4,7 @@
 #include "tools/output/output_file.h"
 #include "tools/output/output_place.h"
 #include "tools/output/picture_file.h"
+#include "tools/render/region.h"
 #include "tools/render/shown_picture.h"
 #include "tools/render/state_file.h"
 
@@ -35,7 +36,7 @@ void ApplyOptions(CXDIPP& pipeline, const RenderArguments& arguments) {
 ExitStatus ApplyState(CXDIPP& pipeline, CDcmApp& app, const RenderArguments& arguments) {
     if (arguments.state.empty()) return kAllDone;
     StateFile state;
-    const auto status = state.Open(app, arguments.state, arguments.file);
+    const auto status = state.Open(app, arguments.state, arguments.files.front());
     if (status == kAllDone) pipeline.ApllyGSPSObject(&app, state.Object());
     return status;
 }
@@ -62,17 +63,38 @@ public:
         : arguments_(arguments), format_(FormatOf(arguments.output)) {}
 
     ExitStatus Run() {
-        auto status = arguments_.allFrames ? RenderAll() : RenderFile();
-        warnings_.Complain(arguments_.file);
+        auto status = kAllDone;
+        if (arguments_.region) {
+            status = RenderRegion();
+        } else {
+            status = arguments_.allFrames ? RenderAll() : RenderFile();
+        }
+        warnings_.Complain(File());
         return status;
     }
 
 private:
+    [[nodiscard]] const std::string& File() const { return arguments_.files.front(); }
+
+    ExitStatus RenderRegion() {
+        CDcmObject object;
+        const RegionChoice choice{.area = *arguments_.region,
+                                  .level = arguments_.level,
+                                  .opticalPath = arguments_.opticalPath,
+                                  .focalPlane = arguments_.focalPlane};
+        const auto status = OpenRegion(app_, arguments_.files, choice, object);
+        if (status != kAllDone) return status;
+        CXDIPP pipeline;
+        pipeline.SetRules(Rules::kStandard);
+        const auto opened = pipeline.Initialize(&app_, &object, {kNoLimit, kNoLimit}, 0);
+        return Render(pipeline, opened, 0, arguments_.output);
+    }
+
     ExitStatus RenderFile() {
         CXDIPP pipeline;
         pipeline.SetRules(Rules::kStandard);
         const auto result =
-            pipeline.Initialize(&app_, arguments_.file, {kNoLimit, kNoLimit}, arguments_.frame);
+            pipeline.Initialize(&app_, File(), {kNoLimit, kNoLimit}, arguments_.frame);
         return Render(pipeline, result, arguments_.frame, arguments_.output);
     }
 
@@ -81,10 +103,10 @@ private:
     ExitStatus RenderAll() {
         CxDcmParser parser;
         parser.SetRules(Rules::kStandard);
-        const auto result = parser.Initialize(&app_, arguments_.file, 1);
+        const auto result = parser.Initialize(&app_, File(), 1);
         const int count = result == QVM_SUCCESS ? parser.GetFrameCount() : 0;
         if (result != QVM_SUCCESS || count < 1)
-            return ReportBadInput(arguments_.file,
+            return ReportBadInput(File(),
                                   result != QVM_SUCCESS ? result : QVM_ERROR_INVALID_FRAME_INDEX);
         for (int frame = 0; frame < count; ++frame) {
             CXDIPP pipeline;
@@ -100,7 +122,7 @@ private:
 
     ExitStatus Render(CXDIPP& pipeline, QUORVEX_MESSAGE opened, int frame,
                       const std::string& path) {
-        if (opened != QVM_SUCCESS) return ReportBadInput(arguments_.file, opened);
+        if (opened != QVM_SUCCESS) return ReportBadInput(File(), opened);
         warnings_.Note(frame, pipeline.GetFrameQuality());
         const auto status = ApplyState(pipeline, app_, arguments_);
         if (status != kAllDone) return status;
@@ -112,9 +134,11 @@ private:
         if (arguments_.result) ShowAll(pipeline);
         Picture picture;
         auto result = Show(pipeline, view, picture);
-        RefuseToReplace(path, {arguments_.file, arguments_.state});
+        auto sources = arguments_.files;
+        sources.push_back(arguments_.state);
+        RefuseToReplace(path, sources);
         if (result == QVM_SUCCESS) result = WritePicture(picture, format_, kJpegQuality, path);
-        return result == QVM_SUCCESS ? kAllDone : ReportBadInput(arguments_.file, result);
+        return result == QVM_SUCCESS ? kAllDone : ReportBadInput(File(), result);
     }
 
     QUORVEX_MESSAGE Show(CXDIPP& pipeline, CSize view, Picture& picture) const {
@@ -141,6 +165,8 @@ private:
 ExitStatus Render(const RenderArguments& arguments) {
     if (arguments.allFrames && arguments.output == kStandardOutput)
         throw WrongUsage("--all-frames makes files with numbers, not standard output");
+    if (!arguments.region && arguments.files.size() > 1)
+        throw WrongUsage("render takes one file; several are levels of a picture for --region");
     return RenderRun(arguments).Run();
 }
 

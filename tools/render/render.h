@@ -7,11 +7,12 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace quorvex::tools {
 
 struct RenderArguments {
-    std::string file;
+    std::vector<std::string> files;  ///< one, unless a region is asked for
     std::string output;
     int frame = 0;
     bool allFrames = false;     ///< each into a numbered file
@@ -25,11 +26,15 @@ struct RenderArguments {
     int rotation = 0;            ///< degrees clockwise: 0, 90, 180 or 270
     bool flip = false;
     bool invert = false;
-    bool overlays = false;     ///< burns in all overlay planes
-    std::string state;         ///< presentation state; empty for none
-    bool shutter = false;      ///< paints the shutter over what it hides
-    bool annotations = false;  ///< draws the annotations over the view
-    bool result = false;       ///< the rendered result itself, not the view
+    bool overlays = false;        ///< burns in all overlay planes
+    std::string state;            ///< presentation state; empty for none
+    bool shutter = false;         ///< paints the shutter over what it hides
+    bool annotations = false;     ///< draws the annotations over the view
+    std::optional<CRect> region;  ///< of a picture in tiles, instead of a frame
+    int level = 0;                ///< of that picture
+    int opticalPath = 0;
+    int focalPlane = 0;
+    bool result = false;  ///< the rendered result itself, not the view
 };
 ExitStatus Render(const RenderArguments& arguments);
 

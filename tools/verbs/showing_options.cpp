@@ -50,8 +50,25 @@ void AddOptions(CLI::App& verb, FrameArguments& arguments) {
         ->excludes(describe);
 }
 
+void AddRegion(CLI::App& verb, RenderArguments& arguments) {
+    auto* region = AddParsed(verb, "--region", "X,Y,W,H",
+                             "A part of a whole-slide picture, in pixels of its level",
+                             arguments.region, ParseRegion);
+    region->excludes("--frame")->excludes("--all-frames");
+    const auto add = [&](const char* name, int& number, const char* help) {
+        verb.add_option(name, number, help)
+            ->check(CLI::Range(0, kMostChoices).description(""))
+            ->type_name("N")
+            ->needs(region);
+    };
+    add("--level", arguments.level, "Which level of the picture, from 0 for the largest");
+    add("--optical-path", arguments.opticalPath, "Which optical path, from 0");
+    add("--focal-plane", arguments.focalPlane, "Which focal plane, from 0 for the lowest");
+}
+
 void AddOptions(CLI::App& verb, RenderArguments& arguments) {
-    verb.add_option("FILE", arguments.file, "DICOM file")->required();
+    verb.add_option("FILE", arguments.files, "DICOM file; with --region all levels of a picture")
+        ->required();
     AddOutput(verb, arguments.output, kOutputHelp);
     auto* frame = AddFrame(verb, arguments.frame);
     verb.add_flag("--all-frames", arguments.allFrames,
@@ -84,6 +101,7 @@ void AddOptions(CLI::App& verb, RenderArguments& arguments) {
     verb.add_flag("--overlays", arguments.overlays, "Burns in the overlay planes of the file");
     verb.add_option("--state", arguments.state, "Presentation state to apply")->type_name("FILE");
     verb.add_flag("--shutter", arguments.shutter, "Hides what the shutter hides");
+    AddRegion(verb, arguments);
     auto* annotations = verb.add_flag("--annotations", arguments.annotations,
                                       "Draws text and graphics over the view");
     verb.add_flag("--result", arguments.result, "Writes the rendered result itself, not the view")

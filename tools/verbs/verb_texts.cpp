@@ -40,7 +40,8 @@ constexpr std::array kTexts = {
         .summary = "Draws an image as a viewer would",
         .about = "Applies modality and VOI stage, palette, polarity and whatever a presentation "
                  "state asks for, and lays the image into the view. Without options the picture "
-                 "has the image's own size and the window of the file.",
+                 "has the image's own size and the window of the file. Of a whole-slide picture, "
+                 "whose levels may be several files, --region shows a part.",
         .formats =
             "By the extension of the output: .png, or .jpg and .jpeg at quality 90. Standard "
             "output receives PNG. With --all-frames OUT.png stands for OUT-0001.png, "
