@@ -44,7 +44,7 @@ std::optional<std::string> PartTwoOnly(const CDcmObject& header) {
                                                  syntax->number == kJpeg2000Part2Lossless);
     if (!isPartTwo) return std::nullopt;
     return "the frame could not be decoded: of " + std::string(syntax->name) +
-           ", this build has no decoder for multi-component transforms, only for plain streams";
+           ", this build has a decoder only for plain streams of one frame each";
 }
 
 // What a header tells of a frame that could not be had.
