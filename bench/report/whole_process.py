@@ -74,9 +74,10 @@ def plan(quorvex, folder, count):
     few = max(16, count // 25)
     for index in range(1, few):
         shutil.copy(plates / "0.dcm", plates / f"{index}.dcm")
-    for source in (slices, plates):
-        coded = folder / f"{source.name}_j2k"
-        together([quorvex, "convert", source, "-o", coded, "--to", "j2k-lossless"], 1)
+    for source, ending, target in ((slices, "j2k", "j2k-lossless"), (plates, "j2k", "j2k-lossless"),
+                                   (slices, "jls", "jpegls-lossless")):
+        coded = folder / f"{source.name}_{ending}"
+        together([quorvex, "convert", source, "-o", coded, "--to", target], 1)
     slice_files, plate_files = sorted(slices.iterdir()), sorted(plates.iterdir())
 
     def ours(verb, source, *options):
@@ -86,6 +87,7 @@ def plan(quorvex, folder, count):
     def peer(files, *command):
         return lambda target: each(files, command, target)
 
+    jpegls_files = sorted((folder / "slices_jls").iterdir())
     convert = ["--jobs", "1", "--no-verify", "--to"]
     scaled = ["dcmj2pnm", "--write-png", "--use-window", "1", "--scale-x-size", "128"]
     return {
@@ -98,6 +100,8 @@ def plan(quorvex, folder, count):
         "ConvertJ2k/OursVerified": ours("convert", slices, "--jobs", "1", "--to", "j2k-lossless"),
         "ConvertJ2k/Gdcmconv": peer(slice_files, "gdcmconv", "--j2k"),
         "ConvertHtj2k/Ours": ours("convert", slices, *convert, "htj2k-lossless"),
+        "DecodeJpegLs/Ours": ours("convert", folder / "slices_jls", *convert, "explicit"),
+        "DecodeJpegLs/Dcmdjpls": peer(jpegls_files, "dcmdjpls"),
         # Over the range of its values, an image is decoded whole.
         "ThumbnailJ2kSlices/Ours": ours("thumbnail", folder / "slices_j2k"),
         "ThumbnailJ2kSlices/Whole": ours("thumbnail", folder / "slices_j2k", "--data-range"),
