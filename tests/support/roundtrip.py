@@ -31,14 +31,15 @@ import pydicom
 warnings.simplefilter("ignore")
 
 LOSSLESS = ["implicit", "explicit", "deflated", "rle", "deflated-frames", "encapsulated", "jpeg-lossless",
-            "j2k-lossless", "jpegls-lossless", "htj2k-lossless", "htj2k-rpcl", "jpegxl-lossless"]
+            "j2k-lossless", "jpegls-lossless", "htj2k-lossless", "htj2k-rpcl", "jpegxl-lossless", "jpegxl-jpeg"]
 LOSSY = ["jpeg", "jpeg12", "j2k", "jpegls", "htj2k", "jpegxl"]
 # Another toolkit's decoder for each coding.
 DECODERS = {"rle": ["dcmdrle"], "deflated-frames": ["python"], "encapsulated": ["python"],
             "jpeg-lossless": ["dcmdjpeg", "+cn"], "j2k-lossless": ["gdcmconv", "--raw"],
             "jpeg": ["dcmdjpeg"], "jpeg12": ["dcmdjpeg"], "j2k": ["gdcmconv", "--raw"],
             "jpegls-lossless": ["dcmdjpls"], "jpegls": ["dcmdjpls"],
-            "htj2k-lossless": ["opj_decompress"], "htj2k-rpcl": ["opj_decompress"], "htj2k": ["opj_decompress"]}
+            "htj2k-lossless": ["opj_decompress"], "htj2k-rpcl": ["opj_decompress"], "htj2k": ["opj_decompress"],
+            "jpegxl-lossless": ["djxl"], "jpegxl": ["djxl"]}
 # What a coding may change.
 DEMANDED = {"TransferSyntaxUID", "PhotometricInterpretation", "PlanarConfiguration",
             # a source that had lost something says so
@@ -217,6 +218,68 @@ def decoded_by_openjpeg(path, folder):
     return b"".join(frames_of_file)
 
 
+def samples_of_pnm(path):
+    """Samples by pixel of a PGM or PPM file of djxl, and their greatest value: whatever that says, it is all bits."""
+    kind, size, most, data = path.read_bytes().split(b"\n", 3)
+    columns, rows = map(int, size.split())
+    samples = np.frombuffer(data, ">u2" if int(most) > 255 else "u1")
+    return samples[:columns * rows * (3 if kind == b"P6" else 1)].astype(np.int64), 0xFFFF if int(most) > 255 else 255
+
+
+def narrowed(samples, most, dataset):
+    """Values as they are stored, of samples that were spread over 8 or 16 bits."""
+    for bits in (dataset.BitsStored, dataset.BitsAllocated):
+        highest = (1 << bits) - 1
+        stored = (samples * highest + most // 2) // most
+        is_lossy = dataset.file_meta.TransferSyntaxUID == "1.2.840.10008.1.2.4.112"  # never beyond Bits Stored
+        if is_lossy or np.all(np.abs((stored * most + highest // 2) // highest - samples) <= 1):
+            break
+    return stored.astype("u1" if dataset.BitsAllocated <= 8 else "<u2").tobytes()
+
+
+def decoded_by_djxl(path, folder):
+    """Samples by pixel; a stream that is told as XYB comes out as RGB."""
+    dataset = pydicom.dcmread(path, force=True)
+    stream, picture = pathlib.Path(folder) / "frame.jxl", pathlib.Path(folder) / "frame.ppm"
+    picture = picture if dataset.SamplesPerPixel == 3 else picture.with_suffix(".pgm")
+    frames_of_file = []
+    for codestream in codestreams_of(dataset):
+        stream.write_bytes(codestream)
+        if run("djxl", stream, picture).returncode != 0:
+            return None
+        frames_of_file.append(narrowed(*samples_of_pnm(picture), dataset))
+    return b"".join(frames_of_file)
+
+
+def without_pad(stream):
+    return stream[:stream.rfind(b"\xff\xd9") + 2]
+
+
+def jpeg_streams(path):
+    """The frames' streams as pydicom finds them, without what makes them even."""
+    dataset = pydicom.dcmread(path, force=True)
+    count = int(dataset.get("NumberOfFrames") or 1)
+    return [without_pad(one)
+            for one in pydicom.encaps.generate_pixel_data_frame(dataset.PixelData, count)]
+
+
+def given_back(quorvex, source, result, tools, folder):
+    """Complaints about JPEG streams that do not come out of JPEG XL to the byte."""
+    before = jpeg_streams(source)
+    back, stream = pathlib.Path(folder) / "back.dcm", pathlib.Path(folder) / "frame.jxl"
+    if run(quorvex, "convert", result, "-o", back, "--to", "jpeg-original").returncode != 0:
+        yield "jpeg-original refuses it"
+    elif jpeg_streams(back) != before:
+        yield "jpeg-original gives other streams"
+    if "djxl" not in tools:
+        return
+    for codestream, wanted in zip(codestreams_of(pydicom.dcmread(result, force=True)), before):
+        stream.write_bytes(codestream)
+        jpeg = stream.with_suffix(".jpg")
+        if run("djxl", stream, jpeg).returncode != 0 or without_pad(jpeg.read_bytes()) != wanted:
+            yield "djxl gives another JPEG stream"
+
+
 def out_of_fragments(path):
     """Frames of whole bytes that lie plain or deflated in their fragments."""
     dataset = pydicom.dcmread(path, force=True)
@@ -238,6 +301,8 @@ def decoded_by_another(path, decoder, folder):
         return out_of_fragments(path)
     if decoder == ["opj_decompress"]:
         return decoded_by_openjpeg(path, folder)
+    if decoder == ["djxl"]:
+        return decoded_by_djxl(path, folder)
     plain = pathlib.Path(folder) / "plain.dcm"
     plain.unlink(missing_ok=True)
     if run(*decoder, path, plain).returncode != 0:
@@ -336,6 +401,9 @@ def compare_pixels(quorvex, source, result, target, tools, folder):
             yield "samples differ"
     if has_same_frames(source, result):
         return  # what the source says of them stands
+    if target == "jpegxl-jpeg":
+        yield from given_back(quorvex, source, result, tools, folder)
+        return
     yield from true_label(result)
     decoder = DECODERS.get(target)
     if not decoder or decoder[0] not in tools or is_beyond(decoder[0], header):
@@ -402,7 +470,7 @@ def main():
     parser.add_argument("--table", action="store_true")
     parser.add_argument("--verbose", action="store_true")
     options = parser.parse_args()
-    others = ("dcmdjpls", "dcmdrle", "dcmdjpeg", "gdcmconv", "opj_decompress", "dciodvfy")
+    others = ("dcmdjpls", "dcmdrle", "dcmdjpeg", "gdcmconv", "opj_decompress", "djxl", "dciodvfy")
     tools = {"python"} | {tool for tool in others if shutil.which(tool)}
     files = []
     for path in options.inputs:
