@@ -4,6 +4,11 @@
 #include "fuzz/reading.h"
 #include "quorvex/Attributes.h"
 #include "tests/support/digest.h"
+#include "tests/support/host_source.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
 
 namespace {
 
@@ -32,9 +37,31 @@ void Show(CDcmApp& app, const CString& path, fuzz::Options& options) {
     fuzz::ShowAsDrawn(image, options);
 }
 
+/// The file by a host's source, with more behind it than is kept in memory: each read may fail, and
+/// what comes is what the whole file gives, or a code.
+void FromSource(CDcmApp& app, fuzz::Options& options) {
+    test::Bytes bytes = options.Front();
+    bytes.resize(bytes.size() + (std::size_t{64} << 10));
+    const auto good = std::make_shared<test::HostSource>(bytes);
+    const auto bad = std::make_shared<test::HostSource>(std::move(bytes));
+    bad->failAt = options.Between(1, 12);
+    bad->wrong = options.Flag() ? test::HostSource::kGivesHalf : test::HostSource::kThrows;
+    CxDcmParser whole;
+    CxDcmParser parser;
+    const bool isRead = whole.Initialize(&app, good, 0) == QVM_SUCCESS;
+    if (parser.Initialize(&app, bad, 0) != QVM_SUCCESS) return;
+    fuzz::Require(isRead);
+    for (int i = 0; i < std::min(parser.GetFrameCount(), 3); ++i) {
+        const test::Answered frame = test::FrameOf(parser, i);
+        const bool isWhole = frame == test::FrameOf(whole, i);
+        fuzz::Require(isWhole || frame.code == QVM_ERROR_FAILED_TO_GET_PIXEL_DATA);
+    }
+}
+
 void Open(fuzz::Options& options) {
     const fuzz::MemoryPath path(options.Front());
     CDcmApp app;
+    if (options.Flag()) return FromSource(app, options);
     CxDcmParser parser;
     const bool isRead = parser.Initialize(&app, path.Text(), options.Flag() ? 1 : 0) == QVM_SUCCESS;
     if (parser.GetHeader() != nullptr) (void)test::DigestOf(*parser.GetHeader());

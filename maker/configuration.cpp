@@ -38,7 +38,7 @@ std::optional<std::string> ContentOf(const std::string& path) {
     const FileReader file(path);
     if (!file.IsOpen() || file.Size() > kLargestConfiguration) return std::nullopt;
     std::string text(file.Size(), '\0');
-    if (!file.Read({reinterpret_cast<unsigned char*>(text.data()), text.size()}))
+    if (!file.Read(0, {reinterpret_cast<unsigned char*>(text.data()), text.size()}))
         return std::nullopt;
     return text;
 }

@@ -1,15 +1,18 @@
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/encoding.h"
 #include "foundation/platform/diagnostics.h"
-#include "foundation/platform/file_reader.h"
 #include "foundation/types/answer.h"
+#include "foundation/types/undo.h"
 #include "parser/parsed_file.h"
 #include "parser/photometric.h"
+#include "parser/source/file_window.h"
 
 #include <algorithm>
 #include <array>
 #include <new>
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -43,65 +46,106 @@ int Fail(const std::string& line) {
 }  // namespace
 
 QUORVEX_MESSAGE ParsedFile::Initialize(CDcmApp& newApp, const CString& path, int readWholeFile) {
-    fileBuffer.reset();
+    file = {};
     SetOwnHeader(nullptr);
     app = &newApp;
-    if (ReadDicomFileToBuffer(path) == 0) return QVM_ERROR_FAILED_TO_READ_FILE;
+    file = StoredFile::At(path.ToUtf8());
+    return ReadHeader(path, readWholeFile);
+}
+
+QUORVEX_MESSAGE ParsedFile::Initialize(CDcmApp& newApp, std::shared_ptr<FileSource> source,
+                                       int readWholeFile) {
+    file = {};
+    SetOwnHeader(nullptr);
+    app = &newApp;
+    file = StoredFile::From(std::move(source));
+    return ReadHeader({}, readWholeFile);
+}
+
+QUORVEX_MESSAGE ParsedFile::ReadHeader(const CString& path, int readWholeFile) {
+    UndoUnlessKept forget([&] {
+        file = {};
+        SetOwnHeader(nullptr);
+    });
+    FileReading reading(file);
+    const QUORVEX_MESSAGE result = Parse(reading, path, readWholeFile);
+    if (result == QVM_ERROR_FAILED_TO_READ_FILE || !reading.IsSound())
+        return QVM_ERROR_FAILED_TO_READ_FILE;
+    forget.Keep();
+    if (result == QVM_ERROR_FAILED_TO_PARSE_DICOM)
+        WriteDebugLine("QVM_ERROR_FAILED_TO_PARSE_DICOM error\n");
+    return result;
+}
+
+QUORVEX_MESSAGE ParsedFile::Parse(FileReading& reading, const CString& path, int readWholeFile) {
+    FileWindow window(reading);
+    if (ReadDicomFileToBuffer(reading, window, readWholeFile) == 0)
+        return QVM_ERROR_FAILED_TO_READ_FILE;
     std::unique_ptr<CDcmObject> object;
     const int isParsed =
         isPart10 != 0
-            ? ParseDicomHeaderOfPart10File(object, pixelDataOffset, path, readWholeFile)
-            : ParseDicomHeaderOfNonPart10File(object, pixelDataOffset, path, readWholeFile);
+            ? ParseDicomHeaderOfPart10File(object, reading, window, path, readWholeFile)
+            : ParseDicomHeaderOfNonPart10File(object, reading, window, path, readWholeFile);
     if (object) CorrectSamplesPerPixel(*object);
     SetOwnHeader(std::move(object));
     headerHoldsPixels = readWholeFile != 0;
-    if (isParsed != 0) return QVM_SUCCESS;
-    WriteDebugLine("QVM_ERROR_FAILED_TO_PARSE_DICOM error\n");
-    return QVM_ERROR_FAILED_TO_PARSE_DICOM;
+    KeepPixelDataStart(window);
+    return isParsed != 0 ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_PARSE_DICOM;
 }
 
-int ParsedFile::ReadDicomFileToBuffer(const CString& path) {
-    const FileReader file(path.ToUtf8());
-    if (!file.IsOpen()) {
-        return Fail("ReadDicomFileToBuffer file open error :" + std::to_string(file.Error()));
-    }
-    std::array<unsigned char, dicom::kPart10Start> start{};
-    if (file.Size() <= dicom::kPart10Start || !file.Read(start)) {
+/// A file that is small, or is wanted whole, goes into memory; of any other its first bytes are
+/// looked at.
+int ParsedFile::ReadDicomFileToBuffer(FileReading& reading, FileWindow& window, int readWholeFile) {
+    if (!reading.IsOpen())
+        return Fail("ReadDicomFileToBuffer file open error :" + std::to_string(reading.Error()));
+    if (reading.Size() <= dicom::kPart10Start)
         return Fail("ReadDicomFileToBuffer file size error\n");
-    }
+    const bool isWhole = readWholeFile != 0 && reading.Size() > FileWindow::kSmallFile;
+    if (isWhole && !TakeWholeFile(reading)) return Fail("ReadDicomFileToBuffer file size error\n");
+    const auto start = window.Look(0, dicom::kPart10Start);
+    if (start.empty()) return Fail("ReadDicomFileToBuffer file size error\n");
     if (dicom::HasPart10Marker(start)) {
         isPart10 = 1;
     } else if (start[0] == 0 && (start[1] == 8 || start[1] == 2)) {
         isPart10 = 0;
     }
-    fileSize = file.Size();
-    if (!TakeFileBuffer(fileSize)) {
+    if (HeapBlock whole = window.TakeWhole(); whole && reading.IsSound())
+        KeepInMemory(FileImage(std::move(whole)), reading);
+    return 1;
+}
+
+bool ParsedFile::TakeWholeFile(FileReading& reading) {
+    if (!file.InMemory().empty()) return true;
+    auto pages = Contain(std::optional<PageBlock>(),
+                         [&] { return std::optional<PageBlock>(reading.Size()); });
+    if (!pages) {
         WriteDebugLine("ReadDicomFileToBuffer VirtualAlloc error\n");
         throw std::bad_alloc();
     }
-    if (file.Read(FileBytes())) return 1;
-    fileBuffer.reset();
-    return Fail("ReadDicomFileToBuffer file size error\n");
+    if (!reading.Read(0, pages->Bytes()) || !reading.IsSound()) return false;
+    KeepInMemory(FileImage(std::move(*pages)), reading);
+    return true;
 }
 
-bool ParsedFile::TakeFileBuffer(std::size_t size) {
-    return Contain(false, [&] {
-        fileBuffer.reset(TakePages(size));
-        return true;
-    });
+void ParsedFile::KeepInMemory(FileImage image, FileReading& reading) {
+    file.KeepInMemory(std::move(image));
+    reading.TurnTo(file);
 }
 
 int ParsedFile::IsThisPart10File() const noexcept {
-    return dicom::HasPart10Marker(FileBytes()) ? 1 : 0;
+    return dicom::HasPart10Marker(file.InMemory()) ? 1 : 0;
 }
 
 QUORVEX_MESSAGE ParsedFile::Initialize(CDcmApp& newApp, CDcmObject& object,
                                        const unsigned char* fileBytes, unsigned long size,
                                        unsigned long offset) {
-    fileBuffer.reset();
+    file = {};
     if (fileBytes != nullptr) {
         if (!TakeFileImage(fileBytes, size)) return QVM_ERROR_INVALID_DCMAPP;
         pixelDataOffset = offset;
+        FileReading reading(std::as_const(file));
+        FileWindow window(reading);
+        KeepPixelDataStart(window);
     }
     CorrectSamplesPerPixel(object);
     app = &newApp;
@@ -111,15 +155,15 @@ QUORVEX_MESSAGE ParsedFile::Initialize(CDcmApp& newApp, CDcmObject& object,
 }
 
 bool ParsedFile::TakeFileImage(const unsigned char* fileBytes, unsigned long size) {
-    fileBuffer.reset(TakePages(size));
-    fileSize = size;
-    std::copy_n(fileBytes, size, fileBuffer.get());
+    PageBlock pages(size);
+    std::copy_n(fileBytes, size, pages.Data());
+    file = StoredFile::In(FileImage(std::move(pages)));
     if (IsThisPart10File() != 0) {
         isPart10 = 1;
-    } else if (BeginsWithKnownGroup(FileBytes())) {
+    } else if (BeginsWithKnownGroup(file.InMemory())) {
         isPart10 = 0;
     } else {
-        fileBuffer.reset();
+        file = {};
         return false;
     }
     return true;

@@ -1,7 +1,9 @@
+#include "foundation/dicom/model/encoding.h"
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/reading/resynchronise.h"
 #include "foundation/platform/diagnostics.h"
 #include "parser/parsed_file.h"
+#include "parser/source/file_window.h"
 
 #include <algorithm>
 #include <string>
@@ -11,49 +13,13 @@ namespace {
 
 constexpr std::uint32_t kFirstTag = tag::InGroup(0x0008, 0);
 constexpr std::uint32_t kJustBelowPixelData = tag::kPixelData - 1;
-constexpr unsigned long kPieceBytes = 16384;
 
-/// What a read callback works on. Pieces are handed out where they lie.
-struct StreamReadContext {
-    unsigned char* base = nullptr;
-    unsigned char* cursor = nullptr;
-    unsigned long delivered = 0;
-    unsigned long total = 0;
-};
-
-/// The first-call flag starts over, so that a context whose base has moved delivers from there.
-MC_STATUS Deliver(void* user, bool isFirst, int* length, void** data, int* last) {
-    auto* context = static_cast<StreamReadContext*>(user);
-    if (context == nullptr || context->base == nullptr) return kMcRefuse;
-    if (isFirst) {
-        context->delivered = 0;
-        context->cursor = context->base;
-    }
-    const unsigned long remaining = context->total - context->delivered;
-    const unsigned long count = std::min(remaining, kPieceBytes);
-    *last = remaining <= kPieceBytes ? 1 : 0;
-    *length = static_cast<int>(count);
-    *data = context->cursor;
-    context->cursor += count;
-    context->delivered += count;
-    return kMcContinue;
-}
-
-MC_STATUS ReadFromFile(const char* /*fileName*/, void* user, int* length, void** data, int first,
-                       int* last) {
-    return Deliver(user, first != 0, length, data, last);
-}
-
-MC_STATUS ReadFromStream(int /*messageId*/, void* user, int first, int* length, void** data,
-                         int* last) {
-    return Deliver(user, first != 0, length, data, last);
-}
-
-DCMRESULT ReadStream(CDcmObject& object, std::uint32_t stopTag, StreamReadContext& context,
-                     unsigned long& offset) {
+DCMRESULT ReadStream(CDcmObject& object, std::uint32_t stopTag, FileWindow& window,
+                     std::size_t base, unsigned long& offset) {
     unsigned long scratch = 0;
-    return object.ReadStream2(kFirstTag, stopTag, kImplicitLittleEndian, &scratch, &offset,
-                              &context, ReadFromStream);
+    PieceReader pieces(window, base);
+    return object.ReadStream2(kFirstTag, stopTag, kImplicitLittleEndian, &scratch, &offset, &pieces,
+                              PieceReader::ReadFromStream);
 }
 
 std::unique_ptr<CDcmObject> MakeObject(const CString& path) {
@@ -62,17 +28,28 @@ std::unique_ptr<CDcmObject> MakeObject(const CString& path) {
     return object;
 }
 
+/// Whether a data set can begin at the file's first byte. Looks at no more than it takes to tell.
+bool CanBegin(FileWindow& window) {
+    dicom::FileBeginning beginning{.needed = dicom::kPart10Start};
+    while (beginning.needed != 0) {
+        const auto start = window.LookFar(beginning.needed);
+        if (start.empty()) return false;
+        beginning = dicom::DataSetFinder::BeginningOf(start, window.FileSize());
+    }
+    return beginning.canBegin;
+}
+
 /// Looks for a position from which the rest reads as a data set, from `offset` on, where the first
 /// try stopped. Almost any bytes can be read as elements, so only where a data set can begin is one
 /// tried. False without such a position; otherwise `offset` is where its reading stopped.
-bool Resynchronise(CDcmObject& object, std::span<unsigned char> file, dicom::DataSetFinder& finder,
+bool Resynchronise(CDcmObject& object, std::span<const unsigned char> file, FileWindow& window,
                    std::uint32_t stopTag, unsigned long& offset) {
     const unsigned long start = offset;
+    dicom::DataSetFinder finder(file);
     for (unsigned long i = std::max(start, 1UL); i < file.size(); ++i) {
         if (!finder.CanBeginAt(i)) continue;
-        StreamReadContext context{.base = file.data() + i, .total = file.size() - i};
         unsigned long local = 0;
-        if (ReadStream(object, stopTag, context, local) != kDcmSuccess) continue;
+        if (ReadStream(object, stopTag, window, i, local) != kDcmSuccess) continue;
         offset = local + i;
         break;
     }
@@ -82,39 +59,40 @@ bool Resynchronise(CDcmObject& object, std::span<unsigned char> file, dicom::Dat
 }  // namespace
 
 int ParsedFile::ParseDicomHeaderOfPart10File(std::unique_ptr<CDcmObject>& object,
-                                             unsigned long& offset, const CString& path,
-                                             int readWholeFile) {
-    StreamReadContext context{.base = fileBuffer.get(), .total = fileSize};
+                                             FileReading& reading, FileWindow& window,
+                                             const CString& path, int readWholeFile) {
+    PieceReader pieces(window, 0);
     object = MakeObject(path);
     const DCMRESULT result =
-        readWholeFile != 0
-            ? object->ReadFile(app, &context, ReadFromFile)  // what it holds now may be another
-            : object->ReadFileUptoTag(app, kJustBelowPixelData, &offset, &context, ReadFromFile);
+        readWholeFile != 0  // from the bytes that were read: what the file holds now may be another
+            ? object->ReadFile(app, &pieces, PieceReader::ReadFromFile)
+            : object->ReadFileUptoTag(app, kJustBelowPixelData, &pixelDataOffset, &pieces,
+                                      PieceReader::ReadFromFile);
     if (result == kDcmSuccess) {
         WriteDebugLine("ParseDicomHeaderOfPart10File success(" + path.ToUtf8() + ")");
         return 1;
     }
     object.reset();
     WriteDebugLine("ParseDicomHeaderOfPart10File error\n");
-    return ParseDicomHeaderOfNonPart10File(object, offset, path, readWholeFile);
+    return ParseDicomHeaderOfNonPart10File(object, reading, window, path, readWholeFile);
 }
 
+/// A damaged file is brought into memory and searched for the place where it begins.
 int ParsedFile::ParseDicomHeaderOfNonPart10File(std::unique_ptr<CDcmObject>& object,
-                                                unsigned long& offset, const CString& path,
-                                                int readWholeFile) {
-    StreamReadContext context{.base = fileBuffer.get(), .total = fileSize};
+                                                FileReading& reading, FileWindow& window,
+                                                const CString& path, int readWholeFile) {
     object = MakeObject(path);
     (void)object->Create();
     const std::uint32_t stopTag =
         readWholeFile != 0 ? tag::kDataSetTrailingPadding : kJustBelowPixelData;
-    dicom::DataSetFinder finder(FileBytes());
-    if (!finder.CanBeginAt(0)) {
-        offset = 0;
-    } else if (ReadStream(*object, stopTag, context, offset) == kDcmSuccess) {
+    if (!CanBegin(window)) {
+        pixelDataOffset = 0;
+    } else if (ReadStream(*object, stopTag, window, 0, pixelDataOffset) == kDcmSuccess) {
         WriteDebugLine("ParseDicomHeaderOfNonPart10File success\n");
         return 1;
     }
-    if (!Resynchronise(*object, FileBytes(), finder, stopTag, offset)) {
+    if (!TakeWholeFile(reading)) return 0;
+    if (!Resynchronise(*object, file.InMemory(), window, stopTag, pixelDataOffset)) {
         WriteDebugLine("ParseDicomHeaderOfNonPart10File pixel offset error\n");
         return 0;
     }

@@ -3,6 +3,7 @@
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/reading/element_header.h"
+#include "parser/source/file_window.h"
 
 #include <algorithm>
 
@@ -10,14 +11,12 @@ namespace quorvex {
 
 ParsedFile::ParsedFile(const ParsedFile& other)
     : isPart10(other.isPart10),
-      fileSize(other.fileSize),
+      file(other.file),
       pixelDataOffset(other.pixelDataOffset),
+      pixelDataStart(other.pixelDataStart),
+      pixelDataStartBytes(other.pixelDataStartBytes),
       app(other.app),
       headerHoldsPixels(other.headerHoldsPixels) {
-    if (other.fileBuffer) {
-        fileBuffer.reset(TakePages(fileSize));
-        std::copy_n(other.fileBuffer.get(), fileSize, fileBuffer.get());
-    }
     if (other.header != nullptr) SetOwnHeader(std::make_unique<CDcmObject>(*other.header));
 }
 
@@ -40,22 +39,34 @@ int ParsedFile::GetFrameCount() const {
 }
 
 bool ParsedFile::FramesLieInFile(TRANSFER_SYNTAX syntax) const noexcept {
-    return fileBuffer && !headerHoldsPixels && syntax != kDeflatedExplicitLittleEndian;
+    return file.IsThere() && !headerHoldsPixels && syntax != kDeflatedExplicitLittleEndian;
 }
 
-std::span<unsigned char> ParsedFile::PixelDataValue(TRANSFER_SYNTAX syntax) const noexcept {
+PixelValue ParsedFile::PixelDataValue(TRANSFER_SYNTAX syntax) const noexcept {
     const bool isBigEndian = IsBigEndian(syntax);
     const std::size_t headerBytes = header->PixelDataHeaderLength();
-    if (pixelDataOffset > fileSize || headerBytes > fileSize - pixelDataOffset) return {};
-    const auto element = FileBytes().subspan(pixelDataOffset);
-    const auto value = element.subspan(headerBytes);
-    if (dicom::LoadTag(element.data(), isBigEndian) != tag::kPixelData) {
-        return ownsHeader != 0 ? std::span<unsigned char>{} : value;
-    }
-    const auto* const lengthBytes = value.data() - sizeof(std::uint32_t);
+    const auto element = std::span(pixelDataStart).first(pixelDataStartBytes);
+    if (headerBytes > element.size()) return {};
+    const PixelValue rest = {.offset = pixelDataOffset + headerBytes,
+                             .bytes = file.Size() - pixelDataOffset - headerBytes,
+                             .start = element.subspan(headerBytes)};
+    if (dicom::LoadTag(element.data(), isBigEndian) != tag::kPixelData)
+        return ownsHeader != 0 ? PixelValue{} : rest;
+    const auto* const lengthBytes = rest.start.data() - sizeof(std::uint32_t);
     const auto length = dicom::Load<std::uint32_t>(lengthBytes, isBigEndian);
-    if (length == dicom::kUndefinedLength || length == 0) return value;
-    return value.first(std::min<std::size_t>(value.size(), length));
+    if (length == dicom::kUndefinedLength || length == 0) return rest;
+    PixelValue value = rest;
+    value.bytes = std::min<std::uint64_t>(rest.bytes, length);
+    value.start = rest.start.first(std::min<std::uint64_t>(rest.start.size(), length));
+    return value;
+}
+
+void ParsedFile::KeepPixelDataStart(FileWindow& window) {
+    pixelDataStartBytes = 0;
+    if (pixelDataOffset >= file.Size()) return;
+    const auto start = std::span(pixelDataStart)
+                           .first(std::min(pixelDataStart.size(), file.Size() - pixelDataOffset));
+    if (window.Copy(pixelDataOffset, start)) pixelDataStartBytes = start.size();
 }
 
 SampleType ParsedFile::GetSampleType() const {
@@ -69,7 +80,7 @@ SampleType ParsedFile::GetSampleType() const {
     TRANSFER_SYNTAX syntax = kSyntaxNone;
     header->GetTransferSyntax(syntax);
     const bool hasIntegers =
-        has(tag::kPixelData) || (FramesLieInFile(syntax) && !PixelDataValue(syntax).empty());
+        has(tag::kPixelData) || (FramesLieInFile(syntax) && PixelDataValue(syntax).bytes != 0);
     if (hasIntegers) return SampleType::kInteger;
     return isFloat ? SampleType::kFloat32 : SampleType::kFloat64;
 }
@@ -80,12 +91,14 @@ std::optional<std::size_t> ParsedFile::OffsetOfLast(std::uint32_t tag) const {
     const bool isThere = header->GetValueLength(tag, 1, length) == kDcmSuccess &&
                          header->GetTransferSyntax(syntax) == kDcmSuccess &&
                          FramesLieInFile(syntax);
-    if (!isThere || pixelDataOffset > fileSize || length > pixelDataOffset) return std::nullopt;
+    if (!isThere || pixelDataOffset > file.Size() || length > pixelDataOffset) return std::nullopt;
     const std::size_t offset = pixelDataOffset - length;
+    FileReading reading(file);
     for (const std::size_t headerBytes : {dicom::kLongHeader, dicom::kShortHeader}) {
         if (headerBytes > offset) continue;
-        const auto* const begin = FileBytes().data() + offset - headerBytes;
-        if (dicom::LoadTag(begin, IsBigEndian(syntax)) == tag) return offset;
+        std::array<unsigned char, sizeof(std::uint32_t)> start{};
+        const bool isRead = reading.Read(offset - headerBytes, start) && reading.IsSound();
+        if (isRead && dicom::LoadTag(start.data(), IsBigEndian(syntax)) == tag) return offset;
     }
     return std::nullopt;
 }

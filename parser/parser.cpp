@@ -11,6 +11,7 @@
 #include "quorvex/Tags.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -19,7 +20,7 @@ namespace {
 std::size_t NativeBytes(const ParsedFile& file, const CDcmObject& header) {
     TRANSFER_SYNTAX syntax = kSyntaxNone;
     if (header.GetTransferSyntax(syntax) != kDcmSuccess || IsEncapsulated(syntax)) return 0;
-    if (file.FramesLieInFile(syntax)) return file.PixelDataValue(syntax).size();
+    if (file.FramesLieInFile(syntax)) return file.PixelDataValue(syntax).bytes;
     unsigned long length = 0;
     return header.GetValueLength(tag::kPixelData, 1, length) == kDcmSuccess ? length : 0;
 }
@@ -60,6 +61,19 @@ QUORVEX_MESSAGE CxDcmParser::Initialize(CDcmApp* app, CString path, int readWhol
     ForgetFrames(*state_);
     return Answer(QVM_ERROR_FAILED_TO_READ_FILE, [&] {
         return ByItsRules(*state_, state_->file.Initialize(*app, path, readWholeFile));
+    });
+}
+
+QUORVEX_MESSAGE CxDcmParser::Initialize(CDcmApp* app, std::shared_ptr<FileSource> source,
+                                        int readWholeFile) {
+    if (app == nullptr) {
+        WriteDebugLine("QVM_ERROR_INVALID_DCMAPP error\n");
+        return QVM_ERROR_INVALID_DCMAPP;
+    }
+    ForgetFrames(*state_);
+    return Answer(QVM_ERROR_FAILED_TO_READ_FILE, [&] {
+        if (!source) return QVM_ERROR_FAILED_TO_READ_FILE;
+        return ByItsRules(*state_, state_->file.Initialize(*app, std::move(source), readWholeFile));
     });
 }
 
@@ -123,12 +137,13 @@ FrameQuality CxDcmParser::GetFrameQuality() const noexcept {
 QUORVEX_MESSAGE CxDcmParser::GetAFrame(unsigned long offset, unsigned long size,
                                        unsigned char*& data) {
     return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
-        const auto file = state_->file.FileBytes();
-        if (file.data() == nullptr || offset > file.size() || size > file.size() - offset) {
-            return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-        }
+        if (!state_->file.File().IsThere()) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+        FileReading file(state_->file.File());
+        const bool isInside = offset <= file.Size() && size <= file.Size() - offset;
+        if (!file.IsOpen() || !isInside) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
         HeapBlock block(size);
-        std::ranges::copy(file.subspan(offset, size), block.Data());
+        if (!file.Read(offset, block.Bytes()) || !file.IsSound())
+            return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
         data = block.Release();
         return QVM_SUCCESS;
     });

@@ -6,6 +6,19 @@
 #include <unistd.h>
 
 namespace quorvex {
+namespace {
+
+FileIdentity IdentityOf(const struct stat& facts) noexcept {
+    return {.device = facts.st_dev,
+            .number = facts.st_ino,
+            .size = static_cast<std::uint64_t>(facts.st_size),
+            .writtenSeconds = facts.st_mtim.tv_sec,
+            .writtenNanoseconds = facts.st_mtim.tv_nsec,
+            .changedSeconds = facts.st_ctim.tv_sec,
+            .changedNanoseconds = facts.st_ctim.tv_nsec};
+}
+
+}  // namespace
 
 FileReader::FileReader(const std::string& path) noexcept
     // Without O_NONBLOCK a pipe that nobody writes to would hold the caller for ever.
@@ -18,7 +31,7 @@ FileReader::FileReader(const std::string& path) noexcept
     } else if (!S_ISREG(facts.st_mode)) {
         Refuse(EINVAL);
     } else {
-        size_ = static_cast<std::size_t>(facts.st_size);
+        identity_ = IdentityOf(facts);
     }
 }
 
@@ -32,12 +45,17 @@ void FileReader::Refuse(int error) noexcept {
     descriptor_ = -1;
 }
 
-bool FileReader::Read(std::span<unsigned char> bytes) const noexcept {
+bool FileReader::IsUnchanged() const noexcept {
+    struct stat facts {};
+    return fstat(descriptor_, &facts) == 0 && IdentityOf(facts) == identity_;
+}
+
+bool FileReader::Read(std::uint64_t offset, std::span<unsigned char> bytes) const noexcept {
     std::size_t done = 0;
     while (done < bytes.size()) {
         const auto rest = bytes.subspan(done);
         const ssize_t count =
-            pread(descriptor_, rest.data(), rest.size(), static_cast<off_t>(done));
+            pread(descriptor_, rest.data(), rest.size(), static_cast<off_t>(offset + done));
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) return false;
         done += static_cast<std::size_t>(count);

@@ -3,6 +3,7 @@
 
 #include "quorvex/DicomObject.h"
 #include "quorvex/Export.h"
+#include "quorvex/FileSource.h"
 #include "quorvex/ResultCodes.h"
 #include "quorvex/Types.h"
 
@@ -14,9 +15,18 @@ struct ParserState;
 
 /// One DICOM file or object: its header, and its frames as plain pixels.
 ///
-/// Holds the whole file in memory and keeps no decoded pixels. Different parsers may work in
-/// different threads at once; one parser serves one thread at a time. A copy is deep, and owns its
-/// header. Initialize() may be repeated; it replaces what was there.
+/// Holds the header in memory, and where the coded frames lie once one was asked for; no pixels.
+/// Each frame is read from its file when it is fetched. Between the calls no file is open, so that
+/// a host may keep any number of parsers. Different parsers may work in different threads at once;
+/// one parser serves one thread at a time. A copy is deep, and owns its header. Initialize() may be
+/// repeated; it replaces what was there.
+///
+/// A file must stay where it is, and what it is, while its frames are wanted: one that was written
+/// to, replaced, moved or taken away gives no more frames, but a result code, and never one that is
+/// mixed from two states. (Two changes within one tick of the system's clock, some milliseconds,
+/// look like one.) Whoever must part with the file earlier asks for it whole, or hands over its
+/// bytes. Files of up to 64 KiB, and damaged ones that were searched for a beginning, are held in
+/// memory in any case.
 class QUORVEX_API CxDcmParser {
 public:
     CxDcmParser();
@@ -27,7 +37,8 @@ public:
     /// Chooses the rules for what is opened from now on; established ones at first.
     void SetRules(Rules rules) noexcept;
 
-    /// Reads a file, Part 10 or bare data set, whole into memory and parses its header.
+    /// Reads the header of a file, Part 10 or bare data set: with a window that starts small and
+    /// grows as the header asks for more, so that what follows is not read.
     ///
     /// Samples per Pixel of the header is set to what Photometric Interpretation demands: 1 for
     /// MONOCHROME1, MONOCHROME2 and PALETTE COLOR, 3 for any other text, but the 4 of CMYK in JPEG
@@ -35,14 +46,24 @@ public:
     /// standard that differs from it in letter case, blanks and underscores only, and native
     /// YBR_FULL_422 whose Pixel Data has three samples a pixel becomes YBR_FULL.
     ///
+    /// @param path           a relative one counts from where the process stands now, for the
+    ///                       frames too
     /// @param readWholeFile  0: the header stops ahead of Pixel Data. Otherwise it holds all, and
-    ///                       frames come from it
+    ///                       frames come from it; the file is in memory too, and not asked again
     /// @return QVM_SUCCESS, or
     ///         QVM_ERROR_INVALID_DCMAPP         no `app`; nothing has changed
-    ///         QVM_ERROR_FAILED_TO_READ_FILE    no readable file of more than 132 bytes, no memory
+    ///         QVM_ERROR_FAILED_TO_READ_FILE    no readable file of more than 132 bytes, one that
+    ///                                          changed while it was read, no memory
     ///         QVM_ERROR_FAILED_TO_PARSE_DICOM  nothing that parses, at no position of the file;
     ///                                          GetHeader() may hold what was understood
     QUORVEX_MESSAGE Initialize(CDcmApp* app, CString path, int readWholeFile);
+
+    /// The same of bytes that a host gives: from an archive, an object store, memory.
+    ///
+    /// @param source  used by this parser and its copies, until they are initialised again or end;
+    ///                see FileSource for what it has to promise
+    /// @return as above; without a `source` QVM_ERROR_FAILED_TO_READ_FILE
+    QUORVEX_MESSAGE Initialize(CDcmApp* app, std::shared_ptr<FileSource> source, int readWholeFile);
 
     /// Takes an object that the caller has parsed and, where there is one, its file's image.
     ///
@@ -53,7 +74,7 @@ public:
     ///                         endian; it may be shorter than 132 bytes
     /// @param pixelDataOffset  where the Pixel Data element's tag lies in `fileBytes`
     /// @return QVM_SUCCESS, or QVM_ERROR_INVALID_DCMAPP: no `app` or no `object` (nothing has
-    ///         changed), content not recognised or no memory (the old file buffer is gone)
+    ///         changed), content not recognised or no memory (the old file is gone)
     QUORVEX_MESSAGE Initialize(CDcmApp* app, CDcmObject* object, unsigned char* fileBytes,
                                unsigned long fileSize, unsigned long pixelDataOffset);
 
@@ -96,7 +117,8 @@ public:
     ///         QVM_ERROR_FAILED_TO_PARSE_DICOM     no header, or a transfer syntax we cannot read
     ///         QVM_ERROR_INVALID_FRAME_INDEX       below 0, or not below GetFrameCount()
     ///         QVM_ERROR_FAILED_TO_GET_PIXEL_DATA  no usable Rows, Columns or Pixel Data, nothing
-    ///                                             stored of this frame, no memory
+    ///                                             stored of this frame, a file that has changed
+    ///                                             or cannot be read any more, no memory
     ///         QVM_ERROR_FAILED_TO_DECOMPRESS      corrupt frame, or coded without a decoder here
     ///         QVM_ERROR_INVALID_PHOTOMETRIC       by the standard rules: no photometric
     ///                                             interpretation that can be shown
@@ -127,8 +149,8 @@ public:
     /// Copies `size` stored bytes from `offset` of the file, undecoded; partner of
     /// GetAFrameOffsetSize().
     /// @param data  receives a new block; yours, release it with delete[]; untouched on failure
-    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA for a range outside the file
-    ///         buffer, no file buffer or no memory
+    /// @return QVM_SUCCESS, or QVM_ERROR_FAILED_TO_GET_PIXEL_DATA for a range outside the file,
+    ///         no file, one that has changed, or no memory
     QUORVEX_MESSAGE GetAFrame(unsigned long offset, unsigned long size, unsigned char*& data);
 
     /// Where a frame's stored bytes lie in the file.
@@ -136,7 +158,7 @@ public:
     /// @param offset  receives the place of the first fragment's first byte, past its item header
     /// @param size    receives the sum of the fragments' lengths; the bytes are one range of the
     ///                file only where the frame has one fragment
-    /// @return as GetAFrame(); QVM_ERROR_FAILED_TO_GET_PIXEL_DATA also without a file buffer, for
+    /// @return as GetAFrame(); QVM_ERROR_FAILED_TO_GET_PIXEL_DATA also without a file, for
     ///         deflated files, whose frames lie nowhere in the file, and for a frame of bits that
     ///         begins inside a byte
     QUORVEX_MESSAGE GetAFrameOffsetSize(int frameIndex, unsigned long& offset, unsigned long& size);

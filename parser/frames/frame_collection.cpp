@@ -1,4 +1,4 @@
-#include "foundation/dicom/frames/encapsulated_items.h"
+#include "foundation/dicom/frames/value_reader.h"
 #include "foundation/dicom/model/attributes.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/object/coded_pixels.h"
@@ -50,17 +50,44 @@ bool FrameFetch::HasNativeFrame() const noexcept {
     return native_ && static_cast<std::size_t>(frameIndex_) < native_->Count();
 }
 
+/// Pixel Data's value in the file that is being read.
+class FrameFetch::ValueInFile final : public dicom::ValueReader {
+public:
+    ValueInFile(FileReading& reading, const PixelValue& value) noexcept
+        : reading_(reading), value_(value) {}
+    [[nodiscard]] std::uint64_t Size() const noexcept override { return value_.bytes; }
+    [[nodiscard]] bool Read(std::uint64_t offset, std::span<unsigned char> bytes) override {
+        return reading_.Read(value_.offset + offset, bytes);
+    }
+
+private:
+    FileReading& reading_;
+    const PixelValue& value_;
+};
+
+/// The bytes of the frame; nothing that was read while the file changed.
 QUORVEX_MESSAGE FrameFetch::CollectFromFile() {
-    const auto value = file_.PixelDataValue(shape_.syntax);
+    FileReading reading(file_.File());
+    const QUORVEX_MESSAGE located = LocateInFile(reading);
+    if (located != QVM_SUCCESS) return located;
+    const bool isRead = native_ ? ReadNative(reading) : coded_.Read(reading);
+    return isRead && reading.IsSound() ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+}
+
+/// Where the frame lies in the file.
+QUORVEX_MESSAGE FrameFetch::LocateInFile(FileReading& reading) {
+    value_ = file_.PixelDataValue(shape_.syntax);
+    if (!reading.IsOpen()) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     // Plain pixels may begin with the bytes of an item tag too.
-    isEncoded_ = IsEncapsulated(shape_.syntax) ? IsEncodedImage(value, 1) != 0
-                                               : dicom::IsChainOfItems(value);
+    const auto isChain = IsChainOfItems(reading);
+    if (!isChain) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    isEncoded_ = IsEncapsulated(shape_.syntax) ? IsEncodedImage(value_.start, 1) != 0 : *isChain;
     const auto frameBytes = isEncoded_ ? std::size_t{0} : shape_.NativeFrameBytes();
     if (!frameBytes) RefuseBy(Limit::kLargestBlock);
-    if (value.empty() || !frameBytes) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-    if (isEncoded_) return CollectCoded(value);
-    native_ = dicom::NativePixels::In(*file_.GetHeader(), value, *frameBytes);
-    if (!native_) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    if (value_.bytes == 0 || !frameBytes) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    if (isEncoded_) return LocateCoded(reading);
+    if (*isChain) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    native_ = dicom::NativePixels::In(*file_.GetHeader(), value_.bytes, *frameBytes);
     ShowFrameEvents(HasNativeFrame() ? frameIndex_ + 1 : static_cast<int>(native_->Count()));
     return HasNativeFrame() ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
 }
@@ -74,42 +101,47 @@ QUORVEX_MESSAGE FrameFetch::CollectFloats() {
     return HasNativeFrame() ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
 }
 
-QUORVEX_MESSAGE FrameFetch::CollectCoded(std::span<unsigned char> value) {
-    bool isWalked = true;
-    if (const FrameIndex* index = IndexOf(value)) {
-        coded_.TakeFrom(*index);
-        isGuessed_ = index->IsGuessed();
-    } else {
-        isGuessed_ = dicom::AreCodedFramesGuessed(*file_.GetHeader(), value);
-        const DCMRESULT result = file_.GetHeader()->GetValueEx(
-            nullptr, value.size(), value.data(), 1, 0, 0, &coded_, StoredFrame::CollectFromBuffer);
-        isWalked = result == kDcmSuccess || coded_.IsWhole();
-    }
-    return isWalked && coded_.Length() != 0 ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+/// Whether the value is nothing but items, which only one that begins with an item tag can be.
+/// Nothing where that cannot be read.
+std::optional<bool> FrameFetch::IsChainOfItems(FileReading& reading) const {
+    if (IsEncodedImage(value_.start, 0) == 0 && IsEncodedImage(value_.start, 1) == 0) return false;
+    // What is encapsulated by its syntax and begins with an item is taken for that as it is.
+    if (IsEncapsulated(shape_.syntax) && IsEncodedImage(value_.start, 1) != 0) return true;
+    ValueInFile value(reading, value_);
+    return dicom::ScanForChain(value);
 }
 
-/// Null where nothing is gained by an index, or where it would be too large. Extended offsets may
-/// change in the header from fetch to fetch, so they go without.
-const FrameIndex* FrameFetch::IndexOf(std::span<unsigned char> value) {
-    const CDcmObject& header = *file_.GetHeader();
-    const FrameIndex::Source source{value.data(), value.size(), file_.GetFrameCount(),
-                                    shape_.syntax};
-    int extendedOffsets = 0;
-    if (source.frameCount <= 1 ||
-        header.GetValueCount(tag::kExtendedOffsetTable, extendedOffsets) == kDcmSuccess) {
-        return nullptr;
-    }
+QUORVEX_MESSAGE FrameFetch::LocateCoded(FileReading& reading) {
+    std::optional<FrameIndex> made;
+    const FrameIndex* index = IndexOf(reading, made);
+    if (index == nullptr) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    coded_.Find(*index);
+    isGuessed_ = index->IsGuessed();
+    return coded_.Length() != 0 ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+}
+
+/// The one that is kept, or else a new one, which is kept in turn unless it is large; then it comes
+/// in `made`. Null where the value cannot be read.
+const FrameIndex* FrameFetch::IndexOf(FileReading& reading, std::optional<FrameIndex>& made) {
+    const FrameIndex::Source source{value_.offset, value_.bytes,
+                                    dicom::HintsOf(*file_.GetHeader())};
     auto& kept = parser_.frameIndex;
-    if (kept == nullptr || !kept->IsFrom(source)) {
-        // Kept when it is whole: what is thrown in the middle leaves none behind.
-        auto made =
-            std::make_unique<FrameIndex>(source, dicom::AreCodedFramesGuessed(header, value));
-        const DCMRESULT result = header.GetValueEx(nullptr, value.size(), value.data(), 1, 0, 0,
-                                                   made.get(), FrameIndex::Collect);
-        made->Close(result == kDcmSuccess);
-        kept = std::move(made);
-    }
-    return kept->IsUsable() ? kept.get() : nullptr;
+    if (kept && kept->IsFrom(source)) return kept.get();
+    ValueInFile value(reading, value_);
+    made = FrameIndex::Of(value, source);
+    // Nothing that was read while the file changed is kept.
+    if (!made || !reading.IsSound()) return nullptr;
+    if (!made->IsSmall()) return &*made;
+    kept = std::make_unique<FrameIndex>(std::move(*made));
+    return kept.get();
+}
+
+/// Brings the stored bytes to hand, in memory or in a block of their own.
+bool FrameFetch::ReadNative(FileReading& reading) {
+    const auto range = native_->StoredRange(static_cast<std::size_t>(frameIndex_));
+    const auto bytes = reading.Show(value_.offset + range.offset, range.length, stored_);
+    native_->ShowStored(range.offset, bytes);
+    return bytes.size() == range.length;
 }
 
 QUORVEX_MESSAGE FrameFetch::CollectFromObject() {
@@ -120,7 +152,7 @@ QUORVEX_MESSAGE FrameFetch::CollectFromObject() {
     const DCMRESULT result =
         header.GetValueEx(tag::kPixelData, &coded_, StoredFrame::CollectFromObject);
     isEncoded_ = isEncoded_ || coded_.HasOffsetTable();
-    isGuessed_ = dicom::AreCodedFramesGuessed(header, {});
+    isGuessed_ = dicom::AreCodedFramesGuessed(header);
     const bool isCollected = result == kDcmSuccess && coded_.Length() != 0;
     return isCollected ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
 }

@@ -53,7 +53,7 @@ QUORVEX_MESSAGE FrameFetch::DecodeReduced(CSize least, unsigned char*& data, uns
 bool FrameFetch::Reduce(CSize least) {
     const bool isTaken =
         !native_ && CodingOf(shape_.syntax) == FrameCoding::kJpeg2000 && shape_.bitsAllocated != 1;
-    const auto reduction = isTaken ? ReduceJpeg2000(coded_.Join(), least) : std::nullopt;
+    const auto reduction = isTaken ? ReduceJpeg2000(coded_.Bytes(), least) : std::nullopt;
     const bool isFrame =
         reduction && reduction->whole.cx == shape_.columns && reduction->whole.cy == shape_.rows;
     if (!isFrame) return false;
@@ -120,7 +120,7 @@ QUORVEX_MESSAGE FrameFetch::TakeNativeFrame() {
     const _IMAGE_PROCESS_PARAM param = shape_.DecodingParam();
     const FrameDescription frame(param);
     if (native_ || !BecomesNative(frame)) return QVM_SUCCESS;
-    auto pixels = TakeOutOfFragment(frame, coded_.Join());
+    auto pixels = TakeOutOfFragment(frame, coded_.Bytes());
     if (!pixels) return QVM_ERROR_FAILED_TO_DECOMPRESS;
     fragment_ = std::move(pixels->block);
     isWhole_ = pixels->isWhole;
@@ -138,15 +138,12 @@ QUORVEX_MESSAGE FrameFetch::DecodeCollected(unsigned char*& data, unsigned long&
                                             unsigned long sourceLength) {
     if (!IsDecodable(shape_.syntax, isEncoded_)) return QVM_ERROR_FAILED_TO_DECOMPRESS;
     if (HasFloats()) return CopyFloats(data, size, sourceLength);
-    auto source = native_ ? NativeSource() : coded_.Join();
+    auto source = native_ ? NativeSource() : coded_.Bytes();
     if (sourceLength != 0 && sourceLength < StoredBytes()) {
         source = source.first(sourceLength);
         isWhole_ = false;
     }
-    const auto plainBytes = shape_.PlainFrameBytes();
-    const bool isFrame = block_ && source.size() == block_.Size() && shape_.samplesPerPixel != 3 &&
-                         plainBytes && source.size() >= *plainBytes;
-    if (!isFrame) return Decompress(source, data, size);
+    if (!IsItsOwnResult(source)) return Decompress(source, data, size);
     size = block_.Size();
     data = block_.Release();
     TellQuality();
@@ -173,6 +170,13 @@ QUORVEX_MESSAGE FrameFetch::CopyFloats(unsigned char*& data, unsigned long& size
     return QVM_SUCCESS;
 }
 
+/// Whether the block holds all of a frame that needs no more work.
+bool FrameFetch::IsItsOwnResult(std::span<const unsigned char> source) const {
+    const auto plainBytes = shape_.PlainFrameBytes();
+    return block_ && source.size() == block_.Size() && !IsEncapsulated(shape_.syntax) &&
+           shape_.samplesPerPixel != 3 && plainBytes && source.size() >= *plainBytes;
+}
+
 std::size_t FrameFetch::StoredBytes() const noexcept {
     return native_ ? native_->Length(static_cast<std::size_t>(frameIndex_)) : coded_.Length();
 }
@@ -189,7 +193,11 @@ std::span<const unsigned char> FrameFetch::NativeSource() {
     const auto frame = static_cast<std::size_t>(frameIndex_);
     const std::size_t length = native_->Length(frame);
     const bool endsInHighByte = EndsInHighByte(length);
-    if (native_->LieReady() && !endsInHighByte) return native_->Frame(frame, {});
+    if (native_->LieReady() && !endsInHighByte) {
+        if (!stored_) return native_->Frame(frame, {});
+        block_ = std::move(stored_);
+        return block_.Bytes();
+    }
     block_ = HeapBlock(length + (endsInHighByte ? 1 : 0));
     const auto bytes = block_.Bytes();
     const auto pixels = native_->Frame(frame, bytes);
@@ -261,15 +269,12 @@ QUORVEX_MESSAGE FrameFetch::Locate(unsigned long& offset, unsigned long& size) {
     if (checked != QVM_SUCCESS) return checked;
     if (HasFloats()) return LocateFloats(offset, size);
     if (!file_.FramesLieInFile(shape_.syntax)) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-    const QUORVEX_MESSAGE collected = CollectFromFile();
-    if (collected != QVM_SUCCESS) return collected;
-    const bool isInsideByte =
-        native_ && native_->BeginsInsideByte(static_cast<std::size_t>(frameIndex_));
-    if (isInsideByte) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-    const auto* const first =
-        native_ ? file_.PixelDataValue(shape_.syntax).data() : coded_.FirstPiece();
-    offset = static_cast<std::size_t>(first - file_.FileBytes().data());
-    if (native_) offset += native_->LengthAhead(static_cast<std::size_t>(frameIndex_));
+    FileReading reading(file_.File());
+    const QUORVEX_MESSAGE located = LocateInFile(reading);
+    if (located != QVM_SUCCESS) return located;
+    const auto frame = static_cast<std::size_t>(frameIndex_);
+    if (native_ && native_->BeginsInsideByte(frame)) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    offset = native_ ? value_.offset + native_->LengthAhead(frame) : coded_.Offset();
     size = StoredBytes();
     return QVM_SUCCESS;
 }

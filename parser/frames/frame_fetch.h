@@ -15,9 +15,9 @@ namespace quorvex {
 /// The state of one call. The parser's index of frames is kept from fetch to fetch, as long as the
 /// file stays the same.
 ///
-/// Coded frames are collected piece by piece from a walk, native ones taken by their index. Native
-/// pixels come in this machine's byte order: what is stored in another is swapped once, on its way
-/// into the frame's block.
+/// Of a file only what is needed is read: coded frames are found by the index, native ones by their
+/// number. Native pixels come in this machine's byte order: what is stored in another is swapped
+/// once, on its way into the frame's block.
 class FrameFetch {
 public:
     FrameFetch(ParserState& parser, int frameIndex) noexcept
@@ -40,7 +40,8 @@ public:
     [[nodiscard]] const FrameShape& Shape() const noexcept { return shape_; }
 
 private:
-    QUORVEX_MESSAGE LocateFloats(unsigned long& offset, unsigned long& size);
+    class ValueInFile;
+
     /// 1 when the value begins with an Item tag in the data set's byte order.
     [[nodiscard]] static int IsEncodedImage(std::span<const unsigned char> value,
                                             int littleEndian) noexcept;
@@ -51,15 +52,20 @@ private:
     QUORVEX_MESSAGE CollectFromFile();
     QUORVEX_MESSAGE CollectFromObject();
     QUORVEX_MESSAGE CollectFloats();
-    QUORVEX_MESSAGE CollectCoded(std::span<unsigned char> value);
-    [[nodiscard]] const FrameIndex* IndexOf(std::span<unsigned char> value);
+    QUORVEX_MESSAGE LocateFloats(unsigned long& offset, unsigned long& size);
     [[nodiscard]] bool HasFloats() const noexcept {
         return shape_.sampleType != SampleType::kInteger;
     }
+    QUORVEX_MESSAGE LocateInFile(FileReading& reading);
+    QUORVEX_MESSAGE LocateCoded(FileReading& reading);
+    [[nodiscard]] std::optional<bool> IsChainOfItems(FileReading& reading) const;
+    [[nodiscard]] const FrameIndex* IndexOf(FileReading& reading, std::optional<FrameIndex>& made);
+    [[nodiscard]] bool ReadNative(FileReading& reading);
     [[nodiscard]] bool HasNativeFrame() const noexcept;
     [[nodiscard]] std::size_t StoredBytes() const noexcept;
     [[nodiscard]] bool EndsInHighByte(std::size_t length) const noexcept;
     [[nodiscard]] std::span<const unsigned char> NativeSource();
+    [[nodiscard]] bool IsItsOwnResult(std::span<const unsigned char> source) const;
     [[nodiscard]] std::span<const unsigned char> WordsInPlace() const;
     QUORVEX_MESSAGE DecodePacked(unsigned char*& data, unsigned long& size,
                                  unsigned long sourceLength);
@@ -81,10 +87,12 @@ private:
     bool isEncoded_ = false;   ///< the bytes are coded, so must not pass for pixels
     bool isGuessed_ = false;   ///< where a coded frame begins is a guess
     bool isWhole_ = true;      ///< nothing of the frame is missing
+    PixelValue value_;         ///< in the file
     StoredFrame coded_;
     std::optional<dicom::NativeFrames> native_;  ///< in place of `coded_`
     HeapBlock fragment_;                         ///< of a frame that was native in its fragment
-    HeapBlock block_;                            ///< of a native frame that does not lie ready
+    HeapBlock stored_;                           ///< stored bytes of a native frame of a file
+    HeapBlock block_;                            ///< a native frame that does not lie in memory
 };
 
 }  // namespace quorvex

@@ -1,9 +1,11 @@
 /// Where the coded frames of Pixel Data lie, found once for many fetches.
 #pragma once
 
-#include "quorvex/DicomObject.h"
+#include "foundation/dicom/frames/item_scan.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -16,36 +18,35 @@ class FrameIndex {
 public:
     /// What an index is made from; with any other it has to be made anew.
     struct Source {
-        const unsigned char* value = nullptr;
-        std::size_t bytes = 0;
-        int frameCount = 0;
-        TRANSFER_SYNTAX syntax = kSyntaxNone;
-        friend bool operator==(const Source&, const Source&) = default;
+        std::uint64_t offset = 0;  ///< of the value in the file
+        std::uint64_t bytes = 0;
+        dicom::FrameHints hints;
     };
 
-    /// @param isGuessed  where the frames begin is a guess
-    FrameIndex(const Source& source, bool isGuessed) noexcept
-        : source_(source), isGuessed_(isGuessed) {}
+    /// Nothing where the value cannot be read.
+    [[nodiscard]] static std::optional<FrameIndex> Of(dicom::ValueReader& value,
+                                                      const Source& source);
 
-    /// Callback of a walk over a foreign buffer, whose `user` is the FrameIndex.
-    static MC_STATUS Collect(int item, unsigned long length, unsigned char* data, int skip,
-                             int event, void* user);
-    /// Ends the walk. An index that is not small beside the value is dropped.
-    void Close(bool isWalkWhole);
-
-    [[nodiscard]] bool IsFrom(const Source& source) const noexcept { return source_ == source; }
+    [[nodiscard]] bool IsFrom(const Source& source) const noexcept;
+    /// Where the frames begin is a guess.
     [[nodiscard]] bool IsGuessed() const noexcept { return isGuessed_; }
-    [[nodiscard]] bool IsUsable() const noexcept { return !ends_.empty(); }
-    [[nodiscard]] std::size_t FrameCount() const noexcept { return ends_.size(); }
-    /// Empty behind the last frame.
-    [[nodiscard]] std::span<const std::span<unsigned char>> PiecesOf(
-        std::size_t frame) const noexcept;
+    /// Small beside the value, and worth keeping.
+    [[nodiscard]] bool IsSmall() const noexcept;
+    [[nodiscard]] std::size_t FrameCount() const noexcept { return firstFragments_.size(); }
+    /// In the file, in order; empty behind the last frame.
+    [[nodiscard]] std::span<const dicom::FragmentPlace> PiecesOf(std::size_t frame) const noexcept;
 
 private:
-    Source source_;
-    bool isGuessed_;
-    std::vector<std::span<unsigned char>> pieces_;
-    std::vector<std::size_t> ends_;  ///< of each frame, in pieces
+    FrameIndex() = default;
+
+    std::uint64_t offset_ = 0;
+    std::uint64_t bytes_ = 0;
+    std::uint32_t frameCount_ = 0;
+    TRANSFER_SYNTAX syntax_ = kSyntaxNone;
+    dicom::ByteBuffer extendedOffsets_;
+    bool isGuessed_ = false;
+    std::vector<dicom::FragmentPlace> fragments_;
+    std::vector<std::size_t> firstFragments_;
 };
 
 }  // namespace quorvex

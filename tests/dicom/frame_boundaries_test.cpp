@@ -77,13 +77,8 @@ TEST(FrameBoundaries, FollowTablesThenCountsThenMarkers) {
         Data table = Table(c.offsets, 4);
         table.resize(table.size() - c.tableCut);
         const Data extendedTable = Table(c.extendedOffsets, 8);
-        EXPECT_EQ(FirstFragments({.fragments = fragments,
-                                  .offsetTable = table,
-                                  .extendedOffsets = extendedTable,
-                                  .frameCount = c.frameCount,
-                                  .syntax = c.syntax}),
-                  c.starts)
-            << c.what;
+        const FrameHints hints = {extendedTable, c.frameCount, c.syntax};
+        EXPECT_EQ(FindFrames(fragments, table, hints).firstFragments, c.starts) << c.what;
     }
 }
 

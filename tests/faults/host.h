@@ -92,6 +92,7 @@ struct Host {
 
     _IMAGE_PROCESS_PARAM param;
     std::vector<unsigned char> source;
+    std::shared_ptr<FileSource> hostSource;
     CxImageProcessor processor;
     unsigned char* pages = nullptr;
 

@@ -2,6 +2,7 @@
 #include "quorvex/Tags.h"
 #include "tests/faults/fault_harness.h"
 #include "tests/support/answers.h"
+#include "tests/support/host_source.h"
 
 namespace quorvex {
 namespace {
@@ -82,6 +83,20 @@ void AddedTiles(Host& s) {
     static_cast<void>(AddTiles(s));
 }
 
+/// A source that gives more than is kept in memory.
+void TookSource(Host& s) {
+    s.source = s.kind.bytes;
+    s.source.resize(s.source.size() + (std::size_t{64} << 10));
+    s.hostSource = std::make_shared<HostSource>(s.source);
+}
+bool OpenSource(Host& s) {
+    return IsDone(s.parser.Initialize(&s.app, s.hostSource, 0));
+}
+void OpenedSource(Host& s) {
+    TookSource(s);
+    static_cast<void>(OpenSource(s));
+}
+
 bool FetchLast(Host& s) {
     s.block.Drop();
     const int last = s.parser.GetFrameCount() - 1;
@@ -117,6 +132,9 @@ constexpr Operation kParsers[] = {
     {"CxDcmParser::Initialize, memory", kUsable, SeenParser,
      DONE(s.parser.Initialize(&s.app, &s.object, s.source.data(), s.source.size(), 132)),
      DO(s.source = s.kind.bytes)},
+    {"CxDcmParser::Initialize, source", kUsable, SeenParser, OpenSource, TookSource},
+    {"CxDcmParser::GetAFrame, source", NotOn("presentation state|deflated|bare data set"),
+     SeenParser, FetchLast, OpenedSource},
     {"CxDcmParser::GetAFrame, file", kOnImages, SeenParser, FetchLast, Opened<0>},
     {"CxDcmParser::GetAFrame, object", kOnImages, SeenParser, FetchLast, Opened<1>},
     {"CxDcmParser::GetAFrame, stored", kOnAll, SeenParser,

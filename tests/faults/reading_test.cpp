@@ -45,6 +45,27 @@ Opened ShowFile(const std::string& path) {
     return {isOpen, std::to_string(dipp.Render())};
 }
 
+/// A file of which the header alone is read when it is opened: its frames come later.
+const Kind& LargeKind() {
+    static const ScratchFolder folder;
+    static const Kind large = [] {
+        Kind kind = KindOf("RLE");
+        CDcmObject object = kind.object;
+        Bytes frame = StoredFrames(object).front();
+        std::vector<unsigned char*> frames(100, frame.data());
+        const std::vector<unsigned long> lengths(frames.size(), frame.size());
+        object.SetValue(tag::kNumberOfFrames, "100");
+        object.SetValueEx(tag::kPixelData, static_cast<int>(frames.size()), lengths.data(),
+                          frames.data());
+        kind.name = "large";
+        kind.path = folder.Path("large.dcm");
+        object.WriteFile(kind.path);
+        kind.bytes = BytesOfFile(kind.path);
+        return kind;
+    }();
+    return large;
+}
+
 struct Opening {
     const char* name;
     Opened (*open)(const std::string& path);
@@ -80,7 +101,11 @@ int StrikeEachRead(const Opening& opening, const Kind& kind, ReadFault fault) {
             EXPECT_TRUE(opened == whole);
             return n;  // it went on to the end
         }
-        EXPECT_FALSE(fault == ReadFault::kError && opened.isOpen && opened.seen != whole.seen);
+        // A frame that is read later may be refused, and is never another one.
+        const bool isLate = &kind == &LargeKind() && opened.seen.size() <= 2;
+        const bool isChecked = &kind == &LargeKind() && opening.open != ReadObject;
+        const bool isExact = fault == ReadFault::kError || isChecked;
+        EXPECT_FALSE(isExact && opened.isOpen && opened.seen != whole.seen && !isLate);
         EXPECT_TRUE(opening.open(restored()) == whole);
     }
 }
@@ -90,6 +115,7 @@ TEST(Reading, OfAFileThatChangesGivesACode) {
         int struck = 0;
         for (const Kind& kind : AllKinds())
             for (const ReadFault fault : kFaults) struck += StrikeEachRead(opening, kind, fault);
+        for (const ReadFault fault : kFaults) struck += StrikeEachRead(opening, LargeKind(), fault);
         std::printf("    %-35s %d reads failed\n", opening.name, struck);
     }
 }

@@ -6,6 +6,7 @@
 #include "tests/support/dicom_builder.h"
 #include "tests/support/temporary_file.h"
 
+#include <optional>
 #include <utility>
 
 namespace quorvex::test {
@@ -27,11 +28,12 @@ struct Parsed {
     Parsed() = default;
 
     QUORVEX_MESSAGE Read(const Bytes& file, int readWholeFile = 0) {
-        const TemporaryFile onDisk(file);
-        return code = parser.Initialize(&app, CString(onDisk.Path()), readWholeFile);
+        onDisk.emplace(file);
+        return code = parser.Initialize(&app, CString(onDisk->Path()), readWholeFile);
     }
     [[nodiscard]] CDcmObject* Header() const { return parser.GetHeader(); }
 
+    std::optional<TemporaryFile> onDisk;  ///< what is read from while the frames are fetched
     CDcmApp app;
     CxDcmParser parser;
     QUORVEX_MESSAGE code = QVM_SUCCESS;

@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -75,15 +76,23 @@ TEST(Environment, ALimitOfFileSizeIsALineAndStatusThree) {
     }
 }
 
+/// The slice with nearly two gigabytes of Pixel Data, most of them a hole.
+std::string LargeSlice(const ScratchFolder& folder) {
+    constexpr std::string_view kPixelData("\xE0\x7F\x10\0OW\0\0", 8);
+    std::string bytes = ReadAll(kSlice);
+    bytes.replace(bytes.find(kPixelData) + kPixelData.size(), 4, std::string("\0\0\xFF\x7F", 4));
+    const auto large = folder.Write("large.dcm", bytes);
+    fs::resize_file(large, std::uintmax_t{2} << 30);
+    return large;
+}
+
 TEST(Environment, MissingMemoryIsToldAsThat) {
     if (!kMayLimitMemory) GTEST_SKIP();
     const ScratchFolder folder;
-    const auto large = folder.Write("large.dcm", ReadAll(kSlice));
-    fs::resize_file(large, std::uintmax_t{2} << 30);
+    const auto large = LargeSlice(folder);
     const Arguments kCases[] = {
-        {"info", large},
-        {"frame", large, "-o", folder.Path("out.raw")},
-        {"thumbnail", large, "-o", folder.Path("out.png")},
+        {"info", large, "--dicom-json"},
+        {"convert", large, "-o", folder.Path("out.dcm"), "--to", "implicit"},
         {"render", kSlice, "--view", "16000x16000", "-o", folder.Path("out.png")},
     };
     for (const auto& arguments : kCases) {
@@ -92,6 +101,19 @@ TEST(Environment, MissingMemoryIsToldAsThat) {
         EXPECT_TRUE(Has(result.complaints, "not enough memory\n")) << result.complaints;
     }
     EXPECT_EQ(folder.Names(), Arguments{"large.dcm"});
+}
+
+TEST(Environment, AFrameOfALargeFileTakesItsOwnMemoryAlone) {
+    if (!kMayLimitMemory) GTEST_SKIP();
+    const ScratchFolder folder;
+    const auto large = LargeSlice(folder);
+    const Arguments kCases[] = {
+        {"info", large},
+        {"frame", large, "-o", folder.Path("out.raw")},
+        {"thumbnail", large, "-o", folder.Path("out.png")},
+    };
+    for (const auto& arguments : kCases)
+        EXPECT_EQ(ByShell("ulimit -v 500000;", arguments).status, 0) << arguments.front();
 }
 
 TEST(Environment, FoldersThatAreLockedOrEmptyAreTold) {

@@ -16,15 +16,36 @@ struct Fragment {
     std::uint64_t offset = 0;  ///< of its item tag, counted from the item tag of the first fragment
 };
 
-/// Encapsulated Pixel Data, and all that separates its frames.
-struct EncapsulatedFrames {
-    std::span<const Fragment> fragments;
-    std::span<const unsigned char> offsetTable;      ///< basic: 32-bit offsets, content of item 0
-    std::span<const unsigned char> extendedOffsets;  ///< (7FE0,0001): 64-bit offsets
-    std::uint32_t frameCount = 1;                    ///< Number of Frames
+/// What tells the frames of encapsulated data apart, beside the items themselves.
+struct FrameHints {
+    std::span<const unsigned char> extendedOffsets = {};  ///< (7FE0,0001): 64-bit offsets
+    std::uint32_t frameCount = 1;                         ///< Number of Frames
     TRANSFER_SYNTAX syntax = kSyntaxNone;
 };
 
+/// The fragments behind the offset table, as the search for frames looks at them.
+class FragmentList {
+public:
+    virtual ~FragmentList() = default;
+    [[nodiscard]] virtual std::size_t Count() const = 0;
+    /// Of the item tag, counted from the item tag of the first fragment.
+    [[nodiscard]] virtual std::uint64_t OffsetOf(std::size_t index) const = 0;
+    [[nodiscard]] virtual std::uint64_t LengthOf(std::size_t index) const = 0;
+    [[nodiscard]] virtual bool IsStartOfImage(std::size_t index) = 0;
+
+protected:
+    FragmentList() = default;
+    FragmentList(const FragmentList&) = default;
+    FragmentList& operator=(const FragmentList&) = default;
+};
+
+struct FrameStarts {
+    std::vector<std::size_t> firstFragments;
+    bool isGuessed = false;  ///< only starts of image separate the frames
+};
+
+/// So many bytes of a fragment tell whether an image begins there.
+inline constexpr std::size_t kLongestStartOfImage = 64;
 /// True when `bytes` begin an image as `syntax` codes it: a JPEG or JPEG 2000 start, an RLE header.
 [[nodiscard]] bool BeginsImage(std::span<const unsigned char> bytes,
                                TRANSFER_SYNTAX syntax) noexcept;
@@ -37,8 +58,13 @@ struct EncapsulatedFrames {
 /// ascending, one entry for each frame, each at an item (entries past the end of a cut file are
 /// skipped). Else one fragment is a frame where the counts agree, a single frame takes all
 /// fragments, and otherwise a frame begins at the codec's own start of image.
-[[nodiscard]] std::vector<std::size_t> FirstFragments(const EncapsulatedFrames& frames);
-/// Whether only starts of image separate the frames.
-[[nodiscard]] bool AreFramesGuessed(const EncapsulatedFrames& frames);
+///
+/// @param offsetTable  the basic one: 32-bit offsets, content of item 0
+[[nodiscard]] FrameStarts FindFrames(FragmentList& fragments,
+                                     std::span<const unsigned char> offsetTable,
+                                     const FrameHints& hints);
+[[nodiscard]] FrameStarts FindFrames(std::span<const Fragment> fragments,
+                                     std::span<const unsigned char> offsetTable,
+                                     const FrameHints& hints);
 
 }  // namespace quorvex::dicom

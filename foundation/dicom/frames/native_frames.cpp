@@ -62,28 +62,42 @@ NativeOrder NativeOrder::Of(bool isBigEndian, MC_VR vr, const PixelShape& shape)
     return {.wordBytes = wordBytes, .sharesChroma = shape.isHalfChroma && shape.bitsAllocated == 8};
 }
 
-NativeFrames::NativeFrames(Bytes stored, std::size_t frameBytes, NativeOrder order) noexcept
-    : stored_(stored), frameBytes_(frameBytes == 0 ? stored.size() : frameBytes), order_(order) {
+NativeFrames::NativeFrames(std::size_t storedBytes, std::size_t frameBytes,
+                           NativeOrder order) noexcept
+    : storedBytes_(storedBytes),
+      frameBytes_(frameBytes == 0 ? storedBytes : frameBytes),
+      order_(order) {
     if (frameBytes_ != 0)
-        frameCount_ = stored_.size() / frameBytes_ + (stored_.size() % frameBytes_ != 0 ? 1 : 0);
+        frameCount_ = storedBytes_ / frameBytes_ + (storedBytes_ % frameBytes_ != 0 ? 1 : 0);
 }
 
-NativeFrames NativeFrames::OfBits(Bytes stored, std::size_t frameBits, std::size_t frameCount,
-                                  NativeOrder order) noexcept {
-    NativeFrames frames(stored, (frameBits + 7) / 8, order);
+NativeFrames NativeFrames::OfBits(std::size_t storedBytes, std::size_t frameBits,
+                                  std::size_t frameCount, NativeOrder order) noexcept {
+    NativeFrames frames(storedBytes, (frameBits + 7) / 8, order);
     frames.frameBits_ = frameBits;
-    frames.frameCount_ = std::min(frameCount, (stored.size() * 8 + frameBits - 1) / frameBits);
+    frames.frameCount_ = std::min(frameCount, (storedBytes * 8 + frameBits - 1) / frameBits);
     return frames;
 }
 
 void NativeFrames::DropPad(std::size_t frameCount) noexcept {
-    const bool endsInPad = frameBytes_ > 1 && stored_.size() % frameBytes_ == 1;
+    const bool endsInPad = frameBytes_ > 1 && storedBytes_ % frameBytes_ == 1;
     if (endsInPad && frameCount_ == frameCount + 1) frameCount_ = frameCount;
 }
 
+/// Whole words of the longest kind, and the byte that the last bits may come from.
+ByteRange NativeFrames::StoredRange(std::size_t index) const noexcept {
+    constexpr std::size_t kWord = sizeof(std::uint64_t);
+    const std::size_t begin = LengthAhead(index);
+    const std::size_t end = begin + Length(index);
+    if (LieReady()) return {begin, end - begin};
+    const std::size_t first = begin / kWord * kWord;
+    const std::size_t behind = std::min(storedBytes_, (end + kWord) / kWord * kWord);
+    return {first, behind - first};
+}
+
 std::size_t NativeFrames::Length(std::size_t index) const noexcept {
-    if (frameBits_ == 0) return std::min(frameBytes_, stored_.size() - LengthAhead(index));
-    return std::min(frameBytes_, (stored_.size() * 8 - index * frameBits_ + 7) / 8);
+    if (frameBits_ == 0) return std::min(frameBytes_, storedBytes_ - LengthAhead(index));
+    return std::min(frameBytes_, (storedBytes_ * 8 - index * frameBits_ + 7) / 8);
 }
 
 bool NativeFrames::LieReady() const noexcept {
@@ -91,18 +105,18 @@ bool NativeFrames::LieReady() const noexcept {
 }
 
 std::size_t NativeFrames::BlockBytes() const noexcept {
-    return LieReady() ? 0 : std::min(frameBytes_, stored_.size());
+    return LieReady() ? 0 : std::min(frameBytes_, storedBytes_);
 }
 
 unsigned char NativeFrames::StoredByte(std::size_t index) const noexcept {
-    return stored_[PlaceInWords(index, order_.wordBytes, stored_.size())];
+    return stored_[PlaceInWords(index, order_.wordBytes, storedBytes_) - offset_];
 }
 
 unsigned char NativeFrames::StoredBits(std::size_t firstBit) const noexcept {
     const std::size_t index = firstBit / 8;
     const unsigned shift = firstBit % 8;
     const unsigned low = StoredByte(index);
-    const unsigned high = index + 1 < stored_.size() ? StoredByte(index + 1) : 0U;
+    const unsigned high = index + 1 < storedBytes_ ? StoredByte(index + 1) : 0U;
     return static_cast<unsigned char>((low | high << 8U) >> shift);
 }
 
@@ -119,7 +133,7 @@ void NativeFrames::CopyBits(std::size_t index, std::span<unsigned char> to) cons
 std::size_t NativeFrames::CopyWords(std::size_t begin, std::span<unsigned char> to) const {
     if (order_.sharesChroma || begin % order_.wordBytes != 0) return 0;
     const auto words = to.first(to.size() / order_.wordBytes * order_.wordBytes);
-    const Bytes from = stored_.subspan(begin, words.size());
+    const Bytes from = stored_.subspan(begin - offset_, words.size());
     if (order_.wordBytes == 2) {
         CopySwapped<std::uint16_t>(from, words);
     } else if (order_.wordBytes == 4) {
@@ -133,7 +147,7 @@ std::size_t NativeFrames::CopyWords(std::size_t begin, std::span<unsigned char> 
 Bytes NativeFrames::Frame(std::size_t index, std::span<unsigned char> block) const noexcept {
     const std::size_t begin = LengthAhead(index);
     const std::size_t length = Length(index);
-    if (LieReady()) return stored_.subspan(begin, length);
+    if (LieReady()) return stored_.subspan(begin - offset_, length);
     if (frameBits_ != 0) {
         CopyBits(index, block.first(length));
         return block.first(length);
@@ -145,7 +159,7 @@ Bytes NativeFrames::Frame(std::size_t index, std::span<unsigned char> block) con
     return block.first(length);
 }
 
-NativeFrames CutNative(Bytes stored, const PixelShape& shape, std::size_t frameBytes,
+NativeFrames CutNative(std::size_t storedBytes, const PixelShape& shape, std::size_t frameBytes,
                        NativeOrder order) noexcept {
     const auto own = StoredFrameBytes(shape);
     const auto bits = FrameBits(shape);
@@ -153,11 +167,18 @@ NativeFrames CutNative(Bytes stored, const PixelShape& shape, std::size_t frameB
     const bool endsInByte =
         own && *bits % 8 != 0 && (frameBytes == 0 || frameBytes == *own || frameBytes == *bits / 8);
     const std::size_t frameCount = std::max<std::size_t>(shape.frameCount, 1);
-    if (endsInByte && IsBitByBit(stored.size(), *bits, frameCount))
-        return NativeFrames::OfBits(stored, *bits, frameCount, order);
+    if (endsInByte && IsBitByBit(storedBytes, *bits, frameCount))
+        return NativeFrames::OfBits(storedBytes, *bits, frameCount, order);
     const bool takesOwn = own && (frameBytes == 0 || endsInByte || shape.isHalfChroma);
-    NativeFrames frames(stored, takesOwn ? *own : frameBytes, order);
+    NativeFrames frames(storedBytes, takesOwn ? *own : frameBytes, order);
     frames.DropPad(shape.frameCount);
+    return frames;
+}
+
+NativeFrames CutNative(Bytes stored, const PixelShape& shape, std::size_t frameBytes,
+                       NativeOrder order) noexcept {
+    NativeFrames frames = CutNative(stored.size(), shape, frameBytes, order);
+    frames.ShowStored(0, stored);
     return frames;
 }
 

@@ -41,11 +41,25 @@ struct NativeOrder {
 class NativeFrames {
 public:
     /// Cuts `stored` into frames of `frameBytes`, the last one possibly shorter; 0 leaves it whole.
-    NativeFrames(Bytes stored, std::size_t frameBytes, NativeOrder order) noexcept;
+    NativeFrames(Bytes stored, std::size_t frameBytes, NativeOrder order) noexcept
+        : NativeFrames(stored.size(), frameBytes, order) {
+        ShowStored(0, stored);
+    }
+    /// The same of a value of `storedBytes` that lies elsewhere: ShowStored() comes ahead of
+    /// Frame().
+    NativeFrames(std::size_t storedBytes, std::size_t frameBytes, NativeOrder order) noexcept;
     /// Frames that follow each other bit by bit: each is given from the lowest bit of its first
     /// byte on, with zeros behind its last bit.
-    static NativeFrames OfBits(Bytes stored, std::size_t frameBits, std::size_t frameCount,
-                               NativeOrder order) noexcept;
+    static NativeFrames OfBits(std::size_t storedBytes, std::size_t frameBits,
+                               std::size_t frameCount, NativeOrder order) noexcept;
+
+    /// The bytes of the value that are at hand, from its byte `offset` on.
+    void ShowStored(std::size_t offset, Bytes bytes) noexcept {
+        offset_ = offset;
+        stored_ = bytes;
+    }
+    /// The bytes of the value that Frame() looks at.
+    [[nodiscard]] ByteRange StoredRange(std::size_t index) const noexcept;
 
     /// Takes away what an even value has behind its last frame.
     void DropPad(std::size_t frameCount) noexcept;
@@ -64,13 +78,13 @@ public:
     /// Whether the value has all of the frame.
     [[nodiscard]] bool IsWhole(std::size_t index) const noexcept {
         return frameBits_ == 0 ? Length(index) == frameBytes_
-                               : (index + 1) * frameBits_ <= stored_.size() * 8;
+                               : (index + 1) * frameBits_ <= storedBytes_ * 8;
     }
     /// The stored bytes are the frames: every frame can be shown where it lies.
     [[nodiscard]] bool LieReady() const noexcept;
     /// Bytes of a block that holds any one frame; 0 when every frame lies ready.
     [[nodiscard]] std::size_t BlockBytes() const noexcept;
-    /// One frame, in `block` unless it lies ready.
+    /// One frame, in `block` unless it lies ready. What StoredRange() tells is at hand.
     [[nodiscard]] Bytes Frame(std::size_t index, std::span<unsigned char> block) const noexcept;
 
 private:
@@ -80,6 +94,8 @@ private:
     void CopyBits(std::size_t index, std::span<unsigned char> to) const noexcept;
 
     Bytes stored_;
+    std::size_t offset_ = 0;  ///< of `stored_` in the value
+    std::size_t storedBytes_ = 0;
     std::size_t frameBytes_ = 0;
     std::size_t frameBits_ = 0;  ///< 0 unless frames share bytes
     std::size_t frameCount_ = 0;
@@ -91,6 +107,8 @@ private:
 ///
 /// Frames that do not end with a byte follow each other bit by bit (DICOM PS3.5 8.1.1 and 8.2);
 /// some writers begin each of them in a byte of its own, which is known by the longer value.
+[[nodiscard]] NativeFrames CutNative(std::size_t storedBytes, const PixelShape& shape,
+                                     std::size_t frameBytes, NativeOrder order) noexcept;
 [[nodiscard]] NativeFrames CutNative(Bytes stored, const PixelShape& shape, std::size_t frameBytes,
                                      NativeOrder order) noexcept;
 

@@ -11,11 +11,7 @@ bool GoesOn(MC_STATUS status) {
 
 bool WalkEncapsulated(const EncapsulatedItems& items, const FrameHints& hints, FrameSink& sink) {
     if (!GoesOn(sink.Begin()) || !GoesOn(sink.OffsetTable(items.offsetTable))) return false;
-    const auto starts = FirstFragments({.fragments = items.fragments,
-                                        .offsetTable = items.offsetTable,
-                                        .extendedOffsets = hints.extendedOffsets,
-                                        .frameCount = hints.frameCount,
-                                        .syntax = hints.syntax});
+    const auto starts = FindFrames(items.fragments, items.offsetTable, hints).firstFragments;
     for (std::size_t frame = 0; frame < starts.size(); ++frame) {
         const std::size_t first = starts[frame];
         const std::size_t end =

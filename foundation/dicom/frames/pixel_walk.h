@@ -23,13 +23,6 @@ protected:
     FrameSink& operator=(const FrameSink&) = default;
 };
 
-/// What tells the frames of encapsulated data apart, beside the items themselves.
-struct FrameHints {
-    Bytes extendedOffsets = {};
-    std::uint32_t frameCount = 1;
-    TRANSFER_SYNTAX syntax = kSyntaxNone;
-};
-
 /// True when the walk came to its end.
 [[nodiscard]] bool WalkEncapsulated(const EncapsulatedItems& items, const FrameHints& hints,
                                     FrameSink& sink);

@@ -11,10 +11,10 @@ namespace quorvex::dicom {
 
 class NativePixels {
 public:
-    /// The frames of a value in a foreign buffer that is encoded as the object says. `frameBytes` 0
-    /// takes the size that the header gives. Nothing where the value is encapsulated.
-    [[nodiscard]] static std::optional<NativeFrames> In(const CDcmObject& object, Bytes value,
-                                                        std::size_t frameBytes);
+    /// The frames of a native value of `valueBytes` that lies elsewhere and is encoded as the
+    /// object says. `frameBytes` 0 takes the size that the header gives.
+    [[nodiscard]] static NativeFrames In(const CDcmObject& object, std::size_t valueBytes,
+                                         std::size_t frameBytes);
     /// The frames of the object's own Pixel Data, or of another element that holds pixels, valid
     /// until the object changes. Nothing where it has none, or where it is encapsulated.
     [[nodiscard]] static std::optional<NativeFrames> Of(const CDcmObject& object,

@@ -122,12 +122,11 @@ NativeFrames CutOwn(const Element& element, Bytes stored, const PixelShape& shap
 
 }  // namespace
 
-std::optional<NativeFrames> NativePixels::In(const CDcmObject& object, Bytes value,
-                                             std::size_t frameBytes) {
-    const DataSet& dataSet = ObjectState::Of(object).Content();
-    if (AreItems(dataSet, value)) return std::nullopt;
+NativeFrames NativePixels::In(const CDcmObject& object, std::size_t valueBytes,
+                              std::size_t frameBytes) {
     const PixelShape shape = ShapeOf(object);
-    return CutNative(value, shape, frameBytes, OrderInBuffer(dataSet, shape));
+    return CutNative(valueBytes, shape, frameBytes,
+                     OrderInBuffer(ObjectState::Of(object).Content(), shape));
 }
 
 std::optional<NativeFrames> NativePixels::Of(const CDcmObject& object, std::uint32_t tag) {
@@ -139,22 +138,19 @@ std::optional<NativeFrames> NativePixels::Of(const CDcmObject& object, std::uint
     return CutOwn(*element, stored, ShapeOf(object));
 }
 
-bool dicom::AreCodedFramesGuessed(const CDcmObject& object, Bytes value) {
-    const PixelShape shape = ShapeOf(object);
-    if (shape.frameCount <= 1) return false;
+FrameHints dicom::HintsOf(const CDcmObject& object) {
+    return quorvex::HintsOf(ObjectState::Of(object).Content(), ShapeOf(object));
+}
+
+bool dicom::AreCodedFramesGuessed(const CDcmObject& object) {
+    const FrameHints hints = dicom::HintsOf(object);
     const DataSet& dataSet = ObjectState::Of(object).Content();
     const Element* element = dataSet.Find(tag::kPixelData);
-    const bool isOwn = value.empty() && element != nullptr;
-    const bool isTakenApart = isOwn && !dataSet.FragmentsOf(*element).IsEmpty();
-    const Bytes stored = isOwn ? dataSet.ValueOf(*element) : value;
+    if (hints.frameCount <= 1 || element == nullptr) return false;
+    const FragmentView view = dataSet.FragmentsOf(*element);
     const EncapsulatedItems items =
-        isTakenApart ? ItemsIn(dataSet.FragmentsOf(*element)) : quorvex::ItemsOf(dataSet, stored);
-    const FrameHints hints = HintsOf(dataSet, shape);
-    return AreFramesGuessed({.fragments = items.fragments,
-                             .offsetTable = items.offsetTable,
-                             .extendedOffsets = hints.extendedOffsets,
-                             .frameCount = hints.frameCount,
-                             .syntax = hints.syntax});
+        view.IsEmpty() ? quorvex::ItemsOf(dataSet, dataSet.ValueOf(*element)) : ItemsIn(view);
+    return FindFrames(items.fragments, items.offsetTable, hints).isGuessed;
 }
 
 DCMRESULT CDcmObject::GetValueEx(unsigned char** scratch, unsigned long remaining,

@@ -43,17 +43,6 @@ std::optional<Encoding> EncodingAt(const unsigned char* eight) {
     return std::nullopt;
 }
 
-/// What looks ahead in the data.
-struct InData {
-    Bytes data;
-    [[nodiscard]] bool Has(std::size_t position, std::size_t count) const noexcept {
-        return position <= data.size() && count <= data.size() - position;
-    }
-    [[nodiscard]] const unsigned char* At(std::size_t position) const noexcept {
-        return data.data() + position;
-    }
-};
-
 }  // namespace
 
 /// One walk along the elements from a position. It marks each place that it visits as failed; after
@@ -65,10 +54,20 @@ public:
     ChainWalk(DataSetFinder& finder, std::size_t at, Encoding encoding, Manner manner)
         : finder_(finder), data_(finder.data_), at_(at), encoding_(encoding), manner_(manner) {}
 
+    /// What looks ahead in the data.
+    [[nodiscard]] bool Has(std::size_t position, std::size_t count) {
+        const std::size_t size = finder_.size_;
+        if (position > size || count > size - position) return false;
+        return finder_.HasAtHand(position, count);
+    }
+    [[nodiscard]] const unsigned char* At(std::size_t position) const noexcept {
+        return data_.data() + position;
+    }
+
     bool Run() {
         if (Left() < kShortHeader || !IsMeta(data_.data() + at_)) return RunDataSet();
         bool namesSyntax = false;
-        if (!RunMeta(namesSyntax) || Left() < kShortHeader) return false;
+        if (!RunMeta(namesSyntax) || !Has(at_, kShortHeader)) return false;
         if (namesSyntax) return true;  // bytes that do so by chance are not met
         const auto encoding = EncodingAt(data_.data() + at_);
         if (encoding) encoding_ = *encoding;
@@ -78,8 +77,9 @@ public:
 private:
     bool RunMeta(bool& namesSyntax) {
         for (std::uint32_t lastTag = 0;;) {
-            if (Left() < kShortHeader || !IsMetaTag(LoadTag(data_.data() + at_, false)))
-                return true;
+            if (Left() < kShortHeader) return true;
+            if (!Has(at_, kShortHeader)) return false;
+            if (!IsMetaTag(LoadTag(At(at_), false))) return true;
             const auto header = Header();
             if (!header) return false;
             if (lastTag == 0 ? !IsFirst(*header) : header->tag <= lastTag) return false;
@@ -87,9 +87,9 @@ private:
             lastTag = header->tag;
             const std::size_t value = at_ + header->bytes;
             if (!SkipValue(*header, 0)) return false;
-            if (lastTag == tag::kTransferSyntaxUID)
-                namesSyntax =
-                    TransferSyntaxOfUid(UidOf(data_.subspan(value, at_ - value))) != nullptr;
+            if (lastTag != tag::kTransferSyntaxUID) continue;
+            if (!Has(value, at_ - value)) return false;
+            namesSyntax = TransferSyntaxOfUid(UidOf(data_.subspan(value, at_ - value))) != nullptr;
         }
     }
 
@@ -123,22 +123,20 @@ private:
     }
 
     bool IsLenient() const { return manner_ == Manner::kLenient; }
-    bool IsAtEnd() const { return at_ == data_.size(); }
-    std::size_t Left() const { return data_.size() - at_; }
+    bool IsAtEnd() const { return at_ == finder_.size_; }
+    std::size_t Left() const { return finder_.size_ - at_; }
 
     bool IsFirst(const ElementHeader& header) const {
         return header.IsUndefined() || header.length <= kLongestFirstValue;
     }
 
-    std::optional<ElementHeader> Header() const {
-        if (Left() < kShortHeader) return std::nullopt;
-        const unsigned char* bytes = data_.data() + at_;
+    std::optional<ElementHeader> Header() {
+        if (!Has(at_, kShortHeader)) return std::nullopt;
+        const unsigned char* bytes = At(at_);
         std::optional form = HeaderFormOf(bytes, encoding_);
-        if (LacksVr(bytes, encoding_)) {
-            InData ahead{data_};
-            form = UnknownVr(ahead, data_.size(), encoding_.isBigEndian, true).FormAt(at_);
-        }
-        if (!form || Left() < HeaderBytes(*form)) return std::nullopt;
+        if (LacksVr(bytes, encoding_))
+            form = UnknownVr(*this, finder_.size_, encoding_.isBigEndian, true).FormAt(at_);
+        if (!form || !Has(at_, HeaderBytes(*form))) return std::nullopt;
         return ReadHeader(bytes, encoding_, *form);
     }
 
@@ -173,7 +171,8 @@ private:
     bool SkipItems(int depth, bool areFragments) {
         if (depth == kDeepestNesting) return RefuseBy(Limit::kDeepestNesting);
         while (Left() >= kShortHeader) {
-            const ElementHeader item = ReadHeader(data_.data() + at_, encoding_);
+            if (!Has(at_, kShortHeader)) return false;
+            const ElementHeader item = ReadHeader(At(at_), encoding_);
             if (!Visit(&DataSetFinder::FailedPlaces::items)) return false;
             at_ += kShortHeader;
             if (item.tag == tag::kSequenceDelimitationItem) return true;
@@ -216,6 +215,15 @@ bool DataSetFinder::CanBeginFile() {
     if (IsMeta(data_.data())) return true;
     const auto encoding = EncodingAt(data_.data());
     return encoding && ChainWalk(*this, 0, *encoding, ChainWalk::Manner::kLenient).Run();
+}
+
+FileBeginning DataSetFinder::BeginningOf(Bytes start, std::size_t size) {
+    if (size < kShortHeader) return {};
+    if (start.size() < kShortHeader) return {.needed = kShortHeader};
+    DataSetFinder finder(start);
+    finder.size_ = size;
+    const bool canBegin = finder.CanBeginFile();
+    return {.canBegin = canBegin, .needed = finder.needed_};
 }
 
 bool DataSetFinder::CanBeginAt(std::size_t position) {

@@ -16,16 +16,25 @@
 
 namespace quorvex::dicom {
 
+/// Whether a file can begin where it does, asked of its first bytes alone.
+struct FileBeginning {
+    bool canBegin = false;
+    std::size_t needed = 0;  ///< more first bytes must be at hand to tell; 0 where `canBegin` tells
+};
+
 /// Remembers what failed, so that asking for every position of any data, in ascending order, takes
 /// time in proportion to its length.
 class DataSetFinder {
 public:
-    explicit DataSetFinder(Bytes data) noexcept : data_(data) {}
+    explicit DataSetFinder(Bytes data) noexcept : data_(data), size_(data.size()) {}
 
     /// True where a data set can begin. Position 0 is tested less strictly: behind group 0002
     /// nothing is asked for, lengths may be odd, tags in any order and the last value cut. After
     /// `kMostBeginnings` positive answers, which only hostile data give, all others are negative.
     [[nodiscard]] bool CanBeginAt(std::size_t position);
+
+    /// What CanBeginAt(0) says of a file of `size` bytes, of which `start` is at hand.
+    [[nodiscard]] static FileBeginning BeginningOf(Bytes start, std::size_t size);
 
 private:
     friend class ChainWalk;
@@ -42,7 +51,16 @@ private:
     [[nodiscard]] bool CanBeginFile();
     [[nodiscard]] FailedPlaces& FailedIn(Encoding encoding);
 
+    /// Whether bytes are at hand; notes how many must be where they are not.
+    [[nodiscard]] bool HasAtHand(std::size_t position, std::size_t count) noexcept {
+        const bool isAtHand = position <= data_.size() && count <= data_.size() - position;
+        if (!isAtHand) needed_ = position + count;
+        return isAtHand;
+    }
+
     Bytes data_;
+    std::size_t size_;        ///< of all data, at hand or not
+    std::size_t needed_ = 0;  ///< first bytes that were not at hand
     std::array<FailedPlaces, 4> failed_;
     int placesLeft_ = kMostBeginnings;
 };
