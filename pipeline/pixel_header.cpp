@@ -30,17 +30,23 @@ StoredLayout PixelHeader::Layout() const noexcept {
 
 bool IsUsable(const PixelHeader& pixels) {
     if (pixels.size.cx < 1 || pixels.size.cy < 1 || pixels.samplesPerPixel < 1) return false;
-    if (pixels.bitsAllocated < 1 || pixels.bitsAllocated > kWidestSample) return false;
+    if (pixels.IsReal()) {
+        const int width = pixels.sampleType == SampleType::kFloat32 ? 32 : 64;
+        if (pixels.bitsAllocated != width || !pixels.IsGrey()) return false;
+    } else if (pixels.bitsAllocated < 1 || pixels.bitsAllocated > kWidestSample) {
+        return false;
+    }
     const int bytes = (pixels.bitsAllocated + 7) / 8;
     return CheckedProduct(pixels.size.cx, pixels.size.cy, pixels.samplesPerPixel, bytes) ||
            RefuseBy(Limit::kLargestBlock);
 }
 
-std::optional<PixelHeader> ReadPixelHeader(const CDcmObject& header) {
+std::optional<PixelHeader> ReadPixelHeader(const CDcmObject& header, SampleType sampleType) {
     const auto wordOr = [&header](std::uint32_t tag, int absent) {
         return Read<unsigned short>(header, tag).value_or(static_cast<unsigned short>(absent));
     };
     PixelHeader pixels;
+    pixels.sampleType = sampleType;
     pixels.size = {SideOr0(header, tag::kColumns), SideOr0(header, tag::kRows)};
     pixels.samplesPerPixel = wordOr(tag::kSamplesPerPixel, 1);
     pixels.bitsAllocated = wordOr(tag::kBitsAllocated, 0);

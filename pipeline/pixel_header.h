@@ -19,7 +19,9 @@ struct PixelHeader {
     unsigned short pixelRepresentation = 0;
     unsigned short bitsStored = 0;
     unsigned short highBit = 0;
+    SampleType sampleType = SampleType::kInteger;
 
+    [[nodiscard]] bool IsReal() const noexcept { return sampleType != SampleType::kInteger; }
     [[nodiscard]] bool IsGrey() const noexcept { return samplesPerPixel == 1; }
     [[nodiscard]] std::size_t PixelCount() const noexcept;
     /// Of a grey frame.
@@ -27,10 +29,11 @@ struct PixelHeader {
 };
 
 /// Whether an image has pixels, at most `kLargestBlock` bytes of them, and samples of up to 32
-/// bits.
+/// bits, or real ones of 32 or 64.
 [[nodiscard]] bool IsUsable(const PixelHeader& pixels);
 
 /// Nothing where the header's image is not usable.
-[[nodiscard]] std::optional<PixelHeader> ReadPixelHeader(const CDcmObject& header);
+[[nodiscard]] std::optional<PixelHeader> ReadPixelHeader(
+    const CDcmObject& header, SampleType sampleType = SampleType::kInteger);
 
 }  // namespace quorvex

@@ -32,9 +32,17 @@ unsigned char ByteOf(double output) noexcept {
 
 }  // namespace
 
-unsigned char DisplayFunction::operator()(std::int64_t stored) const noexcept {
-    const double output = ThroughPresentation(presentation, ThroughVoi(voi, modality(stored)));
+unsigned char DisplayFunction::ByteOfValue(double modalityValue) const noexcept {
+    const double output = ThroughPresentation(presentation, ThroughVoi(voi, modalityValue));
     return ByteOf(isComplemented ? 1.0 - output : output);
+}
+
+unsigned char DisplayFunction::operator()(std::int64_t stored) const noexcept {
+    return ByteOfValue(modality(stored));
+}
+
+unsigned char DisplayFunction::OfReal(double stored) const noexcept {
+    return ByteOfValue(modality.OfReal(stored));
 }
 
 std::optional<DisplayFunction::Line> DisplayFunction::AsLine() const noexcept {

@@ -22,6 +22,7 @@ struct DisplayFunction {
     bool isComplemented = false;  ///< black shows as white, whatever the stages say
 
     [[nodiscard]] unsigned char operator()(std::int64_t stored) const noexcept;
+    [[nodiscard]] unsigned char OfReal(double stored) const noexcept;
     /// The straight line that the bytes follow before they are clamped and rounded; nothing where
     /// they follow none.
     struct Line {
@@ -31,6 +32,7 @@ struct DisplayFunction {
     [[nodiscard]] std::optional<Line> AsLine() const noexcept;
     /// Fills `table` with the bytes of `low` and of those that follow it.
     void Fill(std::int64_t low, std::span<unsigned char> table) const noexcept;
+    [[nodiscard]] unsigned char ByteOfValue(double modalityValue) const noexcept;
 };
 
 }  // namespace quorvex

@@ -260,6 +260,9 @@ inline constexpr std::uint32_t kGraphicLayerRecommendedDisplayCIELabValue = 0x00
 inline constexpr std::uint32_t kPresentationLUTSequence = 0x20500010;
 inline constexpr std::uint32_t kPresentationLUTShape = 0x20500020;
 
+// Dose
+inline constexpr std::uint32_t kDoseGridScaling = 0x3004000E;
+
 // Functional groups
 inline constexpr std::uint32_t kSharedFunctionalGroupsSequence = 0x52009229;
 inline constexpr std::uint32_t kPerFrameFunctionalGroupsSequence = 0x52009230;

@@ -9,7 +9,6 @@ namespace quorvex {
 
 QUORVEX_MESSAGE FetchFrame(CxDcmParser& source, int frameIndex, FetchedFrame& frame,
                            std::optional<CSize> least) {
-    if (source.GetSampleType() != SampleType::kInteger) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     unsigned char* data = nullptr;
     unsigned long size = 0;
     CSize came;
@@ -17,7 +16,7 @@ QUORVEX_MESSAGE FetchFrame(CxDcmParser& source, int frameIndex, FetchedFrame& fr
                               : source.GetAFrame(frameIndex, data, size, 0);
     if (result != QVM_SUCCESS) return result;
     PixelBlock pixels{std::unique_ptr<unsigned char[]>(data), size};
-    auto header = ReadPixelHeader(*source.GetHeader());
+    auto header = ReadPixelHeader(*source.GetHeader(), source.GetSampleType());
     if (!header || !pixels.data) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     std::optional<CSize> whole;
     if (least && came != header->size) whole = std::exchange(header->size, came);

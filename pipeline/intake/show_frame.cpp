@@ -29,6 +29,7 @@ void TakeFrame(IncomingImage& incoming, PixelBlock frame, const PixelHeader& hea
 
 QUORVEX_MESSAGE EstablishedRules::ShowFrame(DisplayedImage& image, CxDcmParser& source,
                                             CSize viewSize, int frameIndex) const {
+    if (source.GetSampleType() != SampleType::kInteger) return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
     FetchedFrame fetched;
     const auto result = FetchFrame(source, frameIndex, fetched);
     if (result != QVM_SUCCESS) return result;

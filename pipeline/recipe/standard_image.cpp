@@ -85,6 +85,18 @@ RealSpan SpanOfFrame(const DisplayedImage& image, const ModalityStage& modality)
     return span;
 }
 
+/// The window whose ends are the lowest and the highest real value, whatever their unit is.
+GreyWindow WindowOverReals(const StandardImage& standard, const ModalityStage& modality) {
+    if (standard.real.low > standard.real.high) return GreyWindow::Over(0.0, 0.0);
+    const double one = modality.OfReal(standard.real.low);
+    const double other = modality.OfReal(standard.real.high);
+    constexpr double kMost = std::numeric_limits<double>::max();
+    const double low = std::clamp(std::min(one, other), -kMost, kMost);
+    const double high = std::clamp(std::max(one, other), -kMost, kMost);
+    if (low == high) return GreyWindow::Over(low, high);
+    return {low / 2.0 + high / 2.0, std::min(high - low, kMost), VoiFunction::kLinearExact};
+}
+
 RealSpan SpanOfBits(const StoredForm& form, const ModalityStage& modality) {
     RealSpan span;
     constexpr int kWordBits = 16;
@@ -108,6 +120,7 @@ GreyWindow WindowOverValues(const DisplayedImage& image) {
         return GreyWindow::Over(static_cast<double>(range->low), static_cast<double>(range->high));
     }
     const ModalityStage& modality = standard.Stages().modality;
+    if (standard.IsReal()) return WindowOverReals(standard, modality);
     // A state without a window shows all that its modality stage can give (DICOM PS3.3 C.11.6.1).
     const bool showsAllBits = standard.form.bitsStored <= kByteBits || standard.applied;
     RealSpan span =

@@ -43,13 +43,17 @@ struct AppliedState {
 
 /// The stored values stay as they are: all that the stages do is done by the table of a render.
 ///
-/// A grey frame's elements are 1, 2 or 4 bytes wide, sign-extended from Bits Stored.
+/// A grey frame's elements are 1, 2 or 4 bytes wide, sign-extended from Bits Stored; real ones are
+/// as they came, 4 or 8 bytes wide.
 struct StandardImage {
     StoredForm form;
+    SampleType sampleType = SampleType::kInteger;
     bool isGrey = true;
     std::optional<CSize> whole;  ///< columns and rows, where it was decoded no finer than the view
     ValueSpan stored;            ///< lowest and highest element of the frame
     std::optional<PaddingRange> padding;
+    std::optional<RealPaddingRange> realPadding;
+    ExactSpan real;  ///< of the finite real elements that are no padding; low > high without any
     std::optional<ValueSpan> statedRange;  ///< modality values, as a host states them
     double aspect = 1.0;
     int bitsAllocated = 8;
@@ -68,6 +72,7 @@ struct StandardImage {
     std::optional<GreyWindow> userWindow;
     bool isToggled = false;  ///< black and white exchanged by the user
 
+    [[nodiscard]] bool IsReal() const noexcept { return sampleType != SampleType::kInteger; }
     [[nodiscard]] const GreyStages& Stages() const noexcept {
         return applied ? applied->stages : own;
     }

@@ -24,6 +24,8 @@ struct StandardIncoming {
     CSize size;
     std::shared_ptr<const CXGSPSInfo> record;
 
+    /// False, and nothing taken, where the frame is too short.
+    [[nodiscard]] bool TakeReal(PixelBlock frame, const PixelHeader& header);
     void TakeGrey(PixelBlock frame, const PixelHeader& header);
     void TakeColour(PixelBlock frame, const PixelHeader& header);
     /// Palette indices become their colours. False, and nothing taken, where the object has no

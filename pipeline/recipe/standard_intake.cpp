@@ -32,10 +32,15 @@ std::optional<OwnedShutter> ShutterOf(const CDcmObject& object, CSize size) {
 void Describe(StandardImage& image, const CDcmObject& object, const PixelHeader& header,
               int frameIndex) {
     image.form = FormOf(header);
+    image.sampleType = header.sampleType;
     image.bitsAllocated = header.bitsAllocated;
     image.frameNumber = frameIndex + 1;
     image.uid = Read<CString>(object, tag::kSOPInstanceUID).value_or(CString());
-    image.padding = ReadPadding(object, image.form);
+    if (header.IsReal()) {
+        image.realPadding = ReadRealPadding(object, header.sampleType);
+    } else {
+        image.padding = ReadPadding(object, image.form);
+    }
     image.own = ReadImageStages(object, image.form);
     image.aspect = ReadPixelAspect(object);
 }
@@ -46,7 +51,7 @@ std::optional<CSize> LeastSizeOf(const DisplayedImage& image, const CxDcmParser&
     const CDcmObject* const object = source.GetHeader();
     const bool hasState = &source == &*image.parser && image.standard && image.standard->state;
     if (!image.isPreview || hasState || object == nullptr) return std::nullopt;
-    const auto header = ReadPixelHeader(*object);
+    const auto header = ReadPixelHeader(*object, source.GetSampleType());
     if (!header) return std::nullopt;
     const auto ofFrame = HeaderOfFrame(*object, frameIndex);
     const CDcmObject& described = ofFrame ? *ofFrame : *object;
@@ -71,6 +76,11 @@ QUORVEX_MESSAGE TakePixels(StandardIncoming& incoming, PixelBlock frame, const P
                            CDcmObject& object) {
     const CString photometric =
         Read<CString>(object, tag::kPhotometricInterpretation).value_or(CString());
+    if (header.IsReal()) {
+        if (photometric.CompareNoCase("PALETTE COLOR") == 0) return QVM_ERROR_INVALID_PHOTOMETRIC;
+        return incoming.TakeReal(std::move(frame), header) ? QVM_SUCCESS
+                                                           : QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
+    }
     if (photometric.CompareNoCase("PALETTE COLOR") == 0) {
         const bool isTaken = incoming.TakePalette(std::move(frame), header, object);
         return isTaken ? QVM_SUCCESS : QVM_ERROR_INVALID_PHOTOMETRIC;

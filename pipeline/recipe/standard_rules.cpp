@@ -11,17 +11,22 @@ namespace {
 
 constexpr int kQuarter = 90;
 
-/// Steps of a window change for the bits of a pixel, as `CXWindowing` has them.
-int StepFactor(int bitsAllocated) {
-    if (bitsAllocated == 16) return 3;
-    return bitsAllocated == 12 ? 2 : 1;
+/// Steps of a window change: for up to 16 bits as `CXWindowing` has them, else by the values.
+double StepFactor(const DisplayedImage& image) {
+    const int bitsAllocated = image.standard->bitsAllocated;
+    constexpr int kWords = 16;
+    constexpr double kSteps = 1024.0;  // over all values, which may be in any unit
+    if (bitsAllocated > kWords) return WindowOverValues(image).width / kSteps;
+    if (bitsAllocated == kWords) return 3.0;
+    return bitsAllocated == 12 ? 2.0 : 1.0;
 }
 
 /// What a window that is set without a function keeps: that of the window chosen last, or the one
-/// that the image states.
+/// that the image states; real values are told apart exactly.
 VoiFunction FunctionOf(const DisplayedImage& image) {
     const StandardImage& standard = *image.standard;
     if (standard.userWindow) return standard.userWindow->function;
+    if (standard.IsReal()) return VoiFunction::kLinearExact;
     const auto& windows = standard.Stages().voi.windows;
     const bool isStated = standard.isGrey && !windows.empty();
     return isStated ? windows.front().window.function : VoiFunction::kLinear;
@@ -63,7 +68,7 @@ void StandardRules::SetWindow(DisplayedImage& image, double level, double width,
 
 void StandardRules::StepWindow(DisplayedImage& image, int levelDelta, int widthDelta) const {
     GreyWindow window = PresentWindow(image);
-    const double factor = StepFactor(image.standard->bitsAllocated);
+    const double factor = StepFactor(image);
     const double narrowest =
         window.function == VoiFunction::kLinear ? 1.0 : std::min(window.width, 1.0);
     window.centre -= factor * levelDelta;

@@ -74,9 +74,37 @@ std::vector<unsigned char> DisplayedOneByOne(const DisplayedImage& image,
                                              const DisplayFunction& function) {
     std::vector<unsigned char> bytes(image.pixels.size / sizeof(Element));
     for (std::size_t i = 0; i < bytes.size(); ++i) {
-        bytes[i] = function(ElementAt<Element>(image.pixels.data.get(), i));
+        bytes[i] = function(std::int64_t{ElementAt<Element>(image.pixels.data.get(), i)});
     }
     return bytes;
+}
+
+/// Real elements. Padding is no part of the image: it is black.
+template <class Element>
+std::vector<unsigned char> DisplayedReals(const DisplayedImage& image,
+                                          const DisplayFunction& function) {
+    const auto& padding = image.standard->realPadding;
+    std::vector<unsigned char> bytes(image.pixels.size / sizeof(Element));
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        const auto value = static_cast<double>(ElementAt<Element>(image.pixels.data.get(), i));
+        bytes[i] = padding && padding->Holds(value) ? 0 : function.OfReal(value);
+    }
+    return bytes;
+}
+
+/// Display bytes of the elements that no table holds.
+std::vector<unsigned char> DisplayedBytes(const DisplayedImage& image,
+                                          const DisplayFunction& function) {
+    switch (image.standard->sampleType) {
+        case SampleType::kFloat32:
+            return DisplayedReals<float>(image, function);
+        case SampleType::kFloat64:
+            return DisplayedReals<double>(image, function);
+        case SampleType::kInteger:
+            break;
+    }
+    return image.standard->form.isSigned ? DisplayedOneByOne<std::int32_t>(image, function)
+                                         : DisplayedOneByOne<std::uint32_t>(image, function);
 }
 
 Tables MakeTables(const DisplayedImage& image, const DisplayFunction& function) {
@@ -90,8 +118,7 @@ Tables MakeTables(const DisplayedImage& image, const DisplayFunction& function) 
     Tables tables;
     tables.table.resize(kBytes);
     std::iota(tables.table.begin(), tables.table.end(), static_cast<unsigned char>(0));
-    tables.bytes = standard.form.isSigned ? DisplayedOneByOne<std::int32_t>(image, function)
-                                          : DisplayedOneByOne<std::uint32_t>(image, function);
+    tables.bytes = DisplayedBytes(image, function);
     return tables;
 }
 

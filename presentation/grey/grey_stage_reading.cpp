@@ -19,7 +19,9 @@ ModalityStage ReadModality(const CDcmObject& object, const StoredForm& form) {
             ReadGreyTable(*item, form.isSigned ? FirstValue::kSigned : FirstValue::kUnsigned);
         if (stage.table) return stage;
     }
-    const double slope = Read<double>(object, tag::kRescaleSlope).value_or(1.0);
+    // A dose is its grid's values times the scaling (DICOM PS3.3 C.8.8.3); it has no rescale.
+    const double scaling = Read<double>(object, tag::kDoseGridScaling).value_or(1.0);
+    const double slope = Read<double>(object, tag::kRescaleSlope).value_or(scaling);
     const double intercept = Read<double>(object, tag::kRescaleIntercept).value_or(0.0);
     if (slope == 0.0 || !std::isfinite(slope) || !std::isfinite(intercept)) return stage;
     stage.slope = slope;
@@ -116,6 +118,19 @@ std::optional<PaddingRange> ReadPadding(const CDcmObject& header, const StoredFo
     const std::int64_t other = stored(tag::kPixelPaddingRangeLimit).value_or(*padding);
     const auto [low, high] = std::minmax(*padding, other);
     return PaddingRange{low, high};
+}
+
+std::optional<RealPaddingRange> ReadRealPadding(const CDcmObject& header, SampleType sampleType) {
+    const bool isDouble = sampleType == SampleType::kFloat64;
+    const auto padding = Read<double>(
+        header, isDouble ? tag::kDoubleFloatPixelPaddingValue : tag::kFloatPixelPaddingValue);
+    if (!padding || std::isnan(*padding)) return std::nullopt;
+    const double other = Read<double>(header, isDouble ? tag::kDoubleFloatPixelPaddingRangeLimit
+                                                       : tag::kFloatPixelPaddingRangeLimit)
+                             .value_or(*padding);
+    if (std::isnan(other)) return RealPaddingRange{*padding, *padding};
+    const auto [low, high] = std::minmax(*padding, other);
+    return RealPaddingRange{low, high};
 }
 
 bool RefersTo(const CDcmObject& state, const CString& imageUID, std::int32_t frameNumber) {

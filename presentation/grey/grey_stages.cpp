@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace quorvex {
 
@@ -13,6 +14,13 @@ std::uint16_t GreyTable::At(std::int64_t value) const noexcept {
 double ModalityStage::operator()(std::int64_t stored) const noexcept {
     if (table) return table->At(stored);
     return static_cast<double>(stored) * slope + intercept;
+}
+
+double ModalityStage::OfReal(double stored) const noexcept {
+    if (std::isnan(stored)) return -std::numeric_limits<double>::infinity();
+    if (!table) return stored * slope + intercept;
+    constexpr double kFar = 1e9;  // past both ends of every table
+    return table->At(static_cast<std::int64_t>(std::floor(std::clamp(stored, -kFar, kFar) + 0.5)));
 }
 
 double GreyWindow::operator()(double value) const noexcept {

@@ -30,6 +30,8 @@ struct ModalityStage {
     std::shared_ptr<const GreyTable> table;  ///< wins where it is there
 
     [[nodiscard]] double operator()(std::int64_t stored) const noexcept;
+    /// What is not a number counts as the lowest value.
+    [[nodiscard]] double OfReal(double stored) const noexcept;
 };
 
 /// A window, in modality units (DICOM PS3.3 C.11.2.1.2 and C.11.2.1.3).
@@ -80,6 +82,15 @@ struct PaddingRange {
     }
 };
 
+/// The same of real samples.
+struct RealPaddingRange {
+    double low = 0.0;
+    double high = 0.0;
+    [[nodiscard]] bool Holds(double stored) const noexcept {
+        return low <= stored && stored <= high;
+    }
+};
+
 struct GreyStages {
     ModalityStage modality;
     VoiStage voi;
@@ -111,6 +122,10 @@ struct StoredForm {
 /// Nothing where the header states no Pixel Padding Value.
 [[nodiscard]] std::optional<PaddingRange> ReadPadding(const CDcmObject& header,
                                                       const StoredForm& form);
+
+/// Of an image of real samples: Float or Double Float Pixel Padding Value and its range limit.
+[[nodiscard]] std::optional<RealPaddingRange> ReadRealPadding(const CDcmObject& header,
+                                                              SampleType sampleType);
 
 /// Whether a state refers to a frame of an image at all. One without references refers to
 /// everything.
