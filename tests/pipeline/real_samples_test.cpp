@@ -105,7 +105,8 @@ TEST(RealSamples, AreShownInTheirOwnUnits) {
         Open(dipp, FileOf(row.kind, row.values, row.attributes));
         EXPECT_EQ(Shown(dipp), row.shown);
         dipp.Inverse();
-        if (row.attributes.empty()) EXPECT_NEAR(Rendered(dipp).back(), 255 - row.shown.back(), 0);
+        if (!row.attributes.empty()) continue;
+        EXPECT_EQ(Rendered(dipp).back(), 255 - row.shown.back());
     }
 }
 
