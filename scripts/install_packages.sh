@@ -11,7 +11,7 @@ build="g++ cmake ninja-build make ccache pkg-config zlib1g-dev libpng-dev libcli
 tests="libgtest-dev python3 python3-numpy python3-pydicom dcmtk dicom3tools groff-base zsh fish"
 displays="python3 python3-numpy python3-pydicom dcmtk"
 conversions="python3 python3-numpy python3-pydicom dcmtk dicom3tools libgdcm-tools libjxl-tools"
-benches="libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev
+benches="time libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev
          libopenjph-dev"
 
 fuzzers="clang libclang-rt-14-dev python3 python3-pydicom"

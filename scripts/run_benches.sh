@@ -16,4 +16,7 @@ for bench in "$build"/bin/*_bench; do
         --benchmark_out="$results/$name.json" --benchmark_out_format=json >/dev/null 2>&1
 done
 python3 bench/report/whole_process.py "$build/bin/quorvex" "$results/whole_process.json"
+python3 bench/report/large_file.py "$build/bin/quorvex" "$results/large_file.json" \
+    >"$results/large_file.md"
+"$build/bin/large_objects" >"$results/large_objects.md"
 python3 bench/report/report.py "$results"

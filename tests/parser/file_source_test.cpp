@@ -80,7 +80,7 @@ Bytes RleFrames() {
     std::vector<Bytes> fragments;
     for (const int i : {0, 1, 2}) {
         const Bytes coded = RleOf(FrameAt(i));
-        for (int k = 0; k <= i; ++k) {
+        for (std::ptrdiff_t k = 0; k <= i; ++k) {
             const auto begin = coded.begin() + k * 1000;
             fragments.emplace_back(begin, k == i ? coded.end() : begin + 1000);
         }
