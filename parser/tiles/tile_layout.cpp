@@ -1,5 +1,6 @@
 #include "parser/tiles/tile_layout.h"
 
+#include "foundation/types/limits.h"
 #include "quorvex/Attributes.h"
 #include "quorvex/Tags.h"
 
@@ -204,6 +205,7 @@ std::optional<TileLayout> LayoutOf(const CDcmObject& header, int frames) {
     layout.tile = {static_cast<int>(NumberOf(header, tag::kColumns, 0)),
                    static_cast<int>(NumberOf(header, tag::kRows, 0))};
     if (layout.tile.cx < 1 || layout.tile.cy < 1 || frames < 1) return std::nullopt;
+    if (frames > kMostFrames && !RefuseBy(Limit::kMostFrames)) return std::nullopt;
     const std::int64_t columns = NumberOf(header, tag::kTotalPixelMatrixColumns, 0);
     const std::int64_t rows = NumberOf(header, tag::kTotalPixelMatrixRows, 0);
     if (columns < 1 || rows < 1) {

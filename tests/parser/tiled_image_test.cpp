@@ -212,6 +212,9 @@ TEST(TiledImage, WhatIsNoPartOfThePictureIsRefused) {
     EXPECT_EQ(opened.Add(Slide{.columns = 0x7FFFFFFF, .rows = -1}.Content()),
               QVM_ERROR_FAILED_TO_GET_PIXEL_DATA);
     EXPECT_EQ(opened.Add(Bytes(400, 1)), QVM_ERROR_FAILED_TO_PARSE_DICOM);
+    const auto claimed = ImageFile(kExplicitUid, {.frames = "2147483647"});
+    EXPECT_EQ(opened.Add(claimed.Bytes()), QVM_ERROR_FAILED_TO_GET_PIXEL_DATA)
+        << "before a place is made for each of them";
     EXPECT_EQ(opened.image.GetLevelCount(), 1);
     for (const CRect& region : {CRect{0, 0, 0, 4}, CRect{5, 0, 4, 4},
                                 CRect{-0x7FFFFFFF, -0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF}})
