@@ -64,7 +64,8 @@ inline void PrintTo(const Operation& operation, std::ostream* out) {
 #define DONE(...) [](Host& s) { return IsDone((__VA_ARGS__)); }
 
 /// Each file instantiates this with its operations. The n-th allocation fails, once and from then
-/// on, for every n until the operation is done without noticing; past 200 only some of them.
+/// on, for every n until the operation is done without noticing; past 200 (60 under a
+/// sanitizer) only some of them.
 class FailingAllocation : public testing::TestWithParam<Operation> {};
 
 }  // namespace quorvex::test
