@@ -4,8 +4,8 @@
 #include "foundation/types/limits.h"
 #include "maker/pixels/pixel_data_writing.h"
 #include "maker/recoding/jpeg_streams.h"
-#include "maker/recoding/lossy_record.h"
 #include "maker/recoding/nested_pixels.h"
+#include "maker/recoding/recoding_steps.h"
 #include "maker/recoding/single_bits.h"
 
 #include <memory>
@@ -38,19 +38,10 @@ public:
 
     [[nodiscard]] bool AreAtEnd() const override { return next_ == count_; }
     QUORVEX_MESSAGE Next(std::span<unsigned char>& bytes) override {
-        frame_.reset();
-        if (parser_.GetSampleType() != SampleType::kInteger)
-            return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-        unsigned char* data = nullptr;
         unsigned long size = 0;
-        const auto result = parser_.GetAFrameUnpacked(next_++, data, size);
-        frame_.reset(data);
+        const auto result = FetchStoredFrame(parser_, next_++, frameBytes_, frame_, size);
         if (result != QVM_SUCCESS) return result;
-        // What is missing would look as if it had been black.
-        if (parser_.GetFrameQuality() == FrameQuality::kPartial)
-            return QVM_ERROR_FAILED_TO_DECOMPRESS;
-        if (size != frameBytes_) return QVM_ERROR_INVALID_BITS_ALLOCATED;
-        bytes = {data, size};
+        bytes = {frame_.get(), size};
         return progress_.Report(next_, count_);
     }
 
@@ -62,36 +53,6 @@ private:
     int next_ = 0;
     std::unique_ptr<unsigned char[]> frame_;
 };
-
-/// Coded frames may be far smaller than pictures, but a few bytes make no pictures of gigabytes.
-bool IsPlausible(std::size_t all, std::size_t stored) {
-    return all <= kObjectAllowance || all / kMostObjectPerByte <= stored ||
-           RefuseBy(Limit::kLargestObject);
-}
-
-void DescribeColours(const RecodingPlan& plan, CDcmObject& object) {
-    if (plan.forms.samplesPerPixel != 3) return;
-    if (Read<CString>(object, tag::kPhotometricInterpretation) != plan.written)
-        object.SetValue(tag::kPhotometricInterpretation, plan.written);
-    const bool keepsPlanes = plan.to->coding == FrameCoding::kRle &&
-                             Read<int>(object, tag::kPlanarConfiguration).has_value();
-    if (!keepsPlanes && Read<int>(object, tag::kPlanarConfiguration) != 0)
-        object.SetValue(tag::kPlanarConfiguration, 0);
-}
-
-/// The process that is told from the transfer syntax has these bits, whatever the samples have.
-void DescribeExtendedBits(CDcmObject& object) {
-    constexpr int kBits = 12;
-    object.SetValue(tag::kBitsStored, kBits);
-    object.SetValue(tag::kHighBit, kBits - 1);
-}
-
-QUORVEX_MESSAGE CodeOne(const RecodingPlan& plan, std::span<unsigned char> frame,
-                        std::vector<unsigned char>& coded) {
-    if (plan.forms.bitsAllocated != 1) return CodeStored(plan.forms, frame, coded);
-    auto bits = PackBits(frame);
-    return CodeStored(plan.forms, bits, coded);
-}
 
 QUORVEX_MESSAGE PutPlain(const RecodingPlan& plan, StoredFrames& frames, CDcmObject& target) {
     if (plan.forms.bitsAllocated != 1)
@@ -113,10 +74,6 @@ QUORVEX_MESSAGE CodeAll(const RecodingPlan& plan, StoredFrames& frames, CDcmObje
         coded.push_back(std::move(one));
     }
     return PutCodedFrames(coded, target);
-}
-
-double RatioOf(std::size_t plain, std::size_t coded) {
-    return coded == 0 ? 1.0 : static_cast<double>(plain) / static_cast<double>(coded);
 }
 
 }  // namespace
@@ -148,14 +105,8 @@ QUORVEX_MESSAGE RecodeByStandard(CxDcmParser& parser, TRANSFER_SYNTAX from,
                                      : PutPlain(plan, frames, target);
     if (result == QVM_SUCCESS) result = DecodeNestedPixels(from, target);
     if (result != QVM_SUCCESS) return result;
-    DescribeColours(plan, target);
-    if (plan.isLossySource) MarkEarlierLoss(*plan.from, RatioOf(plainBytes, storedBytes), target);
-    if (wish.form == kXferJpegExtended) DescribeExtendedBits(target);
-    const unsigned errorBound = plan.to->coding == FrameCoding::kJpegLs ? plan.forms.quality : 0;
-    if (plan.to->isLossy &&
-        !RecordLoss(*plan.to, RatioOf(plainBytes, codedBytes), errorBound, target))
-        return QVM_ERROR_INVALID_MAKER_PARAM;
-    return QVM_SUCCESS;
+    DescribeRecoded(plan, RatioOf(plainBytes, storedBytes), target);
+    return DescribeLoss(plan, RatioOf(plainBytes, codedBytes), target);
 }
 
 }  // namespace quorvex

@@ -17,14 +17,6 @@
 namespace quorvex::tools {
 namespace {
 
-void DescribeObject(const CDcmObject& source, ConvertRecord& record) {
-    record.studyUid = TextOf(source, tag::kStudyInstanceUID);
-    record.seriesUid = TextOf(source, tag::kSeriesInstanceUID);
-    record.instanceUid = TextOf(source, tag::kSOPInstanceUID);
-    record.syntaxIn = TextOf(source, tag::kTransferSyntaxUID);
-    record.frames = IsImage(source) ? FramesOf(source) : 0;
-}
-
 MC_STATUS ReportFrame(int done, int all, void* user) {
     (*static_cast<const FrameWatch*>(user))("coding", done, all);
     return kMcContinue;
@@ -40,18 +32,33 @@ const TransferSyntax& EncodingOf(const ConvertTarget& target) {
 
 void Conversion::Run() {
     const FileDigest before = LengthOfFile(input_.path);
-    CDcmObject source = ReadSource(input_);
-    record_.source = Describe(input_.path);
-    if (record_.source.modified != before.modified)
-        throw EnvironmentFailure(input_.path + " changes while it is read");
-    DescribeObject(source, record_);
-    try {
-        ConvertObject(source);
-    } catch (const Refusal& refusal) {
-        if (refusal.outcome != Outcome::kUnsupported || !options_.keepsUnsupported) throw;
-        Keep(Kept::kUnsupported, refusal.message);
+    const auto kept = [&](const auto& convert) {
+        try {
+            return convert();
+        } catch (const Refusal& refusal) {
+            RequireUnchanged(before);
+            if (refusal.outcome != Outcome::kUnsupported || !options_.keepsUnsupported) throw;
+            Keep(Kept::kUnsupported, refusal.message);
+            return true;
+        }
+    };
+    if (!kept([&] { return Stream(); })) {
+        CDcmObject source = ReadSource(input_);
+        RequireUnchanged(before);
+        DescribeSource(source);
+        kept([&] {
+            ConvertObject(source);
+            return true;
+        });
     }
+    RequireUnchanged(before);
     record_.result = Describe(written_);
+}
+
+void Conversion::RequireUnchanged(const FileDigest& before) {
+    if (record_.source.bytes == 0) record_.source = Describe(input_.path);
+    if (LengthOfFile(input_.path).modified != before.modified)
+        throw EnvironmentFailure(input_.path + " changes while it is read");
 }
 
 void Conversion::ConvertObject(CDcmObject& source) {
@@ -190,6 +197,10 @@ void Conversion::VerifyPixels(CDcmObject& source, CDcmObject& output, bool hasNe
         return;
     }
     const auto comparison = CompareFrames(source, output, watch_);
+    CheckPixels(comparison, hasNewFrames);
+}
+
+void Conversion::CheckPixels(const FrameComparison& comparison, bool hasNewFrames) {
     Require(comparison.result);
     record_.compared.emplace_back("decoded pixels");
     record_.greatestError = comparison.greatestError;
@@ -201,6 +212,14 @@ void Conversion::VerifyPixels(CDcmObject& source, CDcmObject& output, bool hasNe
     if (comparison.overflows)
         throw BadInput(QVM_ERROR_INVALID_BITS_STORED,
                        "the coder's losses would leave the bits stored; take a lossless target");
+}
+
+void Conversion::DescribeSource(const CDcmObject& source) {
+    record_.studyUid = TextOf(source, tag::kStudyInstanceUID);
+    record_.seriesUid = TextOf(source, tag::kSeriesInstanceUID);
+    record_.instanceUid = TextOf(source, tag::kSOPInstanceUID);
+    record_.syntaxIn = TextOf(source, tag::kTransferSyntaxUID);
+    record_.frames = IsImage(source) ? FramesOf(source) : 0;
 }
 
 FileDigest Conversion::Describe(const std::string& path) const {

@@ -3,6 +3,7 @@
 #include "tools/convert/convert_job.h"
 #include "tools/convert/convert_summary.h"
 #include "tools/convert/stop_signals.h"
+#include "tools/convert/streaming/frame_team.h"
 #include "tools/output/object_output.h"
 #include "tools/output/output_place.h"
 #include "tools/output/work_folder.h"
@@ -91,17 +92,19 @@ bool IsDoneWell(const ConvertRecord& record) {
 /// outcome.
 class ConvertRun {
 public:
-    explicit ConvertRun(const ConvertArguments& arguments)
+    ConvertRun(const ConvertArguments& arguments, unsigned jobs)
         : options_(OptionsOf(arguments)),
           place_(arguments.output, HasSeveralInputs(arguments), arguments.files),
           workFolder_(WorkPlaceFor(place_, options_.isDryRun)),
           files_(SourceOf(arguments)),
-          progress_(TotalToShow(arguments)) {
+          progress_(TotalToShow(arguments)),
+          working_(jobs),
+          team_(jobs) {
         if (!arguments.manifest.empty()) manifest_ = std::make_unique<Manifest>(arguments.manifest);
     }
 
-    ExitStatus Run(unsigned jobs) {
-        working_ = jobs;
+    ExitStatus Run() {
+        const unsigned jobs = working_;
         {
             std::vector<std::jthread> threads;
             for (unsigned i = 0; i < jobs; ++i) threads.emplace_back([this] { WorkUntilTheEnd(); });
@@ -155,7 +158,7 @@ private:
         try {
             while (auto task = TakeTask()) {
                 const bool isHopeless =
-                    ConvertFile(task->record, task->input, options_, workFolder_, watch_);
+                    ConvertFile(task->record, task->input, options_, workFolder_, watch_, team_);
                 Record(task->record);
                 if (isHopeless) isGivenUp_ = true;
             }
@@ -164,6 +167,7 @@ private:
             if (!failure_) failure_ = std::current_exception();
             isGivenUp_ = true;
         }
+        team_.Help();
         --working_;
     }
 
@@ -220,7 +224,8 @@ private:
     Progress progress_;
     std::exception_ptr failure_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-    std::atomic<unsigned> working_ = 0;  // threads
+    std::atomic<unsigned> working_;  // threads
+    FrameTeam team_;
     std::atomic<bool> isGivenUp_ = false;
     const FrameWatch watch_ = [this](const char* step, int done, int all) {
         const std::lock_guard lock(mutex_);
@@ -237,7 +242,7 @@ ExitStatus Convert(const ConvertArguments& arguments) {
         throw WrongUsage("a dry run keeps no manifest");
     CountStopSignals();
     const unsigned cores = std::max(std::thread::hardware_concurrency(), 1U);
-    return ConvertRun(arguments).Run(arguments.jobs == 0 ? cores : arguments.jobs);
+    return ConvertRun(arguments, arguments.jobs == 0 ? cores : arguments.jobs).Run();
 }
 
 }  // namespace quorvex::tools

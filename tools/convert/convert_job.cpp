@@ -27,7 +27,7 @@ Refusal Explained(const Refusal& refusal) {
 }  // namespace
 
 bool ConvertFile(ConvertRecord& record, const InputFile& input, const ConvertOptions& options,
-                 WorkFolder& workFolder, const FrameWatch& watch) {
+                 WorkFolder& workFolder, const FrameWatch& watch, FrameTeam& team) {
     const auto start = std::chrono::steady_clock::now();
     const auto fail = [&](const Refusal& refusal) {
         record.outcome = refusal.outcome;
@@ -39,7 +39,7 @@ bool ConvertFile(ConvertRecord& record, const InputFile& input, const ConvertOpt
     ForgetLimit();
     try {
         const WorkFile written(workFolder.NewPath());
-        Conversion(record, input, options, written.path, watch).Run();
+        Conversion(record, input, options, written.path, watch, team).Run();
         if (!options.isDryRun) PutInPlace(written.path, record.output);
     } catch (const Refusal& refusal) {
         fail(Explained(refusal));

@@ -10,6 +10,7 @@
 
 namespace quorvex::tools {
 
+class FrameTeam;
 class WorkFolder;
 
 /// What is wanted of every file.
@@ -27,7 +28,8 @@ struct ConvertOptions {
 ///
 /// The output is written into the work folder, read back, compared with its source where that is
 /// wanted, and only then takes its place; until then, and after every failure, a file in that place
-/// stays as it was. The source is never touched. One source and one output are held in memory.
+/// stays as it was. The source is never touched. Of an
+/// image of several frames those at work are held in memory, of any other file source and output.
 ///
 /// What has no pixels is carried: written in the target's encoding, in explicit little endian for a
 /// coded target, or copied where it is in that encoding already or cannot be written in it.
@@ -37,6 +39,6 @@ struct ConvertOptions {
 /// @param watch   may be called from this thread at any time
 /// @return true where no other file will fare better: the disk is full or cannot be written
 bool ConvertFile(ConvertRecord& record, const InputFile& input, const ConvertOptions& options,
-                 WorkFolder& workFolder, const FrameWatch& watch);
+                 WorkFolder& workFolder, const FrameWatch& watch, FrameTeam& team);
 
 }  // namespace quorvex::tools

@@ -33,7 +33,8 @@ void AddOptions(CLI::App& verb, ConvertArguments& arguments) {
             "jpeg: 1 to 100; jpeg12: coarseness, 1 is best; j2k, htj2k: ratio to compress by; "
             "jpegls: greatest error of a sample; jpegxl: tenths of a visible distance")
         ->type_name("Q");
-    verb.add_option("--jobs", arguments.jobs, "Files at a time; 0 for one on each core")
+    verb.add_option("--jobs", arguments.jobs,
+                    "Threads for files, and frames of one; 0 for one a core")
         ->check(CLI::Range(0U, kMostJobs).description(""))
         ->type_name("N")
         ->capture_default_str();

@@ -4,6 +4,7 @@
 #include "foundation/dicom/model/dictionary.h"
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/value_representation.h"
+#include "foundation/dicom/object/around_pixels.h"
 #include "foundation/dicom/object/object_state.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/limits.h"
@@ -152,6 +153,15 @@ DCMRESULT CDcmObjectCommon::SetValueRepresentation(std::uint32_t tag, MC_VR vr) 
         changed.vr = vr;
         return kDcmSuccess;
     });
+}
+
+void dicom::PutFrameTable(CDcmObject& object, std::span<const std::uint64_t> frameLengths) {
+    OffsetTables tables = OffsetTablesOf(frameLengths);
+    DataSet& dataSet = ObjectState::Of(object).Writable();
+    PutOrRemove(dataSet, tag::kExtendedOffsetTable, std::move(tables.extendedOffsets));
+    PutOrRemove(dataSet, tag::kExtendedOffsetTableLengths, std::move(tables.extendedLengths));
+    const ByteRange table{0, tables.basic.size()};
+    dataSet.PutFragments(tag::kPixelData, MC_VR_OB, std::move(tables.basic), {table});
 }
 
 }  // namespace quorvex

@@ -2,6 +2,7 @@
 #include "foundation/dicom/model/tags.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/model/value_representation.h"
+#include "foundation/dicom/object/around_pixels.h"
 #include "foundation/dicom/object/object_state.h"
 #include "foundation/dicom/object/pixel_shape.h"
 #include "foundation/dicom/writing/data_set_writer.h"
@@ -130,6 +131,22 @@ DCMRESULT CDcmObject::WriteFile(const CString& path) const {
         if (file.Commit()) return kDcmSuccess;
         return state.Fail(kDcmFailure, "the file cannot be written");
     });
+}
+
+std::optional<AroundPixels> dicom::WriteAroundPixels(const CDcmObject& object,
+                                                     std::uint64_t nativeBytes) {
+    const DataSet& main = ObjectState::Of(object).Content();
+    WritingPlan plan = PlanOf(main, ShapeOf(object));
+    if (plan.obstacle != nullptr || plan.isDeflated) return std::nullopt;
+    BufferSink sink;
+    std::optional<std::size_t> place;
+    plan.rules.nativePixelBytes = nativeBytes;
+    plan.rules.atPixels = [&] { place = sink.Written().size(); };
+    WriteAll(main, plan, sink);
+    if (!place) return std::nullopt;
+    const Bytes all = sink.Written();
+    const auto middle = all.begin() + static_cast<std::ptrdiff_t>(*place);
+    return AroundPixels{.ahead = {all.begin(), middle}, .behind = {middle, all.end()}};
 }
 
 }  // namespace quorvex

@@ -28,7 +28,7 @@ bool IsWritten(std::uint32_t tag, bool isMain) {
 
 class Writer {
 public:
-    Writer(const WritingRules& rules, ByteSink& sink) : rules_(rules), sink_(sink) {}
+    Writer(WritingRules rules, ByteSink& sink) : rules_(std::move(rules)), sink_(sink) {}
 
     void WriteMain(const DataSet& main) {
         const auto target = TextTarget::OfMain(main, rules_.isForcedToUtf8);
@@ -92,7 +92,9 @@ private:
         const FragmentView fragments = dataSet.FragmentsOf(element);
         if (!fragments.IsEmpty()) {
             const bool isJoined = isMain && rules_.joinsPixelData && element.tag == tag::kPixelData;
-            return isJoined ? WriteJoined(element, fragments) : WriteFragments(element, fragments);
+            const bool isOpen = isMain && element.tag == tag::kPixelData;
+            return isJoined ? WriteJoined(element, fragments)
+                            : WriteFragments(element, fragments, isOpen);
         }
         const Bytes value = dataSet.ValueOf(element);
         if (element.tag == tag::kSpecificCharacterSet && rules_.isForcedToUtf8)
@@ -141,6 +143,10 @@ private:
     void WritePixelData(const Element& element, Bytes value) {
         const bool isBytes = element.vr == MC_VR_OB && rules_.bitsAllocated <= 8;
         const MC_VR vr = isBytes ? MC_VR_OB : MC_VR_OW;
+        if (rules_.atPixels) {
+            PutHeader(element.tag, vr, rules_.nativePixelBytes + rules_.nativePixelBytes % 2);
+            return rules_.atPixels();
+        }
         const bool isSwapped = element.isBigEndian != rules_.encoding.isBigEndian;
         const std::size_t unit = PixelWordBytes(vr, rules_.bitsAllocated);
         if (!isSwapped || unit == 1) return WriteAsStored(element.tag, vr, value);
@@ -173,10 +179,11 @@ private:
         }
     }
 
-    void WriteFragments(const Element& element, const FragmentView& fragments) {
+    void WriteFragments(const Element& element, const FragmentView& fragments, bool isOpen) {
         PutHeader(element.tag, MC_VR_OB, kUndefinedLength);
         PutFragment(PaddedOffsetTable(fragments));
         for (std::size_t i = 1; i < fragments.Count(); ++i) PutFragment(fragments[i]);
+        if (isOpen && rules_.atPixels) rules_.atPixels();
         PutItemTag(tag::kSequenceDelimitationItem, 0);
     }
 

@@ -4,6 +4,9 @@
 #include "foundation/dicom/model/data_set.h"
 #include "foundation/dicom/writing/byte_sink.h"
 
+#include <cstddef>
+#include <functional>
+
 namespace quorvex::dicom {
 
 /// How a main data set is written.
@@ -15,6 +18,10 @@ struct WritingRules {
     bool joinsPixelData = false;
     /// Bits Allocated, by which native Pixel Data are words of 8, 16, 32 or 64 bits.
     std::uint32_t bitsAllocated = 0;
+    /// Is called where more of the main data set's Pixel Data belongs: behind the fragments that
+    /// are there, or behind the header of a native value.
+    std::function<void()> atPixels = {};
+    std::size_t nativePixelBytes = 0;  ///< of a native value that atPixels() stands for
 };
 
 /// Writes the elements of `main` except group 0002 and group lengths. Sequences and items get

@@ -18,7 +18,7 @@ std::string TemporaryName(const std::string& path) {
 OutputFile::OutputFile(std::string path)
     : path_(std::move(path)),
       temporaryPath_(TemporaryName(path_)),
-      file_(std::fopen(temporaryPath_.c_str(), "wbx")) {}
+      file_(std::fopen(temporaryPath_.c_str(), "w+bx")) {}
 
 OutputFile::~OutputFile() {
     if (!file_) return;
@@ -29,6 +29,28 @@ OutputFile::~OutputFile() {
 void OutputFile::Put(Bytes bytes) {
     if (!isGood_ || bytes.empty()) return;
     isGood_ = IsOpen() && std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) == bytes.size();
+}
+
+void OutputFile::PutAt(std::uint64_t offset, Bytes bytes) {
+    if (!isGood_) return;
+    isGood_ = IsOpen() && fseeko(file_.get(), static_cast<off_t>(offset), SEEK_SET) == 0;
+    Put(bytes);
+    isGood_ = isGood_ && fseeko(file_.get(), 0, SEEK_END) == 0;
+}
+
+void OutputFile::PutRestOf(OutputFile& other, std::uint64_t offset) {
+    constexpr std::size_t kPiece = std::size_t{1} << 20;
+    const bool isThere = other.isGood_ && other.IsOpen() &&
+                         fseeko(other.file_.get(), static_cast<off_t>(offset), SEEK_SET) == 0;
+    isGood_ = isGood_ && isThere;
+    ByteBuffer piece(isGood_ ? kPiece : 0);
+    while (isGood_) {
+        const std::size_t count = std::fread(piece.data(), 1, piece.size(), other.file_.get());
+        Put(Bytes(piece).first(count));
+        if (count == piece.size()) continue;
+        isGood_ = isGood_ && std::ferror(other.file_.get()) == 0;
+        break;
+    }
 }
 
 bool OutputFile::Commit() {

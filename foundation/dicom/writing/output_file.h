@@ -3,6 +3,7 @@
 
 #include "foundation/dicom/writing/byte_sink.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -19,7 +20,12 @@ public:
     ~OutputFile() override;
 
     [[nodiscard]] bool IsOpen() const noexcept { return file_ != nullptr; }
+    [[nodiscard]] bool IsGood() const noexcept { return isGood_; }
     void Put(Bytes bytes) override;
+    /// Replaces bytes that were put; the next ones go behind all of them.
+    void PutAt(std::uint64_t offset, Bytes bytes);
+    /// Puts what another file has from `offset` on.
+    void PutRestOf(OutputFile& other, std::uint64_t offset);
     /// False when anything could not be written.
     [[nodiscard]] bool Commit();
 

@@ -2,6 +2,7 @@
 
 #include "quorvex/Tags.h"
 #include "tools/convert/checks/stored_samples.h"
+#include "tools/convert/streaming/parser_pool.h"
 #include "tools/convert_target.h"
 #include "tools/stored_image.h"
 
@@ -9,6 +10,7 @@
 #include <cmath>
 #include <limits>
 #include <span>
+#include <vector>
 
 namespace quorvex::tools {
 namespace {
@@ -35,6 +37,12 @@ public:
             squares_ += error * error;
             ++count_;
         }
+    }
+    void Add(const Differences& other) {
+        overflows_ = overflows_ || other.overflows_;
+        greatest_ = std::max(greatest_, other.greatest_);
+        squares_ += other.squares_;
+        count_ += other.count_;
     }
     void Count(std::size_t equalSamples) { count_ += equalSamples; }
 
@@ -116,20 +124,52 @@ FrameComparison CompareFrames(CDcmObject& source, CDcmObject& output, const Fram
     comparison.result = Open(before, app, source);
     if (comparison.result == QVM_SUCCESS) comparison.result = Open(after, app, output);
     if (comparison.result != QVM_SUCCESS) return comparison;
-    const SampleForm sourceForm = FormOf(source);
-    const SampleForm outputForm = FormOf(output);
+    const FrameRun oneByOne = [](int count, const auto& make, const auto& take) {
+        for (int i = 0; i < count; ++i) {
+            make(i);
+            take(i);
+        }
+    };
+    return CompareFrames(before, after, watch, oneByOne, 1);
+}
+
+FrameComparison CompareFrames(CxDcmParser& before, CxDcmParser& after, const FrameWatch& watch,
+                              const FrameRun& run, int window) {
+    const SampleForm sourceForm = FormOf(*before.GetHeader());
+    const SampleForm outputForm = FormOf(*after.GetHeader());
     KeepStoredColours(before, after);
+    FrameComparison comparison;
     const int count = before.GetFrameCount();
     comparison.isSameShape = count == after.GetFrameCount();
-    Differences differences(sourceForm.bits, outputForm.bits);
-    for (int i = 0; comparison.isSameShape && i < count; ++i) {
-        const auto one = FetchFrame(before, i);
-        const auto other = FetchFrame(after, i);
-        comparison.result = one.result != QVM_SUCCESS ? one.result : other.result;
-        if (comparison.result != QVM_SUCCESS) return comparison;
-        Compare(one, other, outputForm.Width(), differences, comparison);
+    if (!comparison.isSameShape) return comparison;
+    struct Compared {
+        Differences differences;
+        FrameComparison comparison = {};
+    };
+    ParserPool sources(before, window == 1);
+    ParserPool outputs(after, window == 1);
+    const Differences none(sourceForm.bits, outputForm.bits);
+    std::vector<Compared> frames(static_cast<std::size_t>(window), Compared{none});
+    const auto placeOf = [&](int i) -> Compared& {
+        return frames[static_cast<std::size_t>(i % window)];
+    };
+    const auto compare = [&](int i) {
+        Compared& frame = placeOf(i) = Compared{none};
+        const auto one = sources.With([&](CxDcmParser& parser) { return FetchFrame(parser, i); });
+        const auto other = outputs.With([&](CxDcmParser& parser) { return FetchFrame(parser, i); });
+        frame.comparison.result = one.result != QVM_SUCCESS ? one.result : other.result;
+        if (frame.comparison.result == QVM_SUCCESS)
+            Compare(one, other, outputForm.Width(), frame.differences, frame.comparison);
+    };
+    Differences differences = none;
+    run(count, compare, [&](int i) {
+        const Compared& frame = placeOf(i);
+        if (comparison.result == QVM_SUCCESS) comparison.result = frame.comparison.result;
+        comparison.isSameShape = comparison.isSameShape && frame.comparison.isSameShape;
+        comparison.isEqual = comparison.isEqual && frame.comparison.isEqual;
+        differences.Add(frame.differences);
         watch("checking", i + 1, count);
-    }
+    });
     differences.Sum(comparison);
     return comparison;
 }

@@ -1,10 +1,12 @@
 /// Whether an output shows what its source shows.
 #pragma once
 
+#include "quorvex/CxDcmParser.h"
 #include "quorvex/DicomObject.h"
 #include "quorvex/ResultCodes.h"
 #include "tools/convert/frame_watch.h"
 
+#include <functional>
 #include <optional>
 
 namespace quorvex::tools {
@@ -24,6 +26,16 @@ struct FrameComparison {
 /// Compares frame by frame, holding one of each: stored samples where both objects have the same
 /// colours, R, G, B where the coding has changed them.
 FrameComparison CompareFrames(CDcmObject& source, CDcmObject& output, const FrameWatch& watch);
+
+/// Calls the first for every frame, in any thread, and the second one for each in their order.
+using FrameRun = std::function<void(int count, const std::function<void(int)>& make,
+                                    const std::function<void(int)>& take)>;
+
+/// The same of two parsers that are open by the standard rules, of each of which every thread at
+/// work takes a copy.
+/// @param window  so many frames may be made and not taken
+FrameComparison CompareFrames(CxDcmParser& before, CxDcmParser& after, const FrameWatch& watch,
+                              const FrameRun& run, int window);
 
 /// Whether native Pixel Data is the same to the byte, whatever its samples are; nothing where it is
 /// coded, or has another byte order.
