@@ -1,6 +1,7 @@
 /// What a `CXDIPP` keeps: the image on show, what governs it, and how it lies in the view.
 #pragma once
 
+#include "foundation/types/scratch_memory.h"
 #include "pipeline/owned.h"
 #include "pipeline/pixel_block.h"
 #include "pipeline/recipe/standard_image.h"
@@ -67,6 +68,8 @@ struct DisplayedImage {
     double aspectRatio = 0.0;  ///< pixel height over pixel width, as the presentation states it
     Interpolation enlarging = Interpolation::kLinear;  ///< by standard rules
     double screenPixelSize = 0.0;                      ///< mm; 0 where the host has not said
+
+    ScratchMemory scratch;  ///< of renders
 
     // The last result, which stays when another image comes in.
     PixelBlock resultImage;

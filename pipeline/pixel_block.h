@@ -12,7 +12,7 @@ struct PixelBlock {
     PixelBlock() = default;
     /// Takes over `byteCount` bytes.
     PixelBlock(std::unique_ptr<unsigned char[]> bytes, std::size_t byteCount) noexcept
-        : data(std::move(bytes)), size(byteCount) {}
+        : data(std::move(bytes)), size(byteCount), capacity(byteCount) {}
     PixelBlock(const PixelBlock& other);
     PixelBlock(PixelBlock&&) noexcept = default;
     PixelBlock& operator=(const PixelBlock& other) { return *this = PixelBlock(other); }
@@ -23,6 +23,7 @@ struct PixelBlock {
 
     std::unique_ptr<unsigned char[]> data;
     std::size_t size = 0;
+    std::size_t capacity = 0;  ///< bytes that there are; `size` of them count
 };
 
 /// `size` undefined bytes. Throws std::bad_alloc, or BlockTooLarge above `kLargestBlock`.

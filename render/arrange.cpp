@@ -1,7 +1,6 @@
 // RenderRun: rows resized, mirrored and turned into the output.
 #include "foundation/raster/raster.h"
 #include "foundation/raster/scaling/resize_rows.h"
-#include "foundation/types/checked_size.h"
 #include "render/job_rules.h"
 #include "render/render_run.h"
 
@@ -20,10 +19,10 @@ void Blacken(unsigned char* image, CSize size, int pixelSize) {
     }
 }
 
-HeapBlock ImageBlock(CSize size, int pixelSize) {
+unsigned char* ImageBlock(CSize size, int pixelSize, std::pmr::memory_resource& scratch) {
     const auto bytes = CheckedProduct(size.cx, size.cy, pixelSize);
     if (!bytes) throw BlockTooLarge();
-    return HeapBlock(*bytes);
+    return TakeArray<unsigned char>(scratch, *bytes).data();
 }
 
 }  // namespace
@@ -36,10 +35,10 @@ void RenderRun::ArrangeRender() {
         return;
     }
     const CSize upright = IsQuarterTurn(info_.rotation) ? CSize{output.cy, output.cx} : output;
-    const HeapBlock intermediate = ImageBlock(upright, outputPixelSize_);
-    ResizeInto(intermediate.Data(), upright);
-    if (info_.horizontalFlip != 0) HorizontalFlipImage(intermediate.Data(), upright);
-    RotateImage(intermediate.Data(), upright);
+    unsigned char* const intermediate = ImageBlock(upright, outputPixelSize_, scratch_);
+    ResizeInto(intermediate, upright);
+    if (info_.horizontalFlip != 0) HorizontalFlipImage(intermediate, upright);
+    RotateImage(intermediate, upright);
 }
 
 void RenderRun::ResizeInto(unsigned char* destination, CSize size) {
@@ -47,7 +46,8 @@ void RenderRun::ResizeInto(unsigned char* destination, CSize size) {
                         size,
                         scale_,
                         UsableAspectRatio(info_.aspectRatio) * scale_,
-                        outputPixelSize_});
+                        outputPixelSize_},
+                       &scratch_);
     if (!resizer.IsUsable()) return Blacken(destination, size, outputPixelSize_);
     const auto rowAt = [this](int y, int prefetchY) {
         return Render(workRoi_.top + y, workRoi_.top + prefetchY);

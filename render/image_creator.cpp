@@ -12,7 +12,10 @@ CXImageCreator& CXImageCreator::operator=(const CXImageCreator&) noexcept = defa
 CXImageCreator::~CXImageCreator() = default;
 
 int CXImageCreator::GetImageWithInfo(_IMAGE_INFO& info) {
-    return Answer(kJobWithoutTable, [&] { return RenderRun(info).Run(); });
+    return Answer(kJobWithoutTable, [&] {
+        ScratchMemory scratch;
+        return RenderRun(info, scratch).Run();
+    });
 }
 
 }  // namespace quorvex

@@ -12,8 +12,8 @@ namespace quorvex {
 namespace {
 
 /// Rows alternate between the two that a block has.
-unsigned char* RowOfTwo(const HeapBlock& rows, int row) {
-    return rows.Data() + (row % 2 == 0 ? 0 : rows.Size() / 2);
+unsigned char* RowOfTwo(std::span<unsigned char> rows, int row) {
+    return rows.data() + (row % 2 == 0 ? 0 : rows.size() / 2);
 }
 
 }  // namespace

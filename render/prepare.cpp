@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <span>
 
 namespace quorvex {
@@ -56,15 +55,13 @@ ValueRange PixelValues(const _IMAGE_INFO& info) {
     return isSigned ? ValueRange{INT16_MIN, INT16_MAX} : ValueRange{0, UINT16_MAX};
 }
 
-HeapBlock ZeroedBlock(std::size_t size) {
-    HeapBlock block(size);
-    std::memset(block.Data(), 0, size);
-    return block;
-}
-
-HeapBlock TwoRows(const _IMAGE_INFO& info, int pixelSize) {
-    return ZeroedBlock(2 * static_cast<std::size_t>(info.imageWidth) *
-                       static_cast<std::size_t>(pixelSize));
+std::span<unsigned char> TwoRows(const _IMAGE_INFO& info, int pixelSize,
+                                 std::pmr::memory_resource& scratch) {
+    const auto rows =
+        TakeArray<unsigned char>(scratch, 2 * static_cast<std::size_t>(info.imageWidth) *
+                                              static_cast<std::size_t>(pixelSize));
+    std::ranges::fill(rows, static_cast<unsigned char>(0));
+    return rows;
 }
 
 }  // namespace
@@ -81,8 +78,8 @@ int RenderRun::PrepareRender() {
     workRoi_ = CutToImage(info_);
     workPixelSize_ = IsColour(info_) ? kColourBytes : 1;
     outputPixelSize_ = IsComposite(info_) ? kColourBytes : workPixelSize_;
-    workImage_ = TwoRows(info_, workPixelSize_);
-    if (IsComposite(info_)) compositeImage_ = TwoRows(info_, kColourBytes);
+    workImage_ = TwoRows(info_, workPixelSize_, scratch_);
+    if (IsComposite(info_)) compositeImage_ = TwoRows(info_, kColourBytes, scratch_);
     if (info_.lut == nullptr && !IsColour(info_)) return FetchLut();
     table_ = info_.lut;
     tableFirst_ = info_.lutOffset;
@@ -94,19 +91,19 @@ int RenderRun::PrepareRender() {
 /// its nearest end, so that no pixel reads past it.
 int RenderRun::FetchLut() {
     if (info_.windowing == nullptr) return kJobWithoutTable;
-    const DisplayTableSnapshot fetched = WindowingReader::DisplayTable(*info_.windowing);
+    const DisplayTableSnapshot fetched = WindowingReader::DisplayTable(*info_.windowing, &scratch_);
     const auto count = static_cast<std::int64_t>(fetched.entries.size());
     if (count == 0) return kJobWithoutTable;
     info_.lutOffset = fetched.first;
     const ValueRange values = PixelValues(info_);
-    workLut_ = HeapBlock(static_cast<std::size_t>(values.Count()));
+    workLut_ = TakeArray<unsigned char>(scratch_, static_cast<std::size_t>(values.Count()));
     for (std::int64_t i = 0; i < values.Count(); ++i) {
         const auto place =
             std::clamp<std::int64_t>(values.lowest + i - fetched.first, 0, count - 1);
-        workLut_.Data()[i] = fetched.entries[static_cast<std::size_t>(place)];
+        workLut_[static_cast<std::size_t>(i)] = fetched.entries[static_cast<std::size_t>(place)];
     }
-    info_.lut = workLut_.Data();
-    table_ = workLut_.Data();
+    info_.lut = workLut_.data();
+    table_ = workLut_.data();
     tableFirst_ = values.lowest;
     FindRamp(values.Count());
     return kJobDone;

@@ -2,11 +2,13 @@
 #pragma once
 
 #include "foundation/raster/word_ramp.h"
-#include "foundation/types/block.h"
+#include "foundation/types/scratch_memory.h"
 #include "quorvex/CXImageCreator.h"
 
 #include <cstddef>
+#include <memory_resource>
 #include <optional>
+#include <span>
 
 namespace quorvex {
 
@@ -18,7 +20,9 @@ namespace quorvex {
 /// Throws std::bad_alloc or BlockTooLarge, and the output is untouched then.
 class RenderRun {
 public:
-    explicit RenderRun(_IMAGE_INFO& info) noexcept : info_(info) {}
+    /// @param scratch  what the job works with comes from there
+    RenderRun(_IMAGE_INFO& info, std::pmr::memory_resource& scratch) noexcept
+        : info_(info), scratch_(scratch) {}
     RenderRun(const RenderRun&) = delete;
     RenderRun& operator=(const RenderRun&) = delete;
 
@@ -59,13 +63,16 @@ private:
     [[nodiscard]] std::size_t SourcePixel(int row) const noexcept;
 
     _IMAGE_INFO& info_;
-    CRect workRoi_;             ///< the record's `roi`, cut to the image
-    double scale_ = 1.0;        ///< horizontal scale factor
-    int workPixelSize_ = 1;     ///< bytes of a working pixel
-    int outputPixelSize_ = 1;   ///< bytes of a pixel of the output
-    HeapBlock workImage_;       ///< two rows of the working image, even and odd
-    HeapBlock compositeImage_;  ///< two rows of grey with the supplemental palette's colours
-    HeapBlock workLut_;         ///< made of the table of `windowing`, for every value of a pixel
+    std::pmr::memory_resource& scratch_;
+    CRect workRoi_;                       ///< the record's `roi`, cut to the image
+    double scale_ = 1.0;                  ///< horizontal scale factor
+    int workPixelSize_ = 1;               ///< bytes of a working pixel
+    int outputPixelSize_ = 1;             ///< bytes of a pixel of the output
+    std::span<unsigned char> workImage_;  ///< two rows of the working image, even and odd
+    std::span<unsigned char>
+        compositeImage_;  ///< two rows of grey with the supplemental palette's colours
+    std::span<unsigned char>
+        workLut_;  ///< made of the table of `windowing`, for every value of a pixel
     const unsigned char* table_ = nullptr;  ///< `workLut_` or the record's `lut`
     int tableFirst_ = 0;                    ///< stored value of its first entry
     std::optional<WordRamp> ramp_;          ///< `table_` as arithmetic, where that can be

@@ -1,17 +1,18 @@
 /// What a view shows of an image, drawn in one go: look-up, shutter, layers, scaling, turning.
 #pragma once
 
+#include "foundation/raster/pixel_grid.h"
 #include "foundation/raster/raster.h"
 #include "foundation/raster/word_ramp.h"
+#include "foundation/types/function_ref.h"
 #include "quorvex/Types.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
+#include <memory_resource>
 #include <optional>
 #include <span>
-#include <vector>
 
 namespace quorvex {
 
@@ -35,7 +36,7 @@ struct ValueColour {
 /// Makes the display bytes of an image's row `y`, counted from the top, from column `first` on.
 /// `next` is a row that is asked for a little later. Throws nothing.
 using GreySource =
-    std::function<void(int y, int next, std::size_t first, std::span<unsigned char> bytes)>;
+    FunctionRef<void(int y, int next, std::size_t first, std::span<unsigned char> bytes)>;
 
 /// All blocks are the caller's, stay as they are, and hold the whole image.
 struct ViewJob {
@@ -51,8 +52,8 @@ struct ViewJob {
     std::span<const ValueColour> colours;
     const unsigned char* shutterMask = nullptr;  ///< a byte a pixel: how much is hidden; or null
     Rgb shutterColour{};
-    std::vector<MarkLayer> layers;  ///< drawn in this order, over the shutter
-    bool isColour = false;          ///< result of three bytes a pixel; always for colour pixels
+    std::span<const MarkLayer> layers;  ///< drawn in this order, over the shutter
+    bool isColour = false;              ///< result of three bytes a pixel; always for colour pixels
 
     CSize scaled;             ///< of the whole image, upright
     int quarterTurns = 0;     ///< clockwise on the screen
@@ -71,8 +72,10 @@ struct ViewJob {
 
 /// Runs a job whose window lies in the scaled image and is not empty.
 ///
-/// @param output  window.width x window.height pixels without gaps, rows from the bottom; colour as
-///                blue, green, red. Untouched where it throws std::bad_alloc.
-void RunViewJob(const ViewJob& job, unsigned char* output);
+/// @param output   window.width x window.height pixels, rows from the bottom; colour as blue, green,
+///                 red. Its rows may lie in either order. Untouched where it throws std::bad_alloc.
+/// @param scratch  what the job works with comes from there
+void RunViewJob(const ViewJob& job, const PixelGrid<unsigned char>& output,
+                std::pmr::memory_resource& scratch);
 
 }  // namespace quorvex

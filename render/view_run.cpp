@@ -3,10 +3,11 @@
 #include "foundation/raster/byte_table.h"
 #include "foundation/raster/scaling/view_scaler.h"
 #include "foundation/raster/turn_kernels.h"
-#include "foundation/types/block.h"
+#include "foundation/types/scratch_memory.h"
 #include "render/row_mapping.h"
 #include "render/view_job.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace quorvex {
@@ -17,13 +18,16 @@ constexpr std::size_t kChannels = 3;
 /// Makes rows of the display image: looked up, hidden, marked.
 class RowMaker {
 public:
-    RowMaker(const ViewJob& job, std::size_t firstColumn, std::size_t columnEnd)
+    RowMaker(const ViewJob& job, std::size_t firstColumn, std::size_t columnEnd,
+             std::pmr::memory_resource& scratch)
         : job_(job),
           first_(firstColumn),
           count_(columnEnd - firstColumn),
           pixelBytes_(static_cast<std::size_t>(ResultPixelBytes(job))),
-          rows_(2 * RowBytes()) {
-        if (IsColourSource() || pixelBytes_ > 1) grey_.resize(count_);
+          rows_(TakeArray<unsigned char>(scratch, 2 * RowBytes())),
+          grey_(TakeArray<unsigned char>(scratch,
+                                         IsColourSource() || pixelBytes_ == 1 ? 0 : count_)) {
+        std::ranges::fill(rows_, static_cast<unsigned char>(0));
     }
 
     /// A row of the image, counted from the top. Only the columns that count are made. It is good
@@ -128,8 +132,8 @@ private:
     std::size_t first_;  ///< column that rows begin with
     std::size_t count_;
     std::size_t pixelBytes_;
-    std::vector<unsigned char> rows_;
-    std::vector<unsigned char> grey_;
+    std::span<unsigned char> rows_;
+    std::span<unsigned char> grey_;
     bool isOdd_ = false;
 };
 
@@ -153,9 +157,10 @@ RasterRect UprightWindow(const ViewJob& job) {
     }
 }
 
-std::pair<int, int> ColumnsRead(const ViewJob& job, const RasterRect& window) {
+std::pair<int, int> ColumnsRead(const ViewJob& job, const RasterRect& window,
+                                std::pmr::memory_resource& scratch) {
     const ScaleTaps taps = MakeScaleTaps(job.imageSize.cx, job.scaled.cx, window.x, window.width,
-                                         Interpolation::kCubic);
+                                         Interpolation::kCubic, &scratch);
     return {taps.Begin(), taps.End()};
 }
 
@@ -165,36 +170,35 @@ CSize TurnedSize(const ViewJob& job) noexcept {
     return job.quarterTurns % 2 == 0 ? job.scaled : CSize{job.scaled.cy, job.scaled.cx};
 }
 
-void RunViewJob(const ViewJob& job, unsigned char* output) {
+void RunViewJob(const ViewJob& job, const PixelGrid<unsigned char>& output,
+                std::pmr::memory_resource& scratch) {
     const int pixelBytes = ResultPixelBytes(job);
     const RasterRect upright = UprightWindow(job);
     // Rows run from the bottom from here on, in the image and in its window.
     const int lastRow = job.imageSize.cy - 1;
     const RasterRect window{upright.x, job.scaled.cy - upright.y - upright.height, upright.width,
                             upright.height};
-    ViewScaler scaler({job.imageSize, job.scaled, window, pixelBytes, job.enlarging});
-    const auto [firstColumn, columnEnd] = ColumnsRead(job, window);
-    RowMaker maker(job, static_cast<std::size_t>(firstColumn), static_cast<std::size_t>(columnEnd));
+    ViewScaler scaler({job.imageSize, job.scaled, window, pixelBytes, job.enlarging}, &scratch);
+    const auto [firstColumn, columnEnd] = ColumnsRead(job, window, scratch);
+    RowMaker maker(job, static_cast<std::size_t>(firstColumn), static_cast<std::size_t>(columnEnd),
+                   scratch);
     const auto rowAt = [&](int y, int prefetch) {
         return maker.Make(lastRow - y, lastRow - prefetch);
     };
 
     const CSize size{window.width, window.height};
     const auto step = std::ptrdiff_t{window.width} * pixelBytes;
-    const auto outputStep = std::ptrdiff_t{job.window.width} * pixelBytes;
-    const PixelGrid<unsigned char> result{
-        output, outputStep, {job.window.width, job.window.height}, pixelBytes};
-    HeapBlock turned;
-    PixelGrid<unsigned char> scaled = result;
+    PixelGrid<unsigned char> scaled = output;
     if (job.quarterTurns != 0) {
-        turned = HeapBlock(static_cast<std::size_t>(step) * static_cast<std::size_t>(size.cy));
-        scaled = {turned.Data(), step, size, pixelBytes};
+        const auto turned = TakeArray<unsigned char>(
+            scratch, static_cast<std::size_t>(step) * static_cast<std::size_t>(size.cy));
+        scaled = {turned.data(), step, size, pixelBytes};
     }
     scaler.Run(rowAt, scaled);
     if (job.quarterTurns != 0) {
-        TurnPixels({scaled.samples, step, size, pixelBytes}, result, job.quarterTurns);
+        TurnPixels({scaled.samples, step, size, pixelBytes}, output, job.quarterTurns);
     }
-    if (job.isMirrored) ReverseRows(result, static_cast<std::size_t>(pixelBytes));
+    if (job.isMirrored) ReverseRows(output, static_cast<std::size_t>(pixelBytes));
 }
 
 }  // namespace quorvex

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstring>
 #include <numeric>
-#include <vector>
 
 namespace quorvex {
 namespace {
@@ -32,19 +31,21 @@ std::size_t NextChange(Table table, std::size_t i) {
     return i;
 }
 
+using StepRoom = std::array<Step, kMostSteps + 1>;
+
 /// All steps, the one from the last entry to the first included; none where they are too many.
-std::vector<Step> StepsOf(Table table) {
-    std::vector<Step> steps;
-    if (table.front() != table.back()) steps.push_back({0, table.front()});
+std::span<const Step> StepsOf(Table table, StepRoom& room) {
+    std::size_t count = 0;
+    if (table.front() != table.back()) room[count++] = {0, table.front()};
     for (std::size_t i = NextChange(table, 1); i < table.size(); i = NextChange(table, i + 1)) {
-        if (steps.size() > kMostSteps) return {};
-        steps.push_back({static_cast<std::int64_t>(i), table[i]});
+        if (count == room.size()) return {};
+        room[count++] = {static_cast<std::int64_t>(i), table[i]};
     }
-    return steps;
+    return std::span(room).first(count);
 }
 
 /// The only step down (or up), as its place among `steps`.
-std::optional<std::size_t> LoneStep(const std::vector<Step>& steps, bool isDown) {
+std::optional<std::size_t> LoneStep(std::span<const Step> steps, bool isDown) {
     std::optional<std::size_t> lone;
     for (std::size_t i = 0; i < steps.size(); ++i) {
         const int before = (i == 0 ? steps.back() : steps[i - 1]).value;
@@ -56,7 +57,7 @@ std::optional<std::size_t> LoneStep(const std::vector<Step>& steps, bool isDown)
 }
 
 /// Begins with step `first`, at place 0; bytes with `inversion`.
-void BeginWith(std::vector<Step>& steps, std::size_t first, unsigned inversion) {
+void BeginWith(std::span<Step> steps, std::size_t first, unsigned inversion) {
     const std::int64_t origin = steps[first].at;
     std::rotate(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(first), steps.end());
     for (Step& step : steps) {
@@ -74,7 +75,7 @@ struct Line {
 };
 
 /// Whether the line goes through all steps but the last, and up to that.
-bool GoesThrough(const Line& line, const std::vector<Step>& steps) {
+bool GoesThrough(const Line& line, std::span<const Step> steps) {
     for (std::size_t i = 1; i < steps.size(); ++i) {
         if (line.At(steps[i].at - 1) != steps[i - 1].value) return false;
         if (i + 1 < steps.size() && line.At(steps[i].at) != steps[i].value) return false;
@@ -84,7 +85,7 @@ bool GoesThrough(const Line& line, const std::vector<Step>& steps) {
 
 /// Steps from one byte to the next begin at start + ceil(byte x width / 255). Two of them hold the
 /// width between bounds, and each width leaves one start.
-std::optional<Line> LineThrough(const std::vector<Step>& steps) {
+std::optional<Line> LineThrough(std::span<const Step> steps) {
     if (steps.size() < 4) return std::nullopt;
     const Step& first = steps[1];
     const Step& last = steps[steps.size() - 2];
@@ -100,7 +101,10 @@ std::optional<Line> LineThrough(const std::vector<Step>& steps) {
     return std::nullopt;
 }
 
-std::optional<WordRamp> RampThrough(std::vector<Step> steps, bool isFalling) {
+std::optional<WordRamp> RampThrough(std::span<const Step> found, bool isFalling) {
+    StepRoom room;
+    std::ranges::copy(found, room.begin());
+    const auto steps = std::span(room).first(found.size());
     const auto lone = LoneStep(steps, !isFalling);
     if (!lone) return std::nullopt;
     WordRamp ramp;
@@ -164,7 +168,8 @@ bool Gives(const WordRamp& ramp, std::int64_t low, std::span<const std::uint8_t>
 }  // namespace
 
 std::optional<WordRamp> RampOfTable(Table table, std::uint16_t firstWord) {
-    const std::vector<Step> steps = StepsOf(table);
+    StepRoom room;
+    const auto steps = StepsOf(table, room);
     auto ramp = RampThrough(steps, false);
     if (!ramp) ramp = RampThrough(steps, true);
     if (ramp) ramp->origin = static_cast<std::uint16_t>(ramp->origin + firstWord);

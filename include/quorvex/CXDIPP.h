@@ -3,6 +3,7 @@
 
 #include "quorvex/DicomObject.h"
 #include "quorvex/Export.h"
+#include "quorvex/PixelTarget.h"
 #include "quorvex/ResultCodes.h"
 #include "quorvex/Types.h"
 
@@ -253,6 +254,25 @@ public:
     ///                                        larger than 4 GiB, or a rotation that is no multiple
     ///                                        of 90
     QUORVEX_MESSAGE Render();
+
+    /// Renders into the host's memory: the pixels that `Render` makes, of which nothing is kept
+    /// here. The last result, which `Draw` and `GetResultImage` use, stays as it is.
+    ///
+    /// By the standard rules no memory is taken when a window, the pan or the frame has changed
+    /// since the last render at the same zoom; an image that is shown by a window of its own values
+    /// and layers that are newly shown apart.
+    ///
+    /// @param target  the host's, and no thread may use it meanwhile; the picture's rows and
+    ///                columns come to its upper left corner, all else stays as it is
+    /// @return as `Render`, or, with the target as it was,
+    ///         QVM_ERROR_INVALID_OUTPUT_SIZE   no pixels, a size below that of `GetPictureInfo`, or
+    ///                                         a stride below the bytes of a row
+    ///         QVM_ERROR_INVALID_IMAGE_FORMAT  an unknown format, or grey for a colour picture
+    QUORVEX_MESSAGE RenderInto(const PixelTarget& target);
+
+    /// What `Render` and `RenderInto` would make now.
+    /// @return as `Render`, with `picture` unchanged after a failure
+    QUORVEX_MESSAGE GetPictureInfo(PictureInfo& picture) const;
 
     /// Puts the last result on the surface, centred in the view and moved by the pan; what lies
     /// outside the surface is cut off.

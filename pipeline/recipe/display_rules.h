@@ -3,6 +3,7 @@
 #pragma once
 
 #include "pipeline/displayed_image.h"
+#include "quorvex/PixelTarget.h"
 #include "quorvex/ResultCodes.h"
 
 #include <optional>
@@ -40,6 +41,11 @@ public:
     virtual void ReadWindow(DisplayedImage& image, double& width, double& level) const = 0;
 
     virtual QUORVEX_MESSAGE Render(DisplayedImage& image) const = 0;
+    /// Renders into a host's memory; the last result stays as it is.
+    virtual QUORVEX_MESSAGE RenderInto(DisplayedImage& image, const PixelTarget& target) const = 0;
+    /// What a render would make now.
+    virtual QUORVEX_MESSAGE DescribePicture(const DisplayedImage& image,
+                                            PictureInfo& picture) const = 0;
     /// Draws the last result, which is there.
     virtual void DrawOnto(DrawingSurface& surface, DisplayedImage& image) const = 0;
 };

@@ -80,12 +80,19 @@ bool CanShrink(const DisplayedImage& image, const DisplayFunction& function) noe
 }
 
 ShrunkFrame::ShrunkFrame(const DisplayedImage& image, CSize size)
-    : width_(Width(size)),
+    : source_(image.imageSize),
+      width_(Width(size)),
       groups_((width_ + kColumnGroup - 1) / kColumnGroup),
       averager_(image.imageSize, size),
       isWorthKeeping_(2 * PixelCount(size) <= PixelCount(image.imageSize)),
       computed_(width_),
-      bytes_(width_) {}
+      bytes_(width_) {
+    if (!isWorthKeeping_) return;
+    const auto rows = static_cast<std::size_t>(size.cy);
+    averages_.reserve(rows * width_);
+    limits_.reserve(rows * groups_);
+    isKept_.reserve(rows);
+}
 
 void ShrunkFrame::KeepAverages() {
     if (!isWorthKeeping_ || !isKept_.empty()) return;

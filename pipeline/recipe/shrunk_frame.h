@@ -28,8 +28,13 @@ public:
     ShrunkFrame(const DisplayedImage& image, CSize size);
 
     [[nodiscard]] CSize Size() const noexcept { return averager_.Size(); }
-    /// Begins to keep the averages of what is shown, where that is worth its memory.
+    /// The size of the frame that it is made of.
+    [[nodiscard]] CSize SourceSize() const noexcept { return source_; }
+    /// Begins to keep the averages of what is shown, where that is worth its memory: which was
+    /// reserved when this was made.
     void KeepAverages();
+    /// Another frame of the same size is shown from now on.
+    void Forget() noexcept { isKept_.clear(); }
     /// The display bytes of row `y`, counted from the top, from column `first` on.
     /// @param next  a row that will be shown a little later
     void ShowRow(const DisplayedImage& image, const DisplayFunction::Line& line, int y, int next,
@@ -42,6 +47,7 @@ private:
     void ShowKept(const Rows& rows, std::size_t begin, std::size_t end);
     void Compute(const Rows& rows, std::size_t begin, std::size_t end);
 
+    CSize source_;
     std::size_t width_;
     std::size_t groups_;  ///< of a row
     AreaAverager averager_;

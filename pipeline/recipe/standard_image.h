@@ -83,7 +83,8 @@ struct ShrunkImage {
     ShrunkFrame frame;
     std::vector<unsigned char> shutter;              ///< coverage; empty without one
     std::vector<std::vector<unsigned char>> layers;  ///< coverage of each layer that is shown
-    bool hasShutter = false;                         ///< whether it was made for one that is shown
+    bool isOfEarlierFrame = false;  ///< another frame has come in since it was made
+    bool hasShutter = false;        ///< whether it was made for one that is shown
     bool hasOverlays = false;
 };
 

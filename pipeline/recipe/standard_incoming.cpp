@@ -98,7 +98,7 @@ void TakeAttitude(DisplayedImage& shown, const StandardImage& image,
 }
 
 void StandardIncoming::Commit(DisplayedImage& shown, CSize viewSize) noexcept {
-    shown.shrunk.reset();
+    if (shown.shrunk) shown.shrunk->isOfEarlierFrame = true;
     shown.imageSize = size;
     shown.viewSize = viewSize;
     shown.pixels = std::move(pixels);

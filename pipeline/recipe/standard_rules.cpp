@@ -92,6 +92,15 @@ QUORVEX_MESSAGE StandardRules::Render(DisplayedImage& image) const {
     return RenderStandardView(image);
 }
 
+QUORVEX_MESSAGE StandardRules::RenderInto(DisplayedImage& image, const PixelTarget& target) const {
+    return RenderStandardViewInto(image, target);
+}
+
+QUORVEX_MESSAGE StandardRules::DescribePicture(const DisplayedImage& image,
+                                               PictureInfo& picture) const {
+    return DescribeStandardView(image, picture);
+}
+
 // A pan or another view size may uncover what the last render left out.
 void StandardRules::DrawOnto(DrawingSurface& surface, DisplayedImage& image) const {
     if (IsResultStale(image)) static_cast<void>(RenderStandardView(image));

@@ -20,6 +20,9 @@ public:
     void ToggleInversion(DisplayedImage& image) const override;
     void ReadWindow(DisplayedImage& image, double& width, double& level) const override;
     QUORVEX_MESSAGE Render(DisplayedImage& image) const override;
+    QUORVEX_MESSAGE RenderInto(DisplayedImage& image, const PixelTarget& target) const override;
+    QUORVEX_MESSAGE DescribePicture(const DisplayedImage& image,
+                                    PictureInfo& picture) const override;
     void DrawOnto(DrawingSurface& surface, DisplayedImage& image) const override;
 
 private:

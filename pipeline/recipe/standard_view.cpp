@@ -5,13 +5,15 @@
 #include "pipeline/displayed_image.h"
 #include "pipeline/layers/annotation_drawing.h"
 #include "pipeline/layers/annotation_geometry.h"
-#include "pipeline/pixel_elements.h"
+#include "pipeline/recipe/view_values.h"
+#include "pipeline/view/host_pixels.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "render/view_job.h"
 
 #include <algorithm>
-#include <numeric>
+#include <memory_resource>
 #include <optional>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -19,7 +21,7 @@ namespace quorvex {
 
 namespace {
 
-constexpr std::size_t kBytes = 256;
+constexpr int kColourBytes = 3;
 
 /// The part of the placed image that lies in the view, counted from the image's corner; without
 /// extent where none does.
@@ -34,94 +36,6 @@ RasterRect VisiblePart(const ViewPlacement& placement, CSize view) noexcept {
     return {x, y, width, height};
 }
 
-DisplayFunction FunctionOf(const DisplayedImage& image) {
-    const StandardImage& standard = *image.standard;
-    DisplayFunction function;
-    function.voi = PresentVoi(image);
-    function.isComplemented = (image.inverse != 0) != standard.isToggled;
-    if (!standard.isGrey) return function;
-    function.modality = standard.Stages().modality;
-    function.presentation = standard.Stages().presentation;
-    return function;
-}
-
-/// What a job reads beside the image itself.
-struct Tables {
-    std::vector<unsigned char> table;
-    std::optional<WordRamp> ramp;
-    std::vector<unsigned char> bytes;  ///< the frame itself, where its elements need no table
-    std::optional<DisplayFunction::Line> line;  ///< of a shrunk frame, instead of all that
-};
-
-/// Display bytes of all elements of the frame, each where its bits say.
-Tables TablesOf(const DisplayFunction& function, ValueSpan stored, std::size_t entries) {
-    std::vector<unsigned char> values(static_cast<std::size_t>(stored.high - stored.low) + 1);
-    function.Fill(stored.low, values);
-    Tables tables;
-    tables.table.resize(entries);
-    const std::size_t first = static_cast<std::size_t>(stored.low) & (entries - 1);
-    const std::size_t ahead = std::min(values.size(), entries - first);
-    std::copy_n(values.data(), ahead, tables.table.data() + first);
-    std::copy(values.data() + ahead, values.data() + values.size(), tables.table.data());
-    const auto line = entries == kWords ? function.AsLine() : std::nullopt;
-    if (line) tables.ramp = RampOfLine(line->gain, line->zero, stored.low, values);
-    return tables;
-}
-
-/// Elements too wide for a table are displayed one by one, ahead of the job.
-template <class Element>
-std::vector<unsigned char> DisplayedOneByOne(const DisplayedImage& image,
-                                             const DisplayFunction& function) {
-    std::vector<unsigned char> bytes(image.pixels.size / sizeof(Element));
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        bytes[i] = function(std::int64_t{ElementAt<Element>(image.pixels.data.get(), i)});
-    }
-    return bytes;
-}
-
-/// Real elements. Padding is no part of the image: it is black.
-template <class Element>
-std::vector<unsigned char> DisplayedReals(const DisplayedImage& image,
-                                          const DisplayFunction& function) {
-    const auto& padding = image.standard->realPadding;
-    std::vector<unsigned char> bytes(image.pixels.size / sizeof(Element));
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
-        const auto value = static_cast<double>(ElementAt<Element>(image.pixels.data.get(), i));
-        bytes[i] = padding && padding->Holds(value) ? 0 : function.OfReal(value);
-    }
-    return bytes;
-}
-
-/// Display bytes of the elements that no table holds.
-std::vector<unsigned char> DisplayedBytes(const DisplayedImage& image,
-                                          const DisplayFunction& function) {
-    switch (image.standard->sampleType) {
-        case SampleType::kFloat32:
-            return DisplayedReals<float>(image, function);
-        case SampleType::kFloat64:
-            return DisplayedReals<double>(image, function);
-        case SampleType::kInteger:
-            break;
-    }
-    return image.standard->form.isSigned ? DisplayedOneByOne<std::int32_t>(image, function)
-                                         : DisplayedOneByOne<std::uint32_t>(image, function);
-}
-
-Tables MakeTables(const DisplayedImage& image, const DisplayFunction& function) {
-    const StandardImage& standard = *image.standard;
-    if (image.shrunk) return {.table = {}, .ramp = {}, .bytes = {}, .line = function.AsLine()};
-    if (!standard.isGrey || image.bytesPerPixel == 1) {
-        const ValueSpan all{0, kBytes - 1};
-        return TablesOf(function, standard.isGrey ? standard.stored : all, kBytes);
-    }
-    if (image.bytesPerPixel == 2) return TablesOf(function, standard.stored, kWords);
-    Tables tables;
-    tables.table.resize(kBytes);
-    std::iota(tables.table.begin(), tables.table.end(), static_cast<unsigned char>(0));
-    tables.bytes = DisplayedBytes(image, function);
-    return tables;
-}
-
 /// A state stands for all of the presentation: without a shutter of its own there is none.
 const OwnedShutter* ShownShutter(const DisplayedImage& image) {
     const auto& applied = image.standard->applied;
@@ -129,14 +43,60 @@ const OwnedShutter* ShownShutter(const DisplayedImage& image) {
     return image.shutterShown != 0 && shutter ? &*shutter : nullptr;
 }
 
-std::vector<const OwnedMarks*> ShownMarks(const DisplayedImage& image) {
-    std::vector<const OwnedMarks*> shown;
-    if (image.overlaysShown == 0) return shown;
+std::span<const OwnedMarks> ShownMarks(const DisplayedImage& image) {
+    if (image.overlaysShown == 0) return {};
     const auto& applied = image.standard->applied;
-    for (const OwnedMarks& marks : applied ? applied->overlays : image.standard->overlays) {
-        shown.push_back(&marks);
+    return applied ? applied->overlays : image.standard->overlays;
+}
+
+bool IsGreyTone(const Rgb& colour) {
+    return colour[0] == colour[1] && colour[1] == colour[2];
+}
+
+/// Whether a render has three bytes a pixel.
+bool IsSeenInColour(const DisplayedImage& image) {
+    if (!image.standard->isGrey || !image.standard->colours.empty()) return true;
+    const OwnedShutter* const shutter = ShownShutter(image);
+    if (shutter != nullptr && !IsGreyTone(shutter->colour)) return true;
+    return !std::ranges::all_of(ShownMarks(image), IsGreyTone, &OwnedMarks::colour);
+}
+
+/// What of an image is rendered.
+struct ShownPart {
+    ViewPlacement placement;
+    RasterRect part;  ///< of the placed image
+    int pixelBytes = 1;
+
+    [[nodiscard]] CSize Size() const noexcept { return {part.width, part.height}; }
+};
+
+ShownPart PartInView(const DisplayedImage& image) {
+    const ViewPlacement placement = PlacementOf(image);
+    return {placement, VisiblePart(placement, image.viewSize),
+            IsSeenInColour(image) ? kColourBytes : 1};
+}
+
+QUORVEX_MESSAGE CheckView(const DisplayedImage& image) {
+    if (!image.pixels.data) return QVM_ERROR_NO_IMAGE;
+    return CanBePlaced(image) ? QVM_SUCCESS : QVM_ERROR_INVALID_OUTPUT_SIZE;
+}
+
+/// Whether what was shrunk for the last render serves this one, or another frame of that size.
+bool TakeUpShrunk(DisplayedImage& image, CSize size) {
+    if (!image.shrunk || image.shrunk->frame.Size() != size ||
+        image.shrunk->frame.SourceSize() != image.imageSize) {
+        return false;
     }
-    return shown;
+    ShrunkImage& shrunk = *image.shrunk;
+    if (!shrunk.isOfEarlierFrame) {
+        shrunk.frame.KeepAverages();
+        return true;
+    }
+    shrunk.frame.Forget();
+    shrunk.shutter.clear();
+    shrunk.layers.clear();
+    shrunk.hasShutter = shrunk.hasOverlays = shrunk.isOfEarlierFrame = false;
+    return true;
 }
 
 /// Shrinks the frame and its layers where they are seen smaller, unless the last render has.
@@ -147,9 +107,7 @@ void PrepareShrunk(DisplayedImage& image, const DisplayFunction& function, CSize
     }
     const bool hasShutter = ShownShutter(image) != nullptr;
     const bool hasOverlays = image.overlaysShown != 0;
-    if (image.shrunk && image.shrunk->frame.Size() == size) {
-        image.shrunk->frame.KeepAverages();
-    } else {
+    if (!TakeUpShrunk(image, size)) {
         image.shrunk = ShrunkImage{.frame = ShrunkFrame(image, size), .shutter = {}, .layers = {}};
     }
     ShrunkImage& shrunk = *image.shrunk;
@@ -162,61 +120,78 @@ void PrepareShrunk(DisplayedImage& image, const DisplayFunction& function, CSize
     }
     if (hasOverlays == shrunk.hasOverlays) return;
     std::vector<std::vector<unsigned char>> layers;
-    for (const OwnedMarks* const marks : ShownMarks(image)) {
-        layers.push_back(CoverageOfBits(marks->bits, image.imageSize, size));
+    for (const OwnedMarks& marks : ShownMarks(image)) {
+        layers.push_back(CoverageOfBits(marks.bits, image.imageSize, size));
     }
     shrunk.layers = std::move(layers);
     shrunk.hasOverlays = hasOverlays;
 }
 
-bool IsGreyTone(const Rgb& colour) {
-    return colour[0] == colour[1] && colour[1] == colour[2];
-}
+using MarkLayers = std::pmr::vector<MarkLayer>;
 
-void AddLayers(ViewJob& job, const DisplayedImage& image) {
-    const ShrunkImage* const shrunk = image.shrunk ? &*image.shrunk : nullptr;
-    if (const OwnedShutter* const shutter = ShownShutter(image)) {
-        job.shutterMask = (shrunk != nullptr ? shrunk->shutter : shutter->mask).data();
-        job.shutterColour = shutter->colour;
-        job.isColour = !IsGreyTone(shutter->colour);
-    }
+/// Of the image or of what it was shrunk to, which must outlive them.
+MarkLayers ShownLayers(const DisplayedImage& image, std::pmr::memory_resource& scratch) {
     const auto shown = ShownMarks(image);
+    MarkLayers layers(&scratch);
+    layers.reserve(shown.size());
     for (std::size_t i = 0; i < shown.size(); ++i) {
-        MarkLayer layer{.bits = {}, .coverage = {}, .colour = shown[i]->colour};
-        if (shrunk != nullptr) {
-            layer.coverage = shrunk->layers[i];
+        MarkLayer layer{.bits = {}, .coverage = {}, .colour = shown[i].colour};
+        if (image.shrunk) {
+            layer.coverage = image.shrunk->layers[i];
         } else {
-            layer.bits = shown[i]->bits;
+            layer.bits = shown[i].bits;
         }
-        job.layers.push_back(layer);
-        job.isColour = job.isColour || !IsGreyTone(layer.colour);
+        layers.push_back(layer);
     }
+    return layers;
 }
 
-ViewJob JobOf(DisplayedImage& image, const Tables& tables, const ViewPlacement& placement) {
+void AddShutter(ViewJob& job, const DisplayedImage& image) {
+    const OwnedShutter* const shutter = ShownShutter(image);
+    if (shutter == nullptr) return;
+    job.shutterMask = (image.shrunk ? image.shrunk->shutter : shutter->mask).data();
+    job.shutterColour = shutter->colour;
+}
+
+/// Renders, without a change to `output` where it throws.
+void RunView(DisplayedImage& image, const ShownPart& shown,
+             const PixelGrid<unsigned char>& output) {
+    if (shown.part.width < 1 || shown.part.height < 1) return;
+    const ScratchMemory::Use scratch(image.scratch);
+    const DisplayFunction function = FunctionOf(image);
+    PrepareShrunk(image, function, shown.placement.scaled);
+    const ComputedRows rows(image, function);
+    const MarkLayers layers = ShownLayers(image, image.scratch);
     ViewJob job;
-    job.imageSize = image.imageSize;
-    job.pixels = tables.bytes.empty() ? image.pixels.data.get() : tables.bytes.data();
-    job.pixelBytes = tables.bytes.empty() ? image.bytesPerPixel : 1;
-    if (image.shrunk) {
-        ShrunkFrame& frame = image.shrunk->frame;
-        job.imageSize = frame.Size();
-        job.pixelBytes = 1;
-        job.greySource = [&image, &frame, line = *tables.line](int y, int next, std::size_t first,
-                                                               std::span<unsigned char> bytes) {
-            frame.ShowRow(image, line, y, next, first, bytes);
-        };
+    job.imageSize = image.shrunk ? image.shrunk->frame.Size() : image.imageSize;
+    if (ComputedRows::Serve(image)) {
+        job.greySource = rows;
+    } else {
+        const ViewTables tables = MakeTables(image, function, image.scratch);
+        job.pixels = image.pixels.data.get();
+        job.pixelBytes = image.bytesPerPixel;
+        job.table = tables.table;
+        job.ramp = tables.ramp;
+        job.colours = image.standard->colours;
     }
-    job.table = tables.table;
-    job.ramp = tables.ramp;
-    job.colours = image.standard->colours;
-    AddLayers(job, image);
-    job.scaled = placement.scaled;
-    job.quarterTurns = placement.quarterTurns;
-    job.isMirrored = placement.isMirrored;
-    job.window = VisiblePart(placement, image.viewSize);
+    AddShutter(job, image);
+    job.layers = layers;
+    job.isColour = shown.pixelBytes == kColourBytes;
+    job.scaled = shown.placement.scaled;
+    job.quarterTurns = shown.placement.quarterTurns;
+    job.isMirrored = shown.placement.isMirrored;
+    job.window = shown.part;
     job.enlarging = image.enlarging;
-    return job;
+    RunViewJob(job, output, image.scratch);
+}
+
+/// Room for a result: the most that the view can show of the image, so that a pan needs no other.
+std::size_t RoomFor(const DisplayedImage& image, const ShownPart& shown, std::size_t bytes) {
+    const CSize turned = shown.placement.turned;
+    const auto most =
+        CheckedProduct(std::min(turned.cx, std::max(image.viewSize.cx, 0)),
+                       std::min(turned.cy, std::max(image.viewSize.cy, 0)), shown.pixelBytes);
+    return std::max(most.value_or(0), bytes);
 }
 
 CPoint CornerOf(const ViewPlacement& placement, const RasterRect& part) noexcept {
@@ -263,25 +238,43 @@ SurfaceArea LaidOutArea(const DisplayedImage& image) {
 }  // namespace
 
 QUORVEX_MESSAGE RenderStandardView(DisplayedImage& image) {
-    if (!image.pixels.data) return QVM_ERROR_NO_IMAGE;
-    if (!CanBePlaced(image)) return QVM_ERROR_INVALID_OUTPUT_SIZE;
-    const ViewPlacement placement = PlacementOf(image);
-    const DisplayFunction function = FunctionOf(image);
-    PrepareShrunk(image, function, placement.scaled);
-    const Tables tables = MakeTables(image, function);
-    const ViewJob job = JobOf(image, tables, placement);
-    const int pixelBytes = ResultPixelBytes(job);
-    const auto bytes = CheckedProduct(job.window.width, job.window.height, pixelBytes);
+    const QUORVEX_MESSAGE checked = CheckView(image);
+    if (checked != QVM_SUCCESS) return checked;
+    const ShownPart shown = PartInView(image);
+    const auto bytes = CheckedProduct(shown.part.width, shown.part.height, shown.pixelBytes);
     if (!bytes) return QVM_ERROR_INVALID_OUTPUT_SIZE;
-    const bool isAgain = image.resultImage.data && image.resultImage.size == *bytes;
-    PixelBlock fresh = isAgain ? PixelBlock{} : NewPixelBlock(*bytes);
-    unsigned char* const output = (isAgain ? image.resultImage : fresh).data.get();
-    if (job.window.width > 0 && job.window.height > 0) RunViewJob(job, output);
+    const std::size_t room = RoomFor(image, shown, *bytes);
+    const PixelBlock& last = image.resultImage;
+    const bool isAgain = last.data && last.capacity >= *bytes && last.capacity / 2 <= room;
+    PixelBlock fresh = isAgain ? PixelBlock{} : NewPixelBlock(room);
+    unsigned char* const output = (isAgain ? last : fresh).data.get();
+    const auto step = std::ptrdiff_t{shown.part.width} * shown.pixelBytes;
+    RunView(image, shown, {output, step, shown.Size(), shown.pixelBytes});
     if (!isAgain) image.resultImage = std::move(fresh);
-    image.resultSize = {job.window.width, job.window.height};
-    image.renderedPixelSize = pixelBytes;
-    image.renderedPlacement = placement;
-    image.resultCorner = CornerOf(placement, job.window);
+    image.resultImage.size = *bytes;
+    image.resultSize = shown.Size();
+    image.renderedPixelSize = shown.pixelBytes;
+    image.renderedPlacement = shown.placement;
+    image.resultCorner = CornerOf(shown.placement, shown.part);
+    return QVM_SUCCESS;
+}
+
+QUORVEX_MESSAGE RenderStandardViewInto(DisplayedImage& image, const PixelTarget& target) {
+    const QUORVEX_MESSAGE viewed = CheckView(image);
+    if (viewed != QVM_SUCCESS) return viewed;
+    const ShownPart shown = PartInView(image);
+    const QUORVEX_MESSAGE checked = CheckTarget(target, shown.Size(), shown.pixelBytes);
+    if (checked != QVM_SUCCESS) return checked;
+    RunView(image, shown, RowsOf(target, shown.Size(), shown.pixelBytes));
+    SpreadPixels(target, shown.Size(), shown.pixelBytes);
+    return QVM_SUCCESS;
+}
+
+QUORVEX_MESSAGE DescribeStandardView(const DisplayedImage& image, PictureInfo& picture) {
+    const QUORVEX_MESSAGE checked = CheckView(image);
+    if (checked != QVM_SUCCESS) return checked;
+    const ShownPart shown = PartInView(image);
+    picture = {shown.Size(), shown.pixelBytes, CornerOf(shown.placement, shown.part)};
     return QVM_SUCCESS;
 }
 

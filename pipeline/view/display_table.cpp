@@ -14,7 +14,7 @@ namespace {
 
 /// The table of windowing with the value of its first entry.
 struct WindowingTable {
-    std::vector<unsigned char> entries;
+    std::pmr::vector<unsigned char> entries;
     std::int64_t first = 0;
 
     /// The display values of `low` and those that follow it.
@@ -31,8 +31,8 @@ struct WindowingTable {
     }
 };
 
-WindowingTable TableOf(const CXWindowing& windowing) {
-    DisplayTableSnapshot fetched = WindowingReader::DisplayTable(windowing);
+WindowingTable TableOf(const CXWindowing& windowing, std::pmr::memory_resource* memory) {
+    DisplayTableSnapshot fetched = WindowingReader::DisplayTable(windowing, memory);
     return {std::move(fetched.entries), fetched.firstAsReported};
 }
 
@@ -50,12 +50,13 @@ void PutElements(const WindowingTable& source, std::int64_t low, std::int64_t va
 
 }  // namespace
 
-std::vector<unsigned char> DisplayTable(CXWindowing& windowing, const ValueRange& range,
-                                        ElementWidth width) {
-    const WindowingTable source = TableOf(windowing);
+std::pmr::vector<unsigned char> DisplayTable(CXWindowing& windowing, const ValueRange& range,
+                                             ElementWidth width,
+                                             std::pmr::memory_resource* memory) {
+    const WindowingTable source = TableOf(windowing, memory);
     if (source.entries.empty()) return {};
     const std::int64_t count = width == ElementWidth::kByte ? 256 : 65536;
-    std::vector<unsigned char> table(static_cast<std::size_t>(count));
+    std::pmr::vector<unsigned char> table(static_cast<std::size_t>(count), memory);
     PutElements(source, source.first < 0 ? -count / 2 : 0, count, table);
     const std::int64_t valuesOfFrame =
         std::clamp<std::int64_t>(range.high - range.low + 1, 0, count);

@@ -3,6 +3,7 @@
 
 #include "pipeline/value_range.h"
 
+#include <memory_resource>
 #include <vector>
 
 namespace quorvex {
@@ -17,7 +18,9 @@ enum class ElementWidth { kByte, kWord };
 /// An element stands for the value of the frame whose low bits it holds. Elements that no value of
 /// the frame has are read as they are, signed where the domain begins below 0. Values outside the
 /// domain of windowing take the nearest entry of its table. Empty when windowing has no table.
-[[nodiscard]] std::vector<unsigned char> DisplayTable(CXWindowing& windowing,
-                                                      const ValueRange& range, ElementWidth width);
+/// @param memory  which it lives in, and what it is made with
+[[nodiscard]] std::pmr::vector<unsigned char> DisplayTable(
+    CXWindowing& windowing, const ValueRange& range, ElementWidth width,
+    std::pmr::memory_resource* memory = std::pmr::get_default_resource());
 
 }  // namespace quorvex

@@ -19,8 +19,15 @@ int Centred(std::int64_t viewLength, std::int64_t length, int pan) {
     return SaturateToInt((viewLength - length) / 2 + pan);
 }
 
+bool ShowsAnnotations(const DisplayedImage& image) {
+    return image.annotationsShown != 0 && image.presentation && image.resultSize.cx > 0 &&
+           image.resultSize.cy > 0;
+}
+
+}  // namespace
+
 // The unrounded size is centred, so a result whose width was rounded down sits up to 3 pixels left.
-CPoint PlaceOnView(const DisplayedImage& image) {
+CPoint EstablishedRules::PlaceOnView(const DisplayedImage& image) {
     const int turn = image.QuarterTurns();
     const bool isOnItsSide = turn == 90 || turn == 270;
     const int height = Rounded(image.imageSize.cy * image.EffectiveAspectRatio());
@@ -29,13 +36,6 @@ CPoint PlaceOnView(const DisplayedImage& image) {
     return {Centred(image.viewSize.cx, Rounded(shown.cx * image.zoom), image.panOffset.x),
             Centred(image.viewSize.cy, Rounded(shown.cy * image.zoom), image.panOffset.y)};
 }
-
-bool ShowsAnnotations(const DisplayedImage& image) {
-    return image.annotationsShown != 0 && image.presentation && image.resultSize.cx > 0 &&
-           image.resultSize.cy > 0;
-}
-
-}  // namespace
 
 void EstablishedRules::DrawOnto(DrawingSurface& surface, DisplayedImage& image) const {
     const CXDib dib(image.resultSize, image.renderedPixelSize == 1 ? 8 : 24,

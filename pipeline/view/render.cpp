@@ -3,7 +3,10 @@
 #include "pipeline/layers/shown_shutter.h"
 #include "pipeline/recipe/established_rules.h"
 #include "pipeline/view/display_table.h"
+#include "pipeline/view/host_pixels.h"
 #include "quorvex/CXImageCreator.h"
+#include "render/job_rules.h"
+#include "render/render_run.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,13 +14,11 @@
 #include <memory>
 #include <optional>
 #include <utility>
-#include <vector>
 
 namespace quorvex {
 
 namespace {
 
-constexpr int kColourBytes = 3;
 constexpr unsigned short kHalfWordBits = 8;
 
 bool IsRenderable(const _OUTSIZE_INFO& info) {
@@ -51,7 +52,7 @@ ElementWidth WidthToRead(int bytesPerPixel, unsigned short bitsStored) {
                                                              : ElementWidth::kByte;
 }
 
-void Complement(std::vector<unsigned char>& table) {
+void Complement(std::span<unsigned char> table) {
     for (auto& value : table) value = static_cast<unsigned char>(255 - value);
 }
 
@@ -92,7 +93,7 @@ _IMAGE_INFO RenderJob(const DisplayedImage& image, CSize size) {
 /// Runs a job that lacks its table and output, with the table and shutter of the image.
 bool RunJob(_IMAGE_INFO& job, DisplayedImage& image, unsigned char* output) {
     auto table = DisplayTable(*image.windowing, image.valueRange,
-                              WidthToRead(image.bytesPerPixel, job.bitsStored));
+                              WidthToRead(image.bytesPerPixel, job.bitsStored), &image.scratch);
     if (table.empty()) return false;
     if (image.inverse != 0) Complement(table);
     job.lut = table.data();
@@ -103,12 +104,17 @@ bool RunJob(_IMAGE_INFO& job, DisplayedImage& image, unsigned char* output) {
         shuttered = PutShutter(job, *image.presentation);
     }
     return IsEmpty({job.outputWidth, job.outputHeight}) ||
-           CXImageCreator().GetImageWithInfo(job) == 0;
+           RenderRun(job, image.scratch).Run() == kJobDone;
 }
 
-}  // namespace
+/// The size of the result in pixels and bytes.
+struct ResultShape {
+    CSize size;
+    int pixelSize = 0;
+    std::size_t bytes = 0;
+};
 
-QUORVEX_MESSAGE EstablishedRules::Render(DisplayedImage& image) const {
+QUORVEX_MESSAGE ShapeOfResult(const DisplayedImage& image, ResultShape& shape) {
     if (!image.pixels.data) return QVM_ERROR_NO_IMAGE;
     const auto size =
         SizeOfResult({image.roi, image.zoom, image.EffectiveAspectRatio(), image.QuarterTurns()});
@@ -117,20 +123,54 @@ QUORVEX_MESSAGE EstablishedRules::Render(DisplayedImage& image) const {
         image.renderMode == kRenderSupplementalPalette ? kColourBytes : image.resultPixelSize;
     const auto bytes = CheckedProduct(size->cx, size->cy, pixelSize);
     if (!bytes) return QVM_ERROR_INVALID_OUTPUT_SIZE;
+    shape = {*size, pixelSize, *bytes};
+    return QVM_SUCCESS;
+}
+
+}  // namespace
+
+QUORVEX_MESSAGE EstablishedRules::Render(DisplayedImage& image) const {
+    ResultShape shape;
+    const QUORVEX_MESSAGE shaped = ShapeOfResult(image, shape);
+    if (shaped != QVM_SUCCESS) return shaped;
+    const ScratchMemory::Use scratch(image.scratch);
 
     // A job that fails has left its output as it was, so the last result may be its output.
-    const bool isAgain = image.resultImage.data && image.resultImage.size == *bytes;
-    PixelBlock fresh = isAgain ? PixelBlock{} : NewPixelBlock(*bytes);
-    _IMAGE_INFO job = RenderJob(image, *size);
+    const bool isAgain = image.resultImage.data && image.resultImage.size == shape.bytes;
+    PixelBlock fresh = isAgain ? PixelBlock{} : NewPixelBlock(shape.bytes);
+    _IMAGE_INFO job = RenderJob(image, shape.size);
     if (!RunJob(job, image, (isAgain ? image.resultImage : fresh).data.get())) {
         return QVM_ERROR_NO_IMAGE;
     }
     if (!isAgain) image.resultImage = std::move(fresh);
-    image.resultSize = *size;
-    image.renderedPixelSize = pixelSize;
+    image.resultSize = shape.size;
+    image.renderedPixelSize = shape.pixelSize;
     image.renderedView = {image.imageSize, image.EffectiveAspectRatio(), image.QuarterTurns(),
                           image.horizontalFlip != 0};
     return QVM_SUCCESS;
+}
+
+QUORVEX_MESSAGE EstablishedRules::RenderInto(DisplayedImage& image,
+                                             const PixelTarget& target) const {
+    ResultShape shape;
+    const QUORVEX_MESSAGE shaped = ShapeOfResult(image, shape);
+    if (shaped != QVM_SUCCESS) return shaped;
+    const QUORVEX_MESSAGE checked = CheckTarget(target, shape.size, shape.pixelSize);
+    if (checked != QVM_SUCCESS) return checked;
+    const ScratchMemory::Use scratch(image.scratch);
+    const auto pixels = TakeArray<unsigned char>(image.scratch, shape.bytes);
+    _IMAGE_INFO job = RenderJob(image, shape.size);
+    if (!RunJob(job, image, pixels.data())) return QVM_ERROR_NO_IMAGE;
+    CopyInto(target, pixels, shape.size, shape.pixelSize);
+    return QVM_SUCCESS;
+}
+
+QUORVEX_MESSAGE EstablishedRules::DescribePicture(const DisplayedImage& image,
+                                                  PictureInfo& picture) const {
+    ResultShape shape;
+    const QUORVEX_MESSAGE shaped = ShapeOfResult(image, shape);
+    if (shaped == QVM_SUCCESS) picture = {shape.size, shape.pixelSize, PlaceOnView(image)};
+    return shaped;
 }
 
 }  // namespace quorvex

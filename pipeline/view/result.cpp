@@ -13,6 +13,15 @@ QUORVEX_MESSAGE CXDIPP::Render() {
     return Answer(QVM_ERROR_NO_IMAGE, [&] { return RulesOf(*image_).Render(*image_); });
 }
 
+QUORVEX_MESSAGE CXDIPP::RenderInto(const PixelTarget& target) {
+    return Answer(QVM_ERROR_NO_IMAGE, [&] { return RulesOf(*image_).RenderInto(*image_, target); });
+}
+
+QUORVEX_MESSAGE CXDIPP::GetPictureInfo(PictureInfo& picture) const {
+    return Answer(QVM_ERROR_NO_IMAGE,
+                  [&] { return RulesOf(*image_).DescribePicture(*image_, picture); });
+}
+
 QUORVEX_MESSAGE CXDIPP::Draw(CDC* deviceContext) {
     return Answer(QVM_ERROR_NO_IMAGE, [&] {
         if (!image_->resultImage.data) return QVM_ERROR_NO_IMAGE;

@@ -69,6 +69,7 @@ struct Watch {
     long asked = 0;
     long refused = 0;
     long live = 0;
+    long taken = 0;
     Ranges spared = {};
 };
 constinit thread_local Watch watch;
@@ -112,7 +113,9 @@ bool MustFail(const void* caller) noexcept {
 }
 
 void* Counted(void* block) noexcept {
-    if (block != nullptr) ++watch.live;
+    if (block == nullptr) return block;
+    ++watch.live;
+    ++watch.taken;
     return block;
 }
 
@@ -121,15 +124,21 @@ void* Counted(void* block) noexcept {
 FailingMemory::FailingMemory(long n, Failing how, Spares spares) noexcept {
     static const Ranges frail = FrailRanges();
     const long live = watch.live;
+    const long taken = watch.taken;
     watch = {.failAt = n,
              .failsOn = how == Failing::kFromThenOn,
              .live = live,
+             .taken = taken,
              .spared = spares == Spares::kFrailLibraries ? frail : Ranges{}};
 }
 
 long FailingMemory::Stop() noexcept {
     watch.failAt = 0;
     return watch.refused;
+}
+
+long TakenBlocks() noexcept {
+    return watch.taken;
 }
 
 long LiveBlocks() noexcept {

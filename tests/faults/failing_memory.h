@@ -24,6 +24,9 @@ public:
     long Stop() noexcept;
 };
 
+/// Blocks that this thread has taken so far.
+[[nodiscard]] long TakenBlocks() noexcept;
+
 /// Blocks that this thread has taken and not given back.
 [[nodiscard]] long LiveBlocks() noexcept;
 

@@ -14,7 +14,7 @@ constexpr std::uint64_t kOne = std::uint64_t{1} << kBits;
 /// Samples times 2^20 between the passes, which leaves 28 bits for the second weight.
 using WideRow = std::vector<std::uint64_t>;
 
-void WidenRow(std::span<const std::uint16_t> source, const std::vector<ResizeTap>& taps,
+void WidenRow(std::span<const std::uint16_t> source, const std::pmr::vector<ResizeTap>& taps,
               WideRow& row) {
     for (std::size_t i = 0; i < taps.size(); ++i) {
         const auto left = source[static_cast<std::size_t>(taps[i].first)];

@@ -11,7 +11,7 @@ constexpr std::size_t kWindowSamples = 4;
 constexpr std::uint8_t kZeroByte = 0x80;
 
 /// The last pixel counts as the right one of the last pair, so that all pairs are neighbours.
-void AddPairs(HorizontalPlan& plan, const std::vector<ResizeTap>& taps, int width,
+void AddPairs(HorizontalPlan& plan, const std::pmr::vector<ResizeTap>& taps, int width,
               std::uint32_t channels) {
     const std::size_t samples = taps.size() * channels;
     plan.toRight = width > 1 ? channels : 0;
@@ -71,14 +71,14 @@ void AddWindows(HorizontalPlan& plan, std::size_t rowBytes) {
 }
 
 /// Whether pixel i is the mean of 2 i and 2 i + 1.
-bool IsHalving(const std::vector<ResizeTap>& taps) {
+bool IsHalving(const std::pmr::vector<ResizeTap>& taps) {
     std::int32_t i = 0;
     return std::ranges::all_of(taps, [&i](const ResizeTap& tap) {
         return tap.first == 2 * i++ && tap.weight == kWholeWeight / 2;
     });
 }
 
-bool IsIdentity(const std::vector<ResizeTap>& taps) {
+bool IsIdentity(const std::pmr::vector<ResizeTap>& taps) {
     std::int32_t i = taps.front().first;
     return std::ranges::all_of(
         taps, [&i](const ResizeTap& tap) { return tap.first == i++ && tap.weight == 0; });
@@ -86,15 +86,26 @@ bool IsIdentity(const std::vector<ResizeTap>& taps) {
 
 }  // namespace
 
-RowResizer::RowResizer(const ResizeShape& shape)
-    : columns_(ResizeTaps(shape.source.cx, shape.destination.cx, shape.xFactor, kResizeWeightBits)),
-      rows_(ResizeTaps(shape.source.cy, shape.destination.cy, shape.yFactor, kResizeWeightBits)) {
+RowResizer::RowResizer(const ResizeShape& shape, std::pmr::memory_resource* memory)
+    : columns_(ResizeTaps(shape.source.cx, shape.destination.cx, shape.xFactor, kResizeWeightBits,
+                          memory)),
+      rows_(ResizeTaps(shape.source.cy, shape.destination.cy, shape.yFactor, kResizeWeightBits,
+                       memory)),
+      plan_(memory),
+      upper_(memory),
+      lower_(memory) {
     if (IsUsable()) Plan(shape.source, shape.channels);
 }
 
-RowResizer::RowResizer(CSize source, CSize whole, const RasterRect& window, int channels)
-    : columns_(ResizeTapsOfPart(source.cx, whole.cx, window.x, window.width, kResizeWeightBits)),
-      rows_(ResizeTapsOfPart(source.cy, whole.cy, window.y, window.height, kResizeWeightBits)) {
+RowResizer::RowResizer(CSize source, CSize whole, const RasterRect& window, int channels,
+                       std::pmr::memory_resource* memory)
+    : columns_(
+          ResizeTapsOfPart(source.cx, whole.cx, window.x, window.width, kResizeWeightBits, memory)),
+      rows_(ResizeTapsOfPart(source.cy, whole.cy, window.y, window.height, kResizeWeightBits,
+                             memory)),
+      plan_(memory),
+      upper_(memory),
+      lower_(memory) {
     Plan(source, channels);
 }
 

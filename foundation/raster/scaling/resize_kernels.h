@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory_resource>
 #include <span>
 #include <vector>
 
@@ -35,10 +36,13 @@ struct WindowGroup {
 /// What the horizontal pass of one image reads, row for row: for each destination sample two source
 /// bytes of its row, the second one with the weight that is missing to kWholeWeight.
 struct HorizontalPlan {
-    std::vector<std::uint32_t> lefts;
-    std::uint32_t toRight = 0;               ///< from the first byte to the second, in every pair
-    std::vector<std::uint16_t> leftWeights;  ///< padded as rows are
-    std::vector<WindowGroup> groups;         ///< empty where some four samples do not fit a window
+    explicit HorizontalPlan(std::pmr::memory_resource* memory = std::pmr::get_default_resource())
+        : lefts(memory), leftWeights(memory), groups(memory) {}
+
+    std::pmr::vector<std::uint32_t> lefts;
+    std::uint32_t toRight = 0;  ///< from the first byte to the second, in every pair
+    std::pmr::vector<std::uint16_t> leftWeights;  ///< padded as rows are
+    std::pmr::vector<WindowGroup> groups;  ///< empty where some four samples do not fit a window
 };
 
 /// Numbers that a row between the passes must have room for: whole vectors are written.

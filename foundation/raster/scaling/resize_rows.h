@@ -4,11 +4,12 @@
 #include "foundation/raster/pixel_grid.h"
 #include "foundation/raster/scaling/resize_kernels.h"
 #include "foundation/raster/scaling/resize_taps.h"
+#include "foundation/types/function_ref.h"
 #include "quorvex/Types.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
+#include <memory_resource>
 #include <vector>
 
 namespace quorvex {
@@ -25,15 +26,18 @@ struct ResizeShape {
 /// The bytes of source row `y`; a row and the next one are readable at once. Only rows that count
 /// are asked for, each once and in rising order. Row `prefetch` is asked for a little later (or it
 /// is `y` or one before it): what it is made of can be prefetched.
-using RowSource = std::function<const unsigned char*(int y, int prefetch)>;
+using RowSource = FunctionRef<const unsigned char*(int y, int prefetch)>;
 
 /// Resizes 8-bit pixels with any number of channels. Takes all its memory when it is made (throws
 /// std::bad_alloc then), so that nothing can fail once rows are written.
 class RowResizer {
 public:
-    explicit RowResizer(const ResizeShape& shape);
+    /// @param memory  which all its memory comes from, and which outlives it
+    explicit RowResizer(const ResizeShape& shape,
+                        std::pmr::memory_resource* memory = std::pmr::get_default_resource());
     /// Makes only the part `window` of an image that is resized from `source` to `whole`.
-    RowResizer(CSize source, CSize whole, const RasterRect& window, int channels);
+    RowResizer(CSize source, CSize whole, const RasterRect& window, int channels,
+               std::pmr::memory_resource* memory = std::pmr::get_default_resource());
 
     /// False for sizes or factors by which nothing can be resized.
     [[nodiscard]] bool IsUsable() const noexcept { return !columns_.empty() && !rows_.empty(); }
@@ -43,8 +47,9 @@ public:
 
 private:
     struct CachedRow {
+        explicit CachedRow(std::pmr::memory_resource* memory) : samples(memory) {}
         int y = -1;
-        std::vector<std::uint16_t> samples;
+        std::pmr::vector<std::uint16_t> samples;
     };
     void Plan(CSize source, int channelCount);
     void CopyRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) const;
@@ -52,8 +57,8 @@ private:
     void Cache(const ResizeTap& tap, const ResizeTap& next, const RowSource& rowAt);
     void Fill(CachedRow& row, int y, int prefetch, const RowSource& rowAt) const;
 
-    std::vector<ResizeTap> columns_;
-    std::vector<ResizeTap> rows_;
+    std::pmr::vector<ResizeTap> columns_;
+    std::pmr::vector<ResizeTap> rows_;
     bool isCopy_ = false;
     bool isHalf_ = false;
     HorizontalPlan plan_;

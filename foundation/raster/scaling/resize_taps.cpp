@@ -68,8 +68,8 @@ private:
 };
 
 /// Fills `taps` with those of destination pixel `start` and of the ones behind it.
-void FillExactly(std::vector<ResizeTap>& taps, int sourceLength, int destinationLength, int start,
-                 int bits) {
+void FillExactly(std::pmr::vector<ResizeTap>& taps, int sourceLength, int destinationLength,
+                 int start, int bits) {
     ExactPosition position(sourceLength, destinationLength, start);
     for (ResizeTap& tap : taps) {
         tap = Clamped(position.Whole(), position.Weight(bits), sourceLength, bits);
@@ -89,9 +89,9 @@ ResizeTap FactorTap(int i, int sourceLength, double factor, int bits) {
 
 }  // namespace
 
-std::vector<ResizeTap> ResizeTaps(int sourceLength, int destinationLength, double factor,
-                                  int bits) {
-    std::vector<ResizeTap> taps;
+std::pmr::vector<ResizeTap> ResizeTaps(int sourceLength, int destinationLength, double factor,
+                                       int bits, std::pmr::memory_resource* memory) {
+    std::pmr::vector<ResizeTap> taps(memory);
     if (sourceLength < 1 || destinationLength < 1 || !std::isfinite(factor) || factor <= 0.0) {
         return taps;
     }
@@ -105,9 +105,10 @@ std::vector<ResizeTap> ResizeTaps(int sourceLength, int destinationLength, doubl
     return taps;
 }
 
-std::vector<ResizeTap> ResizeTapsOfPart(int sourceLength, int scaledLength, int start, int length,
-                                        int bits) {
-    std::vector<ResizeTap> taps(static_cast<std::size_t>(length));
+std::pmr::vector<ResizeTap> ResizeTapsOfPart(int sourceLength, int scaledLength, int start,
+                                             int length, int bits,
+                                             std::pmr::memory_resource* memory) {
+    std::pmr::vector<ResizeTap> taps(static_cast<std::size_t>(length), memory);
     FillExactly(taps, sourceLength, scaledLength, start, bits);
     return taps;
 }

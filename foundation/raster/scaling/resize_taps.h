@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory_resource>
 #include <vector>
 
 namespace quorvex {
@@ -19,15 +20,18 @@ struct ResizeTap {
 ///
 /// Where the destination is the source times the factor, the positions are computed in whole
 /// numbers, and the taps of i and of destinationLength - 1 - i mirror each other exactly.
-/// @param bits  of the weights, at most 30
+/// @param bits    of the weights, at most 30
+/// @param memory  which they live in
 /// @return nothing for a length below 1 and a factor that is NaN, infinite or not positive
-[[nodiscard]] std::vector<ResizeTap> ResizeTaps(int sourceLength, int destinationLength,
-                                                double factor, int bits);
+[[nodiscard]] std::pmr::vector<ResizeTap> ResizeTaps(
+    int sourceLength, int destinationLength, double factor, int bits,
+    std::pmr::memory_resource* memory = std::pmr::get_default_resource());
 
 /// The taps of `length` pixels from `start` on, of an axis scaled from `sourceLength` pixels to
 /// `scaledLength`: those that the whole axis would have there. All lengths are above 0, and the
 /// pixels asked for lie within the scaled axis.
-[[nodiscard]] std::vector<ResizeTap> ResizeTapsOfPart(int sourceLength, int scaledLength, int start,
-                                                      int length, int bits);
+[[nodiscard]] std::pmr::vector<ResizeTap> ResizeTapsOfPart(
+    int sourceLength, int scaledLength, int start, int length, int bits,
+    std::pmr::memory_resource* memory = std::pmr::get_default_resource());
 
 }  // namespace quorvex

@@ -17,7 +17,7 @@ void Add(ScaleTaps& taps, std::int64_t first, std::span<const double> weights) {
 /// Pixel i covers i x source / scaled to (i + 1) x source / scaled: counted in whole units of 1 /
 /// scaled, so that nothing is lost at the edges.
 void AddArea(ScaleTaps& taps, std::int64_t source, std::int64_t scaled, std::int64_t i,
-             std::vector<double>& weights) {
+             std::pmr::vector<double>& weights) {
     const std::int64_t begin = i * source;
     const std::int64_t end = begin + source;
     const std::int64_t first = begin / scaled;
@@ -69,6 +69,13 @@ void AddEnlarged(ScaleTaps& taps, std::int64_t source, std::int64_t scaled, std:
     AddNeighbours(taps, source, first, weights);
 }
 
+/// Of one pixel.
+std::size_t MostTaps(int source, int scaled, Interpolation enlarging) {
+    if (scaled < source) return static_cast<std::size_t>(source / scaled) + 2;
+    if (scaled == source || enlarging == Interpolation::kNearest) return 1;
+    return enlarging == Interpolation::kCubic ? 4 : 2;
+}
+
 }  // namespace
 
 std::int32_t ScaleTaps::Begin() const noexcept {
@@ -80,10 +87,15 @@ std::int32_t ScaleTaps::End() const noexcept {
     return places.back().first + static_cast<std::int32_t>(places.back().count);
 }
 
-ScaleTaps MakeScaleTaps(int source, int scaled, int start, int length, Interpolation enlarging) {
-    ScaleTaps taps;
-    taps.places.reserve(static_cast<std::size_t>(length));
-    std::vector<double> weights;
+ScaleTaps MakeScaleTaps(int source, int scaled, int start, int length, Interpolation enlarging,
+                        std::pmr::memory_resource* memory) {
+    ScaleTaps taps(memory);
+    const auto pixels = static_cast<std::size_t>(length);
+    const std::size_t mostTaps = MostTaps(source, scaled, enlarging);
+    taps.places.reserve(pixels);
+    taps.weights.reserve(pixels * mostTaps);
+    std::pmr::vector<double> weights(memory);
+    weights.reserve(mostTaps);
     for (std::int64_t i = start; i < std::int64_t{start} + length; ++i) {
         if (scaled < source) {
             AddArea(taps, source, scaled, i, weights);
@@ -96,8 +108,12 @@ ScaleTaps MakeScaleTaps(int source, int scaled, int start, int length, Interpola
     return taps;
 }
 
-ColumnTaps::ColumnTaps(const ScaleTaps& taps)
-    : begin_(taps.Begin()), sourcePixels_(static_cast<std::size_t>(taps.End() - taps.Begin())) {
+ColumnTaps::ColumnTaps(const ScaleTaps& taps, std::pmr::memory_resource* memory)
+    : begin_(taps.Begin()),
+      sourcePixels_(static_cast<std::size_t>(taps.End() - taps.Begin())),
+      firsts_(memory),
+      weights_(memory),
+      grouped_(memory) {
     for (const ScaleTaps::Place& place : taps.places) {
         count_ = std::max<std::size_t>(count_, place.count);
     }

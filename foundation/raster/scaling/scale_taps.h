@@ -5,6 +5,7 @@
 #include "quorvex/Types.h"
 
 #include <cstdint>
+#include <memory_resource>
 #include <span>
 #include <vector>
 
@@ -18,8 +19,11 @@ struct ScaleTaps {
         std::uint32_t count = 0;
         std::uint32_t weights = 0;  ///< where its own begin
     };
-    std::vector<Place> places;
-    std::vector<float> weights;
+    explicit ScaleTaps(std::pmr::memory_resource* memory = std::pmr::get_default_resource())
+        : places(memory), weights(memory) {}
+
+    std::pmr::vector<Place> places;
+    std::pmr::vector<float> weights;
 
     [[nodiscard]] std::span<const float> WeightsOf(const Place& place) const noexcept {
         return {weights.data() + place.weights, place.count};
@@ -33,14 +37,18 @@ struct ScaleTaps {
 ///
 /// A shrunk axis averages the area of each pixel; an enlarged one goes by `enlarging`. The pixels
 /// asked for lie within the scaled axis; all lengths are above 0.
-[[nodiscard]] ScaleTaps MakeScaleTaps(int source, int scaled, int start, int length,
-                                      Interpolation enlarging);
+/// @param memory  which they live in
+[[nodiscard]] ScaleTaps MakeScaleTaps(
+    int source, int scaled, int start, int length, Interpolation enlarging,
+    std::pmr::memory_resource* memory = std::pmr::get_default_resource());
 
 /// The taps of a row's columns, as many for each pixel: what has fewer weighs some by 0.
 class ColumnTaps {
 public:
-    ColumnTaps() = default;
-    explicit ColumnTaps(const ScaleTaps& taps);
+    explicit ColumnTaps(std::pmr::memory_resource* memory = std::pmr::get_default_resource())
+        : firsts_(memory), weights_(memory), grouped_(memory) {}
+    explicit ColumnTaps(const ScaleTaps& taps,
+                        std::pmr::memory_resource* memory = std::pmr::get_default_resource());
 
     /// The source pixels that count: first one, and how many from there on.
     [[nodiscard]] std::int32_t Begin() const noexcept { return begin_; }
@@ -67,9 +75,9 @@ private:
     std::int32_t begin_ = 0;
     std::size_t sourcePixels_ = 0;
     std::size_t count_ = 0;
-    std::vector<std::int32_t> firsts_;  ///< counted from `begin_`; whole groups
-    std::vector<float> weights_;        ///< `count_` for each pixel
-    std::vector<float> grouped_;        ///< the same as `GroupedTaps` has them; where that is fast
+    std::pmr::vector<std::int32_t> firsts_;  ///< counted from `begin_`; whole groups
+    std::pmr::vector<float> weights_;        ///< `count_` for each pixel
+    std::pmr::vector<float> grouped_;  ///< the same as `GroupedTaps` has them; where that is fast
 };
 
 }  // namespace quorvex

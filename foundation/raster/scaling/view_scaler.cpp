@@ -8,8 +8,6 @@
 namespace quorvex {
 namespace {
 
-constexpr std::size_t kMostRowsOfPixel = 4;  ///< of an enlarged image
-
 bool IsLinear(const ScaleShape& shape) {
     const bool isEnlarged = shape.scaled.cx > shape.source.cx || shape.scaled.cy > shape.source.cy;
     return shape.scaled.cx >= shape.source.cx && shape.scaled.cy >= shape.source.cy &&
@@ -22,25 +20,41 @@ bool IsHalf(const ScaleShape& shape) {
            window.width == shape.scaled.cx && window.height == shape.scaled.cy;
 }
 
+bool IsLeftToResizer(const ScaleShape& shape) {
+    return IsLinear(shape) || IsHalf(shape);
+}
+
+ScaleTaps TapsOfColumns(const ScaleShape& shape, std::pmr::memory_resource* memory) {
+    return MakeScaleTaps(shape.source.cx, shape.scaled.cx, shape.window.x, shape.window.width,
+                         shape.enlarging, memory);
+}
+ScaleTaps TapsOfRows(const ScaleShape& shape, std::pmr::memory_resource* memory) {
+    return MakeScaleTaps(shape.source.cy, shape.scaled.cy, shape.window.y, shape.window.height,
+                         shape.enlarging, memory);
+}
+
 }  // namespace
 
-ViewScaler::ViewScaler(const ScaleShape& shape) : shape_(shape) {
-    if (IsLinear(shape) || IsHalf(shape)) {
-        linear_.emplace(shape.source, shape.scaled, shape.window, shape.channels);
+ViewScaler::ViewScaler(const ScaleShape& shape, std::pmr::memory_resource* memory)
+    : shape_(shape),
+      columns_(IsLeftToResizer(shape) ? ColumnTaps(memory)
+                                      : ColumnTaps(TapsOfColumns(shape, memory), memory)),
+      rows_(IsLeftToResizer(shape) ? ScaleTaps(memory) : TapsOfRows(shape, memory)),
+      whole_(memory),
+      scaled_(memory),
+      cache_(memory),
+      sums_(memory) {
+    if (IsLeftToResizer(shape)) {
+        linear_.emplace(shape.source, shape.scaled, shape.window, shape.channels, memory);
         return;
     }
-    const RasterRect& window = shape.window;
-    columns_ = ColumnTaps(
-        MakeScaleTaps(shape.source.cx, shape.scaled.cx, window.x, window.width, shape.enlarging));
-    rows_ =
-        MakeScaleTaps(shape.source.cy, shape.scaled.cy, window.y, window.height, shape.enlarging);
     const auto channels = static_cast<std::size_t>(shape.channels);
     whole_.resize(columns_.PaddedPixels() * channels);
     counted_ = columns_.SourcePixels() * channels;
-    scaled_.resize(static_cast<std::size_t>(window.width) * channels);
+    scaled_.resize(static_cast<std::size_t>(shape.window.width) * channels);
     if (shape.scaled.cy < shape.source.cy) return;
-    cache_.resize(kMostRowsOfPixel);
-    for (CachedRow& row : cache_) row.samples.resize(scaled_.size());
+    cache_.resize(kMostRowsOfPixel * scaled_.size());
+    sums_.resize(scaled_.size());
 }
 
 void ViewScaler::Run(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) {
@@ -77,32 +91,31 @@ void ViewScaler::ShrinkRows(const RowSource& rowAt, const PixelGrid<unsigned cha
 }
 
 void ViewScaler::EnlargeRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination) {
-    std::vector<float> sums(scaled_.size());
-    for (CachedRow& row : cache_) row.y = -1;
+    cachedRows_.fill(-1);
     for (int y = 0; y < destination.size.cy; ++y) {
         const ScaleTaps::Place& place = rows_.places[static_cast<std::size_t>(y)];
         int row = place.first;
         bool adds = false;
         for (const float weight : rows_.WeightsOf(place)) {
-            WeighRow(ScaledRow(row++, rowAt), weight, adds, sums);
+            WeighRow(ScaledRow(row++, rowAt), weight, adds, sums_);
             adds = true;
         }
-        RoundRow(sums, destination.Row(y));
+        RoundRow(sums_, destination.Row(y));
     }
 }
 
-const std::vector<float>& ViewScaler::ScaledRow(int y, const RowSource& rowAt) {
-    CachedRow& row = cache_[static_cast<std::size_t>(y) % cache_.size()];
-    if (row.y == y) return row.samples;
+std::span<const float> ViewScaler::ScaledRow(int y, const RowSource& rowAt) {
+    const std::size_t place = static_cast<std::size_t>(y) % kMostRowsOfPixel;
+    const auto row = std::span(cache_).subspan(place * scaled_.size(), scaled_.size());
+    if (cachedRows_[place] == y) return row;
     const auto skipped =
         static_cast<std::size_t>(columns_.Begin()) * static_cast<std::size_t>(shape_.channels);
     const unsigned char* const bytes = rowAt(y, y) + skipped;
     constexpr float kWhole[] = {1.0F};
     WeighRows({&bytes, 1}, ValueKind::kUnsignedByte, kWhole, {}, std::span(whole_).first(counted_));
-    columns_.Scale(whole_, static_cast<std::size_t>(shape_.channels), scaled_);
-    std::ranges::copy(scaled_, row.samples.begin());
-    row.y = y;
-    return row.samples;
+    columns_.Scale(whole_, static_cast<std::size_t>(shape_.channels), row);
+    cachedRows_[place] = y;
+    return row;
 }
 
 }  // namespace quorvex

@@ -7,7 +7,10 @@
 #include "foundation/raster/scaling/scale_taps.h"
 #include "quorvex/Types.h"
 
+#include <array>
+#include <memory_resource>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace quorvex {
@@ -25,28 +28,30 @@ struct ScaleShape {
 /// std::bad_alloc then).
 class ViewScaler {
 public:
-    explicit ViewScaler(const ScaleShape& shape);
+    /// @param memory  which all its memory comes from, and which outlives it
+    explicit ViewScaler(const ScaleShape& shape,
+                        std::pmr::memory_resource* memory = std::pmr::get_default_resource());
 
     /// Fills `destination`, which has the window's size.
     void Run(const RowSource& rowAt, const PixelGrid<unsigned char>& destination);
 
 private:
-    struct CachedRow {
-        int y = -1;
-        std::vector<float> samples;
-    };
+    static constexpr std::size_t kMostRowsOfPixel = 4;  ///< of an enlarged image
     void ShrinkRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination);
     void EnlargeRows(const RowSource& rowAt, const PixelGrid<unsigned char>& destination);
-    [[nodiscard]] const std::vector<float>& ScaledRow(int y, const RowSource& rowAt);
+    [[nodiscard]] std::span<const float> ScaledRow(int y, const RowSource& rowAt);
 
     ScaleShape shape_;
     std::optional<RowResizer> linear_;  ///< for what it does: linear, and no side shrunk
     ColumnTaps columns_;
     ScaleTaps rows_;
-    std::vector<float> whole_;   ///< the source columns that count, of a row or of a sum of rows
-    std::size_t counted_ = 0;    ///< numbers of them; those behind stay 0
-    std::vector<float> scaled_;  ///< the same with its columns scaled
-    std::vector<CachedRow> cache_;
+    std::pmr::vector<float> whole_;   ///< the source columns that count, of a row or a sum of rows
+    std::size_t counted_ = 0;         ///< numbers of them; those behind stay 0
+    std::pmr::vector<float> scaled_;  ///< the same with its columns scaled
+    // Of an image whose rows are not shrunk: scaled rows that may count again, and their sum.
+    std::pmr::vector<float> cache_;
+    std::array<int, kMostRowsOfPixel> cachedRows_{};
+    std::pmr::vector<float> sums_;
 };
 
 }  // namespace quorvex
