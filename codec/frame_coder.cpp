@@ -3,6 +3,7 @@
 #include "codec/jpeg2000/jpeg2000_route.h"
 #include "foundation/engines/jpeg2000/high_throughput_encoding.h"
 #include "foundation/raster/interleave.h"
+#include "foundation/types/cancellation.h"
 
 #include <algorithm>
 
@@ -111,6 +112,7 @@ QUORVEX_MESSAGE FrameCoder::Code() {
     const QUORVEX_MESSAGE check = Check(coder);
     if (check != QVM_SUCCESS) return check;
     if (!HasWholeSource()) return QVM_ERROR_FAILED_TO_COMPRESS;
+    Cancellation::OfThisThread().ThrowIfAsked();
     SetQuality();
     const auto code = IsKnownGrey() ? coder->codeGrey : coder->codeColour;
     const bool isCoded = (this->*code)() == kCoded && !coded_.empty();

@@ -3,6 +3,7 @@
 #include "codec/native/fragment_pixels.h"
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/engines/deflate/deflate_engine.h"
+#include "foundation/types/cancellation.h"
 
 #include <algorithm>
 #include <cstring>
@@ -59,6 +60,8 @@ ColourFrame FrameDecoder::DescribeColour(std::size_t frameBytes) const noexcept 
 }
 
 QUORVEX_MESSAGE FrameDecoder::Decode(unsigned char*& result, unsigned long& resultSize) {
+    const auto cancellation = Cancellation::OfThisThread();
+    cancellation.ThrowIfAsked();
     if (frame_.transferSyntax == kSyntaxNone) return QVM_ERROR_INVALID_SOURCE_SYNTAX;
     const DecoderRow* decoder = DecoderOf(frame_.transferSyntax);
     if (decoder == nullptr && BecomesNative(frame_)) return DecodeFragment(result, resultSize);
@@ -81,6 +84,7 @@ QUORVEX_MESSAGE FrameDecoder::Decode(unsigned char*& result, unsigned long& resu
     resultSize = *frameBytes;
     told_ = *frameBytes;
     const bool isDone = (this->*decoder->decode)() != 0;
+    cancellation.ThrowIfAsked();  // what is there of the frame could pass for a damaged one
     resultSize = told_;
     block.ClearBehind(written_);
     return isDone ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_DECOMPRESS;

@@ -34,6 +34,7 @@ std::size_t RenderRun::SourcePixel(int row) const noexcept {
 }
 
 const unsigned char* RenderRun::Render(int row, int prefetchRow) {
+    cancellation_.ThrowIfAsked();
     if (IsColour(info_)) {
         RenderColorImage(row);
     } else if (info_.bytesPerPixel == 1) {

@@ -91,7 +91,7 @@ int RenderRun::PrepareRender() {
 /// its nearest end, so that no pixel reads past it.
 int RenderRun::FetchLut() {
     if (info_.windowing == nullptr) return kJobWithoutTable;
-    const DisplayTableSnapshot fetched = WindowingReader::DisplayTable(*info_.windowing, &scratch_);
+    const DisplayTableSnapshot fetched = WindowingReader::DisplayTable(*info_.windowing, scratch_);
     const auto count = static_cast<std::int64_t>(fetched.entries.size());
     if (count == 0) return kJobWithoutTable;
     info_.lutOffset = fetched.first;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "foundation/raster/word_ramp.h"
+#include "foundation/types/cancellation.h"
 #include "foundation/types/scratch_memory.h"
 #include "quorvex/CXImageCreator.h"
 
@@ -64,6 +65,7 @@ private:
 
     _IMAGE_INFO& info_;
     std::pmr::memory_resource& scratch_;
+    Cancellation cancellation_ = Cancellation::OfThisThread();
     CRect workRoi_;                       ///< the record's `roi`, cut to the image
     double scale_ = 1.0;                  ///< horizontal scale factor
     int workPixelSize_ = 1;               ///< bytes of a working pixel

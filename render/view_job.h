@@ -72,8 +72,9 @@ struct ViewJob {
 
 /// Runs a job whose window lies in the scaled image and is not empty.
 ///
-/// @param output   window.width x window.height pixels, rows from the bottom; colour as blue, green,
-///                 red. Its rows may lie in either order. Untouched where it throws std::bad_alloc.
+/// @param output   window.width x window.height pixels, rows from the bottom, which may lie in
+///                 either order; colour as blue, green, red. Untouched where it throws
+///                 std::bad_alloc
 /// @param scratch  what the job works with comes from there
 void RunViewJob(const ViewJob& job, const PixelGrid<unsigned char>& output,
                 std::pmr::memory_resource& scratch);

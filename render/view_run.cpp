@@ -3,6 +3,7 @@
 #include "foundation/raster/byte_table.h"
 #include "foundation/raster/scaling/view_scaler.h"
 #include "foundation/raster/turn_kernels.h"
+#include "foundation/types/cancellation.h"
 #include "foundation/types/scratch_memory.h"
 #include "render/row_mapping.h"
 #include "render/view_job.h"
@@ -33,6 +34,7 @@ public:
     /// A row of the image, counted from the top. Only the columns that count are made. It is good
     /// until the next but one is made.
     const unsigned char* Make(int row, int prefetchRow) {
+        cancellation_.ThrowIfAsked();
         isOdd_ = !isOdd_;
         unsigned char* const begin = rows_.data() + (isOdd_ ? RowBytes() : 0);
         unsigned char* const to = begin + first_ * pixelBytes_;
@@ -129,6 +131,7 @@ private:
     }
 
     const ViewJob& job_;
+    Cancellation cancellation_ = Cancellation::OfThisThread();
     std::size_t first_;  ///< column that rows begin with
     std::size_t count_;
     std::size_t pixelBytes_;

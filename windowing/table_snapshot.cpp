@@ -1,6 +1,7 @@
 #include "windowing/table_snapshot.h"
 
 #include "foundation/types/saturate.h"
+#include "foundation/types/scratch_memory.h"
 #include "quorvex/CXWindowing.h"
 #include "windowing/windowing_state.h"
 
@@ -9,21 +10,27 @@
 namespace quorvex {
 namespace {
 
+/// Fills a copy of a table; entries that it lacks are 0.
 template <class Entry>
-std::pmr::vector<Entry> CopyOf(const std::vector<Entry>& table, std::int32_t count,
-                               std::pmr::memory_resource* memory) {
-    std::pmr::vector<Entry> copy(static_cast<std::size_t>(std::max(count, 0)), memory);
-    std::copy_n(table.begin(), std::min(table.size(), copy.size()), copy.begin());
-    return copy;
+void CopyTo(std::span<Entry> copy, const std::vector<Entry>& table) {
+    const std::size_t count = std::min(table.size(), copy.size());
+    std::ranges::copy(std::span(table).first(count), copy.begin());
+    std::ranges::fill(copy.subspan(count), Entry{});
+}
+
+std::size_t CountOf(std::int32_t entries) {
+    return static_cast<std::size_t>(std::max(entries, 0));
 }
 
 }  // namespace
 
 DisplayTableSnapshot WindowingReader::DisplayTable(const CXWindowing& windowing,
-                                                   std::pmr::memory_resource* memory) {
+                                                   std::pmr::memory_resource& memory) {
     const std::lock_guard lock(windowing.state_->tableLock);
     const WindowingSettings& settings = windowing.state_->settings;
-    return {.entries = CopyOf(windowing.state_->tables.windowingTable, settings.tableSize, memory),
+    const auto entries = TakeArray<std::uint8_t>(memory, CountOf(settings.tableSize));
+    CopyTo(entries, windowing.state_->tables.windowingTable);
+    return {.entries = entries,
             .first = settings.minValue,
             .firstAsReported = TruncateToInt(settings.minValue - settings.postIntercept)};
 }
@@ -31,9 +38,9 @@ DisplayTableSnapshot WindowingReader::DisplayTable(const CXWindowing& windowing,
 ModalityTableSnapshot WindowingReader::ModalityTable(const CXWindowing& windowing) {
     const std::lock_guard lock(windowing.state_->tableLock);
     const WindowingSettings& settings = windowing.state_->settings;
-    return {.entries = CopyOf(windowing.state_->tables.modalityTable, settings.modalityEntryCount,
-                              std::pmr::get_default_resource()),
-            .first = settings.modalityFirstValue};
+    std::vector<std::int32_t> entries(CountOf(settings.modalityEntryCount));
+    CopyTo(std::span(entries), windowing.state_->tables.modalityTable);
+    return {.entries = std::move(entries), .first = settings.modalityFirstValue};
 }
 
 }  // namespace quorvex

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <memory_resource>
+#include <span>
 #include <vector>
 
 namespace quorvex {
@@ -14,21 +15,20 @@ class CXWindowing;
 
 /// `entries` has as many as the windowing counts: zeros before the first rebuild.
 struct DisplayTableSnapshot {
-    std::pmr::vector<std::uint8_t> entries;
+    std::span<const std::uint8_t> entries;
     int first = 0;            ///< the value of entry 0
     int firstAsReported = 0;  ///< that value less the post intercept
 };
 struct ModalityTableSnapshot {
-    std::pmr::vector<std::int32_t> entries;
+    std::vector<std::int32_t> entries;
     int first = 0;
 };
 
 /// Reads a CXWindowing. Both operations throw std::bad_alloc.
 struct WindowingReader {
     /// @param memory  which the entries live in
-    [[nodiscard]] static DisplayTableSnapshot DisplayTable(
-        const CXWindowing& windowing,
-        std::pmr::memory_resource* memory = std::pmr::get_default_resource());
+    [[nodiscard]] static DisplayTableSnapshot DisplayTable(const CXWindowing& windowing,
+                                                           std::pmr::memory_resource& memory);
     [[nodiscard]] static ModalityTableSnapshot ModalityTable(const CXWindowing& windowing);
 };
 

@@ -2,6 +2,7 @@
 
 #include "codec/rle/rle_planes.h"
 #include "foundation/platform/pages.h"
+#include "foundation/types/cancellation.h"
 
 #include <algorithm>
 #include <vector>
@@ -38,7 +39,9 @@ RleGroups GroupsOf(const RleLayout& layout, std::size_t segments, std::size_t fr
 void ReadGroup(RlePlaneReader& reader, std::size_t group, std::size_t width,
                std::span<unsigned char> bytes) {
     const std::size_t band = RlePlaneReader::kBandPlaces * width;
+    const auto cancellation = Cancellation::OfThisThread();
     for (std::size_t at = 0; at < bytes.size(); at += band) {
+        cancellation.ThrowIfAsked();
         reader.Read(group, bytes.subspan(at, std::min(band, bytes.size() - at)));
     }
 }
@@ -74,6 +77,7 @@ RleOutcome DecodePlanes(const RleHeader& header, const ColourFrame& colour,
     std::vector<unsigned char> band(kColourSamples * RlePlaneReader::kBandPlaces * sampleBytes);
     return DecodeUpToDamage(header, sampleBytes, [&](RlePlaneReader& reader) {
         for (std::size_t pixel = 0; pixel < colour.Pixels(); pixel += RlePlaneReader::kBandPlaces) {
+            Cancellation::OfThisThread().ThrowIfAsked();
             ColourFrame part = colour;
             part.rows = 1;
             part.columns = std::min(RlePlaneReader::kBandPlaces, colour.Pixels() - pixel);

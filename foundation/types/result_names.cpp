@@ -58,6 +58,7 @@ constexpr std::array kResults = {
     QUORVEX_RESULT(QVM_ERROR_INVALID_TARGET_SYNTAX, "the format asked for is not usable"),
     QUORVEX_RESULT(QVM_FRAME_COPIED, "the frame was copied as it is"),
     QUORVEX_RESULT(QVM_ERROR_NO_IMAGE, "there is no image yet"),
+    QUORVEX_RESULT(QVM_ERROR_CANCELLED, "the operation was cancelled"),
 };
 #undef QUORVEX_RESULT
 

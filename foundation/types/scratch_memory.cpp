@@ -6,6 +6,8 @@ namespace quorvex {
 
 void* ScratchMemory::do_allocate(std::size_t size, std::size_t alignment) {
     constexpr std::size_t kSmallestBlock = std::size_t{64} << 10;
+    constexpr std::size_t kCacheLine = 64;  // rows that begin elsewhere cost vectors a second one
+    alignment = std::max(alignment, kCacheLine);
     if (asked_ == 0) {
         next_ = kept_.get();
         room_ = keptSize_;

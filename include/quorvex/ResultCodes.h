@@ -42,8 +42,9 @@ enum QUORVEX_MESSAGE : std::int32_t {
     QVM_ERROR_NO_SOURCE_OBJECT = 35,
     QVM_ERROR_INVALID_SOURCE_SYNTAX = 36,
     QVM_ERROR_INVALID_TARGET_SYNTAX = 37,
-    QVM_FRAME_COPIED = 38,    ///< success: nothing had to be decoded or coded
-    QVM_ERROR_NO_IMAGE = 39,  ///< nothing to show yet
+    QVM_FRAME_COPIED = 38,     ///< success: nothing had to be decoded or coded
+    QVM_ERROR_NO_IMAGE = 39,   ///< nothing to show yet
+    QVM_ERROR_CANCELLED = 40,  ///< the host has called the operation off
 };
 
 /// Name of a result code ("QVM_ERROR_NO_IMAGE"), or "QVM_UNKNOWN" for a number without one.

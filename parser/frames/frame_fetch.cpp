@@ -6,6 +6,7 @@
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/dicom/object/pixel_shape.h"
 #include "foundation/engines/jpeg2000/jpeg2000_reduction.h"
+#include "foundation/types/cancellation.h"
 #include "foundation/types/undo.h"
 #include "parser/frames/packed_samples.h"
 #include "parser/frames/stored_range.h"
@@ -102,6 +103,7 @@ void FrameFetch::TellQuality() noexcept {
 }
 
 QUORVEX_MESSAGE FrameFetch::Collect(unsigned long& size) {
+    Cancellation::OfThisThread().ThrowIfAsked();
     parser_.quality = FrameQuality::kNone;
     QUORVEX_MESSAGE checked = Check();
     if (checked == QVM_SUCCESS) checked = TakeRules();

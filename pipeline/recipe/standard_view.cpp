@@ -1,6 +1,7 @@
 #include "pipeline/recipe/standard_view.h"
 
 #include "foundation/platform/surface.h"
+#include "foundation/types/cancellation.h"
 #include "foundation/types/checked_size.h"
 #include "pipeline/displayed_image.h"
 #include "pipeline/layers/annotation_drawing.h"
@@ -245,7 +246,9 @@ QUORVEX_MESSAGE RenderStandardView(DisplayedImage& image) {
     if (!bytes) return QVM_ERROR_INVALID_OUTPUT_SIZE;
     const std::size_t room = RoomFor(image, shown, *bytes);
     const PixelBlock& last = image.resultImage;
-    const bool isAgain = last.data && last.capacity >= *bytes && last.capacity / 2 <= room;
+    // What can be called off must not have begun to overwrite the last result.
+    const bool isAgain = last.data && last.capacity >= *bytes && last.capacity / 2 <= room &&
+                         !Cancellation::OfThisThread().IsPossible();
     PixelBlock fresh = isAgain ? PixelBlock{} : NewPixelBlock(room);
     unsigned char* const output = (isAgain ? last : fresh).data.get();
     const auto step = std::ptrdiff_t{shown.part.width} * shown.pixelBytes;

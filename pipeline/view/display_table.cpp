@@ -1,12 +1,12 @@
 #include "pipeline/view/display_table.h"
 
+#include "foundation/types/scratch_memory.h"
 #include "windowing/table_snapshot.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <utility>
 
 namespace quorvex {
 
@@ -14,7 +14,7 @@ namespace {
 
 /// The table of windowing with the value of its first entry.
 struct WindowingTable {
-    std::pmr::vector<unsigned char> entries;
+    std::span<const unsigned char> entries;
     std::int64_t first = 0;
 
     /// The display values of `low` and those that follow it.
@@ -31,9 +31,9 @@ struct WindowingTable {
     }
 };
 
-WindowingTable TableOf(const CXWindowing& windowing, std::pmr::memory_resource* memory) {
-    DisplayTableSnapshot fetched = WindowingReader::DisplayTable(windowing, memory);
-    return {std::move(fetched.entries), fetched.firstAsReported};
+WindowingTable TableOf(const CXWindowing& windowing, std::pmr::memory_resource& memory) {
+    const DisplayTableSnapshot fetched = WindowingReader::DisplayTable(windowing, memory);
+    return {fetched.entries, fetched.firstAsReported};
 }
 
 /// Puts the display values of `values` values from `low` on where the elements that hold their low
@@ -50,13 +50,12 @@ void PutElements(const WindowingTable& source, std::int64_t low, std::int64_t va
 
 }  // namespace
 
-std::pmr::vector<unsigned char> DisplayTable(CXWindowing& windowing, const ValueRange& range,
-                                             ElementWidth width,
-                                             std::pmr::memory_resource* memory) {
+std::span<unsigned char> DisplayTable(const CXWindowing& windowing, const ValueRange& range,
+                                      ElementWidth width, std::pmr::memory_resource& memory) {
     const WindowingTable source = TableOf(windowing, memory);
     if (source.entries.empty()) return {};
     const std::int64_t count = width == ElementWidth::kByte ? 256 : 65536;
-    std::pmr::vector<unsigned char> table(static_cast<std::size_t>(count), memory);
+    const auto table = TakeArray<unsigned char>(memory, static_cast<std::size_t>(count));
     PutElements(source, source.first < 0 ? -count / 2 : 0, count, table);
     const std::int64_t valuesOfFrame =
         std::clamp<std::int64_t>(range.high - range.low + 1, 0, count);

@@ -4,7 +4,7 @@
 #include "pipeline/value_range.h"
 
 #include <memory_resource>
-#include <vector>
+#include <span>
 
 namespace quorvex {
 
@@ -19,8 +19,8 @@ enum class ElementWidth { kByte, kWord };
 /// the frame has are read as they are, signed where the domain begins below 0. Values outside the
 /// domain of windowing take the nearest entry of its table. Empty when windowing has no table.
 /// @param memory  which it lives in, and what it is made with
-[[nodiscard]] std::pmr::vector<unsigned char> DisplayTable(
-    CXWindowing& windowing, const ValueRange& range, ElementWidth width,
-    std::pmr::memory_resource* memory = std::pmr::get_default_resource());
+[[nodiscard]] std::span<unsigned char> DisplayTable(const CXWindowing& windowing,
+                                                    const ValueRange& range, ElementWidth width,
+                                                    std::pmr::memory_resource& memory);
 
 }  // namespace quorvex

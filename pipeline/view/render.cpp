@@ -1,3 +1,4 @@
+#include "foundation/types/cancellation.h"
 #include "foundation/types/checked_size.h"
 #include "pipeline/displayed_image.h"
 #include "pipeline/layers/shown_shutter.h"
@@ -93,7 +94,7 @@ _IMAGE_INFO RenderJob(const DisplayedImage& image, CSize size) {
 /// Runs a job that lacks its table and output, with the table and shutter of the image.
 bool RunJob(_IMAGE_INFO& job, DisplayedImage& image, unsigned char* output) {
     auto table = DisplayTable(*image.windowing, image.valueRange,
-                              WidthToRead(image.bytesPerPixel, job.bitsStored), &image.scratch);
+                              WidthToRead(image.bytesPerPixel, job.bitsStored), image.scratch);
     if (table.empty()) return false;
     if (image.inverse != 0) Complement(table);
     job.lut = table.data();
@@ -135,8 +136,10 @@ QUORVEX_MESSAGE EstablishedRules::Render(DisplayedImage& image) const {
     if (shaped != QVM_SUCCESS) return shaped;
     const ScratchMemory::Use scratch(image.scratch);
 
-    // A job that fails has left its output as it was, so the last result may be its output.
-    const bool isAgain = image.resultImage.data && image.resultImage.size == shape.bytes;
+    // A job that fails has left its output as it was, so the last result may be its output: unless
+    // it can be called off.
+    const bool isAgain = image.resultImage.data && image.resultImage.size == shape.bytes &&
+                         !Cancellation::OfThisThread().IsPossible();
     PixelBlock fresh = isAgain ? PixelBlock{} : NewPixelBlock(shape.bytes);
     _IMAGE_INFO job = RenderJob(image, shape.size);
     if (!RunJob(job, image, (isAgain ? image.resultImage : fresh).data.get())) {

@@ -75,6 +75,13 @@ bool DrawOnTarget(Host& s) {
     return IsDone(s.dipp.Draw(&context));
 }
 
+template <Rules rules>
+bool RenderIntoSurface(Host& s) {
+    s.dipp.SetRules(rules);
+    if (!IsDone(s.dipp.Initialize(&s.app, &s.object, kView, 0))) return false;
+    return IsDone(s.dipp.RenderInto({s.surface.data(), kView, 80 * 4, PixelFormat::kBgra32}));
+}
+
 /// A plane of the image's size, for overlays to be burned into.
 void MakePlane(Host& s) {
     s.block.size = 36 * 20;
@@ -148,6 +155,9 @@ constexpr Operation kDisplays[] = {
      DONE(s.dipp.UpdateZoom_ABS(0.75), s.dipp.Render()),
      DO(s.dipp.SetRules(Rules::kStandard), ShowAll(s), s.dipp.ShowOverlays(1),
         s.dipp.ShowShutter(1))},
+    {"CXDIPP::RenderInto", kOnImagesUsable, SeenSurface, RenderIntoSurface<Rules::kEstablished>},
+    {"CXDIPP::RenderInto, by standard rules", kOnImagesUsable, SeenSurface,
+     RenderIntoSurface<Rules::kStandard>},
     {"CXDIPP::MakeOverlayImage", kOverlays, SeenBlock, BurnOne, MakePlane},
     {"CXDIPP::MakeOverlayImage2", kOverlays, SeenBlock, BurnAll, MakePlane},
     {"CXDIPP::MakeSPCOverlay", On("palette"), SeenBlock,

@@ -1,3 +1,4 @@
+#include "foundation/types/scratch_memory.h"
 #include "pipeline/view/display_table.h"
 #include "quorvex/CXGSPSInfo.h"
 #include "quorvex/CXWindowing.h"
@@ -40,7 +41,8 @@ TEST(DisplayTable, KnowsWhatEachElementStandsFor) {
         CXWindowing windowing;
         windowing.PrepareGSPSProcessing2(&record, c.range.domainLow, c.range.domainHigh);
         const auto ofValues = DisplayTableOf(windowing);
-        const auto table = DisplayTable(windowing, c.range, c.width);
+        ScratchMemory memory;
+        const auto table = DisplayTable(windowing, c.range, c.width, memory);
         ASSERT_EQ(table.size(), c.width == kByte ? 256U : 65536U);
         EXPECT_EQ(table[static_cast<std::size_t>(c.element)],
                   ofValues.at(static_cast<std::size_t>(c.value - c.range.domainLow)));

@@ -1,5 +1,7 @@
 #include "foundation/engines/deflate/deflate_engine.h"
 
+#include "foundation/types/cancellation.h"
+
 #include <algorithm>
 #include <array>
 #include <new>
@@ -10,13 +12,14 @@ namespace {
 
 constexpr int kRawWindow = -15;
 constexpr int kUsualMemory = 8;
-constexpr std::size_t kLargestPiece = std::size_t{1} << 30;  // zlib counts in 32 bits
+constexpr std::size_t kLargestPiece = std::size_t{1} << 30;   // zlib counts in 32 bits
+constexpr std::size_t kInflatedPiece = std::size_t{4} << 20;  // and is not asked to stop meanwhile
 
 /// Gives the next piece to zlib, when it has used up the one before.
 template <class Byte, class Place>
-void Refill(std::span<Byte>& rest, Place& next, uInt& available) {
+void Refill(std::span<Byte>& rest, Place& next, uInt& available, std::size_t most = kLargestPiece) {
     if (available != 0) return;
-    const auto piece = rest.first(std::min(rest.size(), kLargestPiece));
+    const auto piece = rest.first(std::min(rest.size(), most));
     next = const_cast<unsigned char*>(piece.data());  // of input, which zlib only reads
     available = static_cast<uInt>(piece.size());
     rest = rest.subspan(piece.size());
@@ -36,7 +39,8 @@ public:
         int result = Z_OK;
         while (result == Z_OK) {
             Refill(stream, state_.next_in, state_.avail_in);
-            Refill(frame, state_.next_out, state_.avail_out);
+            Cancellation::OfThisThread().ThrowIfAsked();
+            Refill(frame, state_.next_out, state_.avail_out, kInflatedPiece);
             const bool isFull = state_.avail_out == 0;
             if (isFull) {
                 state_.next_out = surplus.data();

@@ -4,6 +4,7 @@
 #include "foundation/engines/jpeg/jpeg_coders.h"
 #include "foundation/engines/jpeg/jpeg_samples.h"
 #include "foundation/engines/jpeg/zigzag.h"
+#include "foundation/types/cancellation.h"
 #include "foundation/types/limits.h"
 
 #include <algorithm>

@@ -6,6 +6,7 @@
 #include "foundation/engines/lossless/lossless_rows.h"
 #include "foundation/engines/lossless/lossless_scan.h"
 #include "foundation/types/answer.h"
+#include "foundation/types/cancellation.h"
 
 #include <algorithm>
 #include <vector>
@@ -63,8 +64,10 @@ public:
 
     [[nodiscard]] int Read(unsigned char* rows, int lines) noexcept override {
         int read = 0;
+        const auto cancellation = Cancellation::OfThisThread();
         const bool isDone = Contain(false, [&] {
-            while (library_ == nullptr && read < lines && ReadLine(rows)) {
+            while (library_ == nullptr && read < lines && !cancellation.IsAsked() &&
+                   ReadLine(rows)) {
                 rows += rowBytes_;
                 ++read;
                 ++linesDone_;

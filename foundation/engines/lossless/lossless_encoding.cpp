@@ -4,6 +4,7 @@
 #include "foundation/engines/jpeg/jpeg_output.h"
 #include "foundation/engines/lossless/lossless_codes.h"
 #include "foundation/engines/lossless/lossless_differences.h"
+#include "foundation/types/cancellation.h"
 
 #include <algorithm>
 #include <bit>
@@ -89,7 +90,9 @@ private:
                                      const Use& use) noexcept {
         differences_.Rewind();
         bool isFine = true;
+        const auto cancellation = Cancellation::OfThisThread();
         for (int y = 0; isFine && y < lines; ++y, rows += rowBytes_) {
+            if (cancellation.IsAsked()) return false;
             if (!differences_.Take(rows)) return false;
             differences_.ForEach([&](const LosslessDigest& digest, std::size_t count) {
                 isFine = isFine && use(digest, count);

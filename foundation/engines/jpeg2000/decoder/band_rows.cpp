@@ -82,6 +82,7 @@ void BandRows<T>::Plan(std::uint32_t yEnd, std::vector<std::unique_ptr<BlockJob>
 template <class T>
 void BandRows<T>::DecodeBlockAt(Stripe& stripe, std::uint32_t x, std::uint32_t y,
                                 BlockScratch& scratch) {
+    context_.cancellation.ThrowIfAsked();
     const unsigned exponent = resolution_.blockWidthExponent;
     const std::uint32_t x0 = std::max(x << exponent, band_.area.x0);
     const std::uint32_t x1 = std::min((x + 1) << exponent, band_.area.x1);

@@ -3,6 +3,7 @@
 
 #include "foundation/engines/jpeg2000/decoder/block_decoding.h"
 #include "foundation/engines/jpeg2000/decoder/wavelet/synthesis.h"
+#include "foundation/types/cancellation.h"
 
 #include <atomic>
 #include <cstdint>
@@ -17,6 +18,7 @@ struct BlockContext {
     const TileData* tile = nullptr;
     BlockScratch* scratch = nullptr;  ///< for blocks that are decoded when they are asked for
     std::atomic<bool>* isDamaged = nullptr;
+    Cancellation cancellation = Cancellation::OfThisThread();
 };
 
 /// A block that may be decoded ahead, by any thread.

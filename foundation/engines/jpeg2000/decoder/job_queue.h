@@ -3,6 +3,7 @@
 
 #include "foundation/engines/jpeg2000/decoder/block_decoding.h"
 #include "foundation/engines/jpeg2000/decoder/decoder.h"
+#include "foundation/types/cancellation.h"
 
 #include <atomic>
 #include <cstddef>
@@ -37,13 +38,15 @@ public:
                 try {
                     BlockScratch& scratch = *scratches_[thread];
                     i < firstCount ? first(i, scratch) : second(i - firstCount, scratch);
-                } catch (...) {  // nothing but std::bad_alloc is thrown
+                } catch (...) {  // nothing but std::bad_alloc and Cancelled is thrown
                     ranOut = true;
                 }
             }
         };
         executor_.run(executor_.threads, work);
-        if (ranOut) throw std::bad_alloc();
+        if (!ranOut) return;
+        Cancellation::OfThisThread().ThrowIfAsked();
+        throw std::bad_alloc();
     }
 
 private:
