@@ -11,7 +11,6 @@ constinit thread_local const CxCancelToken* presentToken = nullptr;
 }  // namespace
 
 CxCancelToken::CxCancelToken() noexcept = default;
-CxCancelToken::~CxCancelToken() = default;
 
 void CxCancelToken::Cancel() noexcept {
     isCancelled_.store(true, std::memory_order_relaxed);

@@ -36,6 +36,7 @@ public:
     ScratchMemory() = default;
     /// A copy begins with nothing, and an object keeps what it has.
     ScratchMemory(const ScratchMemory& other) noexcept : std::pmr::memory_resource(other) {}
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): nothing is assigned
     ScratchMemory& operator=(const ScratchMemory&) noexcept { return *this; }
     ~ScratchMemory() override = default;
 

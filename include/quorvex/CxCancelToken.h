@@ -13,7 +13,7 @@ public:
     CxCancelToken() noexcept;
     CxCancelToken(const CxCancelToken&) = delete;
     CxCancelToken& operator=(const CxCancelToken&) = delete;
-    ~CxCancelToken();
+    ~CxCancelToken() = default;
 
     /// From now on, until `Reset`, the operations that run under this token fail.
     void Cancel() noexcept;
