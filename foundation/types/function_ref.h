@@ -15,11 +15,11 @@ template <class Result, class... Arguments>
 class FunctionRef<Result(Arguments...)> {
 public:
     FunctionRef() = default;
-    template <class Callable>
-    requires(!std::is_same_v<std::remove_cvref_t<Callable>, FunctionRef> &&
-             std::is_invocable_r_v<Result, Callable&, Arguments...>)
-        FunctionRef(Callable&& callable)
-    noexcept  // a lambda is handed over as it stands
+    /// A lambda is handed over as it stands.
+    template <class Callable, class = std::enable_if_t<
+                                  !std::is_same_v<std::remove_cvref_t<Callable>, FunctionRef> &&
+                                  std::is_invocable_r_v<Result, Callable&, Arguments...>>>
+    FunctionRef(Callable&& callable) noexcept
         : callable_(const_cast<void*>(static_cast<const void*>(std::addressof(callable)))),
           call_([](void* object, Arguments... arguments) -> Result {
               using Object = std::remove_reference_t<Callable>;
