@@ -171,25 +171,48 @@ std::size_t HalveGrey(const unsigned char* upper, const unsigned char* lower,
     return i;
 }
 
+/// Four pixels from each 12 bytes on, the samples of two neighbours side by side; the last four
+/// bytes of each 16 count for nothing.
+template <class Octets>
+hn::Vec<Octets> LoadNeighbours(Octets octets, const unsigned char* bytes) {
+    alignas(16) static constexpr std::uint8_t kPairs[16] = {0, 3,  1, 4,  2,  5,  6,  9,
+                                                            7, 10, 8, 11, 12, 13, 14, 15};
+    const hn::FixedTag<std::uint8_t, 16> block;
+    const auto pairs = hn::LoadDup128(octets, kPairs);
+    if constexpr (hn::MaxLanes(Octets()) == 32) {
+        const auto blocks =
+            hn::Combine(octets, hn::LoadU(block, bytes + 12), hn::LoadU(block, bytes));
+        return hn::TableLookupBytes(blocks, pairs);
+    } else {
+        return hn::TableLookupBytes(hn::LoadU(octets, bytes), pairs);
+    }
+}
+
+/// Of each 8 bytes the first 6, one after the other.
+template <class Half>
+hn::Vec<Half> CloseGaps(Half half, hn::Vec<Half> means) {
+    if constexpr (hn::MaxLanes(Half()) == 16) {
+        alignas(16) static constexpr std::uint8_t kFirstSix[16] = {0,  1,  2,  3,  4, 5, 8,  9,
+                                                                   10, 11, 12, 13, 6, 7, 14, 15};
+        return hn::TableLookupBytes(means, hn::Load(half, kFirstSix));
+    } else {
+        return means;
+    }
+}
+
+/// Leaves at least as many pixels as whole vectors would read and write too far.
 std::size_t HalveColour(const unsigned char* upper, const unsigned char* lower,
                         unsigned char* destination, std::size_t pixels) {
-    const hn::FixedTag<std::uint16_t, 8> words;
-    using Octets = hn::Repartition<std::uint8_t, decltype(words)>;
-    const hn::Rebind<std::uint8_t, decltype(words)> halfOctets;
-    const auto means = [&](auto a, auto b) { return Means<decltype(words), Octets>(words, a, b); };
-    const std::size_t lanes = hn::Lanes(words);
+    const hn::FixedTag<std::uint8_t, HWY_ARCH_X86 && HWY_MAX_BYTES >= 32 ? 32 : 16> octets;
+    using Octets = std::remove_const_t<decltype(octets)>;
+    const hn::Repartition<std::uint16_t, Octets> words;
+    const hn::Rebind<std::uint8_t, std::remove_const_t<decltype(words)>> half;
+    constexpr std::size_t kStep = hn::MaxLanes(Octets()) / 8;
     std::size_t i = 0;
-    for (; i + lanes <= pixels; i += lanes) {
-        hn::Vec<Octets> upperR;
-        hn::Vec<Octets> upperG;
-        hn::Vec<Octets> upperB;
-        hn::Vec<Octets> lowerR;
-        hn::Vec<Octets> lowerG;
-        hn::Vec<Octets> lowerB;
-        hn::LoadInterleaved3(Octets(), upper + 6 * i, upperR, upperG, upperB);
-        hn::LoadInterleaved3(Octets(), lower + 6 * i, lowerR, lowerG, lowerB);
-        hn::StoreInterleaved3(means(upperR, lowerR), means(upperG, lowerG), means(upperB, lowerB),
-                              halfOctets, destination + 3 * i);
+    for (; i + kStep + 2 <= pixels; i += kStep) {
+        const auto means = Means<decltype(words), Octets>(
+            words, LoadNeighbours(octets, upper + 6 * i), LoadNeighbours(octets, lower + 6 * i));
+        hn::StoreU(CloseGaps(half, means), half, destination + 3 * i);
     }
     return i;
 }
