@@ -18,5 +18,6 @@ done
 python3 bench/report/whole_process.py "$build/bin/quorvex" "$results/whole_process.json"
 python3 bench/report/large_file.py "$build/bin/quorvex" "$results/large_file.json" \
     >"$results/large_file.md"
+python3 bench/report/cine.py "$build/bin/quorvex" "$build/bin/cine_host" >"$results/cine.md"
 "$build/bin/large_objects" >"$results/large_objects.md"
 python3 bench/report/report.py "$results"
