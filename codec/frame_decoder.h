@@ -41,6 +41,8 @@ public:
     /// Of JPEG 2000: decodes a lower resolution, which the parameters describe. Each level halves
     /// width and height.
     void DiscardLevels(int levels) noexcept { discardedLevels_ = levels; }
+    /// Of JPEG 2000: decodes a part of that resolution, whose size the parameters describe.
+    void TakeRegion(const CRect& region) noexcept { region_ = region; }
     /// Whether the source gave every sample of the frame, undamaged; good after a success.
     [[nodiscard]] bool IsWhole() const noexcept { return isWhole_; }
 
@@ -89,6 +91,7 @@ private:
     std::size_t told_ = 0;             ///< the size that the caller is told
     bool isWhole_ = true;
     int discardedLevels_ = 0;
+    CRect region_;  ///< empty for all
     bool isSupported_ = true;
     int signBits_ = 0;  ///< 0: not known
 };

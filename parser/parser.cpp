@@ -130,6 +130,21 @@ QUORVEX_MESSAGE CxDcmParser::GetAReducedFrame(int frameIndex, CSize least, unsig
     });
 }
 
+QUORVEX_MESSAGE CxDcmParser::GetAFrameRegion(int frameIndex, const CRect& region, int level,
+                                             unsigned char*& data, unsigned long& size) {
+    return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
+        FrameFetch fetch(*state_, frameIndex);
+        return fetch.DecodeRegion(region, level, data, size);
+    });
+}
+
+QUORVEX_MESSAGE CxDcmParser::GetFrameLevelCount(int frameIndex, int& count) {
+    return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
+        FrameFetch fetch(*state_, frameIndex);
+        return fetch.CountLevels(count);
+    });
+}
+
 FrameQuality CxDcmParser::GetFrameQuality() const noexcept {
     return state_->quality;
 }

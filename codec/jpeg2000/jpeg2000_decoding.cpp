@@ -23,6 +23,7 @@ int FrameDecoder::DecompressJ2KData() {
     parameters.input = source_;
     parameters.output = target_;
     parameters.discardedLevels = discardedLevels_;
+    parameters.region = region_;
     DescribePixels(frame_, parameters);
     parameters.isSigned = frame_.IsGrey() && !unsignedOnly_ && frame_.pixelRepresentation == 1;
     if (PegasusQuery(parameters) == 0) return 0;

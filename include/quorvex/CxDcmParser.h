@@ -143,6 +143,28 @@ public:
     QUORVEX_MESSAGE GetAReducedFrame(int frameIndex, CSize least, unsigned char*& data,
                                      unsigned long& size, CSize& frameSize);
 
+    /// Decodes a part of one frame, which costs no more than the part where the coding allows it:
+    /// of JPEG 2000 the code-blocks that it needs are decoded, of native frames of a file its rows
+    /// are read. Of all other codings the whole frame is decoded.
+    ///
+    /// @param region  columns and rows at that level, from 0 at the upper left; right and bottom
+    ///                are the first ones that are left out
+    /// @param level   below what GetFrameLevelCount() tells; 0 for the full resolution, and each
+    ///                further one halves columns and rows, a started pixel counted whole
+    /// @param data    receives width x height pixels without gaps, as GetAFrameUnpacked() gives
+    ///                them; yours, release it with delete[]; untouched on failure
+    /// @param size    receives the bytes; may be set on failure
+    /// @return as GetAFrameUnpacked(), also QVM_ERROR_FAILED_TO_DECOMPRESS for samples beyond Bits
+    ///         Stored at another level than 0; or QVM_ERROR_INVALID_OUTPUT_SIZE for a region that
+    ///         is empty or beyond the frame, and for a level that is not there
+    QUORVEX_MESSAGE GetAFrameRegion(int frameIndex, const CRect& region, int level,
+                                    unsigned char*& data, unsigned long& size);
+
+    /// How many resolutions GetAFrameRegion() gives of a frame: of JPEG 2000 those of its stream,
+    /// of all else 1, which is told without a look at the frame.
+    /// @return as GetAFrame(); on failure `count` stays as it is
+    QUORVEX_MESSAGE GetFrameLevelCount(int frameIndex, int& count);
+
     /// How much of the frame that was fetched last (for a thumbnail, too) is what the file says.
     [[nodiscard]] FrameQuality GetFrameQuality() const noexcept;
 

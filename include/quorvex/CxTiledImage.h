@@ -3,6 +3,7 @@
 
 #include "quorvex/DicomObject.h"
 #include "quorvex/Export.h"
+#include "quorvex/FileSource.h"
 #include "quorvex/ResultCodes.h"
 #include "quorvex/Types.h"
 
@@ -27,7 +28,8 @@ struct TiledLevel {
 ///
 /// Tiles lie where TILED_FULL puts them by their number, else where the frames say it themselves
 /// (TILED_SPARSE). A file without a total pixel matrix is a picture of one tile, each of its frames
-/// a plane.
+/// a plane; where it is the only file, and its frames are JPEG 2000, their lower resolutions are
+/// levels too.
 ///
 /// Headers are held in memory, and no pixels. Different objects may work in different threads at
 /// once; one serves one thread at a time. A copy is deep: it works beside the first one.
@@ -50,6 +52,10 @@ public:
     ///                                             they have
     ///         QVM_ERROR_FAILED_TO_GET_PIXEL_DATA  no size, no tiles, no memory
     QUORVEX_MESSAGE Add(CDcmApp* app, CString path);
+    /// The same of a file that a host gives: from an archive, an object store, memory.
+    /// @param source  used by this object and its copies as long as they have the file; a region
+    ///                asks it for the tiles that it touches, one at a time
+    QUORVEX_MESSAGE Add(CDcmApp* app, std::shared_ptr<FileSource> source);
 
     [[nodiscard]] int GetLevelCount() const noexcept;
     /// @param level  0 for the largest

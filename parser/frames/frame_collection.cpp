@@ -138,7 +138,13 @@ const FrameIndex* FrameFetch::IndexOf(FileReading& reading, std::optional<FrameI
 
 /// Brings the stored bytes to hand, in memory or in a block of their own.
 bool FrameFetch::ReadNative(FileReading& reading) {
-    const auto range = native_->StoredRange(static_cast<std::size_t>(frameIndex_));
+    auto range = native_->StoredRange(static_cast<std::size_t>(frameIndex_));
+    const std::size_t begin = range.offset;
+    if (TakeRowsOnly(range)) {
+        const auto rows = reading.Show(value_.offset + begin + range.offset, range.length, stored_);
+        native_->ShowStored(0, rows);
+        return rows.size() == range.length;
+    }
     const auto bytes = reading.Show(value_.offset + range.offset, range.length, stored_);
     native_->ShowStored(range.offset, bytes);
     return bytes.size() == range.length;

@@ -75,7 +75,10 @@ QUORVEX_MESSAGE FrameFetch::DecodePacked(unsigned char*& data, unsigned long& si
 
 QUORVEX_MESSAGE FrameFetch::DecodeUnpacked(unsigned char*& data, unsigned long& size) {
     const QUORVEX_MESSAGE collected = Collect(size);
-    if (collected != QVM_SUCCESS) return collected;
+    return collected == QVM_SUCCESS ? DecodeCollectedUnpacked(data, size) : collected;
+}
+
+QUORVEX_MESSAGE FrameFetch::DecodeCollectedUnpacked(unsigned char*& data, unsigned long& size) {
     const bool isPacked = native_ && !IsWholeWord(shape_.bitsAllocated);
     const auto sampleBytes = UnpackedBytes(shape_.bitsAllocated);
     if (!isPacked || !IsDecodable(shape_.syntax, isEncoded_)) return DecodeCollected(data, size, 0);
@@ -220,6 +223,7 @@ QUORVEX_MESSAGE FrameFetch::Decompress(std::span<const unsigned char> source, un
     if (parser_.rules == Rules::kStandard) decoder.TakeExactColours(shape_.StoredBits());
     decoder.TakeSignBits(shape_.StoredBits());
     decoder.DiscardLevels(discardedLevels_);
+    decoder.TakeRegion(codedRegion_);
     unsigned char* decoded = nullptr;
     unsigned long decodedSize = 0;
     const UndoUnlessKept release([&] { delete[] decoded; });  // the decoder may throw

@@ -29,6 +29,11 @@ public:
     QUORVEX_MESSAGE DecodeUnpacked(unsigned char*& data, unsigned long& size);
     /// `GetAReducedFrame`.
     QUORVEX_MESSAGE DecodeReduced(CSize least, unsigned char*& data, unsigned long& size);
+    /// `GetAFrameRegion`.
+    QUORVEX_MESSAGE DecodeRegion(const CRect& region, int level, unsigned char*& data,
+                                 unsigned long& size);
+    /// `GetFrameLevelCount`.
+    QUORVEX_MESSAGE CountLevels(int& count);
     /// A decoded frame to look at: where it is stored, if words may lie there, or in a new block
     /// that `owner` receives.
     QUORVEX_MESSAGE View(std::unique_ptr<unsigned char[]>& owner,
@@ -76,6 +81,10 @@ private:
     [[nodiscard]] bool Reduce(CSize least);
     QUORVEX_MESSAGE Decompress(std::span<const unsigned char> source, unsigned char*& data,
                                unsigned long& size);
+    QUORVEX_MESSAGE DecodeCollectedUnpacked(unsigned char*& data, unsigned long& size);
+    [[nodiscard]] bool TakeRowsOnly(dicom::ByteRange& range);
+    [[nodiscard]] int LevelsOfStream() const;
+    [[nodiscard]] bool TakeRegionOfStream(const CRect& region, int level);
     QUORVEX_MESSAGE Unpack(unsigned sampleBytes, unsigned char*& data, unsigned long& size);
     void TellQuality() noexcept;
 
@@ -84,6 +93,9 @@ private:
     int frameIndex_;
     FrameShape shape_;
     int discardedLevels_ = 0;  ///< of a frame that is decoded reduced
+    CRect codedRegion_;        ///< of a frame that is decoded in part
+    CRect wantedRegion_;       ///< of which native frames are read no other rows
+    int rowsAhead_ = 0;        ///< of the frame that have not been read
     bool isEncoded_ = false;   ///< the bytes are coded, so must not pass for pixels
     bool isGuessed_ = false;   ///< where a coded frame begins is a guess
     bool isWhole_ = true;      ///< nothing of the frame is missing

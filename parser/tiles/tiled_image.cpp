@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <span>
@@ -43,6 +44,7 @@ struct Level {
     int samplesPerPixel = 1;
     int bytesPerSample = 1;
     TileLayout layout;  ///< with its tiles in order
+    int halvings = 0;   ///< of a picture that has this resolution in its coded frames
     std::vector<TileFile> files;
     std::array<unsigned char, 3> absent{};
 
@@ -138,26 +140,26 @@ private:
 
     QUORVEX_MESSAGE PutTile(const Tile& tile) {
         const TileFile& file = level_.files[static_cast<std::size_t>(tile.file)];
-        const CSize size = file.tile;
+        const CSize size = level_.halvings == 0 ? file.tile : level_.layout.tile;
         const Overlap x = OverlapOf(tile.x, size.cx, region_.left, region_.right);
         const Overlap y = OverlapOf(tile.y, size.cy, region_.top, region_.bottom);
         if (x.begin >= x.end || y.begin >= y.end) return QVM_SUCCESS;
+        const CRect part{x.begin - tile.x, y.begin - tile.y, x.end - tile.x, y.end - tile.y};
         unsigned char* data = nullptr;
         unsigned long bytes = 0;
-        const auto result = file.parser->GetAFrameUnpacked(tile.frame, data, bytes);
-        const std::unique_ptr<unsigned char[]> frame(data);
+        const auto result =
+            file.parser->GetAFrameRegion(tile.frame, part, level_.halvings, data, bytes);
+        const std::unique_ptr<unsigned char[]> pixels(data);
         if (result != QVM_SUCCESS) return result;
-        if (CheckedProduct(size.cx, size.cy, pixelBytes_) != bytes)
+        if (CheckedProduct(part.Width(), part.Height(), pixelBytes_) != bytes)
             return QVM_ERROR_FAILED_TO_GET_PIXEL_DATA;
-        const auto lineBytes = static_cast<std::size_t>(x.end - x.begin) * pixelBytes_;
-        for (int row = y.begin; row < y.end; ++row) {
-            const std::size_t source =
-                static_cast<std::size_t>(row - tile.y) * static_cast<std::size_t>(size.cx) +
-                static_cast<std::size_t>(x.begin - tile.x);
+        const auto lineBytes = static_cast<std::size_t>(part.Width()) * pixelBytes_;
+        for (int row = 0; row < part.Height(); ++row) {
             const std::size_t target =
-                static_cast<std::size_t>(row - region_.top) * rowBytes_ +
+                static_cast<std::size_t>(y.begin - region_.top + row) * rowBytes_ +
                 static_cast<std::size_t>(x.begin - region_.left) * pixelBytes_;
-            std::memcpy(block_.Data() + target, frame.get() + source * pixelBytes_, lineBytes);
+            std::memcpy(block_.Data() + target,
+                        pixels.get() + static_cast<std::size_t>(row) * lineBytes, lineBytes);
         }
         return QVM_SUCCESS;
     }
@@ -180,6 +182,16 @@ struct TiledState {
         return isThere ? &levels[static_cast<std::size_t>(level)] : nullptr;
     }
 
+    /// @param file  a path, or a host's source
+    template <class File>
+    QUORVEX_MESSAGE Open(CDcmApp* app, File file) {
+        auto parser = std::make_unique<CxDcmParser>();
+        parser->SetRules(Rules::kStandard);
+        const auto result = parser->Initialize(app, std::move(file), 0);
+        return result == QVM_SUCCESS ? Add(std::move(parser)) : result;
+    }
+
+private:
     QUORVEX_MESSAGE Add(std::unique_ptr<CxDcmParser> parser) {
         const CDcmObject& header = *parser->GetHeader();
         auto layout = LayoutOf(header, parser->GetFrameCount());
@@ -194,12 +206,14 @@ struct TiledState {
         level.absent = AbsentPixel(header, level.samplesPerPixel);
         auto reference = Read<CString>(header, tag::kFrameOfReferenceUID);
         level.files.emplace_back(std::move(parser));
+        auto smaller = levels.empty() ? SmallerOnes(level) : std::vector<Level>();
+        levels.reserve(levels.size() + 1 + smaller.size());
         Put(std::move(level));
+        std::ranges::move(smaller, std::back_inserter(levels));
         if (reference) frameOfReference = *std::move(reference);
         return QVM_SUCCESS;
     }
 
-private:
     [[nodiscard]] bool FitsTheOthers(const CDcmObject& header, const Level& level) const {
         if (level.samplesPerPixel != 1 && level.samplesPerPixel != 3) return false;
         if (levels.empty()) return true;
@@ -209,12 +223,39 @@ private:
                (!reference || frameOfReference.IsEmpty() || *reference == frameOfReference);
     }
 
-    /// Changes nothing where there is no memory.
+    /// The lower resolutions of a picture that is not tiled: those of its first frame.
+    [[nodiscard]] static std::vector<Level> SmallerOnes(const Level& level) {
+        std::vector<Level> smaller;
+        int count = 1;
+        if (level.layout.isTiled ||
+            level.files.front().parser->GetFrameLevelCount(0, count) != QVM_SUCCESS)
+            return smaller;
+        smaller.reserve(static_cast<std::size_t>(count));
+        while (static_cast<int>(smaller.size()) + 1 < count) {
+            Level half = smaller.empty() ? level : smaller.back();
+            const CSize size = half.layout.picture;
+            half.layout.picture = half.layout.tile = {(size.cx + 1) / 2, (size.cy + 1) / 2};
+            ++half.halvings;
+            smaller.push_back(std::move(half));
+        }
+        return smaller;
+    }
+
+    /// Changes nothing where there is no memory. What lower resolutions the first file has in its
+    /// frames is no level any more where there are several files.
     void Put(Level level) {
         const auto same = std::ranges::find_if(levels, [&](const Level& other) {
-            return other.layout.picture == level.layout.picture;
+            return other.halvings == 0 && other.layout.picture == level.layout.picture;
         });
-        if (same != levels.end()) return Join(*same, std::move(level));
+        if (same != levels.end()) {
+            Join(*same, std::move(level));
+        } else {
+            Insert(std::move(level));
+        }
+        std::erase_if(levels, [](const Level& other) { return other.halvings != 0; });
+    }
+
+    void Insert(Level level) {
         std::sort(level.layout.tiles.begin(), level.layout.tiles.end());
         const auto pixels = [](const Level& of) {
             return std::int64_t{of.layout.picture.cx} * of.layout.picture.cy;
@@ -242,12 +283,13 @@ CxTiledImage& CxTiledImage::operator=(const CxTiledImage& other) {
 CxTiledImage::~CxTiledImage() = default;
 
 QUORVEX_MESSAGE CxTiledImage::Add(CDcmApp* app, CString path) {
-    return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA, [&] {
-        auto parser = std::make_unique<CxDcmParser>();
-        parser->SetRules(Rules::kStandard);
-        const auto result = parser->Initialize(app, std::move(path), 0);
-        return result == QVM_SUCCESS ? state_->Add(std::move(parser)) : result;
-    });
+    return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA,
+                  [&] { return state_->Open(app, std::move(path)); });
+}
+
+QUORVEX_MESSAGE CxTiledImage::Add(CDcmApp* app, std::shared_ptr<FileSource> source) {
+    return Answer(QVM_ERROR_FAILED_TO_GET_PIXEL_DATA,
+                  [&] { return state_->Open(app, std::move(source)); });
 }
 
 int CxTiledImage::GetLevelCount() const noexcept {

@@ -1,7 +1,11 @@
 // Pictures in tiles: every pixel of every region, whatever says where the tiles lie. A pixel's
 // value tells its place, so that the expectation needs no tiles.
+#include "quorvex/CxDcmParser.h"
 #include "quorvex/CxTiledImage.h"
+#include "tests/support/answers.h"
 #include "tests/support/dicom_builder.h"
+#include "tests/support/host_source.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/support/temporary_file.h"
 
 #include <gtest/gtest.h>
@@ -202,6 +206,25 @@ TEST(TiledImage, FilesMakeOnePicture) {
     EXPECT_EQ(opened.Region(1, region).second, Expected(region, small.Places()));
 }
 
+TEST(TiledImage, OfASourceOnlyTilesThatARegionTouchesAreAskedFor) {
+    const Slide slide{.columns = 400, .rows = 400};
+    const auto source = std::make_shared<HostSource>(slide.Content());
+    Opened opened{};
+    ASSERT_EQ(opened.image.Add(&opened.app, source), QVM_SUCCESS);
+    EXPECT_LT(source->taken, source->bytes.size());
+    const CRect region{6, 9, 9, 12};  // of two tiles
+    source->taken = 0;
+    EXPECT_EQ(opened.Region(0, region).second, Expected(region, slide.Places()));
+    EXPECT_EQ(source->taken, 2U * 3 * kTile) << "their rows";
+    source->reads = 0;
+    source->failAt = 2;
+    EXPECT_EQ(opened.Region(0, region).first, QVM_ERROR_FAILED_TO_GET_PIXEL_DATA);
+    source->failAt = 0;
+    EXPECT_EQ(opened.Region(0, region).second, Expected(region, slide.Places()));
+    EXPECT_EQ(opened.image.Add(&opened.app, std::shared_ptr<FileSource>()),
+              QVM_ERROR_FAILED_TO_READ_FILE);
+}
+
 TEST(TiledImage, WhatIsNoPartOfThePictureIsRefused) {
     Opened opened{Slide{}};
     const Slide none[] = {{.imageType = "DERIVED\\PRIMARY\\LABEL\\NONE"},
@@ -232,6 +255,36 @@ TEST(TiledImage, FramesOfPlainImagesArePlanes) {
     ASSERT_EQ(opened.Add(plain.Padded(tag::kPixelData, "OW", pixels).Bytes()), QVM_SUCCESS);
     EXPECT_EQ(opened.Region(0, {1, 1, 3, 2}, 0, 1).second, (Bytes{20, 21, 22, 23}));
     EXPECT_EQ(opened.Region(0, {1, 1, 3, 2}, 0, 2).first, QVM_ERROR_INVALID_FRAME_INDEX);
+}
+
+TEST(TiledImage, ResolutionsOfAPlainFrameAreLevelsOfItsOwn) {
+    Opened opened{};
+    const auto add = [&](const char* name) {
+        return opened.image.Add(&opened.app, CString(std::string(QUORVEX_SOURCE_DIR) + name));
+    };
+    const ScratchFolder folder;
+    CxDcmParser whole;
+    ASSERT_EQ(whole.Initialize(&opened.app, CString(QUORVEX_SOURCE_DIR "/samples/ct.dcm"), 1),
+              QVM_SUCCESS);
+    CDcmObject& object = *whole.GetHeader();
+    ASSERT_EQ(ConvertTo(kXferJpeg2000Lossless, object).Code(), QVM_SUCCESS);
+    const std::string path = folder.Path("ct.dcm");
+    ASSERT_EQ(object.WriteFile(CString(path)), kDcmSuccess);
+    ASSERT_EQ(opened.image.Add(&opened.app, CString(path)), QVM_SUCCESS);
+    ASSERT_GT(opened.image.GetLevelCount(), 3);
+    TiledLevel level;
+    ASSERT_EQ(opened.image.GetLevel(2, level), QVM_SUCCESS);
+    EXPECT_EQ(level.size, (CSize{128, 128}));
+    CxDcmParser parser;
+    ASSERT_EQ(parser.Initialize(&opened.app, CString(path), 0), QVM_SUCCESS);
+    unsigned char* data = nullptr;
+    unsigned long size = 0;
+    const CRect region{30, 40, 62, 47};
+    ASSERT_EQ(parser.GetAFrameRegion(0, region, 2, data, size), QVM_SUCCESS);
+    const std::unique_ptr<unsigned char[]> owner(data);
+    EXPECT_EQ(opened.Region(2, region).second, Bytes(data, data + size));
+    ASSERT_EQ(add("/samples/ct.dcm"), QVM_SUCCESS);
+    EXPECT_EQ(opened.image.GetLevelCount(), 1) << "files are the levels of several files";
 }
 
 }  // namespace

@@ -32,7 +32,26 @@ bool IsDecodable(const Jpeg2000Header& header) noexcept {
 j2k::Wanted WantedOf(const PegasusParameters& parameters) {
     j2k::Wanted wanted;
     wanted.discardedLevels = static_cast<unsigned>(parameters.discardedLevels);
+    const auto place = [&](std::int32_t atResolution) {
+        return static_cast<std::uint32_t>(std::uint64_t(atResolution) << wanted.discardedLevels);
+    };
+    const CRect& region = parameters.region;
+    wanted.region = {place(region.left), place(region.top), place(region.right),
+                     place(region.bottom)};
     return wanted;
+}
+
+// Where a part is wanted, its size.
+bool TakeRegionSize(PegasusParameters& parameters) noexcept {
+    const CRect& region = parameters.region;
+    if (region == CRect()) return true;
+    if (region.left < 0 || region.top < 0 || region.left >= region.right ||
+        region.top >= region.bottom || region.right > parameters.bitmap.biWidth ||
+        region.bottom > parameters.bitmap.biHeight)
+        return false;
+    parameters.bitmap.biWidth = region.Width();
+    parameters.bitmap.biHeight = region.Height();
+    return true;
 }
 
 // Where levels are discarded, the size of what is left.
@@ -95,7 +114,7 @@ bool QueryJpeg2000(PegasusParameters& parameters) noexcept {
     parameters.precision = header->precision;
     parameters.streamIsSigned = header->isSigned;
     parameters.hasColourTransform = header->hasColourTransform && header->components >= 3;
-    return TakeReducedSize(parameters);
+    return TakeReducedSize(parameters) && TakeRegionSize(parameters);
 }
 
 bool CanDecodeJpeg2000(const PegasusParameters& parameters) noexcept {

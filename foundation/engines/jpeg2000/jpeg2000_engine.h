@@ -63,6 +63,9 @@ struct PegasusParameters {
     /// Decoding: each halves width and height, and rows and columns are those of what is left. The
     /// query tells these too.
     int discardedLevels = 0;
+    /// Decoding: a part of the picture at that resolution, which rows and columns are those of; all
+    /// of it where this is empty. The query tells the part's size too.
+    CRect region;
     std::span<unsigned char> output;  ///< decoding: exactly the frame's bytes
     /// Decoding: the stream broke off, and its missing parts are guessed.
     bool isIncomplete = false;
