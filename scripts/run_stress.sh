@@ -3,7 +3,8 @@
 # Usage: run_stress.sh threads BUILD [LARGEST FILE IN KiB]
 #        run_stress.sh soak BUILD [OBJECTS]
 #        run_stress.sh verbs|memcheck BUILD [SHARE, as in 1/8]
-# QUORVEX_CORPUS may name a folder of more files, with a MANIFEST.json beside its folder files/.
+# QUORVEX_CORPUS may name a folder of more files, with a MANIFEST.json beside its folder files/, and more in
+# made/files/.
 set -eu
 job=$1
 build=$2
@@ -11,7 +12,7 @@ pydicom=/usr/lib/python3/dist-packages/pydicom/data
 corpus=${QUORVEX_CORPUS:-}
 
 places=samples
-for folder in "$pydicom" "$corpus/files"; do
+for folder in "$pydicom" "$corpus/files" "$corpus/made/files"; do
     if [ -d "$folder" ]; then places="$places $folder"; fi
 done
 manifest=
@@ -25,6 +26,10 @@ memcheck_files() {
         693_J2KI SC_rgb_gdcm_KY MR_small_jp2klossless; do
         echo "$pydicom/test_files/$name.dcm"
     done
+    for name in jls_8u_1f jlsn_8u_rgb_ilv2_near1_1f jxl110_8_bare_1f jxl111_ycc2x2_2f htj2k201_1u_rpcl_2f rle_1bit_3f \
+        deflateframe_1u_grey_3f encapsulated_1u_grey_3f jpeg57_sv2_8u_1f jpeg52_arithmetic_grey native_float_1f; do
+        if [ -f "$corpus/made/files/$name.dcm" ]; then echo "$corpus/made/files/$name.dcm"; fi
+    done
 }
 
 every_verb() {
@@ -33,7 +38,10 @@ every_verb() {
 
 # shellcheck disable=SC2046,SC2086  # lists of paths without blanks
 case $job in
-    threads) "$build/bin/quorvex_threads" $(find $places -type f -size "-${3:-100000}k") ;;
+    threads)
+        TSAN_OPTIONS="suppressions=$PWD/tests/stress/tsan.supp" "$build/bin/quorvex_threads" \
+            $(find $places -type f -size "-${3:-100000}k")
+        ;;
     soak) GLIBC_TUNABLES=glibc.malloc.tcache_count=0 "$build/bin/quorvex_soak" "${3:-20000}" $places ;;
     verbs) every_verb $places $manifest --share "${3:-1/1}" ;;
     memcheck)

@@ -37,7 +37,8 @@ MOMENTARY = (('capture', 'grey'), ('capture', 'colour, two frames'), ('state', '
              ('convert', 'jpeg12'), ('convert', 'j2k'), ('convert', 'htj2k'),
              ('convert', 'htj2k-lossless'), ('convert', 'htj2k-rpcl'))
 TARGETS = ('implicit', 'explicit', 'deflated', 'rle', 'jpeg', 'jpeg12', 'jpeg-lossless', 'j2k', 'j2k-lossless',
-           'htj2k', 'htj2k-lossless', 'htj2k-rpcl')
+           'htj2k', 'htj2k-lossless', 'htj2k-rpcl', 'jpegls-lossless', 'jpegxl-lossless', 'jpegxl-jpeg',
+           'deflated-frames', 'encapsulated')
 
 # Verb, what is done with it, arguments. {file} is the input, {out} an output that must be there after a 0;
 # {state} is a state made for this very file, {ct}, {grey} and {colour} are good inputs of other verbs.
@@ -50,6 +51,7 @@ CALLS = [
     ('render', 'everything on', 'render {file} -o {out} --view 301x203 --window 40,400 --zoom 1.7 --pan 5,-9'
                                 ' --rotate 90 --flip --invert --overlays --shutter --annotations'),
     ('render', 'result', 'render {file} -o {out} --result --rotate 270 --zoom 0.37 --overlays --shutter'),
+    ('render', 'region', 'render {file} -o {out} --region 1,1,40,30'),
     ('render', 'one pixel', 'render {file} -o {out} --view 1x1'),
     ('render', 'as a state', 'render {ct} -o {out} --state {file} --shutter --annotations'),
     ('thumbnail', 'png', 'thumbnail {file} -o {out}'),

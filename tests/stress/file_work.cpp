@@ -12,11 +12,25 @@
 namespace quorvex::test {
 namespace {
 
-constexpr std::int32_t kForms[] = {kXferUncompressedImplicit, kXferUncompressedExplicit,
-                                   kXferJpegBaseline,         kXferJpegExtended,
-                                   kXferJpegLossless,         kXferJpeg2000,
-                                   kXferJpeg2000Lossless,     kXferHtj2k,
-                                   kXferHtj2kRpclLossless};
+struct Form {
+    std::int32_t target;
+    Rules rules = Rules::kEstablished;
+};
+constexpr Form kForms[] = {{kXferUncompressedImplicit},
+                           {kXferUncompressedExplicit},
+                           {kXferJpegBaseline},
+                           {kXferJpegExtended},
+                           {kXferJpegLossless},
+                           {kXferJpeg2000},
+                           {kXferJpeg2000Lossless},
+                           {kXferHtj2k},
+                           {kXferHtj2kRpclLossless},
+                           {kXferRle, Rules::kStandard},
+                           {kXferJpegLsLossless, Rules::kStandard},
+                           {kXferJpegLs, Rules::kStandard},
+                           {kXferJpegXlLossless, Rules::kStandard},
+                           {kXferDeflatedFrames, Rules::kStandard},
+                           {kXferEncapsulated, Rules::kStandard}};
 constexpr CSize kView = {160, 120};
 
 std::uint64_t DigestOfMade(const CDcmObject* object) {
@@ -74,7 +88,8 @@ public:
         CxDcmParser whole;
         if (whole.Initialize(&app_, path_, 1) != QVM_SUCCESS) return;
         CDcmObject object = *whole.GetHeader();
-        const auto made = ConvertTo(form_, object, form_ == kXferJpegBaseline ? 90 : 0);
+        const std::uint16_t quality = form_.target == kXferJpegBaseline ? 90 : 0;
+        const auto made = ConvertTo(form_.target, object, quality, form_.rules);
         Note("convert", made.Code(), DigestOfMade(&object));
     }
 
@@ -114,8 +129,9 @@ public:
     void MakeObject() {
         const Bytes frame = PromisedFrame();
         _USER_SETTING_INFO settings;
-        settings.compressionType = form_;
+        settings.compressionType = form_.target;
         CxDcmMaker maker;
+        maker.SetRules(form_.rules);
         if (frame.empty() || maker.DcmMakerInit(&Header(), &settings, nullptr) != QVM_SUCCESS)
             return;
         auto handed = std::make_unique<unsigned char[]>(frame.size());
@@ -182,7 +198,7 @@ private:
 
     CString path_;
     unsigned turn_;
-    std::int32_t form_;
+    Form form_;
     CDcmApp app_;
     CxDcmParser parser_;
 };

@@ -119,11 +119,12 @@ BlindAnswer BlindlyDecoded(BlindDecoder decoder, std::span<unsigned char> stream
     return answer;
 }
 
-Conversion ConvertTo(std::int32_t form, CDcmObject& object, std::uint16_t quality) {
+Conversion ConvertTo(std::int32_t form, CDcmObject& object, std::uint16_t quality, Rules rules) {
     CDcmApp app;
     _USER_SETTING_INFO settings;
     settings.compressionType = form;
     CxDcmMaker maker;
+    maker.SetRules(rules);
     maker.SetQuality(quality);
     const auto code = maker.MakeDcmObject(&app, &object, &settings);
     return {code, maker.GetOutcome()};

@@ -94,6 +94,7 @@ struct Conversion {
     }
 };
 /// Converts the object itself to a QUORVEX_XFERSYNTAX.
-Conversion ConvertTo(std::int32_t form, CDcmObject& object, std::uint16_t quality = 0);
+Conversion ConvertTo(std::int32_t form, CDcmObject& object, std::uint16_t quality = 0,
+                     Rules rules = Rules::kEstablished);
 
 }  // namespace quorvex::test
