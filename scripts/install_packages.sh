@@ -10,7 +10,8 @@ build="g++ cmake ninja-build make ccache pkg-config zlib1g-dev libpng-dev libcli
        libcairo2-dev libfreetype-dev libjxl-dev fonts-dejavu-core"
 tests="libgtest-dev python3 python3-numpy python3-pydicom dcmtk dicom3tools groff-base zsh fish"
 displays="python3 python3-numpy python3-pydicom dcmtk"
-conversions="python3 python3-numpy python3-pydicom dcmtk dicom3tools libgdcm-tools libjxl-tools"
+conversions="python3 python3-numpy python3-pydicom dcmtk dicom3tools libgdcm-tools libjxl-tools libopenjp2-tools
+             openjph-tools"
 benches="time libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev
          libopenjph-dev"
 
