@@ -9,6 +9,8 @@
 #include "tools/verbs/adding_options.h"
 #include "tools/verbs/verb_options.h"
 
+#include <algorithm>
+
 namespace quorvex::tools {
 namespace {
 
@@ -17,6 +19,17 @@ std::string Joined(const std::vector<std::string>& names) {
     std::string joined;
     for (const auto& name : names) joined += (joined.empty() ? "" : "|") + name;
     return joined;
+}
+
+// Of the lossy targets that this build has.
+std::string QualityHelp() {
+    const auto targets = NamesOfCodingTargets();
+    const auto has = [&](const char* name) { return std::ranges::count(targets, name) != 0; };
+    std::string help = "jpeg: 1 to 100; jpeg12: coarseness, 1 is best; j2k";
+    if (has("htj2k")) help += ", htj2k";
+    help += ": ratio to compress by; jpegls: greatest error of a sample";
+    if (has("jpegxl")) help += "; jpegxl: tenths of a visible distance";
+    return help;
 }
 
 }  // namespace
@@ -28,11 +41,7 @@ void AddOptions(CLI::App& verb, ConvertArguments& arguments) {
     verb.add_option("--to", arguments.target, "Transfer syntax of the outputs")
         ->required()
         ->type_name(Joined(NamesOfTargets()));
-    verb.add_option(
-            "--quality", arguments.quality,
-            "jpeg: 1 to 100; jpeg12: coarseness, 1 is best; j2k, htj2k: ratio to compress by; "
-            "jpegls: greatest error of a sample; jpegxl: tenths of a visible distance")
-        ->type_name("Q");
+    verb.add_option("--quality", arguments.quality, QualityHelp())->type_name("Q");
     verb.add_option("--jobs", arguments.jobs,
                     "Threads for files, and frames of one; 0 for one a core")
         ->check(CLI::Range(0U, kMostJobs).description(""))

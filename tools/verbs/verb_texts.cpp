@@ -71,9 +71,9 @@ constexpr std::array kTexts = {
                  "that was stopped goes on where it was with the same command and its manifest.",
         .formats = "Reads every transfer syntax that this build has a decoder for; writes those "
                    "that --to names. Lossy targets take --quality: jpeg 1 to 100; jpeg12 a "
-                   "coarseness, 1 is best; j2k and htj2k the ratio to compress by; jpegls how far "
-                   "a sample may be from its source, 1 to 255; jpegxl tenths of the distance that "
-                   "a person begins to see, 1 to 150.",
+                   "coarseness, 1 is best; j2k the ratio to compress by; jpegls how far a sample "
+                   "may be from its source, 1 to 255. Where --to names them, htj2k takes a ratio "
+                   "too, and jpegxl tenths of the distance that a person begins to see, 1 to 150.",
         .examples = {Example{"quorvex convert image.dcm -o small.dcm --to j2k-lossless",
                              "one file"},
                      Example{"quorvex convert archive/ -o new/ --to j2k-lossless --jobs 0 "
