@@ -1,6 +1,7 @@
 // Files that ask for endless work, or for work that grows faster than they do.
 #include "foundation/types/limits.h"
 #include "tests/reliability/hostile_image.h"
+#include "tests/reliability/hostile_streams.h"
 #include "tests/reliability/measured_child.h"
 #include "tests/support/every_route.h"
 #include "tests/support/temporary_file.h"
@@ -139,26 +140,8 @@ TEST(Work, GrowsWithTheFileAndNoFaster) {
     }
 }
 
-/// A thousand scans of a byte each over a quarter of a million blocks.
-std::vector<unsigned char> ManyScans() {
-    DicomBuilder stream(true, true);
-    stream.Number(0xFFD8, 2);
-    stream.Number(0xFFDB, 2).Number(67, 2).Number(0, 1).Raw(std::string(64, '\1'));
-    stream.Number(0xFFC2, 2).Number(11, 2).Number(8, 1).Number(4096, 2).Number(4096, 2);
-    stream.Number(0x01011100, 4);
-    for (const unsigned table : {0x00U, 0x10U}) {  // one code of one bit: nothing follows
-        stream.Number(0xFFC4, 2).Number(20, 2).Number(table, 1).Number(1, 1);
-        stream.Raw(std::string(15, '\0')).Number(table == 0 ? 0 : 0xE0, 1);
-    }
-    for (int scan = 0; scan < 4000; ++scan) {
-        stream.Number(0xFFDA, 2).Number(8, 2).Number(0x010100, 3);
-        stream.Number(scan == 0 ? 0x000000 : 0x010100, 3).Number(0, 1);
-    }
-    return stream.Raw(std::string(40'000, '\0')).Bytes();
-}
-
 TEST(Work, ScansOfAJpegStreamAreCounted) {
-    const auto stream = ManyScans();
+    const auto stream = JpegOfEmptyScans({.scans = 4000, .side = 4096});
     ExpectCost("scans", 3.0, [&] {
         auto source = stream;
         _IMAGE_PROCESS_PARAM param;
