@@ -4,6 +4,7 @@
 #include "foundation/engines/jpeg2000/high_throughput_encoding.h"
 #include "foundation/raster/interleave.h"
 #include "foundation/types/cancellation.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 
@@ -113,9 +114,11 @@ QUORVEX_MESSAGE FrameCoder::Code() {
     if (check != QVM_SUCCESS) return check;
     if (!HasWholeSource()) return QVM_ERROR_FAILED_TO_COMPRESS;
     Cancellation::OfThisThread().ThrowIfAsked();
+    const FrameProgress progress;
     SetQuality();
     const auto code = IsKnownGrey() ? coder->codeGrey : coder->codeColour;
     const bool isCoded = (this->*code)() == kCoded && !coded_.empty();
+    if (isCoded) progress.Finish();
     return isCoded ? QVM_SUCCESS : QVM_ERROR_FAILED_TO_COMPRESS;
 }
 

@@ -4,6 +4,7 @@
 #include "foundation/dicom/model/transfer_syntax.h"
 #include "foundation/engines/deflate/deflate_engine.h"
 #include "foundation/types/cancellation.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 #include <cstring>
@@ -62,9 +63,14 @@ ColourFrame FrameDecoder::DescribeColour(std::size_t frameBytes) const noexcept 
 QUORVEX_MESSAGE FrameDecoder::Decode(unsigned char*& result, unsigned long& resultSize) {
     const auto cancellation = Cancellation::OfThisThread();
     cancellation.ThrowIfAsked();
+    const FrameProgress progress;
     if (frame_.transferSyntax == kSyntaxNone) return QVM_ERROR_INVALID_SOURCE_SYNTAX;
     const DecoderRow* decoder = DecoderOf(frame_.transferSyntax);
-    if (decoder == nullptr && BecomesNative(frame_)) return DecodeFragment(result, resultSize);
+    if (decoder == nullptr && BecomesNative(frame_)) {
+        const auto code = DecodeFragment(result, resultSize);
+        if (code == QVM_SUCCESS) progress.Finish();
+        return code;
+    }
     if (decoder == nullptr) {
         return frame_.IsColour() ? CopyColourFrame(result, resultSize)
                                  : CopyFrame(result, resultSize);
@@ -84,6 +90,7 @@ QUORVEX_MESSAGE FrameDecoder::Decode(unsigned char*& result, unsigned long& resu
     resultSize = *frameBytes;
     told_ = *frameBytes;
     const bool isDone = (this->*decoder->decode)() != 0;
+    if (isDone) progress.Finish();
     cancellation.ThrowIfAsked();  // what is there of the frame could pass for a damaged one
     resultSize = told_;
     block.ClearBehind(written_);

@@ -5,6 +5,8 @@
 #include "codec/jpegxl/jpegxl_coding.h"
 #include "codec/rle/rle_coding.h"
 #include "foundation/engines/deflate/deflate_engine.h"
+#include "foundation/types/cancellation.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 #include <cstring>
@@ -63,9 +65,7 @@ QUORVEX_MESSAGE CodeToRle(const StoredForms& forms, std::span<const unsigned cha
     return QVM_SUCCESS;
 }
 
-}  // namespace
-
-QUORVEX_MESSAGE CodeStored(const StoredForms& forms, std::span<unsigned char> frame,
+QUORVEX_MESSAGE CodeByForm(const StoredForms& forms, std::span<unsigned char> frame,
                            std::vector<unsigned char>& coded) {
     const TransferSyntax* const row = TransferSyntaxOf(forms.form);
     if (row == nullptr || !row->isEncapsulated) return QVM_ERROR_INVALID_TARGET_SYNTAX;
@@ -88,6 +88,17 @@ QUORVEX_MESSAGE CodeStored(const StoredForms& forms, std::span<unsigned char> fr
     if (forms.halvesChroma) coder.HalveChroma();
     const QUORVEX_MESSAGE result = coder.Code();
     if (result == QVM_SUCCESS) coded = coder.TakeCoded();
+    return result;
+}
+
+}  // namespace
+
+QUORVEX_MESSAGE CodeStored(const StoredForms& forms, std::span<unsigned char> frame,
+                           std::vector<unsigned char>& coded) {
+    Cancellation::OfThisThread().ThrowIfAsked();
+    const FrameProgress progress;
+    const QUORVEX_MESSAGE result = CodeByForm(forms, frame, coded);
+    if (result == QVM_SUCCESS) progress.Finish();
     return result;
 }
 

@@ -3,6 +3,7 @@
 #include "codec/rle/rle_planes.h"
 #include "foundation/platform/pages.h"
 #include "foundation/types/cancellation.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 #include <vector>
@@ -43,6 +44,7 @@ void ReadGroup(RlePlaneReader& reader, std::size_t group, std::size_t width,
     for (std::size_t at = 0; at < bytes.size(); at += band) {
         cancellation.ThrowIfAsked();
         reader.Read(group, bytes.subspan(at, std::min(band, bytes.size() - at)));
+        TellProgress(at + band, bytes.size());
     }
 }
 
@@ -65,6 +67,7 @@ RleOutcome DecodeGroups(const RleHeader& header, const RleGroups& groups,
                         std::span<unsigned char> frame) {
     return DecodeUpToDamage(header, groups.width, [&](RlePlaneReader& reader) {
         for (std::size_t g = 0; g < groups.count; ++g) {
+            const ProgressStretch stretch(g, groups.count);
             ReadGroup(reader, g, groups.width, frame.subspan(g * groups.bytes, groups.bytes));
         }
     });
@@ -78,6 +81,7 @@ RleOutcome DecodePlanes(const RleHeader& header, const ColourFrame& colour,
     return DecodeUpToDamage(header, sampleBytes, [&](RlePlaneReader& reader) {
         for (std::size_t pixel = 0; pixel < colour.Pixels(); pixel += RlePlaneReader::kBandPlaces) {
             Cancellation::OfThisThread().ThrowIfAsked();
+            TellProgress(pixel, colour.Pixels());
             ColourFrame part = colour;
             part.rows = 1;
             part.columns = std::min(RlePlaneReader::kBandPlaces, colour.Pixels() - pixel);

@@ -1,7 +1,9 @@
 #include "codec/rle/rle_coding.h"
 
 #include "foundation/raster/byte_runs.h"
+#include "foundation/types/cancellation.h"
 #include "foundation/types/limits.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 #include <bit>
@@ -15,6 +17,7 @@ constexpr std::size_t kHeaderBytes = 64;
 constexpr std::size_t kLongest = 128;  ///< bytes of a run, and of a literal stretch
 constexpr unsigned kRunMark = 257;     ///< a run of n begins with this less n
 constexpr std::size_t kStride = 64;
+constexpr std::size_t kRowsBetweenAsking = 32;
 constexpr std::size_t kBandBytes = 1 << 14;  ///< coded bytes that are still in the cache
 
 /// Codes one plane of rows of one length. Bits tell which bytes equal the next one, so that the
@@ -87,7 +90,12 @@ void CodeSegment(const RleSource& source, std::size_t place, std::vector<unsigne
     PlaneCoder coder(pixelBytes, place, source.columns);
     std::vector<unsigned char> band(kBandBytes + coder.Most());
     unsigned char* to = band.data();
+    const auto cancellation = Cancellation::OfThisThread();
     for (std::size_t y = 0; y < source.rows; ++y) {
+        if (y % kRowsBetweenAsking == 0) {
+            TellProgress(y, source.rows);
+            cancellation.ThrowIfAsked();
+        }
         to = coder.Code(source.frame.data() + y * source.columns * pixelBytes, to);
         if (to < band.data() + kBandBytes) continue;
         coded.insert(coded.end(), band.data(), to);
@@ -119,6 +127,7 @@ std::optional<std::vector<unsigned char>> CodeRle(const RleSource& source) {
         const std::size_t place =
             sample * source.bytesPerSample + (source.bytesPerSample - 1 - fromHigh);
         PutWord(coded, i + 1, coded.size());
+        const ProgressStretch stretch(i, segments);
         CodeSegment(source, place, coded);
     }
     if (coded.size() < coded.capacity() / 2) coded.shrink_to_fit();

@@ -29,11 +29,13 @@ private:
 /// token or another.
 ///
 /// An operation that decodes, renders or converts looks at its token all the while: at every block
-/// of JPEG 2000, every line of JPEG, every band of RLE and every row that is rendered. Coders that
-/// are one call of a library (JPEG-LS, JPEG XL, and JPEG 2000 where it is written) are asked before
-/// and behind a frame. Once the token is cancelled the operation answers QVM_ERROR_CANCELLED and
-/// leaves what its other failures leave; the pixels of `CXDIPP::RenderInto`'s target may have any
-/// value then. What had been done when the token was cancelled may still be answered as done.
+/// of JPEG 2000 that is read, every row of a high-throughput one that is written, every line of
+/// JPEG, every band of RLE, between pieces of deflated frames and of JPEG XL, and at every row that
+/// is rendered. What is one call of a library (JPEG-LS, JPEG XL that is written with losses, and
+/// JPEG 2000 that OpenJPEG writes) is asked before and behind a frame. Once the token is cancelled
+/// the operation answers QVM_ERROR_CANCELLED and leaves what its other failures leave; the pixels
+/// of `CXDIPP::RenderInto`'s target may have any value then. What had been done when the token was
+/// cancelled may still be answered as done.
 class QUORVEX_API CxCancelScope {
 public:
     /// @param token  must outlive it

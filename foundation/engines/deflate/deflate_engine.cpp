@@ -1,6 +1,7 @@
 #include "foundation/engines/deflate/deflate_engine.h"
 
 #include "foundation/types/cancellation.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 #include <array>
@@ -12,8 +13,8 @@ namespace {
 
 constexpr int kRawWindow = -15;
 constexpr int kUsualMemory = 8;
-constexpr std::size_t kLargestPiece = std::size_t{1} << 30;   // zlib counts in 32 bits
-constexpr std::size_t kInflatedPiece = std::size_t{4} << 20;  // and is not asked to stop meanwhile
+constexpr std::size_t kLargestPiece = std::size_t{1} << 30;  // zlib counts in 32 bits
+constexpr std::size_t kAskedPiece = std::size_t{4} << 20;    // and is not asked to stop meanwhile
 
 /// Gives the next piece to zlib, when it has used up the one before.
 template <class Byte, class Place>
@@ -36,11 +37,13 @@ public:
 
     [[nodiscard]] bool Run(std::span<const unsigned char> stream, std::span<unsigned char> frame) {
         std::array<unsigned char, 1> surplus{};
+        const std::size_t whole = frame.size();
         int result = Z_OK;
         while (result == Z_OK) {
             Refill(stream, state_.next_in, state_.avail_in);
+            TellProgress(whole - frame.size() - state_.avail_out, whole);
             Cancellation::OfThisThread().ThrowIfAsked();
-            Refill(frame, state_.next_out, state_.avail_out, kInflatedPiece);
+            Refill(frame, state_.next_out, state_.avail_out, kAskedPiece);
             const bool isFull = state_.avail_out == 0;
             if (isFull) {
                 state_.next_out = surplus.data();
@@ -72,9 +75,12 @@ public:
     [[nodiscard]] std::vector<unsigned char> Run(std::span<const unsigned char> frame) {
         std::vector<unsigned char> stream;
         std::array<unsigned char, 65536> out;
+        const std::size_t whole = frame.size();
         int result = Z_OK;
         while (result == Z_OK) {
-            Refill(frame, state_.next_in, state_.avail_in);
+            TellProgress(whole - frame.size() - state_.avail_in, whole);
+            Cancellation::OfThisThread().ThrowIfAsked();
+            Refill(frame, state_.next_in, state_.avail_in, kAskedPiece);
             state_.next_out = out.data();
             state_.avail_out = static_cast<uInt>(out.size());
             result = deflate(&state_, frame.empty() ? Z_FINISH : Z_NO_FLUSH);

@@ -6,6 +6,7 @@
 #include "foundation/engines/jpeg/zigzag.h"
 #include "foundation/types/cancellation.h"
 #include "foundation/types/limits.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 #include <array>

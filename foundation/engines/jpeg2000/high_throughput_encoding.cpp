@@ -4,6 +4,8 @@
 #include "foundation/engines/jpeg2000/encoding_samples.h"
 #include "foundation/engines/jpeg2000/tile_part_lengths.h"
 #include "foundation/types/answer.h"
+#include "foundation/types/cancellation.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,6 +30,9 @@ constexpr ojph::ui32 kBlockSide = 64;
 constexpr int kLowestSide = 64;
 // Halvings of the range in which the step of a lossy stream lies.
 constexpr int kTries = 8;
+// With both ends of the range, and the decoding at last.
+constexpr std::size_t kStepsOfSize = kTries + 3;
+constexpr std::size_t kStepsOfLossless = 2;
 // A stream that is shorter than its target by at most this share is as good as one that fills it.
 constexpr std::size_t kCloseEnough = 50;
 // The headers alone need some of it.
@@ -97,7 +102,10 @@ bool FeedRows(ojph::codestream& stream, const PegasusParameters& p) {
     ojph::ui32 component = 0;
     ojph::line_buf* line = stream.exchange(nullptr, component);
     bool fits = true;
+    const auto cancellation = Cancellation::OfThisThread();
     for (int y = 0; y < p.rows; ++y, row += rowBytes) {
+        TellProgress(static_cast<std::size_t>(y), static_cast<std::size_t>(p.rows));
+        cancellation.ThrowIfAsked();
         for (int c = 0; c < p.samples; ++c) {
             // NOLINTNEXTLINE(cppcoreguidelines-pro-type-union-access): so the library hands it out
             const std::span<std::int32_t> values(line->i32, columns);
@@ -122,6 +130,11 @@ bool Encode(const PegasusParameters& p, double step, std::vector<unsigned char>&
     return fits && AddTilePartLengths(coded);
 }
 
+bool EncodeLossless(PegasusParameters& p) {
+    const ProgressStretch first(0, kStepsOfLossless);
+    return Encode(p, 0, p.coded);
+}
+
 // The finest step of 16 bits is close to what single precision gives.
 bool IsNear(const PegasusParameters& p) {
     const int allowance = 8 + ((1 << p.bitDepth) >> 8);
@@ -139,13 +152,18 @@ bool EncodeToSize(PegasusParameters& p) {
     double coarse = CoarsestStep(p);
     double fine = std::min<double>(-p.bitDepth, coarse);
     const std::size_t target = std::max(p.targetBytes, kLeastTarget);
-    if (!Encode(p, std::exp2(fine), p.coded) || !IsNear(p)) return false;
+    std::size_t step = 0;
+    const auto encode = [&](double exponent, std::vector<unsigned char>& coded) {
+        const ProgressStretch stretch(step++, kStepsOfSize);
+        return Encode(p, std::exp2(exponent), coded);
+    };
+    if (!encode(fine, p.coded) || !IsNear(p)) return false;
     if (p.targetBytes == 0 || p.coded.size() <= target) return true;
-    if (!Encode(p, std::exp2(coarse), p.coded)) return false;
+    if (!encode(coarse, p.coded)) return false;
     std::vector<unsigned char> tried;
     for (int i = 0; i < kTries; ++i) {
         const double middle = (fine + coarse) / 2;
-        if (!Encode(p, std::exp2(middle), tried)) return false;
+        if (!encode(middle, tried)) return false;
         const bool isShort = tried.size() <= target;
         (isShort ? coarse : fine) = middle;
         if (isShort) p.coded.swap(tried);
@@ -163,11 +181,14 @@ bool HasHighThroughputCoder() noexcept {
 bool EncodeHighThroughput(PegasusParameters& parameters) {
     bool isCoded = false;
     try {
-        isCoded = parameters.isLossless ? Encode(parameters, 0, parameters.coded)
-                                        : EncodeToSize(parameters);
+        isCoded = parameters.isLossless ? EncodeLossless(parameters) : EncodeToSize(parameters);
+        const std::size_t steps = parameters.isLossless ? kStepsOfLossless : kStepsOfSize;
+        const ProgressStretch last(steps - 1, steps);
         const auto error = isCoded ? GreatestCodingError(parameters) : std::nullopt;
         isCoded = error && (*error == 0 || !parameters.isLossless);
     } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const Cancelled&) {
         throw;
     } catch (...) {  // the library throws words where it has no memory
         parameters.coded.clear();

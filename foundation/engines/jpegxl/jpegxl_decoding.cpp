@@ -3,7 +3,9 @@
 #include "foundation/engines/jpegxl/jpegxl_frames.h"
 #include "foundation/engines/jpegxl/jpegxl_memory.h"
 #include "foundation/engines/jpegxl/jpegxl_samples.h"
+#include "foundation/types/cancellation.h"
 #include "foundation/types/limits.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 #include <jxl/decode.h>
@@ -30,6 +32,43 @@ Decoder Start(std::span<const unsigned char> input, int events) {
     }
     return decoder;
 }
+
+/// Gives a decoder its input: all at once or, where the host may call off or wants to be told, in
+/// pieces. The library stops nowhere else: it ends the process where a task of its own is refused.
+class Feed {
+public:
+    explicit Feed(std::span<const unsigned char> input) noexcept
+        : input_(input), piece_(IsAsked() ? input.size() / kPieces + 1 : input.size()) {}
+
+    [[nodiscard]] Decoder Begin(int events) {
+        given_ = std::min(piece_, input_.size());
+        return Start(input_.first(given_), events);
+    }
+    /// Until there is something else than a lack of input.
+    [[nodiscard]] JxlDecoderStatus GoOn(JxlDecoder* decoder) {
+        for (;;) {
+            const auto status = JxlDecoderProcessInput(decoder);
+            if (status != JXL_DEC_NEED_MORE_INPUT || given_ == input_.size()) return status;
+            TellProgress(given_, input_.size());
+            Cancellation::OfThisThread().ThrowIfAsked();
+            const std::size_t begin = given_ - JxlDecoderReleaseInput(decoder);
+            given_ = std::min(given_ + piece_, input_.size());
+            const auto rest = input_.subspan(begin, given_ - begin);
+            if (JxlDecoderSetInput(decoder, rest.data(), rest.size()) != JXL_DEC_SUCCESS)
+                return JXL_DEC_ERROR;
+        }
+    }
+
+private:
+    static constexpr std::size_t kPieces = 64;
+    static bool IsAsked() noexcept {
+        return Cancellation::OfThisThread().IsPossible() || IsProgressWanted();
+    }
+
+    std::span<const unsigned char> input_;
+    std::size_t piece_;
+    std::size_t given_ = 0;
+};
 
 constexpr unsigned kMostPrecision = 16;
 
@@ -86,18 +125,19 @@ JpegXlResult JpegXlDecoder::Decode(std::span<unsigned char> samples, std::size_t
     if (state_ != JpegXlResult::kDone) return state_;
     if (header_.isTurned) return JpegXlResult::kUnsupported;
     RequireMemory(kDecodingNeed, header_.Pixels());
-    const Decoder decoder = Start(codestream_, JXL_DEC_FULL_IMAGE);
+    Feed feed(codestream_);
+    const Decoder decoder = feed.Begin(JXL_DEC_FULL_IMAGE);
     const JxlPixelFormat format{.num_channels = header_.components,
                                 .data_type = sampleBytes == 1 ? JXL_TYPE_UINT8 : JXL_TYPE_UINT16,
                                 .endianness = JXL_NATIVE_ENDIAN,
                                 .align = 0};
     std::size_t size = 0;
-    if (JxlDecoderProcessInput(decoder.get()) != JXL_DEC_NEED_IMAGE_OUT_BUFFER ||
+    if (feed.GoOn(decoder.get()) != JXL_DEC_NEED_IMAGE_OUT_BUFFER ||
         JxlDecoderImageOutBufferSize(decoder.get(), &format, &size) != JXL_DEC_SUCCESS ||
         size != samples.size() ||
         JxlDecoderSetImageOutBuffer(decoder.get(), &format, samples.data(), size) !=
             JXL_DEC_SUCCESS ||
-        JxlDecoderProcessInput(decoder.get()) != JXL_DEC_FULL_IMAGE) {
+        feed.GoOn(decoder.get()) != JXL_DEC_FULL_IMAGE) {
         return JpegXlResult::kDamaged;
     }
     NarrowSamples(samples, sampleBytes, header_.precision);

@@ -3,11 +3,13 @@
 #include "foundation/engines/jpegxl/jpegxl_engine.h"
 #include "foundation/engines/jpegxl/jpegxl_memory.h"
 #include "foundation/engines/jpegxl/jpegxl_samples.h"
+#include "foundation/types/cancellation.h"
 
 #include <algorithm>
 #include <jxl/encode.h>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace quorvex {
 namespace {
@@ -63,6 +65,27 @@ JxlEncoderFrameSettings* Settings(JxlEncoder* encoder, const JpegXlSource& sourc
     return isTaken ? settings : nullptr;
 }
 
+constexpr JxlParallelRetCode kRan = 0;
+
+/// The library's tasks one after the other, and none any more once the host has called off.
+JxlParallelRetCode RunInTurn(void* host, void* library, JxlParallelRunInit begin,
+                             JxlParallelRunFunction run, std::uint32_t first, std::uint32_t end) {
+    const auto& cancellation = *static_cast<const Cancellation*>(host);
+    if (cancellation.IsAsked()) return JXL_PARALLEL_RET_RUNNER_ERROR;
+    const JxlParallelRetCode code = begin(library, 1);
+    if (code != kRan) return code;
+    for (std::uint32_t task = first; task < end; ++task) {
+        if (cancellation.IsAsked()) return JXL_PARALLEL_RET_RUNNER_ERROR;
+        run(library, task, 0);
+    }
+    return kRan;
+}
+
+/// Lossless coding gives up cleanly where a task is refused; lossy coding ends the process.
+bool MayBeCalledOff(const JpegXlSource& source, const Cancellation& cancellation) noexcept {
+    return source.distance == 0 && cancellation.IsPossible();
+}
+
 std::optional<Bytes> Finish(JxlEncoder* encoder, std::size_t likelySize) {
     constexpr std::size_t kLeastSize = 1024;
     JxlEncoderCloseInput(encoder);
@@ -102,6 +125,11 @@ std::optional<Bytes> CodeJpegXl(const JpegXlSource& source) {
     }
     const Encoder encoder = Start(std::uint64_t{source.columns} * source.rows);
     if (!DescribePicture(encoder.get(), source)) return std::nullopt;
+    auto cancellation = Cancellation::OfThisThread();
+    if (MayBeCalledOff(source, cancellation) &&
+        JxlEncoderSetParallelRunner(encoder.get(), RunInTurn, &cancellation) != JXL_ENC_SUCCESS) {
+        return std::nullopt;
+    }
     const auto* const settings = Settings(encoder.get(), source);
     const JxlPixelFormat format{
         .num_channels = source.components,
@@ -110,9 +138,12 @@ std::optional<Bytes> CodeJpegXl(const JpegXlSource& source) {
         .align = 0};
     if (settings == nullptr || JxlEncoderAddImageFrame(settings, &format, samples.data(),
                                                        samples.size()) != JXL_ENC_SUCCESS) {
+        cancellation.ThrowIfAsked();
         return std::nullopt;
     }
-    return Bare(Finish(encoder.get(), samples.size() / 2));
+    auto coded = Finish(encoder.get(), samples.size() / 2);
+    cancellation.ThrowIfAsked();
+    return Bare(std::move(coded));
 }
 
 std::optional<Bytes> RecompressJpeg(std::span<const unsigned char> jpeg) {

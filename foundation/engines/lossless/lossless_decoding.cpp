@@ -7,6 +7,7 @@
 #include "foundation/engines/lossless/lossless_scan.h"
 #include "foundation/types/answer.h"
 #include "foundation/types/cancellation.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 #include <vector>
@@ -71,6 +72,7 @@ public:
                 rows += rowBytes_;
                 ++read;
                 ++linesDone_;
+                TellProgress(static_cast<std::size_t>(linesDone_), order_.header.height);
             }
             return true;
         });

@@ -5,6 +5,7 @@
 #include "foundation/engines/lossless/lossless_codes.h"
 #include "foundation/engines/lossless/lossless_differences.h"
 #include "foundation/types/cancellation.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 #include <bit>
@@ -72,6 +73,7 @@ public:
 
     [[nodiscard]] bool Write(const unsigned char* rows, int lines) noexcept override {
         linesSeen_ = lines;
+        const ProgressStretch first(0, 2);
         return lines <= coding_.rows &&
                ForEachDigest(rows, lines, [this](auto& digest, auto count) {
                    tally_.Add(digest, count);
@@ -81,6 +83,7 @@ public:
 
     [[nodiscard]] bool Finish(const unsigned char* rows, int lines) noexcept override {
         if (linesSeen_ != coding_.rows || lines != coding_.rows) return false;
+        const ProgressStretch second(1, 2);
         return PutHead() && PutRows(rows) && PutEnd();
     }
 
@@ -92,6 +95,7 @@ private:
         bool isFine = true;
         const auto cancellation = Cancellation::OfThisThread();
         for (int y = 0; isFine && y < lines; ++y, rows += rowBytes_) {
+            TellProgress(static_cast<std::size_t>(y), static_cast<std::size_t>(lines));
             if (cancellation.IsAsked()) return false;
             if (!differences_.Take(rows)) return false;
             differences_.ForEach([&](const LosslessDigest& digest, std::size_t count) {

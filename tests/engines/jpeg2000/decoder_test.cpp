@@ -105,15 +105,13 @@ Decoded Decode(const Stream& stream, const Wanted& wanted = {}) {
         if (size > 1000000) return {};  // a damaged header's claim
         decoded.areas.push_back(area);
         decoded.planes[i].resize(static_cast<std::size_t>(size) + 1, 77);
-        OutputPlane plane;
-        plane.data = reinterpret_cast<unsigned char*>(decoded.planes[i].data());
-        plane.rowStride = static_cast<std::ptrdiff_t>(area.Width()) * 4;
-        plane.sampleStride = 4;
-        plane.bytesPerSample = 4;
-        plane.keepsSign = true;
-        plane.width = area.Width();
-        plane.height = area.Height();
-        outputs.push_back(plane);
+        outputs.push_back({.data = reinterpret_cast<unsigned char*>(decoded.planes[i].data()),
+                           .rowStride = static_cast<std::ptrdiff_t>(area.Width()) * 4,
+                           .sampleStride = 4,
+                           .bytesPerSample = 4,
+                           .keepsSign = true,
+                           .width = area.Width(),
+                           .height = area.Height()});
     }
     decoded.outcome = decoder.Decode(wanted, outputs);
     return decoded;

@@ -1,6 +1,7 @@
 #include "foundation/engines/jpeg2000/decoder/decoder.h"
 
 #include "foundation/engines/jpeg2000/decoder/tile_decoding.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 #include <vector>
@@ -58,6 +59,7 @@ public:
         for (std::uint32_t tile = 0; tile < tiles; ++tile) {
             const std::vector<ComponentTarget> targets = TargetsOf(tile);
             if (targets.empty()) continue;
+            const ProgressStretch stretch(tile, tiles);
             const Outcome outcome = RunTile(tile, targets);
             if (outcome == Outcome::kRefused) StoreNothing(targets);
             isAnyRefused |= outcome == Outcome::kRefused;

@@ -3,6 +3,7 @@
 #include "foundation/engines/jpeg2000/decoder/component_rows.h"
 #include "foundation/engines/jpeg2000/decoder/job_queue.h"
 #include "foundation/engines/jpeg2000/decoder/samples/colour.h"
+#include "foundation/types/progress.h"
 
 #include <algorithm>
 #include <array>
@@ -135,6 +136,21 @@ void DecodeInStrips(std::span<const std::unique_ptr<Group>> groups, const Execut
             jobs[index]->Run(scratch);
         };
         queue.Run(groups.size(), store, jobs.size(), decode);
+        TellProgress(done, rows);
+    }
+}
+
+// Blocks are decoded as their rows are asked for.
+void DecodeInTurn(std::span<const std::unique_ptr<Group>> groups) {
+    constexpr std::uint32_t kStep = 32;
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        const ProgressStretch stretch(i, groups.size());
+        const std::uint32_t rows = groups[i]->Rows();
+        for (std::uint32_t done = 0; done < rows;) {
+            done += std::min(kStep, rows - done);
+            groups[i]->Store(done);
+            TellProgress(done, rows);
+        }
     }
 }
 
@@ -149,7 +165,7 @@ bool DecodeTile(const TileData& tile, std::span<const ComponentTarget> targets,
     if (executor.threads > 1 && executor.run) {
         DecodeInStrips(groups, executor);
     } else {
-        for (const auto& group : groups) group->Store(group->Rows());
+        DecodeInTurn(groups);
     }
     return !isDamaged;
 }
