@@ -1,5 +1,5 @@
 # The library's source files: every *.cpp of its rooms.
-set(QUORVEX_ROOMS foundation presentation codec windowing parser render maker states pipeline)
+set(QUORVEX_ROOMS foundation presentation codec windowing parser render maker states pipeline c)
 
 # Rooms of foundation/ that need a library, or that leave a file out, say so in a CMakeLists.txt.
 set(QUORVEX_ROOMS_WITH_LIBRARIES foundation/platform foundation/raster foundation/engines)
@@ -13,6 +13,9 @@ function(quorvex_leave_out)
     list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
     set_source_files_properties(${ARGN} TARGET_DIRECTORY quorvex_objects PROPERTIES HEADER_FILE_ONLY ON)
 endfunction()
+
+set_source_files_properties(${PROJECT_SOURCE_DIR}/c/results.cpp
+    PROPERTIES COMPILE_DEFINITIONS QUORVEX_VERSION="${PROJECT_VERSION}")
 
 # Loops over pixels that are written for vector units, which -O2 leaves idle.
 set(QUORVEX_VECTOR_LOOPS

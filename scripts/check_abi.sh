@@ -9,7 +9,7 @@ cd "$(dirname "$0")/.."
 build=${1:-build/release}
 base=${2:-$(scripts/last_release.sh)}
 if git diff --quiet "$base" -- CMakeLists.txt cmake include foundation codec presentation windowing parser \
-    render maker pipeline states; then
+    render maker pipeline states c; then
     echo "check_abi.sh: the library is the one of the last release ($(git rev-parse --short "$base"))"
     exit 0
 fi

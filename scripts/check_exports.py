@@ -16,7 +16,8 @@ LIST = pathlib.Path("cmake/exports.map")
 HEAD = """# Every symbol of libQuorvexU that a host may use; all else stays inside. Kept by scripts/check_exports.py.
 QUORVEXU_{abi} {{
     global:
-        extern "C++" {{
+"""
+HEAD_OF_CPP = """        extern "C++" {
 """
 TAIL = """        };
     local:
@@ -40,20 +41,24 @@ def declared(build):
             mangled.add(field[7])
     names = subprocess.run(["c++filt"], input="\n".join(sorted(mangled)), check=True, capture_output=True,
                            text=True).stdout.split("\n")
-    ours = re.compile(r"^((vtable|typeinfo|typeinfo name) for )?quorvex::")
+    ours = re.compile(r"^((vtable|typeinfo|typeinfo name) for )?quorvex::|^quorvex_\w+$")
     return {name for name in names if ours.match(name)}
 
 
 def listed():
-    return set(re.findall(r'"([^+"][^"]*)";', LIST.read_text())) if LIST.exists() else set()
+    if not LIST.exists():
+        return set()
+    text = LIST.read_text()
+    return set(re.findall(r'"([^+"][^"]*)";', text)) | set(re.findall(r"^ +(quorvex_\w+);", text, re.M))
 
 
 def main():
     wanted = declared(sys.argv[1])
     if "--write" in sys.argv[2:]:
         abi = re.search(r"set\(QUORVEX_ABI (\d+)\)", pathlib.Path("CMakeLists.txt").read_text())[1]
-        rows = "".join(f'            "{name}";\n' for name in sorted(wanted))
-        LIST.write_text(HEAD.format(abi=abi) + rows + TAIL)
+        of_c = "".join(f"        {name};\n" for name in sorted(wanted) if "::" not in name)
+        of_cpp = "".join(f'            "{name}";\n' for name in sorted(wanted) if "::" in name)
+        LIST.write_text(HEAD.format(abi=abi) + of_c + HEAD_OF_CPP + of_cpp + TAIL)
         return 0
     there = listed()
     for name in sorted(wanted - there):

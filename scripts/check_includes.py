@@ -17,6 +17,7 @@ FLOORS = [
     ["parser", "render"],
     ["maker"],
     ["pipeline", "states"],
+    ["c"],
 ]
 FLOOR = {room: floor for floor, rooms in enumerate(FLOORS) for room in rooms}
 # A room of their own: what the standard library has no folder for.

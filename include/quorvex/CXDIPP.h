@@ -3,6 +3,7 @@
 
 #include "quorvex/DicomObject.h"
 #include "quorvex/Export.h"
+#include "quorvex/FileSource.h"
 #include "quorvex/PixelTarget.h"
 #include "quorvex/ResultCodes.h"
 #include "quorvex/Types.h"
@@ -73,6 +74,11 @@ public:
     ///         QVM_ERROR_FAILED_TO_GET_PIXEL_DATA  no memory, or a size that nothing can hold.
     ///         After a failure the former image stays.
     QUORVEX_MESSAGE Initialize(CDcmApp* app, CString path, CSize viewSize, int frameIndex);
+
+    /// The same of bytes that a host gives: from an archive, an object store, memory.
+    /// @param source  used as long as the image is shown; see FileSource
+    QUORVEX_MESSAGE Initialize(CDcmApp* app, std::shared_ptr<FileSource> source, CSize viewSize,
+                               int frameIndex);
 
     /// The same from a data set, which stays the caller's and must outlive later frame changes and
     /// presentation states.

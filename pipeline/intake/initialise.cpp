@@ -37,6 +37,15 @@ QUORVEX_MESSAGE CXDIPP::Initialize(CDcmApp* app, CString path, CSize viewSize, i
     });
 }
 
+QUORVEX_MESSAGE CXDIPP::Initialize(CDcmApp* app, std::shared_ptr<FileSource> source, CSize viewSize,
+                                   int frameIndex) {
+    return Answer(kNoPixels, [&] {
+        return OpenAndShow(*image_, viewSize, frameIndex, [&](CxDcmParser& parser) {
+            return parser.Initialize(app, std::move(source), 0);
+        });
+    });
+}
+
 QUORVEX_MESSAGE CXDIPP::Initialize(CDcmApp* app, CDcmObject* object, CSize viewSize,
                                    int frameIndex) {
     return Answer(kNoPixels, [&] {
