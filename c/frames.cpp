@@ -47,7 +47,7 @@ QUORVEX_MESSAGE Copy(const Decoded& pixels, const Rows& rows) noexcept {
 }
 
 std::size_t PixelBytes(const quorvex_facts& facts) noexcept {
-    return static_cast<std::size_t>(facts.samples * facts.sample_bytes);
+    return static_cast<std::size_t>(facts.samples) * static_cast<std::size_t>(facts.sample_bytes);
 }
 
 QUORVEX_MESSAGE Decode(CxDcmParser& parser, int frame, Decoded& pixels) {

@@ -25,6 +25,7 @@ struct Origin {
     std::shared_ptr<FileSource> source;
 
     QUORVEX_MESSAGE Open(CxDcmParser& parser, bool isWhole) const;
+    QUORVEX_MESSAGE Show(CXDIPP& image, CSize view, int frame) const;
     friend bool operator==(const Origin&, const Origin&) = default;
 };
 
@@ -68,4 +69,5 @@ struct quorvex_view {
     std::shared_ptr<quorvex::CxDcmParser> state;
     quorvex::c::Choices choices;
     std::uint32_t layers = 0;
+    quorvex::Interpolation interpolation = quorvex::Interpolation::kLinear;
 };

@@ -14,6 +14,12 @@ QUORVEX_MESSAGE Origin::Open(CxDcmParser& parser, bool isWhole) const {
                   : parser.Initialize(&app, CString(path), isWhole ? 1 : 0);
 }
 
+QUORVEX_MESSAGE Origin::Show(CXDIPP& image, CSize view, int frame) const {
+    CDcmApp app;
+    return source ? image.Initialize(&app, source, view, frame)
+                  : image.Initialize(&app, CString(path), view, frame);
+}
+
 namespace {
 
 /// A new handle of what `originOf` names.

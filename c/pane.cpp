@@ -99,13 +99,10 @@ QUORVEX_MESSAGE DrawAll(CXDIPP& shown, const Pane& pane) {
 QUORVEX_MESSAGE MakeThumbnail(const quorvex_image& image, int frame, const quorvex_target& target,
                               quorvex_picture* picture) {
     CXDIPP shown;
-    CDcmApp app;
     shown.SetRules(image.rules);
     shown.SetPreview(true);
     const CSize size{target.width, target.height};
-    QUORVEX_MESSAGE result = image.origin.source
-                                 ? shown.Initialize(&app, image.origin.source, size, frame)
-                                 : shown.Initialize(&app, CString(image.origin.path), size, frame);
+    QUORVEX_MESSAGE result = image.origin.Show(shown, size, frame);
     PictureInfo info;
     if (result == QVM_SUCCESS) result = shown.GetPictureInfo(info);
     if (result == QVM_SUCCESS && (info.size.cx < 1 || info.size.cy < 1))

@@ -97,9 +97,9 @@ std::optional<quorvex_facts> FactsOf(const CxDcmParser& parser) {
     facts.sample_bytes = SampleBytes(facts.bits_allocated,
                                      syntax != nullptr ? syntax->coding : FrameCoding::kNative);
     if (facts.rows == 0 || facts.columns == 0 || facts.sample_bytes == 0) return std::nullopt;
-    facts.frame_bytes = static_cast<std::size_t>(facts.rows) *
-                        static_cast<std::size_t>(facts.columns) *
-                        static_cast<std::size_t>(facts.samples * facts.sample_bytes);
+    facts.frame_bytes =
+        static_cast<std::size_t>(facts.rows) * static_cast<std::size_t>(facts.columns) *
+        static_cast<std::size_t>(facts.samples) * static_cast<std::size_t>(facts.sample_bytes);
     if (const auto spacing = ReadPair<double>(*header, tag::kPixelSpacing)) {
         facts.row_spacing = spacing->first;
         facts.column_spacing = spacing->second;
@@ -131,7 +131,7 @@ ModalityOf::ModalityOf(CxDcmParser& parser, int frame) {
 
 double ModalityOf::Value(double stored) const noexcept {
     if (table_.empty()) return stored * slope_ + intercept_;
-    const double last = static_cast<double>(table_.size() - 1);
+    const auto last = static_cast<double>(table_.size() - 1);
     const double place = std::clamp(stored - first_, 0.0, last);
     return table_[static_cast<std::size_t>(place)];
 }

@@ -60,7 +60,8 @@ void AddMark(CXGSPSInfo& info, const quorvex_mark& mark) {
     shape->graphicType = mark.kind;
     shape->filled = mark.is_filled != 0 ? 1 : 0;
     shape->pointCount = mark.point_count;
-    for (std::int32_t i = 0; i < mark.point_count; ++i) {
+    const auto points = static_cast<std::size_t>(mark.point_count);
+    for (std::size_t i = 0; i < points; ++i) {
         auto point =
             std::make_unique<GSPSPoint>(GSPSPoint{mark.points[2 * i], mark.points[2 * i + 1]});
         shape->points.Add(point.get());

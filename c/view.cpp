@@ -17,9 +17,7 @@ QUORVEX_MESSAGE OpenFrame(quorvex_view& view, const quorvex_image& image, int fr
     auto header = std::make_unique<CxDcmParser>(image.parser);
     Origin origin = image.origin;
     view.shown.SetRules(image.rules);
-    const QUORVEX_MESSAGE result =
-        origin.source ? view.shown.Initialize(&app, origin.source, size, frame)
-                      : view.shown.Initialize(&app, CString(origin.path), size, frame);
+    const QUORVEX_MESSAGE result = origin.Show(view.shown, size, frame);
     if (result != QVM_SUCCESS) return result;
     view.origin = std::move(origin);
     view.header = std::move(header);
@@ -61,11 +59,22 @@ void Dress(quorvex_view& view) {
     LayOut(view);
 }
 
-/// Shows the frame once more, as it states it and by another state.
+void ShowLayers(quorvex_view& view) {
+    view.shown.ShowOverlays((view.layers & QUORVEX_LAYER_OVERLAYS) != 0 ? 1 : 0);
+    view.shown.ShowShutter((view.layers & QUORVEX_LAYER_SHUTTER) != 0 ? 1 : 0);
+    view.shown.ShowAnnotations((view.layers & QUORVEX_LAYER_ANNOTATIONS) != 0 ? 1 : 0);
+}
+
+/// Shows the frame once more, as it states it and by another state: nothing of the former one
+/// stays.
 QUORVEX_MESSAGE ShowBy(quorvex_view& view, std::shared_ptr<CxDcmParser> state) {
-    CDcmApp app;
-    const QUORVEX_MESSAGE result = view.shown.Initialize(&app, {kNoLimit, kNoLimit}, view.frame);
+    CXDIPP fresh;
+    fresh.SetRules(view.rules);
+    const QUORVEX_MESSAGE result = view.origin->Show(fresh, {kNoLimit, kNoLimit}, view.frame);
     if (result != QVM_SUCCESS) return result;
+    view.shown = fresh;
+    view.shown.SetInterpolation(view.interpolation);
+    ShowLayers(view);
     view.state = std::move(state);
     view.choices = {};
     Dress(view);
@@ -254,7 +263,8 @@ quorvex_result quorvex_view_set_interpolation(quorvex_view* view, int32_t enlarg
                   QUORVEX_ENLARGE_CUBIC == static_cast<int>(Interpolation::kCubic));
     if (enlarging < QUORVEX_ENLARGE_LINEAR || enlarging > QUORVEX_ENLARGE_CUBIC)
         return QVM_ERROR_INVALID_IMAGE_FORMAT;
-    view->shown.SetInterpolation(static_cast<Interpolation>(enlarging));
+    view->interpolation = static_cast<Interpolation>(enlarging);
+    view->shown.SetInterpolation(view->interpolation);
     return QVM_SUCCESS;
 }
 
@@ -262,9 +272,8 @@ quorvex_result quorvex_view_set_layers(quorvex_view* view, uint32_t layers) {
     if (view == nullptr) return QVM_ERROR_NULL_SOURCE;
     return Call(*view->settings, kNoPixels, [&] {
         view->layers = layers;
-        view->shown.ShowOverlays((layers & QUORVEX_LAYER_OVERLAYS) != 0 ? 1 : 0);
-        view->shown.ShowShutter((layers & QUORVEX_LAYER_SHUTTER) != 0 ? 1 : 0);
-        return view->shown.ShowAnnotations((layers & QUORVEX_LAYER_ANNOTATIONS) != 0 ? 1 : 0);
+        ShowLayers(*view);
+        return QVM_SUCCESS;
     });
 }
 

@@ -6,7 +6,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 build=$1
-rooms='^(foundation|codec|presentation|windowing|parser|render|maker|pipeline|states|tools)/'
+rooms='^(foundation|codec|presentation|windowing|parser|render|maker|pipeline|states|c|tools)/'
 if [ "${2:-}" = all ]; then
     files=$(git ls-files '*.cpp' | grep -E "$rooms")
 else

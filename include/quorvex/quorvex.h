@@ -20,6 +20,7 @@
 
 #include "quorvex/Export.h"
 
+// NOLINTBEGIN: C has neither `using` nor scoped constants
 #include <stddef.h>
 #include <stdint.h>
 
@@ -457,6 +458,8 @@ typedef struct quorvex_mark {
 QUORVEX_API quorvex_result quorvex_write_state(quorvex_view* view, const char* label,
                                                const quorvex_mark* marks, int32_t mark_count,
                                                const char* path);
+
+// NOLINTEND
 
 #ifdef __cplusplus
 }
