@@ -10,7 +10,7 @@ WERROR ?= OFF
 SHARE ?= 1/1
 
 .PHONY: run test roundtrip conformance conformance-cases bench fuzz asan tsan soak corpus-asan memcheck matrix \
-    check optional tidy abi docs format install clean build
+    python check optional tidy abi docs format install clean build
 
 build:
 	@cmake --preset $(PRESET) -DCMAKE_COMPILE_WARNING_AS_ERROR=$(WERROR) $(CMAKE_ARGS) >/dev/null
@@ -26,6 +26,12 @@ test:
 	@scripts/install_packages.sh test
 	@$(MAKE) --no-print-directory build CMAKE_ARGS="-DQUORVEX_TESTS=ON"
 	@ctest --preset $(PRESET)
+
+# The Python package: its types, and its tests against this build.
+python:
+	@scripts/install_packages.sh python
+	@$(MAKE) --no-print-directory build BUILD_ARGS="--target QuorvexU"
+	@scripts/run_python_tests.sh $(BUILD)
 
 # Converts every real file to every target and holds the results against independent tools; SHARE=1/8
 # takes an eighth of the files.

@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs the Debian packages that a job needs and that are missing.
-# Usage: install_packages.sh run|test|roundtrip|conformance|bench|fuzz|memcheck|matrix|check|docs
+# Usage: install_packages.sh run|test|roundtrip|conformance|bench|fuzz|memcheck|matrix|check|docs|python
 set -eu
 job=${1:-run}
 
@@ -15,6 +15,8 @@ conversions="python3 python3-numpy python3-pydicom dcmtk dicom3tools libgdcm-too
 benches="time libgdcm-tools libbenchmark-dev libdcmtk-dev libopencv-core-dev libopencv-imgproc-dev
          libopenjph-dev"
 
+pythons="python3 python3-cffi python3-numpy python3-pydicom python3-pil python3-gdcm python3-pytest
+        python3-distributed mypy"
 fuzzers="clang libclang-rt-14-dev python3 python3-pydicom"
 checkers="clang-format clang-tidy abigail-tools git python3"
 
@@ -27,6 +29,7 @@ case $job in
     memcheck) packages="$build $tests valgrind" ;;
     matrix) packages="$build $tests" ;;
     check) packages="$build $checkers" ;;
+    python) packages="$build $pythons" ;;
     docs) packages="make doxygen" ;;
     fuzz) packages="$build $fuzzers" ;;
     *) echo "install_packages.sh: unknown job '$job'" >&2; exit 2 ;;
