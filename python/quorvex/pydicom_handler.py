@@ -6,7 +6,7 @@
 """
 from __future__ import annotations
 
-import io
+import struct
 from typing import Any
 
 import numpy as np
@@ -63,10 +63,19 @@ def register(first: bool = True) -> None:
     pydicom.config.pixel_data_handlers = [this, *handlers] if first else [*handlers, this]
 
 
+def _meta_information(syntax: str) -> bytes:
+    """Group 0002 with nothing but the transfer syntax: pydicom writes none for a syntax that it does not know."""
+    uid = syntax.encode("ascii")
+    uid += b"\0" * (len(uid) % 2)
+    element = struct.pack("<HH2sH", 0x0002, 0x0010, b"UI", len(uid)) + uid
+    return struct.pack("<HH2sHI", 0x0002, 0x0000, b"UL", 4, len(element)) + element
+
+
 def _file_of(dataset: Any) -> bytes:
     """The image alone as a file, of which the colours stay as they are stored."""
-    from pydicom.dataset import Dataset, FileMetaDataset
-    from pydicom.uid import UID
+    from pydicom.dataset import Dataset
+    from pydicom.filebase import DicomBytesIO
+    from pydicom.filewriter import write_dataset
 
     image = Dataset()
     for keyword in KEYWORDS:
@@ -75,13 +84,12 @@ def _file_of(dataset: Any) -> bytes:
     if str(dataset.PhotometricInterpretation).startswith("YBR"):
         image.PhotometricInterpretation = "RGB"
     image.is_little_endian, image.is_implicit_VR = True, False
-    image.file_meta = FileMetaDataset()
-    image.file_meta.TransferSyntaxUID = dataset.file_meta.TransferSyntaxUID
-    image.file_meta.MediaStorageSOPClassUID = UID("2.25.1")
-    image.file_meta.MediaStorageSOPInstanceUID = UID("2.25.1")
-    file = io.BytesIO()
-    image.save_as(file, write_like_original=False)
-    return file.getvalue()
+    file = DicomBytesIO()
+    file.is_little_endian, file.is_implicit_VR = True, False
+    file.write(b"\0" * 128 + b"DICM" + _meta_information(str(dataset.file_meta.TransferSyntaxUID)))
+    write_dataset(file, image)
+    content: bytes = file.getvalue()
+    return content
 
 
 def _is_planar(dataset: Any) -> bool:
