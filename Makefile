@@ -10,7 +10,7 @@ WERROR ?= OFF
 SHARE ?= 1/1
 
 .PHONY: run test roundtrip conformance conformance-cases bench fuzz asan tsan soak corpus-asan memcheck matrix \
-    python check optional tidy abi docs format install clean build
+    python packages check optional tidy abi docs format install clean build
 
 build:
 	@cmake --preset $(PRESET) -DCMAKE_COMPILE_WARNING_AS_ERROR=$(WERROR) $(CMAKE_ARGS) >/dev/null
@@ -32,6 +32,17 @@ python:
 	@scripts/install_packages.sh python
 	@$(MAKE) --no-print-directory build BUILD_ARGS="--target QuorvexU"
 	@scripts/run_python_tests.sh $(BUILD)
+
+# Debian packages in build/packages, and whether hosts run against what they hold.
+packages:
+	@scripts/install_packages.sh packages
+	@$(MAKE) --no-print-directory build CMAKE_ARGS="-DQUORVEX_TOOLS=ON" \
+	    BUILD_ARGS="--target QuorvexU quorvex quorvex_manual"
+	@rm -rf build/packages
+	@cpack --config $(BUILD)/CPackConfig.cmake -B build/packages >$(BUILD)/cpack.log 2>&1 || \
+	    { cat $(BUILD)/cpack.log; exit 1; }
+	@rm -rf build/packages/_CPack_Packages
+	@scripts/check_packages.sh build/packages
 
 # Converts every real file to every target and holds the results against independent tools; SHARE=1/8
 # takes an eighth of the files.

@@ -1,6 +1,6 @@
 #!/bin/sh
 # Installs the Debian packages that a job needs and that are missing.
-# Usage: install_packages.sh run|test|roundtrip|conformance|bench|fuzz|memcheck|matrix|check|docs|python
+# Usage: install_packages.sh run|test|roundtrip|conformance|bench|fuzz|memcheck|matrix|check|docs|python|packages
 set -eu
 job=${1:-run}
 
@@ -30,6 +30,7 @@ case $job in
     matrix) packages="$build $tests" ;;
     check) packages="$build $checkers" ;;
     python) packages="$build $pythons" ;;
+    packages) packages="$build python3 python3-cffi python3-numpy dpkg-dev lintian man-db file" ;;
     docs) packages="make doxygen" ;;
     fuzz) packages="$build $fuzzers" ;;
     *) echo "install_packages.sh: unknown job '$job'" >&2; exit 2 ;;

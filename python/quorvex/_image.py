@@ -189,8 +189,8 @@ class Image:
         return Modality(found.slope, found.intercept, bool(found.has_table))
 
     def values(self, index: int = 0) -> npt.NDArray[Any]:
-        """A frame of one sample in modality units (Hounsfield units of a CT), read-only: int32 where they are whole by a
-        slope of 1, else float32."""
+        """A frame of one sample in modality units (Hounsfield units of a CT), read-only: int32 where they are whole by
+        a slope of 1, else float32."""
         found = self.modality(index)
         is_whole = found.slope == 1 and found.intercept == int(found.intercept) and not found.has_table
         if is_whole and self.dtype.kind in "iu" and self.dtype.itemsize <= 2 and self.samples == 1:

@@ -58,8 +58,8 @@ class View:
             annotations: Optional[bool] = None, state: Union[Image, str, "os.PathLike[str]", None] = None) -> None:
         """Changes how the image is seen; what is None stays.
 
-        window: (centre, width) in modality units, with a function "linear", "linear-exact" or "sigmoid"; voi: a table or
-        window of the image by number, -1 the one over its values; zoom: pixels of the pane per column, 0 fits; pan:
+        window: (centre, width) in modality units, with a function "linear", "linear-exact" or "sigmoid"; voi: a table
+        or window of the image by number, -1 the one over its values; zoom: pixels of the pane per column, 0 fits; pan:
         (x, y) from the centred place; rotation: 0, 90, 180, 270 clockwise, then flip left to right; state: a
         presentation state, by which all else is set anew.
         """

@@ -21,8 +21,9 @@ class VolumeError(ValueError):
 
 @dataclass(frozen=True)
 class Volume:
-    """values: (slices, rows, columns) in modality units, read-only; spacing: mm between slices, rows, columns; origin: of
-    the first voxel's centre in mm; orientation: direction of a row and of a column in the patient; paths of the slices."""
+    """values: (slices, rows, columns) in modality units, read-only; spacing: mm between slices, rows, columns;
+    origin: of the first voxel's centre in mm; orientation: direction of a row and of a column in the patient;
+    paths: of the slices."""
 
     values: npt.NDArray[Any]
     spacing: Tuple[float, float, float]

@@ -89,7 +89,8 @@ def test_a_folder_is_converted_by_several_workers(samples, tmp_path):
     shutil.copytree(samples, source)
     (source / "broken.dcm").write_bytes(b"\0" * 400)
     told = []
-    result = quorvex.convert(source, tmp_path / "out", to="rle", jobs=3, progress=lambda done, all: told.append((done, all)))
+    result = quorvex.convert(source, tmp_path / "out", to="rle", jobs=3,
+                             progress=lambda done, count: told.append((done, count)))
     assert [failure.path for failure in result.failed if failure.path.endswith("broken.dcm")]
     assert told[-1] == (len(told), len(told))
     for path in result.written:
