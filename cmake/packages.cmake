@@ -35,8 +35,9 @@ set(CPACK_COMPONENT_LIBRARY_DESCRIPTION
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libquorvexu-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} ${same}")
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
-    "medical images for workstations and viewers (development files)${about}This package has the headers\nfor C++ and C, and the files by which CMake and pkg-config find them.")
+string(CONCAT CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+    "medical images for workstations and viewers (development files)${about}This package has the\n"
+    "headers for C++ and C, and the files by which CMake and pkg-config find them.")
 
 set(CPACK_DEBIAN_COMMAND_PACKAGE_NAME quorvex)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION graphics)
