@@ -35,7 +35,11 @@ def test_a_dask_cluster_reads_many_files(samples, tmp_path):
     paths = [tmp_path / f"{number}.dcm" for number in range(200)]
     for path in paths:
         shutil.copy(samples / "ct.dcm", path)
-    with distributed.LocalCluster(n_workers=2, threads_per_worker=2, dashboard_address=None) as cluster:
+    try:
+        cluster = distributed.LocalCluster(n_workers=2, threads_per_worker=2, dashboard_address=None)
+    except OSError as failure:
+        pytest.skip(f"no cluster on this machine: {failure}")
+    with cluster:
         with distributed.Client(cluster) as client:
             means = client.gather(client.map(mean_of, [str(path) for path in paths], pure=False))
     assert means == [mean_of(paths[0])] * 200
