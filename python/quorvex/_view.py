@@ -8,8 +8,8 @@ import numpy as np
 import numpy.typing as npt
 
 from ._errors import as_bytes, require
-from ._image import Image, target_of
 from ._library import ffi, lib, new_context
+from ._opened import Opened, target_of
 
 FUNCTIONS = {None: 0, "linear": 1, "linear-exact": 2, "sigmoid": 3}
 INTERPOLATIONS = {"linear": 0, "nearest": 1, "cubic": 2}
@@ -25,7 +25,7 @@ class View:
         require(lib.quorvex_view_new(self._context, size[0], size[1], box))
         self._handle = ffi.gc(box[0], lib.quorvex_view_free)
         self._size = (int(size[0]), int(size[1]))
-        self._image: Optional[Image] = None  # its bytes must live as long
+        self._image: Optional[Opened] = None  # its bytes must live as long
         self._orientation = (0, False)
         self._layers = 0
 
@@ -43,7 +43,7 @@ class View:
         self._handle = ffi.NULL
         self._image = None
 
-    def show(self, image: Image, frame: int = 0) -> None:
+    def show(self, image: Opened, frame: int = 0) -> None:
         """Another frame of the same image keeps what was set, another image does not."""
         with image._using() as handle:
             require(lib.quorvex_view_show(self._handle, handle, frame), image.path)
@@ -55,7 +55,7 @@ class View:
             voi: Optional[int] = None, zoom: Optional[float] = None, pan: Optional[Tuple[int, int]] = None,
             rotation: Optional[int] = None, flip: Optional[bool] = None, invert: Optional[bool] = None,
             interpolation: Optional[str] = None, overlays: Optional[bool] = None, shutter: Optional[bool] = None,
-            annotations: Optional[bool] = None, state: Union[Image, str, "os.PathLike[str]", None] = None) -> None:
+            annotations: Optional[bool] = None, state: Union[Opened, str, "os.PathLike[str]", None] = None) -> None:
         """Changes how the image is seen; what is None stays.
 
         window: (centre, width) in modality units, with a function "linear", "linear-exact" or "sigmoid"; voi: a table
@@ -84,9 +84,9 @@ class View:
         if pan is not None:
             require(lib.quorvex_view_set_pan(view, pan[0], pan[1]))
 
-    def _apply(self, state: Union[Image, str, "os.PathLike[str]"]) -> None:
+    def _apply(self, state: Union[Opened, str, "os.PathLike[str]"]) -> None:
         box = ffi.new("quorvex_image **")
-        if isinstance(state, Image):
+        if isinstance(state, Opened):
             if state.path is None:
                 raise TypeError("a state is given by its path")
             state = state.path
